@@ -1,0 +1,31 @@
+# A folder is a floor and a floor is a library target. Every floor compiles with the same language level and the same
+# warnings, and links only what lies below it, so that an include that climbs fails in the build.
+
+find_program(TALLYBOOK_CCACHE ccache)
+if(TALLYBOOK_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${TALLYBOOK_CCACHE}")
+endif()
+
+add_library(tallybook_build_options INTERFACE)
+target_compile_features(tallybook_build_options INTERFACE cxx_std_20)
+target_compile_options(tallybook_build_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
+  -Woverloaded-virtual -Wcast-align -Wunused -Wnull-dereference -Wformat=2 -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # GCC 12 reports these inside the standard library's own headers at -O2 (its bugs 105562 and 105651).
+  target_compile_options(tallybook_build_options INTERFACE -Wno-restrict -Wno-null-dereference -Wno-maybe-uninitialized)
+endif()
+if(TALLYBOOK_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# tallybook_floor(NAME SOURCES ... [LINKS ...])
+# A static library of one folder. LINKS are the floors below it and the libraries it uses, handed on to who links it.
+function(tallybook_floor name)
+  cmake_parse_arguments(FLOOR "" "" "SOURCES;LINKS" ${ARGN})
+  add_library(${name} STATIC ${FLOOR_SOURCES})
+  target_link_libraries(${name} PUBLIC ${FLOOR_LINKS} PRIVATE $<BUILD_INTERFACE:tallybook_build_options>)
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+endfunction()

@@ -1,0 +1,61 @@
+// A failure: the one exception type of the component. Host errors arrive as Failure too.
+// Numbers are stable and are shown to users and written to logs; never renumber them.
+#pragma once
+
+#include <exception>
+
+#include "support/Types.h"
+
+namespace tallybook {
+
+enum class FailureNumber : Integer {
+  kInvalidArgument = 5,
+  kOverflow = 6,
+  kOutOfMemory = 7,
+  kRange = 9,  // a position outside its table
+  kDivisionByZero = 11,
+  kTypeMismatch = 13,
+  kInternal = 51,
+  kBadFileNumber = 52,
+  kFileNotFound = 53,
+  kDeviceError = 57,
+  kDiskFull = 61,
+  kReadPastEnd = 62,
+  kPermissionDenied = 70,
+  kFeatureUnavailable = 73,
+  kPathOrAccess = 75,
+  kPathNotFound = 76,
+  kObjectNotSet = 91,
+};
+
+class Failure : public std::exception {
+ public:
+  // `description` says what went wrong and with what value; `source` names what raised it and is what handlers log.
+  Failure(FailureNumber number, Text description, Text source = "Tallybook");
+
+  [[nodiscard]] FailureNumber Number() const { return number_; }
+  [[nodiscard]] Integer Code() const { return static_cast<Integer>(number_); }
+  [[nodiscard]] const Text& Description() const { return description_; }
+  [[nodiscard]] const Text& Source() const { return source_; }
+  // The position of the statement that failed in the routine that handles the failure; 0 where it is unknown.
+  [[nodiscard]] Long Statement() const { return statement_; }
+  void SetStatement(Long statement) { statement_ = statement; }
+
+  [[nodiscard]] const char* what() const noexcept override { return description_.c_str(); }
+
+ private:
+  FailureNumber number_;
+  Text description_;
+  Text source_;
+  Long statement_ = 0;
+};
+
+// The failure that is being handled, whatever was thrown: to be called inside a catch block. Exceptions of the standard
+// library become the failure that fits them (a missing file 53, memory 7, anything else 51 with its own words).
+[[nodiscard]] Failure CurrentFailure();
+
+// Ends the process at once, without unwinding or flushing: the answer to a record that cannot be read while figures are
+// written or exported. Tests see it as a death.
+[[noreturn]] void StopProgram();
+
+}  // namespace tallybook

@@ -1,0 +1,135 @@
+// The seam between the component and the machine: small abstract classes, one for each concern, gathered in one record
+// that the embedding application installs once, before it uses anything else of the component. The record and what it
+// points to belong to the application and must outlive the component's use. One thread.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "support/Types.h"
+
+namespace tallybook {
+
+class Clock {
+ public:
+  virtual ~Clock() = default;
+  [[nodiscard]] virtual Date Now() = 0;                          // local time
+  virtual void Sleep(Single seconds) = 0;                        // gives the machine to others meanwhile
+  [[nodiscard]] virtual Text LongDate(Date date) = 0;            // the user's long date format
+};
+
+// An open file. Closed by Close, or by its end without a word about what could not be written: call Close.
+// Every operation fails with a Failure: 57 device error, 61 disk full, 70 permission denied.
+class OpenFile {
+ public:
+  virtual ~OpenFile() = default;
+  // Reads up to `into.size()` bytes from `offset` and gives how many there were; fewer only at the end of the file.
+  // A read that fails has moved nothing.
+  [[nodiscard]] virtual std::size_t ReadAt(long long offset, std::span<std::byte> into) = 0;
+  // Writes all of `from` at `offset`. A write that fails may have written a part; repeating it mends that.
+  virtual void WriteAt(long long offset, std::span<const std::byte> from) = 0;
+  [[nodiscard]] virtual long long Size() = 0;
+  // Hands everything to the operating system and closes; afterwards nothing else may be called.
+  virtual void Close() = 0;
+};
+
+// How a file is opened. `Sharing` states what others may do while it is open.
+enum class Access { kRead, kWrite, kReadWrite };
+enum class Sharing { kShared, kLockWrite, kLockReadWrite };
+enum class Creation { kMustExist, kCreateIfMissing, kReplace };
+
+struct FileAttributes {
+  bool found = false;
+  bool directory = false;
+  bool sharing_violation = false;  // the system would not say because another process holds the file
+};
+
+struct FoundFile {
+  Text name;      // without its folder
+  Date modified;  // local time
+};
+
+// Files. `/` and `\` both separate the parts of a path on every platform.
+class FileSystem {
+ public:
+  virtual ~FileSystem() = default;
+  // Fails with 53 file not found, 70 in use or not permitted, 75 a directory or bad path, 76 folder not found, 61, 57.
+  [[nodiscard]] virtual std::unique_ptr<OpenFile> Open(const Text& path, Access access, Sharing sharing,
+                                                       Creation creation) = 0;
+  [[nodiscard]] virtual FileAttributes Attributes(const Text& path) = 0;
+  // Fail with 53, 70 (also while this component holds the file open, here or in another process), 75.
+  virtual void Delete(const Text& path) = 0;
+  // Replaces nothing: a file of the new name is a failure (58 is not used; 75).
+  virtual void Rename(const Text& old_path, const Text& new_path) = 0;
+  // Replaces a file of the new name.
+  virtual void Copy(const Text& from_path, const Text& to_path) = 0;
+  // The files (no directories) that match a path whose name part may hold `*` and `?`, without regard to case, in
+  // case-insensitive order of their names. `*.*` matches every name; an empty pattern and a missing folder match nothing.
+  [[nodiscard]] virtual std::vector<FoundFile> Find(const Text& pattern) = 0;
+  // What AddBackslash appends to a path that has no separator yet.
+  [[nodiscard]] virtual char Separator() const = 0;
+};
+
+// Message boxes. `style` is a sum of the bits below; the button pressed is the result.
+inline constexpr Long kOkOnly = 0x0;
+inline constexpr Long kOkCancel = 0x1;
+inline constexpr Long kYesNo = 0x4;
+inline constexpr Long kRetryCancel = 0x5;
+inline constexpr Long kButtonsMask = 0xF;
+inline constexpr Long kStopIcon = 0x10;
+inline constexpr Long kQuestionIcon = 0x20;
+inline constexpr Long kExclamationIcon = 0x30;
+inline constexpr Long kInformationIcon = 0x40;
+inline constexpr Long kIconMask = 0xF0;
+inline constexpr Long kSecondButtonDefault = 0x100;
+
+inline constexpr Integer kOk = 1;
+inline constexpr Integer kCancel = 2;
+inline constexpr Integer kRetry = 4;
+inline constexpr Integer kYes = 6;
+inline constexpr Integer kNo = 7;
+
+class MessageBoxes {
+ public:
+  virtual ~MessageBoxes() = default;
+  [[nodiscard]] virtual Integer Show(const Text& text, Long style, const Text& caption) = 0;
+  // Plays a system sound by its name, without waiting for its end.
+  virtual void PlaySound(const Text& name) = 0;
+};
+
+// The user interface's queue of pending input.
+class InputQueue {
+ public:
+  virtual ~InputQueue() = default;
+  // True when work of the kinds in `mask` waits. The kinds that matter here are told at HandlePendingInput.
+  [[nodiscard]] virtual bool HasPending(Long mask) = 0;
+  // Lets the user interface run once.
+  virtual void RunOnce() = 0;
+};
+
+enum class Pointer { kDefault, kBusy };
+
+// The screen: the pointer's shape.
+class Screen {
+ public:
+  virtual ~Screen() = default;
+  virtual void SetPointer(Pointer pointer) = 0;
+};
+
+struct Platform {
+  Clock* clock = nullptr;
+  FileSystem* files = nullptr;
+  MessageBoxes* message_boxes = nullptr;
+  InputQueue* input = nullptr;
+  Screen* screen = nullptr;
+  Text application_title;  // the caption of a message box that is given none
+};
+
+// Installs the platform for the process; the pointers must be set. May be called again, as tests do.
+void InstallPlatform(const Platform& platform);
+// The installed platform. Failure 91 (object not set) before one is installed.
+[[nodiscard]] Platform& ThePlatform();
+
+}  // namespace tallybook
