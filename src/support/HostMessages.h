@@ -1,0 +1,24 @@
+// How the component talks to its user and its log: message boxes under the application's title, and log entries for
+// failures that a routine has caught.
+#pragma once
+
+#include "host/HostApp.h"
+#include "support/Failure.h"
+#include "support/Types.h"
+
+namespace tallybook {
+
+// A refusal: exclamation icon, one OK button, the application's title.
+void Refuse(HostApp& app, const Text& text);
+// A step that can be tried again: question icon, or the icon given; Retry and Cancel. True: the user chose Retry.
+[[nodiscard]] bool AskRetry(HostApp& app, const Text& text);
+[[nodiscard]] bool AskRetry(HostApp& app, const Text& text, Long icon);
+// A confirmation: question icon, OK and Cancel. True: the user chose OK.
+[[nodiscard]] bool Confirm(HostApp& app, const Text& text);
+
+// Writes the failure's source and `suffix`, which names the routine that caught it, with the failure's statement.
+void LogFailure(HostApp& app, const Failure& failure, const Text& suffix);
+// The suffix of the exchange object's routines: " - CDataExchange:" and the operation.
+void LogExchangeFailure(HostApp& app, const Failure& failure, const Text& operation);
+
+}  // namespace tallybook
