@@ -1,0 +1,225 @@
+// A book: the embedded host's database of operating figures in one file, NAME.tbk (docs/book-file.md).
+//
+//   companion files  lie in the book's folder and bear the extension NAME; its settings file is NAME.ini there
+//   records          one per account and level date. ReadRecord levels the date that it is given
+//   storage          figures of an account are grouped into chunks of consecutive records, read through a bounded cache
+//   durability       what WriteRecord took is committed at EndProgress, EndRollback and Close, after `commit_seconds`,
+//                    and when much has gathered; a commit holds chunks and their journal images together, so a process
+//                    that is killed leaves a book that is consistent and can be undone
+//   one writer       a book that is open for writing cannot be opened for writing again, here or in another process;
+//                    it can be opened to read, and a reader sees what has been committed
+//
+// One thread. The HostApp, the progress display and the report services belong to the application and outlive the book.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "host/AccountRecord.h"
+#include "host/FieldRecord.h"
+#include "host/HostApp.h"
+#include "host/Masterfile.h"
+#include "host/Sequence.h"
+#include "support/Types.h"
+#include "tallybook/engine/BookDescription.h"
+#include "tallybook/engine/Calendar.h"
+#include "tallybook/engine/ProgressDisplay.h"
+#include "tallybook/engine/ReportServices.h"
+
+namespace tallybook::engine {
+
+class FigureStore;
+class Journal;
+
+// The format that this engine writes, and the newest that it reads. Masterfile::FileVersion.
+inline constexpr Long kBookVersion = 1;
+
+struct BookOptions {
+  std::size_t cache_bytes = std::size_t{256} << 20;  // the cache's bound; at least two chunks are kept
+  bool read_only = false;
+  double commit_seconds = 5;  // the longest that a running operation keeps what it wrote uncommitted
+  ProgressDisplay* progress = nullptr;
+  ReportServices* reports = nullptr;
+};
+
+// Which figures a walk visits. A record is in the range when it holds one of the dates.
+struct FigureQuery {
+  Date first = kNoDate;         // kNoDate: from the first date held
+  Date last = kNoDate;          // kNoDate: to the last date held
+  std::vector<Long> accounts;   // account numbers; empty: all
+  std::vector<Integer> fields;  // field numbers; empty: all
+};
+
+struct Figure {
+  Integer account_position = 0;
+  Long account_number = 0;
+  Date date = 0;  // the record's level date
+  Integer field_position = 0;
+  Integer field_number = 0;
+  Double value = 0;
+};
+
+class Book final : public Masterfile, public CalendarSource {
+ public:
+  // Makes a new book of a sound description, with its values, and closes it.
+  //   fails   Failure 5 for a description that is not sound, 75 where the path exists, else as Open; no file is left
+  //   then
+  static void Create(const Text& path, const BookDescription& description);
+
+  // Opens a book.
+  //   fails   each with the path: 53 no such file, 76 no such folder, 70 not permitted or open elsewhere for writing,
+  //           75 a file that is no book, 73 a book of a newer version, 61 no room, 57 a damaged or unreadable book
+  [[nodiscard]] static std::unique_ptr<Book> Open(const Text& path, HostApp& app, const BookOptions& options = {});
+
+  // Commits and closes, and says nothing of what fails: call Close first where that matters.
+  ~Book() override;
+  Book(const Book&) = delete;
+  Book& operator=(const Book&) = delete;
+
+  // Commits what was written. A failure (61 no room, 57) leaves the file as the last commit left it and keeps what was
+  // not stored, so that the call can be repeated.
+  void Commit();
+  // Commits and closes the file. Nothing but the destructor may follow. A journal entry that is open stays unclosed.
+  void Close();
+
+  [[nodiscard]] const Text& Path() const { return path_; }
+  [[nodiscard]] bool ReadOnly() const { return options_.read_only; }
+
+  // What the book was made from, without its values.
+  [[nodiscard]] const BookDescription& Description() const { return description_; }
+
+  // Gives every non-zero figure of the query, ordered by account position, date and field position. What was written
+  // so far is committed first. The visitor must not change the book. False from the visitor ends the walk.
+  //   fails   5 for an account or field number that the book has not, 57 for a damaged book
+  using FigureVisitor = std::function<bool(const Figure&)>;
+  void VisitFigures(const FigureQuery& query, const FigureVisitor& visit);
+  // A giver for PrintBookDescription that streams the book's figures.
+  [[nodiscard]] ValueGiver Values();
+
+  // The position and the number of an account by its code without trailing blanks; 0 where no account has it.
+  [[nodiscard]] Integer AccountPositionOfCode(const Text& code) const;
+  // The position of an account or field by its number; 0 where there is none.
+  [[nodiscard]] Integer AccountPosition(Long account_number) const;
+  [[nodiscard]] Integer FieldPosition(Integer field_number) const;
+
+  // What the journal entries from here on say that ran. Where it is empty they bear the title of the progress display.
+  void SetOperationName(const Text& name);
+
+  // CalendarSource.
+  [[nodiscard]] const Calendar& CalendarRules() const override { return calendar_; }
+
+  // Masterfile.
+  HostApp& App() override { return app_; }
+  tallybook::FiscalCalendar& FiscalCalendar() override { return cursor_; }
+  std::unique_ptr<AccountRecord> NewAccountRecord() override;
+  std::unique_ptr<FieldRecord> NewFieldRecord() override;
+  SequenceList& PrintSequences() override;
+
+  [[nodiscard]] Text SystemName() const override { return description_.system_name; }
+  [[nodiscard]] Text DataPath() const override { return folder_; }
+  [[nodiscard]] Text FileExtension() const override { return name_; }
+  [[nodiscard]] Text SettingsFileName() const override { return folder_ + name_ + ".ini"; }
+  [[nodiscard]] Text MasterFileTypeName(Integer type) const override;
+  const TitleLookup& TitleSource() const override { return title_lookup_; }
+  [[nodiscard]] Text TitleContext() const override { return description_.system_name; }
+
+  [[nodiscard]] Long FileVersion() const override { return kBookVersion; }
+  [[nodiscard]] Integer DataLevel() const override { return description_.data_level; }
+  [[nodiscard]] Integer CalendarType() const override { return static_cast<Integer>(description_.calendar.kind); }
+  [[nodiscard]] Integer YearField() const override { return 0; }
+  [[nodiscard]] Long FieldSlots() const override { return NumFields(); }
+  [[nodiscard]] Long AccountSlots() const override { return NumAccounts(); }
+
+  [[nodiscard]] Long MaxAccounts() const override { return description_.max_accounts; }
+  [[nodiscard]] Long NumAccounts() const override { return static_cast<Long>(description_.accounts.size()); }
+  [[nodiscard]] Long AccountNumber(Integer position) const override;
+  [[nodiscard]] Long MaxFields() const override { return description_.max_fields; }
+  [[nodiscard]] Long NumFields() const override { return static_cast<Long>(description_.fields.size()); }
+  [[nodiscard]] Integer FieldNumber(Integer position) const override;
+  [[nodiscard]] Text FieldName(Integer position) const override;
+
+  // False for a number that no account has and for a date that is not valid; no record is current then. What was set
+  // and not written is dropped. Fails with 57 for a damaged book, and with 61 or 57 where the cache had to make room.
+  [[nodiscard]] bool ReadRecord(Long account_number, Date date) override;
+  // Keeps the record current; does nothing and gives false where none is. Failure 70 for a book open to read, 61 and 57
+  // as Commit: the record is kept in memory then, and the call can be repeated.
+  bool WriteRecord() override;
+  [[nodiscard]] Double FieldValue(Integer field_number) const override;
+  void SetFieldValue(Integer field_number, Double value) override;
+
+  [[nodiscard]] bool DateValid(Date date) const override;
+  [[nodiscard]] Date FirstDate() const override { return calendar_.FirstDate(); }
+  [[nodiscard]] Date LastDate() const override { return calendar_.LastDate(); }
+  [[nodiscard]] Date FirstSystemDate() const override { return calendar_.FirstDate(); }
+  [[nodiscard]] Integer FirstYear() const override { return description_.calendar.first_year; }
+  [[nodiscard]] Long NumYears() const override { return description_.calendar.years; }
+  [[nodiscard]] Long YearsInUse() const override { return description_.calendar.years_in_use; }
+  [[nodiscard]] Integer YearCode(Integer position) const override;  // the year's name
+  [[nodiscard]] Date YearStart(Integer year) const override { return calendar_.YearStart(year); }
+  [[nodiscard]] Integer NumPeriods() const override { return calendar_.NumPeriods(); }
+  [[nodiscard]] Text PeriodName(Integer period) const override { return calendar_.PeriodName(period); }
+  [[nodiscard]] Integer PeriodLength(Integer period) const override { return calendar_.PeriodLength(period); }
+
+  void BeginProgress(const Text& title) override;
+  void BeginProgressText(const Text& title) override { BeginProgress(title); }
+  void SetProgressFraction(Single fraction) override;
+  void SetProgressText(const Text& text) override;
+  void SetProgressCancelEnabled(bool enabled) override;
+  [[nodiscard]] bool ProgressCancelled() const override;
+  void EndProgress() override;
+
+  // Commits, ends an entry that is still open as unclosed, and opens a new one. Gives 1. Failure 70 for a book open to
+  // read.
+  Integer BeginRollback(Date first, Date last) override;
+  void EndRollback() override;
+
+  // A book that may be written may have its definitions changed.
+  [[nodiscard]] bool AccessRight(const Text& right) const override;
+
+  void InitReportPrinter(Printer& printer) override;
+  void PrintReportHeader(Printer& printer, const Text& name) override;
+
+ private:
+  friend class Journal;
+
+  class SystemTitle : public TitleLookup {
+   public:
+    [[nodiscard]] Text TitleFor(const Text& context) const override { return context; }
+  };
+  class NoSequences : public SequenceList {};
+
+  Book(const Text& path, HostApp& app, const BookOptions& options, std::unique_ptr<FigureStore> store);
+
+  [[noreturn]] void FailField(Integer field_number) const;
+  void KeepWritten();
+  void DropCurrentRecord();
+
+  Text path_;
+  Text folder_;  // ends in a separator
+  Text name_;
+  HostApp& app_;
+  BookOptions options_;
+  std::unique_ptr<FigureStore> store_;
+  BookDescription description_;  // without values
+  Calendar calendar_;
+  BookCalendar cursor_;
+  SystemTitle title_lookup_;
+  NoSequences no_sequences_;
+  bool progress_open_ = false;
+
+  // Fixed tables for the walk over records: by account number, by field number.
+  std::vector<Integer> position_of_account_;  // 0: no such account
+  std::vector<Integer> position_of_field_;
+
+  // The current record. `row_` points at its figures, in field position order: into the cache until the first figure is
+  // set, into `changed_row_` from then on; null where no record is current.
+  const Double* row_ = nullptr;
+  std::vector<Double> changed_row_;
+  bool changed_ = false;
+  Text operation_name_;
+  Text progress_title_;
+};
+
+}  // namespace tallybook::engine
