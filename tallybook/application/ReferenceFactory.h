@@ -1,0 +1,51 @@
+// Makes the objects that the component asks its application for. The application makes one factory, tells it where
+// reports go and where progress is shown, and brings what only a windowed application has. One thread.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "host/DataExportObject.h"
+#include "host/EdtForm.h"
+#include "host/FiscalCalendar.h"
+#include "host/HostFactory.h"
+#include "host/IniFile.h"
+#include "host/Printer.h"
+#include "host/Sequence.h"
+#include "tallybook/report/ReportPrinter.h"
+
+namespace tallybook::application {
+
+class ReferenceFactory : public HostFactory {
+ public:
+  using CalendarMaker = std::function<std::unique_ptr<FiscalCalendar>()>;
+  using ListWindowMaker = std::function<std::unique_ptr<EdtForm>()>;
+  using SequenceMaker = std::function<std::unique_ptr<PrintSequence>()>;
+
+  // Where the reports of printers made from now on go; at first the standard output, as text.
+  // Fails with Failure 5 for a path whose extension names no form of report.
+  void SetReportDestination(const report::Destination& destination);
+  // Shows the progress of printers made from now on; null for none. It must outlive them.
+  void SetProgressDisplay(report::ProgressDisplay* display) { progress_ = display; }
+
+  void SetCalendarMaker(CalendarMaker maker) { calendar_maker_ = std::move(maker); }
+  void SetListWindowMaker(ListWindowMaker maker) { list_window_maker_ = std::move(maker); }
+  void SetSequenceMaker(SequenceMaker maker) { sequence_maker_ = std::move(maker); }
+
+  std::unique_ptr<IniFile> NewIniFile() override;
+  std::unique_ptr<Printer> NewPrinter() override;
+  std::shared_ptr<DataExportObject> NewDataExportObject() override;
+  // These three fail with Failure 73 (feature unavailable) until the application has set a maker.
+  std::unique_ptr<FiscalCalendar> NewFiscalCalendar() override;
+  std::unique_ptr<EdtForm> NewEdtForm() override;
+  std::unique_ptr<PrintSequence> NewPrintSequence() override;
+
+ private:
+  report::Destination destination_;
+  report::ProgressDisplay* progress_ = nullptr;
+  CalendarMaker calendar_maker_;
+  ListWindowMaker list_window_maker_;
+  SequenceMaker sequence_maker_;
+};
+
+}  // namespace tallybook::application
