@@ -3,7 +3,8 @@
 
 find_program(TALLYBOOK_CCACHE ccache)
 if(TALLYBOOK_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${TALLYBOOK_CCACHE}")
+  # What ccache must overlook to keep objects that were made with the tests' precompiled header.
+  set(CMAKE_CXX_COMPILER_LAUNCHER env CCACHE_SLOPPINESS=pch_defines,time_macros ${TALLYBOOK_CCACHE})
 endif()
 
 add_library(tallybook_build_options INTERFACE)
@@ -18,6 +19,13 @@ endif()
 if(TALLYBOOK_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+endif()
+if(TALLYBOOK_BUILD_FUZZERS)
+  # The floors under a fuzz target report their coverage to it; the target itself links with -fsanitize=fuzzer.
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "TALLYBOOK_BUILD_FUZZERS needs clang, found ${CMAKE_CXX_COMPILER_ID}: cmake --preset fuzzing")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
 # tallybook_floor(NAME SOURCES ... [LINKS ...])

@@ -1,0 +1,52 @@
+# What `cmake --install` gives: the component's headers, its static libraries, a CMake package and a pkg-config file;
+# with the application, the command `tallybook` as well. Two install components: Development and Runtime.
+#
+#   find_package(Tallybook REQUIRED)
+#   target_link_libraries(program PRIVATE Tallybook::exchange)
+#
+#   g++ -std=c++20 $(pkg-config --cflags tallybook) program.cpp $(pkg-config --libs tallybook)
+
+include(CMakePackageConfigHelpers)
+
+# The floors that are libraries, each above what it links. The linker is told them in the opposite order.
+set(TALLYBOOK_FLOORS host support qdx import exchange)
+set(TALLYBOOK_PACKAGE_FOLDER ${CMAKE_INSTALL_LIBDIR}/cmake/Tallybook)
+
+set(TALLYBOOK_PKGCONFIG_LIBRARIES)
+foreach(floor IN LISTS TALLYBOOK_FLOORS)
+  # The same name inside this build and in an installed package.
+  add_library(Tallybook::${floor} ALIAS tallybook_${floor})
+  set_target_properties(tallybook_${floor} PROPERTIES EXPORT_NAME ${floor})
+  install(TARGETS tallybook_${floor} EXPORT TallybookTargets
+          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Development)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/${floor}
+          DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tallybook COMPONENT Development
+          FILES_MATCHING PATTERN "*.h")
+  get_target_property(kind tallybook_${floor} TYPE)
+  if(kind STREQUAL "STATIC_LIBRARY")
+    string(PREPEND TALLYBOOK_PKGCONFIG_LIBRARIES " -ltallybook_${floor}")
+  endif()
+endforeach()
+
+install(EXPORT TallybookTargets NAMESPACE Tallybook:: DESTINATION ${TALLYBOOK_PACKAGE_FOLDER} COMPONENT Development)
+
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/TallybookConfig.cmake.in
+                              ${PROJECT_BINARY_DIR}/package/TallybookConfig.cmake
+                              INSTALL_DESTINATION ${TALLYBOOK_PACKAGE_FOLDER})
+# Before 1.0 a new minor version may change what embedders wrote against.
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/package/TallybookConfigVersion.cmake
+                                 COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/package/TallybookConfig.cmake
+              ${PROJECT_BINARY_DIR}/package/TallybookConfigVersion.cmake
+        DESTINATION ${TALLYBOOK_PACKAGE_FOLDER} COMPONENT Development)
+
+# The .pc file finds the rest from its own place, so that an installed tree can be moved.
+file(RELATIVE_PATH TALLYBOOK_PREFIX_FROM_PKGCONFIG
+     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(${CMAKE_CURRENT_LIST_DIR}/tallybook.pc.in ${PROJECT_BINARY_DIR}/package/tallybook.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/package/tallybook.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT Development)
+
+if(TALLYBOOK_BUILD_APPLICATION)
+  install(TARGETS tallybook RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime)
+endif()

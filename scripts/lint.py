@@ -1,0 +1,98 @@
+"""Runs clang-tidy over the project's own sources and remembers which of them passed.
+
+A source is remembered by a digest of its preprocessed text, its compile command and the checks' configuration: as long
+as these stay, so does the verdict. Only verdicts without findings are kept.
+"""
+
+import argparse
+import concurrent.futures
+import hashlib
+import json
+import pathlib
+import shlex
+import subprocess
+import sys
+import time
+
+LINTED_FOLDERS = ("src", "tallybook")
+# The compile commands are GCC's: warnings that only GCC knows are no news to clang.
+EXTRA_ARGUMENTS = ["--extra-arg=-Wno-unknown-warning-option", "--extra-arg=-Wno-ignored-optimization-argument"]
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--commands", type=pathlib.Path, required=True, help="folder of compile_commands.json")
+    parser.add_argument("--remember", type=pathlib.Path, required=True, help="folder of the verdicts kept")
+    parser.add_argument("--jobs", type=int, default=2)
+    parser.add_argument("files", nargs="*", help="sources to look at; without any, all of them")
+    options = parser.parse_args()
+
+    root = pathlib.Path.cwd().resolve()
+    try:
+        jobs = sources(options.commands, root, [pathlib.Path(name).resolve() for name in options.files])
+    except LookupError as error:
+        print(f"lint: {error}", file=sys.stderr)
+        return 2
+    options.remember.mkdir(parents=True, exist_ok=True)
+    configuration = (root / ".clang-tidy").read_bytes() + version()
+
+    began = time.monotonic()
+    failed, checked = [], 0
+    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+        work = [pool.submit(lint, job, options.commands, options.remember, configuration) for job in jobs]
+        for job, result in zip(jobs, work):
+            fresh, text = result.result()
+            checked += fresh
+            if text is not None:
+                failed.append(str(pathlib.Path(job["file"]).relative_to(root)))
+                print(text)
+    print(f"lint: {len(jobs)} sources, {checked} looked at, {len(failed)} with findings, "
+          f"{time.monotonic() - began:.0f} s")
+    for name in failed:
+        print(f"  {name}")
+    return 1 if failed else 0
+
+
+def sources(commands, root, wanted):
+    """The compile commands of the linted folders, or of the files asked for; LookupError if one of these has none."""
+    entries = {}
+    for entry in json.loads((commands / "compile_commands.json").read_text()):
+        path = (pathlib.Path(entry["directory"]) / entry["file"]).resolve()
+        if path.is_relative_to(root) and path.relative_to(root).parts[0] in LINTED_FOLDERS:
+            entries[path] = dict(entry, file=str(path))
+    for path in wanted:
+        if path not in entries:
+            raise LookupError(f"{path}: no compile command in {commands}; sources of {LINTED_FOLDERS} are linted")
+    if not entries:
+        raise LookupError(f"{commands}/compile_commands.json names no source of {LINTED_FOLDERS}")
+    return [entries[path] for path in sorted(wanted or entries)]
+
+
+def version():
+    return subprocess.run(["clang-tidy", "--version"], check=True, capture_output=True).stdout
+
+
+def lint(entry, commands, remember, configuration):
+    """(whether it was looked at, its findings or None)."""
+    verdict = remember / digest(entry, configuration)
+    if verdict.exists():
+        return False, None
+    run = subprocess.run(["clang-tidy", "--quiet", "-p", str(commands), *EXTRA_ARGUMENTS, entry["file"]],
+                         capture_output=True, text=True)
+    if run.returncode == 0:
+        verdict.touch()
+        return True, None
+    return True, run.stdout + "\n".join(line for line in run.stderr.splitlines() if "warnings generated" not in line)
+
+
+def digest(entry, configuration):
+    arguments = shlex.split(entry["command"])
+    # The text as the compiler sees it, comments kept: a NOLINT is one.
+    output = arguments.index("-o")
+    preprocess = arguments[:output] + arguments[output + 2:] + ["-E", "-C"]
+    text = subprocess.run(preprocess, cwd=entry["directory"], capture_output=True).stdout
+    return hashlib.sha256(b"\0".join([configuration, entry["command"].encode(), text])).hexdigest()
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,135 @@
+"""The rules find what they are there to find: each is shown a small tree with one planted violation."""
+
+import pathlib
+import tempfile
+import unittest
+
+import check_includes
+import check_sources_built
+
+
+class RuleTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.root = pathlib.Path(folder.name)
+        self.write("src/support/Types.h")
+        self.write("src/host/Masterfile.h", '#include "support/Types.h"')
+        self.write("src/qdx/HeaderRecord.h", '#include "host/Masterfile.h"')
+
+    def write(self, path, text=""):
+        file = self.root / path
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(text + "\n", encoding="utf-8")
+
+
+class IncludesTest(RuleTest):
+    def found(self):
+        return check_includes.violations(self.root)
+
+    def expect_only(self, place, words):
+        found = self.found()
+        self.assertEqual(1, len(found), found)
+        self.assertTrue(found[0].startswith(place + ": "), found)
+        self.assertIn(words, found[0])
+
+    def test_accepts_arrows_that_go_down(self):
+        self.write("src/dialogs/dlgExport.cpp", '#include <vector>\n#include "qdx/HeaderRecord.h"')
+        self.assertEqual([], self.found())
+
+    def test_finds_an_arrow_that_climbs(self):
+        self.write("src/exchange/CDataExchange.h")
+        self.write("src/qdx/Exporter.cpp", '#include "qdx/HeaderRecord.h"\n#include "exchange/CDataExchange.h"')
+        self.expect_only("src/qdx/Exporter.cpp:2", "qdx lies below exchange")
+
+    def test_finds_a_climb_between_every_two_rows(self):
+        rows = check_includes.FLOORS
+        for below, above in zip(rows, rows[1:]):
+            with self.subTest(below=below[0], above=above[0]):
+                self.write(f"src/{above[0]}/Above.h")
+                self.write(f"src/{below[0]}/Below.cpp", f'#include "{above[0]}/Above.h"')
+                self.expect_only(f"src/{below[0]}/Below.cpp:1", "lies below")
+                (self.root / f"src/{below[0]}/Below.cpp").unlink()
+
+    def test_finds_the_component_knowing_the_application(self):
+        self.write("tallybook/engine/Engine.h")
+        self.write("src/import/QDXImport.cpp", '# include  "tallybook/engine/Engine.h"')
+        self.expect_only("src/import/QDXImport.cpp:1", "nothing of tallybook/")
+
+    def test_finds_a_way_round_by_dots(self):
+        self.write("src/support/Utility.cpp", '#include "../qdx/HeaderRecord.h"')
+        self.expect_only("src/support/Utility.cpp:1", "not written from a floor")
+        self.write("src/support/Utility.cpp", '#include "support/../qdx/HeaderRecord.h"')
+        self.expect_only("src/support/Utility.cpp:1", "not written from a floor")
+
+    def test_finds_a_header_of_no_standard_library(self):
+        for header in ("sqlite3.h", "unistd.h", "fmt/format.h", "string.h", "bits/stdc++.h"):
+            with self.subTest(header=header):
+                self.write("src/qdx/Body.cpp", f"#include <{header}>")
+                self.expect_only("src/qdx/Body.cpp:1", "standard library")
+
+    def test_finds_an_include_that_is_computed(self):
+        self.write("src/qdx/Body.cpp", "#include BODY_HEADER")
+        self.expect_only("src/qdx/Body.cpp:1", "standard library")
+
+    def test_lets_the_platform_alone_talk_to_the_system(self):
+        self.write("src/support/platform/posix/PosixPlatform.cpp", "#include <fcntl.h>")
+        self.assertEqual([], self.found())
+        self.write("src/support/platform/posix/PosixPlatform.cpp", '#include "qdx/HeaderRecord.h"')
+        self.expect_only("src/support/platform/posix/PosixPlatform.cpp:1", "support lies below qdx")
+
+    def test_finds_an_own_header_that_is_not_there(self):
+        self.write("src/qdx/Body.cpp", '#include "support/Gone.h"')
+        self.expect_only("src/qdx/Body.cpp:1", "no file of src/")
+
+    def test_finds_a_folder_that_is_no_floor(self):
+        self.write("src/attic/Thing.cpp")
+        self.expect_only("src/attic/Thing.cpp:1", "no floor")
+
+    def test_passes_over_comments(self):
+        self.write("src/qdx/Body.cpp", '/* once:\n#include "exchange/CDataExchange.h"\n*/\n// #include <sqlite3.h>')
+        self.assertEqual([], self.found())
+
+    def test_counts_lines_behind_a_comment_rightly(self):
+        self.write("src/qdx/Body.cpp", "/* one\ntwo */\n#include <sqlite3.h>")
+        self.expect_only("src/qdx/Body.cpp:3", "sqlite3.h")
+
+    def test_finds_an_engine_that_knows_the_command_line(self):
+        self.write("tallybook/engine/Engine.cpp", '#include "tallybook/cli/Console.h"')
+        self.expect_only("tallybook/engine/Engine.cpp:1", "engine lies below cli")
+
+    def test_finds_tests_that_reach_up(self):
+        self.write("tests/qdx/ExporterTest.cpp", '#include "exchange/CDataExchange.h"')
+        self.expect_only("tests/qdx/ExporterTest.cpp:1", "the tests of qdx reach up to exchange")
+
+
+class SourcesBuiltTest(RuleTest):
+    def found(self):
+        return check_sources_built.violations(self.root)
+
+    def test_accepts_sources_named_beside_them_or_from_above(self):
+        self.write("tests/qdx/CMakeLists.txt", "tallybook_test(qdx_test SOURCES BodyTest.cpp deep/DeepTest.cpp)")
+        self.write("tests/qdx/BodyTest.cpp")
+        self.write("tests/qdx/deep/DeepTest.cpp")
+        self.assertEqual([], self.found())
+
+    def test_finds_a_test_that_is_in_no_build(self):
+        self.write("tests/qdx/CMakeLists.txt", "tallybook_test(qdx_test SOURCES BodyTest.cpp)")
+        self.write("tests/qdx/BodyTest.cpp")
+        self.write("tests/qdx/LostTest.cpp")
+        self.assertEqual(["tests/qdx/LostTest.cpp: named in no CMakeLists.txt"], self.found())
+
+    def test_finds_a_test_that_is_commented_out_of_its_build(self):
+        self.write("tests/qdx/CMakeLists.txt", "tallybook_test(qdx_test SOURCES\n  # BodyTest.cpp\n)")
+        self.write("tests/qdx/BodyTest.cpp")
+        self.assertEqual(["tests/qdx/BodyTest.cpp: named in no CMakeLists.txt"], self.found())
+
+    def test_is_not_misled_by_a_namesake_elsewhere(self):
+        self.write("tests/qdx/CMakeLists.txt", "tallybook_test(qdx_test SOURCES BodyTest.cpp)")
+        self.write("tests/qdx/BodyTest.cpp")
+        self.write("tests/import/BodyTest.cpp")
+        self.assertEqual(["tests/import/BodyTest.cpp: named in no CMakeLists.txt"], self.found())
+
+
+if __name__ == "__main__":
+    unittest.main()
