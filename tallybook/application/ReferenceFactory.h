@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "host/DataExportObject.h"
 #include "host/EdtForm.h"
@@ -12,13 +13,13 @@
 #include "host/IniFile.h"
 #include "host/Printer.h"
 #include "host/Sequence.h"
+#include "tallybook/engine/ProgressDisplay.h"
 #include "tallybook/report/ReportPrinter.h"
 
 namespace tallybook::application {
 
 class ReferenceFactory : public HostFactory {
  public:
-  using CalendarMaker = std::function<std::unique_ptr<FiscalCalendar>()>;
   using ListWindowMaker = std::function<std::unique_ptr<EdtForm>()>;
   using SequenceMaker = std::function<std::unique_ptr<PrintSequence>()>;
 
@@ -26,24 +27,23 @@ class ReferenceFactory : public HostFactory {
   // Fails with Failure 5 for a path whose extension names no form of report.
   void SetReportDestination(const report::Destination& destination);
   // Shows the progress of printers made from now on; null for none. It must outlive them.
-  void SetProgressDisplay(report::ProgressDisplay* display) { progress_ = display; }
+  void SetProgressDisplay(engine::ProgressDisplay* display) { progress_ = display; }
 
-  void SetCalendarMaker(CalendarMaker maker) { calendar_maker_ = std::move(maker); }
   void SetListWindowMaker(ListWindowMaker maker) { list_window_maker_ = std::move(maker); }
   void SetSequenceMaker(SequenceMaker maker) { sequence_maker_ = std::move(maker); }
 
   std::unique_ptr<IniFile> NewIniFile() override;
   std::unique_ptr<Printer> NewPrinter() override;
   std::shared_ptr<DataExportObject> NewDataExportObject() override;
-  // These three fail with Failure 73 (feature unavailable) until the application has set a maker.
+  // The engine's calendar, not attached yet.
   std::unique_ptr<FiscalCalendar> NewFiscalCalendar() override;
+  // Both fail with Failure 73 (feature unavailable) until the application has set a maker.
   std::unique_ptr<EdtForm> NewEdtForm() override;
   std::unique_ptr<PrintSequence> NewPrintSequence() override;
 
  private:
   report::Destination destination_;
-  report::ProgressDisplay* progress_ = nullptr;
-  CalendarMaker calendar_maker_;
+  engine::ProgressDisplay* progress_ = nullptr;
   ListWindowMaker list_window_maker_;
   SequenceMaker sequence_maker_;
 };

@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "host/Printer.h"
-#include "tallybook/report/ProgressDisplay.h"
+#include "tallybook/engine/ProgressDisplay.h"
 #include "tallybook/report/Report.h"
 
 namespace tallybook {
@@ -29,7 +29,7 @@ class ReportPrinter : public Printer {
  public:
   // `progress` may be null: then nothing is shown and nothing cancels.
   // Fails with Failure 5 for a path whose extension names no form.
-  explicit ReportPrinter(Destination destination, ProgressDisplay* progress = nullptr);
+  explicit ReportPrinter(Destination destination, engine::ProgressDisplay* progress = nullptr);
   // A report that has not ended is dropped, and a progress display that is open is closed.
   ~ReportPrinter() override;
   ReportPrinter(const ReportPrinter&) = delete;
@@ -100,7 +100,7 @@ class ReportPrinter : public Printer {
 
   Destination destination_;
   std::unique_ptr<Renderer> renderer_;
-  ProgressDisplay* progress_ = nullptr;
+  engine::ProgressDisplay* progress_ = nullptr;
   PrinterEvents* listener_ = nullptr;
   Integer output_option_ = 0;
 
