@@ -59,6 +59,8 @@ class FileStream {
 
  private:
   bool ReadWholeSlowly(std::span<std::byte> into);
+  bool ReadWholeDirectly(std::span<std::byte> into);
+  void StartReading();
   void WriteSlowly(std::span<const std::byte> from);
   void Fill(long long position);
 

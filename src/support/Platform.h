@@ -91,6 +91,10 @@ inline constexpr Integer kRetry = 4;
 inline constexpr Integer kYes = 6;
 inline constexpr Integer kNo = 7;
 
+// The button that refuses what a box asks: Cancel, No, or OK where there is no other. The answer wherever nobody can be
+// asked.
+[[nodiscard]] Integer RefusingButton(Long style);
+
 class MessageBoxes {
  public:
   virtual ~MessageBoxes() = default;
@@ -127,7 +131,8 @@ struct Platform {
   Text application_title;  // the caption of a message box that is given none
 };
 
-// Installs the platform for the process; the pointers must be set. May be called again, as tests do.
+// Installs the platform for the process. Failure 91 (object not set), with what was installed before left in place, when
+// one of the pointers is not set. May be called again, as tests do.
 void InstallPlatform(const Platform& platform);
 // The installed platform. Failure 91 (object not set) before one is installed.
 [[nodiscard]] Platform& ThePlatform();

@@ -1,0 +1,58 @@
+#include "support/platform/posix/PosixPlatform.h"
+
+#include <chrono>
+#include <ctime>
+#include <thread>
+
+#include "support/Dates.h"
+#include "support/platform/posix/PosixFileSystem.h"
+
+namespace tallybook {
+
+Date PosixClock::Now() {
+  std::timespec moment{};
+  std::timespec_get(&moment, TIME_UTC);
+  return LocalDate(moment);
+}
+
+void PosixClock::Sleep(Single seconds) {
+  std::this_thread::sleep_for(std::chrono::duration<Single>(seconds));
+}
+
+Text PosixClock::LongDate(Date date) {
+  return LongDateText(date);
+}
+
+Integer RefusingMessageBoxes::Show(const Text& /*text*/, Long style, const Text& /*caption*/) {
+  return RefusingButton(style);
+}
+
+void RefusingMessageBoxes::PlaySound(const Text& /*name*/) {}
+
+bool EmptyInputQueue::HasPending(Long /*mask*/) {
+  return false;
+}
+void EmptyInputQueue::RunOnce() {}
+
+void NoScreen::SetPointer(Pointer /*pointer*/) {}
+
+Date LocalDate(const std::timespec& moment) {
+  constexpr Double kNanosecondsPerDay = 86400e9;
+  constexpr int kFirstYear = 1900;  // std::tm counts years from here, and months from 0
+  std::tm local{};
+  ::localtime_r(&moment.tv_sec, &local);
+  return DateFromParts(local.tm_year + kFirstYear, local.tm_mon + 1, local.tm_mday) +
+         TimeFromParts(local.tm_hour, local.tm_min, local.tm_sec) +
+         static_cast<Double>(moment.tv_nsec) / kNanosecondsPerDay;
+}
+
+Platform PosixPlatform(const Text& application_title) {
+  static PosixClock clock;
+  static PosixFileSystem files;
+  static RefusingMessageBoxes message_boxes;
+  static EmptyInputQueue input;
+  static NoScreen screen;
+  return {&clock, &files, &message_boxes, &input, &screen, application_title};
+}
+
+}  // namespace tallybook
