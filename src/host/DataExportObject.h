@@ -16,8 +16,8 @@ enum class ColumnType : Integer {
 };
 
 // Bits of a format's capability.
-inline constexpr Long kHasDateColumn = 1;        // one date column; a capability of 0 means month, day, year columns
-inline constexpr Long kWantsTitleRow = 1 | 2;    // both bits: a first row of column titles is wanted
+inline constexpr Long kHasDateColumn = 1;      // one date column; a capability of 0 means month, day, year columns
+inline constexpr Long kWantsTitleRow = 1 | 2;  // both bits: a first row of column titles is wanted
 
 // The answer of DataExportObject::CommitRow that means success.
 inline constexpr Long kRowCommitted = -1;
@@ -46,8 +46,8 @@ class DataExportObject {
   [[nodiscard]] virtual bool CreateTable(const Text& path, const Text& format_code, const Text& table_name,
                                          Integer columns, Long& handle) = 0;
   // Defines the column at a position from 1. `width` counts characters. All columns are defined before the first row.
-  [[nodiscard]] virtual bool AddColumn(Long handle, Integer position, ColumnType type, Integer width,
-                                       Integer decimals, const Text& name) = 0;
+  [[nodiscard]] virtual bool AddColumn(Long handle, Integer position, ColumnType type, Integer width, Integer decimals,
+                                       const Text& name) = 0;
 
   // One cell of the row under way. Cells keep their content from row to row until they are set again: that is relied
   // upon for dates and account codes.

@@ -28,7 +28,8 @@ template <typename Number>
 [[nodiscard]] Number FromBytes(const std::byte* bytes) {
   BitsOf<Number> bits = 0;
   for (std::size_t i = 0; i < sizeof(Number); ++i)
-    bits = static_cast<BitsOf<Number>>(bits | static_cast<BitsOf<Number>>(static_cast<BitsOf<Number>>(bytes[i]) << (8 * i)));
+    bits = static_cast<BitsOf<Number>>(bits |
+                                       static_cast<BitsOf<Number>>(static_cast<BitsOf<Number>>(bytes[i]) << (8 * i)));
   return std::bit_cast<Number>(bits);
 }
 

@@ -1,5 +1,5 @@
-// A table of rows at positions from 1, as the system's records hold them. Every access is checked: a position outside the
-// table is failure 9. A table may be given an upper limit that it never grows beyond.
+// A table of rows at positions from 1, as the system's records hold them. Every access is checked: a position outside
+// the table is failure 9. A table may be given an upper limit that it never grows beyond.
 #pragma once
 
 #include <string>
@@ -19,7 +19,8 @@ namespace tallybook {
 template <typename Row>
 class FixedTable {
  public:
-  explicit FixedTable(Long rows = 0) : rows_(static_cast<std::size_t>(rows)) {}
+  FixedTable() = default;
+  explicit FixedTable(Long rows) : rows_(static_cast<std::size_t>(rows)) {}
 
   [[nodiscard]] Long Rows() const { return static_cast<Long>(rows_.size()); }
   // Makes the table `rows` rows long, all of them empty.

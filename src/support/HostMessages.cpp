@@ -5,9 +5,13 @@
 
 namespace tallybook {
 
-void Refuse(HostApp& app, const Text& text) { ShowMessage(text, kExclamationIcon | kOkOnly, app.Title()); }
+void Refuse(HostApp& app, const Text& text) {
+  ShowMessage(text, kExclamationIcon | kOkOnly, app.Title());
+}
 
-bool AskRetry(HostApp& app, const Text& text) { return AskRetry(app, text, kQuestionIcon); }
+bool AskRetry(HostApp& app, const Text& text) {
+  return AskRetry(app, text, kQuestionIcon);
+}
 
 bool AskRetry(HostApp& app, const Text& text, Long icon) {
   return AskMessage(text, icon | kRetryCancel, app.Title()) == kRetry;

@@ -1,0 +1,101 @@
+#include "host/AccountRecord.h"
+#include "host/Masterfile.h"
+#include "qdx/Body.h"
+#include "qdx/ExportTarget.h"
+#include "qdx/Exporter.h"
+#include "qdx/HeaderItems.h"
+#include "support/Dates.h"
+#include "support/FileNumber.h"
+#include "support/Narrow.h"
+
+namespace tallybook {
+
+namespace {
+
+BodyDate BodyDateOf(Date date) {
+  const DateParts parts = PartsOf(date);
+  return {parts.month, parts.day, parts.year};
+}
+
+class ExchangeFileTarget : public ExportTarget {
+ public:
+  ExchangeFileTarget(const ExportMeans& means, const ExportRequest& request)
+      : masterfile_(means.masterfile), request_(request) {}
+
+  [[nodiscard]] bool Create() override {
+    Text name = request_.file_name;
+    return OpenFileEx("BL", file_.Value(), name);
+  }
+
+  void WriteHead(AccountRecord& account) override {
+    HeaderSender sender{.masterfile = masterfile_,
+                        .account = account,
+                        .version = request_.version,
+                        .report_length = request_.report_length,
+                        .created = Now(),
+                        .start_date = request_.start_date,
+                        .last_date = request_.last_date,
+                        .account_count = std::nullopt};
+    FileStream& stream = file_.Stream();
+    const auto progress = [&](HeaderTable table, Integer row) { ShowTableProgress(table, row); };
+    WriteHeaderItems(stream, SignatureItems(), sender, progress);
+    WriteHeaderItems(stream, HeadItems(), sender, progress);
+    WriteHeaderItems(stream, TableItems(), sender, progress);
+    stream_ = &stream;
+  }
+
+  // No account is selected: meant, the progress text keeps the last account of the table for the whole body.
+  void BeginAccount(Integer position, AccountRecord& /*account*/) override { PutItem(*stream_, BodyAccount{position}); }
+
+  void WriteDate(Date date) override {
+    const auto fields = static_cast<int>(masterfile_.NumFields());
+    const Integer count = CountValues(fields);
+    if (count == 0) return;
+    PutItem(*stream_, BodyDateOf(date));
+    PutItem(*stream_, BodyCount{count});
+    for (int i = 1; i <= fields; ++i) {
+      const auto position = static_cast<Integer>(i);
+      const Double value = masterfile_.FieldValue(masterfile_.FieldNumber(position));
+      if (value != 0) PutItem(*stream_, BodyValue{position, value});
+    }
+  }
+
+  void EndAccount() override { PutBlockEnd(*stream_); }
+  void WriteEnd() override { PutBodyEnd(*stream_); }
+
+  void Close() override {
+    file_.Stream().Flush();
+    file_.Close();
+  }
+
+ private:
+  [[nodiscard]] Integer CountValues(int fields) const {
+    int count = 0;
+    for (int i = 1; i <= fields; ++i) {
+      if (masterfile_.FieldValue(masterfile_.FieldNumber(static_cast<Integer>(i))) != 0) ++count;
+    }
+    return static_cast<Integer>(count);
+  }
+
+  void ShowTableProgress(HeaderTable table, Integer row) {
+    if (table == HeaderTable::kAccounts) {
+      masterfile_.SetProgressFraction(static_cast<Single>(static_cast<Double>(row) / masterfile_.NumAccounts() / 3));
+    } else if (table == HeaderTable::kFields) {
+      masterfile_.SetProgressFraction(
+          static_cast<Single>(static_cast<Double>(row) / masterfile_.NumFields() / 3 + 0.33));
+    }
+  }
+
+  Masterfile& masterfile_;
+  const ExportRequest& request_;
+  FileNumber file_;
+  FileStream* stream_ = nullptr;  // of file_, from WriteHead on
+};
+
+}  // namespace
+
+std::unique_ptr<ExportTarget> NewExchangeFileTarget(const ExportMeans& means, const ExportRequest& request) {
+  return std::make_unique<ExchangeFileTarget>(means, request);
+}
+
+}  // namespace tallybook

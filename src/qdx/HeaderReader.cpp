@@ -1,0 +1,121 @@
+#include "qdx/HeaderReader.h"
+
+#include <bit>
+#include <cstdint>
+
+#include "host/Masterfile.h"
+#include "qdx/HeaderItems.h"
+#include "support/Dates.h"
+#include "support/HostMessages.h"
+#include "support/Narrow.h"
+#include "support/Platform.h"
+#include "support/Statements.h"
+#include "support/Utility.h"
+
+namespace tallybook {
+
+namespace {
+
+// What the reading of an open file comes to.
+enum class Verdict { kRead, kRefused };
+
+bool OpenForReading(HostApp& app, const Text& filename, Integer& file_number) {
+  Text name = filename;
+  while (!OpenFileEx("BR", file_number, name)) {
+    if (!AskRetry(app, "Error opening QDX file: " + filename)) return false;
+  }
+  return true;
+}
+
+// Magic and version are taken fresh: a file that ends before them has neither.
+bool IsReadable(HostApp& app, FileStream& source, HeaderRecord& record) {
+  record.Magic.clear();
+  record.Version = 0;
+  ReadHeaderItems(source, SignatureItems(), record, nullptr);
+  if (record.Magic != kMagic) {
+    Refuse(app, "File is NOT an QDX file.");
+    return false;
+  }
+  // By bits, as the format says: no other pattern counts as 1.0.
+  if (std::bit_cast<std::uint32_t>(record.Version) != std::bit_cast<std::uint32_t>(kReadableVersion)) {
+    Refuse(app, "The QDX file is a version that cannot be read with this version of the software.");
+    return false;
+  }
+  return true;
+}
+
+// Both tables are measured against the number of accounts; a longer field table drives the bar past 1. Meant: that is
+// how the bar is defined, down to the division by zero for a file with fields and no accounts.
+void ShowRowProgress(Masterfile& masterfile, const HeaderRecord& record, HeaderTable table, Integer row) {
+  if (table != HeaderTable::kAccounts && table != HeaderTable::kFields) return;
+  if (record.NumAccounts == 0) {
+    throw Failure(FailureNumber::kDivisionByZero, "The file has fields and no accounts");
+  }
+  const Double half = static_cast<Double>(row) / record.NumAccounts / 2;
+  masterfile.SetProgressFraction(static_cast<Single>(table == HeaderTable::kFields ? half + 0.5 : half));
+}
+
+Verdict ReadOpenFile(Masterfile& masterfile, FileStream& source, bool header_only, HeaderRecord& record) {
+  if (!IsReadable(masterfile.App(), source, record)) return Verdict::kRefused;
+  masterfile.BeginProgress("Reading QDX File Header");
+  const auto progress = [&](HeaderTable table, Integer row) { ShowRowProgress(masterfile, record, table, row); };
+  ReadHeaderItems(source, HeadItems(), record, progress);
+  if (!header_only) ReadHeaderItems(source, TableItems(), record, progress);
+  return Verdict::kRead;
+}
+
+// The creation date's text is month, day and year at fixed places.
+Date CreationDateOf(const Text& text) {
+  const auto part = [&](std::size_t start, std::size_t count) {
+    return start < text.size() ? RoundToInteger(LeadingNumber(text.substr(start, count))) : Integer{0};
+  };
+  return DateFromParts(part(6, Text::npos), part(0, 2), part(3, 2));
+}
+
+}  // namespace
+
+bool MyReadQDXHeader(Masterfile& masterfile, const Text& filename, Integer& file_number, bool header_only,
+                     HeaderRecord& record) {
+  HostApp& app = masterfile.App();
+  Verdict verdict = Verdict::kRefused;
+  if (FileExists(filename)) {
+    if (!OpenForReading(app, filename, file_number)) return false;
+    Statements at(Policy::kLeave, [&](const Failure& failure) {
+      LogExchangeFailure(app, failure, "MyReadQDXHeader");
+      CloseFileEx(file_number);
+      return false;
+    });
+    if (!at.Run([&] { verdict = ReadOpenFile(masterfile, FileOf(file_number), header_only, record); })) {
+      verdict = Verdict::kRefused;
+    }
+  }
+  masterfile.EndProgress();
+  return verdict == Verdict::kRead;
+}
+
+Text FindQDXFile(const Text& filename, const std::function<Text()>& backup_name) {
+  if (FileExists(filename)) return filename;
+  Date earliest = Now();
+  Text found;
+  for (const FoundFile& file : ThePlatform().files->Find(filename)) {
+    if (file.modified >= earliest) continue;
+    earliest = file.modified;
+    found = AddBackslash(FilePath(filename)) + file.name;
+  }
+  if (!found.empty() || !backup_name) return found;
+  const Text backup = backup_name();
+  return FileExists(backup) ? backup : Text();
+}
+
+Text DescribeHeader(const HeaderRecord& record, const Text& first_line) {
+  Clock& clock = *ThePlatform().clock;
+  Text level = first_line;
+  if (record.DataLevel == kDayLevel) level = "Day";
+  if (record.DataLevel == kWeekLevel) level = "Week";
+  if (record.DataLevel == kPeriodLevel) level = "Period";
+  return first_line + "\n" + record.SystemName + "\n" + clock.LongDate(CreationDateOf(record.CreateDate)) + " " +
+         record.CreateTime + "\n" + clock.LongDate(record.StartDate()) + "\n" + clock.LongDate(record.LastDate()) +
+         "\n" + level;
+}
+
+}  // namespace tallybook
