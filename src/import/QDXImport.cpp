@@ -1,0 +1,423 @@
+#include "import/QDXImport.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <string>
+
+#include "host/FiscalCalendar.h"
+#include "host/HostApp.h"
+#include "host/Masterfile.h"
+#include "host/Printer.h"
+#include "import/Matching.h"
+#include "qdx/Body.h"
+#include "support/Dates.h"
+#include "support/HostMessages.h"
+#include "support/Narrow.h"
+#include "support/Platform.h"
+#include "support/Statements.h"
+#include "support/Utility.h"
+
+namespace tallybook {
+
+namespace {
+
+// The statements of an import, as its log entries number them.
+enum Statement : Long {
+  kMatchFiles = 10,
+  kAnnounceFiles = 20,
+  kReadHeader = 40,
+  kAnnounceFile = 50,
+  kBeginImport = 60,
+  kCompare = 70,
+  kBeginMatching = 80,
+  kMatch = 90,
+  kCheckAccounts = 100,
+  kBeginVerifying = 110,
+  kCheckFields = 120,
+  kCheckDates = 130,
+  kTellRefusal = 140,
+  kBeginRollback = 150,
+  kEndMatching = 160,
+  kBeginZeroing = 170,
+  kZeroProgress = 171,
+  kZeroRead = 172,
+  kZeroValue = 173,
+  kZeroWrite = 174,
+  kZeroNextDate = 175,
+  kZeroCancel = 176,
+  kEndZeroing = 177,
+  kEndZeroOnly = 180,
+  kBeginData = 190,
+  kReadBlock = 200,
+  kDataProgress = 201,
+  kDataLevelDate = 202,
+  kDataWrite = 203,
+  kDataRead = 204,
+  kReadCount = 205,
+  kReadValue = 206,
+  kMapValue = 207,
+  kGetValue = 208,
+  kSetValue = 209,
+  kReadDate = 210,
+  kLastWrite = 215,
+  kEndData = 216,
+  kEndRollback = 217,
+  kCloseFile = 220,
+  kDispose = 230,
+  kAnnounceEnd = 240,
+};
+
+// From positions in the file's tables to account and field numbers of the database; 0 means not imported. Positions run
+// from 0 to 9,999; any other is failure 9.
+class ImportMap {
+ public:
+  void Clear() { numbers_.fill(0); }
+  Integer& operator()(Integer position) { return numbers_[Checked(position)]; }
+  Integer operator()(Integer position) const { return numbers_[Checked(position)]; }
+
+ private:
+  static constexpr std::size_t kColumns = 10'000;
+  static std::size_t Checked(Integer position) {
+    if (position >= 0 && static_cast<std::size_t>(position) < kColumns) return static_cast<std::size_t>(position);
+    FailOutsideTable(position, static_cast<Long>(kColumns - 1));
+  }
+  std::array<Integer, kColumns> numbers_{};
+};
+
+class ImportRun {
+ public:
+  ImportRun(QDXImportMeans& means, Printer& report)
+      : means_(means),
+        masterfile_(means.masterfile),
+        app_(means.masterfile.App()),
+        definition_(means.definition),
+        header_(means.header),
+        report_(report),
+        at_(Policy::kAsk, [this](const Failure& failure) { return TellFailure(failure); }) {}
+
+  bool Run() {
+    const bool done = at_.Run([&] {
+      const Integer count = at_(kMatchFiles, [&] { return MatchFiles(definition_.QdxFileName, means_.file_list); });
+      AnnounceFiles(count);
+      // A copy: what runs within an import may look for files itself.
+      const std::vector<Text> files = means_.file_list;
+      for (const Text& file : files) ImportFile(file);
+    });
+    if (!done && !header_failed_) CloseQuietly();
+    return done;
+  }
+
+ private:
+  // True: the user wants the statement repeated.
+  bool TellFailure(const Failure& failure) {
+    LogExchangeFailure(app_, failure, "ImportQDXFile");
+    return AskRetry(app_, "Error reading QDX file");
+  }
+
+  void PrintLine(Long statement, const Text& line) {
+    at_(statement, [&] { report_.PrintLine(line); });
+  }
+
+  // Shows a text, then prints it.
+  void ShowAndPrint(Long statement, const Text& text) {
+    at_(statement, [&] { Refuse(app_, text); });
+    PrintLine(statement, text);
+  }
+
+  void AnnounceFiles(Integer count) {
+    const Text& pattern = definition_.QdxFileName;
+    if (count == 0) {
+      PrintLine(kAnnounceFiles, "No Files were imported.  None matched the filename: " + pattern);
+    } else if (count > 1) {
+      PrintLine(kAnnounceFiles, "Importing Files that match: " + pattern + " at " + DateTimeText(Now()));
+      PrintLine(kAnnounceFiles, "");
+    }
+  }
+
+  void ImportFile(const Text& file) {
+    if (!at_(kReadHeader, [&] { return means_.read_header(file); })) {
+      header_failed_ = true;
+      Statements::Leave();
+    }
+    PrintLine(kAnnounceFile, "Begining Import of: " + file + " at " + DateTimeText(Now()));
+    at_(kBeginImport, [&] { app_.BeginImport(); });
+    const bool go_on = at_(kCompare, [&] {
+      return CompareWithLastImport(definition_, header_, means_.archive_name(), masterfile_, report_);
+    });
+    if (!go_on) Statements::Leave();
+    Validate();
+    ApplyFile(file);
+    at_(kCloseFile, [&] { CloseFileEx(means_.file_number); });
+    at_(kDispose, [&] { Dispose(file); });
+    PrintLine(kAnnounceEnd, "Completed Import of: " + file + " at " + DateTimeText(Now()));
+    PrintLine(kAnnounceEnd, "");
+  }
+
+  // --- Validation: nothing is written before all of it has passed
+  // -----------------------------------------------------
+
+  void Validate() {
+    accounts_.Clear();
+    fields_.Clear();
+    BeginReportProgress(kBeginMatching, "Matching Account and DataFields between QDX file and Database");
+    at_(kBeginMatching, [&] { report_.SetProgressFraction(0); });
+    at_(kMatch, [&] { FillTables(definition_, header_, masterfile_); });
+    at_(kMatch, [&] { MatchAccountCodes(definition_, header_, masterfile_); });
+    const bool accounts = CheckAccounts();
+    BeginReportProgress(kBeginVerifying, "Verifying Accounts and DataFields");
+    const bool fields = CheckFields();
+    const bool dates = CheckDates();
+    if (accounts && fields && dates) return;
+    ShowAndPrint(kTellRefusal, "Could not import the QDX file because of the errors displayed.");
+    Statements::Leave();
+  }
+
+  // Of several failing accounts only the first is told.
+  bool CheckAccounts() {
+    for (int i = 1; i <= definition_.NumAccounts; ++i) {
+      const AccountRow& row = at_(kCheckAccounts, [&] { return definition_.accounts(i); });
+      const bool in_file = row.AccountFrom != 0;
+      if (!in_file || row.AccountTo == 0) {
+        ShowAndPrint(kCheckAccounts, "Account Code: " + row.from_code + " is in the Layout and not in the " +
+                                         (in_file ? "Database" : "QDX file"));
+        return false;
+      }
+      at_(kCheckAccounts, [&] { accounts_(row.AccountFrom) = row.AccountTo; });
+    }
+    return true;
+  }
+
+  bool CheckFields() {
+    for (int i = 1; i <= definition_.NumFields; ++i) {
+      const FieldRow row = at_(kCheckFields, [&] { return definition_.fields(i); });
+      const Integer position = at_(kCheckFields, [&] { return PositionInFile(row.FieldFrom); });
+      if (position == 0) return MissingField(row.FieldFrom, "QDX file");
+      if (!at_(kCheckFields, [&] { return IsInDatabase(row.FieldTo); })) return MissingField(row.FieldTo, "Database");
+      at_(kCheckFields, [&] { fields_(position) = row.FieldTo; });
+    }
+    return true;
+  }
+
+  bool MissingField(Integer number, const Text& where) {
+    ShowAndPrint(kCheckFields, "Field Number: " + std::to_string(number) + " is in the Layout and not in the " + where);
+    return false;
+  }
+
+  // The first position of a field number in the file's table; 0 where it has none.
+  [[nodiscard]] Integer PositionInFile(Integer field_number) const {
+    for (int i = 1; i <= header_.NumFields; ++i) {
+      if (header_.FieldNumbers(i) == field_number) return static_cast<Integer>(i);
+    }
+    return 0;
+  }
+
+  [[nodiscard]] bool IsInDatabase(Integer field_number) const {
+    const Long fields = masterfile_.NumFields();
+    for (Long i = 1; i <= fields; ++i) {
+      if (masterfile_.FieldNumber(ToInteger(i)) == field_number) return true;
+    }
+    return false;
+  }
+
+  // A file must lie wholly inside the database's range.
+  bool CheckDates() {
+    const bool inside = at_(kCheckDates, [&] {
+      return masterfile_.FirstDate() <= header_.StartDate() && masterfile_.LastDate() >= header_.LastDate();
+    });
+    if (inside) return true;
+    ShowAndPrint(kCheckDates,
+                 "Dates in the QDX file are not valid for this Tallybook Masterfile.  "
+                 "Information not imported to the datafields.");
+    return false;
+  }
+
+  // --- Applying
+  // -------------------------------------------------------------------------------------------------------
+
+  void ApplyFile(const Text& file) {
+    if (means_.write_rollback) {
+      at_(kBeginRollback, [&] { masterfile_.BeginRollback(header_.StartDate(), header_.LastDate()); });
+    }
+    at_(kEndMatching, [&] { masterfile_.EndProgress(); });
+    if (means_.math >= static_cast<Integer>(eMath::mReplace)) ZeroRange();
+    if (means_.math == kZeroOnly) {
+      EndRollback(kEndZeroOnly);
+      return;
+    }
+    ReadData(file);
+    if (dirty_) at_(kLastWrite, [&] { masterfile_.WriteRecord(); });
+    // Meant: the flag stays set, and the next file of the run writes this record once more before it reads its own.
+    at_(kEndData, [&] { report_.EndProgress(); });
+    EndRollback(kEndRollback);
+  }
+
+  void EndRollback(Long statement) {
+    if (means_.write_rollback) at_(statement, [&] { masterfile_.EndRollback(); });
+  }
+
+  void BeginReportProgress(Long statement, const Text& title) {
+    at_(statement, [&] { report_.BeginProgress(title); });
+  }
+
+  // Stops the program where the record cannot be read: no figure is written into a record that cannot be trusted.
+  void ReadRecord(Long statement, Integer account, Date date) {
+    at_(statement, [&] {
+      if (!masterfile_.ReadRecord(account, date)) StopProgram();
+    });
+  }
+
+  // Zeroes the definition's accounts and fields on every date of the file's range that holds data. The end is not
+  // levelled.
+  void ZeroRange() {
+    BeginReportProgress(kBeginZeroing, "Zeroing out data");
+    at_(kBeginZeroing, [&] { report_.SetProgressFraction(0); });
+    FiscalCalendar& calendar = masterfile_.FiscalCalendar();
+    const Date start =
+        at_(kBeginZeroing, [&] { return calendar.LevelDate(header_.StartDate(), masterfile_.DataLevel()); });
+    const Date end = header_.LastDate();
+    const Double day_count = end - start + 1;
+    for (Date cursor = start; cursor <= end;) {
+      if (day_count > 0) {
+        at_(kZeroProgress, [&] { report_.SetProgressFraction(static_cast<Single>((cursor - start + 1) / day_count)); });
+      }
+      ZeroDate(cursor);
+      cursor = at_(kZeroNextDate, [&] { return calendar.LevelDate(cursor + 1, kOwnLevel); });
+      if (at_(kZeroCancel, [&] { return report_.ProgressCancelled(); })) {
+        PrintLine(kZeroCancel, "Import Aborted by User");
+        Statements::Leave();
+      }
+    }
+    at_(kEndZeroing, [&] { report_.EndProgress(); });
+  }
+
+  void ZeroDate(Date date) {
+    for (int i = 1; i <= definition_.NumAccounts; ++i) {
+      ReadRecord(kZeroRead, definition_.accounts(i).AccountTo, date);
+      for (int j = 1; j <= definition_.NumFields; ++j) {
+        at_(kZeroValue, [&] { masterfile_.SetFieldValue(definition_.fields(j).FieldTo, 0.0); });
+      }
+      at_(kZeroWrite, [&] { masterfile_.WriteRecord(); });
+    }
+  }
+
+  // Reads the body (docs/exchange-file.md, "Reading the body").
+  void ReadData(const Text& file) {
+    BeginReportProgress(kBeginData, "Importing data in QDX file:\n" + file);
+    FileStream& stream = *at_(kBeginData, [&] { return &FileOf(means_.file_number); });
+    const auto file_length = static_cast<Double>(at_(kBeginData, [&] { return stream.Size(); }));
+    while (!at_(kReadBlock, [&] { return stream.AtEnd(); })) {
+      BodyBlockStart block;
+      const bool whole = at_(kReadBlock, [&] { return GetItem(stream, block); });
+      if (!whole || at_(kReadBlock, [&] { return stream.AtEnd(); })) return;
+      if (block.account.account_index < 1 || block.account.account_index > header_.NumAccounts) return;
+      const Integer target = at_(kReadBlock, [&] { return accounts_(block.account.account_index); });
+      ReadDates(stream, file_length, target, block.date);
+    }
+  }
+
+  // A date that is not whole in the file ends the list; what was read before it stands.
+  void ReadDates(FileStream& stream, Double file_length, Integer target, BodyDate date) {
+    while (at_(kReadDate, [&] { return SumOf(date.month, date.day, date.year); }) > 0) {
+      at_(kDataProgress, [&] {
+        report_.SetProgressFraction(static_cast<Single>(static_cast<Double>(stream.Position()) / file_length));
+      });
+      const Date level_date = at_(kDataLevelDate, [&] {
+        return masterfile_.FiscalCalendar().LevelDate(DateFromParts(date.year, date.month, date.day),
+                                                      masterfile_.DataLevel());
+      });
+      if (target > 0) OpenRecord(target, level_date);
+      BodyCount count;
+      if (!at_(kReadCount, [&] { return GetItem(stream, count); })) return;
+      for (int i = 1; i <= count.values; ++i) {
+        BodyValue item;
+        if (!at_(kReadValue, [&] { return GetItem(stream, item); })) return;
+        ApplyValue(target, item);
+      }
+      if (!at_(kReadDate, [&] { return GetItem(stream, date); })) return;
+    }
+  }
+
+  // The record before is stored where it was changed.
+  void OpenRecord(Integer target, Date date) {
+    if (last_opened_ > 0 && dirty_) at_(kDataWrite, [&] { masterfile_.WriteRecord(); });
+    dirty_ = false;
+    ReadRecord(kDataRead, target, date);
+    last_opened_ = target;
+  }
+
+  void ApplyValue(Integer target_account, const BodyValue& item) {
+    const Integer field = at_(kMapValue, [&] { return fields_(item.field_index); });
+    if (field <= 0 || target_account <= 0) return;
+    const Double stored = at_(kGetValue, [&] { return masterfile_.FieldValue(field); });
+    const bool subtract = means_.math == static_cast<Integer>(eMath::mSubtract);
+    const Double value = subtract ? stored - item.value : stored + item.value;
+    at_(kSetValue, [&] { masterfile_.SetFieldValue(field, value); });
+    dirty_ = true;
+  }
+
+  // --- The end of a file
+  // ----------------------------------------------------------------------------------------------
+
+  // A file that cannot be deleted stays, and nothing is said: meant. One that cannot be renamed would be imported again
+  // by the next run, so the report says it.
+  void Dispose(const Text& file) {
+    if (definition_.Disp == kDispDelete) KillFile(file);
+    if (definition_.Disp != kDispRename) return;
+    const Text new_name = XDQName(file);
+    if (!RenameFile(file, new_name)) report_.PrintLine("The file could not be renamed to: " + new_name);
+  }
+
+  // The last three characters are overwritten, whatever they are.
+  static Text XDQName(const Text& file) {
+    Text name = file;
+    for (int i = 0; i < 3 && !name.empty(); ++i) {
+      const auto is_continuation = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; };
+      while (name.size() > 1 && is_continuation(name.back())) name.pop_back();
+      name.pop_back();
+    }
+    return name + "XDQ";
+  }
+
+  // The way out of a run that stops: its own failures are logged and change nothing.
+  void CloseQuietly() {
+    Statements closing(Policy::kGoOn, [&](const Failure& failure) {
+      LogExchangeFailure(app_, failure, "ImportQDXFile");
+      return false;
+    });
+    closing(kEndData, [&] { report_.EndProgress(); });
+    closing(kCloseFile, [&] { CloseFileEx(means_.file_number); });
+  }
+
+  QDXImportMeans& means_;
+  Masterfile& masterfile_;
+  HostApp& app_;
+  DefinitionRecord& definition_;
+  HeaderRecord& header_;
+  Printer& report_;
+  Statements at_;
+  ImportMap accounts_;
+  ImportMap fields_;
+  bool header_failed_ = false;
+  Integer last_opened_ = 0;  // the database account of the last record read, over all files
+  bool dirty_ = false;       // the current record has changes that are not stored
+};
+
+}  // namespace
+
+Integer MatchFiles(const Text& pattern, std::vector<Text>& file_list) {
+  std::vector<FoundFile> found = ThePlatform().files->Find(pattern);
+  std::stable_sort(found.begin(), found.end(),
+                   [](const FoundFile& a, const FoundFile& b) { return a.modified < b.modified; });
+  const Text folder = AddBackslash(FilePath(pattern));
+  file_list.clear();
+  for (const FoundFile& file : found) file_list.push_back(folder + file.name);
+  return ToInteger(static_cast<long long>(file_list.size()));
+}
+
+bool ImportQDX(QDXImportMeans& means, Printer& report) {
+  const auto run = std::make_unique<ImportRun>(means, report);
+  return run->Run();
+}
+
+}  // namespace tallybook
