@@ -43,4 +43,8 @@ Platform& ThePlatform() {
   return platform;
 }
 
+void RemovePlatform() {
+  Installed() = Platform{};
+}
+
 }  // namespace tallybook

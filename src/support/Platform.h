@@ -136,5 +136,7 @@ struct Platform {
 void InstallPlatform(const Platform& platform);
 // The installed platform. Failure 91 (object not set) before one is installed.
 [[nodiscard]] Platform& ThePlatform();
+// Back to none, before the objects that it points to go. For tests.
+void RemovePlatform();
 
 }  // namespace tallybook

@@ -1,0 +1,129 @@
+#include "tests/support/ScriptedPlatform.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+#include "support/Dates.h"
+#include "support/Failure.h"
+#include "support/Utility.h"
+
+namespace tallybook::testing {
+
+namespace {
+
+constexpr Double kSecondsPerDay = 86400;
+
+std::vector<Integer> ButtonsOf(Long style) {
+  switch (style & kButtonsMask) {
+    case kOkOnly:
+      return {kOk};
+    case kOkCancel:
+      return {kOk, kCancel};
+    case kYesNo:
+      return {kYes, kNo};
+    case kRetryCancel:
+      return {kRetry, kCancel};
+    default:
+      return {};
+  }
+}
+
+bool HasButton(Long style, Integer button) {
+  const auto buttons = ButtonsOf(style);
+  return std::find(buttons.begin(), buttons.end(), button) != buttons.end();
+}
+
+Platform InstalledOrNone() {
+  try {
+    return ThePlatform();
+  } catch (const Failure&) {
+    return {};  // nothing was installed before, which is how a test program starts
+  }
+}
+
+}  // namespace
+
+ScriptedClock::ScriptedClock() : now_(DateFromParts(2004, 2, 3) + TimeFromParts(14, 5, 9)) {}
+
+void ScriptedClock::Advance(Double seconds) {
+  now_ += seconds / kSecondsPerDay;
+}
+
+Date ScriptedClock::Now() {
+  const Date now = now_;
+  Advance(step_);
+  return now;
+}
+
+void ScriptedClock::Sleep(Single seconds) {
+  slept_ += seconds;
+  Advance(seconds);
+}
+
+Text ScriptedClock::LongDate(Date date) {
+  return LongDateText(date);
+}
+
+std::vector<Text> ScriptedMessageBoxes::Texts() const {
+  std::vector<Text> texts;
+  for (const ShownBox& box : shown_) texts.push_back(box.text);
+  return texts;
+}
+
+void ScriptedMessageBoxes::ForgetShown() {
+  shown_.clear();
+  sounds_.clear();
+}
+
+Integer ScriptedMessageBoxes::Show(const Text& text, Long style, const Text& caption) {
+  Integer answer = RefusingButton(style);
+  if ((style & kButtonsMask) != kOkOnly) {
+    if (answers_.empty()) {
+      ADD_FAILURE() << "No answer is left for the message box \"" << text << "\" (style " << style << ")";
+    } else {
+      answer = answers_.front();
+      answers_.pop_front();
+    }
+  }
+  if (!HasButton(style, answer))
+    ADD_FAILURE() << answer << " is no button of the message box \"" << text << "\" (style " << style << ")";
+  shown_.push_back({text, style, caption, answer});
+  return answer;
+}
+
+void ScriptedMessageBoxes::PlaySound(const Text& name) {
+  sounds_.push_back(name);
+}
+
+void ScriptedInput::SetPending(int looks, Long mask) {
+  pending_ = looks;
+  pending_mask_ = mask;
+}
+
+bool ScriptedInput::HasPending(Long mask) {
+  ++looks_;
+  last_mask_ = mask;
+  if (pending_ == 0 || (mask & pending_mask_) == 0) return false;
+  --pending_;
+  return true;
+}
+
+void ScriptedInput::RunOnce() {
+  ++runs_;
+  if (on_run_) on_run_();
+}
+
+ScriptedPlatform::ScriptedPlatform(FilesIn where)
+    : files(where == FilesIn::kMemory ? static_cast<FileSystem&>(memory) : machine), before_(InstalledOrNone()) {
+  InstallPlatform({&clock, &files, &boxes, &input, &screen, kTitle});
+}
+
+ScriptedPlatform::~ScriptedPlatform() {
+  ResetOpenFiles();
+  if (before_.clock == nullptr)
+    RemovePlatform();
+  else
+    InstallPlatform(before_);
+}
+
+}  // namespace tallybook::testing

@@ -1,0 +1,132 @@
+// The platform of the tests: time moves by hand, answers come from a list, everything that is shown is kept, and files
+// can be made to fail. Nothing here ever waits: a question that no answer is left for fails the test with the
+// question's words and takes the refusing button.
+//
+//   ScriptedPlatform platform;                 // installed from here to the end of its life
+//   platform.boxes.Answer({kRetry, kCancel});
+//   platform.files.FailNth(FileCall::kRead, 2, FailureNumber::kDeviceError);
+//
+// Files are those of the machine; ScriptedPlatform platform(FilesIn::kMemory) keeps them in `platform.memory`.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <initializer_list>
+#include <vector>
+
+#include "support/Platform.h"
+#include "support/platform/posix/PosixFileSystem.h"
+#include "tests/support/FaultyFileSystem.h"
+#include "tests/support/MemoryFileSystem.h"
+
+namespace tallybook::testing {
+
+// Stands at 2004-02-03 14:05:09 until it is set. Sleep moves it on and takes no time.
+class ScriptedClock : public Clock {
+ public:
+  ScriptedClock();
+
+  void Set(Date now) { now_ = now; }
+  void Advance(Double seconds);
+  // Each look at the clock moves it on by so much afterwards; 0 at the start.
+  void SetStep(Double seconds) { step_ = seconds; }
+  // The sum of all sleeps, in seconds.
+  [[nodiscard]] Double Slept() const { return slept_; }
+
+  [[nodiscard]] Date Now() override;
+  void Sleep(Single seconds) override;
+  [[nodiscard]] Text LongDate(Date date) override;
+
+ private:
+  Date now_;
+  Double step_ = 0;
+  Double slept_ = 0;
+};
+
+struct ShownBox {
+  Text text;
+  Long style = 0;
+  Text caption;
+  Integer answer = 0;  // what was answered
+  bool operator==(const ShownBox&) const = default;
+};
+
+class ScriptedMessageBoxes : public MessageBoxes {
+ public:
+  // Appends to the answers, which are used in turn. Boxes with OK alone use none up: nothing is asked there.
+  void Answer(std::initializer_list<Integer> answers) { answers_.insert(answers_.end(), answers); }
+  [[nodiscard]] const std::vector<ShownBox>& Shown() const { return shown_; }
+  // The texts of all boxes so far, in order.
+  [[nodiscard]] std::vector<Text> Texts() const;
+  [[nodiscard]] const std::vector<Text>& Sounds() const { return sounds_; }
+  [[nodiscard]] std::size_t AnswersLeft() const { return answers_.size(); }
+  void ForgetShown();
+
+  // Fails the test where no answer is left, and where the answer is no button of the box.
+  [[nodiscard]] Integer Show(const Text& text, Long style, const Text& caption) override;
+  void PlaySound(const Text& name) override;
+
+ private:
+  std::deque<Integer> answers_;
+  std::vector<ShownBox> shown_;
+  std::vector<Text> sounds_;
+};
+
+class ScriptedInput : public InputQueue {
+ public:
+  // So many of the next looks find work of the kinds in `mask`.
+  void SetPending(int looks, Long mask = 0xA5);
+  // What a run does besides counting: a test's way into the middle of an operation.
+  void OnRun(std::function<void()> act) { on_run_ = std::move(act); }
+  [[nodiscard]] int Looks() const { return looks_; }
+  [[nodiscard]] int Runs() const { return runs_; }
+  [[nodiscard]] Long LastMask() const { return last_mask_; }
+
+  [[nodiscard]] bool HasPending(Long mask) override;
+  void RunOnce() override;
+
+ private:
+  int pending_ = 0;
+  Long pending_mask_ = 0;
+  int looks_ = 0;
+  int runs_ = 0;
+  Long last_mask_ = 0;
+  std::function<void()> on_run_;
+};
+
+class ScriptedScreen : public Screen {
+ public:
+  [[nodiscard]] const std::vector<Pointer>& Pointers() const { return pointers_; }
+  void SetPointer(Pointer pointer) override { pointers_.push_back(pointer); }
+
+ private:
+  std::vector<Pointer> pointers_;
+};
+
+enum class FilesIn { kMachine, kMemory };
+
+// Installs itself. Its end closes the numbered files; what is installed then is the last one still alive, or, where
+// there is none, nothing that may be used.
+class ScriptedPlatform {
+ public:
+  explicit ScriptedPlatform(FilesIn where = FilesIn::kMachine);
+  ~ScriptedPlatform();
+  ScriptedPlatform(const ScriptedPlatform&) = delete;
+  ScriptedPlatform& operator=(const ScriptedPlatform&) = delete;
+
+  ScriptedClock clock;
+  ScriptedMessageBoxes boxes;
+  ScriptedInput input;
+  ScriptedScreen screen;
+  PosixFileSystem machine;
+  MemoryFileSystem memory{&clock};
+  FaultyFileSystem files;
+
+  // The caption of a message box that is given none.
+  static constexpr const char* kTitle = "Tallybook Test";
+
+ private:
+  Platform before_;
+};
+
+}  // namespace tallybook::testing
