@@ -38,7 +38,7 @@ struct Report {
 // ask for page 1 alone.
 using PageHeads = std::function<const Blocks&(int page)>;
 
-// How a report is written. `paged` forms ask for a head on each page.
+// Makes a document of one form.
 class Renderer {
  public:
   virtual ~Renderer() = default;

@@ -86,6 +86,7 @@ class ReportPrinter : public Printer {
     void ClearText() override;
     [[nodiscard]] std::vector<Single> Widths() const;
     [[nodiscard]] Cells Texts() const;
+    void SetTexts(const Cells& texts);
 
    private:
     std::deque<Column> columns_;  // a deque: columns that were handed out stay where they are
@@ -96,7 +97,8 @@ class ReportPrinter : public Printer {
   const Blocks& HeadOfPage(int page);
   Blocks& Target();
   Table& OpenTable();
-  void Write(const std::string& document);
+  void Drop();
+  void Write(const std::string& document, FileStream* file);
 
   Destination destination_;
   std::unique_ptr<Renderer> renderer_;

@@ -1,0 +1,153 @@
+#include "tallybook/report/TextRenderer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <glib.h>
+
+namespace tallybook::report {
+
+namespace {
+
+constexpr int kGap = 2;  // blanks between two columns
+
+// One character of a UTF-8 text: its bytes and the columns it takes. A byte that is no UTF-8 counts as one character.
+struct Character {
+  std::size_t bytes;
+  int columns;
+};
+
+Character CharacterAt(const Text& text, std::size_t offset) {
+  const gunichar code = g_utf8_get_char_validated(text.data() + offset, static_cast<gssize>(text.size() - offset));
+  if (code == static_cast<gunichar>(-1) || code == static_cast<gunichar>(-2)) return {1, 1};
+  const auto bytes = static_cast<std::size_t>(g_unichar_to_utf8(code, nullptr));
+  if (g_unichar_iszerowidth(code)) return {bytes, 0};
+  return {bytes, g_unichar_iswide(code) ? 2 : 1};
+}
+
+// How much of `text` from `offset` fits into `width` columns: the offset behind it. At least one character.
+std::size_t EndOfFit(const Text& text, std::size_t offset, int width) {
+  int used = 0;
+  std::size_t end = offset;
+  while (end < text.size()) {
+    const Character next = CharacterAt(text, end);
+    if (end > offset && used + next.columns > width) break;
+    used += next.columns;
+    end += next.bytes;
+  }
+  return end;
+}
+
+// The places of a table's columns on a line of `width` characters.
+class Layout {
+ public:
+  Layout(const std::vector<Single>& units, int width) {
+    const int free = std::max(0, width - kGap * (static_cast<int>(units.size()) - 1));
+    double total = 0;
+    for (const Single unit : units) total += std::max(0.0F, unit);
+    double passed = 0;
+    int start = 0;
+    for (const Single unit : units) {
+      passed += std::max(0.0F, unit);
+      // Each column ends where its share of the line ends, so that the rounding does not add up.
+      const int end = total > 0 ? static_cast<int>(std::lround(passed / total * free)) : start;
+      widths_.push_back(std::max(1, end - start));
+      start = end;
+    }
+  }
+
+  void Append(const Cells& cells, std::string& out) const {
+    std::vector<std::vector<Text>> columns;
+    std::size_t height = 1;
+    for (std::size_t i = 0; i < widths_.size(); ++i) {
+      columns.push_back(Wrapped(i < cells.size() ? cells[i] : Text(), widths_[i]));
+      height = std::max(height, columns.back().size());
+    }
+    for (std::size_t row = 0; row < height; ++row) AppendLine(columns, row, out);
+  }
+
+  void AppendRule(std::string& out) const {
+    for (std::size_t i = 0; i < widths_.size(); ++i) {
+      if (i > 0) out.append(kGap, ' ');
+      out.append(static_cast<std::size_t>(widths_[i]), '-');
+    }
+    out += '\n';
+  }
+
+ private:
+  void AppendLine(const std::vector<std::vector<Text>>& columns, std::size_t row, std::string& out) const {
+    std::string line;
+    int missing = 0;  // blanks owed before the next text; those at the line's end are never written
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      const Text text = row < columns[i].size() ? columns[i][row] : Text();
+      if (!text.empty()) {
+        line.append(static_cast<std::size_t>(missing), ' ');
+        line += text;
+        missing = 0;
+      }
+      missing += widths_[i] - DisplayWidth(text) + kGap;
+    }
+    out += line;
+    out += '\n';
+  }
+
+  std::vector<int> widths_;
+};
+
+void AppendBlock(const Line& line, int /*width*/, std::string& out) {
+  out += line.text;
+  out += '\n';
+}
+
+void AppendBlock(const Table& table, int width, std::string& out) {
+  const Layout layout(table.widths, width);
+  for (const Cells& row : table.head) layout.Append(row, out);
+  if (!table.head.empty()) layout.AppendRule(out);
+  for (const Cells& row : table.body) layout.Append(row, out);
+}
+
+void AppendBlocks(const Blocks& blocks, int width, std::string& out) {
+  for (const Block& block : blocks) std::visit([&](const auto& part) { AppendBlock(part, width, out); }, block);
+}
+
+}  // namespace
+
+int DisplayWidth(const Text& text) {
+  int width = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const Character next = CharacterAt(text, at);
+    width += next.columns;
+    at += next.bytes;
+  }
+  return width;
+}
+
+std::vector<Text> Wrapped(const Text& text, int width) {
+  std::vector<Text> lines;
+  std::size_t start = 0;
+  do {
+    const std::size_t fit = EndOfFit(text, start, std::max(1, width));
+    std::size_t end = fit;
+    if (fit < text.size() && text[fit] != ' ') {
+      const std::size_t blank = text.find_last_of(' ', fit - 1);
+      if (blank != Text::npos && blank > start) end = blank;
+    }
+    const std::size_t last = text.find_last_not_of(' ', end == 0 ? 0 : end - 1);
+    const bool blank_line = last == Text::npos || last < start;
+    lines.push_back(blank_line ? Text() : text.substr(start, last + 1 - start));
+    start = end < text.size() ? text.find_first_not_of(' ', end) : Text::npos;
+  } while (start != Text::npos);
+  return lines;
+}
+
+std::string TextRenderer::Render(const Report& report, const PageHeads& page_heads) const {
+  std::string out = report.title + '\n';
+  out.append(static_cast<std::size_t>(DisplayWidth(report.title)), '=');
+  out += '\n' + report.created + '\n';
+  AppendBlocks(page_heads(1), width_, out);
+  out += '\n';
+  AppendBlocks(report.blocks, width_, out);
+  return out;
+}
+
+}  // namespace tallybook::report

@@ -1,0 +1,150 @@
+#include "tallybook/settings/SettingsFile.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "support/Failure.h"
+#include "tallybook/settings/IniText.h"
+
+namespace tallybook::settings {
+
+namespace {
+
+constexpr mode_t kNewFileMode = 0644;
+
+FailureNumber NumberOf(int error) {
+  switch (error) {
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+      return FailureNumber::kDiskFull;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+      return FailureNumber::kPermissionDenied;
+    case ENOENT:
+      return FailureNumber::kPathNotFound;
+    case EIO:
+      return FailureNumber::kDeviceError;
+    default:
+      return FailureNumber::kPathOrAccess;
+  }
+}
+
+[[noreturn]] void Fail(const char* what, const Text& path, int error) {
+  throw Failure(NumberOf(error), Text("The settings file ") + path + " cannot be " + what + ": " + std::strerror(error),
+                "SettingsFile");
+}
+
+// An open file, closed on every way out.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  ~Descriptor() { Close(); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  [[nodiscard]] int Number() const { return number_; }
+  int Close() {
+    const int result = number_ < 0 ? 0 : ::close(number_);
+    number_ = -1;
+    return result;
+  }
+
+ private:
+  int number_;
+};
+
+// The bytes of a file; empty where there is none.
+Text ReadFile(const Text& path) {
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (file.Number() < 0) {
+    if (errno == ENOENT) return {};
+    Fail("read", path, errno);
+  }
+  Text bytes;
+  char buffer[8192];
+  for (;;) {
+    const ssize_t count = ::read(file.Number(), buffer, sizeof buffer);
+    if (count == 0) return bytes;
+    if (count > 0) {
+      bytes.append(buffer, static_cast<std::size_t>(count));
+    } else if (errno != EINTR) {
+      Fail("read", path, errno);
+    }
+  }
+}
+
+// The file behind a symbolic link, so that the link itself stays; any other path as it is.
+Text FileBehind(const Text& path) {
+  std::error_code error;
+  const auto target = std::filesystem::canonical(path, error);
+  return error ? path : target.string();
+}
+
+void WriteAll(int file, const Text& bytes, const Text& path) {
+  for (std::size_t done = 0; done < bytes.size();) {
+    const ssize_t count = ::write(file, bytes.data() + done, bytes.size() - done);
+    if (count < 0 && errno != EINTR) Fail("written", path, errno);
+    if (count > 0) done += static_cast<std::size_t>(count);
+  }
+}
+
+// A new file beside `path`, removed again unless it was renamed into place.
+class FileBeside {
+ public:
+  explicit FileBeside(const Text& path)
+      : path_(path), name_(path + ".XXXXXX"), file_(::mkostemp(name_.data(), O_CLOEXEC)) {
+    if (file_.Number() < 0) Fail("written", path_, errno);
+  }
+  ~FileBeside() {
+    if (!in_place_) ::unlink(name_.c_str());
+  }
+  FileBeside(const FileBeside&) = delete;
+  FileBeside& operator=(const FileBeside&) = delete;
+
+  void Write(const Text& bytes) {
+    struct stat old {};
+    const mode_t mode = ::stat(path_.c_str(), &old) == 0 ? old.st_mode & 07777U : kNewFileMode;
+    if (::fchmod(file_.Number(), mode) != 0) Fail("written", path_, errno);
+    WriteAll(file_.Number(), bytes, path_);
+    // The bytes must be on the disk before the name is, or a crash could leave an empty file under it.
+    if (::fsync(file_.Number()) != 0 || file_.Close() != 0) Fail("written", path_, errno);
+  }
+
+  void PutInPlace() {
+    if (::rename(name_.c_str(), path_.c_str()) != 0) Fail("replaced", path_, errno);
+    in_place_ = true;
+  }
+
+ private:
+  const Text& path_;
+  Text name_;
+  Descriptor file_;
+  bool in_place_ = false;
+};
+
+}  // namespace
+
+Text SettingsFile::ReadValue(const Text& key, const Text& default_value) const {
+  if (path_.empty()) return default_value;
+  return IniText(ReadFile(path_)).Get(section_, key).value_or(default_value);
+}
+
+void SettingsFile::WriteValue(const Text& key, const Text& value) {
+  const Text path = FileBehind(path_);
+  IniText text(ReadFile(path));
+  text.Set(section_, key, value);
+  // Renaming needs rights on the folder alone; a file that its owner has locked against writing is not replaced either.
+  if (std::filesystem::exists(path) && ::access(path.c_str(), W_OK) != 0) Fail("written", path, errno);
+  FileBeside fresh(path);
+  fresh.Write(text.ToText());
+  fresh.PutInPlace();
+}
+
+}  // namespace tallybook::settings
