@@ -43,6 +43,7 @@ install(FILES ${PROJECT_BINARY_DIR}/package/TallybookConfig.cmake
 # The .pc file finds the rest from its own place, so that an installed tree can be moved.
 file(RELATIVE_PATH TALLYBOOK_PREFIX_FROM_PKGCONFIG
      ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" TALLYBOOK_PREFIX_FROM_PKGCONFIG ${TALLYBOOK_PREFIX_FROM_PKGCONFIG})
 configure_file(${CMAKE_CURRENT_LIST_DIR}/tallybook.pc.in ${PROJECT_BINARY_DIR}/package/tallybook.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/package/tallybook.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT Development)
