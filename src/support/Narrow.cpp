@@ -1,5 +1,6 @@
 #include "support/Narrow.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -47,42 +48,44 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// The digits at the start of `rest`, moved to the end of `into`.
-std::size_t TakeDigits(std::string_view& rest, std::string& into) {
-  std::size_t count = 0;
-  while (count < rest.size() && IsDigit(rest[count])) ++count;
-  into.append(rest.substr(0, count));
-  rest.remove_prefix(count);
-  return count;
-}
-
-void TakeExponent(std::string_view rest, std::string& into) {
-  if (rest.empty() || std::string_view("eEdD").find(rest.front()) == std::string_view::npos) return;
-  rest.remove_prefix(1);
-  std::string exponent = "e";
-  if (!rest.empty() && (rest.front() == '+' || rest.front() == '-')) {
-    exponent += rest.front();
-    rest.remove_prefix(1);
-  }
-  if (TakeDigits(rest, exponent) > 0) into += exponent;
-}
-
 // What a plain number is when it lies outside the range of a double: 0 where it is too small, endless where too large.
 // Told apart by the place of the first digit that counts.
-Double BeyondRange(const std::string& number) {
-  const std::size_t exponent_at = number.find('e');
-  const std::string mantissa = number.substr(0, exponent_at);
+Double BeyondRange(std::string_view number) {
+  const std::size_t exponent_at = number.find_first_of("eE");
+  const std::string_view mantissa = number.substr(0, exponent_at);
   const std::size_t first = mantissa.find_first_of("123456789");
   const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
-  const bool exponent_is_negative = exponent_at != std::string::npos && number[exponent_at + 1] == '-';
-  const bool small = exponent_at == std::string::npos ? first > point : exponent_is_negative;
+  const bool exponent_is_negative = exponent_at != std::string_view::npos && number[exponent_at + 1] == '-';
+  const bool small = exponent_at == std::string_view::npos ? first > point : exponent_is_negative;
   return small ? 0.0 : std::numeric_limits<Double>::infinity();
 }
 
-Double ValueOf(const std::string& number) {
-  Double value = 0;
-  const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
-  return result.ec == std::errc::result_out_of_range ? BeyondRange(number) : value;
+bool BeginsNumber(std::string_view text) {
+  return !text.empty() && (IsDigit(text.front()) || text.front() == '.');
+}
+
+// The number without a sign that `text` begins with; false where it begins with none. `length` is how much of the text
+// it takes.
+bool PlainNumber(std::string_view text, Double& value, std::size_t& length) {
+  if (!BeginsNumber(text)) return false;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (result.ec == std::errc::invalid_argument) return false;
+  length = static_cast<std::size_t>(result.ptr - text.data());
+  if (result.ec == std::errc::result_out_of_range) value = BeyondRange(text.substr(0, length));
+  return true;
+}
+
+// Takes a sign off the front; true for a minus.
+bool TakeSign(std::string_view& text) {
+  const bool negative = !text.empty() && text.front() == '-';
+  if (negative || (!text.empty() && text.front() == '+')) text.remove_prefix(1);
+  return negative;
+}
+
+std::string_view WithoutOuterBlanks(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(' ');
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
 }  // namespace
@@ -105,37 +108,44 @@ Integer SumOf(Integer first, Integer second, Integer third) {
   return ToInteger(static_cast<long long>(first) + second + third);
 }
 
-Double LeadingNumber(const Text& text) {
-  std::string_view rest = text;
-  while (!rest.empty() && rest.front() == ' ') rest.remove_prefix(1);
-  const bool negative = !rest.empty() && rest.front() == '-';
-  if (!rest.empty() && (rest.front() == '-' || rest.front() == '+')) rest.remove_prefix(1);
-
-  std::string number;
-  std::size_t digits = TakeDigits(rest, number);
-  if (!rest.empty() && rest.front() == '.') {
-    number += '.';
-    rest.remove_prefix(1);
-    digits += TakeDigits(rest, number);
-  }
-  if (digits == 0) return 0;
-  TakeExponent(rest, number);
-  const Double value = ValueOf(number);
+Double LeadingNumber(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string_view::npos) return 0;
+  text.remove_prefix(first);
+  const bool negative = TakeSign(text);
+  Double value = 0;
+  std::size_t length = 0;
+  if (!PlainNumber(text, value, length)) return 0;
   return negative ? -value : value;
+}
+
+Double WholeNumberText(std::string_view text) {
+  std::string_view rest = WithoutOuterBlanks(text);
+  const bool negative = TakeSign(rest);
+  Double value = 0;
+  std::size_t length = 0;
+  if (!PlainNumber(rest, value, length) || length != rest.size())
+    throw Failure(FailureNumber::kTypeMismatch, "\"" + Text(text) + "\" is not a number");
+  if (!std::isfinite(value)) throw Failure(FailureNumber::kOverflow, Text(text) + " is too large for a number");
+  return negative ? -value : value;
+}
+
+Long WholeLongText(std::string_view text) {
+  const Double value = WholeNumberText(text);
+  if (value != std::trunc(value))
+    throw Failure(FailureNumber::kTypeMismatch, "\"" + Text(text) + "\" is not a whole number");
+  return RoundToLong(value);
 }
 
 bool ToBoolean(const Text& text) {
   const Text word = LowerCase(TrimBoth(text));
   if (word == "true") return true;
   if (word == "false") return false;
-  const bool has_sign = !word.empty() && (word.front() == '+' || word.front() == '-');
-  const char* const begin = word.data() + (has_sign ? 1 : 0);
-  const char* const end = word.data() + word.size();
+  std::string_view number = word;
+  TakeSign(number);
   Double value = 0;
-  const bool begins_as_number = begin != end && (IsDigit(*begin) || *begin == '.');
-  const auto result = begins_as_number ? std::from_chars(begin, end, value)
-                                       : std::from_chars_result{begin, std::errc::invalid_argument};
-  if (result.ec != std::errc{} || result.ptr != end)
+  std::size_t length = 0;
+  if (!PlainNumber(number, value, length) || length != number.size())
     throw Failure(FailureNumber::kTypeMismatch, "\"" + text + "\" is neither a truth value nor a number");
   return value != 0;
 }
