@@ -217,14 +217,15 @@ Long MemoryEdtForm::Hwnd() const {
 
 void MemoryEdtForm::Show(Long owner) {
   record_.Tell("EdtForm.Show", owner);
-  // The acts may lead to this window's end, so what it shows is held by hand.
+  if (!acts.empty() && listener_ == nullptr) throw std::logic_error("A list window with acts has no listener");
+  // The listener may drop this window within an act, so what the walk needs is held by hand.
   const std::shared_ptr<ListWindow> shown = window_;
+  const std::vector<Act> todo = acts;
+  EdtFormEvents* const events = listener_;
   shown->owner = owner;
   ++shown->shown;
   shown->open = true;
-  const std::vector<Act> todo = acts;
-  if (!todo.empty() && listener_ == nullptr) throw std::logic_error("A list window with acts has no listener");
-  for (const Act& act : todo) act(*this, *listener_);
+  for (const Act& act : todo) act(*this, *events);
   shown->open = false;
 }
 
