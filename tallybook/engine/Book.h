@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 #include "host/AccountRecord.h"
@@ -108,7 +109,7 @@ class Book final : public Masterfile, public CalendarSource {
   void SetOperationName(const Text& name);
 
   // CalendarSource.
-  [[nodiscard]] const Calendar& CalendarRules() const override { return calendar_; }
+  [[nodiscard]] const Calendar& CalendarRules() const override;
 
   // Masterfile.
   HostApp& App() override { return app_; }
@@ -140,8 +141,9 @@ class Book final : public Masterfile, public CalendarSource {
   [[nodiscard]] Integer FieldNumber(Integer position) const override;
   [[nodiscard]] Text FieldName(Integer position) const override;
 
-  // False for a number that no account has and for a date that is not valid; no record is current then. What was set
-  // and not written is dropped. Fails with 57 for a damaged book, and with 61 or 57 where the cache had to make room.
+  // False for a number that no account has and for a date that no record holds; no record is current then. The level
+  // date of the last record is taken even where it lies behind LastDate. What was set and not written is dropped. Fails
+  // with 57 for a damaged book, and with 61 or 57 where the cache had to make room.
   [[nodiscard]] bool ReadRecord(Long account_number, Date date) override;
   // Keeps the record current; does nothing and gives false where none is. Failure 70 for a book open to read, 61 and 57
   // as Commit: the record is kept in memory then, and the call can be repeated.
@@ -150,17 +152,17 @@ class Book final : public Masterfile, public CalendarSource {
   void SetFieldValue(Integer field_number, Double value) override;
 
   [[nodiscard]] bool DateValid(Date date) const override;
-  [[nodiscard]] Date FirstDate() const override { return calendar_.FirstDate(); }
-  [[nodiscard]] Date LastDate() const override { return calendar_.LastDate(); }
-  [[nodiscard]] Date FirstSystemDate() const override { return calendar_.FirstDate(); }
+  [[nodiscard]] Date FirstDate() const override { return CalendarRules().FirstDate(); }
+  [[nodiscard]] Date LastDate() const override { return CalendarRules().LastDate(); }
+  [[nodiscard]] Date FirstSystemDate() const override { return CalendarRules().FirstDate(); }
   [[nodiscard]] Integer FirstYear() const override { return description_.calendar.first_year; }
   [[nodiscard]] Long NumYears() const override { return description_.calendar.years; }
   [[nodiscard]] Long YearsInUse() const override { return description_.calendar.years_in_use; }
   [[nodiscard]] Integer YearCode(Integer position) const override;  // the year's name
-  [[nodiscard]] Date YearStart(Integer year) const override { return calendar_.YearStart(year); }
-  [[nodiscard]] Integer NumPeriods() const override { return calendar_.NumPeriods(); }
-  [[nodiscard]] Text PeriodName(Integer period) const override { return calendar_.PeriodName(period); }
-  [[nodiscard]] Integer PeriodLength(Integer period) const override { return calendar_.PeriodLength(period); }
+  [[nodiscard]] Date YearStart(Integer year) const override { return CalendarRules().YearStart(year); }
+  [[nodiscard]] Integer NumPeriods() const override { return CalendarRules().NumPeriods(); }
+  [[nodiscard]] Text PeriodName(Integer period) const override { return CalendarRules().PeriodName(period); }
+  [[nodiscard]] Integer PeriodLength(Integer period) const override { return CalendarRules().PeriodLength(period); }
 
   void BeginProgress(const Text& title) override;
   void BeginProgressText(const Text& title) override { BeginProgress(title); }
@@ -192,6 +194,8 @@ class Book final : public Masterfile, public CalendarSource {
 
   Book(const Text& path, HostApp& app, const BookOptions& options, std::unique_ptr<FigureStore> store);
 
+  [[nodiscard]] FigureStore& Store() const;  // Failure 91 behind Close
+  void RequireWritable() const;
   [[noreturn]] void FailField(Integer field_number) const;
   void KeepWritten();
   void DropCurrentRecord();
@@ -203,7 +207,6 @@ class Book final : public Masterfile, public CalendarSource {
   BookOptions options_;
   std::unique_ptr<FigureStore> store_;
   BookDescription description_;  // without values
-  Calendar calendar_;
   BookCalendar cursor_;
   SystemTitle title_lookup_;
   NoSequences no_sequences_;
@@ -212,12 +215,14 @@ class Book final : public Masterfile, public CalendarSource {
   // Fixed tables for the walk over records: by account number, by field number.
   std::vector<Integer> position_of_account_;  // 0: no such account
   std::vector<Integer> position_of_field_;
+  std::unordered_map<Text, Integer> position_of_code_;
 
   // The current record. `row_` points at its figures, in field position order: into the cache until the first figure is
   // set, into `changed_row_` from then on; null where no record is current.
   const Double* row_ = nullptr;
   std::vector<Double> changed_row_;
   bool changed_ = false;
+  unsigned written_records_ = 0;
   Text operation_name_;
   Text progress_title_;
 };

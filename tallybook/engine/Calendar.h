@@ -40,7 +40,7 @@ struct FiscalPlace {
   Integer period = 0;   // 1 to NumPeriods
   Integer quarter = 0;  // 1 to 4: of 12 periods 1-3, 4-6, 7-9, 10-12; of 13 1-3, 4-6, 7-9, 10-13; else the nearest
                         // equal split, earlier quarters taking the extra
-  Integer half = 0;  // two quarters each
+  Integer half = 0;     // two quarters each
   bool operator==(const FiscalPlace&) const = default;
 };
 
@@ -63,7 +63,8 @@ class Calendar {
   [[nodiscard]] Date LastDate() const { return last_date_; }
 
   // The unit of `level` (1 to 8, or kOwnLevel) that holds `date`. Level 8 runs from the first date held to the last, or
-  // to `date` where that is later. Failure 5 for another level and for a date that no calendar reaches.
+  // to `date` where that is later. Failure 5 for another level and for a date that is no number or thousands of years
+  // off.
   [[nodiscard]] DateSpan UnitOf(Date date, Integer level) const;
   [[nodiscard]] FiscalPlace PlaceOf(Date date) const;
 
@@ -101,14 +102,14 @@ class CalendarSource {
 class BookCalendar : public FiscalCalendar {
  public:
   // Not attached: every operation but Attach is Failure 91 then.
-  BookCalendar() = default;
+  BookCalendar();
   // Attached to rules that outlive it.
-  explicit BookCalendar(const Calendar& rules) : rules_(&rules) {}
+  explicit BookCalendar(const Calendar& rules);
 
   // Failure 13 where `masterfile` is no book of this engine.
   void Attach(Masterfile& masterfile) override;
 
-  // The start of the last year in use until somebody sets it.
+  // The first date held until somebody sets it.
   [[nodiscard]] Date CurrentDate() const override;
   void SetCurrentDate(Date date) override;
 
@@ -127,9 +128,8 @@ class BookCalendar : public FiscalCalendar {
   [[nodiscard]] FiscalPlace Place() const;
 
   const Calendar* rules_ = nullptr;
-  std::array<DateSpan, kAllYearsLevel + 1> last_units_ = {};  // by level; an empty span (last before first) is unset
+  std::array<DateSpan, kAllYearsLevel + 1> last_units_;  // by level; a span that ends before it begins is unset
   Date current_date_ = 0;
-  bool current_date_set_ = false;
   Date asked_date_ = 0;
   DateSpan asked_unit_;
   bool asked_ = false;

@@ -1,0 +1,491 @@
+#include "tallybook/engine/Book.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "host/Printer.h"
+#include "support/Dates.h"
+#include "support/Failure.h"
+#include "support/FixedTable.h"
+#include "tallybook/engine/BookFile.h"
+#include "tallybook/engine/FigureStore.h"
+
+namespace tallybook::engine {
+
+namespace {
+
+constexpr const char* kSource = "Tallybook.Book";
+// As much is written before it is committed, whatever the time.
+constexpr std::size_t kCommitBytes = std::size_t{64} << 20;
+// Outside a running operation a change is committed at once when none was committed within this time.
+constexpr double kIdleSeconds = 1;
+// A running operation looks at the clock once in so many records.
+constexpr unsigned kRecordsOfAClockLook = 64;
+
+Text Padded(const Text& text, Integer width) {
+  const auto characters = std::count_if(text.begin(), text.end(),
+                                        [](char unit) { return (static_cast<unsigned char>(unit) & 0xC0) != 0x80; });
+  Text padded = text;
+  if (characters < width) padded.append(static_cast<std::size_t>(width - characters), ' ');
+  return padded;
+}
+
+// A path in the words of the machine. Both separators are taken everywhere, as the platform's files do.
+Text NativePath(Text path) {
+  constexpr char kSeparator = static_cast<char>(std::filesystem::path::preferred_separator);
+  std::replace_if(
+      path.begin(), path.end(), [](char unit) { return unit == '/' || unit == '\\'; }, kSeparator);
+  return path;
+}
+
+Text FolderOf(const Text& path) {
+  const std::size_t separator = path.find_last_of("/\\");
+  return separator == Text::npos ? Text("./") : path.substr(0, separator + 1);
+}
+
+Text NameOf(const Text& path) {
+  const std::size_t separator = path.find_last_of("/\\");
+  Text name = separator == Text::npos ? path : path.substr(separator + 1);
+  const std::size_t dot = name.rfind('.');
+  if (dot != Text::npos && dot != 0) name.erase(dot);
+  return name;
+}
+
+// Positions from 1 by number; 0 for the numbers between.
+template <typename Row>
+std::vector<Integer> PositionsByNumber(const std::vector<Row>& rows) {
+  std::vector<Integer> positions;
+  for (std::size_t index = 0; index < rows.size(); ++index) {
+    const auto number = static_cast<std::size_t>(rows[index].number);
+    if (number >= positions.size()) positions.resize(number + 1, 0);
+    positions[number] = static_cast<Integer>(index + 1);
+  }
+  return positions;
+}
+
+Integer PositionIn(const std::vector<Integer>& positions, Long number) {
+  return number < 1 || static_cast<std::size_t>(number) >= positions.size()
+             ? Integer{0}
+             : positions[static_cast<std::size_t>(number)];
+}
+
+template <typename Row>
+const Row& RowAt(const std::vector<Row>& rows, Integer position) {
+  const auto count = static_cast<Long>(rows.size());
+  if (position < 1 || position > count) FailOutsideTable(position, count);
+  return rows[static_cast<std::size_t>(position - 1)];
+}
+
+template <typename Row>
+Long HighestNumber(const std::vector<Row>& rows) {
+  Long highest = 0;
+  for (const Row& row : rows) highest = std::max<Long>(highest, row.number);
+  return highest;
+}
+
+class BookAccount final : public AccountRecord {
+ public:
+  explicit BookAccount(const Book& book) : book_(book) {}
+
+  void SetSelect(Long number) override { number_ = number; }
+  [[nodiscard]] Text Code() const override {
+    const AccountDescription* account = Current();
+    return Padded(account == nullptr ? Text() : account->code, kCodeWidth);
+  }
+  [[nodiscard]] Text Description() const override {
+    const AccountDescription* account = Current();
+    return Padded(account == nullptr ? Text() : account->description, kDescriptionWidth);
+  }
+  [[nodiscard]] Long Number() const override { return number_; }
+  [[nodiscard]] Long MaxNumber() const override { return HighestNumber(book_.Description().accounts); }
+
+ private:
+  [[nodiscard]] const AccountDescription* Current() const {
+    const Integer position = book_.AccountPosition(number_);
+    return position == 0 ? nullptr : &RowAt(book_.Description().accounts, position);
+  }
+
+  const Book& book_;
+  Long number_ = 0;
+};
+
+class BookField final : public FieldRecord {
+ public:
+  explicit BookField(const Book& book) : book_(book) {}
+
+  void SetSelect(Integer number) override { number_ = number; }
+  [[nodiscard]] Text Description() const override {
+    const FieldDescription* field = Current();
+    return field == nullptr ? Text() : field->description;
+  }
+  [[nodiscard]] bool SystemMaintained() const override {
+    const FieldDescription* field = Current();
+    return field != nullptr && field->system;
+  }
+  [[nodiscard]] Integer MaxNumber() const override {
+    return static_cast<Integer>(HighestNumber(book_.Description().fields));
+  }
+
+ private:
+  [[nodiscard]] const FieldDescription* Current() const {
+    const Integer position = book_.FieldPosition(number_);
+    return position == 0 ? nullptr : &RowAt(book_.Description().fields, position);
+  }
+
+  const Book& book_;
+  Integer number_ = 0;
+};
+
+// The positions that a query's numbers stand for, in order and each once; all of them where the query names none.
+template <typename Number>
+std::vector<Integer> PositionsAsked(const std::vector<Number>& numbers, const std::vector<Integer>& positions_by_number,
+                                    Long count, const Text& what) {
+  std::vector<Integer> positions;
+  if (numbers.empty()) {
+    for (Long position = 1; position <= count; ++position) positions.push_back(static_cast<Integer>(position));
+  }
+  for (const Number number : numbers) {
+    const Integer position = PositionIn(positions_by_number, number);
+    if (position == 0) {
+      throw Failure(FailureNumber::kInvalidArgument, "The book has no " + what + " of number " + std::to_string(number),
+                    kSource);
+    }
+    positions.push_back(position);
+  }
+  std::sort(positions.begin(), positions.end());
+  positions.erase(std::unique(positions.begin(), positions.end()), positions.end());
+  return positions;
+}
+
+// A new book is made beside its place and moved there when it is whole, so that no half of one is ever left there.
+class Workpiece {
+ public:
+  explicit Workpiece(const Text& path) : path_(path), work_path_(path + "-new") {
+    std::error_code ignored;  // a folder that is not there is told by the opening of the file
+    if (std::filesystem::exists(path, ignored)) {
+      throw Failure(FailureNumber::kPathOrAccess, path + ": the file exists already", kSource);
+    }
+    Remove();
+  }
+  ~Workpiece() { Remove(); }
+  Workpiece(const Workpiece&) = delete;
+  Workpiece& operator=(const Workpiece&) = delete;
+
+  [[nodiscard]] const Text& Path() const { return work_path_; }
+  void MoveToPlace() {
+    std::error_code error;
+    std::filesystem::rename(work_path_, path_, error);
+    if (error) {
+      throw Failure(FailureNumber::kPathOrAccess,
+                    path_ + ": the new book cannot be moved to its place: " + error.message(), kSource);
+    }
+  }
+
+ private:
+  void Remove() const {
+    std::error_code ignored;  // what cannot be removed is refused by the next step that meets it
+    for (const char* ending : {"", "-wal", "-shm", "-lock"}) std::filesystem::remove(work_path_ + ending, ignored);
+  }
+
+  Text path_;
+  Text work_path_;
+};
+
+void StoreValues(FigureStore& store, const BookDescription& description) {
+  const std::vector<Integer> accounts = PositionsByNumber(description.accounts);
+  const std::vector<Integer> fields = PositionsByNumber(description.fields);
+  std::vector<Double> row(std::max<std::size_t>(description.fields.size(), 1));
+  for (const ValueDescription& value : description.values) {
+    const auto account = static_cast<std::size_t>(PositionIn(accounts, value.account) - 1);
+    const Double* stored = store.Row(account, store.RecordOf(value.date));
+    std::copy_n(stored, row.size(), row.begin());
+    row[static_cast<std::size_t>(PositionIn(fields, value.field) - 1)] = value.value + 0.0;
+    store.WriteRow(row.data());
+  }
+  store.Commit();
+}
+
+}  // namespace
+
+void Book::Create(const Text& path, const BookDescription& description) {
+  CheckBookDescription(description, path);
+  Workpiece workpiece(NativePath(path));
+  {
+    FigureStore store(BookFile::Create(workpiece.Path(), description), BookOptions().cache_bytes);
+    StoreValues(store, description);
+  }
+  workpiece.MoveToPlace();
+}
+
+std::unique_ptr<Book> Book::Open(const Text& path, HostApp& app, const BookOptions& options) {
+  auto store = std::make_unique<FigureStore>(BookFile(NativePath(path), options.read_only), options.cache_bytes);
+  return std::unique_ptr<Book>(new Book(path, app, options, std::move(store)));
+}
+
+Book::Book(const Text& path, HostApp& app, const BookOptions& options, std::unique_ptr<FigureStore> store)
+    : path_(NativePath(path)),
+      folder_(FolderOf(path_)),
+      name_(NameOf(path_)),
+      app_(app),
+      options_(options),
+      store_(std::move(store)),
+      description_(store_->File().Description()),
+      cursor_(store_->Rules()),
+      position_of_account_(PositionsByNumber(description_.accounts)),
+      position_of_field_(PositionsByNumber(description_.fields)),
+      changed_row_(std::max<std::size_t>(description_.fields.size(), 1)) {
+  for (const AccountDescription& account : description_.accounts) {
+    position_of_code_.emplace(account.code, static_cast<Integer>(position_of_code_.size() + 1));
+  }
+}
+
+Book::~Book() {
+  try {
+    Close();
+  } catch (const Failure&) {
+    // Said quietly: whoever needs to know calls Close.
+  }
+}
+
+void Book::Commit() {
+  if (store_ != nullptr && !ReadOnly()) store_->Commit();
+}
+
+void Book::Close() {
+  Commit();
+  DropCurrentRecord();
+  store_.reset();
+}
+
+FigureStore& Book::Store() const {
+  if (store_ == nullptr) throw Failure(FailureNumber::kObjectNotSet, path_ + ": the book has been closed", kSource);
+  return *store_;
+}
+
+void Book::RequireWritable() const {
+  if (ReadOnly()) {
+    throw Failure(FailureNumber::kPermissionDenied, path_ + ": the book is open to read only", kSource);
+  }
+}
+
+const Calendar& Book::CalendarRules() const {
+  return Store().Rules();
+}
+
+void Book::VisitFigures(const FigureQuery& query, const FigureVisitor& visit) {
+  FigureStore& store = Store();
+  const std::vector<Integer> accounts = PositionsAsked(query.accounts, position_of_account_, NumAccounts(), "account");
+  const std::vector<Integer> fields = PositionsAsked(query.fields, position_of_field_, NumFields(), "field");
+  const Date first = query.first == kNoDate ? FirstDate() : std::max(query.first, FirstDate());
+  const Date last = query.last == kNoDate ? LastDate() : std::min(query.last, LastDate());
+  if (!(first <= last)) return;
+  Figure figure;
+  const auto visit_row = [&](std::int32_t record, std::span<const Double> figures) {
+    figure.date = store.DateOfRecord(record);
+    for (const Integer position : fields) {
+      figure.value = figures[static_cast<std::size_t>(position - 1)];
+      if (figure.value == 0) continue;
+      figure.field_position = position;
+      figure.field_number = description_.fields[static_cast<std::size_t>(position - 1)].number;
+      if (!visit(figure)) return false;
+    }
+    return true;
+  };
+  for (const Integer position : accounts) {
+    const auto index = static_cast<std::size_t>(position - 1);
+    figure.account_position = position;
+    figure.account_number = description_.accounts[index].number;
+    if (!store.VisitRows(index, store.RecordOf(first), store.RecordOf(last), visit_row)) return;
+  }
+}
+
+ValueGiver Book::Values() {
+  return [this](const ValueTaker& take) {
+    VisitFigures({}, [&](const Figure& figure) {
+      take({figure.account_number, figure.date, figure.field_number, figure.value});
+      return true;
+    });
+  };
+}
+
+Integer Book::AccountPositionOfCode(const Text& code) const {
+  const auto found = position_of_code_.find(code);
+  return found == position_of_code_.end() ? Integer{0} : found->second;
+}
+
+Integer Book::AccountPosition(Long account_number) const {
+  return PositionIn(position_of_account_, account_number);
+}
+
+Integer Book::FieldPosition(Integer field_number) const {
+  return PositionIn(position_of_field_, field_number);
+}
+
+void Book::SetOperationName(const Text& name) {
+  operation_name_ = name;
+}
+
+std::unique_ptr<AccountRecord> Book::NewAccountRecord() {
+  return std::make_unique<BookAccount>(*this);
+}
+
+std::unique_ptr<FieldRecord> Book::NewFieldRecord() {
+  return std::make_unique<BookField>(*this);
+}
+
+SequenceList& Book::PrintSequences() {
+  return options_.reports == nullptr ? no_sequences_ : options_.reports->PrintSequences(*this);
+}
+
+Text Book::MasterFileTypeName(Integer type) const {
+  return type == 0 ? description_.type_name : Text();
+}
+
+Long Book::AccountNumber(Integer position) const {
+  return RowAt(description_.accounts, position).number;
+}
+
+Integer Book::FieldNumber(Integer position) const {
+  return RowAt(description_.fields, position).number;
+}
+
+Text Book::FieldName(Integer position) const {
+  return RowAt(description_.fields, position).description;
+}
+
+void Book::DropCurrentRecord() {
+  row_ = nullptr;
+  changed_ = false;
+}
+
+bool Book::ReadRecord(Long account_number, Date date) {
+  DropCurrentRecord();
+  FigureStore& store = Store();
+  const Integer position = PositionIn(position_of_account_, account_number);
+  const std::int32_t record = store.RecordOf(date);
+  if (position == 0 || record < 0) return false;
+  row_ = store.Row(static_cast<std::size_t>(position - 1), record);
+  return true;
+}
+
+bool Book::WriteRecord() {
+  if (row_ == nullptr) return false;
+  RequireWritable();
+  if (changed_) store_->WriteRow(changed_row_.data());
+  KeepWritten();
+  return true;
+}
+
+void Book::KeepWritten() {
+  const bool running = progress_open_ || store_->EntryIsOpen();
+  ++written_records_;
+  if (store_->ChangedBytes() < kCommitBytes) {
+    if (store_->ChangedBytes() == 0 || (running && written_records_ % kRecordsOfAClockLook != 0)) return;
+    const double wait = running ? options_.commit_seconds : std::min(options_.commit_seconds, kIdleSeconds);
+    if (store_->SecondsSinceCommit() < wait) return;
+  }
+  store_->Commit();
+}
+
+void Book::FailField(Integer field_number) const {
+  if (row_ == nullptr) throw Failure(FailureNumber::kInvalidArgument, path_ + ": no record is current", kSource);
+  throw Failure(FailureNumber::kInvalidArgument,
+                path_ + ": the book has no field of number " + std::to_string(field_number), kSource);
+}
+
+Double Book::FieldValue(Integer field_number) const {
+  // A negative number wraps to one that no table reaches.
+  const auto number = static_cast<std::uint16_t>(field_number);
+  if (row_ == nullptr || number >= position_of_field_.size() || position_of_field_[number] == 0)
+    FailField(field_number);
+  return row_[position_of_field_[number] - 1];
+}
+
+void Book::SetFieldValue(Integer field_number, Double value) {
+  const auto number = static_cast<std::uint16_t>(field_number);
+  if (row_ == nullptr || number >= position_of_field_.size() || position_of_field_[number] == 0)
+    FailField(field_number);
+  if (!changed_) {
+    std::copy_n(row_, changed_row_.size(), changed_row_.begin());
+    row_ = changed_row_.data();
+    changed_ = true;
+  }
+  // Adding zero takes the sign from a negative zero, which is no figure of its own.
+  changed_row_[static_cast<std::size_t>(position_of_field_[number] - 1)] = value + 0.0;
+}
+
+bool Book::DateValid(Date date) const {
+  return date >= FirstDate() && date < LastDate() + 1;
+}
+
+Integer Book::YearCode(Integer position) const {
+  if (position < 1 || position > NumYears()) FailOutsideTable(position, NumYears());
+  return static_cast<Integer>(FirstYear() + position - 1);
+}
+
+void Book::BeginProgress(const Text& title) {
+  progress_open_ = true;
+  progress_title_ = title;
+  if (options_.progress != nullptr) {
+    options_.progress->Begin(title);
+    options_.progress->Fraction(0);
+  }
+}
+
+void Book::SetProgressFraction(Single fraction) {
+  if (options_.progress != nullptr) options_.progress->Fraction(fraction);
+}
+
+void Book::SetProgressText(const Text& text) {
+  if (options_.progress != nullptr) options_.progress->Text(text);
+}
+
+void Book::SetProgressCancelEnabled(bool enabled) {
+  if (options_.progress != nullptr) options_.progress->CancelEnabled(enabled);
+}
+
+bool Book::ProgressCancelled() const {
+  return options_.progress != nullptr && options_.progress->Cancelled();
+}
+
+void Book::EndProgress() {
+  progress_open_ = false;
+  // The display ends even where the commit fails, so it goes first.
+  if (options_.progress != nullptr) options_.progress->End();
+  Commit();
+}
+
+Integer Book::BeginRollback(Date first, Date last) {
+  RequireWritable();
+  const Text& what_ran = operation_name_.empty() && progress_open_ ? progress_title_ : operation_name_;
+  Store().BeginEntry(Now(), first, last, what_ran);
+  return 1;
+}
+
+void Book::EndRollback() {
+  if (!ReadOnly()) Store().EndEntry();
+}
+
+bool Book::AccessRight(const Text& right) const {
+  return right == "A" && !ReadOnly();
+}
+
+void Book::InitReportPrinter(Printer& printer) {
+  if (options_.reports != nullptr) options_.reports->InitReportPrinter(*this, printer);
+}
+
+void Book::PrintReportHeader(Printer& printer, const Text& name) {
+  if (options_.reports != nullptr) {
+    options_.reports->PrintReportHeader(*this, printer, name);
+    return;
+  }
+  printer.PrintLine(SystemName() + " - " + name);
+  printer.PrintLine("");
+}
+
+}  // namespace tallybook::engine

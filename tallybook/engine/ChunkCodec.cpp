@@ -1,0 +1,225 @@
+#include "tallybook/engine/ChunkCodec.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string>
+
+#include "support/Failure.h"
+
+namespace tallybook::engine {
+
+static_assert(std::endian::native == std::endian::little, "chunks are copied as they lie in memory");
+
+namespace {
+
+constexpr std::byte kDense{1};
+constexpr std::byte kSparse{2};
+constexpr std::byte kDecimals{3};
+constexpr std::size_t kHeadSize = 5;
+constexpr std::size_t kDecimalHeadSize = kHeadSize + 2;
+constexpr std::array<Double, 4> kPowersOfTen = {1, 10, 100, 1000};
+constexpr std::size_t kUsualDecimals = 2;
+
+[[noreturn]] void FailDamaged(const std::string& what) {
+  throw Failure(FailureNumber::kDeviceError, "the book is damaged: a chunk " + what, "Tallybook.Book");
+}
+
+void PutHead(std::byte form, RowRange rows, std::vector<std::byte>& bytes) {
+  const std::uint16_t head[] = {static_cast<std::uint16_t>(rows.first),
+                                static_cast<std::uint16_t>(rows.end - rows.first)};
+  bytes[0] = form;
+  std::memcpy(&bytes[1], head, sizeof head);
+}
+
+// The rows of `used` without the rows of zeros at both ends.
+RowRange Trimmed(const ChunkShape& shape, std::span<const Double> figures, RowRange used) {
+  const auto is_blank = [&](std::size_t row) {
+    const auto values = figures.subspan(row * shape.fields, shape.fields);
+    return std::all_of(values.begin(), values.end(), [](Double value) { return value == 0; });
+  };
+  while (!used.Empty() && is_blank(used.first)) ++used.first;
+  while (!used.Empty() && is_blank(used.end - 1)) --used.end;
+  return used;
+}
+
+// The nearest whole number, ties to even, for values below 2 to the 51st; others give something far off. Adding and
+// taking away this number is a pair of instructions that can be done for several values at a time, which no library
+// call is.
+Double NearestWhole(Double value) {
+  constexpr Double kShift = 6755399441055744.0;  // 1.5 times 2 to the 52nd
+  return (value + kShift) - kShift;
+}
+
+// True where `value` is exactly the quotient of a whole number of Whole's width and `power`. The bounds are tested
+// first, so that the conversion is always defined; not-a-number fails them. Operators that stop early would keep the
+// loop from being done several figures at a time.
+template <typename Whole>
+bool Fits(Double value, Double power) {
+  const Double scaled = NearestWhole(value * power);
+  return (scaled >= std::numeric_limits<Whole>::min()) & (scaled <= std::numeric_limits<Whole>::max()) &
+         (scaled / power == value);
+}
+
+template <typename Whole>
+bool AllFit(std::span<const Double> values, Double power) {
+  constexpr std::size_t kBlock = 256;
+  while (!values.empty()) {
+    const auto block = values.first(std::min(kBlock, values.size()));
+    bool fits = true;
+    for (const Double value : block) fits &= Fits<Whole>(value, power);
+    if (!fits) return false;
+    values = values.subspan(block.size());
+  }
+  return true;
+}
+
+template <typename Whole>
+void PutDecimals(std::span<const Double> values, std::size_t decimals, RowRange rows, std::vector<std::byte>& bytes) {
+  bytes.resize(kDecimalHeadSize + values.size() * sizeof(Whole));
+  PutHead(kDecimals, rows, bytes);
+  bytes[kHeadSize] = static_cast<std::byte>(decimals);
+  bytes[kHeadSize + 1] = static_cast<std::byte>(sizeof(Whole));
+  const Double power = kPowersOfTen[decimals];
+  std::byte* out = bytes.data() + kDecimalHeadSize;
+  for (std::size_t index = 0; index < values.size(); ++index) {
+    const auto whole = static_cast<Whole>(NearestWhole(values[index] * power));
+    std::memcpy(out + index * sizeof(Whole), &whole, sizeof(Whole));
+  }
+}
+
+// The fewest bytes that a whole number needs for every value at `decimals`; 0 where some value is no such number.
+std::size_t DecimalWidth(std::span<const Double> values, std::size_t decimals) {
+  const Double power = kPowersOfTen[decimals];
+  if (!AllFit<std::int32_t>(values, power)) return 0;
+  return AllFit<std::int16_t>(values, power) ? sizeof(std::int16_t) : sizeof(std::int32_t);
+}
+
+struct DecimalForm {
+  std::size_t decimals = 0;
+  std::size_t width = 0;  // 0: the values have no decimal form
+};
+
+// Money is tried first: two decimals hold whole numbers and tenths as well, only sometimes in more bytes.
+DecimalForm FindDecimalForm(std::span<const Double> values) {
+  const std::size_t money_width = DecimalWidth(values, kUsualDecimals);
+  if (money_width == sizeof(std::int16_t)) return {kUsualDecimals, money_width};
+  if (money_width == 0) {
+    for (const std::size_t decimals : {std::size_t{3}, std::size_t{0}}) {
+      if (const std::size_t width = DecimalWidth(values, decimals); width != 0) return {decimals, width};
+    }
+    return {};
+  }
+  const std::size_t whole_width = DecimalWidth(values, 0);
+  return whole_width == sizeof(std::int16_t) ? DecimalForm{0, whole_width} : DecimalForm{kUsualDecimals, money_width};
+}
+
+void PutDense(std::span<const Double> values, RowRange rows, std::vector<std::byte>& bytes) {
+  bytes.resize(kHeadSize + values.size_bytes());
+  PutHead(kDense, rows, bytes);
+  std::memcpy(bytes.data() + kHeadSize, values.data(), values.size_bytes());
+}
+
+void PutSparse(std::span<const Double> values, std::size_t held, RowRange rows, std::vector<std::byte>& bytes) {
+  const std::size_t map_size = (values.size() + 7) / 8;
+  bytes.assign(kHeadSize + map_size + held * sizeof(Double), std::byte{0});
+  PutHead(kSparse, rows, bytes);
+  std::byte* out = bytes.data() + kHeadSize + map_size;
+  for (std::size_t index = 0; index < values.size(); ++index) {
+    if (values[index] == 0) continue;
+    bytes[kHeadSize + index / 8] |= std::byte{1} << (index % 8);
+    std::memcpy(out, &values[index], sizeof(Double));
+    out += sizeof(Double);
+  }
+}
+
+void TakeSparse(std::span<const std::byte> bytes, std::span<Double> values) {
+  const std::size_t map_size = (values.size() + 7) / 8;
+  if (bytes.size() < map_size) FailDamaged("is shorter than its map");
+  std::span<const std::byte> held = bytes.subspan(map_size);
+  for (std::size_t index = 0; index < values.size(); ++index) {
+    if ((bytes[index / 8] & (std::byte{1} << (index % 8))) == std::byte{0}) continue;
+    if (held.size() < sizeof(Double)) FailDamaged("holds fewer figures than its map says");
+    std::memcpy(&values[index], held.data(), sizeof(Double));
+    held = held.subspan(sizeof(Double));
+  }
+  if (!held.empty()) FailDamaged("holds more figures than its map says");
+}
+
+template <typename Whole>
+void TakeDecimals(std::span<const std::byte> bytes, Double power, std::span<Double> values) {
+  if (bytes.size() != values.size() * sizeof(Whole)) FailDamaged("has the wrong length");
+  for (std::size_t index = 0; index < values.size(); ++index) {
+    Whole whole = 0;
+    std::memcpy(&whole, bytes.data() + index * sizeof(Whole), sizeof(Whole));
+    values[index] = static_cast<Double>(whole) / power;
+  }
+}
+
+void TakeDecimals(std::span<const std::byte> bytes, std::span<Double> values) {
+  if (bytes.size() < 2) FailDamaged("is shorter than its head");
+  const auto decimals = std::to_integer<std::size_t>(bytes[0]);
+  const auto width = std::to_integer<std::size_t>(bytes[1]);
+  if (decimals >= kPowersOfTen.size()) FailDamaged("has " + std::to_string(decimals) + " decimals");
+  const auto wholes = bytes.subspan(2);
+  if (width == sizeof(std::int16_t)) {
+    TakeDecimals<std::int16_t>(wholes, kPowersOfTen[decimals], values);
+  } else if (width == sizeof(std::int32_t)) {
+    TakeDecimals<std::int32_t>(wholes, kPowersOfTen[decimals], values);
+  } else {
+    FailDamaged("has numbers of " + std::to_string(width) + " bytes");
+  }
+}
+
+}  // namespace
+
+void EncodeChunk(const ChunkShape& shape, std::span<const Double> figures, RowRange used,
+                 std::vector<std::byte>& bytes) {
+  bytes.clear();
+  const RowRange rows = Trimmed(shape, figures, used);
+  if (rows.Empty()) return;
+  const auto values = figures.subspan(rows.first * shape.fields, (rows.end - rows.first) * shape.fields);
+  const auto zeros = static_cast<std::size_t>(std::count(values.begin(), values.end(), 0.0));
+  const std::size_t held = values.size() - zeros;
+  const std::size_t sparse_size = (values.size() + 7) / 8 + held * sizeof(Double);
+  // Decimals cost two bytes a figure at the least, so a chunk that is mostly empty need not be tried.
+  const DecimalForm decimal = sparse_size > values.size() * 2 ? FindDecimalForm(values) : DecimalForm{};
+  if (decimal.width != 0 && values.size() * decimal.width < sparse_size) {
+    if (decimal.width == sizeof(std::int16_t)) {
+      PutDecimals<std::int16_t>(values, decimal.decimals, rows, bytes);
+    } else {
+      PutDecimals<std::int32_t>(values, decimal.decimals, rows, bytes);
+    }
+  } else if (sparse_size < values.size_bytes()) {
+    PutSparse(values, held, rows, bytes);
+  } else {
+    PutDense(values, rows, bytes);
+  }
+}
+
+RowRange DecodeChunk(const ChunkShape& shape, std::span<const std::byte> bytes, std::span<Double> figures) {
+  if (bytes.size() < kHeadSize) FailDamaged("is shorter than its head");
+  std::uint16_t head[2];
+  std::memcpy(head, &bytes[1], sizeof head);
+  const RowRange rows = {head[0], std::size_t{head[0]} + head[1]};
+  if (rows.end > shape.rows)
+    FailDamaged("tells of row " + std::to_string(rows.end) + ", and has " + std::to_string(shape.rows));
+  const auto values = figures.subspan(rows.first * shape.fields, (rows.end - rows.first) * shape.fields);
+  const auto body = bytes.subspan(kHeadSize);
+  if (bytes[0] == kDense) {
+    if (body.size() != values.size_bytes()) FailDamaged("has the wrong length");
+    std::memcpy(values.data(), body.data(), body.size());
+  } else if (bytes[0] == kSparse) {
+    TakeSparse(body, values);
+  } else if (bytes[0] == kDecimals) {
+    TakeDecimals(body, values);
+  } else {
+    FailDamaged("has the form " + std::to_string(std::to_integer<int>(bytes[0])));
+  }
+  return rows;
+}
+
+}  // namespace tallybook::engine

@@ -1,0 +1,243 @@
+#include "tallybook/engine/Database.h"
+
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+#include "support/Failure.h"
+
+namespace tallybook::engine {
+
+namespace {
+
+constexpr const char* kSource = "Tallybook.Book";
+constexpr int kBusyMilliseconds = 2000;  // how long a short commit of another program is waited for
+
+FailureNumber NumberOfResult(int result) {
+  switch (result & 0xFF) {
+    case SQLITE_FULL:
+      return FailureNumber::kDiskFull;
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_READONLY:
+    case SQLITE_PERM:
+    case SQLITE_AUTH:
+      return FailureNumber::kPermissionDenied;
+    case SQLITE_CANTOPEN:
+    case SQLITE_NOTADB:
+      return FailureNumber::kPathOrAccess;
+    case SQLITE_NOMEM:
+      return FailureNumber::kOutOfMemory;
+    default:
+      return FailureNumber::kDeviceError;
+  }
+}
+
+// Why a path cannot be opened, as far as the folder and the file themselves tell; SQLite says little of it.
+void CheckPath(const Text& path, Database::Mode mode) {
+  const std::filesystem::path file(path);
+  const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
+  std::error_code ignored;  // a folder that cannot be asked is one that is not there
+  if (!std::filesystem::is_directory(folder, ignored)) {
+    throw Failure(FailureNumber::kPathNotFound, path + ": the folder does not exist", kSource);
+  }
+  const bool exists = std::filesystem::exists(file, ignored);
+  if (mode == Database::Mode::kCreate) {
+    if (exists) throw Failure(FailureNumber::kPathOrAccess, path + ": the file exists already", kSource);
+    return;
+  }
+  if (!exists) throw Failure(FailureNumber::kFileNotFound, path + ": there is no such file", kSource);
+  if (std::filesystem::is_directory(file, ignored)) {
+    throw Failure(FailureNumber::kPathOrAccess, path + ": this is a folder, not a book", kSource);
+  }
+}
+
+// The URI form of a path, for the option that takes a file as one that nobody changes.
+Text ImmutableUri(const Text& path) {
+  Text uri = "file:";
+  for (const char character : std::filesystem::absolute(path).string()) {
+    const bool special = character == '%' || character == '?' || character == '#';
+    if (special) {
+      static constexpr char kHex[] = "0123456789ABCDEF";
+      const auto byte = static_cast<unsigned char>(character);
+      uri += '%';
+      uri += kHex[byte >> 4];
+      uri += kHex[byte & 0xF];
+    } else {
+      uri += character;
+    }
+  }
+  return uri + "?immutable=1";
+}
+
+}  // namespace
+
+DbStatement::DbStatement(Database& database, const char* sql) : database_(&database) {
+  sqlite3_stmt* statement = nullptr;
+  const int result = sqlite3_prepare_v3(database.Handle(), sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+  statement_.reset(statement);
+  Check(result);
+}
+
+void DbStatement::Check(int result) const {
+  if (result != SQLITE_OK) database_->Fail(result);
+}
+
+DbStatement& DbStatement::Bind(int parameter, std::int64_t value) {
+  Check(sqlite3_bind_int64(statement_.get(), parameter, value));
+  return *this;
+}
+
+DbStatement& DbStatement::Bind(int parameter, Double value) {
+  Check(sqlite3_bind_double(statement_.get(), parameter, value));
+  return *this;
+}
+
+DbStatement& DbStatement::Bind(int parameter, const Text& value) {
+  Check(sqlite3_bind_text64(statement_.get(), parameter, value.data(), value.size(), SQLITE_STATIC, SQLITE_UTF8));
+  return *this;
+}
+
+DbStatement& DbStatement::Bind(int parameter, std::span<const std::byte> value) {
+  Check(sqlite3_bind_blob64(statement_.get(), parameter, value.data(), value.size(), SQLITE_STATIC));
+  return *this;
+}
+
+DbStatement& DbStatement::BindNull(int parameter) {
+  Check(sqlite3_bind_null(statement_.get(), parameter));
+  return *this;
+}
+
+bool DbStatement::Step() {
+  const int result = sqlite3_step(statement_.get());
+  if (result == SQLITE_ROW) return true;
+  if (result == SQLITE_DONE) return false;
+  sqlite3_reset(statement_.get());
+  database_->Fail(result);
+}
+
+void DbStatement::Run() {
+  while (Step()) {
+  }
+  Reset();
+}
+
+void DbStatement::Reset() {
+  sqlite3_reset(statement_.get());  // repeats the result of the last step, which has been told
+}
+
+bool DbStatement::IsNull(int column) const {
+  return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
+}
+
+std::int64_t DbStatement::Int(int column) const {
+  return sqlite3_column_int64(statement_.get(), column);
+}
+
+Double DbStatement::Real(int column) const {
+  return sqlite3_column_double(statement_.get(), column);
+}
+
+Text DbStatement::String(int column) const {
+  const auto bytes = Bytes(column);
+  Text text(bytes.size(), '\0');
+  for (std::size_t index = 0; index < bytes.size(); ++index) text[index] = static_cast<char>(bytes[index]);
+  return text;
+}
+
+std::span<const std::byte> DbStatement::Bytes(int column) const {
+  const auto* data = static_cast<const std::byte*>(sqlite3_column_blob(statement_.get(), column));
+  return {data, static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
+}
+
+Database::Database(const Text& path, Mode mode) : path_(path) {
+  CheckPath(path, mode);
+  switch (mode) {
+    case Mode::kCreate:
+      Open(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+      break;
+    case Mode::kReadWrite:
+      Open(path, SQLITE_OPEN_READWRITE);
+      if (sqlite3_db_readonly(handle_.get(), "main") == 1) {
+        throw Failure(FailureNumber::kPermissionDenied, path + ": the file may not be written", kSource);
+      }
+      break;
+    case Mode::kReadOnly:
+      Open(path, SQLITE_OPEN_READONLY);
+      break;
+  }
+}
+
+void Database::Open(const Text& target, int flags) {
+  sqlite3* handle = nullptr;
+  int result = sqlite3_open_v2(target.c_str(), &handle, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+  handle_.reset(handle);
+  if (result != SQLITE_OK) Fail(result);
+  sqlite3_busy_timeout(handle, kBusyMilliseconds);
+  if ((flags & SQLITE_OPEN_READONLY) == 0) return;
+  // A reader still makes the write-ahead log's companions. In a folder that may not be written it can do without them
+  // where no log was left: nobody can be writing there.
+  result = sqlite3_exec(handle, "SELECT 1 FROM sqlite_master", nullptr, nullptr, nullptr);
+  std::error_code ignored;
+  if ((result & 0xFF) != SQLITE_CANTOPEN || std::filesystem::exists(path_ + "-wal", ignored)) return;
+  result = sqlite3_open_v2(ImmutableUri(path_).c_str(), &handle,
+                           flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_URI, nullptr);
+  handle_.reset(handle);
+  if (result != SQLITE_OK) Fail(result);
+}
+
+void Database::Execute(const char* sql) {
+  const int result = sqlite3_exec(handle_.get(), sql, nullptr, nullptr, nullptr);
+  if (result != SQLITE_OK) Fail(result);
+}
+
+std::int64_t Database::Number(const char* sql) {
+  DbStatement statement(*this, sql);
+  return statement.Step() ? statement.Int(0) : 0;
+}
+
+void Database::Fail(int result) const {
+  Text reason = handle_ ? sqlite3_errmsg(handle_.get()) : sqlite3_errstr(result);
+  switch (result & 0xFF) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      reason = "the book is in use by another program";
+      break;
+    case SQLITE_FULL:
+      reason = "there is no room left for the book";
+      break;
+    case SQLITE_READONLY:
+      reason = "the book, or its folder, may not be written";
+      break;
+    case SQLITE_CANTOPEN:
+      reason = "the file, or its folder, may not be read and written as a book needs it";
+      break;
+    case SQLITE_NOTADB:
+      reason = "this file is not a book";
+      break;
+    case SQLITE_CORRUPT:
+      reason = "the book is damaged: " + reason;
+      break;
+    default:
+      break;
+  }
+  throw Failure(NumberOfResult(result), path_ + ": " + reason, kSource);
+}
+
+Transaction::Transaction(Database& database) : database_(database) {
+  database_.Execute("BEGIN IMMEDIATE");
+}
+
+Transaction::~Transaction() {
+  // SQLite may have rolled back by itself after a full disk; then there is nothing left to end.
+  if (open_ && sqlite3_get_autocommit(database_.Handle()) == 0) {
+    sqlite3_exec(database_.Handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+}
+
+void Transaction::Commit() {
+  database_.Execute("COMMIT");
+  open_ = false;
+}
+
+}  // namespace tallybook::engine

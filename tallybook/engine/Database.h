@@ -1,0 +1,116 @@
+// A thin owner of an SQLite connection and of its statements. Every error becomes a Failure that names the file.
+// One thread; statements must not outlive their connection.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <sqlite3.h>
+
+#include "support/Types.h"
+
+namespace tallybook::engine {
+
+class Database;
+
+// A prepared statement. Parameters count from 1 and columns from 0, as SQLite does.
+class DbStatement {
+ public:
+  // `database` must outlive the statement.
+  DbStatement(Database& database, const char* sql);
+
+  // Each gives the statement back, so that the bindings of one statement stand in one line. Bytes are not copied: they
+  // must stay until the statement has run.
+  DbStatement& Bind(int parameter, std::int64_t value);
+  DbStatement& Bind(int parameter, Double value);
+  DbStatement& Bind(int parameter, const Text& value);
+  DbStatement& Bind(int parameter, std::span<const std::byte> value);
+  DbStatement& BindNull(int parameter);
+
+  // Steps once: true while there is a row.
+  [[nodiscard]] bool Step();
+  // Runs a statement that gives no rows, and makes it ready to run again.
+  void Run();
+  // Ends a walk over rows, so that the statement can be bound and run again.
+  void Reset();
+
+  [[nodiscard]] bool IsNull(int column) const;
+  [[nodiscard]] std::int64_t Int(int column) const;
+  [[nodiscard]] Double Real(int column) const;
+  [[nodiscard]] Text String(int column) const;
+  // Valid until the next step.
+  [[nodiscard]] std::span<const std::byte> Bytes(int column) const;
+
+ private:
+  struct Finalizer {
+    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+  };
+
+  void Check(int result) const;
+
+  Database* database_;
+  std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
+};
+
+// Resets a statement at the end of a walk over its rows, however the walk ends: a statement that stands on a row keeps
+// a read transaction open.
+class EndOfWalk {
+ public:
+  explicit EndOfWalk(DbStatement& statement) : statement_(statement) {}
+  ~EndOfWalk() { statement_.Reset(); }
+  EndOfWalk(const EndOfWalk&) = delete;
+  EndOfWalk& operator=(const EndOfWalk&) = delete;
+
+ private:
+  DbStatement& statement_;
+};
+
+class Database {
+ public:
+  enum class Mode { kCreate, kReadWrite, kReadOnly };
+
+  // Opens or makes the file. kCreate refuses a path that exists (75).
+  Database(const Text& path, Mode mode);
+
+  [[nodiscard]] const Text& Path() const { return path_; }
+  [[nodiscard]] sqlite3* Handle() const { return handle_.get(); }
+
+  // Runs statements that give no rows of interest.
+  void Execute(const char* sql);
+  // The first column of a statement's only row.
+  [[nodiscard]] std::int64_t Number(const char* sql);
+  // The key of the row that was inserted last.
+  [[nodiscard]] std::int64_t LastRow() const { return sqlite3_last_insert_rowid(handle_.get()); }
+
+  // Raises the failure of an SQLite result code: 61 no room, 70 busy, locked or not permitted, 75 no database or cannot
+  // be opened, 57 anything else.
+  [[noreturn]] void Fail(int result) const;
+
+ private:
+  struct Closer {
+    void operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
+  };
+
+  void Open(const Text& target, int flags);
+
+  Text path_;
+  std::unique_ptr<sqlite3, Closer> handle_;
+};
+
+// A write transaction: rolled back by its end unless Commit came first.
+class Transaction {
+ public:
+  explicit Transaction(Database& database);
+  ~Transaction();
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+
+  void Commit();
+
+ private:
+  Database& database_;
+  bool open_ = true;
+};
+
+}  // namespace tallybook::engine

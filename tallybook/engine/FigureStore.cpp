@@ -1,0 +1,361 @@
+#include "tallybook/engine/FigureStore.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "support/Dates.h"
+#include "support/Failure.h"
+#include "support/Narrow.h"
+
+namespace tallybook::engine {
+
+namespace {
+
+// A chunk's key: the account's number above, the chunk's number from 0 below. The numbers stand in book files.
+constexpr int kChunkNumberBits = 24;
+constexpr std::int64_t kChunkNumberMask = (std::int64_t{1} << kChunkNumberBits) - 1;
+
+void SetBit(std::vector<std::byte>& bits, std::size_t index) {
+  bits[index / 8] |= std::byte{1} << (index % 8);
+}
+
+bool HasBit(std::span<const std::byte> bits, std::size_t index) {
+  return (bits[index / 8] & (std::byte{1} << (index % 8))) != std::byte{0};
+}
+
+}  // namespace
+
+void FigureStore::Freer::operator()(Double* figures) const {
+  std::free(figures);
+}
+
+// Memory that comes zeroed from the system costs nothing until a row of it is used.
+FigureStore::Figures FigureStore::NewFigures() const {
+  Figures figures(static_cast<Double*>(std::calloc(shape_.Figures(), sizeof(Double))));
+  if (figures == nullptr) throw std::bad_alloc();
+  return figures;
+}
+
+FigureStore::FigureStore(BookFile file, std::size_t cache_bytes)
+    : file_(std::move(file)),
+      calendar_(file_.Description().calendar, file_.Description().data_level),
+      shape_{file_.RowsOfChunk(), std::max<std::size_t>(file_.Description().fields.size(), 1)},
+      most_chunks_(std::max<std::size_t>(cache_bytes / (shape_.Figures() * sizeof(Double)), 2)),
+      read_chunk_(file_.Db(), "SELECT figures FROM chunk WHERE key = ?1"),
+      walk_chunks_(file_.Db(), "SELECT key, figures FROM chunk WHERE key BETWEEN ?1 AND ?2 ORDER BY key"),
+      write_chunk_(file_.Db(),
+                   "INSERT INTO chunk (key, figures) VALUES (?1, ?2) "
+                   "ON CONFLICT (key) DO UPDATE SET figures = excluded.figures"),
+      delete_chunk_(file_.Db(), "DELETE FROM chunk WHERE key = ?1"),
+      find_rows_(file_.Db(), "SELECT rows FROM journal_chunk WHERE entry = ?1 AND key = ?2"),
+      write_rows_(file_.Db(), "INSERT INTO journal_chunk (entry, key, rows, image) VALUES (?1, ?2, ?3, ?4)"),
+      update_rows_(file_.Db(), "UPDATE journal_chunk SET rows = ?3 WHERE entry = ?1 AND key = ?2"),
+      write_image_(file_.Db(), "INSERT INTO image (figures) SELECT figures FROM chunk WHERE key = ?1") {
+  BuildTables();
+}
+
+void FigureStore::BuildTables() {
+  first_date_ = calendar_.FirstDate();
+  for (Date day = first_date_; day <= calendar_.LastDate();) {
+    const Date last = calendar_.UnitOf(day, kOwnLevel).last;
+    const std::size_t record = date_of_record_.size();
+    date_of_record_.push_back(last);
+    place_of_record_.push_back(
+        {static_cast<std::uint32_t>(record / shape_.rows), static_cast<std::uint32_t>(record % shape_.rows)});
+    record_of_day_.insert(record_of_day_.end(), static_cast<std::size_t>(last - day) + 1,
+                          static_cast<std::int32_t>(record));
+    day = last + 1;
+  }
+  for (const AccountDescription& account : file_.Description().accounts) {
+    base_key_of_account_.push_back(std::int64_t{account.number} << kChunkNumberBits);
+  }
+  last_of_account_.assign(base_key_of_account_.size(), nullptr);
+}
+
+double FigureStore::SecondsSinceCommit() const {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - last_commit_).count();
+}
+
+void FigureStore::SwitchTo(std::size_t account, std::int64_t key) {
+  current_ = &none_;
+  Chunk* chunk = last_of_account_[account];
+  if (chunk == nullptr || chunk->key != key) {
+    const auto found = by_key_.find(key);
+    if (found != by_key_.end()) {
+      chunk = found->second;
+    } else {
+      chunk = &FreeChunk();
+      Load(*chunk, key);
+    }
+    last_of_account_[account] = chunk;
+  }
+  chunk->visited = true;
+  current_ = chunk;
+}
+
+FigureStore::Chunk& FigureStore::FreeChunk() {
+  if (chunks_.size() < most_chunks_) {
+    auto chunk = std::make_unique<Chunk>();
+    chunk->figures = NewFigures();
+    return *chunks_.emplace_back(std::move(chunk));
+  }
+  // Changed chunks are written all together, so that one transaction serves many.
+  if (changed_.size() * 2 > chunks_.size()) Commit();
+  for (;;) {
+    Chunk& chunk = *chunks_[hand_];
+    hand_ = (hand_ + 1) % chunks_.size();
+    if (chunk.changed) continue;
+    if (!chunk.visited) {
+      Forget(chunk);
+      return chunk;
+    }
+    chunk.visited = false;
+  }
+}
+
+void FigureStore::Forget(Chunk& chunk) {
+  if (chunk.key == kNoKey) return;
+  if (entry_ != 0 && chunk.touched_entry == entry_) images_given_up_ = true;
+  by_key_.erase(chunk.key);
+  std::fill(chunk.figures.get() + chunk.used.first * shape_.fields,
+            chunk.figures.get() + chunk.used.end * shape_.fields, 0.0);
+  chunk.key = kNoKey;
+  chunk.used = {};
+  chunk.stored = false;
+  chunk.imaged = false;
+  chunk.touched_entry = 0;
+}
+
+void FigureStore::ForgetAll() {
+  current_ = &none_;
+  for (const auto& chunk : chunks_) {
+    chunk->visited = false;
+    Forget(*chunk);
+  }
+}
+
+void FigureStore::Load(Chunk& chunk, std::int64_t key) {
+  const EndOfWalk end(read_chunk_);
+  if (read_chunk_.Bind(1, key).Step()) {
+    // A damaged chunk fails below, and what it left behind is zeroed when the chunk is forgotten.
+    chunk.used = {0, shape_.rows};
+    chunk.key = key;
+    try {
+      chunk.used = Decode(key, read_chunk_.Bytes(0), chunk.figures.get());
+    } catch (...) {
+      Forget(chunk);
+      throw;
+    }
+    chunk.stored = true;
+  }
+  by_key_.emplace(key, &chunk);
+  chunk.key = key;
+}
+
+RowRange FigureStore::Decode(std::int64_t key, std::span<const std::byte> bytes, Double* figures) const {
+  try {
+    return DecodeChunk(shape_, bytes, {figures, shape_.Figures()});
+  } catch (const Failure& failure) {
+    const auto first_record = static_cast<std::size_t>(key & kChunkNumberMask) * shape_.rows;
+    const Text from =
+        first_record < date_of_record_.size() ? DateText(date_of_record_[first_record]) : Text("beyond the last date");
+    throw Failure(failure.Number(),
+                  file_.Path() + ": " + failure.Description() + " (account number " +
+                      std::to_string(key >> kChunkNumberBits) + ", from " + from + ")",
+                  failure.Source());
+  }
+}
+
+bool FigureStore::WriteRow(const Double* figures) {
+  Chunk& chunk = *current_;
+  Double* row = chunk.figures.get() + current_row_ * shape_.fields;
+  const std::size_t size = shape_.fields * sizeof(Double);
+  if (std::memcmp(row, figures, size) == 0) return false;
+  if (entry_ != 0) Touch(chunk);
+  if (!chunk.changed) {
+    changed_.push_back(&chunk);
+    chunk.changed = true;
+  }
+  std::memcpy(row, figures, size);
+  chunk.used = chunk.used.Empty()
+                   ? RowRange{current_row_, current_row_ + 1}
+                   : RowRange{std::min(chunk.used.first, current_row_), std::max(chunk.used.end, current_row_ + 1)};
+  changed_bytes_ += size;
+  return true;
+}
+
+void FigureStore::Touch(Chunk& chunk) {
+  if (chunk.touched_entry != entry_) {
+    chunk.touched.assign((shape_.rows + 7) / 8, std::byte{0});
+    chunk.touched_entry = entry_;
+    chunk.imaged = false;
+  }
+  SetBit(chunk.touched, current_row_);
+}
+
+void FigureStore::Commit() {
+  if (!changed_.empty()) {
+    std::sort(changed_.begin(), changed_.end(), [](const Chunk* a, const Chunk* b) { return a->key < b->key; });
+    std::vector<bool> stored;
+    stored.reserve(changed_.size());
+    Transaction transaction(file_.Db());
+    for (Chunk* chunk : changed_) {
+      if (entry_ != 0) WriteImage(*chunk);
+      stored.push_back(Store(chunk->key, chunk->figures.get(), chunk->used));
+    }
+    transaction.Commit();
+    // Only now is anything of it true; a failure above leaves all chunks changed.
+    for (std::size_t index = 0; index < changed_.size(); ++index) {
+      changed_[index]->changed = false;
+      changed_[index]->stored = stored[index];
+      changed_[index]->imaged = entry_ != 0;
+    }
+    changed_.clear();
+  }
+  changed_bytes_ = 0;
+  last_commit_ = std::chrono::steady_clock::now();
+}
+
+// Every chunk that is changed while an entry is open was touched under it: an entry begins and ends with a commit.
+void FigureStore::WriteImage(Chunk& chunk) {
+  bool imaged = chunk.imaged;
+  if (!imaged && images_given_up_) {
+    const EndOfWalk end(find_rows_);
+    imaged = find_rows_.Bind(1, std::int64_t{entry_}).Bind(2, chunk.key).Step();
+    if (imaged) {
+      const auto before = find_rows_.Bytes(0);
+      for (std::size_t index = 0; index < std::min(before.size(), chunk.touched.size()); ++index) {
+        chunk.touched[index] |= before[index];
+      }
+    }
+  }
+  DbStatement& statement = imaged ? update_rows_ : write_rows_;
+  statement.Bind(1, std::int64_t{entry_}).Bind(2, chunk.key).Bind(3, std::span<const std::byte>(chunk.touched));
+  if (!imaged && chunk.stored) {
+    write_image_.Bind(1, chunk.key).Run();
+    statement.Bind(4, file_.Db().LastRow());
+  } else if (!imaged) {
+    statement.BindNull(4);
+  }
+  statement.Run();
+}
+
+bool FigureStore::Store(std::int64_t key, const Double* figures, RowRange used) {
+  EncodeChunk(shape_, {figures, shape_.Figures()}, used, bytes_);
+  if (bytes_.empty()) {
+    delete_chunk_.Bind(1, key).Run();
+    return false;
+  }
+  write_chunk_.Bind(1, key).Bind(2, std::span<const std::byte>(bytes_)).Run();
+  return true;
+}
+
+void FigureStore::BeginEntry(Date time, Date first, Date last, const Text& what_ran) {
+  Commit();
+  entry_ = 0;
+  DbStatement insert(file_.Db(),
+                     "INSERT INTO journal (time, first, last, what, state, chunks) VALUES (?1, ?2, ?3, ?4, ?5, 0)");
+  insert.Bind(1, time).Bind(2, first).Bind(3, last).Bind(4, what_ran);
+  insert.Bind(5, static_cast<std::int64_t>(JournalState::kOpen)).Run();
+  entry_ = ToLong(file_.Db().LastRow());
+  images_given_up_ = false;
+}
+
+void FigureStore::EndEntry() {
+  if (entry_ == 0) return;
+  Commit();
+  DbStatement update(file_.Db(),
+                     "UPDATE journal SET state = ?2, chunks = (SELECT count(*) FROM journal_chunk WHERE entry = ?1) "
+                     "WHERE id = ?1");
+  update.Bind(1, std::int64_t{entry_}).Bind(2, static_cast<std::int64_t>(JournalState::kClosed)).Run();
+  entry_ = 0;
+}
+
+std::vector<JournalEntry> FigureStore::Entries() {
+  DbStatement select(file_.Db(),
+                     "SELECT id, time, first, last, what, state, "
+                     "CASE state WHEN 0 THEN (SELECT count(*) FROM journal_chunk WHERE entry = id) ELSE chunks END "
+                     "FROM journal ORDER BY id");
+  std::vector<JournalEntry> entries;
+  while (select.Step()) {
+    JournalEntry& entry = entries.emplace_back();
+    entry.id = ToLong(select.Int(0));
+    entry.time = select.Real(1);
+    entry.first = select.Real(2);
+    entry.last = select.Real(3);
+    entry.what_ran = select.String(4);
+    entry.state = static_cast<JournalState>(select.Int(5));
+    entry.chunks = ToLong(select.Int(6));
+  }
+  return entries;
+}
+
+void FigureStore::Undo(Long id) {
+  Commit();
+  entry_ = 0;
+  Database& database = file_.Db();
+  const std::int64_t entry = id;
+  Transaction transaction(database);
+  {
+    DbStatement walk(database,
+                     "SELECT journal_chunk.key, rows, figures FROM journal_chunk "
+                     "LEFT JOIN image ON image.id = journal_chunk.image WHERE entry = ?1 ORDER BY journal_chunk.key");
+    walk.Bind(1, entry);
+    while (walk.Step()) RestoreImage(walk.Int(0), walk.Bytes(1), walk.Bytes(2));
+  }
+  DbStatement update(database,
+                     "UPDATE journal SET state = ?2, chunks = (SELECT count(*) FROM journal_chunk WHERE entry = ?1) "
+                     "WHERE id = ?1");
+  update.Bind(1, entry).Bind(2, static_cast<std::int64_t>(JournalState::kUndone)).Run();
+  DbStatement(database, "DELETE FROM image WHERE id IN (SELECT image FROM journal_chunk WHERE entry = ?1)")
+      .Bind(1, entry)
+      .Run();
+  DbStatement(database, "DELETE FROM journal_chunk WHERE entry = ?1").Bind(1, entry).Run();
+  transaction.Commit();
+  ForgetAll();
+}
+
+// An empty image says that there was no chunk: zeros.
+void FigureStore::RestoreImage(std::int64_t key, std::span<const std::byte> touched, std::span<const std::byte> image) {
+  const Figures before = NewFigures();
+  const Figures now = NewFigures();
+  if (!image.empty()) Decode(key, image, before.get());
+  {
+    const EndOfWalk end(read_chunk_);
+    if (read_chunk_.Bind(1, key).Step()) Decode(key, read_chunk_.Bytes(0), now.get());
+  }
+  for (std::size_t row = 0; row < std::min(shape_.rows, touched.size() * 8); ++row) {
+    if (!HasBit(touched, row)) continue;
+    std::memcpy(now.get() + row * shape_.fields, before.get() + row * shape_.fields, shape_.fields * sizeof(Double));
+  }
+  Store(key, now.get(), {0, shape_.rows});
+}
+
+bool FigureStore::VisitRows(std::size_t account, std::int32_t first, std::int32_t last, const RowVisitor& visit) {
+  if (!file_.ReadOnly()) Commit();
+  if (first > last) return true;
+  const std::int64_t base = base_key_of_account_[account];
+  walk_chunks_.Bind(1, base + place_of_record_[static_cast<std::size_t>(first)].chunk);
+  walk_chunks_.Bind(2, base + place_of_record_[static_cast<std::size_t>(last)].chunk);
+  const EndOfWalk end(walk_chunks_);
+  const Figures figures = NewFigures();
+  while (walk_chunks_.Step()) {
+    const std::int64_t key = walk_chunks_.Int(0);
+    const RowRange used = Decode(key, walk_chunks_.Bytes(1), figures.get());
+    const auto first_of_chunk =
+        static_cast<std::int32_t>(key & kChunkNumberMask) * static_cast<std::int32_t>(shape_.rows);
+    for (std::size_t row = used.first; row < used.end; ++row) {
+      const std::int32_t record = first_of_chunk + static_cast<std::int32_t>(row);
+      if (record < first || record > last) continue;
+      if (!visit(record, {figures.get() + row * shape_.fields, shape_.fields})) return false;
+    }
+    std::fill(figures.get() + used.first * shape_.fields, figures.get() + used.end * shape_.fields, 0.0);
+  }
+  return true;
+}
+
+}  // namespace tallybook::engine
