@@ -9,6 +9,7 @@ import concurrent.futures
 import hashlib
 import json
 import pathlib
+import re
 import shlex
 import subprocess
 import sys
@@ -37,7 +38,7 @@ def main():
     configuration = (root / ".clang-tidy").read_bytes() + version()
 
     began = time.monotonic()
-    failed, checked = [], 0
+    failed, checked, told = [], 0, set()
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
         work = [pool.submit(lint, job, options.commands, options.remember, configuration) for job in jobs]
         for job, result in zip(jobs, work):
@@ -45,7 +46,11 @@ def main():
             checked += fresh
             if text is not None:
                 failed.append(str(pathlib.Path(job["file"]).relative_to(root)))
-                print(text)
+                for finding in findings(text):
+                    # A header's finding comes with every source that includes it.
+                    if finding not in told:
+                        told.add(finding)
+                        print(finding)
     print(f"lint: {len(jobs)} sources, {checked} looked at, {len(failed)} with findings, "
           f"{time.monotonic() - began:.0f} s")
     for name in failed:
@@ -68,6 +73,12 @@ def sources(commands, root, wanted):
     return [entries[path] for path in sorted(wanted or entries)]
 
 
+def findings(text):
+    """clang-tidy's output cut before each line that begins a finding."""
+    parts = re.split(r"^(?=\S+:\d+:\d+: (?:error|warning): )", text, flags=re.MULTILINE)
+    return [part.rstrip() for part in parts if part.strip()]
+
+
 def version():
     return subprocess.run(["clang-tidy", "--version"], check=True, capture_output=True).stdout
 
@@ -82,7 +93,8 @@ def lint(entry, commands, remember, configuration):
     if run.returncode == 0:
         verdict.touch()
         return True, None
-    return True, run.stdout + "\n".join(line for line in run.stderr.splitlines() if "warnings generated" not in line)
+    # Without a finding on its standard output clang-tidy itself failed, and says why on the other.
+    return True, run.stdout if run.stdout.strip() else run.stderr
 
 
 def digest(entry, configuration):
