@@ -42,6 +42,12 @@ int FloorDivide(int dividend, int divisor) {
   return dividend % divisor < 0 ? quotient - 1 : quotient;
 }
 
+// The day without its time. Rounded by hand: the library's way is a call, and this stands in every record read.
+Date WholeDay(Date date) {
+  const auto day = static_cast<Date>(static_cast<long long>(date));
+  return day > date ? day - 1 : day;
+}
+
 int FloorRest(int dividend, int divisor) {
   return dividend - FloorDivide(dividend, divisor) * divisor;
 }
@@ -206,7 +212,7 @@ void MemoryCalendar::SetCurrentDate(Date date) {
 Date MemoryCalendar::LevelDate(Date date, Integer level) {
   record_.TellBulk("Calendar.LevelDate", AsDate{date}, level);
   const FiscalRules& rules = Rules();
-  unit_ = rules.UnitHolding(std::floor(date), level == kOwnLevel ? rules.Shape().data_level : level);
+  unit_ = rules.UnitHolding(WholeDay(date), level == kOwnLevel ? rules.Shape().data_level : level);
   return unit_.last;
 }
 
@@ -413,7 +419,7 @@ Double MemoryMasterfile::Get(Long account_number, Date date, Integer field_numbe
   const Place place = ExpectPlace(account_number, date);
   const std::size_t field = ExpectField(field_number);
   if (place.record < 0) return 0;
-  return StoredValue(place.account, place.record, static_cast<std::int32_t>(field));
+  return StoredValue(place.account, place.record, field);
 }
 
 MemoryMasterfile::FigureMap MemoryMasterfile::Figures() const {
@@ -423,8 +429,7 @@ MemoryMasterfile::FigureMap MemoryMasterfile::Figures() const {
     for (std::size_t day = 0; day < account.record_of_day.size(); ++day) {
       if (account.record_of_day[day] < 0) continue;
       for (std::size_t field = 0; field < fields_.size(); ++field) {
-        const Double value =
-            StoredValue(static_cast<std::int32_t>(index), account.record_of_day[day], static_cast<std::int32_t>(field));
+        const Double value = StoredValue(static_cast<std::int32_t>(index), account.record_of_day[day], field);
         if (value != 0)
           figures[{account.number, rules_.FirstDate() + static_cast<Date>(day), fields_[field].number}] = value;
       }
@@ -442,7 +447,9 @@ std::vector<MemoryMasterfile::JournalEntry> MemoryMasterfile::Journal() const {
 bool MemoryMasterfile::UndoLastRollback() {
   LoseUnwrittenChanges();
   if (journal_.empty()) return false;
-  PutBack(journal_.back().before);
+  const std::vector<OldValue>& before = journal_.back().before;
+  for (auto old = before.rbegin(); old != before.rend(); ++old)
+    ValuesAt(old->account, old->record)[old->field] = old->value;
   journal_.pop_back();
   return true;
 }
@@ -452,7 +459,7 @@ bool MemoryMasterfile::UndoLastRollback() {
 MemoryMasterfile::Place MemoryMasterfile::PlaceOf(Long account_number, Date date) const {
   Place place;
   const std::int32_t account = account_index_.Find(account_number);
-  const Date day = std::floor(date);
+  const Date day = WholeDay(date);
   const DateSpan unit = rules_.UnitHolding(day, Shape().data_level);
   if (account < 0 || unit.last < rules_.FirstDate() || unit.first > rules_.LastDate()) return place;
   place.account = account;
@@ -494,23 +501,19 @@ const Double* MemoryMasterfile::ValuesAt(std::int32_t account, std::int32_t reco
   return accounts_[static_cast<std::size_t>(account)].values.data() + static_cast<std::size_t>(record) * fields_.size();
 }
 
-Double MemoryMasterfile::StoredValue(std::int32_t account, std::int32_t record, std::int32_t field) const {
+Double MemoryMasterfile::StoredValue(std::int32_t account, std::int32_t record, std::size_t field) const {
   if (account == current_.account && record == current_.record) {
-    // The first old value of a field is the one that was stored; later ones were themselves never written.
-    for (const OldValue& old : unwritten_)
-      if (old.field == field) return old.value;
+    // The first value before of a field is the one that was stored; later ones were themselves never written.
+    for (const UnwrittenChange& change : unwritten_)
+      if (change.field == field) return change.value_before;
   }
   return ValuesAt(account, record)[field];
 }
 
 void MemoryMasterfile::LoseUnwrittenChanges() {
-  PutBack(unwritten_);
-}
-
-void MemoryMasterfile::PutBack(std::vector<OldValue>& before) {
-  for (auto old = before.rbegin(); old != before.rend(); ++old)
-    ValuesAt(old->account, old->record)[old->field] = old->value;
-  before.clear();
+  for (auto change = unwritten_.rbegin(); change != unwritten_.rend(); ++change)
+    current_values_[change->field] = change->value_before;
+  unwritten_.clear();
 }
 
 bool MemoryMasterfile::ReadRecord(Long account_number, Date date) {
@@ -526,7 +529,8 @@ bool MemoryMasterfile::WriteRecord() {
   if (!record_.AskBulk("WriteRecord")) return false;
   if (current_.account < 0) return false;
   if (!journal_.empty() && !journal_.back().entry.closed)
-    journal_.back().before.insert(journal_.back().before.end(), unwritten_.begin(), unwritten_.end());
+    for (const UnwrittenChange& change : unwritten_)
+      journal_.back().before.push_back({current_.account, current_.record, change.field, change.value_before});
   unwritten_.clear();
   return true;
 }
@@ -548,9 +552,8 @@ void MemoryMasterfile::SetFieldValue(Integer field_number, Double value) {
     Settle(current_);
     current_values_ = ValuesAt(current_.account, current_.record);
   }
-  Double& stored = ValuesAt(current_.account, current_.record)[field];
-  unwritten_.push_back({current_.account, current_.record, static_cast<std::int32_t>(field), stored});
-  stored = value;
+  unwritten_.push_back({field, current_values_[field]});
+  current_values_[field] = value;
 }
 
 // --- MemoryMasterfile: objects, names and shape ----------------------------------------------------------------------
@@ -691,7 +694,7 @@ Text MemoryMasterfile::FieldName(Integer position) const {
 
 bool MemoryMasterfile::DateValid(Date date) const {
   if (!record_.AskBulk("DateValid", AsDate{date})) return false;
-  const Date day = std::floor(date);
+  const Date day = WholeDay(date);
   return day >= rules_.FirstDate() && day <= rules_.LastDate();
 }
 

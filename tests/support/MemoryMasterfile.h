@@ -323,11 +323,16 @@ class MemoryMasterfile : public Masterfile {
     Text description;
     bool system_maintained = false;
   };
-  // A value as it was before a change: to be put back by an undo, or when an unwritten change is lost.
+  // A value of the current record as it was before a change that nobody has written yet.
+  struct UnwrittenChange {
+    std::size_t field = 0;
+    Double value_before = 0;
+  };
+  // A stored value as it was before a write.
   struct OldValue {
     std::int32_t account = 0;
     std::int32_t record = 0;
-    std::int32_t field = 0;
+    std::size_t field = 0;
     Double value = 0;
   };
   struct JournalImage {
@@ -349,10 +354,9 @@ class MemoryMasterfile : public Masterfile {
   [[nodiscard]] Double* ValuesAt(std::int32_t account, std::int32_t record);
   [[nodiscard]] const Double* ValuesAt(std::int32_t account, std::int32_t record) const;
   // What is stored: the value without the changes that nobody has written yet.
-  [[nodiscard]] Double StoredValue(std::int32_t account, std::int32_t record, std::int32_t field) const;
+  [[nodiscard]] Double StoredValue(std::int32_t account, std::int32_t record, std::size_t field) const;
   [[nodiscard]] std::size_t CurrentField(Integer field_number) const;
   void LoseUnwrittenChanges();
-  void PutBack(std::vector<OldValue>& before);
   [[nodiscard]] bool IsPeriod(Integer period) const { return period >= 1 && period <= rules_.NumPeriods(); }
   void CheckPeriod(Integer period) const;
 
@@ -371,9 +375,9 @@ class MemoryMasterfile : public Masterfile {
   // Changes are made in place and their old values kept until WriteRecord, so that neither reading nor writing a record
   // copies it.
   Place current_;
-  const Double* current_values_ = nullptr;  // of the current record; of no use while current_ has no account
-  std::vector<Double> zeros_;               // what a record shows that was never stored
-  std::vector<OldValue> unwritten_;
+  Double* current_values_ = nullptr;  // of the current record; of no use while current_ has no account
+  std::vector<Double> zeros_;         // what a record shows that was never stored; nobody changes them
+  std::vector<UnwrittenChange> unwritten_;
   std::vector<JournalImage> journal_;
 };
 
