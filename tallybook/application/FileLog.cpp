@@ -1,0 +1,41 @@
+#include "tallybook/application/FileLog.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "support/Dates.h"
+
+namespace tallybook::application {
+
+Integer FileLog::LogError(const Text& message, Long line_number, Integer /*detail*/) {
+  return Append("error " + message + " (statement " + std::to_string(line_number) + ")");
+}
+
+Integer FileLog::AuditEntry(const Text& who, const Text& what, const Text& subject, const std::vector<Text>& items) {
+  Text entry = "audit " + who + ": " + what + ": " + subject;
+  for (std::size_t i = 0; i < items.size(); ++i) entry += (i == 0 ? ": " : "; ") + items[i];
+  return Append(entry);
+}
+
+Integer FileLog::Append(const Text& entry) noexcept {
+  try {
+    const std::filesystem::path path(path_);
+    if (path.has_parent_path()) std::filesystem::create_directories(path.parent_path());
+    Text line = DateTimeText(Now()) + " " + entry;
+    std::ranges::replace_if(
+        line, [](char c) { return c == '\r' || c == '\n'; }, ' ');
+    line += '\n';
+    std::ofstream file(path, std::ios::app | std::ios::binary);
+    // In one piece, so that the entries of two processes do not run into each other.
+    file.write(line.data(), static_cast<std::streamsize>(line.size()));
+    file.close();
+    if (file) return 1;
+  } catch (...) {
+    // Meant: a log that cannot be written must not end what it was to tell of. The entry counts as lost below.
+  }
+  ++lost_entries_;
+  return 0;
+}
+
+}  // namespace tallybook::application
