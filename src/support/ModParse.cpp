@@ -1,11 +1,20 @@
 #include "support/ModParse.h"
 
+#include <algorithm>
 #include <string>
 
 #include "support/Failure.h"
 #include "support/Utility.h"
 
 namespace tallybook {
+
+namespace {
+
+bool Holds(std::string_view set, char c) {
+  return set.find(c) != std::string_view::npos;
+}
+
+}  // namespace
 
 std::vector<Text> SplitText(const Text& text, const Text& delimiter, Long limit, Compare compare) {
   if (limit < -1)
@@ -26,6 +35,32 @@ std::vector<Text> SplitText(const Text& text, const Text& delimiter, Long limit,
   }
   pieces.push_back(text.substr(start));
   return pieces;
+}
+
+Long SplitQuoted(std::string_view line, std::string_view separators, std::string_view stoppers,
+                 std::span<std::string> fields) {
+  for (std::string& field : fields) field.clear();
+  if (fields.empty()) return 0;
+  const auto ends_run = [&](char c) { return c == '"' || Holds(separators, c) || Holds(stoppers, c); };
+  std::size_t current = 0;
+  for (std::size_t i = 0; i < line.size();) {
+    const std::size_t run = i;
+    while (i < line.size() && !ends_run(line[i])) ++i;
+    fields[current].append(line, run, i - run);
+    if (i == line.size()) break;
+    const char c = line[i++];
+    if (c == '"') {
+      const std::size_t quoted = i;
+      i = std::min(line.find('"', quoted), line.size());
+      fields[current].append(line, quoted, i - quoted);
+      if (i < line.size()) ++i;
+    } else if (Holds(stoppers, c) || current + 1 == fields.size()) {
+      break;
+    } else {
+      ++current;
+    }
+  }
+  return static_cast<Long>(current + (fields[current].empty() ? 0 : 1));
 }
 
 }  // namespace tallybook

@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include "support/TextEncoding.h"
 #include "support/Types.h"
 
 namespace tallybook {
@@ -15,9 +16,9 @@ namespace tallybook {
 class Clock {
  public:
   virtual ~Clock() = default;
-  [[nodiscard]] virtual Date Now() = 0;                          // local time
-  virtual void Sleep(Single seconds) = 0;                        // gives the machine to others meanwhile
-  [[nodiscard]] virtual Text LongDate(Date date) = 0;            // the user's long date format
+  [[nodiscard]] virtual Date Now() = 0;                // local time
+  virtual void Sleep(Single seconds) = 0;              // gives the machine to others meanwhile
+  [[nodiscard]] virtual Text LongDate(Date date) = 0;  // the user's long date format
 };
 
 // An open file. Closed by Close, or by its end without a word about what could not be written: call Close.
@@ -66,7 +67,8 @@ class FileSystem {
   // Replaces a file of the new name.
   virtual void Copy(const Text& from_path, const Text& to_path) = 0;
   // The files (no directories) that match a path whose name part may hold `*` and `?`, without regard to case, in
-  // case-insensitive order of their names. `*.*` matches every name; an empty pattern and a missing folder match nothing.
+  // case-insensitive order of their names. `*.*` matches every name; an empty pattern and a missing folder match
+  // nothing.
   [[nodiscard]] virtual std::vector<FoundFile> Find(const Text& pattern) = 0;
   // What AddBackslash appends to a path that has no separator yet.
   [[nodiscard]] virtual char Separator() const = 0;
@@ -128,11 +130,12 @@ struct Platform {
   MessageBoxes* message_boxes = nullptr;
   InputQueue* input = nullptr;
   Screen* screen = nullptr;
-  Text application_title;  // the caption of a message box that is given none
+  Text application_title;                              // the caption of a message box that is given none
+  TextEncoding text_encoding = TextEncoding::kDetect;  // of the text files that imports read
 };
 
-// Installs the platform for the process. Failure 91 (object not set), with what was installed before left in place, when
-// one of the pointers is not set. May be called again, as tests do.
+// Installs the platform for the process. Failure 91 (object not set), with what was installed before left in place,
+// when one of the pointers is not set. May be called again, as tests do.
 void InstallPlatform(const Platform& platform);
 // The installed platform. Failure 91 (object not set) before one is installed.
 [[nodiscard]] Platform& ThePlatform();
