@@ -7,6 +7,8 @@
 #include "host/IniFile.h"
 #include "host/Masterfile.h"
 #include "import/BatchImport.h"
+#include "import/CSVImport.h"
+#include "import/DelimitedImport.h"
 #include "import/Matching.h"
 #include "qdx/Exporter.h"
 #include "qdx/HeaderReader.h"
@@ -182,6 +184,31 @@ bool CDataExchange::ImportQDXFileEX(Long owner_window, Masterfile& masterfile, c
   Batch batch(*this);
   return ImportBatch({.owner_window = owner_window, .masterfile = masterfile, .import_type = import_type}, batch,
                      factory_, printer_);
+}
+
+bool CDataExchange::ImportCSVFile(const Text& file_name, bool no_prompts, const std::vector<Integer>& clear_fields,
+                                  eMath math) {
+  text_import_tally_ = {};
+  return ImportCSV(Database(),
+                   {.file_name = file_name,
+                    .no_prompts = no_prompts,
+                    .clear_fields = clear_fields,
+                    .math = math,
+                    .write_rollback = write_rollback_},
+                   text_import_tally_);
+}
+
+bool CDataExchange::ImportDelimitedFile(const Text& file_name, eMath math, Integer date_order, Integer date_fields,
+                                        bool can_import_system_fields) {
+  text_import_tally_ = {};
+  return ImportDelimited(Database(),
+                         {.file_name = file_name,
+                          .math = math,
+                          .date_order = date_order,
+                          .date_fields = date_fields,
+                          .can_import_system_fields = can_import_system_fields,
+                          .write_rollback = write_rollback_},
+                         text_import_tally_);
 }
 
 Integer CDataExchange::LineStyle() const {

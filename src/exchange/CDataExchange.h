@@ -24,6 +24,7 @@
 #include "host/DataExportObject.h"
 #include "host/Printer.h"
 #include "import/QDXImport.h"
+#include "import/TextImport.h"
 #include "support/Types.h"
 
 namespace tallybook {
@@ -159,6 +160,21 @@ class CDataExchange {
   // Imports one definition, or with "ALL" every one, with a report and no dialog. See ImportBatch.
   [[nodiscard]] bool ImportQDXFileEX(Long owner_window, Masterfile& masterfile, const Text& import_type);
 
+  // --- Text files
+  // -----------------------------------------------------------------------------------------------------
+
+  // Imports a comma-separated file, audited whole before one figure changes. True only after all of it has been
+  // applied. Position j from 1 of `clear_fields` is a flag for datafield number j: not 0 clears it at each date of the
+  // file. A math of mDefault takes the file's own. See ImportCSV.
+  [[nodiscard]] bool ImportCSVFile(const Text& file_name, bool no_prompts, const std::vector<Integer>& clear_fields,
+                                   eMath math = eMath::mDefault);
+  // Imports a delimited file, audited likewise. `date_order` is 1 month, day, year; 2 day, month, year; any other year,
+  // month, day. `date_fields` is 0 where the date stands in three fields. See ImportDelimited.
+  [[nodiscard]] bool ImportDelimitedFile(const Text& file_name, eMath math, Integer date_order, Integer date_fields,
+                                         bool can_import_system_fields);
+  // What the last import of a text file applied.
+  [[nodiscard]] const TextImportTally& LastTextImport() const { return text_import_tally_; }
+
   // --- The host's report interface
   // ------------------------------------------------------------------------------------ These answer a report dialog.
   // The constants, and the pairs that do not match, are meant that way.
@@ -205,6 +221,7 @@ class CDataExchange {
   std::unique_ptr<Printer> printer_;  // while a batch runs
   std::vector<Text> file_list_;       // the files of one pattern
   Text true_filename_;
+  TextImportTally text_import_tally_;
   Integer file_number_ = 0;  // the open exchange file; 0 when none
   Integer math_ = 0;
   Integer report_length_ = 0;

@@ -1,0 +1,131 @@
+#include "import/CSVFieldStream.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <span>
+
+#include "support/Failure.h"
+#include "support/Narrow.h"
+
+namespace tallybook {
+
+namespace {
+
+constexpr std::size_t kBlock = 64 * 1024;
+constexpr int kNone = -1;
+
+// The characters that end a field without quotes.
+constexpr std::array<bool, 256> kEndsField = [] {
+  std::array<bool, 256> ends{};
+  for (const char c : {',', '\r', '\n'}) ends[static_cast<unsigned char>(c)] = true;
+  return ends;
+}();
+
+std::string_view WithoutTrailingBlanks(std::string_view field) {
+  const std::size_t last = field.find_last_not_of(' ');
+  return last == std::string_view::npos ? std::string_view() : field.substr(0, last + 1);
+}
+
+}  // namespace
+
+CSVFieldStream::CSVFieldStream(FileStream& source, TextEncoding wanted)
+    : source_(source), encoding_(FindEncoding(source, wanted)), size_(source.Size()) {
+  Rewind();
+}
+
+void CSVFieldStream::Rewind() {
+  source_.Seek(encoding_.start);
+  buffer_.clear();
+  buffer_start_ = encoding_.start;
+  next_ = 0;
+}
+
+bool CSVFieldStream::ReadMore() {
+  buffer_.erase(0, next_);
+  buffer_start_ += static_cast<long long>(next_);
+  next_ = 0;
+  const std::size_t kept = buffer_.size();
+  // A field longer than a block doubles what is read at once, so that its cost stays in step with its length.
+  const std::size_t wanted = std::max(kBlock, kept);
+  buffer_.resize(kept + wanted);
+  std::size_t count = 0;
+  try {
+    count = source_.ReadSome(std::as_writable_bytes(std::span(buffer_).subspan(kept)));
+  } catch (...) {
+    buffer_.resize(kept);
+    throw;
+  }
+  buffer_.resize(kept + count);
+  return count > 0;
+}
+
+int CSVFieldStream::Peek(std::size_t offset) {
+  while (next_ + offset >= buffer_.size()) {
+    if (!ReadMore()) return kNone;
+  }
+  return static_cast<unsigned char>(buffer_[next_ + offset]);
+}
+
+// The place, counted from the position, of the closing quote or of the separator at or behind `offset`; the end of the
+// file where there is none.
+std::size_t CSVFieldStream::FindFrom(std::size_t offset, bool quote) {
+  for (;;) {
+    for (; next_ + offset < buffer_.size(); ++offset) {
+      const char c = buffer_[next_ + offset];
+      if (quote ? c == '"' : kEndsField[static_cast<unsigned char>(c)]) return offset;
+    }
+    if (!ReadMore()) return offset;
+  }
+}
+
+void CSVFieldStream::SkipBlanks() {
+  while (Peek(0) == ' ') ++next_;
+}
+
+std::size_t CSVFieldStream::SeparatorAt(std::size_t offset) {
+  const int c = Peek(offset);
+  if (c == '\r') return Peek(offset + 1) == '\n' ? 2 : 1;
+  return c == ',' || c == '\n' ? 1 : 0;
+}
+
+std::string_view CSVFieldStream::Next() {
+  if (AtEnd()) {
+    throw Failure(FailureNumber::kReadPastEnd,
+                  "The file ends at byte " + std::to_string(Position()) + ", where another field was to stand");
+  }
+  SkipBlanks();
+  const bool quoted = Peek(0) == '"';
+  const std::size_t begin = quoted ? 1 : 0;
+  const std::size_t end = FindFrom(begin, quoted);
+  std::size_t behind = end;
+  if (quoted && Peek(behind) == '"') ++behind;
+  while (quoted && Peek(behind) == ' ') ++behind;
+  behind += SeparatorAt(behind);
+  // Nothing is read from here on: reading would move the buffer under the field.
+  const auto field = std::string_view(buffer_).substr(next_ + begin, end - begin);
+  next_ += behind;
+  return quoted ? field : WithoutTrailingBlanks(field);
+}
+
+Text CSVFieldStream::NextText() {
+  return Decoded(Next());
+}
+
+Integer CSVFieldStream::NextInteger() {
+  return RoundToInteger(LeadingNumber(Next()));
+}
+
+Long CSVFieldStream::NextLong() {
+  return RoundToLong(LeadingNumber(Next()));
+}
+
+Double CSVFieldStream::NextDouble() {
+  return LeadingNumber(Next());
+}
+
+bool CSVFieldStream::AtEnd() {
+  return Peek(0) == kNone;
+}
+
+}  // namespace tallybook

@@ -1,0 +1,451 @@
+#include "import/DelimitedImport.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/AccountRecord.h"
+#include "host/FieldRecord.h"
+#include "host/HostApp.h"
+#include "host/Masterfile.h"
+#include "import/LineReader.h"
+#include "support/Dates.h"
+#include "support/FileNumber.h"
+#include "support/HostMessages.h"
+#include "support/ModParse.h"
+#include "support/Narrow.h"
+#include "support/Platform.h"
+#include "support/Statements.h"
+#include "support/WinAPI.h"
+
+namespace tallybook {
+
+namespace {
+
+// The statements of an import, as its "Error:" box numbers them.
+enum Statement : Long {
+  kAuditLine = 60,
+  kAuditDate = 65,
+  kAuditAccount = 66,
+  kAuditPairs = 67,
+  kEndAudit = 70,
+  kBeginRollback = 80,
+  kRewind = 90,
+  kApplyLine = 100,
+  kApplyAccount = 103,
+  kOpenRecord = 105,
+  kApplyPairs = 107,
+  kLastWrite = 110,
+  kTellEnd = 120,
+};
+
+constexpr std::string_view kFieldSeparators = ",\t";
+constexpr std::string_view kDateSeparators = "/. ";
+constexpr std::size_t kFirstFields = 6;
+constexpr std::size_t kFieldsStep = 10;
+constexpr std::size_t kGrowsBelow = 255;
+constexpr std::size_t kAccountField = 4;  // once the date stands in three fields
+constexpr std::size_t kFirstPair = 5;
+constexpr Integer kPeriodMark = -1;
+
+// Where the two passes differ over the same lines. The differences are meant, and each is one choice here.
+struct PassRules {
+  std::string_view stoppers;       // a semicolon outside quotes ends the line
+  bool skips_lines_without_text;   // such a line takes no record number
+  bool pairs_end_at_either_empty;  // otherwise at the first pair with both fields empty
+  bool cuts_long_codes;            // otherwise a code of more than 10 characters is a failure
+  bool asks_about_unknown_codes;   // otherwise the account before stays
+  bool grows_fields;               // the field array grows with the lines
+  bool counts_lines;               // the record number counts all lines and the end, not lines with text
+};
+constexpr PassRules kAuditPass = {.stoppers = ";",
+                                  .skips_lines_without_text = true,
+                                  .pairs_end_at_either_empty = false,
+                                  .cuts_long_codes = true,
+                                  .asks_about_unknown_codes = true,
+                                  .grows_fields = true,
+                                  .counts_lines = false};
+constexpr PassRules kApplyPass = {.stoppers = "",
+                                  .skips_lines_without_text = false,
+                                  .pairs_end_at_either_empty = true,
+                                  .cuts_long_codes = false,
+                                  .asks_about_unknown_codes = false,
+                                  .grows_fields = false,
+                                  .counts_lines = true};
+
+// The fields of the line under way, at positions from 1. The array lives over both passes.
+class FieldArray {
+ public:
+  [[nodiscard]] std::size_t Top() const { return fields_.size(); }
+  std::string& operator()(std::size_t position) { return fields_[position - 1]; }
+  const std::string& operator()(std::size_t position) const { return fields_[position - 1]; }
+
+  void Split(std::string_view line, const PassRules& rules) {
+    for (;;) {
+      const auto count = static_cast<std::size_t>(SplitQuoted(line, kFieldSeparators, rules.stoppers, fields_));
+      if (!rules.grows_fields || count != Top() || Top() >= kGrowsBelow) return;
+      fields_.resize(Top() + kFieldsStep);
+    }
+  }
+
+  [[nodiscard]] bool HasAnyText() const {
+    return std::any_of(fields_.begin(), fields_.end(), [](const std::string& field) { return HasText(field); });
+  }
+
+  // Puts the parts of a date that stands in one field into three; all behind it moves by two, and the last two drop
+  // out.
+  void SpreadDate() {
+    const std::string date = std::move(fields_.front());
+    std::move_backward(fields_.begin() + 1, fields_.end() - 2, fields_.end());
+    SplitQuoted(date, kDateSeparators, "", std::span(fields_).first(3));
+  }
+
+ private:
+  std::vector<std::string> fields_ = std::vector<std::string>(kFirstFields);
+};
+
+class DelimitedImportRun {
+ public:
+  DelimitedImportRun(Masterfile& masterfile, const DelimitedImportRequest& request, TextImportTally& tally)
+      : masterfile_(masterfile),
+        app_(masterfile.App()),
+        request_(request),
+        math_(static_cast<Integer>(request.math)),
+        tally_(tally) {}
+
+  bool Run() {
+    bool done = false;
+    switch (Open()) {
+      case Opening::kGivenUp:
+        return false;
+      case Opening::kRefused:
+        break;
+      case Opening::kOpen:
+        done = RunPasses();
+    }
+    End();
+    return done;
+  }
+
+ private:
+  enum class Opening { kOpen, kRefused, kGivenUp };
+
+  // --- Before the first line: a step that fails is passed over, and the next one runs
+  // ---------------------------------
+
+  template <typename Body>
+  auto PassOver(Body&& body) {
+    return pass_over_(0, body);
+  }
+
+  Opening Refused(const Text& text) {
+    PassOver([&] { Refuse(app_, text); });
+    return Opening::kRefused;
+  }
+
+  // Giving up on a file that cannot be opened leaves without the end step.
+  Opening Open() {
+    const std::optional<Text> word = WordOfMath(math_);
+    if (!word) return Refused("Add, Subtract or Replace not indicated in settings. ");
+    for (;;) {
+      if (!FileExists(request_.file_name)) return Refused("File: " + request_.file_name + " does not exist.");
+      Text name = request_.file_name;
+      if (OpenFileEx("BR", file_.Value(), name)) break;
+      const Text question = "Error opening import file: " + request_.file_name;
+      if (!PassOver([&] { return AskRetry(app_, question); })) return Opening::kGivenUp;
+    }
+    const Text question = "OK to " + *word + " data from the import file to the database?";
+    if (!PassOver([&] { return Confirm(app_, question); })) return Opening::kRefused;
+    ReadTables();
+    return Opening::kOpen;
+  }
+
+  void ReadTables() {
+    PassOver([&] { masterfile_.BeginProgress("Auditing Import File"); });
+    PassOver([&] { ReadAccounts(); });
+    PassOver([&] { ReadFields(); });
+  }
+
+  void ReadAccounts() {
+    const auto account = masterfile_.NewAccountRecord();
+    const Long accounts = masterfile_.NumAccounts();
+    for (Long i = 1; i <= accounts; ++i) {
+      PassOver([&] { account->SetSelect(masterfile_.AccountNumber(ToInteger(i))); });
+      codes_.Add(PassOver([&] { return account->Code(); }));
+    }
+  }
+
+  void ReadFields() {
+    const auto field = masterfile_.NewFieldRecord();
+    valid_fields_ = NumberTable(masterfile_.MaxFields());
+    system_fields_ = NumberTable(masterfile_.MaxFields());
+    touched_fields_ = NumberTable(masterfile_.MaxFields());
+    const Long fields = masterfile_.NumFields();
+    for (Long i = 1; i <= fields; ++i) {
+      PassOver([&] {
+        const Integer number = masterfile_.FieldNumber(ToInteger(i));
+        valid_fields_.Mark(number);
+        field->SetSelect(number);
+        if (field->SystemMaintained()) system_fields_.Mark(number);
+      });
+    }
+  }
+
+  // --- The passes: a failure ends the run
+  // -----------------------------------------------------------------------------
+
+  bool RunPasses() {
+    Statements at(Policy::kLeave, [&](const Failure& failure) {
+      TellNotImported(app_, failure.Code(), failure.Statement());
+      return false;
+    });
+    return at.Run([&] {
+      at(kAuditLine, [&] {
+        encoding_ = FindEncoding(file_.Stream(), ThePlatform().text_encoding);
+        lines_.emplace(file_.Stream(), encoding_.start);
+      });
+      Audit(at);
+      Apply(at);
+    });
+  }
+
+  // Takes the next line apart. False at the end of the file.
+  bool ReadLine(const PassRules& rules) {
+    for (;;) {
+      std::string_view line;
+      const bool more = lines_->Next(line);
+      if (more) fields_.Split(line, rules);
+      if (more && rules.skips_lines_without_text && !fields_.HasAnyText()) continue;
+      if (more || rules.counts_lines) record_number_ = ToLong(static_cast<long long>(record_number_) + 1);
+      return more;
+    }
+  }
+
+  void ReadDate() {
+    if (request_.date_fields != 0) fields_.SpreadDate();
+    const std::array<Integer, 3> parts = {DatePart(1), DatePart(2), DatePart(3)};
+    Integer year = parts[0];
+    Integer month = parts[1];
+    Integer day = parts[2];
+    if (request_.date_order == kMonthDayYear) {
+      month = parts[0];
+      day = parts[1];
+      year = parts[2];
+    } else if (request_.date_order == kDayMonthYear) {
+      day = parts[0];
+      month = parts[1];
+      year = parts[2];
+    }
+    year = FixYear(year);
+    date_ = month == kPeriodMark ? DateFromParts(year, day, 1) : DateFromParts(year, month, day);
+    first_date_ = std::min(first_date_, date_);
+    last_date_ = std::max(last_date_, date_);
+  }
+
+  [[nodiscard]] Integer DatePart(std::size_t position) const {
+    return RoundToInteger(LeadingNumber(fields_(position)));
+  }
+
+  void ShowFileProgress(Double share_before) {
+    const Double share = static_cast<Double>(lines_->Position()) / static_cast<Double>(lines_->Size());
+    masterfile_.SetProgressFraction(static_cast<Single>(share / 2 + share_before));
+  }
+
+  // The account code of the line as it is compared.
+  void ReadCode(const PassRules& rules) {
+    const std::string& field = fields_(kAccountField);
+    if (code_is_known_ && field == code_field_) return;
+    const Text text = Decode(field, encoding_.encoding);
+    code_ = rules.cuts_long_codes ? CutCode(text) : FittingCode(text);
+    position_ = codes_.PositionOf(code_);
+    code_field_ = field;
+    code_is_known_ = true;
+  }
+
+  // Calls `take(field, value)` for each pair of the line, as far as the pass reads them.
+  template <typename Take>
+  void ForEachPair(const PassRules& rules, Take take) const {
+    for (std::size_t i = kFirstPair; i + 1 <= fields_.Top(); i += 2) {
+      const bool no_field = fields_(i).empty();
+      const bool no_value = fields_(i + 1).empty();
+      if (rules.pairs_end_at_either_empty ? no_field || no_value : no_field && no_value) return;
+      take(fields_(i), fields_(i + 1));
+    }
+  }
+
+  // --- First pass: every error is asked about, and nothing is written
+  // ---------------------------------------------------
+
+  void Audit(Statements& at) {
+    while (at(kAuditLine, [&] { return ReadLine(kAuditPass); })) {
+      at(kAuditDate, [&] {
+        ReadDate();
+        ShowFileProgress(0);
+        AuditDate();
+      });
+      at(kAuditAccount, [&] { AuditAccount(); });
+      at(kAuditPairs, [&] {
+        ForEachPair(kAuditPass,
+                    [&](const std::string& field, const std::string&) { AuditField(WholeLongText(field)); });
+      });
+    }
+    at(kEndAudit, [&] { masterfile_.EndProgress(); });
+    if (error_count_ > 0) Statements::Leave();
+  }
+
+  enum class Count { kBeforeAsking, kAfterAsking };
+
+  // No leaves at once; whether the error has been counted then decides about the file's new name.
+  void TellError(const Text& text, Count count) {
+    if (count == Count::kBeforeAsking) error_count_ = ToInteger(error_count_ + 1);
+    if (!AskContinueAudit(app_, text)) Statements::Leave();
+    if (count == Count::kAfterAsking) error_count_ = ToInteger(error_count_ + 1);
+  }
+
+  [[nodiscard]] Text InRecord(const Text& separator) const {
+    return "\r\nIn record number" + separator + std::to_string(record_number_);
+  }
+
+  // Lines that repeat a date are not tested again.
+  void AuditDate() {
+    if (date_ == previous_date_) return;
+    if (!masterfile_.DateValid(date_)) {
+      TellError("Invalid date: " + DateText(date_) + " in import file", Count::kBeforeAsking);
+    }
+    previous_date_ = date_;
+  }
+
+  void AuditAccount() {
+    ReadCode(kAuditPass);
+    if (position_ == 0 && kAuditPass.asks_about_unknown_codes) {
+      TellError("Invalid Account Code " + code_ + InRecord(": "), Count::kAfterAsking);
+    }
+  }
+
+  void AuditField(Long number) {
+    if (number < 1) FailOutsideTable(number, masterfile_.MaxFields());
+    if (!valid_fields_.Holds(number)) {
+      TellError("Invalid Datafield number " + std::to_string(number) + InRecord(" "), Count::kAfterAsking);
+    } else if (system_fields_.Holds(number) && !request_.can_import_system_fields) {
+      TellError("Cannot import System Maintained Datafields with this option. System Maintained Datafield number " +
+                    std::to_string(number) + InRecord(" "),
+                Count::kBeforeAsking);
+    }
+  }
+
+  // --- Second pass
+  // ----------------------------------------------------------------------------------------------------
+
+  void Apply(Statements& at) {
+    if (request_.write_rollback) at(kBeginRollback, [&] { masterfile_.BeginRollback(first_date_, last_date_); });
+    at(kRewind, [&] {
+      masterfile_.BeginProgress("Reading Import File");
+      lines_->Rewind();
+    });
+    previous_date_ = kNoDate;
+    previous_account_ = 0;
+    record_number_ = 0;
+    code_is_known_ = false;
+    while (at(kApplyLine, [&] { return ReadLine(kApplyPass); })) {
+      at(kApplyAccount, [&] {
+        ReadDate();
+        ReadCode(kApplyPass);
+        ShowFileProgress(0.5);
+        // An unknown code leaves the account as it was.
+        if (position_ > 0) account_ = masterfile_.AccountNumber(ToInteger(position_));
+      });
+      at(kOpenRecord, [&] { OpenRecord(); });
+      at(kApplyPairs, [&] { ApplyPairs(); });
+    }
+    at(kLastWrite, [&] {
+      masterfile_.WriteRecord();
+      if (request_.write_rollback) masterfile_.EndRollback();
+    });
+    at(kTellEnd, [&] {
+      ShowMessage(std::to_string(record_number_) + " records read from Delimited file: " + request_.file_name,
+                  kInformationIcon | kOkOnly, app_.Title());
+      FillTally();
+    });
+  }
+
+  // Stops the program where the record cannot be read: no figure is written into a record that cannot be trusted.
+  void OpenRecord() {
+    const bool other_date = date_ != previous_date_;
+    if (!other_date && account_ == previous_account_) return;
+    if (other_date ? previous_date_ > kNoDate : previous_account_ > 0) masterfile_.WriteRecord();
+    if (!masterfile_.ReadRecord(account_, date_)) StopProgram();
+    previous_date_ = date_;
+    previous_account_ = account_;
+    tally_.dates.insert(date_);
+    tally_.accounts.insert(account_);
+  }
+
+  void ApplyPairs() {
+    ForEachPair(kApplyPass, [&](const std::string& field_text, const std::string& value_text) {
+      const Integer field = ToInteger(WholeLongText(field_text));
+      const Double value = WholeNumberText(value_text);
+      const Double stored = request_.math == eMath::mReplace ? 0 : masterfile_.FieldValue(field);
+      masterfile_.SetFieldValue(field, Combine(math_, stored, value));
+      touched_fields_.Mark(field);
+    });
+    ++tally_.records;
+  }
+
+  void FillTally() {
+    const Long fields = masterfile_.MaxFields();
+    for (Long number = 1; number <= fields; ++number) {
+      if (touched_fields_.Holds(number)) tally_.fields.insert(number);
+    }
+  }
+
+  // The end step: looks at the error count alone.
+  void End() {
+    lines_.reset();
+    file_.Close();
+    if (error_count_ == 0) RenameFile(request_.file_name, request_.file_name + ".bak");
+    PassOver([&] { masterfile_.EndProgress(); });
+  }
+
+  Masterfile& masterfile_;
+  HostApp& app_;
+  const DelimitedImportRequest& request_;
+  const Integer math_;
+  TextImportTally& tally_;
+  Statements pass_over_{Policy::kGoOn, [](const Failure&) { return false; }};
+
+  FileNumber file_;
+  EncodedText encoding_;
+  std::optional<LineReader> lines_;
+  FieldArray fields_;
+  AccountCodeTable codes_;
+  NumberTable valid_fields_;
+  NumberTable system_fields_;
+  NumberTable touched_fields_;
+
+  Long record_number_ = 0;
+  Integer error_count_ = 0;
+  Date first_date_ = DateFromParts(9999, 12, 31);
+  Date last_date_ = kNoDate;
+  Date date_ = kNoDate;  // of the line under way
+
+  // The account code of the line under way: the field it came from, its form for comparing, its list position (0:
+  // unknown).
+  std::string code_field_;
+  bool code_is_known_ = false;
+  Text code_;
+  Long position_ = 0;
+
+  Date previous_date_ = kNoDate;
+  Long previous_account_ = 0;
+  Long account_ = 0;
+};
+
+}  // namespace
+
+bool ImportDelimited(Masterfile& masterfile, const DelimitedImportRequest& request, TextImportTally& tally) {
+  return DelimitedImportRun(masterfile, request, tally).Run();
+}
+
+}  // namespace tallybook
