@@ -63,8 +63,9 @@ class ExchangeFileTarget : public ExportTarget {
   void EndAccount() override { PutBlockEnd(*stream_); }
   void WriteEnd() override { PutBodyEnd(*stream_); }
 
+  // The stream first: it tells what neither the last write nor the close could do, the number does not.
   void Close() override {
-    file_.Stream().Flush();
+    file_.Stream().Close();
     file_.Close();
   }
 

@@ -126,11 +126,11 @@ class ExportRun {
 
   // Ends early when the user cancels; the account under way then gets no end of its own.
   void WalkAccounts(Statements& at) {
-    const int accounts = ToInteger(masterfile_.NumAccounts());
+    const int accounts = at(kBeginAccount, [&] { return ToInteger(masterfile_.NumAccounts()); });
     for (int i = 1; i <= accounts; ++i) {
       const auto position = static_cast<Integer>(i);
       at(kBeginAccount, [&] { target_->BeginAccount(position, *account_); });
-      if (masterfile_.ProgressCancelled()) return;
+      if (at(kBeginAccount, [&] { return masterfile_.ProgressCancelled(); })) return;
       at(kBeginAccount, [&] { ShowAccountProgress(position, accounts); });
       if (!at(kWalkDates, [&] { return WalkDates(masterfile_.AccountNumber(position)); })) return;
       at(kEndAccount, [&] { target_->EndAccount(); });

@@ -1,7 +1,9 @@
 #include "qdx/HeaderReader.h"
 
 #include <bit>
+#include <cmath>
 #include <cstdint>
+#include <string>
 
 #include "host/Masterfile.h"
 #include "qdx/HeaderItems.h"
@@ -64,12 +66,20 @@ Verdict ReadOpenFile(Masterfile& masterfile, FileStream& source, bool header_onl
   return Verdict::kRead;
 }
 
+// A date in the long form; the plain numbers where a damaged header gives a date that no calendar names.
+Text NamedDate(int year, int month, int day) {
+  const Date date = DateFromParts(year, month, day);
+  if (date >= DateFromParts(1, 1, 1) && date < DateFromParts(10'000, 1, 1)) return ThePlatform().clock->LongDate(date);
+  return std::to_string(month) + "-" + std::to_string(day) + "-" + std::to_string(year);
+}
+
 // The creation date's text is month, day and year at fixed places.
-Date CreationDateOf(const Text& text) {
+Text NamedCreationDate(const Text& text) {
   const auto part = [&](std::size_t start, std::size_t count) {
-    return start < text.size() ? RoundToInteger(LeadingNumber(text.substr(start, count))) : Integer{0};
+    const Double number = start < text.size() ? LeadingNumber(text.substr(start, count)) : 0;
+    return std::abs(number) < 10'000 ? RoundToInteger(number) : Integer{0};
   };
-  return DateFromParts(part(6, Text::npos), part(0, 2), part(3, 2));
+  return NamedDate(part(6, Text::npos), part(0, 2), part(3, 2));
 }
 
 }  // namespace
@@ -108,14 +118,13 @@ Text FindQDXFile(const Text& filename, const std::function<Text()>& backup_name)
 }
 
 Text DescribeHeader(const HeaderRecord& record, const Text& first_line) {
-  Clock& clock = *ThePlatform().clock;
   Text level = first_line;
   if (record.DataLevel == kDayLevel) level = "Day";
   if (record.DataLevel == kWeekLevel) level = "Week";
   if (record.DataLevel == kPeriodLevel) level = "Period";
-  return first_line + "\n" + record.SystemName + "\n" + clock.LongDate(CreationDateOf(record.CreateDate)) + " " +
-         record.CreateTime + "\n" + clock.LongDate(record.StartDate()) + "\n" + clock.LongDate(record.LastDate()) +
-         "\n" + level;
+  return first_line + "\n" + record.SystemName + "\n" + NamedCreationDate(record.CreateDate) + " " + record.CreateTime +
+         "\n" + NamedDate(record.StartYear, record.StartMonth, record.StartDay) + "\n" +
+         NamedDate(record.LastYear, record.LastMonth, record.LastDay) + "\n" + level;
 }
 
 }  // namespace tallybook

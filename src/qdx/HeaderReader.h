@@ -30,7 +30,8 @@ class Masterfile;
 
 // Five or six lines about the file of the record, with line feeds between them: its name or "Archive Copy", the
 // system's name, the creation date (long) and time, the first and the last date (long), and the data level. A level
-// that is none of 1 to 3 repeats the first line.
+// that is none of 1 to 3 repeats the first line. A date that no calendar names, from a damaged header, stands as plain
+// numbers.
 [[nodiscard]] Text DescribeHeader(const HeaderRecord& record, const Text& first_line);
 
 }  // namespace tallybook
