@@ -90,18 +90,22 @@ int FlushFile(SAFile file) {
   });
 }
 
+// The file that OpenFile hands to the library: set while the library begins a table. It makes the file, closes it and
+// opens it again then; here that is one file that stays open.
+DbfFile* file_to_open = nullptr;
+
+SAFile OpenFile(const char* /*name*/, const char* /*access*/) {
+  const auto file = reinterpret_cast<SAFile>(file_to_open);
+  SeekFile(file, 0, SEEK_SET);
+  return file;
+}
+
 int CloseFile(SAFile file) {
+  if (file_to_open != nullptr) return 0;
   return Kept(file, [](FileStream& stream) {
     stream.Close();
     return 0;
   });
-}
-
-// The file that OpenFile hands to the library: set around the one call that opens.
-DbfFile* file_to_open = nullptr;
-
-SAFile OpenFile(const char* /*name*/, const char* /*access*/) {
-  return reinterpret_cast<SAFile>(file_to_open);
 }
 
 // The library would remove a code page file that lies beside; that one is the user's.
@@ -135,6 +139,13 @@ struct CloseTableFile {
   void operator()(DBFInfo* table) const { DBFClose(table); }
 };
 
+struct Field {
+  Text name;
+  char kind;
+  int width;
+  int decimals;
+};
+
 Text FieldName(const Column& column) {
   const Text name = UpperCase(column.name);
   const bool sound =
@@ -145,49 +156,35 @@ Text FieldName(const Column& column) {
   return name;
 }
 
-struct Kind {
-  char letter;
-  int width;
-  int decimals;
-};
-
-Kind KindOf(const Column& column) {
-  if (column.type == ColumnType::kDate) return {'D', kDateWidth, 0};
+Field FieldFor(const Column& column) {
+  const Text name = FieldName(column);
+  if (column.type == ColumnType::kDate) return {name, 'D', kDateWidth, 0};
   const bool text = column.type == ColumnType::kText;
-  if (column.width < 1 || column.width > (text ? kWidestText : kWidestNumber))
+  if (column.width > (text ? kWidestText : kWidestNumber))
     Fail(FailureNumber::kInvalidArgument, "A dBASE field cannot be " + std::to_string(column.width) +
                                               " characters wide, as \"" + column.name + "\" asks");
-  if (text) return {'C', column.width, 0};
+  if (text) return {name, 'C', column.width, 0};
   const int decimals = column.type == ColumnType::kDouble ? column.decimals : 0;
   if (decimals > 0 && decimals > column.width - 2)
     Fail(FailureNumber::kInvalidArgument, "The " + std::to_string(decimals) + " decimals of \"" + column.name +
                                               "\" do not fit its width of " + std::to_string(column.width));
-  return {'N', column.width, decimals};
+  return {name, 'N', column.width, decimals};
 }
 
 class DbfWriter : public TableWriter {
  public:
-  explicit DbfWriter(std::unique_ptr<FileStream> stream) : file_{std::move(stream), {}} {
-    SAHooks hooks = Hooks();
-    file_to_open = &file_;
-    table_.reset(DBFCreateLL("table.dbf", kWindows1252, &hooks));
-    file_to_open = nullptr;
-    CheckFile();
-    if (table_ == nullptr) Fail(FailureNumber::kOutOfMemory, "The dBASE library could not begin the table");
-    const DateParts today = PartsOf(Now());
-    DBFSetLastModifiedDate(table_.get(), today.year - 1900, today.month, today.day);
-    // The mark at the file's end is written behind the last row, and not behind every row.
-    DBFSetWriteEndOfFileChar(table_.get(), 0);
-  }
+  explicit DbfWriter(std::unique_ptr<FileStream> stream) : file_{std::move(stream), {}} {}
 
+  // The library's table is made when its columns are known to be sound: it cannot end one that has none.
   void Begin(const std::vector<Column>& columns) override {
-    columns_ = columns;
-    for (const Column& column : columns) {
-      const Kind kind = KindOf(column);
-      const Text name = FieldName(column);
-      if (DBFAddNativeFieldType(table_.get(), name.c_str(), kind.letter, kind.width, kind.decimals) < 0)
-        Fail(FailureNumber::kInvalidArgument, "The dBASE table cannot take the column \"" + column.name + "\"");
+    std::vector<Field> fields;
+    for (const Column& column : columns) fields.push_back(FieldFor(column));
+    OpenTable();
+    for (const Field& field : fields) {
+      if (DBFAddNativeFieldType(table_.get(), field.name.c_str(), field.kind, field.width, field.decimals) < 0)
+        Fail(FailureNumber::kInvalidArgument, "The dBASE library refused the field \"" + field.name + "\"");
     }
+    columns_ = columns;
     spelled_.resize(columns.size());
   }
 
@@ -215,6 +212,19 @@ class DbfWriter : public TableWriter {
   }
 
  private:
+  void OpenTable() {
+    SAHooks hooks = Hooks();
+    file_to_open = &file_;
+    table_.reset(DBFCreateLL("table.dbf", kWindows1252, &hooks));
+    file_to_open = nullptr;
+    CheckFile();
+    if (table_ == nullptr) Fail(FailureNumber::kOutOfMemory, "The dBASE library could not begin the table");
+    const DateParts today = PartsOf(Now());
+    DBFSetLastModifiedDate(table_.get(), today.year - 1900, today.month, today.day);
+    // The mark at the file's end is written behind the last row, and not behind every row.
+    DBFSetWriteEndOfFileChar(table_.get(), 0);
+  }
+
   void CheckFile() const {
     if (file_.failure) throw Failure(*file_.failure);
   }

@@ -1,12 +1,18 @@
 // A workbook of one sheet (Office Open XML, ECMA-376). Dates and numbers are typed cells with a number format, texts
 // are text cells. The rows pass through a temporary file in the folder of the workbook, so that memory stays small; the
 // workbook itself is put together at Close.
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <cmath>
+#include <cstdio>
 #include <ctime>
 #include <locale.h>
 #include <map>
 #include <memory>
 #include <minizip/unzip.h>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <xlsxwriter.h>
 
@@ -58,6 +64,55 @@ class PlainNumbers {
   locale_t before_;
 };
 
+// --- The check of the finished file
+// ------------------------------------------------------------------------------------ Putting the workbook together
+// takes each part through a temporary file, and the library does not notice when one of them was cut short. So the
+// finished file is read once: every part must be an XML document that ends with its root element.
+
+[[noreturn]] void FailCutShort(const Text& part) {
+  throw Failure(FailureNumber::kDiskFull, "The workbook was cut short while it was put together (" + part + ")",
+                "ExportLibrary");
+}
+
+// True for a whole document, whose text begins with `head` and ends with `tail`.
+bool EndsWithItsRoot(std::string_view head, std::string_view tail) {
+  tail = tail.substr(0, tail.find_last_not_of(" \r\n") + 1);
+  std::size_t start = head.find('<');
+  if (start != std::string_view::npos && head.substr(start).starts_with("<?")) start = head.find('<', start + 1);
+  if (start == std::string_view::npos) return false;
+  const std::string_view name = head.substr(start + 1, head.find_first_of(" >", start) - start - 1);
+  return tail.ends_with("</" + std::string(name) + ">");
+}
+
+// Reads the part of a workbook at which `file` stands; its check sum is looked at as well.
+void CheckPart(unzFile file) {
+  constexpr std::size_t kEdge = 512;
+  std::array<char, 256> name{};
+  std::string head;
+  std::string tail;
+  std::vector<char> piece(1 << 16);
+  if (unzGetCurrentFileInfo64(file, nullptr, name.data(), name.size() - 1, nullptr, 0, nullptr, 0) != UNZ_OK ||
+      unzOpenCurrentFile(file) != UNZ_OK)
+    FailCutShort("its directory");
+  for (;;) {
+    const int count = unzReadCurrentFile(file, piece.data(), static_cast<unsigned>(piece.size()));
+    if (count < 0) FailCutShort(name.data());
+    if (count == 0) break;
+    if (head.size() < kEdge) head.append(piece.data(), std::min<std::size_t>(kEdge, static_cast<std::size_t>(count)));
+    tail.append(piece.data(), static_cast<std::size_t>(count));
+    if (tail.size() > kEdge) tail.erase(0, tail.size() - kEdge);
+  }
+  if (unzCloseCurrentFile(file) != UNZ_OK || !EndsWithItsRoot(head, tail)) FailCutShort(name.data());
+}
+
+void CheckWorkbook(const Text& path) {
+  const std::unique_ptr<void, int (*)(unzFile)> file(unzOpen64(path.c_str()), &unzClose);
+  if (file == nullptr) FailCutShort("its directory");
+  int next = unzGoToFirstFile(file.get());
+  for (; next == UNZ_OK; next = unzGoToNextFile(file.get())) CheckPart(file.get());
+  if (next != UNZ_END_OF_LIST_OF_FILE) FailCutShort("its directory");
+}
+
 struct FreeWorkbook {
   // Only for a workbook that was never closed: closing would put it together.
   void operator()(lxw_workbook* workbook) const { lxw_workbook_free(workbook); }
@@ -107,12 +162,10 @@ class XlsxWriter : public TableWriter {
 
   void Close() override {
     const PlainNumbers plain;
-    const bool flushed = std::fflush(sheet_->optimize_tmpfile) == 0 && std::ferror(sheet_->optimize_tmpfile) == 0;
-    const long long sheet_bytes = std::ftell(sheet_->optimize_tmpfile);
-    if (!flushed || sheet_bytes < 0) FailTemporaryFile();
+    if (std::fflush(sheet_->optimize_tmpfile) != 0 || std::ferror(sheet_->optimize_tmpfile) != 0) FailTemporaryFile();
     errno = 0;
     Check(workbook_close(workbook_.release()));
-    CheckSheetIsWhole(sheet_bytes);
+    CheckWorkbook(path_);
   }
 
  private:
@@ -161,17 +214,6 @@ class XlsxWriter : public TableWriter {
   [[noreturn]] void FailTemporaryFile() const {
     throw Failure(FailureNumber::kDiskFull, "The rows do not fit into the temporary file in " + folder_,
                   "ExportLibrary");
-  }
-
-  // Putting the workbook together copies the rows through a second temporary file, and the library does not notice when
-  // that one was cut short. So the finished file is asked how long its sheet is: never shorter than the rows alone.
-  void CheckSheetIsWhole(long long sheet_bytes) const {
-    const std::unique_ptr<void, int (*)(unzFile)> file(unzOpen64(path_.c_str()), &unzClose);
-    unz_file_info64 sheet = {};
-    const bool found = file != nullptr && unzLocateFile(file.get(), "xl/worksheets/sheet1.xml", 1) == UNZ_OK &&
-                       unzGetCurrentFileInfo64(file.get(), &sheet, nullptr, 0, nullptr, 0, nullptr, 0) == UNZ_OK;
-    if (!found || sheet.uncompressed_size < static_cast<unsigned long long>(sheet_bytes))
-      throw Failure(FailureNumber::kDiskFull, "The workbook was cut short while it was put together", "ExportLibrary");
   }
 
   Text path_;
