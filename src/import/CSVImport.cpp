@@ -310,7 +310,7 @@ class CSVImportRun {
       fields_->Rewind();
       header_ = ReadHeader();
     });
-    touched_fields_ = NumberTable(masterfile_.MaxFields());
+    touched_fields_ = NumberTable(valid_fields_.Highest());
     last_code_.reset();
     do {
       at(kBlockStart, [&] { StartBlock(); });
@@ -320,7 +320,7 @@ class CSVImportRun {
       if (dirty_) masterfile_.WriteRecord();
       if (request_.write_rollback) masterfile_.EndRollback();
     });
-    FillTally();
+    tally_.fields = touched_fields_.Marked();
   }
 
   void StartBlock() {
@@ -428,13 +428,6 @@ class CSVImportRun {
     dirty_ = true;
     ++tally_.records;
     touched_fields_.Mark(field);
-  }
-
-  void FillTally() {
-    const Long fields = masterfile_.MaxFields();
-    for (Long number = 1; number <= fields; ++number) {
-      if (touched_fields_.Holds(number)) tally_.fields.insert(number);
-    }
   }
 
   // Every way out closes the file and the progress display.

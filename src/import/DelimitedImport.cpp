@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -164,31 +165,38 @@ class DelimitedImportRun {
 
   void ReadTables() {
     PassOver([&] { masterfile_.BeginProgress("Auditing Import File"); });
-    PassOver([&] { ReadAccounts(); });
-    PassOver([&] { ReadFields(); });
+    ReadAccounts();
+    ReadFields();
+  }
+
+  // The object that was made; failure 91 where making it failed.
+  template <typename Object>
+  static Object& Made(const std::unique_ptr<Object>& object) {
+    if (object) return *object;
+    throw Failure(FailureNumber::kObjectNotSet, "There is no record to look accounts or datafields up with");
   }
 
   void ReadAccounts() {
-    const auto account = masterfile_.NewAccountRecord();
-    const Long accounts = masterfile_.NumAccounts();
+    const auto account = PassOver([&] { return masterfile_.NewAccountRecord(); });
+    const Long accounts = PassOver([&] { return masterfile_.NumAccounts(); });
     for (Long i = 1; i <= accounts; ++i) {
-      PassOver([&] { account->SetSelect(masterfile_.AccountNumber(ToInteger(i))); });
-      codes_.Add(PassOver([&] { return account->Code(); }));
+      PassOver([&] { Made(account).SetSelect(masterfile_.AccountNumber(ToInteger(i))); });
+      codes_.Add(PassOver([&] { return Made(account).Code(); }));
     }
   }
 
   void ReadFields() {
-    const auto field = masterfile_.NewFieldRecord();
-    valid_fields_ = NumberTable(masterfile_.MaxFields());
-    system_fields_ = NumberTable(masterfile_.MaxFields());
-    touched_fields_ = NumberTable(masterfile_.MaxFields());
-    const Long fields = masterfile_.NumFields();
+    valid_fields_ = NumberTable(PassOver([&] { return masterfile_.MaxFields(); }));
+    system_fields_ = NumberTable(valid_fields_.Highest());
+    touched_fields_ = NumberTable(valid_fields_.Highest());
+    const auto field = PassOver([&] { return masterfile_.NewFieldRecord(); });
+    const Long fields = PassOver([&] { return masterfile_.NumFields(); });
     for (Long i = 1; i <= fields; ++i) {
+      const Integer number = PassOver([&] { return masterfile_.FieldNumber(ToInteger(i)); });
+      PassOver([&] { valid_fields_.Mark(number); });
+      PassOver([&] { Made(field).SetSelect(number); });
       PassOver([&] {
-        const Integer number = masterfile_.FieldNumber(ToInteger(i));
-        valid_fields_.Mark(number);
-        field->SetSelect(number);
-        if (field->SystemMaintained()) system_fields_.Mark(number);
+        if (Made(field).SystemMaintained()) system_fields_.Mark(number);
       });
     }
   }
@@ -366,7 +374,7 @@ class DelimitedImportRun {
     at(kTellEnd, [&] {
       ShowMessage(std::to_string(record_number_) + " records read from Delimited file: " + request_.file_name,
                   kInformationIcon | kOkOnly, app_.Title());
-      FillTally();
+      tally_.fields = touched_fields_.Marked();
     });
   }
 
@@ -391,13 +399,6 @@ class DelimitedImportRun {
       touched_fields_.Mark(field);
     });
     ++tally_.records;
-  }
-
-  void FillTally() {
-    const Long fields = masterfile_.MaxFields();
-    for (Long number = 1; number <= fields; ++number) {
-      if (touched_fields_.Holds(number)) tally_.fields.insert(number);
-    }
   }
 
   // The end step: looks at the error count alone.

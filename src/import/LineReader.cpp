@@ -47,7 +47,14 @@ bool LineReader::ReadBlock() {
   next_ = 0;
   const std::size_t kept = buffer_.size();
   buffer_.resize(kept + static_cast<std::size_t>(count));
-  if (!source_.ReadWhole(std::as_writable_bytes(std::span(buffer_).subspan(kept)))) {
+  bool whole = false;
+  try {
+    whole = source_.ReadWhole(std::as_writable_bytes(std::span(buffer_).subspan(kept)));
+  } catch (...) {
+    buffer_.resize(kept);
+    throw;
+  }
+  if (!whole) {
     buffer_.resize(kept);
     throw Failure(FailureNumber::kReadPastEnd, "The file became shorter while it was read");
   }

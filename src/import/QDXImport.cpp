@@ -272,7 +272,7 @@ class ImportRun {
   void ZeroRange() {
     BeginReportProgress(kBeginZeroing, "Zeroing out data");
     at_(kBeginZeroing, [&] { report_.SetProgressFraction(0); });
-    FiscalCalendar& calendar = masterfile_.FiscalCalendar();
+    FiscalCalendar& calendar = *at_(kBeginZeroing, [&] { return &masterfile_.FiscalCalendar(); });
     const Date start =
         at_(kBeginZeroing, [&] { return calendar.LevelDate(header_.StartDate(), masterfile_.DataLevel()); });
     const Date end = header_.LastDate();

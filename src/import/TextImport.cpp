@@ -54,9 +54,16 @@ Long AccountCodeTable::PositionOf(const Text& code) const {
 }
 
 void NumberTable::Mark(Long number) {
-  const auto highest = static_cast<Long>(marked_.size() - 1);
-  if (number < 1 || number > highest) FailOutsideTable(number, highest);
+  if (number < 1 || number > Highest()) FailOutsideTable(number, Highest());
   marked_[static_cast<std::size_t>(number)] = true;
+}
+
+std::set<Long> NumberTable::Marked() const {
+  std::set<Long> numbers;
+  for (Long number = 1; number <= Highest(); ++number) {
+    if (Holds(number)) numbers.insert(number);
+  }
+  return numbers;
 }
 
 }  // namespace tallybook

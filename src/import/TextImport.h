@@ -56,8 +56,11 @@ class AccountCodeTable {
 class NumberTable {
  public:
   explicit NumberTable(Long highest = 0) : marked_(static_cast<std::size_t>(highest < 0 ? 0 : highest) + 1) {}
+  [[nodiscard]] Long Highest() const { return static_cast<Long>(marked_.size() - 1); }
   // Failure 9 for a number outside the table.
   void Mark(Long number);
+  // The marked numbers, in order.
+  [[nodiscard]] std::set<Long> Marked() const;
   // False for a number outside the table too.
   [[nodiscard]] bool Holds(Long number) const {
     return number >= 1 && static_cast<std::size_t>(number) < marked_.size() &&
