@@ -98,6 +98,7 @@ void FileStream::Flush() {
 
 void FileStream::Close() {
   const std::unique_ptr<OpenFile> file = std::move(file_);
+  if (file == nullptr) return;
   if (!buffered_for_reading_ && end_ > 0) file->WriteAt(start_, std::span(buffer_).first(end_));
   file->Close();
 }

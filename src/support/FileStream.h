@@ -46,8 +46,8 @@ class FileStream {
 
   // Hands what is buffered to the file.
   void Flush();
-  // Flushes and closes; the stream is of no use afterwards. Fails where the last bytes could not be written; the file is
-  // closed all the same.
+  // Flushes and closes; the stream is of no use afterwards, save that closing it again does nothing. Fails where the last
+  // bytes could not be written; the file is closed all the same.
   void Close();
 
   // In bytes from the start of the file.
