@@ -68,7 +68,7 @@ bool MemoryExportObject::AddColumn(Long handle, Integer position, ColumnType typ
 bool MemoryExportObject::SetByte(Long handle, Integer column, Integer value) {
   if (!record_.AskBulk("Export.SetByte", handle, column, value)) return false;
   Text* const cell = CellOfType(handle, column, ColumnType::kSmallNumber);
-  if (cell == nullptr || value < 0 || value > 255) return false;
+  if (cell == nullptr) return false;
   *cell = ArgumentText(value);
   return true;
 }
