@@ -22,8 +22,8 @@ class FileStream {
   FileStream(const FileStream&) = delete;
   FileStream& operator=(const FileStream&) = delete;
 
-  // Reads exactly `into.size()` bytes and moves on: true. Where fewer are left: false, `into` untouched, and the position
-  // stands at the end of the file.
+  // Reads exactly `into.size()` bytes and moves on: true. Where fewer are left: false, `into` untouched, and the
+  // position stands at the end of the file.
   [[nodiscard]] bool ReadWhole(std::span<std::byte> into) {
     if (buffered_for_reading_ && into.size() <= end_ - next_) {
       std::memcpy(into.data(), buffer_.data() + next_, into.size());
@@ -46,12 +46,14 @@ class FileStream {
 
   // Hands what is buffered to the file.
   void Flush();
-  // Flushes and closes; the stream is of no use afterwards, save that closing it again does nothing. Fails where the last
-  // bytes could not be written; the file is closed all the same.
+  // Flushes and closes; the stream is of no use afterwards, save that closing it again does nothing. Fails where the
+  // last bytes could not be written; the file is closed all the same.
   void Close();
 
   // In bytes from the start of the file.
-  [[nodiscard]] long long Position() const { return start_ + static_cast<long long>(buffered_for_reading_ ? next_ : end_); }
+  [[nodiscard]] long long Position() const {
+    return start_ + static_cast<long long>(buffered_for_reading_ ? next_ : end_);
+  }
   void Seek(long long position);
   [[nodiscard]] long long Size();
   // True when the position stands at the end of the file or behind it.
