@@ -29,7 +29,7 @@ CREATE TABLE account (position INTEGER PRIMARY KEY, number INTEGER NOT NULL UNIQ
                       description TEXT NOT NULL);
 CREATE TABLE field (position INTEGER PRIMARY KEY, number INTEGER NOT NULL UNIQUE, description TEXT NOT NULL,
                     system INTEGER NOT NULL);
-CREATE TABLE chunk (key INTEGER PRIMARY KEY, figures BLOB NOT NULL);
+CREATE TABLE chunk (id INTEGER PRIMARY KEY, key INTEGER NOT NULL UNIQUE, figures BLOB NOT NULL);
 CREATE TABLE journal (id INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, first REAL NOT NULL, last REAL NOT NULL,
                       what TEXT NOT NULL, state INTEGER NOT NULL, chunks INTEGER NOT NULL);
 CREATE TABLE journal_chunk (entry INTEGER NOT NULL, key INTEGER NOT NULL, rows BLOB NOT NULL, image INTEGER,
@@ -110,10 +110,10 @@ BookFile::BookFile(const Text& path, const BookDescription& description) : path_
   rows_of_chunk_ = ChooseRowsOfChunk(description);
   Database& database = *database_;
   database.Execute(("PRAGMA page_size = " + std::to_string(kPageSize)).c_str());
-  database.Execute(("PRAGMA application_id = " + std::to_string(kBookApplicationId)).c_str());
-  database.Execute(("PRAGMA user_version = " + std::to_string(kBookVersion)).c_str());
   database.Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
   Transaction transaction(database);
+  database.Execute(("PRAGMA application_id = " + std::to_string(kBookApplicationId)).c_str());
+  database.Execute(("PRAGMA user_version = " + std::to_string(kBookVersion)).c_str());
   database.Execute(kSchema);
   SaveDescription();
   transaction.Commit();
@@ -124,7 +124,7 @@ BookFile::BookFile(const Text& path, bool read_only) : path_(path), read_only_(r
   CheckIsBook();
   if (read_only_) {
     // One long read transaction: whatever a writer commits meanwhile, this book stays one consistent state.
-    database_->Execute("BEGIN");
+    database_->BeginReading();
   } else {
     TakeRightToWrite();
     // A log of up to 64 MiB is left to grow before it is copied back, so that a large commit is not written twice at

@@ -179,7 +179,8 @@ void Database::Open(const Text& target, int flags) {
   // where no log was left: nobody can be writing there.
   result = sqlite3_exec(handle, "SELECT 1 FROM sqlite_master", nullptr, nullptr, nullptr);
   std::error_code ignored;
-  if ((result & 0xFF) != SQLITE_CANTOPEN || std::filesystem::exists(path_ + "-wal", ignored)) return;
+  const bool refused = (result & 0xFF) == SQLITE_CANTOPEN || (result & 0xFF) == SQLITE_READONLY;
+  if (!refused || std::filesystem::exists(path_ + "-wal", ignored)) return;
   result = sqlite3_open_v2(ImmutableUri(path_).c_str(), &handle,
                            flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_URI, nullptr);
   handle_.reset(handle);
@@ -224,7 +225,16 @@ void Database::Fail(int result) const {
   throw Failure(NumberOfResult(result), path_ + ": " + reason, kSource);
 }
 
+void Database::BeginReading() {
+  if (sqlite3_get_autocommit(handle_.get()) != 0) Execute("BEGIN");
+}
+
+void Database::EndReading() {
+  if (sqlite3_get_autocommit(handle_.get()) == 0) Execute("COMMIT");
+}
+
 Transaction::Transaction(Database& database) : database_(database) {
+  database_.EndReading();
   database_.Execute("BEGIN IMMEDIATE");
 }
 

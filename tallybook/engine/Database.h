@@ -80,6 +80,11 @@ class Database {
   void Execute(const char* sql);
   // The first column of a statement's only row.
   [[nodiscard]] std::int64_t Number(const char* sql);
+  // Begins a read transaction where none is open, so that many reads in a row take and give back the file's locks once.
+  // It lasts until the next write transaction begins, or EndReading. A statement that writes must not run within it.
+  void BeginReading();
+  void EndReading();
+
   // The key of the row that was inserted last.
   [[nodiscard]] std::int64_t LastRow() const { return sqlite3_last_insert_rowid(handle_.get()); }
 
@@ -98,7 +103,7 @@ class Database {
   std::unique_ptr<sqlite3, Closer> handle_;
 };
 
-// A write transaction: rolled back by its end unless Commit came first.
+// A write transaction: rolled back by its end unless Commit came first. It ends a read transaction that is open.
 class Transaction {
  public:
   explicit Transaction(Database& database);

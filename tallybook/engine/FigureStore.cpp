@@ -45,16 +45,15 @@ FigureStore::FigureStore(BookFile file, std::size_t cache_bytes)
       calendar_(file_.Description().calendar, file_.Description().data_level),
       shape_{file_.RowsOfChunk(), std::max<std::size_t>(file_.Description().fields.size(), 1)},
       most_chunks_(std::max<std::size_t>(cache_bytes / (shape_.Figures() * sizeof(Double)), 2)),
-      read_chunk_(file_.Db(), "SELECT figures FROM chunk WHERE key = ?1"),
+      read_chunk_(file_.Db(), "SELECT id, figures FROM chunk WHERE key = ?1"),
       walk_chunks_(file_.Db(), "SELECT key, figures FROM chunk WHERE key BETWEEN ?1 AND ?2 ORDER BY key"),
-      write_chunk_(file_.Db(),
-                   "INSERT INTO chunk (key, figures) VALUES (?1, ?2) "
-                   "ON CONFLICT (key) DO UPDATE SET figures = excluded.figures"),
-      delete_chunk_(file_.Db(), "DELETE FROM chunk WHERE key = ?1"),
+      insert_chunk_(file_.Db(), "INSERT INTO chunk (key, figures) VALUES (?1, ?2)"),
+      update_chunk_(file_.Db(), "UPDATE chunk SET figures = ?2 WHERE id = ?1"),
+      delete_chunk_(file_.Db(), "DELETE FROM chunk WHERE id = ?1"),
       find_rows_(file_.Db(), "SELECT rows FROM journal_chunk WHERE entry = ?1 AND key = ?2"),
       write_rows_(file_.Db(), "INSERT INTO journal_chunk (entry, key, rows, image) VALUES (?1, ?2, ?3, ?4)"),
       update_rows_(file_.Db(), "UPDATE journal_chunk SET rows = ?3 WHERE entry = ?1 AND key = ?2"),
-      write_image_(file_.Db(), "INSERT INTO image (figures) SELECT figures FROM chunk WHERE key = ?1") {
+      write_image_(file_.Db(), "INSERT INTO image (figures) SELECT figures FROM chunk WHERE id = ?1") {
   BuildTables();
 }
 
@@ -125,7 +124,7 @@ void FigureStore::Forget(Chunk& chunk) {
             chunk.figures.get() + chunk.used.end * shape_.fields, 0.0);
   chunk.key = kNoKey;
   chunk.used = {};
-  chunk.stored = false;
+  chunk.stored = 0;
   chunk.imaged = false;
   chunk.touched_entry = 0;
 }
@@ -139,18 +138,19 @@ void FigureStore::ForgetAll() {
 }
 
 void FigureStore::Load(Chunk& chunk, std::int64_t key) {
+  file_.Db().BeginReading();
   const EndOfWalk end(read_chunk_);
   if (read_chunk_.Bind(1, key).Step()) {
     // A damaged chunk fails below, and what it left behind is zeroed when the chunk is forgotten.
     chunk.used = {0, shape_.rows};
     chunk.key = key;
     try {
-      chunk.used = Decode(key, read_chunk_.Bytes(0), chunk.figures.get());
+      chunk.used = Decode(key, read_chunk_.Bytes(1), chunk.figures.get());
     } catch (...) {
       Forget(chunk);
       throw;
     }
-    chunk.stored = true;
+    chunk.stored = read_chunk_.Int(0);
   }
   by_key_.emplace(key, &chunk);
   chunk.key = key;
@@ -200,12 +200,12 @@ void FigureStore::Touch(Chunk& chunk) {
 void FigureStore::Commit() {
   if (!changed_.empty()) {
     std::sort(changed_.begin(), changed_.end(), [](const Chunk* a, const Chunk* b) { return a->key < b->key; });
-    std::vector<bool> stored;
+    std::vector<std::int64_t> stored;
     stored.reserve(changed_.size());
     Transaction transaction(file_.Db());
     for (Chunk* chunk : changed_) {
       if (entry_ != 0) WriteImage(*chunk);
-      stored.push_back(Store(chunk->key, chunk->figures.get(), chunk->used));
+      stored.push_back(Store(chunk->stored, chunk->key, chunk->figures.get(), chunk->used));
     }
     transaction.Commit();
     // Only now is anything of it true; a failure above leaves all chunks changed.
@@ -235,8 +235,8 @@ void FigureStore::WriteImage(Chunk& chunk) {
   }
   DbStatement& statement = imaged ? update_rows_ : write_rows_;
   statement.Bind(1, std::int64_t{entry_}).Bind(2, chunk.key).Bind(3, std::span<const std::byte>(chunk.touched));
-  if (!imaged && chunk.stored) {
-    write_image_.Bind(1, chunk.key).Run();
+  if (!imaged && chunk.stored != 0) {
+    write_image_.Bind(1, chunk.stored).Run();
     statement.Bind(4, file_.Db().LastRow());
   } else if (!imaged) {
     statement.BindNull(4);
@@ -244,34 +244,43 @@ void FigureStore::WriteImage(Chunk& chunk) {
   statement.Run();
 }
 
-bool FigureStore::Store(std::int64_t key, const Double* figures, RowRange used) {
+std::int64_t FigureStore::Store(std::int64_t row, std::int64_t key, const Double* figures, RowRange used) {
   EncodeChunk(shape_, {figures, shape_.Figures()}, used, bytes_);
   if (bytes_.empty()) {
-    delete_chunk_.Bind(1, key).Run();
-    return false;
+    if (row != 0) delete_chunk_.Bind(1, row).Run();
+    return 0;
   }
-  write_chunk_.Bind(1, key).Bind(2, std::span<const std::byte>(bytes_)).Run();
-  return true;
+  if (row != 0) {
+    update_chunk_.Bind(1, row).Bind(2, std::span<const std::byte>(bytes_)).Run();
+    return row;
+  }
+  insert_chunk_.Bind(1, key).Bind(2, std::span<const std::byte>(bytes_)).Run();
+  return file_.Db().LastRow();
 }
 
 void FigureStore::BeginEntry(Date time, Date first, Date last, const Text& what_ran) {
   Commit();
   entry_ = 0;
+  Transaction transaction(file_.Db());
   DbStatement insert(file_.Db(),
                      "INSERT INTO journal (time, first, last, what, state, chunks) VALUES (?1, ?2, ?3, ?4, ?5, 0)");
   insert.Bind(1, time).Bind(2, first).Bind(3, last).Bind(4, what_ran);
   insert.Bind(5, static_cast<std::int64_t>(JournalState::kOpen)).Run();
-  entry_ = ToLong(file_.Db().LastRow());
+  const Long entry = ToLong(file_.Db().LastRow());
+  transaction.Commit();
+  entry_ = entry;
   images_given_up_ = false;
 }
 
 void FigureStore::EndEntry() {
   if (entry_ == 0) return;
   Commit();
+  Transaction transaction(file_.Db());
   DbStatement update(file_.Db(),
                      "UPDATE journal SET state = ?2, chunks = (SELECT count(*) FROM journal_chunk WHERE entry = ?1) "
                      "WHERE id = ?1");
   update.Bind(1, std::int64_t{entry_}).Bind(2, static_cast<std::int64_t>(JournalState::kClosed)).Run();
+  transaction.Commit();
   entry_ = 0;
 }
 
@@ -324,15 +333,19 @@ void FigureStore::RestoreImage(std::int64_t key, std::span<const std::byte> touc
   const Figures before = NewFigures();
   const Figures now = NewFigures();
   if (!image.empty()) Decode(key, image, before.get());
+  std::int64_t stored = 0;
   {
     const EndOfWalk end(read_chunk_);
-    if (read_chunk_.Bind(1, key).Step()) Decode(key, read_chunk_.Bytes(0), now.get());
+    if (read_chunk_.Bind(1, key).Step()) {
+      stored = read_chunk_.Int(0);
+      Decode(key, read_chunk_.Bytes(1), now.get());
+    }
   }
   for (std::size_t row = 0; row < std::min(shape_.rows, touched.size() * 8); ++row) {
     if (!HasBit(touched, row)) continue;
     std::memcpy(now.get() + row * shape_.fields, before.get() + row * shape_.fields, shape_.fields * sizeof(Double));
   }
-  Store(key, now.get(), {0, shape_.rows});
+  Store(stored, key, now.get(), {0, shape_.rows});
 }
 
 bool FigureStore::VisitRows(std::size_t account, std::int32_t first, std::int32_t last, const RowVisitor& visit) {

@@ -94,7 +94,7 @@ class FigureStore {
     Figures figures;                 // all rows; zeros outside `used`
     RowRange used;                   // rows that may hold figures
     bool changed = false;            // differs from the file
-    bool stored = false;             // the file has it
+    std::int64_t stored = 0;         // its row in the file; 0: the file has none
     bool visited = false;            // used since the hand of the cache passed by
     Long touched_entry = 0;          // the journal entry that the two below belong to
     bool imaged = false;             // the file has its image from before the entry
@@ -111,8 +111,10 @@ class FigureStore {
   void ForgetAll();
   void Touch(Chunk& chunk);
   void WriteImage(Chunk& chunk);
-  // Writes a chunk's figures, or takes the chunk away where they are all zero. Gives whether the file has it now.
-  bool Store(std::int64_t key, const Double* figures, RowRange used);
+  // Writes a chunk's figures into its row of the file, 0 for a new one, or takes the row away where they are all zero.
+  // Gives the row that the file has now. New rows are put at the end of the table whatever their key, so that a walk
+  // over dates, which writes one chunk of each account in turn, never makes room between others.
+  std::int64_t Store(std::int64_t row, std::int64_t key, const Double* figures, RowRange used);
   RowRange Decode(std::int64_t key, std::span<const std::byte> bytes, Double* figures) const;
   void RestoreImage(std::int64_t key, std::span<const std::byte> touched, std::span<const std::byte> image);
   [[nodiscard]] Figures NewFigures() const;
@@ -147,7 +149,8 @@ class FigureStore {
   std::vector<std::byte> bytes_;
   DbStatement read_chunk_;
   DbStatement walk_chunks_;
-  DbStatement write_chunk_;
+  DbStatement insert_chunk_;
+  DbStatement update_chunk_;
   DbStatement delete_chunk_;
   DbStatement find_rows_;
   DbStatement write_rows_;
