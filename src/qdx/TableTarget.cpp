@@ -43,7 +43,12 @@ class TableTarget : public ExportTarget {
     const auto columns = static_cast<Integer>(date_columns_ + static_cast<Integer>(kFigure.size()));
     if (!library_.CreateTable(request_.file_name, request_.format_code, "Table1", columns, handle_)) return false;
     open_ = true;
-    if (AddColumns() && ((capability & kWantsTitleRow) != kWantsTitleRow || WriteTitleRow())) return true;
+    try {
+      if (AddColumns() && ((capability & kWantsTitleRow) != kWantsTitleRow || WriteTitleRow())) return true;
+    } catch (...) {
+      Abandon();
+      throw;
+    }
     Abandon();
     return false;
   }
