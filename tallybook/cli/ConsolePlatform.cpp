@@ -1,0 +1,183 @@
+#include "tallybook/cli/ConsolePlatform.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdlib>
+#include <fmt/format.h>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+#include "support/Dates.h"
+#include "support/Failure.h"
+#include "tallybook/cli/ExitStatus.h"
+#include "tallybook/cli/Terminal.h"
+
+namespace tallybook::cli {
+
+namespace {
+
+struct Button {
+  Integer number;
+  std::string_view word;   // as --answer takes it and --messages writes it
+  std::string_view label;  // as the user sees it; its first letter chooses it
+};
+
+constexpr std::array kButtons = {Button{kOk, "ok", "OK"}, Button{kCancel, "cancel", "Cancel"},
+                                 Button{kYes, "yes", "Yes"}, Button{kNo, "no", "No"}, Button{kRetry, "retry", "Retry"}};
+
+const Button& ButtonOf(Integer number) {
+  return *std::find_if(kButtons.begin(), kButtons.end(), [&](const Button& b) { return b.number == number; });
+}
+
+// The buttons of a box, in the order in which it shows them.
+std::vector<Button> ButtonsOf(Long style) {
+  switch (style & kButtonsMask) {
+    case kOkCancel:
+      return {ButtonOf(kOk), ButtonOf(kCancel)};
+    case kYesNo:
+      return {ButtonOf(kYes), ButtonOf(kNo)};
+    case kRetryCancel:
+      return {ButtonOf(kRetry), ButtonOf(kCancel)};
+    default:
+      return {ButtonOf(kOk)};
+  }
+}
+
+Text IconName(Long style) {
+  switch (style & kIconMask) {
+    case kStopIcon:
+      return "stop";
+    case kQuestionIcon:
+      return "question";
+    case kExclamationIcon:
+      return "exclamation";
+    case kInformationIcon:
+      return "information";
+    default:
+      return "";
+  }
+}
+
+Text LabelsOf(Long style) {
+  Text labels;
+  for (const Button& button : ButtonsOf(style)) labels += (labels.empty() ? "" : "/") + Text(button.label);
+  return labels;
+}
+
+Date EpochDate(const char* text) {
+  constexpr Double kSecondsPerDay = 86400;
+  const std::string_view digits(text);
+  long long seconds = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), seconds);
+  if (error != std::errc() || end != digits.data() + digits.size() || seconds < 0) {
+    throw WrongUse(
+        fmt::format("SOURCE_DATE_EPOCH is '{}'; a whole number of seconds since 1970-01-01 is wanted", text));
+  }
+  return DateFromParts(1970, 1, 1) + static_cast<Double>(seconds) / kSecondsPerDay;
+}
+
+}  // namespace
+
+const std::vector<Text>& AnswerWords() {
+  static const std::vector<Text> words = [] {
+    std::vector<Text> all;
+    for (const Button& button : kButtons) all.emplace_back(button.word);
+    return all;
+  }();
+  return words;
+}
+
+ConsoleClock::ConsoleClock() {
+  const char* epoch = std::getenv("SOURCE_DATE_EPOCH");
+  if (epoch != nullptr && *epoch != '\0') fixed_ = EpochDate(epoch);
+}
+
+Date ConsoleClock::Now() {
+  return fixed_ ? *fixed_ : PosixClock::Now();
+}
+
+ConsoleMessageBoxes::ConsoleMessageBoxes(const AskOptions& options, ConsoleProgress& progress)
+    : yes_(options.yes),
+      answers_(options.answers.begin(), options.answers.end()),
+      messages_path_(options.messages_file),
+      progress_(progress) {
+  if (messages_path_.empty()) return;
+  messages_.open(messages_path_, std::ios::trunc);
+  if (!messages_) throw Failure(FailureNumber::kPathOrAccess, "The messages file cannot be made: " + messages_path_);
+}
+
+Integer ConsoleMessageBoxes::Show(const Text& text, Long style, const Text& caption) {
+  Text shown = text;
+  std::erase(shown, '\r');
+  progress_.Hide();
+  std::cerr << caption << ": " << shown << '\n' << std::flush;
+  const bool asks = (style & kButtonsMask) != kOkOnly;
+  const Integer answer = asks ? Choose(style) : kOk;
+  const bool confirms = asks && (style & kButtonsMask) != kRetryCancel;
+  if (confirms && answer == RefusingButton(style)) refused_ = true;
+  if (!messages_path_.empty()) Record(text, style, answer);
+  return answer;
+}
+
+Integer ConsoleMessageBoxes::Choose(Long style) {
+  const bool answer_given = !answers_.empty();
+  if (!answer_given && !yes_ && CanAsk()) return AskOnTerminal(style);
+  Integer answer = RefusingButton(style);
+  const auto has = [&](std::string_view word) {
+    for (const Button& button : ButtonsOf(style)) {
+      if (button.word != word) continue;
+      answer = button.number;
+      return true;
+    }
+    return false;
+  };
+  if (answer_given) {
+    const Text word = answers_.front();
+    answers_.pop_front();
+    if (!has(word)) {
+      misanswered_ = true;
+      std::cerr << fmt::format("tallybook: --answer '{}' is no button here\n", word);
+    }
+  } else if (yes_ && !has("ok")) {
+    has("yes");
+  }
+  std::cerr << fmt::format("  {}: {}\n", LabelsOf(style), ButtonOf(answer).label) << std::flush;
+  return answer;
+}
+
+Integer ConsoleMessageBoxes::AskOnTerminal(Long style) {
+  const Integer refusing = RefusingButton(style);
+  for (;;) {
+    std::cerr << fmt::format("  {} [{}]? ", LabelsOf(style), ButtonOf(refusing).label) << std::flush;
+    const std::optional<Text> typed = ReadTypedLine();
+    if (!typed) std::cerr << '\n' << std::flush;
+    if (!typed || typed->empty()) return refusing;
+    for (const Button& button : ButtonsOf(style)) {
+      const char letter = static_cast<char>(button.word.front());
+      if (typed->front() == letter || typed->front() == button.label.front()) return button.number;
+    }
+  }
+}
+
+void ConsoleMessageBoxes::Record(const Text& text, Long style, Integer answer) {
+  nlohmann::ordered_json box;
+  box["text"] = text;
+  box["icon"] = IconName(style);
+  box["buttons"] = nlohmann::json::array();
+  for (const Button& button : ButtonsOf(style)) box["buttons"].push_back(button.word);
+  box["answer"] = ButtonOf(answer).word;
+  messages_ << box.dump() << std::endl;
+  if (!messages_) throw Failure(FailureNumber::kDeviceError, "The messages file cannot be written: " + messages_path_);
+}
+
+ConsolePlatform::ConsolePlatform(const AskOptions& options) : boxes_(options, progress_) {
+  InstallPlatform({&clock_, &files_, &boxes_, &input_, &screen_, "Tallybook"});
+}
+
+ConsolePlatform::~ConsolePlatform() {
+  RemovePlatform();
+}
+
+}  // namespace tallybook::cli

@@ -1,0 +1,89 @@
+// The platform of the command: files as on any POSIX system, questions on the terminal, and a clock that can be fixed.
+#pragma once
+
+#include <deque>
+#include <fstream>
+#include <optional>
+#include <vector>
+
+#include "support/Platform.h"
+#include "support/platform/posix/PosixFileSystem.h"
+#include "support/platform/posix/PosixPlatform.h"
+#include "tallybook/cli/ConsoleProgress.h"
+
+namespace tallybook::cli {
+
+// How the questions of an operation are answered.
+struct AskOptions {
+  bool yes = false;           // OK and Yes wherever they are offered; never Retry
+  std::vector<Text> answers;  // "ok", "cancel", "yes", "no", "retry", used in turn before anything else
+  Text messages_file;         // each box is written here, one JSON object a line; empty: nowhere
+};
+
+// The words of AskOptions::answers.
+[[nodiscard]] const std::vector<Text>& AnswerWords();
+
+// The system's clock; the value of the variable SOURCE_DATE_EPOCH, seconds since 1970-01-01 in UTC, where that is set,
+// so that what is written into files can be repeated to the byte (reproducible-builds.org, "SOURCE_DATE_EPOCH").
+class ConsoleClock : public PosixClock {
+ public:
+  // Fails with WrongUse for a value of the variable that is no whole number of seconds.
+  ConsoleClock();
+  [[nodiscard]] Date Now() override;
+
+ private:
+  std::optional<Date> fixed_;
+};
+
+// Message boxes as text on standard error. A box with one button is only shown. Any other takes, in this order, the
+// next of the answers; OK or Yes with `yes`; what the user types on a terminal; the button that refuses.
+class ConsoleMessageBoxes : public MessageBoxes {
+ public:
+  // Fails with Failure 75 and the like, with the path, where the messages file cannot be made. `progress` is taken off
+  // the screen before a box shows and must outlive the boxes.
+  ConsoleMessageBoxes(const AskOptions& options, ConsoleProgress& progress);
+
+  [[nodiscard]] Integer Show(const Text& text, Long style, const Text& caption) override;
+  // The terminal has no sounds.
+  void PlaySound(const Text& /*name*/) override {}
+
+  // A question with OK and Cancel, or Yes and No, was answered by the button that refuses.
+  [[nodiscard]] bool WasRefused() const { return refused_; }
+  // An answer was given that the box has no button for; it was taken as the refusing button.
+  [[nodiscard]] bool WasMisanswered() const { return misanswered_; }
+
+ private:
+  [[nodiscard]] Integer Choose(Long style);
+  [[nodiscard]] Integer AskOnTerminal(Long style);
+  void Record(const Text& text, Long style, Integer answer);
+
+  bool yes_;
+  std::deque<Text> answers_;
+  Text messages_path_;
+  std::ofstream messages_;
+  ConsoleProgress& progress_;
+  bool refused_ = false;
+  bool misanswered_ = false;
+};
+
+// All of it, installed while the object lives.
+class ConsolePlatform {
+ public:
+  explicit ConsolePlatform(const AskOptions& options);
+  ~ConsolePlatform();
+  ConsolePlatform(const ConsolePlatform&) = delete;
+  ConsolePlatform& operator=(const ConsolePlatform&) = delete;
+
+  [[nodiscard]] ConsoleProgress& Progress() { return progress_; }
+  [[nodiscard]] const ConsoleMessageBoxes& Boxes() const { return boxes_; }
+
+ private:
+  ConsoleClock clock_;
+  PosixFileSystem files_;
+  ConsoleProgress progress_;
+  ConsoleMessageBoxes boxes_;
+  EmptyInputQueue input_;
+  NoScreen screen_;
+};
+
+}  // namespace tallybook::cli

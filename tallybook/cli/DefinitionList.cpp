@@ -1,0 +1,55 @@
+#include "tallybook/cli/DefinitionList.h"
+
+#include <fmt/format.h>
+
+#include "support/Failure.h"
+#include "support/Utility.h"
+#include "tallybook/cli/TextTable.h"
+
+namespace tallybook::cli {
+
+Integer PositionOfDefinition(const CDataExchange& exchange, const engine::Book& book, Integer number) {
+  Text numbers;
+  for (int position = 1; position <= exchange.NumRecs(); ++position) {
+    const Integer found = exchange.FileNum(static_cast<Integer>(position));
+    if (found == number) return static_cast<Integer>(position);
+    numbers += (numbers.empty() ? "" : ", ") + std::to_string(found);
+  }
+  throw Failure(FailureNumber::kInvalidArgument,
+                fmt::format("{}: there is no exchange definition {}; there {}", book.Path(), number,
+                            numbers.empty() ? "are none" : "is " + numbers));
+}
+
+Text AccountMatchText(const DefinitionRecord& definition, engine::Book& book) {
+  switch (definition.AcctMatch) {
+    case kOneForOne:
+      return "one-for-one";
+    case kAllToOne: {
+      const auto account = book.NewAccountRecord();
+      account->SetSelect(definition.AcctAll);
+      return "all-to-one:" + TrimRight(account->Code());
+    }
+    case kManually:
+      return "manual (" + Counted(definition.NumAccounts, "row") + ")";
+    default:
+      return std::to_string(definition.AcctMatch);
+  }
+}
+
+Text FieldMatchText(const DefinitionRecord& definition) {
+  if (definition.FldMatch != kManually) return "one-for-one";
+  return "manual (" + Counted(definition.NumFields, "row") + ")";
+}
+
+Text AfterText(Integer disp) {
+  switch (disp) {
+    case kDispDelete:
+      return "delete";
+    case kDispRename:
+      return "rename";
+    default:
+      return "keep";
+  }
+}
+
+}  // namespace tallybook::cli

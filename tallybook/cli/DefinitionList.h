@@ -1,0 +1,23 @@
+// The exchange definitions of a book as the commands name them: by the number in the definition's file name, which
+// stays the same whatever is added and deleted. The exchange object's list goes by place instead.
+#pragma once
+
+#include "exchange/CDataExchange.h"
+#include "support/Types.h"
+#include "tallybook/engine/Book.h"
+
+namespace tallybook::cli {
+
+// The type under which the commands load definitions. Kept by the exchange object and read by nobody.
+inline constexpr Integer kDefinitionDataType = 1;
+
+// The place in the loaded list of the definition of `number`. Failure 5 that names the numbers there are where there is
+// no such definition.
+[[nodiscard]] Integer PositionOfDefinition(const CDataExchange& exchange, const engine::Book& book, Integer number);
+
+// The words that a definition's codes have on the command line.
+[[nodiscard]] Text AccountMatchText(const DefinitionRecord& definition, engine::Book& book);
+[[nodiscard]] Text FieldMatchText(const DefinitionRecord& definition);
+[[nodiscard]] Text AfterText(Integer disp);
+
+}  // namespace tallybook::cli

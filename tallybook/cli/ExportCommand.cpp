@@ -1,0 +1,124 @@
+#include <fmt/format.h>
+#include <iostream>
+
+#include "exchange/CDataExchange.h"
+#include "qdx/HeaderItems.h"
+#include "support/Dates.h"
+#include "support/Utility.h"
+#include "tallybook/cli/Commands.h"
+#include "tallybook/cli/Session.h"
+#include "tallybook/cli/Terminal.h"
+#include "tallybook/tables/ExportLibrary.h"
+
+namespace tallybook::cli {
+
+namespace {
+
+struct ExportOptions {
+  Text book;
+  Text file;
+  Date from = kNoDate;
+  Date to = kNoDate;
+  Integer report_length = 0;
+  Text format;
+  bool nonzero = false;
+  AskOptions asking;
+};
+
+// The operation stops the program at a date that the book has no record for, so the range is looked at before.
+std::unique_ptr<engine::Book> OpenForExport(Session& session, const ExportOptions& options) {
+  auto book = session.OpenToRead(options.book);
+  NeedDate(*book, options.from);
+  NeedDate(*book, options.to);
+  return book;
+}
+
+void TellExport(const Text& file, const ExportOptions& options, ExitStatus status) {
+  const Text range = DateText(options.from) + " to " + DateText(options.to);
+  if (status == ExitStatus::kDone) std::cout << fmt::format("Wrote {}: {}.\n", file, range);
+  if (status == ExitStatus::kCancelled) std::cerr << fmt::format("tallybook: cancelled; {} is a part only\n", file);
+}
+
+ExitStatus RunExportQdx(const ExportOptions& options) {
+  Session session(options.asking);
+  const auto book = OpenForExport(session, options);
+  const CancelKey key;
+  CDataExchange exchange(session.Factory());
+  exchange.SetOwner(book.get());
+  exchange.SetReportLength(options.report_length);
+  const bool as_table = false;
+  const bool done = exchange.WriteQDXFile(options.file, options.from, options.to, as_table, kReadableVersion);
+  const ExitStatus status = session.StatusOf(done);
+  TellExport(options.file, options, status);
+  return status;
+}
+
+// The description of a format by its code, in any case. WrongUse that names all codes where there is none.
+FormatDescription FormatOf(const tables::ExportLibrary& library, const Text& code) {
+  Text codes;
+  for (int position = 1; position <= library.NumFormats(); ++position) {
+    FormatDescription format;
+    if (!library.FormatInfo(static_cast<Integer>(position), format)) continue;
+    if (UpperCase(format.code) == UpperCase(code)) return format;
+    codes += (codes.empty() ? "" : ", ") + format.code;
+  }
+  throw WrongUse(fmt::format("--type: '{}' is no table format; there are {}", code, codes));
+}
+
+ExitStatus RunExportTable(const ExportOptions& options) {
+  Session session(options.asking);
+  const auto library = std::make_shared<tables::ExportLibrary>();
+  const FormatDescription format = FormatOf(*library, options.format);
+  const auto book = OpenForExport(session, options);
+  const CancelKey key;
+  CDataExchange exchange(session.Factory());
+  exchange.SetOwner(book.get());
+  exchange.SetTransZeros(!options.nonzero);
+  exchange.SetDataExportObject(library);
+  const bool as_table = true;
+  const bool done =
+      exchange.WriteQDXFile(options.file, options.from, options.to, as_table, kReadableVersion, format.code);
+  const ExitStatus status = session.StatusOf(done);
+  if (!done && !library->LastError().empty()) std::cerr << "tallybook: " << library->LastError() << '\n';
+  // The export itself names a file that has no extension after its format.
+  const bool extended = !FileExtension(options.file).empty();
+  TellExport(extended ? options.file : options.file + "." + format.extension, options, status);
+  return status;
+}
+
+void AddShared(CLI::App& command, ExportOptions& options) {
+  AddBook(command, options.book);
+  command.add_option("FILE", options.file, "The file to write; an old one of that name is replaced")
+      ->required()
+      ->type_name("");
+  AddDate(command, "--from", options.from, "The first date of the range").required();
+  AddDate(command, "--to", options.to, "The last date; a week or period that ends behind it is left out").required();
+  AddAsking(command, options.asking);
+}
+
+}  // namespace
+
+void AddExportCommand(CLI::App& app, Command& chosen) {
+  CLI::App& group = AddGroup(app, "export", "Write figures to an exchange file or a table");
+
+  const auto qdx = std::make_shared<ExportOptions>();
+  CLI::App& qdx_command =
+      AddCommand(group, "qdx", "Write an exchange file",
+                 "  tallybook export qdx north year.QDX --from 2003-01-01 --to 2003-12-31", qdx, chosen, RunExportQdx);
+  AddShared(qdx_command, *qdx);
+  qdx_command
+      .add_option("--report-length", qdx->report_length,
+                  "Carried in the file: 1 day, 2 week, 3 period, 4 quarter, 5 half year, 6 year, 7 custom, 8 all")
+      ->type_name("N");
+
+  const auto table = std::make_shared<ExportOptions>();
+  CLI::App& table_command =
+      AddCommand(group, "table", "Write a table: CSV, XLSX, DBF, TXT (fixed width) or SQLT (SQLite)",
+                 "  tallybook export table north year.xlsx --type XLSX --from 2003-01-01 --to 2003-12-31 --nonzero",
+                 table, chosen, RunExportTable);
+  AddShared(table_command, *table);
+  table_command.add_option("--type", table->format, "The table's format")->required()->type_name("CODE");
+  table_command.add_flag("--nonzero", table->nonzero, "Leave out the zeros");
+}
+
+}  // namespace tallybook::cli

@@ -1,0 +1,135 @@
+#include "tallybook/cli/FigurePrinter.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <fmt/format.h>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "support/Dates.h"
+#include "support/Failure.h"
+#include "support/Utility.h"
+
+namespace tallybook::cli {
+
+namespace {
+
+constexpr std::size_t kBufferSize = std::size_t{1} << 16;
+constexpr Long kFieldNameWidth = 30;
+constexpr std::size_t kLongestNumber = 32;  // the shortest text of a double takes 24 characters at most
+
+// RFC 4180, section 2: a field with a comma, a quote or a line break stands in quotes, and its quotes are doubled.
+std::string CsvField(const Text& text) {
+  if (text.find_first_of(",\"\r\n") == Text::npos) return text;
+  std::string quoted = "\"";
+  for (const char character : text) {
+    if (character == '"') quoted += '"';
+    quoted += character;
+  }
+  return quoted + '"';
+}
+
+}  // namespace
+
+FigurePrinter::FigurePrinter(FigureForm form, const engine::Book& book, std::ostream& out)
+    : form_(form), book_(book), out_(out) {
+  buffer_.reserve(kBufferSize + 1024);
+}
+
+void FigurePrinter::Begin() {
+  if (form_ == FigureForm::kCsv) buffer_ += "account_number,account_code,date,field,value\n";
+  if (form_ == FigureForm::kTable) {
+    buffer_ += fmt::format("{:<10}  {:<10}  {:<36}{:>20}\n", "Account", "Date", "Field", "Value");
+  }
+  if (form_ == FigureForm::kJson) buffer_ += '[';
+}
+
+void FigurePrinter::Print(const engine::Figure& figure) {
+  if (figure.account_position != account_position_) PrepareAccount(figure);
+  if (figure.date != date_) {
+    date_ = figure.date;
+    date_text_ = DateText(figure.date);
+  }
+  if (form_ == FigureForm::kCsv) PrintCsvRow(figure);
+  if (form_ == FigureForm::kTable) PrintTableRow(figure);
+  if (form_ == FigureForm::kJson) PrintJsonRow(figure);
+  any_ = true;
+  if (buffer_.size() >= kBufferSize) WriteOut();
+}
+
+void FigurePrinter::Finish() {
+  if (form_ == FigureForm::kJson) buffer_ += any_ ? "\n]\n" : "]\n";
+  WriteOut();
+}
+
+void FigurePrinter::PrepareAccount(const engine::Figure& figure) {
+  account_position_ = figure.account_position;
+  const Text& code = book_.Description().accounts[static_cast<std::size_t>(figure.account_position - 1)].code;
+  const Long number = figure.account_number;
+  if (form_ == FigureForm::kCsv) account_text_ = fmt::format("{},{}", number, CsvField(code));
+  if (form_ == FigureForm::kTable) account_text_ = PadRight(code, ' ', engine::kCodeWidth);
+  if (form_ == FigureForm::kJson) {
+    account_text_ = fmt::format(R"({{ "account": {}, "code": {})", number, nlohmann::json(code).dump());
+  }
+}
+
+void FigurePrinter::PrintCsvRow(const engine::Figure& figure) {
+  buffer_ += account_text_;
+  buffer_ += ',';
+  buffer_ += date_text_;
+  buffer_ += ',';
+  AppendNumber(figure.field_number);
+  buffer_ += ',';
+  AppendValue(figure.value);
+  buffer_ += '\n';
+}
+
+void FigurePrinter::PrintTableRow(const engine::Figure& figure) {
+  const Text name = TrimRight(book_.FieldName(figure.field_position));
+  fmt::format_to(std::back_inserter(buffer_), "{}  {}  {:>5} {}{:>20}\n", account_text_, date_text_,
+                 figure.field_number, PadRight(name, ' ', kFieldNameWidth), ShortestText(figure.value));
+}
+
+void FigurePrinter::PrintJsonRow(const engine::Figure& figure) {
+  if (!std::isfinite(figure.value)) {
+    throw Failure(FailureNumber::kInvalidArgument,
+                  fmt::format("JSON has no form for the value {} of account number {} on {}, field {}", figure.value,
+                              figure.account_number, date_text_, figure.field_number));
+  }
+  buffer_ += any_ ? ",\n  " : "\n  ";
+  buffer_ += account_text_;
+  buffer_ += R"(, "date": ")";
+  buffer_ += date_text_;
+  buffer_ += R"(", "field": )";
+  AppendNumber(figure.field_number);
+  buffer_ += R"(, "value": )";
+  AppendValue(figure.value);
+  buffer_ += " }";
+}
+
+void FigurePrinter::AppendValue(Double value) {
+  std::array<char, kLongestNumber> text;
+  const auto result = std::to_chars(text.begin(), text.end(), value);
+  buffer_.append(text.begin(), result.ptr);
+}
+
+void FigurePrinter::AppendNumber(Long number) {
+  std::array<char, kLongestNumber> text;
+  const auto result = std::to_chars(text.begin(), text.end(), number);
+  buffer_.append(text.begin(), result.ptr);
+}
+
+void FigurePrinter::WriteOut() {
+  out_.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+  buffer_.clear();
+}
+
+Text ShortestText(Double value) {
+  std::array<char, kLongestNumber> text;
+  const auto result = std::to_chars(text.begin(), text.end(), value);
+  return {text.begin(), result.ptr};
+}
+
+}  // namespace tallybook::cli

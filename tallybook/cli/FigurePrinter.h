@@ -1,0 +1,51 @@
+// Prints figures in one of three forms, fast enough for tens of millions. The forms are told in docs/command-line.md.
+#pragma once
+
+#include <iosfwd>
+#include <memory>
+#include <string>
+
+#include "support/Types.h"
+#include "tallybook/engine/Book.h"
+
+namespace tallybook::cli {
+
+enum class FigureForm { kTable, kCsv, kJson };
+
+class FigurePrinter {
+ public:
+  // Prints to `out`; both must outlive the printer. Begin is first, Finish last, and what stands between is the
+  // figures, in the order in which they are to be printed.
+  FigurePrinter(FigureForm form, const engine::Book& book, std::ostream& out);
+
+  void Begin();
+  // Failure 5, in JSON alone, for a value that JSON has no form for: not-a-number and the infinities.
+  void Print(const engine::Figure& figure);
+  void Finish();
+
+ private:
+  void PrepareAccount(const engine::Figure& figure);
+  void PrintTableRow(const engine::Figure& figure);
+  void PrintCsvRow(const engine::Figure& figure);
+  void PrintJsonRow(const engine::Figure& figure);
+  void AppendValue(Double value);
+  void AppendNumber(Long number);
+  void WriteOut();
+
+  FigureForm form_;
+  const engine::Book& book_;
+  std::ostream& out_;
+  std::string buffer_;
+  bool any_ = false;
+
+  // What changes seldom is made once: the account's part of the row, by its position, and the date's.
+  Integer account_position_ = 0;
+  std::string account_text_;
+  Date date_ = kNoDate;
+  std::string date_text_;
+};
+
+// A figure as the shortest decimal text that reads back to the same number.
+[[nodiscard]] Text ShortestText(Double value);
+
+}  // namespace tallybook::cli

@@ -1,0 +1,88 @@
+#include <fmt/format.h>
+#include <iostream>
+
+#include "support/Dates.h"
+#include "tallybook/cli/Commands.h"
+#include "tallybook/cli/Session.h"
+#include "tallybook/cli/Terminal.h"
+#include "tallybook/cli/TextTable.h"
+
+namespace tallybook::cli {
+
+namespace {
+
+struct InfoOptions {
+  Text book;
+  bool json = false;
+};
+
+// A line of the summary: its name in the first column.
+void PrintFact(const Text& name, const Text& value) {
+  std::cout << fmt::format("{:<10}{}\n", name, value);
+}
+
+long long CountFigures(engine::Book& book) {
+  long long count = 0;
+  book.VisitFigures({}, [&](const engine::Figure&) {
+    ++count;
+    return !CancelKey::Pressed();
+  });
+  return count;
+}
+
+void PrintSummary(engine::Book& book) {
+  const engine::BookDescription& description = book.Description();
+  const engine::CalendarDescription& calendar = description.calendar;
+  std::cout << description.system_name << " (" << description.type_name << ")\n\n";
+  PrintFact("File", book.Path());
+  PrintFact("Records", "one for each account and " + engine::DataLevelName(description.data_level));
+  PrintFact("Calendar", fmt::format("{}, {} periods a year, weeks end on {}", engine::CalendarKindName(calendar.kind),
+                                    book.NumPeriods(), engine::WeekdayName(calendar.week_ends_on)));
+  PrintFact("Dates",
+            fmt::format("{} to {}: {} from {}, {} in use", DateText(book.FirstDate()), DateText(book.LastDate()),
+                        Counted(calendar.years, "year"), calendar.first_year, calendar.years_in_use));
+  PrintFact("Figures", WithCommas(CountFigures(book)));
+}
+
+void PrintLists(const engine::BookDescription& description) {
+  std::cout << "\nAccounts (" << description.accounts.size() << ")\n";
+  TextTable accounts({{"Number", Align::kRight}, {"Code"}, {"Description"}});
+  for (const auto& account : description.accounts) {
+    accounts.AddRow({std::to_string(account.number), account.code, account.description});
+  }
+  accounts.Print(std::cout, 2);
+  std::cout << "\nFields (" << description.fields.size() << ")\n";
+  TextTable fields({{"Number", Align::kRight}, {"Description"}});
+  for (const auto& field : description.fields) {
+    fields.AddRow({std::to_string(field.number), field.description + (field.system ? " (kept by the book)" : "")});
+  }
+  fields.Print(std::cout, 2);
+}
+
+ExitStatus RunInfo(const InfoOptions& options) {
+  Session session;
+  const auto book = session.OpenToRead(options.book);
+  if (options.json) {
+    engine::PrintBookDescription(book->Description(), std::cout, book->Values());
+    return ExitStatus::kDone;
+  }
+  const CancelKey key;
+  PrintSummary(*book);
+  if (CancelKey::Pressed()) return ExitStatus::kCancelled;
+  PrintLists(book->Description());
+  return ExitStatus::kDone;
+}
+
+}  // namespace
+
+void AddInfoCommand(CLI::App& app, Command& chosen) {
+  const auto options = std::make_shared<InfoOptions>();
+  CLI::App& command = AddCommand(app, "info", "Tell what a book is made of",
+                                 "  tallybook info north\n"
+                                 "  tallybook info north --json > north.json",
+                                 options, chosen, RunInfo);
+  AddBook(command, options->book);
+  command.add_flag("--json", options->json, "The whole book, figures too, in the form that `new` reads");
+}
+
+}  // namespace tallybook::cli

@@ -1,0 +1,77 @@
+#include <fmt/format.h>
+#include <iostream>
+
+#include "support/Dates.h"
+#include "tallybook/cli/Commands.h"
+#include "tallybook/cli/Session.h"
+#include "tallybook/cli/TextTable.h"
+#include "tallybook/engine/Journal.h"
+
+namespace tallybook::cli {
+
+namespace {
+
+struct JournalOptions {
+  Text book;
+  Long id = 0;
+};
+
+Text StateText(engine::JournalState state) {
+  switch (state) {
+    case engine::JournalState::kOpen:
+      return "not finished";
+    case engine::JournalState::kClosed:
+      return "done";
+    case engine::JournalState::kUndone:
+      return "undone";
+  }
+  return "";
+}
+
+ExitStatus RunList(const JournalOptions& options) {
+  Session session;
+  const auto book = session.OpenToRead(options.book);
+  const auto entries = engine::Journal(*book).Entries();
+  if (entries.empty()) {
+    std::cout << "The journal is empty.\n";
+    return ExitStatus::kDone;
+  }
+  TextTable table({{"ID", Align::kRight}, {"Time"}, {"From"}, {"To"}, {"State"}, {"What ran"}});
+  for (const engine::JournalEntry& entry : entries) {
+    table.AddRow({std::to_string(entry.id), DateTimeText(entry.time), DateText(entry.first), DateText(entry.last),
+                  StateText(entry.state), entry.what_ran});
+  }
+  table.Print(std::cout);
+  return ExitStatus::kDone;
+}
+
+ExitStatus RunUndo(const JournalOptions& options) {
+  Session session;
+  const auto book = session.OpenToChange(options.book);
+  const Long undone = engine::Journal(*book).Undo(options.id);
+  book->Close();
+  std::cout << fmt::format("Undone: journal entry {}.\n", undone);
+  return ExitStatus::kDone;
+}
+
+}  // namespace
+
+void AddJournalCommand(CLI::App& app, Command& chosen) {
+  CLI::App& group = AddGroup(app, "journal", "List what imports have changed, and take it back");
+
+  const auto list = std::make_shared<JournalOptions>();
+  AddBook(AddCommand(group, "list", "List the imports that kept a journal", "  tallybook journal list office", list,
+                     chosen, RunList),
+          list->book);
+
+  const auto undo = std::make_shared<JournalOptions>();
+  CLI::App& command =
+      AddCommand(group, "undo", "Put the figures back to what they were before the newest import",
+                 "  tallybook journal undo office\n  tallybook journal undo office 3", undo, chosen, RunUndo);
+  AddBook(command, undo->book);
+  command.add_option("ID", undo->id, "The entry; only the newest that is left can be undone")
+      ->check(CLI::PositiveNumber)
+      ->type_name("");
+}
+
+}  // namespace tallybook::cli

@@ -1,0 +1,54 @@
+#include <array>
+#include <fmt/format.h>
+#include <iostream>
+
+#include "support/Platform.h"
+#include "tallybook/cli/Commands.h"
+#include "tallybook/cli/Session.h"
+#include "tallybook/cli/TextTable.h"
+#include "tallybook/engine/BookDescription.h"
+
+namespace tallybook::cli {
+
+namespace {
+
+struct NewOptions {
+  Text book;
+  Text description;
+};
+
+Text ReadWhole(const Text& path) {
+  const auto file = ThePlatform().files->Open(path, Access::kRead, Sharing::kShared, Creation::kMustExist);
+  Text content(static_cast<std::size_t>(file->Size()), '\0');
+  content.resize(file->ReadAt(0, std::as_writable_bytes(std::span(content))));
+  return content;
+}
+
+ExitStatus RunNew(const NewOptions& options) {
+  const Session session;
+  const engine::BookDescription description =
+      engine::ParseBookDescription(ReadWhole(options.description), options.description);
+  const Text path = BookPath(options.book);
+  engine::Book::Create(path, description);
+  std::cout << fmt::format("Made {} with {}, {} and {}.\n", path,
+                           Counted(static_cast<long long>(description.accounts.size()), "account"),
+                           Counted(static_cast<long long>(description.fields.size()), "field"),
+                           Counted(static_cast<long long>(description.values.size()), "figure"));
+  return ExitStatus::kDone;
+}
+
+}  // namespace
+
+void AddNewCommand(CLI::App& app, Command& chosen) {
+  const auto options = std::make_shared<NewOptions>();
+  CLI::App& command = AddCommand(app, "new", "Make a book from its description",
+                                 "  tallybook new north --from north.json\n"
+                                 "  tallybook info --json north > again.json; tallybook new copy --from again.json",
+                                 options, chosen, RunNew);
+  AddBook(command, options->book);
+  command.add_option("--from", options->description, "The description, in the form that `info --json` writes")
+      ->required()
+      ->type_name("FILE");
+}
+
+}  // namespace tallybook::cli

@@ -1,0 +1,68 @@
+// What every command works with: the platform with its questions and its progress line, the application object, the
+// factory, and the books that the command opens. One session lives from a command's start to its end.
+#pragma once
+
+#include <memory>
+
+#include "host/HostLog.h"
+#include "tallybook/application/ReferenceApp.h"
+#include "tallybook/application/ReferenceFactory.h"
+#include "tallybook/application/ReportHeads.h"
+#include "tallybook/cli/ConsolePlatform.h"
+#include "tallybook/cli/ExitStatus.h"
+#include "tallybook/engine/Book.h"
+
+namespace tallybook::cli {
+
+// The log of the application, and on standard error the reason of each failure that the component catches and logs: the
+// log's own entry has only the place.
+class ConsoleLog : public HostLog {
+ public:
+  ConsoleLog(HostLog& log, ConsoleProgress& progress) : log_(log), progress_(progress) {}
+  Integer LogError(const Text& message, Long line_number, Integer detail) override;
+  Integer AuditEntry(const Text& who, const Text& what, const Text& subject, const std::vector<Text>& items) override {
+    return log_.AuditEntry(who, what, subject, items);
+  }
+
+ private:
+  HostLog& log_;
+  ConsoleProgress& progress_;
+};
+
+class ConsoleApp : public application::ReferenceApp {
+ public:
+  explicit ConsoleApp(ConsoleProgress& progress) : console_log_(ReferenceApp::Log(), progress) {}
+  HostLog& Log() override { return console_log_; }
+
+ private:
+  ConsoleLog console_log_;
+};
+
+class Session {
+ public:
+  explicit Session(const AskOptions& asking = {});
+
+  // Opens a book to read, or to change it. `path` may leave out ".tbk". Fails as Book::Open does.
+  [[nodiscard]] std::unique_ptr<engine::Book> OpenToRead(const Text& path) { return Open(path, true); }
+  [[nodiscard]] std::unique_ptr<engine::Book> OpenToChange(const Text& path) { return Open(path, false); }
+
+  [[nodiscard]] application::ReferenceFactory& Factory() { return factory_; }
+
+  // The status of an operation that gave `done`: cancelled where the user stopped it or refused its question, wrong use
+  // where an answer of --answer had no button.
+  [[nodiscard]] ExitStatus StatusOf(bool done);
+
+ private:
+  [[nodiscard]] std::unique_ptr<engine::Book> Open(const Text& path, bool read_only);
+
+  ConsolePlatform platform_;
+  ConsoleApp app_;
+  application::ReferenceFactory factory_;
+  application::ReportHeads report_heads_;
+};
+
+// The path of a book as the user named it: ".tbk" is added to a name without an extension, unless there is a file of
+// exactly that name.
+[[nodiscard]] Text BookPath(const Text& named);
+
+}  // namespace tallybook::cli

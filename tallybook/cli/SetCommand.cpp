@@ -1,0 +1,58 @@
+#include <fmt/format.h>
+#include <iostream>
+
+#include "host/FiscalCalendar.h"
+#include "support/Dates.h"
+#include "support/Failure.h"
+#include "tallybook/cli/Commands.h"
+#include "tallybook/cli/FigurePrinter.h"
+#include "tallybook/cli/Session.h"
+
+namespace tallybook::cli {
+
+namespace {
+
+struct SetOptions {
+  Text book;
+  Text code;
+  Date date = kNoDate;
+  Integer field = 0;
+  Double value = 0;
+};
+
+ExitStatus RunSet(const SetOptions& options) {
+  Session session;
+  const auto book = session.OpenToChange(options.book);
+  const Long account = AccountNumberOf(*book, options.code);
+  NeedField(*book, options.field);
+  NeedDate(*book, options.date);
+  if (!book->ReadRecord(account, options.date)) {
+    throw Failure(FailureNumber::kInternal, fmt::format("{}: the record of account '{}' and {} cannot be read",
+                                                        book->Path(), options.code, DateText(options.date)));
+  }
+  const Double before = book->FieldValue(options.field);
+  book->SetFieldValue(options.field, options.value);
+  book->WriteRecord();
+  book->Close();
+  std::cout << fmt::format("{} {} field {}: {} becomes {}\n", options.code,
+                           DateText(book->FiscalCalendar().LevelDate(options.date, kOwnLevel)), options.field,
+                           ShortestText(before), ShortestText(options.value));
+  return ExitStatus::kDone;
+}
+
+}  // namespace
+
+void AddSetCommand(CLI::App& app, Command& chosen) {
+  const auto options = std::make_shared<SetOptions>();
+  CLI::App& command = AddCommand(app, "set", "Set one figure",
+                                 "  tallybook set north 100 2003-01-05 1 12.5\n"
+                                 "  tallybook set north 100 2003-01-05 1 -- -.5",
+                                 options, chosen, RunSet);
+  AddBook(command, options->book);
+  command.add_option("CODE", options->code, "The account's code")->required()->type_name("");
+  AddDate(command, "DATE", options->date, "A date of the record").required()->type_name("");
+  command.add_option("FIELD", options->field, "The field's number")->required()->type_name("");
+  AddAmount(command, "VALUE", options->value, "The new value").required()->type_name("");
+}
+
+}  // namespace tallybook::cli

@@ -1,0 +1,51 @@
+#include "tallybook/cli/TextTable.h"
+
+#include <algorithm>
+#include <ostream>
+
+#include "support/CodePage.h"
+#include "support/Utility.h"
+
+namespace tallybook::cli {
+
+TextTable::TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {
+  std::vector<Text> headings;
+  for (const Column& column : columns_) headings.push_back(column.heading);
+  rows_.push_back(std::move(headings));
+}
+
+void TextTable::AddRow(std::vector<Text> cells) {
+  rows_.push_back(std::move(cells));
+}
+
+void TextTable::Print(std::ostream& out, int indent) const {
+  std::vector<Long> widths(columns_.size(), 0);
+  for (const auto& row : rows_) {
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], CharacterCount(row[i]));
+  }
+  for (const auto& row : rows_) PrintLine(out, indent, row, widths);
+}
+
+void TextTable::PrintLine(std::ostream& out, int indent, const std::vector<Text>& cells,
+                          const std::vector<Long>& widths) const {
+  Text line(static_cast<std::size_t>(indent), ' ');
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    if (i > 0) line += "  ";
+    const bool right = columns_[i].align == Align::kRight;
+    line += right ? PadLeft(cells[i], ' ', widths[i]) : PadRight(cells[i], ' ', widths[i]);
+  }
+  out << TrimRight(line) << '\n';
+}
+
+Text WithCommas(long long count) {
+  Text digits = std::to_string(count);
+  const std::size_t sign = count < 0 ? 1 : 0;
+  for (std::size_t i = digits.size(); i > sign + 3; i -= 3) digits.insert(i - 3, ",");
+  return digits;
+}
+
+Text Counted(long long count, const Text& noun) {
+  return WithCommas(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+}  // namespace tallybook::cli

@@ -1,0 +1,38 @@
+// A small table for the terminal: columns as wide as their widest cell, two blanks between them, headings above.
+#pragma once
+
+#include <iosfwd>
+#include <vector>
+
+#include "support/Types.h"
+
+namespace tallybook::cli {
+
+enum class Align { kLeft, kRight };
+
+class TextTable {
+ public:
+  struct Column {
+    Text heading;
+    Align align = Align::kLeft;
+  };
+
+  explicit TextTable(std::vector<Column> columns);
+  // One text for each column.
+  void AddRow(std::vector<Text> cells);
+  // Each line begins with `indent` blanks and ends without any.
+  void Print(std::ostream& out, int indent = 0) const;
+
+ private:
+  void PrintLine(std::ostream& out, int indent, const std::vector<Text>& cells, const std::vector<Long>& widths) const;
+
+  std::vector<Column> columns_;
+  std::vector<std::vector<Text>> rows_;  // the headings first
+};
+
+// A count with a comma between thousands.
+[[nodiscard]] Text WithCommas(long long count);
+// "1 account", "2 accounts".
+[[nodiscard]] Text Counted(long long count, const Text& noun);
+
+}  // namespace tallybook::cli

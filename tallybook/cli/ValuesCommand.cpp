@@ -1,0 +1,65 @@
+#include <iostream>
+
+#include "tallybook/cli/Commands.h"
+#include "tallybook/cli/FigurePrinter.h"
+#include "tallybook/cli/Session.h"
+#include "tallybook/cli/Terminal.h"
+
+namespace tallybook::cli {
+
+namespace {
+
+struct ValuesOptions {
+  Text book;
+  Date from = kNoDate;
+  Date to = kNoDate;
+  std::vector<Text> accounts;
+  std::vector<Integer> fields;
+  FigureForm form = FigureForm::kTable;
+};
+
+engine::FigureQuery QueryOf(const ValuesOptions& options, const engine::Book& book) {
+  engine::FigureQuery query{.first = options.from, .last = options.to, .accounts = {}, .fields = options.fields};
+  for (const Text& code : options.accounts) query.accounts.push_back(AccountNumberOf(book, code));
+  for (const Integer field : options.fields) NeedField(book, field);
+  return query;
+}
+
+ExitStatus RunValues(const ValuesOptions& options) {
+  Session session;
+  const auto book = session.OpenToRead(options.book);
+  const engine::FigureQuery query = QueryOf(options, *book);
+  const CancelKey key;
+  FigurePrinter printer(options.form, *book, std::cout);
+  printer.Begin();
+  book->VisitFigures(query, [&](const engine::Figure& figure) {
+    printer.Print(figure);
+    return !CancelKey::Pressed() && std::cout.good();
+  });
+  printer.Finish();
+  return CancelKey::Pressed() ? ExitStatus::kCancelled : ExitStatus::kDone;
+}
+
+}  // namespace
+
+void AddValuesCommand(CLI::App& app, Command& chosen) {
+  static const Choices<FigureForm> forms = {
+      {"table", FigureForm::kTable}, {"csv", FigureForm::kCsv}, {"json", FigureForm::kJson}};
+  const auto options = std::make_shared<ValuesOptions>();
+  CLI::App& command = AddCommand(app, "values", "Print the figures that are not zero",
+                                 "  tallybook values north --from 2003-01-01 --to 2003-01-31 --account 100\n"
+                                 "  tallybook values north --format csv > figures.csv",
+                                 options, chosen, RunValues);
+  AddBook(command, options->book);
+  AddDate(command, "--from", options->from, "Leave out records before this date");
+  AddDate(command, "--to", options->to, "Leave out records behind this date");
+  command.add_option("--account", options->accounts, "Only the account of this code; may be given again")
+      ->expected(1)
+      ->type_name("CODE");
+  command.add_option("--field", options->fields, "Only the field of this number; may be given again")
+      ->expected(1)
+      ->type_name("N");
+  AddChoice(command, "--format", options->form, forms, "table (the default), csv or json");
+}
+
+}  // namespace tallybook::cli

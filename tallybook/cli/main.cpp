@@ -1,0 +1,8 @@
+#include <vector>
+
+#include "tallybook/cli/CommandLine.h"
+
+int main(int argc, char** argv) {
+  const std::vector<tallybook::Text> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+  return static_cast<int>(tallybook::cli::RunCommandLine(arguments));
+}
