@@ -51,6 +51,7 @@ struct Release {
   void operator()(PangoFontDescription* font) const { pango_font_description_free(font); }
   void operator()(cairo_t* context) const { cairo_destroy(context); }
   void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
+  void operator()(cairo_font_options_t* options) const { cairo_font_options_destroy(options); }
   void operator()(char* text) const { g_free(text); }
 };
 template <typename Thing>
@@ -67,6 +68,7 @@ class SetText {
  public:
   SetText(cairo_t* context, const Text& text, const Style& style, double width)
       : layout_(pango_cairo_create_layout(context)), shade_(style.shade) {
+    PlaceGlyphsExactly();
     const Owned<PangoFontDescription> font(pango_font_description_new());
     pango_font_description_set_family(font.get(), "DejaVu Sans, Noto Sans, sans-serif");
     pango_font_description_set_weight(font.get(), style.weight);
@@ -97,6 +99,18 @@ class SetText {
   }
 
  private:
+  // Glyphs would be placed on whole points otherwise, as if a point were a dot of a screen, and words would look spaced
+  // out.
+  void PlaceGlyphsExactly() {
+    PangoContext* const context = pango_layout_get_context(layout_.get());
+    const Owned<cairo_font_options_t> options(cairo_font_options_create());
+    cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
+    pango_cairo_context_set_font_options(context, options.get());
+    pango_context_set_round_glyph_positions(context, FALSE);
+    pango_layout_context_changed(layout_.get());
+  }
+
   Owned<PangoLayout> layout_;
   double shade_;
 };
