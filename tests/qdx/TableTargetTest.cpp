@@ -307,6 +307,14 @@ TEST_F(TableTargetTest, KeepsTheRowsBeforeOneThatFails) {
   EXPECT_LT(at("EndProgress"), at("Export.CloseTable"));
 }
 
+TEST_F(TableTargetTest, FailsWhereTheAccountsDoNotFit) {
+  host->book.answers.num_accounts = 32768;
+  EXPECT_FALSE(Run());
+  ExpectLoggedOnce();
+  EXPECT_THAT(Table().rows, IsEmpty());
+  ExpectAllClosed();
+}
+
 TEST_F(TableTargetTest, TellsOfATableThatCannotBeClosed) {
   host->record.FailOn("Export.CloseTable", 1, Failure(FailureNumber::kDiskFull, "full", "Library"));
   EXPECT_FALSE(Run());
