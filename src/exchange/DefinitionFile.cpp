@@ -17,7 +17,7 @@ namespace {
 
 std::string ReadAll(FileStream& stream) {
   std::string content;
-  std::array<std::byte, 4096> block;
+  std::array<std::byte, 4096> block{};
   while (const std::size_t count = stream.ReadSome(block)) {
     content.append(reinterpret_cast<const char*>(block.data()), count);
   }

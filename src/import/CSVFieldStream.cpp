@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstring>
 #include <span>
 
 #include "support/Failure.h"
@@ -13,7 +14,6 @@ namespace tallybook {
 namespace {
 
 constexpr std::size_t kBlock = 64 * 1024;
-constexpr int kNone = -1;
 
 // The characters that end a field without quotes.
 constexpr std::array<bool, 256> kEndsField = [] {
@@ -36,42 +36,28 @@ CSVFieldStream::CSVFieldStream(FileStream& source, TextEncoding wanted)
 
 void CSVFieldStream::Rewind() {
   source_.Seek(encoding_.start);
-  buffer_.clear();
+  end_ = 0;
   buffer_start_ = encoding_.start;
   next_ = 0;
 }
 
 bool CSVFieldStream::ReadMore() {
-  buffer_.erase(0, next_);
+  end_ -= next_;
+  std::memmove(buffer_.data(), buffer_.data() + next_, end_);
   buffer_start_ += static_cast<long long>(next_);
   next_ = 0;
-  const std::size_t kept = buffer_.size();
-  // A field longer than a block doubles what is read at once, so that its cost stays in step with its length.
-  const std::size_t wanted = std::max(kBlock, kept);
-  buffer_.resize(kept + wanted);
-  std::size_t count = 0;
-  try {
-    count = source_.ReadSome(std::as_writable_bytes(std::span(buffer_).subspan(kept)));
-  } catch (...) {
-    buffer_.resize(kept);
-    throw;
-  }
-  buffer_.resize(kept + count);
+  // A field longer than the buffer doubles it, so that its cost stays in step with its length.
+  if (end_ + kBlock > buffer_.size()) buffer_.resize(std::max(end_ + kBlock, 2 * buffer_.size()));
+  const std::size_t count = source_.ReadSome(std::as_writable_bytes(std::span(buffer_).subspan(end_)));
+  end_ += count;
   return count > 0;
-}
-
-int CSVFieldStream::Peek(std::size_t offset) {
-  while (next_ + offset >= buffer_.size()) {
-    if (!ReadMore()) return kNone;
-  }
-  return static_cast<unsigned char>(buffer_[next_ + offset]);
 }
 
 // The place, counted from the position, of the closing quote or of the separator at or behind `offset`; the end of the
 // file where there is none.
 std::size_t CSVFieldStream::FindFrom(std::size_t offset, bool quote) {
   for (;;) {
-    for (; next_ + offset < buffer_.size(); ++offset) {
+    for (; next_ + offset < end_; ++offset) {
       const char c = buffer_[next_ + offset];
       if (quote ? c == '"' : kEndsField[static_cast<unsigned char>(c)]) return offset;
     }

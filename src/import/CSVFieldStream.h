@@ -42,10 +42,17 @@ class CSVFieldStream {
   [[nodiscard]] long long Size() const { return size_; }
 
  private:
+  static constexpr int kNone = -1;
+
   // Makes at least one byte more stand behind those from `next_` on. False at the end of the file.
   bool ReadMore();
-  // The character `offset` places behind the position; -1 at the end of the file.
-  int Peek(std::size_t offset);
+  // The character `offset` places behind the position; kNone at the end of the file.
+  int Peek(std::size_t offset) {
+    while (next_ + offset >= end_) {
+      if (!ReadMore()) return kNone;
+    }
+    return static_cast<unsigned char>(buffer_[next_ + offset]);
+  }
   [[nodiscard]] std::size_t FindFrom(std::size_t offset, bool quote);
   void SkipBlanks();
   // The length of the comma or line end that stands `offset` places behind the position; 0 where none does.
@@ -55,8 +62,9 @@ class CSVFieldStream {
   EncodedText encoding_;
   long long size_;
   std::string buffer_;
-  long long buffer_start_ = 0;
-  std::size_t next_ = 0;
+  std::size_t end_ = 0;         // bytes of the buffer that are in use
+  long long buffer_start_ = 0;  // where in the file the buffer's first byte stands
+  std::size_t next_ = 0;        // the position, in the buffer
 };
 
 }  // namespace tallybook

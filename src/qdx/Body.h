@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstring>
 
 #include "support/Bytes.h"
 #include "support/FileStream.h"
@@ -92,11 +93,11 @@ constexpr std::size_t BytesOf() {
 
 template <typename Item>
 void PutItem(FileStream& stream, const Item& item) {
-  std::array<std::byte, BytesOf<Item>()> bytes;
+  std::array<std::byte, BytesOf<Item>()> bytes{};
   std::size_t offset = 0;
   VisitNumbers(item, [&](const auto& number) {
     const auto part = ToBytes(number);
-    for (std::size_t i = 0; i < part.size(); ++i) bytes[offset + i] = part[i];
+    std::memcpy(bytes.data() + offset, part.data(), part.size());
     offset += part.size();
   });
   stream.Write(bytes);
@@ -104,7 +105,7 @@ void PutItem(FileStream& stream, const Item& item) {
 
 template <typename Item>
 [[nodiscard]] bool GetItem(FileStream& stream, Item& item) {
-  std::array<std::byte, BytesOf<Item>()> bytes;
+  std::array<std::byte, BytesOf<Item>()> bytes{};
   if (!stream.ReadWhole(bytes)) return false;
   std::size_t offset = 0;
   VisitNumbers(item, [&]<typename Number>(Number& number) {

@@ -1,3 +1,5 @@
+#include <vector>
+
 #include "host/AccountRecord.h"
 #include "host/Masterfile.h"
 #include "qdx/Body.h"
@@ -47,17 +49,19 @@ class ExchangeFileTarget : public ExportTarget {
   // No account is selected: meant, the progress text keeps the last account of the table for the whole body.
   void BeginAccount(Integer position, AccountRecord& /*account*/) override { PutItem(*stream_, BodyAccount{position}); }
 
+  // The count stands before the values, so they are gathered first; a date without any has no record.
   void WriteDate(Date date) override {
+    values_.clear();
     const auto fields = static_cast<int>(masterfile_.NumFields());
-    const Integer count = CountValues(fields);
-    if (count == 0) return;
-    PutItem(*stream_, BodyDateOf(date));
-    PutItem(*stream_, BodyCount{count});
     for (int i = 1; i <= fields; ++i) {
       const auto position = static_cast<Integer>(i);
       const Double value = masterfile_.FieldValue(masterfile_.FieldNumber(position));
-      if (value != 0) PutItem(*stream_, BodyValue{position, value});
+      if (value != 0) values_.push_back({position, value});
     }
+    if (values_.empty()) return;
+    PutItem(*stream_, BodyDateOf(date));
+    PutItem(*stream_, BodyCount{static_cast<Integer>(values_.size())});
+    for (const BodyValue& value : values_) PutItem(*stream_, value);
   }
 
   void EndAccount() override { PutBlockEnd(*stream_); }
@@ -70,14 +74,6 @@ class ExchangeFileTarget : public ExportTarget {
   }
 
  private:
-  [[nodiscard]] Integer CountValues(int fields) const {
-    int count = 0;
-    for (int i = 1; i <= fields; ++i) {
-      if (masterfile_.FieldValue(masterfile_.FieldNumber(static_cast<Integer>(i))) != 0) ++count;
-    }
-    return static_cast<Integer>(count);
-  }
-
   void ShowTableProgress(HeaderTable table, Integer row) {
     if (table == HeaderTable::kAccounts) {
       masterfile_.SetProgressFraction(static_cast<Single>(static_cast<Double>(row) / masterfile_.NumAccounts() / 3));
@@ -90,7 +86,8 @@ class ExchangeFileTarget : public ExportTarget {
   Masterfile& masterfile_;
   const ExportRequest& request_;
   FileNumber file_;
-  FileStream* stream_ = nullptr;  // of file_, from WriteHead on
+  FileStream* stream_ = nullptr;   // of file_, from WriteHead on
+  std::vector<BodyValue> values_;  // of the date under way
 };
 
 }  // namespace

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 
 #include "support/Failure.h"
 #include "support/Narrow.h"
@@ -23,10 +25,17 @@ std::uint8_t ByteAt(std::string_view bytes, std::size_t offset) {
   return static_cast<std::uint8_t>(bytes[offset]);
 }
 
+// How many bytes from the start are ASCII. Eight are looked at together: most files are ASCII throughout.
 std::size_t AsciiLength(std::string_view bytes) {
-  const auto end =
-      std::find_if(bytes.begin(), bytes.end(), [](char c) { return static_cast<std::uint8_t>(c) >= 0x80; });
-  return static_cast<std::size_t>(end - bytes.begin());
+  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+  std::size_t length = 0;
+  for (; bytes.size() - length >= sizeof(kHighBits); length += sizeof(kHighBits)) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes.data() + length, sizeof(word));
+    if ((word & kHighBits) != 0) break;
+  }
+  while (length < bytes.size() && ByteAt(bytes, length) < 0x80) ++length;
+  return length;
 }
 
 void AppendUtf8(char32_t character, Text& text) {

@@ -37,6 +37,11 @@ Double TiesToEven(Double value) {
 
 template <typename Number>
 Number Rounded(Double value) {
+  // Whole numbers, by far the most, need no rounding.
+  if (value >= std::numeric_limits<Number>::min() && value <= std::numeric_limits<Number>::max()) {
+    const auto whole = static_cast<Number>(value);
+    if (static_cast<Double>(whole) == value) return whole;
+  }
   const Double rounded = TiesToEven(value);
   // Asked this way round so that not-a-number, which is neither more nor less than anything, overflows too.
   const bool fits = rounded >= std::numeric_limits<Number>::min() && rounded <= std::numeric_limits<Number>::max();

@@ -13,7 +13,7 @@ namespace tallybook {
 
 template <typename Number>
 bool Get(FileStream& stream, Number& value) {
-  std::array<std::byte, sizeof(Number)> bytes;
+  std::array<std::byte, sizeof(Number)> bytes{};
   if (!stream.ReadWhole(bytes)) return false;
   value = FromBytes<Number>(bytes.data());
   return true;
