@@ -1,0 +1,80 @@
+#include <gmock/gmock.h>
+#include <sstream>
+
+#include "tallybook/application/ReferenceFactory.h"
+#include "tests/support/FailsWith.h"
+#include "tests/support/ScriptedPlatform.h"
+#include "tests/support/TempFolder.h"
+
+namespace tallybook::application {
+namespace {
+
+using testing::FailsWith;
+
+class ReferenceFactoryTest : public ::testing::Test {
+ protected:
+  testing::ScriptedPlatform platform_;
+  testing::TempFolder folder_;
+  ReferenceFactory factory_;
+};
+
+TEST_F(ReferenceFactoryTest, MakesASettingsFileThatIsNotOpenYet) {
+  const auto file = factory_.NewIniFile();
+  file->SetFileName(folder_.Path("book.ini"));
+  file->SetSection("CSV");
+  file->WriteValue("ImportFile", "a.csv");
+  EXPECT_EQ(factory_.NewIniFile()->ReadValue("ImportFile", "none"), "none");
+  EXPECT_EQ(folder_.Read("book.ini"), "[CSV]\nImportFile=a.csv\n");
+}
+
+TEST_F(ReferenceFactoryTest, MakesAnExportLibraryWithFiveFormats) {
+  EXPECT_EQ(factory_.NewDataExportObject()->NumFormats(), 5);
+  EXPECT_NE(factory_.NewDataExportObject(), factory_.NewDataExportObject());
+}
+
+TEST_F(ReferenceFactoryTest, MakesPrintersForTheDestination) {
+  std::ostringstream out;
+  factory_.SetReportDestination({.path = {}, .stream = &out});
+  const auto to_stream = factory_.NewPrinter();
+  factory_.SetReportDestination({.path = folder_.Path("r.html")});
+  const auto to_file = factory_.NewPrinter();
+  for (Printer* printer : {to_stream.get(), to_file.get()}) {
+    ASSERT_TRUE(printer->BeginReport(0, "Title"));
+    printer->PrintLine("line");
+    printer->EndReport();
+  }
+  EXPECT_THAT(out.str(), ::testing::StartsWith("Title\n=====\n"));
+  EXPECT_THAT(folder_.Read("r.html"), ::testing::HasSubstr("<p>line</p>"));
+}
+
+TEST_F(ReferenceFactoryTest, RefusesADestinationThatNamesNoForm) {
+  EXPECT_THAT([&] { factory_.SetReportDestination({.path = "r.doc"}); },
+              FailsWith(FailureNumber::kInvalidArgument, "r.doc"));
+}
+
+TEST_F(ReferenceFactoryTest, MakesACalendarThatIsNotAttached) {
+  const auto calendar = factory_.NewFiscalCalendar();
+  EXPECT_THAT([&] { (void)calendar->CurrentDate(); }, FailsWith(FailureNumber::kObjectNotSet));
+}
+
+class SequenceControl : public PrintSequence {
+ public:
+  void LoadSequences(SequenceReport& /*report*/) override {}
+  [[nodiscard]] bool SequenceFixed() const override { return true; }
+  void SetSequenceFixed(bool /*fixed*/) override {}
+  void RefreshSequences() override {}
+  void ApplySequences() override {}
+};
+
+TEST_F(ReferenceFactoryTest, NeedsTheWindowedApplicationForWindows) {
+  EXPECT_THAT([&] { (void)factory_.NewEdtForm(); }, FailsWith(FailureNumber::kFeatureUnavailable, "list window"));
+  EXPECT_THAT([&] { (void)factory_.NewPrintSequence(); },
+              FailsWith(FailureNumber::kFeatureUnavailable, "print sequence"));
+  factory_.SetSequenceMaker([] { return std::make_unique<SequenceControl>(); });
+  EXPECT_TRUE(factory_.NewPrintSequence()->SequenceFixed());
+  factory_.SetListWindowMaker([]() -> std::unique_ptr<EdtForm> { return nullptr; });
+  EXPECT_EQ(factory_.NewEdtForm(), nullptr) << "what the maker gives";
+}
+
+}  // namespace
+}  // namespace tallybook::application
