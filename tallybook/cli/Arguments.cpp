@@ -41,7 +41,7 @@ void AddAsking(CLI::App& command, AskOptions& options) {
       .add_option("--answer", options.answers,
                   "Answers in turn, joined by commas: ok, cancel, yes, no, retry; then as without it")
       ->delimiter(',')
-      ->expected(1)
+      ->allow_extra_args(false)
       ->check(CLI::IsMember(AnswerWords(), CLI::ignore_case))
       ->type_name("LIST")
       ->group("Questions");

@@ -14,7 +14,7 @@ constexpr const char* kVersion = "tallybook 0.1.0";
 constexpr const char* kFooter =
     "A book is one file, NAME.tbk; its companion files lie beside it.\n"
     "Exit status: 0 done, 1 the operation failed, 2 wrong use, 3 cancelled by the user.\n"
-    "`tallybook COMMAND --help` tells more.";
+    "`tallybook demo` shows all of it at work; `tallybook COMMAND --help` tells more.";
 
 void AddCommands(CLI::App& app, Command& chosen) {
   app.require_subcommand(1);
@@ -30,6 +30,7 @@ void AddCommands(CLI::App& app, Command& chosen) {
   AddDefinitionCommand(app, chosen);
   AddQdxCommand(app, chosen);
   AddJournalCommand(app, chosen);
+  AddDemoCommand(app, chosen, RunCommandLine);
 }
 
 ExitStatus Tell(const Text& trouble, ExitStatus status) {

@@ -19,4 +19,8 @@ void AddDefinitionCommand(CLI::App& app, Command& chosen);
 void AddQdxCommand(CLI::App& app, Command& chosen);
 void AddJournalCommand(CLI::App& app, Command& chosen);
 
+// Runs a command line, without the program's name, as if the user had typed it.
+using LineRunner = std::function<ExitStatus(const std::vector<Text>& arguments)>;
+void AddDemoCommand(CLI::App& app, Command& chosen, const LineRunner& run_line);
+
 }  // namespace tallybook::cli

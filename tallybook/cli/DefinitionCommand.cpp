@@ -164,12 +164,12 @@ void AddChanges(CLI::App& command, DefinitionChanges& changes) {
       .add_option("--map-account", changes.map_account,
                   "A row of manual matches: code in the file, code in the book; may be given again. The rows given "
                   "replace those that are there")
-      ->expected(1)
+      ->allow_extra_args(false)
       ->type_name("FROM=TO");
   command
       .add_option("--map-field", changes.map_field,
                   "A row of manual matches: field number in the file, field number in the book; may be given again")
-      ->expected(1)
+      ->allow_extra_args(false)
       ->type_name("N=M");
 }
 

@@ -18,6 +18,7 @@ namespace {
 
 constexpr std::size_t kBufferSize = std::size_t{1} << 16;
 constexpr Long kFieldNameWidth = 30;
+constexpr int kTableDigits = 15;  // what a person reads; every amount of so many digits shows as it was entered
 constexpr std::size_t kLongestNumber = 32;  // the shortest text of a double takes 24 characters at most
 
 // RFC 4180, section 2: a field with a comma, a quote or a line break stands in quotes, and its quotes are doubled.
@@ -89,7 +90,8 @@ void FigurePrinter::PrintCsvRow(const engine::Figure& figure) {
 void FigurePrinter::PrintTableRow(const engine::Figure& figure) {
   const Text name = TrimRight(book_.FieldName(figure.field_position));
   fmt::format_to(std::back_inserter(buffer_), "{}  {}  {:>5} {}{:>20}\n", account_text_, date_text_,
-                 figure.field_number, PadRight(name, ' ', kFieldNameWidth), ShortestText(figure.value));
+                 figure.field_number, PadRight(name, ' ', kFieldNameWidth),
+                 fmt::format("{:.{}g}", figure.value, kTableDigits));
 }
 
 void FigurePrinter::PrintJsonRow(const engine::Figure& figure) {

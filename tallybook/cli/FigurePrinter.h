@@ -10,6 +10,7 @@
 
 namespace tallybook::cli {
 
+// A table shows 15 digits of a value; CSV and JSON hold the shortest text that reads back to the same number.
 enum class FigureForm { kTable, kCsv, kJson };
 
 class FigurePrinter {

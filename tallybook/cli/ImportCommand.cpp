@@ -47,8 +47,7 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   CDataExchange exchange(session.Factory());
   exchange.OpenDefinitions(*book, kDefinitionDataType);
   const Text type = ImportType(exchange, *book, options);
-  book->SetOperationName(options.all ? "import qdx --all"
-                                     : fmt::format("import qdx --definition {}", options.definition));
+  book->SetOperationName(options.all ? "import qdx all" : fmt::format("import qdx #{}", options.definition));
   exchange.SetMath(options.math);
   const Long no_window = 0;
   const bool done = exchange.ImportQDXFileEX(no_window, *book, type);

@@ -54,10 +54,10 @@ void AddValuesCommand(CLI::App& app, Command& chosen) {
   AddDate(command, "--from", options->from, "Leave out records before this date");
   AddDate(command, "--to", options->to, "Leave out records behind this date");
   command.add_option("--account", options->accounts, "Only the account of this code; may be given again")
-      ->expected(1)
+      ->allow_extra_args(false)
       ->type_name("CODE");
   command.add_option("--field", options->fields, "Only the field of this number; may be given again")
-      ->expected(1)
+      ->allow_extra_args(false)
       ->type_name("N");
   AddChoice(command, "--format", options->form, forms, "table (the default), csv or json");
 }
