@@ -255,7 +255,7 @@ TEST_F(ExchangeFileTargetTest, TellsOfADiskThatIsFullAtTheLastFlush) {
   platform.files.FailNth(FileCall::kWrite, 1, FailureNumber::kDiskFull, 1000);
   EXPECT_FALSE(Run());
   ExpectLoggedOnce("FaultyFileSystem");
-  EXPECT_EQ(Logged()[0].line_number, 110);
+  EXPECT_THAT(Logged(), ElementsAre(::testing::Field(&MemoryLog::Error::line_number, 110)));
   ExpectAllClosed();
 }
 

@@ -321,7 +321,7 @@ TEST_F(ExporterFaultTest, TellsOfEveryHostCallThatFailsAndKeepsWhatWasWritten) {
     ++failed_runs;
     EXPECT_FALSE(done) << nth;
     ExpectLoggedOnce("Engine");
-    EXPECT_GT(Logged()[0].line_number, 0) << nth;
+    EXPECT_THAT(Logged(), ElementsAre(::testing::Field(&MemoryLog::Error::line_number, ::testing::Gt(0)))) << nth;
     EXPECT_TRUE(whole.starts_with(File())) << nth;
     EXPECT_LT(CallsBefore("Log.LogError"), CallsBefore("EndProgress")) << nth;
     EXPECT_EQ(host->record.ArgumentsOf("EndProgress").size(), 1U) << nth;
