@@ -151,14 +151,6 @@ TEST_F(ExporterTest, ChangesNothing) {
   EXPECT_TRUE(host->book.Journal().empty());
 }
 
-TEST_F(ExporterTest, LooksThroughTheFieldsTwiceForEachDateWithFiguresAndOnceForOthers) {
-  host->book.Set(101, February(1), 1, 5);
-  UseRange(1, 1);
-  host->record.Record("FieldValue", true);
-  EXPECT_TRUE(Run());
-  EXPECT_THAT(host->record.ArgumentsOf("FieldValue"), ElementsAre("1", "7", "1", "7", "1", "7"));
-}
-
 TEST_F(ExporterTest, OffersTheUserToCancel) {
   EXPECT_TRUE(Run());
   EXPECT_TRUE(host->book.progress.cancel_enabled);
