@@ -93,25 +93,37 @@ constexpr std::size_t BytesOf() {
 
 template <typename Item>
 void PutItem(FileStream& stream, const Item& item) {
+  const auto fill = [&](std::byte* bytes) {
+    VisitNumbers(item, [&](const auto& number) {
+      const auto part = ToBytes(number);
+      std::memcpy(bytes, part.data(), part.size());
+      bytes += part.size();
+    });
+  };
+  if (std::byte* const place = stream.Claim(BytesOf<Item>())) {
+    fill(place);
+    return;
+  }
   std::array<std::byte, BytesOf<Item>()> bytes{};
-  std::size_t offset = 0;
-  VisitNumbers(item, [&](const auto& number) {
-    const auto part = ToBytes(number);
-    std::memcpy(bytes.data() + offset, part.data(), part.size());
-    offset += part.size();
-  });
+  fill(bytes.data());
   stream.Write(bytes);
 }
 
 template <typename Item>
 [[nodiscard]] bool GetItem(FileStream& stream, Item& item) {
+  const auto read = [&](const std::byte* bytes) {
+    VisitNumbers(item, [&]<typename Number>(Number& number) {
+      number = FromBytes<Number>(bytes);
+      bytes += sizeof(Number);
+    });
+  };
+  if (const std::byte* const place = stream.Take(BytesOf<Item>())) {
+    read(place);
+    return true;
+  }
   std::array<std::byte, BytesOf<Item>()> bytes{};
   if (!stream.ReadWhole(bytes)) return false;
-  std::size_t offset = 0;
-  VisitNumbers(item, [&]<typename Number>(Number& number) {
-    number = FromBytes<Number>(bytes.data() + offset);
-    offset += sizeof(Number);
-  });
+  read(bytes.data());
   return true;
 }
 

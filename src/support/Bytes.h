@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include "support/Types.h"
@@ -18,6 +19,10 @@ using BitsOf = std::conditional_t<sizeof(Number) == 2, std::uint16_t,
 
 template <typename Number>
 [[nodiscard]] std::array<std::byte, sizeof(Number)> ToBytes(Number value) {
+  // The machine's own order, where it is the file's, is a plain copy: compilers do not see that in the general form.
+  if constexpr (std::endian::native == std::endian::little) {
+    return std::bit_cast<std::array<std::byte, sizeof(Number)>>(value);
+  }
   const auto bits = std::bit_cast<BitsOf<Number>>(value);
   std::array<std::byte, sizeof(Number)> bytes{};
   for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::byte>(bits >> (8 * i));
@@ -26,6 +31,11 @@ template <typename Number>
 
 template <typename Number>
 [[nodiscard]] Number FromBytes(const std::byte* bytes) {
+  if constexpr (std::endian::native == std::endian::little) {
+    Number value{};
+    std::memcpy(&value, bytes, sizeof(value));
+    return value;
+  }
   BitsOf<Number> bits = 0;
   for (std::size_t i = 0; i < sizeof(Number); ++i)
     bits = static_cast<BitsOf<Number>>(bits |
