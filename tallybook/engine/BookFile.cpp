@@ -129,7 +129,10 @@ BookFile::BookFile(const Text& path, bool read_only) : path_(path), read_only_(r
     TakeRightToWrite();
     // A log of up to 64 MiB is left to grow before it is copied back, so that a large commit is not written twice at
     // once.
-    database_->Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 4096");
+    // SQLite keeps 16 MiB of pages besides, so that the index pages of a large commit are written once.
+    database_->Execute(
+        "PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 4096; "
+        "PRAGMA cache_size = -16384");
   }
   LoadDescription();
 }

@@ -55,6 +55,7 @@ FigureStore::FigureStore(BookFile file, std::size_t cache_bytes)
       update_rows_(file_.Db(), "UPDATE journal_chunk SET rows = ?3 WHERE entry = ?1 AND key = ?2"),
       write_image_(file_.Db(), "INSERT INTO image (figures) SELECT figures FROM chunk WHERE id = ?1") {
   BuildTables();
+  file_is_empty_ = file_.Db().Number("SELECT count(*) FROM (SELECT 1 FROM chunk LIMIT 1)") == 0;
 }
 
 void FigureStore::BuildTables() {
@@ -79,7 +80,23 @@ double FigureStore::SecondsSinceCommit() const {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - last_commit_).count();
 }
 
-void FigureStore::SwitchTo(std::size_t account, std::int64_t key) {
+// A walk over all accounts of a date comes to the next account's row next. Asked for now, it is there by then; without
+// this such a walk waits for memory most of its time.
+void FigureStore::FetchEarly(std::size_t account, std::size_t row) const {
+#if defined(__GNUC__)
+  const Chunk* chunk = account < last_of_account_.size() ? last_of_account_[account] : nullptr;
+  if (chunk == nullptr) return;
+  constexpr std::size_t kFiguresOfACacheLine = 8;
+  constexpr std::size_t kMostFigures = 64;  // of a long row the processor fetches the rest by itself
+  const Double* figures = chunk->figures.get() + row * shape_.fields;
+  for (std::size_t index = 0; index < std::min(shape_.fields, kMostFigures); index += kFiguresOfACacheLine) {
+    __builtin_prefetch(figures + index, 1);
+  }
+#endif
+}
+
+void FigureStore::SwitchTo(std::size_t account, std::int64_t key, std::size_t row) {
+  FetchEarly(account + 1, row);
   current_ = &none_;
   Chunk* chunk = last_of_account_[account];
   if (chunk == nullptr || chunk->key != key) {
@@ -98,14 +115,15 @@ void FigureStore::SwitchTo(std::size_t account, std::int64_t key) {
 
 FigureStore::Chunk& FigureStore::FreeChunk() {
   if (chunks_.size() < most_chunks_) {
-    auto chunk = std::make_unique<Chunk>();
-    chunk->figures = NewFigures();
-    return *chunks_.emplace_back(std::move(chunk));
+    Figures figures = NewFigures();
+    Chunk& chunk = chunks_.emplace_back();
+    chunk.figures = std::move(figures);
+    return chunk;
   }
   // Changed chunks are written all together, so that one transaction serves many.
   if (changed_.size() * 2 > chunks_.size()) Commit();
   for (;;) {
-    Chunk& chunk = *chunks_[hand_];
+    Chunk& chunk = chunks_[hand_];
     hand_ = (hand_ + 1) % chunks_.size();
     if (chunk.changed) continue;
     if (!chunk.visited) {
@@ -131,13 +149,19 @@ void FigureStore::Forget(Chunk& chunk) {
 
 void FigureStore::ForgetAll() {
   current_ = &none_;
-  for (const auto& chunk : chunks_) {
-    chunk->visited = false;
-    Forget(*chunk);
+  for (Chunk& chunk : chunks_) {
+    chunk.visited = false;
+    Forget(chunk);
   }
 }
 
 void FigureStore::Load(Chunk& chunk, std::int64_t key) {
+  if (!file_is_empty_) LoadStored(chunk, key);
+  by_key_.emplace(key, &chunk);
+  chunk.key = key;
+}
+
+void FigureStore::LoadStored(Chunk& chunk, std::int64_t key) {
   file_.Db().BeginReading();
   const EndOfWalk end(read_chunk_);
   if (read_chunk_.Bind(1, key).Step()) {
@@ -152,8 +176,6 @@ void FigureStore::Load(Chunk& chunk, std::int64_t key) {
     }
     chunk.stored = read_chunk_.Int(0);
   }
-  by_key_.emplace(key, &chunk);
-  chunk.key = key;
 }
 
 RowRange FigureStore::Decode(std::int64_t key, std::span<const std::byte> bytes, Double* figures) const {
@@ -215,6 +237,7 @@ void FigureStore::Commit() {
       changed_[index]->imaged = entry_ != 0;
     }
     changed_.clear();
+    file_is_empty_ = false;
   }
   changed_bytes_ = 0;
   last_commit_ = std::chrono::steady_clock::now();
@@ -325,6 +348,7 @@ void FigureStore::Undo(Long id) {
       .Run();
   DbStatement(database, "DELETE FROM journal_chunk WHERE entry = ?1").Bind(1, entry).Run();
   transaction.Commit();
+  file_is_empty_ = false;
   ForgetAll();
 }
 

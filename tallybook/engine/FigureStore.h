@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <span>
@@ -52,7 +53,7 @@ class FigureStore {
   [[nodiscard]] const Double* Row(std::size_t account, std::int32_t record) {
     const RecordPlace place = place_of_record_[static_cast<std::size_t>(record)];
     const std::int64_t key = base_key_of_account_[account] + place.chunk;
-    if (current_->key != key) SwitchTo(account, key);
+    if (current_->key != key) SwitchTo(account, key, place.row);
     current_row_ = place.row;
     return current_->figures.get() + place.row * shape_.fields;
   }
@@ -104,9 +105,11 @@ class FigureStore {
   static constexpr std::int64_t kNoKey = -1;
 
   void BuildTables();
-  void SwitchTo(std::size_t account, std::int64_t key);
+  void SwitchTo(std::size_t account, std::int64_t key, std::size_t row);
+  void FetchEarly(std::size_t account, std::size_t row) const;
   Chunk& FreeChunk();
   void Load(Chunk& chunk, std::int64_t key);
+  void LoadStored(Chunk& chunk, std::int64_t key);
   void Forget(Chunk& chunk);
   void ForgetAll();
   void Touch(Chunk& chunk);
@@ -132,13 +135,14 @@ class FigureStore {
 
   // The cache: chunks that never move, a hand that goes round them to find one to give up, and two ways to a chunk: the
   // last one used of each account (which may have been given up since: its key tells), and by key.
-  std::vector<std::unique_ptr<Chunk>> chunks_;
+  std::deque<Chunk> chunks_;
   std::size_t hand_ = 0;
   std::vector<Chunk*> last_of_account_;
   std::unordered_map<std::int64_t, Chunk*> by_key_;
   Chunk none_;
   Chunk* current_ = &none_;
   std::size_t current_row_ = 0;
+  bool file_is_empty_ = false;  // the file has no chunk at all, so none need be looked for
   std::vector<Chunk*> changed_;
   std::size_t changed_bytes_ = 0;
   std::chrono::steady_clock::time_point last_commit_ = std::chrono::steady_clock::now();

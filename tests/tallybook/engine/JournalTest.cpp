@@ -197,6 +197,18 @@ TEST_F(JournalTest, KeepsImagesOfChunksThatLeaveTheCacheAndComeBack) {
   EXPECT_EQ(FiguresOf(*book), before);
 }
 
+TEST_F(JournalTest, BringsFiguresBackIntoABookThatHasNone) {
+  book->BeginRollback(Day(2003, 1, 1), Day(2004, 12, 31));
+  Put(*book, kShop, Day(2003, 5, 5), kSales, 0);
+  Put(*book, kShop, Day(2004, 5, 5), kSales, 0);
+  book->EndRollback();
+  Reopen();
+  EXPECT_THAT(FiguresOf(*book), IsEmpty());
+  Undo();
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 1);
+  EXPECT_EQ(Get(*book, kShop, Day(2004, 5, 5), kSales), 2);
+}
+
 TEST_F(JournalTest, LeavesNoRecordCurrent) {
   Change(Day(2003, 5, 5), 10);
   ASSERT_TRUE(book->ReadRecord(kShop, Day(2003, 5, 5)));
