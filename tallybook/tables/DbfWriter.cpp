@@ -62,6 +62,8 @@ SAOffset ReadFile(void* into, SAOffset size, SAOffset count, SAFile file) {
 }
 
 SAOffset WriteFile(void* from, SAOffset size, SAOffset count, SAFile file) {
+  // The library writes the fields of a table that has none as no bytes from nowhere, when creating the table failed.
+  if (size * count == 0) return count;
   return Kept(file, [&](FileStream& stream) -> SAOffset {
     stream.Write(std::span(static_cast<const std::byte*>(from), size * count));
     return count;
