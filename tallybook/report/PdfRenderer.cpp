@@ -158,7 +158,8 @@ class Pages {
 
  private:
   void Begin() {
-    Owned<cairo_surface_t> page(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, nullptr));
+    const cairo_rectangle_t sheet{0, 0, kPageWidth, kPageHeight};
+    Owned<cairo_surface_t> page(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, &sheet));
     context_.reset(cairo_create(page.get()));
     Check(cairo_status(context_.get()));
     pages_.push_back(std::move(page));
