@@ -34,6 +34,7 @@ class DefinitionStore {
   // Loads the list for `masterfile`, which must outlive the store's use of it. Older definitions ("KVQDX") are
   // converted first where there is no definition of the newer kind at all; what cannot be converted is told by message.
   // A file that cannot be read leaves an entry with the title and source of the definition read before it.
+  // Fails with failure 6 for a file whose number does not fit 16 bits, and with failure 9 for the thousandth file.
   void Load(Masterfile& masterfile);
   [[nodiscard]] bool IsLoaded() const { return entries_.size() > 1; }
   // Leaves position 0 alone. The counter stays: meant.

@@ -137,6 +137,14 @@ TEST_F(DefinitionStoreTest, AStoreOf999DefinitionsIsFull) {
   EXPECT_EQ(FirstAvailRec(), 0);
 }
 
+TEST_F(DefinitionStoreTest, AFileBeyondTheStoresLimitsFailsTheLoad) {
+  platform_.memory.Put(NameOf(40'000), FileOf("Too high a number"));
+  EXPECT_THAT([&] { Load(); }, FailsWith(FailureNumber::kOverflow, "40000"));
+  platform_.memory.Delete(NameOf(40'000));
+  for (int number = 1; number <= 1000; ++number) Put(number, "One too many");
+  EXPECT_THAT([&] { Load(); }, FailsWith(FailureNumber::kRange, "1000"));
+}
+
 // --- Conversion of older files ---------------------------------------------------------------------------------------
 
 TEST_F(DefinitionStoreTest, OlderFilesAreConvertedByteForByteAndStay) {

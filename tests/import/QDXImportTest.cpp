@@ -188,6 +188,16 @@ TEST_F(MatchFilesTest, SortsByTimeAndKeepsTheDirectorysOrderOfEqualTimes) {
   EXPECT_THAT(FilesOf("/in/*.QDX"), ElementsAre("/in/B.QDX", "/in/a.QDX", "/in/D.QDX", "/in/e.QDX", "/in/c.qdx"));
 }
 
+TEST_F(MatchFilesTest, KeepsTheDirectorysOrderOfManyFilesOfTwoTimes) {
+  std::vector<Text> expected;
+  for (int i = 10; i < 60; ++i) {
+    setup_.Put("F" + std::to_string(i) + ".QDX", "", i % 2);
+    if (i % 2 == 0) expected.push_back("/in/F" + std::to_string(i) + ".QDX");
+  }
+  for (int i = 11; i < 60; i += 2) expected.push_back("/in/F" + std::to_string(i) + ".QDX");
+  EXPECT_EQ(FilesOf("/in/*.QDX"), expected);
+}
+
 TEST_F(MatchFilesTest, KeepsTheFolderAsThePatternWroteIt) {
   setup_.Put("A.QDX", "");
   EXPECT_THAT(FilesOf("\\in\\A.*"), ElementsAre("\\in\\A.QDX"));
