@@ -6,6 +6,7 @@
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 #include <set>
+#include <utility>
 
 #include "import/QDXImport.h"
 #include "tests/import/ImportSetup.h"
@@ -25,8 +26,22 @@ struct Trial {
   ExchangeFile file;
 };
 
-Double SomeValue() {
-  return *rc::gen::inRange(-4000, 4000) / 8.0;
+// Up to `most` values, each drawn from the whole of its range: a trial stays small, whatever size is asked for.
+template <typename Value>
+rc::Gen<std::vector<Value>> UpTo(int most, rc::Gen<Value> value) {
+  return rc::gen::resize(most,
+                         rc::gen::container<std::vector<Value>>(rc::gen::resize(rc::kNominalSize, std::move(value))));
+}
+template <typename Value>
+std::vector<Value> Some(int most, rc::Gen<Value> value) {
+  return *UpTo(most, std::move(value));
+}
+
+// Figures are eighths, so that sums are exact in any order.
+constexpr Double kEighth = 0.125;
+
+rc::Gen<int> Eighths() {
+  return rc::gen::inRange(-4000, 4000);
 }
 
 ExchangeFile SomeFile(Integer account_mode, Integer field_mode) {
@@ -34,21 +49,20 @@ ExchangeFile SomeFile(Integer account_mode, Integer field_mode) {
   file.first = February(*rc::gen::inRange(1, 20));
   file.last = file.first + *rc::gen::inRange(0, 20);
   // Modes that match by themselves need codes and numbers of the book; the others take any, repeated ones too.
-  const auto codes = *rc::gen::container<std::vector<Text>>(
-      account_mode == kOneForOne ? rc::gen::element<Text>("100", "200", "300") : rc::gen::element<Text>("a", "b", "c"));
+  const auto codes = Some(5, account_mode == kOneForOne ? rc::gen::element<Text>("100", "200", "300")
+                                                        : rc::gen::element<Text>("a", "b", "c"));
   for (const Text& code : codes) file.accounts.push_back({code, "of the file"});
-  const auto numbers = *rc::gen::container<std::vector<Integer>>(
-      field_mode == kOneForOne ? rc::gen::elementOf(kBookFields) : rc::gen::element<Integer>(4, 5, 6));
+  const auto numbers =
+      Some(5, field_mode == kOneForOne ? rc::gen::elementOf(kBookFields) : rc::gen::element<Integer>(4, 5, 6));
   if (!codes.empty()) {
     for (const Integer number : numbers) file.fields.push_back({number, "of the file"});
   }
   for (std::size_t i = 0; i < codes.size(); ++i) {
     file.blocks.push_back({static_cast<Integer>(i + 1), {}});
-    for (const int day : *rc::gen::container<std::vector<int>>(rc::gen::inRange(1, 41))) {
+    const auto values = UpTo(4, rc::gen::pair(rc::gen::inRange<Integer>(1, 6), Eighths()));
+    for (const auto& [day, figures] : Some(6, rc::gen::pair(rc::gen::inRange(1, 41), values))) {
       ExchangeFile::Day made{February(day), {}};
-      for (const int field : *rc::gen::container<std::vector<int>>(rc::gen::inRange(1, 6))) {
-        made.values.push_back({static_cast<Integer>(field), SomeValue()});
-      }
+      for (const auto& [field, eighths] : figures) made.values.push_back({field, eighths * kEighth});
       file.blocks.back().days.push_back(made);
     }
   }
@@ -65,20 +79,20 @@ Trial SomeTrial() {
   const auto& accounts = trial.file.accounts;
   const auto& fields = trial.file.fields;
   if (!accounts.empty()) {
-    for (const int row :
-         *rc::gen::container<std::vector<int>>(rc::gen::inRange(0, static_cast<int>(accounts.size())))) {
+    for (const int row : Some(4, rc::gen::inRange(0, static_cast<int>(accounts.size())))) {
       trial.account_rows.emplace_back(accounts[static_cast<std::size_t>(row)].code,
                                       (*rc::gen::elementOf(kBookAccounts)).second);
     }
   }
   if (!fields.empty()) {
-    for (const int row : *rc::gen::container<std::vector<int>>(rc::gen::inRange(0, static_cast<int>(fields.size())))) {
+    for (const int row : Some(4, rc::gen::inRange(0, static_cast<int>(fields.size())))) {
       trial.field_rows.emplace_back(fields[static_cast<std::size_t>(row)].number, *rc::gen::elementOf(kBookFields));
     }
   }
-  for (int i = *rc::gen::inRange(0, 20); i > 0; --i) {
-    const auto account = *rc::gen::elementOf(kBookAccounts);
-    trial.present[{account.first, February(*rc::gen::inRange(1, 41)), *rc::gen::elementOf(kBookFields)}] = SomeValue();
+  const auto place = rc::gen::tuple(rc::gen::elementOf(kBookAccounts), rc::gen::inRange(1, 41),
+                                    rc::gen::elementOf(kBookFields), Eighths());
+  for (const auto& [account, day, field, eighths] : Some(20, place)) {
+    trial.present[{account.first, February(day), field}] = eighths * kEighth;
   }
   return trial;
 }
