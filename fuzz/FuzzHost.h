@@ -47,10 +47,7 @@ class FuzzInput : public InputQueue {
   void RunOnce() override {}
 };
 
-class FuzzScreen : public Screen {
- public:
-  void SetPointer(Pointer /*pointer*/) override {}
-};
+class FuzzScreen : public ScreenWithoutWindows {};
 
 // Installs its platform. One at a time; made anew for each input.
 class FuzzHost {

@@ -117,11 +117,164 @@ class InputQueue {
 
 enum class Pointer { kDefault, kBusy };
 
-// The screen: the pointer's shape.
+class Form;
+
+// A place on the screen, in the screen's units.
+struct Place {
+  Long left = 0;
+  Long top = 0;
+  Long width = 0;
+  Long height = 0;
+  bool operator==(const Place&) const = default;
+};
+
+// The screen: the pointer's shape, and windows. A window is known by its handle, a number that is never 0. Handles may
+// also be those of windows that the host has made; an operation on a handle that no window has does nothing and answers
+// with nothing.
 class Screen {
  public:
   virtual ~Screen() = default;
   virtual void SetPointer(Pointer pointer) = 0;
+
+  // Makes a hidden window that shows `form`, and gives its handle. The form outlives the window.
+  [[nodiscard]] virtual Long CreateWindow(Form& form) = 0;
+  virtual void DestroyWindow(Long window) = 0;
+  virtual void ShowWindow(Long window) = 0;
+  virtual void HideWindow(Long window) = 0;
+  [[nodiscard]] virtual bool IsVisible(Long window) = 0;
+  virtual void EnableWindow(Long window, bool enabled) = 0;
+  // The window that has the input; bring one to the front.
+  [[nodiscard]] virtual Long ActiveWindow() = 0;
+  virtual void ActivateWindow(Long window) = 0;
+  // The kind of a window; that of the component's own windows holds "Thunder".
+  [[nodiscard]] virtual Text ClassName(Long window) = 0;
+  // Makes `owner` the window's parent and gives the parent before.
+  virtual Long SetParent(Long window, Long owner) = 0;
+  [[nodiscard]] virtual Place WindowPlace(Long window) = 0;
+  virtual void SetWindowPlace(Long window, const Place& place) = 0;
+  // 0 normal, 1 minimised, 2 maximised; both bits at once are 3.
+  [[nodiscard]] virtual Integer WindowState(Long window) = 0;
+  virtual void SetWindowState(Long window, Integer state) = 0;
+  // The desktop without bars and docks.
+  [[nodiscard]] virtual Place WorkArea() = 0;
+  // The width of the system's vertical scroll bar.
+  [[nodiscard]] virtual Long ScrollBarWidth() = 0;
+};
+
+// A screen that has no windows, for platforms without one: a form that is shown there stays unseen.
+class ScreenWithoutWindows : public Screen {
+ public:
+  void SetPointer(Pointer pointer) override;
+  [[nodiscard]] Long CreateWindow(Form& form) override;
+  void DestroyWindow(Long window) override;
+  void ShowWindow(Long window) override;
+  void HideWindow(Long window) override;
+  [[nodiscard]] bool IsVisible(Long window) override;
+  void EnableWindow(Long window, bool enabled) override;
+  [[nodiscard]] Long ActiveWindow() override;
+  void ActivateWindow(Long window) override;
+  [[nodiscard]] Text ClassName(Long window) override;
+  Long SetParent(Long window, Long owner) override;
+  [[nodiscard]] Place WindowPlace(Long window) override;
+  void SetWindowPlace(Long window, const Place& place) override;
+  [[nodiscard]] Integer WindowState(Long window) override;
+  void SetWindowState(Long window, Integer state) override;
+  [[nodiscard]] Place WorkArea() override;
+  [[nodiscard]] Long ScrollBarWidth() override;
+
+ private:
+  Long last_window_ = 0;
+};
+
+// What a file dialog is asked, and what it answers in place. The file name and title are the buffers' texts.
+struct FileDialogRequest {
+  bool save = false;  // otherwise open
+  Long owner = 0;
+  Text title;
+  Text filter;  // pairs of text and pattern, each ended by a zero character
+  Long filter_index = 0;
+  Text file_name;   // in: proposed; out: chosen path
+  Text file_title;  // out: its name without the folder
+  Long max_file_size = 255;
+  Text initial_folder;
+  Text default_extension;
+  Long flags = 0;
+  Long extended_error = 0;  // out
+};
+
+struct ColorDialogRequest {
+  Long owner = 0;
+  Long color = 0;  // in and out
+  Long flags = 0;
+  Long extended_error = 0;
+};
+
+struct FontDialogRequest {
+  Long owner = 0;
+  Text name;
+  Single size = 0;  // points
+  bool bold = false;
+  bool italic = false;
+  bool underline = false;
+  bool strikethrough = false;
+  Long color = 0;
+  Long flags = 0;
+  Long extended_error = 0;
+};
+
+struct PrinterDialogRequest {
+  Long owner = 0;
+  Text device_name;
+  Long from_page = 0;
+  Long to_page = 0;
+  Long min_page = 0;
+  Long max_page = 0;
+  Long copies = 1;
+  Integer orientation = 0;
+  Integer paper_size = 0;
+  Integer bin = 0;
+  Long flags = 0;
+  Long extended_error = 0;
+};
+
+struct FolderDialogRequest {
+  Long owner = 0;
+  Text title;
+  Text initial_folder;
+  Long flags = 0;
+};
+
+// The system's own dialogs. Each is modal and gives 0 where the user cancelled or the dialog failed.
+class FileDialogs {
+ public:
+  virtual ~FileDialogs() = default;
+  [[nodiscard]] virtual Long ShowFile(FileDialogRequest& request) = 0;
+  [[nodiscard]] virtual Long ShowColor(ColorDialogRequest& request) = 0;
+  [[nodiscard]] virtual Long ShowFont(FontDialogRequest& request) = 0;
+  [[nodiscard]] virtual Long ShowPrinter(PrinterDialogRequest& request) = 0;
+  // The folder chosen; empty where the user cancelled.
+  [[nodiscard]] virtual Text ShowFolder(FolderDialogRequest& request) = 0;
+  virtual void ShowHelp(Long window, const Text& help_file, Long command, Long topic) = 0;
+};
+
+// No application is associated with a file's type: an answer of Shell::Open.
+inline constexpr Long kNoAssociation = 31;
+
+// The desktop's shell, and the process's folders.
+class Shell {
+ public:
+  virtual ~Shell() = default;
+  // Opens a file with its associated application; above 32 is success.
+  [[nodiscard]] virtual Long Open(const Text& file_name) = 0;
+  // Starts a program in a folder.
+  virtual void Run(const Text& program, const Text& arguments, const Text& folder) = 0;
+  // Each ends in the separator; empty where it cannot be told.
+  [[nodiscard]] virtual Text SystemFolder() = 0;
+  [[nodiscard]] virtual Text WindowsFolder() = 0;
+  [[nodiscard]] virtual Text CurrentFolder() = 0;
+  virtual void SetCurrentFolder(const Text& path) = 0;
+  // The platform id of the system's version information.
+  [[nodiscard]] virtual Long PlatformId() = 0;
 };
 
 struct Platform {
@@ -130,6 +283,8 @@ struct Platform {
   MessageBoxes* message_boxes = nullptr;
   InputQueue* input = nullptr;
   Screen* screen = nullptr;
+  FileDialogs* file_dialogs = nullptr;  // these two may be null on a platform without a screen
+  Shell* shell = nullptr;
   Text application_title;                              // the caption of a message box that is given none
   TextEncoding text_encoding = TextEncoding::kDetect;  // of the text files that imports read
 };

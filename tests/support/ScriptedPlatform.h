@@ -94,7 +94,7 @@ class ScriptedInput : public InputQueue {
   std::function<void()> on_run_;
 };
 
-class ScriptedScreen : public Screen {
+class ScriptedScreen : public ScreenWithoutWindows {
  public:
   [[nodiscard]] const std::vector<Pointer>& Pointers() const { return pointers_; }
   void SetPointer(Pointer pointer) override { pointers_.push_back(pointer); }

@@ -34,8 +34,6 @@ bool EmptyInputQueue::HasPending(Long /*mask*/) {
 }
 void EmptyInputQueue::RunOnce() {}
 
-void NoScreen::SetPointer(Pointer /*pointer*/) {}
-
 Date LocalDate(const std::timespec& moment) {
   constexpr Double kNanosecondsPerDay = 86400e9;
   constexpr int kFirstYear = 1900;  // std::tm counts years from here, and months from 0
@@ -52,7 +50,12 @@ Platform PosixPlatform(const Text& application_title) {
   static RefusingMessageBoxes message_boxes;
   static EmptyInputQueue input;
   static NoScreen screen;
-  return {&clock, &files, &message_boxes, &input, &screen, application_title};
+  return {.clock = &clock,
+          .files = &files,
+          .message_boxes = &message_boxes,
+          .input = &input,
+          .screen = &screen,
+          .application_title = application_title};
 }
 
 }  // namespace tallybook

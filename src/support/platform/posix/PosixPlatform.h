@@ -30,10 +30,7 @@ class EmptyInputQueue : public InputQueue {
   void RunOnce() override;
 };
 
-class NoScreen : public Screen {
- public:
-  void SetPointer(Pointer pointer) override;
-};
+class NoScreen : public ScreenWithoutWindows {};
 
 // A moment of the system's clock as a date in local time.
 [[nodiscard]] Date LocalDate(const std::timespec& moment);

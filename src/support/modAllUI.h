@@ -1,0 +1,83 @@
+// What dialogs lean on: modal showing made by hand, fonts and places of forms, helpers for lists and text boxes, window
+// titles, and opening a file with its application. One thread.
+#pragma once
+
+#include "support/Platform.h"
+#include "support/Types.h"
+#include "support/controls/Form.h"
+#include "support/controls/Grid.h"
+#include "support/controls/ListControls.h"
+#include "support/controls/PlainControls.h"
+#include "support/controls/TextBox.h"
+
+namespace tallybook {
+
+class HostApp;
+class Masterfile;
+
+// --- Modal showing ---------------------------------------------------------------------------------------------------
+
+// Shows `dialog` over the window `owner` and returns when it is hidden again. The component is a library inside a host
+// with its own input loop, so the modal effect is made by hand: every other open form is disabled with its controls,
+// save those tagged "1", and restored afterwards; the dialog follows its owner's window state and visibility. Events of
+// the host and of other dialogs arrive meanwhile, and showing a dialog from within a dialog nests. A failure inside
+// shows "Error in ShowLikeModal, " and the error text, unwinds and returns.
+void ShowLikeModal(Form& dialog, Long owner);
+
+// Hides a dialog that ShowLikeModal shows; dialogs that were shown over it are hidden first.
+void HideLikeModal(Form& dialog);
+
+// How many dialogs ShowLikeModal shows now. ResetModalStack forgets them, for tests.
+[[nodiscard]] Integer ModalDepth();
+void ResetModalStack();
+
+// --- Forms -----------------------------------------------------------------------------------------------------------
+
+// Puts a form into the middle of the desktop's work area, unless it is minimised.
+void CenterInWorkArea(Form& form);
+// Puts the host's user-interface font onto a form and those of its controls that show the form's font; a control with a
+// font of its own keeps it. An empty name or a size of 0 changes nothing.
+void ApplyHostFont(Form& form, const Text& font_name, Single font_size);
+// Unloads every open form but `closing` (null: every one). A failure is shown with its number, text, module and line.
+void UnloadAllForms(Form* closing);
+// 1 minimised, 2 maximised, 0 normal; both at once give 3.
+[[nodiscard]] Integer WindowState(Long window);
+
+// The window title: the text, " - ", the system's name, " Tallybook"; the text alone where the system has no name.
+[[nodiscard]] Text TitleWithSystem(const Text& text, Masterfile& masterfile);
+
+// --- Controls --------------------------------------------------------------------------------------------------------
+
+// Selects the first entry of a tag, in a way that its choice is told even where it was selected before. Where no entry
+// has the tag, the first entry is selected; an empty list stays as it is.
+void SelectComboItem(ListControl& list, Long tag);
+// The tag of the selected entry; 0 where there is none.
+[[nodiscard]] Long ComboItemTag(const ListControl& list);
+// The list's own searches from its start; -1 where nothing is found.
+[[nodiscard]] Integer FindInList(const ListControl& list, const Text& text);
+[[nodiscard]] Integer FindExactInList(const ListControl& list, const Text& text);
+// Selects all of a box's text: from 0, the text's length plus 1; nothing where it has none.
+void SelectAllText(TextBox& box);
+// Gives the grid's last column the room that is left within `width`, the scroll bar's taken off.
+void FitGridColumns(Grid& grid, Long width);
+// Puts an icon of the system's stock, by its number, into a picture.
+void DrawStandardIcon(Picture& picture, Long icon);
+// The key filter of a text box: what a key becomes. `allowed` is a list of pairs of characters, each a range; an empty
+// one lets everything through. Control codes 1, 3, 8, 22 and 24 pass. A character that lies in no range gives 0 and a
+// sound.
+[[nodiscard]] Integer FilterKey(Integer key_code, const Text& allowed);
+
+// --- The desktop -----------------------------------------------------------------------------------------------------
+
+// Opens a file with its associated application, maximised; where there is none, tells so and offers the system's
+// choice.
+void OpenWithAssociated(HostApp& app, const Text& file_name);
+// The system's folders, each ending in the separator; the second is "C:\" where it cannot be read.
+[[nodiscard]] Text SystemFolder();
+[[nodiscard]] Text WindowsFolder();
+[[nodiscard]] Text CurrentFolder();
+void SetCurrentFolder(const Text& path);
+// Whether the system is of the line with platform id 2.
+[[nodiscard]] bool IsWindowsNT();
+
+}  // namespace tallybook
