@@ -42,7 +42,7 @@ void AddAsking(CLI::App& command, AskOptions& options) {
                   "Answers in turn, joined by commas: ok, cancel, yes, no, retry; then as without it")
       ->delimiter(',')
       ->allow_extra_args(false)
-      ->check(CLI::IsMember(AnswerWords(), CLI::ignore_case))
+      ->transform(CLI::IsMember(AnswerWords(), CLI::ignore_case).description(""))
       ->type_name("LIST")
       ->group("Questions");
   command.add_option("--messages", options.messages_file, "Write each message to FILE, one JSON object a line")

@@ -16,6 +16,8 @@ constexpr const char* kFooter =
     "Exit status: 0 done, 1 the operation failed, 2 wrong use, 3 cancelled by the user.\n"
     "`tallybook demo` shows all of it at work; `tallybook COMMAND --help` tells more.";
 
+constexpr const char* kSee = "See: tallybook --help, tallybook COMMAND --help";
+
 void AddCommands(CLI::App& app, Command& chosen) {
   app.require_subcommand(1);
   app.fallthrough(false);
@@ -52,13 +54,23 @@ ExitStatus RunChosen(const Command& command) {
   }
 }
 
+// Words that no option and no command took, from the innermost command that was reached.
+std::vector<Text> UnknownWords(const CLI::App& app) {
+  const bool with_subcommands = true;
+  return app.remaining(with_subcommands);
+}
+
 // Help and version end with 0; everything else that the words are wrong with with 2.
 ExitStatus TellParsing(const CLI::App& app, const CLI::ParseError& error) {
   if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
     app.exit(error, std::cout, std::cerr);
     return ExitStatus::kDone;
   }
-  return Tell(Text(error.what()) + "\nSee: tallybook --help, tallybook COMMAND --help", ExitStatus::kWrongUse);
+  const std::vector<Text> unknown = UnknownWords(app);
+  if (!unknown.empty() && error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError)) {
+    return Tell("'" + unknown.front() + "' is no command here\n" + kSee, ExitStatus::kWrongUse);
+  }
+  return Tell(Text(error.what()) + "\n" + kSee, ExitStatus::kWrongUse);
 }
 
 }  // namespace

@@ -16,8 +16,8 @@ Integer PositionOfDefinition(const CDataExchange& exchange, const engine::Book& 
     numbers += (numbers.empty() ? "" : ", ") + std::to_string(found);
   }
   throw Failure(FailureNumber::kInvalidArgument,
-                fmt::format("{}: there is no exchange definition {}; there {}", book.Path(), number,
-                            numbers.empty() ? "are none" : "is " + numbers));
+                fmt::format("{}: there is no exchange definition {}; {}", book.Path(), number,
+                            numbers.empty() ? "there are none" : "the numbers in use are " + numbers));
 }
 
 Text AccountMatchText(const DefinitionRecord& definition, engine::Book& book) {

@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 #include <iostream>
+#include <optional>
 
 #include "support/Dates.h"
 #include "tallybook/cli/Commands.h"
@@ -11,9 +12,11 @@ namespace tallybook::cli {
 
 namespace {
 
+constexpr Long kNewest = 0;
+
 struct JournalOptions {
   Text book;
-  Long id = 0;
+  std::optional<Long> id;
 };
 
 Text StateText(engine::JournalState state) {
@@ -46,9 +49,11 @@ ExitStatus RunList(const JournalOptions& options) {
 }
 
 ExitStatus RunUndo(const JournalOptions& options) {
+  if (options.id && *options.id < 1)
+    throw WrongUse(fmt::format("ID: {} is no journal entry; they count from 1", *options.id));
   Session session;
   const auto book = session.OpenToChange(options.book);
-  const Long undone = engine::Journal(*book).Undo(options.id);
+  const Long undone = engine::Journal(*book).Undo(options.id.value_or(kNewest));
   book->Close();
   std::cout << fmt::format("Undone: journal entry {}.\n", undone);
   return ExitStatus::kDone;
@@ -69,9 +74,7 @@ void AddJournalCommand(CLI::App& app, Command& chosen) {
       AddCommand(group, "undo", "Put the figures back to what they were before the newest import",
                  "  tallybook journal undo office\n  tallybook journal undo office 3", undo, chosen, RunUndo);
   AddBook(command, undo->book);
-  command.add_option("ID", undo->id, "The entry; only the newest that is left can be undone")
-      ->check(CLI::PositiveNumber)
-      ->type_name("");
+  command.add_option("ID", undo->id, "The entry; only the newest that is left can be undone")->type_name("");
 }
 
 }  // namespace tallybook::cli

@@ -43,7 +43,7 @@ void AddNewCommand(CLI::App& app, Command& chosen) {
   const auto options = std::make_shared<NewOptions>();
   CLI::App& command = AddCommand(app, "new", "Make a book from its description",
                                  "  tallybook new north --from north.json\n"
-                                 "  tallybook info --json north > again.json; tallybook new copy --from again.json",
+                                 "  tallybook info north --json > again.json; tallybook new copy --from again.json",
                                  options, chosen, RunNew);
   AddBook(command, options->book);
   command.add_option("--from", options->description, "The description, in the form that `info --json` writes")

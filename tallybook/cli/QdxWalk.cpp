@@ -22,8 +22,14 @@ std::unique_ptr<OpenFile> OpenToRead(const Text& path) {
   return ThePlatform().files->Open(path, Access::kRead, Sharing::kShared, Creation::kMustExist);
 }
 
+// Control characters show as \xNN, so that a file cannot play with the terminal.
 Text Quoted(const Text& text) {
-  return '"' + text + '"';
+  Text quoted = "\"";
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    quoted += byte < 0x20 || byte == 0x7F ? fmt::format("\\x{:02X}", byte) : Text(1, character);
+  }
+  return quoted + '"';
 }
 
 // Reads one item of the header into its place and gives its text. Nothing was read where `whole` is false.
@@ -138,6 +144,7 @@ bool QdxWalk::Items(std::span<const HeaderItem> items) {
       const Text value = table == nullptr ? std::visit(read, item.what) : read.Row(*table, row);
       const Text name = Text(item.name) + (row > 0 ? " row " + std::to_string(row) : "");
       if (!read.whole) return CutShort(offset, name);
+      if (table == nullptr) head_offsets_[item.name] = offset;
       listener_.Item(offset, item.name, row, value);
       if (std::exchange(read.ends_in_blank, false)) Irregular(offset, name + ": a text ends in a blank");
     }
@@ -161,18 +168,19 @@ void QdxWalk::CheckSignature() {
 }
 
 void QdxWalk::CheckHead() {
-  const long long offset = stream_.Position();
-  const auto check_date = [&](std::string_view name, Integer year, Integer month, Integer day) {
+  const auto is_date = [&](std::string_view first_item, Integer year, Integer month, Integer day) {
     Date date = kNoDate;
-    if (DateOf(year, month, day, date)) return;
-    Irregular(offset, fmt::format("header: the {} date {} is in no calendar", name,
-                                  DateItemText({.month = month, .day = day, .year = year})));
+    if (DateOf(year, month, day, date)) return true;
+    Irregular(head_offsets_[first_item], fmt::format("the header's date {} is in no calendar",
+                                                     DateItemText({.month = month, .day = day, .year = year})));
+    return false;
   };
-  check_date("start", record_.StartYear, record_.StartMonth, record_.StartDay);
-  check_date("last", record_.LastYear, record_.LastMonth, record_.LastDay);
-  check_date("first", record_.FirstDateYear, record_.FirstDateMonth, record_.FirstDateDay);
+  const bool start_known = is_date("start month", record_.StartYear, record_.StartMonth, record_.StartDay);
+  const bool last_known = is_date("last month", record_.LastYear, record_.LastMonth, record_.LastDay);
+  is_date("first date month", record_.FirstDateYear, record_.FirstDateMonth, record_.FirstDateDay);
+  range_known_ = start_known && last_known;
   if (record_.DataLevel < kDayLevel || record_.DataLevel > kPeriodLevel) {
-    Irregular(offset, fmt::format("header: the data level is {}; there are 1 to 3", record_.DataLevel));
+    Irregular(head_offsets_["data level"], fmt::format("the data level is {}; there are 1 to 3", record_.DataLevel));
   }
 }
 
@@ -272,7 +280,7 @@ void QdxWalk::CheckDate(long long offset, const BodyDate& date, Date previous) {
   if (previous != kNoDate && day <= previous) {
     Irregular(offset, fmt::format("the date {} does not come behind {}", DateItemText(date), DateText(previous)));
   }
-  if (day < record_.StartDate() || day > record_.LastDate()) {
+  if (range_known_ && (day < record_.StartDate() || day > record_.LastDate())) {
     Irregular(offset, fmt::format("the date {} is outside the header's {} to {}", DateItemText(date),
                                   DateText(record_.StartDate()), DateText(record_.LastDate())));
   }

@@ -3,7 +3,9 @@
 // over much of what is told here as irregular: meant, those rules are the reader's and these are the writer's.
 #pragma once
 
+#include <map>
 #include <memory>
+#include <span>
 #include <string_view>
 
 #include "qdx/Body.h"
@@ -60,7 +62,9 @@ class QdxWalk {
   FileStream stream_;
   QdxListener& listener_;
   HeaderRecord record_;
+  std::map<std::string_view, long long> head_offsets_;  // of the items that are no table, by name
   bool readable_ = true;
+  bool range_known_ = true;  // the header's start and last date are dates
 };
 
 // The date of a body's or header's three items; false for one that no calendar has.

@@ -1,0 +1,151 @@
+#!/usr/bin/env python3
+"""Runs one case of the command `tallybook` and compares what it prints with what the case says.
+
+  run_case.py TALLYBOOK CASE [--update]
+
+A case is a text file. Lines before the first file or command are its title. It holds files and commands, in order:
+
+  == file NAME            the following lines, up to a line `== end`, are written to NAME
+  $ COMMAND               run by the shell in an empty folder, with `tallybook` on its path
+  > ...                   a further line of the command
+  < ...                   a line for its standard input
+  ! ...                   a line expected on standard error
+  ? N                     the expected exit status; without this line it is 0
+  anything else           a line expected on standard output
+
+The clock is fixed, the time zone is UTC, and home and settings lie in the folder, so that output is the same
+everywhere. The text of the folder's own path is shown as {DIR}. With --update the case is rewritten with what was
+printed: read the change like code.
+"""
+
+import argparse
+import difflib
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+CLOCK = "1709294400"  # 2024-03-01 12:00:00 UTC
+TIMEOUT = 120
+
+
+class Command:
+    def __init__(self, line):
+        self.lines = [line]
+        self.input = []
+        self.expected = []
+
+    def text(self):
+        return "\n".join([self.lines[0][2:]] + [line[2:] for line in self.lines[1:]])
+
+
+class File:
+    def __init__(self, name):
+        self.name = name
+        self.lines = []
+
+
+def parse(text):
+    title, steps = [], []
+    file = None
+    for line in text.splitlines():
+        if file is not None:
+            if line == "== end":
+                file = None
+            else:
+                file.lines.append(line)
+        elif line.startswith("== file "):
+            file = File(line[len("== file "):])
+            steps.append(file)
+        elif line.startswith("$ "):
+            steps.append(Command(line))
+        elif not steps:
+            title.append(line)
+        elif isinstance(steps[-1], File):
+            if line:
+                raise SystemExit(f"a line stands behind a file and before a command: {line!r}")
+        elif line.startswith("> ") and not steps[-1].expected:
+            steps[-1].lines.append(line)
+        elif line.startswith("< ") and not steps[-1].expected:
+            steps[-1].input.append(line)
+        else:
+            steps[-1].expected.append(line)
+    return title, steps
+
+
+def environment(folder, tallybook):
+    home = folder / ".home"
+    return {
+        "PATH": f"{pathlib.Path(tallybook).resolve().parent}:/usr/local/bin:/usr/bin:/bin",
+        "HOME": str(home),
+        "XDG_CONFIG_HOME": str(home / "config"),
+        "XDG_STATE_HOME": str(home / "state"),
+        "SOURCE_DATE_EPOCH": CLOCK,
+        "TZ": "UTC",
+        "LC_ALL": "C.UTF-8",
+    }
+
+
+def run(command, folder, env):
+    done = subprocess.run(["bash", "-c", command.text()], cwd=folder, env=env, timeout=TIMEOUT,
+                          input="\n".join([line[2:] for line in command.input] + [""]) if command.input else "",
+                          capture_output=True, text=True, encoding="utf-8", errors="backslashreplace", check=False)
+    shown = done.stdout.splitlines() + ["! " + line for line in done.stderr.splitlines()]
+    if done.returncode != 0:
+        shown.append(f"? {done.returncode}")
+    return [line.replace(str(folder), "{DIR}").rstrip() for line in shown]
+
+
+def render(title, steps):
+    lines = list(title)
+    for step in steps:
+        if isinstance(step, File):
+            lines += ["== file " + step.name] + step.lines + ["== end"]
+        else:
+            lines += step.lines + step.input + step.expected
+    return lines
+
+
+def without_trailing_blanks(lines):
+    while lines and not lines[-1]:
+        lines = lines[:-1]
+    return lines
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("tallybook")
+    parser.add_argument("case")
+    parser.add_argument("--update", action="store_true")
+    arguments = parser.parse_args()
+
+    path = pathlib.Path(arguments.case)
+    before = path.read_text(encoding="utf-8").splitlines()
+    title, steps = parse(path.read_text(encoding="utf-8"))
+    if not any(isinstance(step, Command) and (step.expected or arguments.update) for step in steps):
+        raise SystemExit(f"{path}: the case expects nothing")
+    with tempfile.TemporaryDirectory(prefix="tallybook-case-") as name:
+        folder = pathlib.Path(name).resolve()
+        env = environment(folder, arguments.tallybook)
+        for step in steps:
+            if isinstance(step, File):
+                (folder / step.name).write_text("\n".join(step.lines) + "\n", encoding="utf-8")
+            else:
+                step.expected = without_trailing_blanks(run(step, folder, env))
+                # A blank line between steps is for the reader of the case.
+                step.expected.append("")
+    after = without_trailing_blanks(render(title, steps))
+    expected = before
+    if arguments.update:
+        path.write_text("\n".join(after) + "\n", encoding="utf-8")
+        return
+    # Blank lines are for the reader of the case and are not compared.
+    if [line for line in expected if line] == [line for line in after if line]:
+        return
+    sys.stdout.writelines(line + "\n" for line in difflib.unified_diff(expected, after, "expected", "printed", lineterm=""))
+    raise SystemExit(1)
+
+
+if __name__ == "__main__":
+    main()
