@@ -173,7 +173,12 @@ void ConsoleMessageBoxes::Record(const Text& text, Long style, Integer answer) {
 }
 
 ConsolePlatform::ConsolePlatform(const AskOptions& options) : boxes_(options, progress_) {
-  InstallPlatform({&clock_, &files_, &boxes_, &input_, &screen_, "Tallybook"});
+  InstallPlatform({.clock = &clock_,
+                   .files = &files_,
+                   .message_boxes = &boxes_,
+                   .input = &input_,
+                   .screen = &screen_,
+                   .application_title = "Tallybook"});
 }
 
 ConsolePlatform::~ConsolePlatform() {

@@ -115,7 +115,12 @@ void ScriptedInput::RunOnce() {
 
 ScriptedPlatform::ScriptedPlatform(FilesIn where)
     : files(where == FilesIn::kMemory ? static_cast<FileSystem&>(memory) : machine), before_(InstalledOrNone()) {
-  InstallPlatform({&clock, &files, &boxes, &input, &screen, kTitle});
+  InstallPlatform({.clock = &clock,
+                   .files = &files,
+                   .message_boxes = &boxes,
+                   .input = &input,
+                   .screen = &screen,
+                   .application_title = kTitle});
 }
 
 ScriptedPlatform::~ScriptedPlatform() {
