@@ -71,8 +71,8 @@ ExchangeFile SomeFile(Integer account_mode, Integer field_mode) {
 
 Trial SomeTrial() {
   Trial trial;
-  trial.level = *rc::gen::inRange<Integer>(1, 4);
-  trial.math = *rc::gen::inRange<Integer>(0, 7);
+  trial.level = *rc::gen::element(kDayLevel, kWeekLevel, kPeriodLevel);
+  trial.math = *rc::gen::element<Integer>(0, 1, 2, 3, 4, 5, 6, -1);
   trial.account_mode = *rc::gen::element(kManually, kOneForOne, kAllToOne);
   trial.field_mode = *rc::gen::element(kManually, kOneForOne);
   trial.file = SomeFile(trial.account_mode, trial.field_mode);
