@@ -60,8 +60,10 @@ Double NearestWhole(Double value) {
 template <typename Whole>
 bool Fits(Double value, Double power) {
   const Double scaled = NearestWhole(value * power);
-  return (scaled >= std::numeric_limits<Whole>::min()) & (scaled <= std::numeric_limits<Whole>::max()) &
-         (scaled / power == value);
+  const int not_below = scaled >= std::numeric_limits<Whole>::min() ? 1 : 0;
+  const int not_above = scaled <= std::numeric_limits<Whole>::max() ? 1 : 0;
+  const int exact = scaled / power == value ? 1 : 0;
+  return (not_below & not_above & exact) != 0;
 }
 
 template <typename Whole>
