@@ -1,5 +1,6 @@
 #include "tallybook/cli/FigurePrinter.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -18,6 +19,7 @@ namespace {
 
 constexpr std::size_t kBufferSize = std::size_t{1} << 16;
 constexpr Long kFieldNameWidth = 30;
+constexpr std::size_t kValueWidth = 20;
 constexpr int kTableDigits = 15;  // what a person reads; every amount of so many digits shows as it was entered
 constexpr std::size_t kLongestNumber = 32;  // the shortest text of a double takes 24 characters at most
 
@@ -42,7 +44,12 @@ FigurePrinter::FigurePrinter(FigureForm form, const engine::Book& book, std::ost
 void FigurePrinter::Begin() {
   if (form_ == FigureForm::kCsv) buffer_ += "account_number,account_code,date,field,value\n";
   if (form_ == FigureForm::kTable) {
-    buffer_ += fmt::format("{:<10}  {:<10}  {:<36}{:>20}\n", "Account", "Date", "Field", "Value");
+    buffer_ += fmt::format("{:<10}  {:<10}  {:<36}{:>{}}\n", "Account", "Date", "Field", "Value", kValueWidth);
+    for (int position = 1; position <= book_.NumFields(); ++position) {
+      const Text name = TrimRight(book_.FieldName(static_cast<Integer>(position)));
+      field_texts_.push_back(fmt::format("  {:>5} {}", book_.FieldNumber(static_cast<Integer>(position)),
+                                         PadRight(name, ' ', kFieldNameWidth)));
+    }
   }
   if (form_ == FigureForm::kJson) buffer_ += '[';
 }
@@ -88,10 +95,16 @@ void FigurePrinter::PrintCsvRow(const engine::Figure& figure) {
 }
 
 void FigurePrinter::PrintTableRow(const engine::Figure& figure) {
-  const Text name = TrimRight(book_.FieldName(figure.field_position));
-  fmt::format_to(std::back_inserter(buffer_), "{}  {}  {:>5} {}{:>20}\n", account_text_, date_text_,
-                 figure.field_number, PadRight(name, ' ', kFieldNameWidth),
-                 fmt::format("{:.{}g}", figure.value, kTableDigits));
+  std::array<char, kLongestNumber> value;
+  const auto result = std::to_chars(value.begin(), value.end(), figure.value, std::chars_format::general, kTableDigits);
+  const auto width = static_cast<std::size_t>(result.ptr - value.begin());
+  buffer_ += account_text_;
+  buffer_ += "  ";
+  buffer_ += date_text_;
+  buffer_ += field_texts_[static_cast<std::size_t>(figure.field_position - 1)];
+  buffer_.append(kValueWidth - std::min(width, kValueWidth), ' ');
+  buffer_.append(value.begin(), result.ptr);
+  buffer_ += '\n';
 }
 
 void FigurePrinter::PrintJsonRow(const engine::Figure& figure) {

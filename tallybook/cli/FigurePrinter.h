@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "support/Types.h"
 #include "tallybook/engine/Book.h"
@@ -39,11 +40,12 @@ class FigurePrinter {
   std::string buffer_;
   bool any_ = false;
 
-  // What changes seldom is made once: the account's part of the row, by its position, and the date's.
+  // What changes seldom is made once.
   Integer account_position_ = 0;
   std::string account_text_;
   Date date_ = kNoDate;
   std::string date_text_;
+  std::vector<std::string> field_texts_;  // of the table, by field position
 };
 
 // A figure as the shortest decimal text that reads back to the same number.

@@ -13,6 +13,8 @@ A case is a text file. Lines before the first file or command are its title. It 
   ? N                     the expected exit status; without this line it is 0
   anything else           a line expected on standard output
 
+A case may also be a page of Markdown: its blocks fenced as ```console are run, all in one folder, and compared.
+
 The clock is fixed, the time zone is UTC, and home and settings lie in the folder, so that output is the same
 everywhere. The text of the folder's own path is shown as {DIR}. With --update the case is rewritten with what was
 printed: read the change like code.
@@ -46,10 +48,10 @@ class File:
         self.lines = []
 
 
-def parse(text):
+def parse(lines):
     title, steps = [], []
     file = None
-    for line in text.splitlines():
+    for line in lines:
         if file is not None:
             if line == "== end":
                 file = None
@@ -113,6 +115,31 @@ def without_trailing_blanks(lines):
     return lines
 
 
+def pieces(text, is_page):
+    """The text as pairs of a flag, true for what is to be run, and its lines."""
+    if not is_page:
+        return [(True, text.splitlines())]
+    split = [(False, [])]
+    for line in text.splitlines():
+        if split[-1][0] and line == "```":
+            split.append((False, []))
+        split[-1][1].append(line)
+        if line == "```console":
+            split.append((True, []))
+    return split
+
+
+def run_piece(lines, folder, env):
+    title, steps = parse(lines)
+    for step in steps:
+        if isinstance(step, File):
+            (folder / step.name).write_text("\n".join(step.lines) + "\n", encoding="utf-8")
+        else:
+            # A blank line between steps is for the reader of the case.
+            step.expected = without_trailing_blanks(run(step, folder, env)) + [""]
+    return without_trailing_blanks(render(title, steps))
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("tallybook")
@@ -121,29 +148,24 @@ def main():
     arguments = parser.parse_args()
 
     path = pathlib.Path(arguments.case)
-    before = path.read_text(encoding="utf-8").splitlines()
-    title, steps = parse(path.read_text(encoding="utf-8"))
-    if not any(isinstance(step, Command) and (step.expected or arguments.update) for step in steps):
-        raise SystemExit(f"{path}: the case expects nothing")
+    text = path.read_text(encoding="utf-8")
+    parts = pieces(text, path.suffix == ".md")
+    if not any(line.startswith("$ ") for to_run, lines in parts if to_run for line in lines):
+        raise SystemExit(f"{path}: the case runs nothing")
     with tempfile.TemporaryDirectory(prefix="tallybook-case-") as name:
         folder = pathlib.Path(name).resolve()
         env = environment(folder, arguments.tallybook)
-        for step in steps:
-            if isinstance(step, File):
-                (folder / step.name).write_text("\n".join(step.lines) + "\n", encoding="utf-8")
-            else:
-                step.expected = without_trailing_blanks(run(step, folder, env))
-                # A blank line between steps is for the reader of the case.
-                step.expected.append("")
-    after = without_trailing_blanks(render(title, steps))
-    expected = before
+        after = []
+        for to_run, lines in parts:
+            after += run_piece(lines, folder, env) if to_run else lines
     if arguments.update:
         path.write_text("\n".join(after) + "\n", encoding="utf-8")
         return
     # Blank lines are for the reader of the case and are not compared.
-    if [line for line in expected if line] == [line for line in after if line]:
+    before = text.splitlines()
+    if [line for line in before if line] == [line for line in after if line]:
         return
-    sys.stdout.writelines(line + "\n" for line in difflib.unified_diff(expected, after, "expected", "printed", lineterm=""))
+    sys.stdout.writelines(line + "\n" for line in difflib.unified_diff(before, after, "expected", "printed", lineterm=""))
     raise SystemExit(1)
 
 
