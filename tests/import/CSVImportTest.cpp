@@ -706,6 +706,15 @@ TEST_F(ClearingCSVImportTest, AListOfPositionZeroAloneClearsNothing) {
   EXPECT_THAT(setup_.Calls({"BeginProgress"}), ::testing::Not(Contains(::testing::HasSubstr("Clearing"))));
 }
 
+TEST_F(CSVImportTest, AListOfOneFieldClearsThatField) {
+  setup_.book().Set(101, kThird, 1, 11);
+  setup_.book().Set(101, kThird, 2, 22);
+  request_.clear_fields = {0, 1};
+  EXPECT_TRUE(Import("2,3,2004,1,1\n"));
+  EXPECT_EQ(Figure(101, kThird, 1), 0);
+  EXPECT_EQ(Figure(101, kThird, 2), 22);
+}
+
 TEST_F(ClearingCSVImportTest, PositionZeroIsNeverLookedAt) {
   request_.clear_fields = {1, 0, -1};
   EXPECT_TRUE(Import("2,3,2004,1,1\n"));
