@@ -13,8 +13,9 @@ target_compile_options(tallybook_build_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
   -Woverloaded-virtual -Wcast-align -Wunused -Wnull-dereference -Wformat=2 -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # GCC 12 reports these inside the standard library's own headers at -O2 (its bugs 105562 and 105651).
-  target_compile_options(tallybook_build_options INTERFACE -Wno-restrict -Wno-null-dereference -Wno-maybe-uninitialized)
+  # GCC 12 reports these inside the standard library's own headers when it optimises (its bugs 105329, 105562, 105651).
+  target_compile_options(tallybook_build_options INTERFACE -Wno-restrict -Wno-null-dereference -Wno-maybe-uninitialized
+                                                     -Wno-stringop-overflow)
 endif()
 if(TALLYBOOK_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
