@@ -43,6 +43,10 @@ Platform& ThePlatform() {
   return platform;
 }
 
+bool IsPlatformInstalled() {
+  return Installed().clock != nullptr;
+}
+
 void RemovePlatform() {
   Installed() = Platform{};
 }

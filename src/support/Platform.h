@@ -193,9 +193,9 @@ struct FileDialogRequest {
   Text title;
   Text filter;  // pairs of text and pattern, each ended by a zero character
   Long filter_index = 0;
-  Text file_name;   // in: proposed; out: chosen path
-  Text file_title;  // out: its name without the folder
-  Long max_file_size = 255;
+  Text file_name;            // in: proposed; out: chosen path
+  Text file_title;           // in and out: its name without the folder
+  Long max_file_size = 255;  // characters; a longer choice is refused with extended error 0x3003
   Text initial_folder;
   Text default_extension;
   Long flags = 0;
@@ -204,13 +204,15 @@ struct FileDialogRequest {
 
 struct ColorDialogRequest {
   Long owner = 0;
-  Long color = 0;  // in and out
+  Long color = 0;                   // in and out
+  std::vector<Long> custom_colors;  // offered beside the stock's; out: as the user left them
   Long flags = 0;
   Long extended_error = 0;
 };
 
 struct FontDialogRequest {
   Long owner = 0;
+  Long device_context = 0;  // -1: that of the application's printer
   Text name;
   Single size = 0;  // points
   bool bold = false;
@@ -294,6 +296,7 @@ struct Platform {
 void InstallPlatform(const Platform& platform);
 // The installed platform. Failure 91 (object not set) before one is installed.
 [[nodiscard]] Platform& ThePlatform();
+[[nodiscard]] bool IsPlatformInstalled();
 // Back to none, before the objects that it points to go. For tests.
 void RemovePlatform();
 

@@ -19,6 +19,18 @@ Screen& TheScreen() {
   return *ThePlatform().screen;
 }
 
+// A flag that is up for as long as it lives.
+class Raised {
+ public:
+  explicit Raised(bool& flag) : flag_(flag) { flag_ = true; }
+  ~Raised() { flag_ = false; }
+  Raised(const Raised&) = delete;
+  Raised& operator=(const Raised&) = delete;
+
+ private:
+  bool& flag_;
+};
+
 }  // namespace
 
 const std::vector<Form*>& OpenForms() {
@@ -29,7 +41,8 @@ Form::Form(Text name) : name_(std::move(name)) {}
 
 Form::~Form() {
   // Not Unload: listeners may belong to a dialog that is already gone.
-  if (IsLoaded()) TheScreen().DestroyWindow(window_);
+  // Nor is there a screen any more where a form outlives the platform, as those of the process may.
+  if (IsLoaded() && IsPlatformInstalled()) TheScreen().DestroyWindow(window_);
   std::erase(FormList(), this);
 }
 
@@ -83,8 +96,11 @@ void Form::Hide() {
 }
 
 void Form::Unload() {
-  if (!IsLoaded()) return;
-  Unloading.Raise();
+  if (!IsLoaded() || unloading_) return;
+  {
+    const Raised unloading(unloading_);
+    Unloading.Raise();
+  }
   Hide();
   TheScreen().DestroyWindow(std::exchange(window_, 0));
   std::erase(FormList(), this);

@@ -5,6 +5,7 @@
 // The window itself is the screen's: the form asks it (support/Platform.h, Screen) to make, show, hide and place it.
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "support/Types.h"
@@ -47,6 +48,9 @@ class Form {
   [[nodiscard]] Integer WindowState() const;
   void SetWindowState(Integer state);
 
+  // Expires when the form is gone: for who keeps a pointer to it over a nested input loop.
+  [[nodiscard]] std::weak_ptr<const void> Life() const { return life_; }
+
   // The window's handle; 0 while the form is not loaded.
   [[nodiscard]] Long Hwnd() const { return window_; }
   [[nodiscard]] bool IsLoaded() const { return window_ != 0; }
@@ -88,6 +92,7 @@ class Form {
   void Unregister(Timer& timer);
   void MoveFocus(Control* control);
 
+  std::shared_ptr<const void> life_ = std::make_shared<char>();
   Text name_;
   Text caption_;
   Text tag_;
@@ -97,6 +102,7 @@ class Form {
   Text font_name_;
   Single font_size_ = 0;
   Long window_ = 0;
+  bool unloading_ = false;
   Control* active_control_ = nullptr;
   std::vector<Control*> controls_;
   std::vector<Timer*> timers_;

@@ -31,7 +31,6 @@ bool NumberBox::UserSpin(int direction) {
 }
 
 bool SaveButtons::UserClick(Integer button) {
-  if (button == kCancelButton && !cancel_enabled_) return false;
   if (!UserFocus()) return false;
   Click.Raise(button);
   return true;

@@ -42,7 +42,8 @@ class SaveButtons : public Control {
   static constexpr Integer kCancelButton = 0;
   static constexpr Integer kMainButton = 1;
 
-  // Whether the dialog holds something that Cancel would lose.
+  // Whether the dialog holds something that Cancel would lose. For the looks of the button alone: it can be pressed
+  // either way, and then leaves the dialog.
   [[nodiscard]] bool CancelEnabled() const { return cancel_enabled_; }
   void SetCancelEnabled(bool enabled) { Set(cancel_enabled_, enabled); }
 
