@@ -38,6 +38,8 @@ Failure CurrentFailure() {
   }
 }
 
-void StopProgram() { std::_Exit(EXIT_FAILURE); }
+void StopProgram() {
+  std::_Exit(EXIT_FAILURE);
+}
 
 }  // namespace tallybook

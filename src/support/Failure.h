@@ -26,6 +26,7 @@ enum class FailureNumber : Integer {
   kPathOrAccess = 75,
   kPathNotFound = 76,
   kObjectNotSet = 91,
+  kDialogCancelled = 894,  // the low half of CCommonDialog's 0x8004037E: the user left a common dialog
 };
 
 class Failure : public std::exception {

@@ -21,10 +21,15 @@ class Masterfile;
 // with its own input loop, so the modal effect is made by hand: every other open form is disabled with its controls,
 // save those tagged "1", and restored afterwards; the dialog follows its owner's window state and visibility. Events of
 // the host and of other dialogs arrive meanwhile, and showing a dialog from within a dialog nests. A failure inside
-// shows "Error in ShowLikeModal, " and the error text, unwinds and returns.
+// shows "Error in ShowLikeModal, " and the error text, hides the dialog, unwinds and returns.
+//   owner   the active window, meant: a dialog shown from within a dialog is owned by that one, whatever is passed
+//   here.
+//           `owner` counts where no window is active. A handle that no window has, and 0, mean no owner.
+//   meant   on a screen without windows it returns at once, the dialog hidden: nobody could ever close it there.
 void ShowLikeModal(Form& dialog, Long owner);
 
-// Hides a dialog that ShowLikeModal shows; dialogs that were shown over it are hidden first.
+// Hides a dialog that ShowLikeModal shows; dialogs that were shown over it are hidden first. One that is minimised
+// becomes normal, so that it shows next time. Handles pending input at the end.
 void HideLikeModal(Form& dialog);
 
 // How many dialogs ShowLikeModal shows now. ResetModalStack forgets them, for tests.
@@ -58,16 +63,19 @@ void SelectComboItem(ListControl& list, Long tag);
 [[nodiscard]] Integer FindExactInList(const ListControl& list, const Text& text);
 // Selects all of a box's text: from 0, the text's length plus 1; nothing where it has none.
 void SelectAllText(TextBox& box);
-// Gives the grid's last column the room that is left within `width`, the scroll bar's taken off.
+// Gives the grid's last column the room that is left within `width`, the scroll bar's taken off; where none is left it
+// stays as it is.
 void FitGridColumns(Grid& grid, Long width);
 // Puts an icon of the system's stock, by its number, into a picture.
 void DrawStandardIcon(Picture& picture, Long icon);
 // The key filter of a text box: what a key becomes. `allowed` is a list of pairs of characters, each a range; an empty
-// one lets everything through. Control codes 1, 3, 8, 22 and 24 pass. A character that lies in no range gives 0 and a
-// sound.
+// one lets everything through. Key codes and ranges count in the code page of files. Control codes 1, 3, 8, 22 and 24
+// pass, the Enter key (13) and all others are held to the ranges. What lies in no range gives 0 and a sound. A last
+// character that has no partner is no range.
 [[nodiscard]] Integer FilterKey(Integer key_code, const Text& allowed);
 
 // --- The desktop -----------------------------------------------------------------------------------------------------
+// All of these fail with Failure 73 on a platform without a desktop shell.
 
 // Opens a file with its associated application, maximised; where there is none, tells so and offers the system's
 // choice.
