@@ -5,9 +5,29 @@
 #include <iostream>
 
 #include "support/Failure.h"
+#include "support/Narrow.h"
 #include "support/Utility.h"
+#include "tallybook/settings/SettingsFile.h"
 
 namespace tallybook::cli {
+
+namespace {
+
+// How much of a book is kept in memory, by the installation's settings: section "Files", key "CacheMiB".
+std::size_t CacheBytes(const Text& settings_file) {
+  constexpr Double kMostMiB = 1 << 20;
+  settings::SettingsFile settings(settings_file);
+  settings.SetSection("Files");
+  const Text text = settings.ReadValue("CacheMiB", "256");
+  const Double mebibytes = LeadingNumber(text);
+  if (mebibytes < 1 || mebibytes > kMostMiB) {
+    throw Failure(FailureNumber::kInvalidArgument, settings_file + ": [Files] CacheMiB is \"" + text +
+                                                       "\"; a number of mebibytes from 1 to 1,048,576 is wanted");
+  }
+  return static_cast<std::size_t>(mebibytes) << 20U;
+}
+
+}  // namespace
 
 Integer ConsoleLog::LogError(const Text& message, Long line_number, Integer detail) {
   progress_.Hide();
@@ -28,6 +48,7 @@ Session::Session(const AskOptions& asking) : platform_(asking), app_(platform_.P
 std::unique_ptr<engine::Book> Session::Open(const Text& path, bool read_only) {
   engine::BookOptions options;
   options.read_only = read_only;
+  options.cache_bytes = CacheBytes(app_.SettingsFileName());
   options.progress = &platform_.Progress();
   options.reports = &report_heads_;
   return engine::Book::Open(BookPath(path), app_, options);
