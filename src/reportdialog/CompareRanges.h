@@ -18,7 +18,7 @@ class CompareRanges {
   CompareRanges(const CompareRanges&) = delete;
   CompareRanges& operator=(const CompareRanges&) = delete;
 
-  void Attach(FiscalCalendar& calendar, const ReportObject& report);
+  void Attach(FiscalCalendar* calendar, const ReportObject& report);
   void Release();
 
   // What is chosen now: none, and through the date range, from the start.

@@ -13,6 +13,7 @@
 
 namespace tallybook {
 
+class HostApp;
 class Masterfile;
 class ReportObject;
 
@@ -22,8 +23,9 @@ class DateRanges {
   DateRanges(const DateRanges&) = delete;
   DateRanges& operator=(const DateRanges&) = delete;
 
-  // Whose dates these are, until Release. `calendar` is the dialog's own, attached to `masterfile`.
-  void Attach(Masterfile& masterfile, FiscalCalendar& calendar, const ReportObject& report);
+  // Whose dates these are, until Release. `calendar` is the dialog's own, attached to `masterfile`; null where there is
+  // none.
+  void Attach(Masterfile& masterfile, FiscalCalendar* calendar, const ReportObject& report);
   void Release();
 
   // The date that the dialog centres on. Setting it sets both calendars to it.
@@ -98,6 +100,7 @@ class DateRanges {
   [[nodiscard]] Text CustomPrefix() const;
 
   RepPrintControls& controls_;
+  HostApp* app_ = nullptr;
   Masterfile* masterfile_ = nullptr;
   FiscalCalendar* calendar_ = nullptr;
   const ReportObject* report_ = nullptr;

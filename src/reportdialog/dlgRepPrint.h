@@ -32,6 +32,7 @@
 
 namespace tallybook {
 
+class HostApp;
 class HostFactory;
 class Masterfile;
 
@@ -75,7 +76,7 @@ class dlgRepPrint : public RepPrintControls {
   // value; it becomes the caption of the last page's button. `help_context` 0 leaves the topic as it is.
   //   leaves  Cancelled true; for a report that prints from the command line the dialog is finished, with Cancelled
   //           false, and is not to be shown
-  //   fails   failure 91 where the report has no database, with nothing done: there is no log to tell it to. Any other
+  //   fails   failure 91 where the report has no database, with nothing done: there is no log to tell it to. Any later
   //           failure is logged with " - dlgRepPrint:SetFields"
   void SetFields(ReportObject& report, const Text& title, const Text& short_title, Long help_context);
 
@@ -119,37 +120,37 @@ class dlgRepPrint : public RepPrintControls {
   [[nodiscard]] SequenceList* Sequences() const { return sequences_; }
 
  private:
-  void Listen();
   void OnLoad();
   void OnUnload();
 
-  // The parts of SetFields; each runs numbered statements of it.
-  void BindReport(Statements& at);
+  // The parts of SetFields, in order; each runs numbered statements of it.
+  void BindReport(Statements& at, ReportObject& report);
   void ShowTitle(Statements& at, const Text& title, const Text& short_title, Long help_context);
   void OfferTransposition(Statements& at);
-  void OfferStyles(Statements& at);
-  void OpenStyledReport(Statements& at);
+  void ChooseFirstPage(Statements& at);
+  void OpenStylePage(Statements& at);
   void LoadSequences(Statements& at);
   void LimitByColumns(Statements& at);
   void PrepareCalendars(Statements& at);
   void ReadSwitches(Statements& at);
-  void Finish(Statements& at);
+  // Walks through the pages and collects what they hold, without a user.
+  void FinishUnseen(Statements& at);
 
-  // A change of page, and its parts.
+  // A change of page, and what each page does on entry. A page that is passed over hands on to the next one.
   void SetFrameContents(Integer new_page);
   void EnterStylePage(Statements& at, Integer old_page);
   void EnterSequencePage(Statements& at);
   void EnterDatePage(Statements& at);
-  void OfferLengths(Integer style);
-  void SelectLengthOfStyle(Integer style);
-  void SelectLengthOfLine();
-  void LimitByTransposition(Integer style);
-  void ShowPage(Statements& at, Integer old_page);
+  void OfferLengthsOfStyle(Statements& at, Integer style);
+  void OfferLengthsOfDataLevel(Statements& at);
+  void LimitByTransposition(Statements& at, Integer style);
+  void EnableLengths(Integer first, Integer last, bool enabled);
   void SetButtons();
 
   // The answers to what the user does.
+  void ListenToChoices();
+  void ListenToForm();
   void OptStyle_Click(Integer style);
-  void optLength_Click(Integer length);
   void Command1_Click(Integer button);
   void PressNext();
   void Cancel();
@@ -164,10 +165,11 @@ class dlgRepPrint : public RepPrintControls {
   [[nodiscard]] Masterfile& Database() const;
   [[nodiscard]] ReportObject& Report() const;
   [[nodiscard]] PrintSequence& Sequence();
-  [[nodiscard]] Statements::Teller LogWith(const char* suffix);
+  [[nodiscard]] Statements::Teller LogWith(Text suffix);
   void Touch();
 
   HostFactory& factory_;
+  HostApp* app_ = nullptr;
   Masterfile* masterfile_ = nullptr;
   ReportObject* report_ = nullptr;
   SequenceList* sequences_ = nullptr;
