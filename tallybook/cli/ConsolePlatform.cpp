@@ -83,6 +83,7 @@ Date EpochDate(const char* text) {
 const std::vector<Text>& AnswerWords() {
   static const std::vector<Text> words = [] {
     std::vector<Text> all;
+    all.reserve(kButtons.size());
     for (const Button& button : kButtons) all.emplace_back(button.word);
     return all;
   }();

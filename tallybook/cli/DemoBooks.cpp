@@ -144,6 +144,7 @@ engine::BookDescription DemoOffice() {
 const std::vector<DemoMatch>& DemoMatches() {
   static const std::vector<DemoMatch> matches = [] {
     std::vector<DemoMatch> all;
+    all.reserve(kDepartments.size());
     for (const Department& department : kDepartments) all.push_back({department.code, department.office_code});
     return all;
   }();

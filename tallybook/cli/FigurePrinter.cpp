@@ -95,7 +95,7 @@ void FigurePrinter::PrintCsvRow(const engine::Figure& figure) {
 }
 
 void FigurePrinter::PrintTableRow(const engine::Figure& figure) {
-  std::array<char, kLongestNumber> value;
+  std::array<char, kLongestNumber> value{};
   const auto result = std::to_chars(value.begin(), value.end(), figure.value, std::chars_format::general, kTableDigits);
   const auto width = static_cast<std::size_t>(result.ptr - value.begin());
   buffer_ += account_text_;
@@ -125,13 +125,13 @@ void FigurePrinter::PrintJsonRow(const engine::Figure& figure) {
 }
 
 void FigurePrinter::AppendValue(Double value) {
-  std::array<char, kLongestNumber> text;
+  std::array<char, kLongestNumber> text{};
   const auto result = std::to_chars(text.begin(), text.end(), value);
   buffer_.append(text.begin(), result.ptr);
 }
 
 void FigurePrinter::AppendNumber(Long number) {
-  std::array<char, kLongestNumber> text;
+  std::array<char, kLongestNumber> text{};
   const auto result = std::to_chars(text.begin(), text.end(), number);
   buffer_.append(text.begin(), result.ptr);
 }
@@ -142,7 +142,7 @@ void FigurePrinter::WriteOut() {
 }
 
 Text ShortestText(Double value) {
-  std::array<char, kLongestNumber> text;
+  std::array<char, kLongestNumber> text{};
   const auto result = std::to_chars(text.begin(), text.end(), value);
   return {text.begin(), result.ptr};
 }
