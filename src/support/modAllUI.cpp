@@ -20,7 +20,6 @@ namespace tallybook {
 
 namespace {
 
-constexpr Single kLoopSleep = 0.001F;  // seconds
 // What the class names of the component's own windows hold.
 constexpr std::string_view kOwnClass = "Thunder";
 constexpr std::size_t kLongestClassName = 255;
@@ -172,7 +171,7 @@ bool IsShown(const Form& dialog) {
 void RunWhileShown(const Form& dialog) {
   while (IsShown(dialog)) {
     HandlePendingInput();
-    ThePlatform().clock->Sleep(kLoopSleep);
+    ThePlatform().clock->Sleep(kModalSleep);
     // Rows come and go only within HandlePendingInput, whose own dialogs are gone when it returns.
     for (ModalRow* const row : ModalStack()) FollowOwner(*row);
   }
@@ -224,6 +223,10 @@ void HideLikeModal(Form& dialog) {
 
 Integer ModalDepth() {
   return static_cast<Integer>(ModalStack().size());
+}
+
+Form* TopModalDialog() {
+  return ModalStack().empty() ? nullptr : ModalStack().back()->dialog;
 }
 
 void ResetModalStack() {

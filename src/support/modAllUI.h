@@ -28,12 +28,16 @@ class Masterfile;
 //   meant   on a screen without windows it returns at once, the dialog hidden: nobody could ever close it there.
 void ShowLikeModal(Form& dialog, Long owner);
 
+// How long each turn of its loop sleeps, in seconds.
+inline constexpr Single kModalSleep = 0.001F;
+
 // Hides a dialog that ShowLikeModal shows; dialogs that were shown over it are hidden first. One that is minimised
 // becomes normal, so that it shows next time. Handles pending input at the end.
 void HideLikeModal(Form& dialog);
 
-// How many dialogs ShowLikeModal shows now. ResetModalStack forgets them, for tests.
+// How many dialogs ShowLikeModal shows now, and the one on top; null for none. ResetModalStack forgets them, for tests.
 [[nodiscard]] Integer ModalDepth();
+[[nodiscard]] Form* TopModalDialog();
 void ResetModalStack();
 
 // --- Forms -----------------------------------------------------------------------------------------------------------

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "support/Dates.h"
-#include "support/Failure.h"
 #include "support/Utility.h"
+#include "support/modAllUI.h"
 
 namespace tallybook::testing {
 
@@ -34,11 +34,7 @@ bool HasButton(Long style, Integer button) {
 }
 
 Platform InstalledOrNone() {
-  try {
-    return ThePlatform();
-  } catch (const Failure&) {
-    return {};  // nothing was installed before, which is how a test program starts
-  }
+  return IsPlatformInstalled() ? ThePlatform() : Platform{};
 }
 
 }  // namespace
@@ -58,6 +54,8 @@ Date ScriptedClock::Now() {
 void ScriptedClock::Sleep(Single seconds) {
   slept_ += seconds;
   Advance(seconds);
+  // Other sleeps are waits within an operation, in which the user's script may well have nothing to do.
+  if (user_ != nullptr && seconds == kModalSleep) user_->EndTurn();
 }
 
 Text ScriptedClock::LongDate(Date date) {
@@ -103,6 +101,7 @@ void ScriptedInput::SetPending(int looks, Long mask) {
 bool ScriptedInput::HasPending(Long mask) {
   ++looks_;
   last_mask_ = mask;
+  if (user_ != nullptr && user_->IsReady()) return true;
   if (pending_ == 0 || (mask & pending_mask_) == 0) return false;
   --pending_;
   return true;
@@ -111,19 +110,26 @@ bool ScriptedInput::HasPending(Long mask) {
 void ScriptedInput::RunOnce() {
   ++runs_;
   if (on_run_) on_run_();
+  if (user_ != nullptr) user_->DoNext();
 }
 
 ScriptedPlatform::ScriptedPlatform(FilesIn where)
     : files(where == FilesIn::kMemory ? static_cast<FileSystem&>(memory) : machine), before_(InstalledOrNone()) {
+  clock.SetUser(&user);
+  input.SetUser(&user);
   InstallPlatform({.clock = &clock,
                    .files = &files,
                    .message_boxes = &boxes,
                    .input = &input,
                    .screen = &screen,
+                   .file_dialogs = &file_dialogs,
+                   .shell = &shell,
                    .application_title = kTitle});
 }
 
 ScriptedPlatform::~ScriptedPlatform() {
+  user.ExpectDone();
+  ResetModalStack();
   ResetOpenFiles();
   if (before_.clock == nullptr)
     RemovePlatform();

@@ -5,6 +5,11 @@
 //   ScriptedPlatform platform;                 // installed from here to the end of its life
 //   platform.boxes.Answer({kRetry, kCancel});
 //   platform.files.FailNth(FileCall::kRead, 2, FailureNumber::kDeviceError);
+//   platform.file_dialogs.Choose("/out/a.txt");
+//   platform.user.Type("dlgExport", "Text1", "b.txt").Click("dlgExport", "SaveButtons1", SaveButtons::kMainButton);
+//
+// Windows are those of ScriptedScreen.h, the system's dialogs and shell those of ScriptedDialogs.h; what the user does
+// in dialogs is a script, told in ScriptedUser.h.
 //
 // Files are those of the machine; ScriptedPlatform platform(FilesIn::kMemory) keeps them in `platform.memory`.
 #pragma once
@@ -18,6 +23,9 @@
 #include "support/platform/posix/PosixFileSystem.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/MemoryFileSystem.h"
+#include "tests/support/ScriptedDialogs.h"
+#include "tests/support/ScriptedScreen.h"
+#include "tests/support/ScriptedUser.h"
 
 namespace tallybook::testing {
 
@@ -32,6 +40,8 @@ class ScriptedClock : public Clock {
   void SetStep(Double seconds) { step_ = seconds; }
   // The sum of all sleeps, in seconds.
   [[nodiscard]] Double Slept() const { return slept_; }
+  // The user whose turn ends with each sleep of a modal loop; null for none.
+  void SetUser(ScriptedUser* user) { user_ = user; }
 
   [[nodiscard]] Date Now() override;
   void Sleep(Single seconds) override;
@@ -41,6 +51,7 @@ class ScriptedClock : public Clock {
   Date now_;
   Double step_ = 0;
   Double slept_ = 0;
+  ScriptedUser* user_ = nullptr;
 };
 
 struct ShownBox {
@@ -76,6 +87,9 @@ class ScriptedInput : public InputQueue {
  public:
   // So many of the next looks find work of the kinds in `mask`.
   void SetPending(int looks, Long mask = 0xA5);
+  // The user who does a step at each run, where one can be done; null for none. Such a step counts as pending work of
+  // any kind.
+  void SetUser(ScriptedUser* user) { user_ = user; }
   // What a run does besides counting: a test's way into the middle of an operation.
   void OnRun(std::function<void()> act) { on_run_ = std::move(act); }
   [[nodiscard]] int Looks() const { return looks_; }
@@ -92,20 +106,13 @@ class ScriptedInput : public InputQueue {
   int runs_ = 0;
   Long last_mask_ = 0;
   std::function<void()> on_run_;
-};
-
-class ScriptedScreen : public ScreenWithoutWindows {
- public:
-  [[nodiscard]] const std::vector<Pointer>& Pointers() const { return pointers_; }
-  void SetPointer(Pointer pointer) override { pointers_.push_back(pointer); }
-
- private:
-  std::vector<Pointer> pointers_;
+  ScriptedUser* user_ = nullptr;
 };
 
 enum class FilesIn { kMachine, kMemory };
 
-// Installs itself. Its end closes the numbered files; what is installed then is the last one still alive, or, where
+// Installs itself. Its end closes the numbered files, empties the modal stack and fails the test where steps of the
+// user's script are left; what is installed then is the last one still alive, or, where
 // there is none, nothing that may be used.
 class ScriptedPlatform {
  public:
@@ -118,6 +125,9 @@ class ScriptedPlatform {
   ScriptedMessageBoxes boxes;
   ScriptedInput input;
   ScriptedScreen screen;
+  ScriptedShell shell;
+  ScriptedFileDialogs file_dialogs{shell};
+  ScriptedUser user;
   PosixFileSystem machine;
   MemoryFileSystem memory{&clock};
   FaultyFileSystem files;
