@@ -42,7 +42,9 @@ TEST_F(TextEncodingTest, AnyOtherFileIsReadThroughTheCodePage) {
 }
 
 TEST_F(TextEncodingTest, OneStrayByteAtTheEndOfALongFileIsSeen) {
-  EXPECT_EQ(Detected(std::string(300'000, 'a') + "\xFC"), TextEncoding::kCodePage);
+  std::string bytes(300'000, 'a');
+  bytes += '\xFC';
+  EXPECT_EQ(Detected(bytes), TextEncoding::kCodePage);
 }
 
 // A block of 64 KiB may end within a character, whatever the character's length.
