@@ -148,10 +148,15 @@ void FollowVisibility(ModalRow& row) {
   }
 }
 
-void FollowOwner(ModalRow& row) {
+// `front` is the window in front. It goes on from row to row: a dialog that is disabled by the one over it cannot be
+// activated, and yet brings that one to the front.
+void FollowOwner(ModalRow& row, Long& front) {
   if (row.owner == 0 || !IsOpen(row.dialog) || !row.dialog->Visible()) return;
   Screen& screen = TheScreen();
-  if (screen.ActiveWindow() == row.owner) screen.ActivateWindow(row.dialog->Hwnd());
+  if (front == row.owner) {
+    front = row.dialog->Hwnd();
+    screen.ActivateWindow(front);
+  }
   if (const Form* const owner_form = OwnFormOf(row.owner)) {
     const Integer state = owner_form->WindowState();
     if (row.dialog->WindowState() != state) row.dialog->SetWindowState(state);
@@ -173,7 +178,8 @@ void RunWhileShown(const Form& dialog) {
     HandlePendingInput();
     ThePlatform().clock->Sleep(kModalSleep);
     // Rows come and go only within HandlePendingInput, whose own dialogs are gone when it returns.
-    for (ModalRow* const row : ModalStack()) FollowOwner(*row);
+    Long front = TheScreen().ActiveWindow();
+    for (ModalRow* const row : ModalStack()) FollowOwner(*row, front);
   }
 }
 
