@@ -1,14 +1,21 @@
 #include "support/controls/Grid.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "support/FixedTable.h"
 
 namespace tallybook {
 
 void Grid::SetSize(Long rows, Long columns) {
+  if (rows < 0) FailOutsideTable(rows, Rows());
+  if (columns < 0) FailOutsideTable(columns, columns_);
   cells_.resize(static_cast<std::size_t>(rows));
   for (auto& row : cells_) row.resize(static_cast<std::size_t>(columns));
   widths_.resize(static_cast<std::size_t>(columns));
   columns_ = columns;
+  row_ = std::clamp(row_, Long{0}, std::max(rows - 1, Long{0}));
+  column_ = std::clamp(column_, Long{0}, std::max(columns - 1, Long{0}));
   Changed.Raise();
 }
 
@@ -61,14 +68,20 @@ void TabStrip::SetTabs(std::vector<tallybook::Text> captions) {
   Changed.Raise();
 }
 
-void TabStrip::SetSelected(Integer tab) {
+void TabStrip::Expect(Integer tab) const {
   if (tab < 1 || static_cast<std::size_t>(tab) > tabs_.size()) FailOutsideTable(tab, static_cast<Long>(tabs_.size()));
+}
+
+void TabStrip::SetSelected(Integer tab) {
+  Expect(tab);
   if (Set(selected_, tab)) Click.Raise();
 }
 
 bool TabStrip::UserChoose(Integer tab) {
+  Expect(tab);
   if (!UserFocus()) return false;
-  SetSelected(tab);
+  Set(selected_, tab);
+  Click.Raise();
   return true;
 }
 

@@ -12,7 +12,8 @@ class Grid : public Control {
  public:
   using Control::Control;
 
-  // Cells that stay keep their text.
+  // Cells that stay keep their text. A current cell that the grid loses moves to the nearest that it has, without a
+  // word. A size below 0 is failure 9.
   void SetSize(Long rows, Long columns);
   [[nodiscard]] Long Rows() const { return static_cast<Long>(cells_.size()); }
   [[nodiscard]] Long Columns() const { return columns_; }
@@ -70,9 +71,12 @@ class TabStrip : public Control {
   void SetSelected(Integer tab);
 
   Event<> Click;
+  // The user chooses a tab, which may be the selected one.
   bool UserChoose(Integer tab);
 
  private:
+  void Expect(Integer tab) const;
+
   std::vector<tallybook::Text> tabs_;
   Integer selected_ = 1;
 };

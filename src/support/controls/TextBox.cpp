@@ -51,7 +51,8 @@ bool TextBox::UserType(Integer character_code) {
   const tallybook::Text before = text_;
   if (character_code == kBackspace) {
     if (sel_length_ == 0 && sel_start_ > 0) {
-      --sel_start_;
+      // The character before; a caret beyond the text stands at its end.
+      sel_start_ = std::min(sel_start_, CharacterCount(text_)) - 1;
       sel_length_ = 1;
     }
     ReplaceSelection("");
@@ -65,7 +66,9 @@ void TextBox::ReplaceSelection(const tallybook::Text& text) {
   const std::size_t start = ByteOf(text_, sel_start_);
   const std::size_t end = ByteOf(text_, sel_start_ + sel_length_);
   tallybook::Text changed = text_.substr(0, start) + text + text_.substr(end);
-  if (max_length_ > 0 && CharacterCount(changed) > max_length_) return;
+  // A text that a program has made too long may be shortened.
+  const bool longer = CharacterCount(changed) > CharacterCount(text_);
+  if (longer && max_length_ > 0 && CharacterCount(changed) > max_length_) return;
   sel_start_ += CharacterCount(text);
   sel_length_ = 0;
   if (Set(text_, changed)) Change.Raise();
