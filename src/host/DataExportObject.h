@@ -28,7 +28,7 @@ struct FormatDescription {
   Text extension;       // up to 4 characters, without the dot
   Text code;            // up to 5 characters: what callers name the format by
   Long capability = 0;  // as FormatFlags gives it
-  Long kind = 0;        // 0 a file chosen by name; other values are told where dialogs ask for them
+  Long kind = 0;        // 1 and 2 are not offered by the export dialog; all others are, 0 being the usual one
 };
 
 class DataExportObject {
