@@ -33,9 +33,9 @@ ExitStatus RunSet(const SetOptions& options) {
   const Double before = book->FieldValue(options.field);
   book->SetFieldValue(options.field, options.value);
   book->WriteRecord();
+  const Date record_date = book->FiscalCalendar().LevelDate(options.date, kOwnLevel);
   book->Close();
-  std::cout << fmt::format("{} {} field {}: {} becomes {}\n", options.code,
-                           DateText(book->FiscalCalendar().LevelDate(options.date, kOwnLevel)), options.field,
+  std::cout << fmt::format("{} {} field {}: {} becomes {}\n", options.code, DateText(record_date), options.field,
                            ShortestText(before), ShortestText(options.value));
   return ExitStatus::kDone;
 }

@@ -19,12 +19,23 @@ void RequestCancel(int /*signal*/) {
   cancel_requested = 1;
 }
 
-// One character of standard input. False at its end, at a failure, and when a cancel is requested meanwhile: a wait is
-// never resumed behind a signal, while a read would be.
-bool ReadCharacter(char& character) {
+// Waits for standard input to have something. False when a cancel is requested before or meanwhile: Ctrl-C is let in
+// within the wait alone, so that none can slip in between the look at the request and the wait.
+bool WaitForInput() {
+  sigset_t interrupt;
+  sigset_t before;
+  ::sigemptyset(&interrupt);
+  ::sigaddset(&interrupt, SIGINT);
+  ::sigprocmask(SIG_BLOCK, &interrupt, &before);
   pollfd input{STDIN_FILENO, POLLIN, 0};
-  if (::poll(&input, 1, -1) <= 0 || CancelKey::Pressed()) return false;
-  return ::read(STDIN_FILENO, &character, 1) == 1;
+  const bool ready = !CancelKey::Pressed() && ::ppoll(&input, 1, nullptr, &before) > 0;
+  ::sigprocmask(SIG_SETMASK, &before, nullptr);
+  return ready && !CancelKey::Pressed();
+}
+
+// One character of standard input. False at its end, at a failure, and when a cancel is requested.
+bool ReadCharacter(char& character) {
+  return WaitForInput() && ::read(STDIN_FILENO, &character, 1) == 1;
 }
 
 }  // namespace

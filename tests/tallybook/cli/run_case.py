@@ -78,7 +78,11 @@ def parse(lines):
 
 def environment(folder, tallybook):
     home = folder / ".home"
+    leaks = pathlib.Path(__file__).resolve().with_name("leaks.txt")
     return {
+        # Of the sanitizers; other builds do not look at them.
+        **{name: value for name, value in os.environ.items() if name in ("ASAN_OPTIONS", "UBSAN_OPTIONS")},
+        "LSAN_OPTIONS": f"suppressions={leaks}:print_suppressions=0",
         "PATH": f"{pathlib.Path(tallybook).resolve().parent}:/usr/local/bin:/usr/bin:/bin",
         "HOME": str(home),
         "XDG_CONFIG_HOME": str(home / "config"),
