@@ -3,8 +3,10 @@
 
 find_program(TALLYBOOK_CCACHE ccache)
 if(TALLYBOOK_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  # What ccache must overlook to keep objects that were made with the tests' precompiled header.
-  set(CMAKE_CXX_COMPILER_LAUNCHER env CCACHE_SLOPPINESS=pch_defines,time_macros ${TALLYBOOK_CCACHE})
+  # What ccache must overlook to keep objects that were made with the tests' precompiled header; and paths below the
+  # checkout count from there, so that another checkout finds the objects too.
+  set(CMAKE_CXX_COMPILER_LAUNCHER env CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}
+      CCACHE_NOHASHDIR=1 ${TALLYBOOK_CCACHE})
 endif()
 
 add_library(tallybook_build_options INTERFACE)
