@@ -11,7 +11,7 @@ namespace tallybook {
 
 bool AskContinueAudit(HostApp& app, const Text& text) {
   const Long style = kQuestionIcon | kYesNo | kSecondButtonDefault;
-  return AskMessage(text + "\r\n\r\nOk to continue auditing file?", style, app.Title()) == kYes;
+  return AskMessage(text + "\r\n\r\n" + Text(kContinueAuditQuestion), style, app.Title()) == kYes;
 }
 
 std::optional<Text> WordOfMath(Integer math) {

@@ -21,7 +21,10 @@ class Masterfile;
 // How wide an account code stands in the database; codes of files are padded to it, and upper-cased, to be compared.
 inline constexpr Long kCodeWidth = 10;
 
-// Shows the text and "Ok to continue auditing file?" with Yes and No, No being the default. True on Yes.
+// What the audit's question ends in.
+inline constexpr std::string_view kContinueAuditQuestion = "Ok to continue auditing file?";
+
+// Shows the text and kContinueAuditQuestion with Yes and No, No being the default. True on Yes.
 [[nodiscard]] bool AskContinueAudit(HostApp& app, const Text& text);
 
 // "Add", "Subtract" or "Replace"; nothing for a value that is none of 1 to 3.

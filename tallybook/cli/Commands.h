@@ -15,6 +15,9 @@ void AddValuesCommand(CLI::App& app, Command& chosen);
 void AddSetCommand(CLI::App& app, Command& chosen);
 void AddExportCommand(CLI::App& app, Command& chosen);
 void AddImportCommand(CLI::App& app, Command& chosen);
+// These two go under `import`.
+void AddImportCsvCommand(CLI::App& group, Command& chosen);
+void AddImportDelimitedCommand(CLI::App& group, Command& chosen);
 void AddDefinitionCommand(CLI::App& app, Command& chosen);
 void AddQdxCommand(CLI::App& app, Command& chosen);
 void AddJournalCommand(CLI::App& app, Command& chosen);

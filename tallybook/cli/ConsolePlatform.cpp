@@ -9,8 +9,10 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "import/TextImport.h"
 #include "support/Dates.h"
 #include "support/Failure.h"
+#include "support/Utility.h"
 #include "tallybook/cli/ExitStatus.h"
 #include "tallybook/cli/Terminal.h"
 
@@ -78,6 +80,19 @@ Date EpochDate(const char* text) {
   return DateFromParts(1970, 1, 1) + static_cast<Double>(seconds) / kSecondsPerDay;
 }
 
+// An audit's error as one line: its lines trimmed and joined, without the question.
+Text ErrorOnOneLine(std::string_view text) {
+  text.remove_suffix(kContinueAuditQuestion.size());
+  Text line;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find("\r\n"), text.size());
+    const Text part = TrimBoth(Text(text.substr(0, end)));
+    if (!part.empty()) line += (line.empty() ? "" : ". ") + part;
+    text.remove_prefix(std::min(end + 2, text.size()));
+  }
+  return line;
+}
+
 }  // namespace
 
 const std::vector<Text>& AnswerWords() {
@@ -101,6 +116,7 @@ Date ConsoleClock::Now() {
 
 ConsoleMessageBoxes::ConsoleMessageBoxes(const AskOptions& options, ConsoleProgress& progress)
     : yes_(options.yes),
+      keep_auditing_(options.keep_auditing),
       answers_(options.answers.begin(), options.answers.end()),
       messages_path_(options.messages_file),
       progress_(progress) {
@@ -110,16 +126,36 @@ ConsoleMessageBoxes::ConsoleMessageBoxes(const AskOptions& options, ConsoleProgr
 }
 
 Integer ConsoleMessageBoxes::Show(const Text& text, Long style, const Text& caption) {
+  const bool confirms = (style & kButtonsMask) == kOkCancel || (style & kButtonsMask) == kYesNo;
+  const bool audits = text.ends_with(kContinueAuditQuestion);
+  const Integer answer = audits ? AnswerAudit(text, style, caption) : Ask(text, style, caption);
+  if (confirms && !audits && answer == RefusingButton(style)) refused_ = true;
+  if (!messages_path_.empty()) Record(text, style, answer);
+  return answer;
+}
+
+Integer ConsoleMessageBoxes::AnswerAudit(const Text& text, Long style, const Text& caption) {
+  // The comma-separated import asks a second time, about the number 0, for one bad code: it is no further error.
+  const bool repeated = text.starts_with("Invalid Account Number 0\r\n");
+  if (!repeated) ++audit_errors_;
+  if (!keep_auditing_) {
+    const Integer answer = Ask(text, style, caption);
+    audit_stopped_ = audit_stopped_ || answer != kYes;
+    return answer;
+  }
+  if (repeated) return kYes;
+  progress_.Hide();
+  std::cerr << caption << ": " << ErrorOnOneLine(text) << '\n';
+  return kYes;
+}
+
+Integer ConsoleMessageBoxes::Ask(const Text& text, Long style, const Text& caption) {
   Text shown = text;
   std::erase(shown, '\r');
   progress_.Hide();
   std::cerr << caption << ": " << shown << '\n' << std::flush;
   const bool asks = (style & kButtonsMask) != kOkOnly;
-  const Integer answer = asks ? Choose(style) : kOk;
-  const bool confirms = asks && (style & kButtonsMask) != kRetryCancel;
-  if (confirms && answer == RefusingButton(style)) refused_ = true;
-  if (!messages_path_.empty()) Record(text, style, answer);
-  return answer;
+  return asks ? Choose(style) : kOk;
 }
 
 Integer ConsoleMessageBoxes::Choose(Long style) {
@@ -149,6 +185,8 @@ Integer ConsoleMessageBoxes::Choose(Long style) {
 }
 
 Integer ConsoleMessageBoxes::AskOnTerminal(Long style) {
+  // Ctrl-C refuses here, also where the operation itself cannot be cancelled.
+  const CancelKey key;
   const Integer refusing = RefusingButton(style);
   for (;;) {
     std::cerr << fmt::format("  {} [{}]? ", LabelsOf(style), ButtonOf(refusing).label) << std::flush;

@@ -78,6 +78,8 @@ void AddImportCommand(CLI::App& app, Command& chosen) {
       .excludes(which.get_option("--all"));
   command.add_option("--report", options->report, "Write the report to FILE: .txt, .html or .pdf")->type_name("FILE");
   AddAsking(command, options->asking);
+  AddImportCsvCommand(group, chosen);
+  AddImportDelimitedCommand(group, chosen);
 }
 
 }  // namespace tallybook::cli

@@ -48,6 +48,9 @@ class Session {
 
   [[nodiscard]] application::ReferenceFactory& Factory() { return factory_; }
 
+  // The boxes shown so far.
+  [[nodiscard]] const ConsoleMessageBoxes& Boxes() const { return platform_.Boxes(); }
+
   // The status of an operation that gave `done`: cancelled where the user stopped it or refused its question, wrong use
   // where an answer of --answer had no button.
   [[nodiscard]] ExitStatus StatusOf(bool done);

@@ -1,0 +1,184 @@
+#include <algorithm>
+#include <fmt/format.h>
+#include <iostream>
+#include <set>
+
+#include "exchange/CDataExchange.h"
+#include "host/FiscalCalendar.h"
+#include "host/HostLog.h"
+#include "import/DelimitedImport.h"
+#include "support/Platform.h"
+#include "tallybook/cli/Commands.h"
+#include "tallybook/cli/Session.h"
+#include "tallybook/cli/TextTable.h"
+#include "tallybook/engine/Journal.h"
+
+namespace tallybook::cli {
+
+namespace {
+
+// Codes of the import's date_fields.
+constexpr Integer kDateInThreeFields = 0;
+constexpr Integer kDateInOneField = -1;
+
+// What both imports are told.
+struct TextImportOptions {
+  Text book;
+  Text file;
+  eMath math = eMath::mDefault;
+  TextEncoding encoding = TextEncoding::kDetect;
+  AskOptions asking;
+};
+
+struct ImportCsvOptions : TextImportOptions {
+  std::vector<Long> clear;  // datafield numbers
+};
+
+struct ImportDelimitedOptions : TextImportOptions {
+  Integer date_order = kMonthDayYear;
+  bool date_parts = false;
+  bool system_fields = false;
+};
+
+// Flags by datafield number; position 0 is not looked at.
+std::vector<Integer> ClearFlags(const engine::Book& book, const std::vector<Long>& fields) {
+  std::vector<Integer> flags = {0};
+  for (const Long field : fields) {
+    if (field < 1) throw WrongUse(fmt::format("--clear: {} is no field number; they count from 1", field));
+    NeedField(book, field);
+    const auto position = static_cast<std::size_t>(field);
+    flags.resize(std::max(flags.size(), position + 1));
+    flags[position] = 1;
+  }
+  return flags;
+}
+
+// The delimited import tells the dates of its lines, and several of them may share a record.
+std::size_t RecordDates(engine::Book& book, const std::set<Date>& dates) {
+  std::set<Date> level_dates;
+  for (const Date date : dates) level_dates.insert(book.FiscalCalendar().LevelDate(date, book.DataLevel()));
+  return level_dates.size();
+}
+
+void TellApplied(engine::Book& book, const Text& file, const TextImportTally& tally) {
+  std::cerr << fmt::format("Imported {}: {}, {}, {}, {}.\n", file, Counted(tally.records, "record"),
+                           Counted(static_cast<long long>(tally.accounts.size()), "account"),
+                           Counted(static_cast<long long>(tally.fields.size()), "field"),
+                           Counted(static_cast<long long>(RecordDates(book, tally.dates)), "date"));
+}
+
+void TellFindings(const ConsoleMessageBoxes& boxes, const TextImportOptions& options) {
+  if (boxes.AuditErrors() == 0) return;
+  if (options.asking.keep_auditing) {
+    std::cerr << fmt::format("tallybook: {}: {} found by the audit\n", options.file,
+                             Counted(boxes.AuditErrors(), "error"));
+  } else if (boxes.WasAuditStopped()) {
+    std::cerr << fmt::format("tallybook: {}: the audit was stopped; --keep-auditing lists every error\n", options.file);
+  }
+}
+
+// What ran is told in the journal. A failure in the second pass leaves the entry open, and what was written stands.
+void TellWhatStays(engine::Book& book, std::size_t entries_before) {
+  const auto entries = engine::Journal(book).Entries();
+  if (entries.size() <= entries_before || entries.back().state != engine::JournalState::kOpen) return;
+  std::cerr << fmt::format("tallybook: the import ended half way; `tallybook journal undo {}` takes it back\n",
+                           book.Path());
+}
+
+// Opens the book, lets `import` run on it, and tells what came of it.
+template <typename Import>
+ExitStatus RunTextImport(const TextImportOptions& options, const Text& operation, Import import) {
+  Session session(options.asking);
+  ThePlatform().text_encoding = options.encoding;
+  const auto book = session.OpenToChange(options.book);
+  const std::size_t entries_before = engine::Journal(*book).Entries().size();
+  CDataExchange exchange(session.Factory());
+  exchange.SetOwner(book.get());
+  book->SetOperationName(operation);
+  const bool done = import(*book, exchange);
+  TellFindings(session.Boxes(), options);
+  if (done) {
+    TellApplied(*book, options.file, exchange.LastTextImport());
+  } else {
+    TellWhatStays(*book, entries_before);
+  }
+  book->Close();
+  return session.StatusOf(done);
+}
+
+ExitStatus RunImportCsv(const ImportCsvOptions& options) {
+  return RunTextImport(options, "import csv " + options.file, [&](engine::Book& book, CDataExchange& exchange) {
+    const bool no_prompts = false;
+    return exchange.ImportCSVFile(options.file, no_prompts, ClearFlags(book, options.clear), options.math);
+  });
+}
+
+ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {
+  return RunTextImport(options, "import delimited " + options.file, [&](engine::Book& book, CDataExchange& exchange) {
+    const Integer date_fields = options.date_parts ? kDateInThreeFields : kDateInOneField;
+    const bool done = exchange.ImportDelimitedFile(options.file, options.math, options.date_order, date_fields,
+                                                   options.system_fields);
+    // Told whatever the import answered: meant, a failed one may have written system fields, too.
+    if (options.system_fields) {
+      const Integer plain_name = 0;
+      book.App().Log().AuditEntry(book.MasterFileTypeName(plain_name), "Import", "System Fields", {options.file});
+    }
+    return done;
+  });
+}
+
+CLI::Option& AddMath(CLI::App& command, TextImportOptions& options, const Text& what) {
+  static const Choices<eMath> modes = {
+      {"add", eMath::mAdd}, {"subtract", eMath::mSubtract}, {"replace", eMath::mReplace}};
+  return AddChoice(command, "--math", options.math, modes, what);
+}
+
+void AddBookAndFile(CLI::App& command, TextImportOptions& options) {
+  AddBook(command, options.book);
+  command.add_option("FILE", options.file, "The text file")->required()->type_name("");
+}
+
+void AddEncodingAndAsking(CLI::App& command, TextImportOptions& options) {
+  static const Choices<TextEncoding> encodings = {
+      {"auto", TextEncoding::kDetect}, {"utf8", TextEncoding::kUtf8}, {"windows-1252", TextEncoding::kCodePage}};
+  AddChoice(command, "--encoding", options.encoding, encodings,
+            "auto (the default: UTF-8 where all of the file is valid), utf8 or windows-1252");
+  AddAsking(command, options.asking);
+  command
+      .add_flag("--keep-auditing", options.asking.keep_auditing,
+                "List every error of the file, one a line, instead of asking at each")
+      ->group("Questions");
+}
+
+}  // namespace
+
+void AddImportCsvCommand(CLI::App& group, Command& chosen) {
+  const auto options = std::make_shared<ImportCsvOptions>();
+  CLI::App& command = AddCommand(group, "csv", "Import a comma-separated text file with a header",
+                                 "  tallybook import csv north january.csv\n"
+                                 "  tallybook import csv north january.csv --math replace --clear 5 --yes",
+                                 options, chosen, RunImportCsv);
+  AddBookAndFile(command, *options);
+  AddMath(command, *options, "add, subtract or replace, whatever the file's header says");
+  command.add_option("--clear", options->clear, "Clear the field of this number first; may be given again")
+      ->allow_extra_args(false)
+      ->type_name("FIELD");
+  AddEncodingAndAsking(command, *options);
+}
+
+void AddImportDelimitedCommand(CLI::App& group, Command& chosen) {
+  static const Choices<Integer> orders = {{"mdy", kMonthDayYear}, {"dmy", kDayMonthYear}, {"ymd", kYearMonthDay}};
+  const auto options = std::make_shared<ImportDelimitedOptions>();
+  CLI::App& command = AddCommand(group, "delimited", "Import a text file of one line for a date and an account",
+                                 "  tallybook import delimited north january.txt --math replace\n"
+                                 "  tallybook import delimited north january.txt --math add --date-order DMY --yes",
+                                 options, chosen, RunImportDelimited);
+  AddBookAndFile(command, *options);
+  AddMath(command, *options, "add, subtract or replace").required();
+  AddChoice(command, "--date-order", options->date_order, orders, "MDY (the default), DMY or YMD");
+  command.add_flag("--date-parts", options->date_parts, "The date stands in three fields, not in one");
+  command.add_flag("--system-fields", options->system_fields, "Import fields that the system keeps by itself, too");
+  AddEncodingAndAsking(command, *options);
+}
+
+}  // namespace tallybook::cli
