@@ -142,11 +142,11 @@ void DateRanges::LimitFirstCalendar() {
 // The limits that choosing the custom length sets. Choosing a year then sets others (LimitsOfChosenYear): all years
 // held against those in use, and no end at the last year held. Both are meant, each with its test.
 DateRanges::Limits DateRanges::LimitsOfCustomLength() const {
-  const Date end_of_years = YearStart(Database().FirstYear() + Database().NumYears()) - 1;
-  if (!Report().UsesLastYear()) return {Database().FirstSystemDate(), end_of_years};
+  const long long end_year = Database().FirstYear() + Database().NumYears();
+  if (!Report().UsesLastYear()) return {Database().FirstSystemDate(), YearStart(end_year) - 1};
+  // The smaller of two starts is that of the earlier year; a host need not know the years behind `end_year`.
   const long long year = ThisYear();
-  const Limits two_years = YearsFrom(year, year + 2);
-  return {two_years.first, std::min(two_years.last, end_of_years)};
+  return YearsFrom(year, std::min(year + 2, end_year));
 }
 
 DateRanges::Limits DateRanges::LimitsOfChosenYear(Integer year) const {
@@ -171,12 +171,13 @@ void DateRanges::ChooseLength(Integer length) {
     ShowYearLists(length == kYearLength);
     ShowDateFrames(false, false);
   } else if (length == kCustomLength) {
+    // Before the limits, so that the calendars match the length even where the host cannot tell the year.
+    ShowDateFrames(true, true);
     ShowYearLists(Report().UsesLastYear());
     const RedrawOff redraw_off(calendars);
     const Limits limits = LimitsOfCustomLength();
     for (CalendarBox& calendar : calendars) Limit(calendar, limits);
     calendars[0].SetDate(custom_start_date_ != kNoDate ? custom_start_date_ : calendars[1].Date());
-    ShowDateFrames(true, true);
   } else {
     ShowYearLists(true);
     ShowDateFrames(false, true);
