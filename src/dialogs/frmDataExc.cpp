@@ -24,6 +24,9 @@ constexpr const char* kTableSection = "CSV";
 constexpr const char* kExchangeSection = "QDX";
 constexpr Long kExportHelp = 11'000;
 constexpr Single kFileVersion = 1.0F;
+// What an export writes.
+constexpr bool kAsTable = true;
+constexpr bool kAsExchangeFile = false;
 
 void ApplyHostFont(Form& form, HostApp& app) {
   ApplyHostFont(form, app.FontName(), app.FontSize());
@@ -166,8 +169,8 @@ bool frmDataExc::WriteTable(Long hwnd_owner, ExportChoice& choice) {
     if (!dialog.GetFileName(hwnd_owner, choice.library, choice.type_code, choice.file, kind)) return false;
     choice.zeros = !dialog.chkNonZero.Checked();
     exchange_->SetTransZeros(choice.zeros);
-  } while (
-      !exchange_->WriteQDXFile(choice.file, choice.start_date, choice.end_date, true, kFileVersion, choice.type_code));
+  } while (!exchange_->WriteQDXFile(choice.file, choice.start_date, choice.end_date, kAsTable, kFileVersion,
+                                    choice.type_code));
   return true;
 }
 
@@ -178,7 +181,7 @@ bool frmDataExc::WriteExchangeFile(Long hwnd_owner, ExportChoice& choice) {
     if (!prompt.ExportFileName(hwnd_owner, choice.file, "Enter the name of the file for the exported data.",
                                choice.caption, kExchangeSection))
       return false;
-  } while (!exchange_->WriteQDXFile(choice.file, choice.start_date, choice.end_date, false, kFileVersion));
+  } while (!exchange_->WriteQDXFile(choice.file, choice.start_date, choice.end_date, kAsExchangeFile, kFileVersion));
   return true;
 }
 

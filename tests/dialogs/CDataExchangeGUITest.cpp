@@ -85,6 +85,17 @@ TEST_F(CDataExchangeGUITest, StartsEveryConversationAfresh) {
   EXPECT_TRUE(gui.ImportCSV(owner, book(), true));
 }
 
+TEST_F(CDataExchangeGUITest, EndsAsCancelledWhereThePlatformHasNoWindows) {
+  ScreenWithoutWindows no_windows;
+  Platform without = ThePlatform();
+  without.screen = &no_windows;
+  InstallPlatform(without);
+  for (const Entry& entry : Entries()) EXPECT_TRUE(entry.call()) << entry.name;
+  EXPECT_THAT(Written(), IsEmpty());
+  EXPECT_THAT(Boxes(), IsEmpty());
+  EXPECT_THAT(OpenForms(), IsEmpty());
+}
+
 TEST_F(CDataExchangeGUITest, LogsWhatFailsBeforeTheFirstWindow) {
   for (const Entry& entry : Entries()) {
     host->app.log.errors.clear();
