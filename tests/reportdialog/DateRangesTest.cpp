@@ -212,6 +212,19 @@ TEST_F(DateRangesTest, ComesBackToTheCurrentDateInItsOwnYear) {
   EXPECT_EQ(DateText(dialog().Calendar[1].Date()), "2004-12-31");
 }
 
+TEST_F(DateRangesTest, KeepsTheFirstAndLastDayOfAYearThatCrossesTheCalendars) {
+  BookShape shape;
+  shape.first_date = Day(2003, 4, 1);
+  for (const Date date : {Day(2004, 3, 31), Day(2003, 4, 1)}) {
+    UseBook(shape);
+    OpenOn(date);
+    EXPECT_EQ(dialog().cmbYear[0].SelectedText(), "2003");
+    EXPECT_EQ(DateText(dialog().Calendar[1].Date()), DateText(date));
+  }
+  ChooseYear(0, 1);
+  EXPECT_EQ(DateText(dialog().Calendar[1].Date()), "2004-04-01");
+}
+
 TEST_F(DateRangesTest, TurnsTheTwentyNinthOfFebruaryIntoTheFirstOfMarch) {
   OpenOn(Day(2004, 2, 29));
   ChooseYear(0, 2);
@@ -390,6 +403,16 @@ TEST_F(DateRangesTest, WordsFrameAndLabelsByLength) {
     EXPECT_EQ(dialog().frmDate[0].Caption(), "Range &Beginning:");
     EXPECT_EQ(dialog().BuildDateList(), dialog().EndDate());
   }
+}
+
+TEST_F(DateRangesTest, StartsACustomRangeOnTheEveOfItsLastUnitUntilItIsFinished) {
+  UseBook(AtLevel(kPeriodLevel));
+  OpenOn(Day(2004, 5, 12));
+  ChooseLength(kCustomLength);
+  ChooseDate(0, Day(2004, 2, 3));
+  EXPECT_THAT(Range(), ElementsAre("2004-04-30", "2004-05-31"));
+  Next();
+  EXPECT_THAT(Range(), ElementsAre("2004-02-29", "2004-05-31"));
 }
 
 TEST_F(DateRangesTest, RepaintsTheLabelsAtOnce) {
