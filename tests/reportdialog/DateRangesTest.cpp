@@ -234,9 +234,11 @@ TEST_F(DateRangesTest, TurnsTheTwentyNinthOfFebruaryIntoTheFirstOfMarch) {
 
 TEST_F(DateRangesTest, LeavesTheCalendarAloneWhenLastYearIsChosen) {
   report_.uses_last_year = true;
-  OpenOn(Day(2005, 3, 10));
+  OpenOn(Day(2004, 3, 10));
+  ChooseLength(kCustomLength);
+  ChooseDate(0, Day(2004, 6, 1));  // pulls the main calendar along, away from the current date
   ChooseYear(1, 0);
-  EXPECT_EQ(DateText(dialog().Calendar[1].Date()), "2005-03-10");
+  EXPECT_EQ(DateText(dialog().Calendar[1].Date()), "2004-06-01");
 }
 
 TEST_F(DateRangesTest, OpensLastYearOneEntryAboveThisYear) {
@@ -355,7 +357,16 @@ TEST_F(DateRangesTest, RoundsACustomRangeByTheStyleButNotFinerThanTheBook) {
   struct Row {
     Integer data_level, style, expected;
   };
-  for (const Row& row : {Row{1, 1, 1}, {1, 2, 2}, {1, 3, 3}, {1, 4, 1}, {2, 2, 2}, {2, 3, 3}, {2, 4, 2}, {3, 3, 3}}) {
+  for (const Row& row : {Row{1, 1, 1},
+                         {1, 2, 2},
+                         {1, 3, 3},
+                         {1, 4, 1},
+                         {2, 2, 2},
+                         {2, 3, 3},
+                         {2, 4, 2},
+                         {3, 3, 3},
+                         {3, 1, 3},
+                         {2, 1, 2}}) {
     UseBook(AtLevel(row.data_level));
     report_.type = kStyledReport;
     dialog().SetInitialStyle(row.style);
