@@ -1,5 +1,6 @@
 // A user who presses whatever can be reached, in any order, over reports and books of every kind.
 #include <algorithm>
+#include <gtest/gtest.h>
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 #include <sstream>
