@@ -233,7 +233,7 @@ class CSVImportRun {
   }
 
   bool ReadRecordFields() {
-    account_ = fields_->NextText();
+    account_.assign(fields_->Next());
     if (fields_->AtEnd()) return false;
     datafield_ = fields_->NextLong();
     if (fields_->AtEnd()) return false;
@@ -247,7 +247,7 @@ class CSVImportRun {
     if (header_.by_code) {
       if (account_ != last_code_) {
         last_code_ = account_;
-        const Text trimmed = TrimBoth(account_);
+        const Text trimmed = TrimBoth(fields_->Decoded(account_));
         last_code_is_blank_ = trimmed.empty();
         code_ = CutCode(trimmed);
         last_code_is_known_ = codes_.PositionOf(code_) > 0;
@@ -387,11 +387,12 @@ class CSVImportRun {
     }
     if (account_ == last_code_) return;
     last_code_ = account_;
-    if (TrimBoth(account_).empty()) {
+    const Text code = fields_->Decoded(account_);
+    if (TrimBoth(code).empty()) {
       number_ = 0;
       return;
     }
-    const Long position = codes_.PositionOf(FittingCode(account_));
+    const Long position = codes_.PositionOf(FittingCode(code));
     if (position > 0) number_ = masterfile_.AccountNumber(ToInteger(position));
   }
 
@@ -453,7 +454,7 @@ class CSVImportRun {
   NumberTable touched_fields_;
 
   // The record under way.
-  Text account_;
+  std::string account_;  // the file's bytes
   Long datafield_ = 0;
   Double value_ = 0;
 
@@ -463,7 +464,7 @@ class CSVImportRun {
   Date largest_date_ = kNoDate;
 
   // The last account field of a file by code, and what became of it.
-  std::optional<Text> last_code_;
+  std::optional<std::string> last_code_;
   Text code_;
   bool last_code_is_blank_ = false;
   bool last_code_is_known_ = false;

@@ -1,8 +1,10 @@
 #include "support/Narrow.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -69,10 +71,35 @@ bool BeginsNumber(std::string_view text) {
   return !text.empty() && (IsDigit(text.front()) || text.front() == '.');
 }
 
+// The same for a short plain decimal, the form of nearly every figure: up to 15 digits and no exponent. Digits and
+// power of ten are then exact as doubles, so that one division gives the nearest double, as the general way does.
+bool ShortDecimal(std::string_view text, Double& value, std::size_t& length) {
+  constexpr std::size_t kExactDigits = 15;
+  static constexpr std::array<Double, kExactDigits + 1> kPowers = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  std::uint64_t digits = 0;
+  std::size_t count = 0;
+  std::size_t decimals = 0;
+  std::size_t i = 0;
+  for (; i < text.size() && IsDigit(text[i]); ++i, ++count) digits = digits * 10 + static_cast<unsigned>(text[i] - '0');
+  if (i < text.size() && text[i] == '.') {
+    for (++i; i < text.size() && IsDigit(text[i]); ++i, ++count, ++decimals) {
+      if (count > kExactDigits) return false;
+      digits = digits * 10 + static_cast<unsigned>(text[i] - '0');
+    }
+  }
+  const bool exponent_may_follow = i < text.size() && (text[i] == 'e' || text[i] == 'E');
+  if (count == 0 || count > kExactDigits || exponent_may_follow) return false;
+  value = static_cast<Double>(digits) / kPowers[decimals];
+  length = i;
+  return true;
+}
+
 // The number without a sign that `text` begins with; false where it begins with none. `length` is how much of the text
 // it takes.
 bool PlainNumber(std::string_view text, Double& value, std::size_t& length) {
   if (!BeginsNumber(text)) return false;
+  if (ShortDecimal(text, value, length)) return true;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   if (result.ec == std::errc::invalid_argument) return false;
   length = static_cast<std::size_t>(result.ptr - text.data());

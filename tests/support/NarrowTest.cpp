@@ -147,5 +147,19 @@ RC_GTEST_PROP(NarrowProperties, LeadingNumberReadsBackWhatWasPrinted, (long long
   RC_ASSERT(LeadingNumber(printed + "x") == std::strtod(printed.c_str(), nullptr));
 }
 
+RC_GTEST_PROP(NarrowProperties, DecimalsReadAsTheNearestDouble, (unsigned long long digits, unsigned char decimals)) {
+  Text printed = std::to_string(digits % (1ULL << (digits % 64)));
+  const std::size_t point = printed.size() - std::min<std::size_t>(printed.size(), decimals % 20U);
+  printed.insert(point, ".");
+  RC_ASSERT(LeadingNumber(printed) == std::strtod(printed.c_str(), nullptr));
+  RC_ASSERT(LeadingNumber(printed + "kg") == std::strtod(printed.c_str(), nullptr));
+}
+
+TEST(NarrowTest, ManyDigitsReadAsTheNearestDoubleToo) {
+  for (const char* text : {"123456789012345", "1234567890123456", "0.1234567890123456789", "99999999999999999999999",
+                           "000000000000000000012.5", "12345678901234.56789e2", "0.000000000000000000001"})
+    EXPECT_EQ(LeadingNumber(text), std::strtod(text, nullptr)) << text;
+}
+
 }  // namespace
 }  // namespace tallybook::testing
