@@ -13,8 +13,8 @@ namespace tallybook {
 // Bytes of a file as text in memory. Never fails.
 [[nodiscard]] Text FromCodePage(std::string_view bytes);
 
-// Text in memory as bytes of a file: one byte for each character. A character that the code page lacks, or bytes that are
-// not valid UTF-8, are failure 5, told with the text; nothing is ever replaced in silence.
+// Text in memory as bytes of a file: one byte for each character. A character that the code page lacks, or bytes that
+// are not valid UTF-8, are failure 5, told with the text; nothing is ever replaced in silence.
 [[nodiscard]] std::string ToCodePage(std::string_view text);
 
 // How many characters a UTF-8 text has.

@@ -36,7 +36,8 @@ struct TimeParts {
 [[nodiscard]] Text DateTimeText(Date date);
 [[nodiscard]] Text LongDateText(Date date);
 
-// Reads the text that DateText writes. False, with `date` untouched, for any other text and for a day that does not exist.
+// Reads the text that DateText writes. False, with `date` untouched, for any other text and for a day that does not
+// exist.
 [[nodiscard]] bool ReadDateText(const Text& text, Date& date);
 
 // The moment now, by the platform's clock, in local time.

@@ -56,8 +56,8 @@ class Statements {
     return std::invoke_result_t<Body&>();
   }
 
-  // The operation's boundary: true when `body` ran to its end, false when it was left. A failure outside every statement
-  // is told with statement 0 and leaves.
+  // The operation's boundary: true when `body` ran to its end, false when it was left. A failure outside every
+  // statement is told with statement 0 and leaves.
   template <typename Body>
   [[nodiscard]] bool Run(Body&& body) {
     try {

@@ -30,9 +30,11 @@ namespace tallybook {
 //   file_number  0 asks for the lowest free number; another number that is open is closed first
 //   file_name    rewritten by MapRemoteDrive where that made the open possible
 //   gives        true with the file open under `file_number`; false with `file_number` 0
-//   retries      permission denied: three more attempts, a second apart; feature unavailable: one more at once; any other
+//   retries      permission denied: three more attempts, a second apart; feature unavailable: one more at once; any
+//   other
 //                failure: once more where MapRemoteDrive changes the name
-//   tells        nothing, save "ERROR WITH FILE TYPE: " and the mode, with the stop icon, for a mode that is none of these
+//   tells        nothing, save "ERROR WITH FILE TYPE: " and the mode, with the stop icon, for a mode that is none of
+//   these
 [[nodiscard]] bool OpenFileEx(const Text& mode, Integer& file_number, Text& file_name, Integer record_length = 0);
 
 // Closes a number above 0 and not above the table's top: true, the number becomes 0, and pending input is handled. Any
@@ -53,7 +55,8 @@ void ResetOpenFiles();
 [[nodiscard]] bool NoFileSharing();
 void SetNoFileSharing(bool plain);
 
-// True for a file; a directory is none. A file that another process holds so that the system will not tell counts as there.
+// True for a file; a directory is none. A file that another process holds so that the system will not tell counts as
+// there.
 [[nodiscard]] bool FileExists(const Text& name);
 // Deletes the file where it exists; true also where there is none, false where it could not be deleted.
 bool KillFile(const Text& name);
@@ -70,24 +73,24 @@ void PutInt16(Integer file_number, Integer value);
 void PutInt32(Integer file_number, Long value);
 void GetInt16(Integer file_number, Integer& value);
 void GetInt32(Integer file_number, Long& value);
-// A counted text: a 2-byte length, then so many bytes in the code page. Writing trims trailing blanks first; a text longer
-// than 32,767 characters is failure 6. Reading one that is not whole leaves the text as it was; a negative length is
-// failure 5.
+// A counted text: a 2-byte length, then so many bytes in the code page. Writing trims trailing blanks first; a text
+// longer than 32,767 characters is failure 6. Reading one that is not whole leaves the text as it was; a negative
+// length is failure 5.
 void WriteShortString(Integer file_number, const Text& text);
 void ReadShortString(Integer file_number, Text& text);
 
 // --- Waiting and input -----------------------------------------------------------------------------------------------
 
-// Lets the user interface run once, but only when its queue reports keyboard, mouse button, paint or hot-key work. Cheap
-// enough for long loops to call it freely.
+// Lets the user interface run once, but only when its queue reports keyboard, mouse button, paint or hot-key work.
+// Cheap enough for long loops to call it freely.
 void HandlePendingInput();
 // Waits until so many whole seconds have passed by the clock, handling pending input all the while.
 void WaitSeconds(Single seconds);
 
 // --- Texts -----------------------------------------------------------------------------------------------------------
 
-// The right-most `width` characters of `width` pad characters and the text; the left-most `width` characters of the text
-// and `width` pad characters. So both also cut. A width below 0 is failure 5. `pad` is an ASCII character.
+// The right-most `width` characters of `width` pad characters and the text; the left-most `width` characters of the
+// text and `width` pad characters. So both also cut. A width below 0 is failure 5. `pad` is an ASCII character.
 [[nodiscard]] Text PadLeft(const Text& text, char pad, Long width);
 [[nodiscard]] Text PadRight(const Text& text, char pad, Long width);
 
@@ -111,11 +114,11 @@ void WaitSeconds(Single seconds);
 
 [[nodiscard]] Text FileExtension(const Text& name);  // what follows the last "."; empty without one
 [[nodiscard]] Text FileBaseName(const Text& name);   // what follows the last separator
-// Up to and including the last separator that comes before the first carriage return; without one and with ":" as second
-// character, the first two characters; otherwise empty.
+// Up to and including the last separator that comes before the first carriage return; without one and with ":" as
+// second character, the first two characters; otherwise empty.
 [[nodiscard]] Text FilePath(const Text& name);
-// With a separator at the end, unless the text ends in ":" or a separator or is empty. The separator is the one that the
-// text already uses last, or the platform's.
+// With a separator at the end, unless the text ends in ":" or a separator or is empty. The separator is the one that
+// the text already uses last, or the platform's.
 [[nodiscard]] Text AddBackslash(const Text& path);
 
 }  // namespace tallybook

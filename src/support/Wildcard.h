@@ -5,7 +5,8 @@
 
 namespace tallybook {
 
-// True where `name` matches `pattern` without regard to case: `*` stands for any characters or none, `?` for exactly one.
+// True where `name` matches `pattern` without regard to case: `*` stands for any characters or none, `?` for exactly
+// one.
 // `*.*` matches every name, also one without a point. An empty pattern matches nothing.
 [[nodiscard]] bool MatchesWildcard(const Text& name, const Text& pattern);
 

@@ -12,16 +12,16 @@ namespace tallybook {
 // The same with the result dropped.
 void ShowMessage(const Text& text, Long style, const Text& caption);
 
-// The sound of a style's icon: stop "SystemHand", question "SystemQuestion", exclamation "SystemExclamation", information
-// "SystemAsterisk", anything else "SystemDefault".
+// The sound of a style's icon: stop "SystemHand", question "SystemQuestion", exclamation "SystemExclamation",
+// information "SystemAsterisk", anything else "SystemDefault".
 void PlayStyleSound(Long style);
 
 // The text before its first zero character; whether anything but blanks is left of it.
 [[nodiscard]] Text CutAtNull(const Text& text);
 [[nodiscard]] bool HasText(const Text& text);
 
-// The zero-terminated text at an address, at most 512 characters of it; empty for a null address. The bytes are taken as
-// they stand.
+// The zero-terminated text at an address, at most 512 characters of it; empty for a null address. The bytes are taken
+// as they stand.
 [[nodiscard]] Text StringFromPointer(const char* address);
 
 }  // namespace tallybook

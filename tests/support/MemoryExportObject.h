@@ -33,9 +33,9 @@ struct ExportedTable {
 };
 
 // Its operations are "Export.CreateTable", "Export.AddColumn", "Export.SetDouble", "Export.CommitRow" and so on. All
-// may be made to fail or, where they answer yes or no, to answer no; CommitRow's no is 0. A cell outside the table and a
-// number in a column of another type answer no. Text goes into columns of every type, as title rows need it. A column of
-// small numbers takes years too.
+// may be made to fail or, where they answer yes or no, to answer no; CommitRow's no is 0. A cell outside the table and
+// a number in a column of another type answer no. Text goes into columns of every type, as title rows need it. A column
+// of small numbers takes years too.
 class MemoryExportObject : public DataExportObject {
  public:
   explicit MemoryExportObject(CallRecord& record) : record_(record) {}
