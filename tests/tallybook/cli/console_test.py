@@ -136,6 +136,42 @@ class ConsoleTest(unittest.TestCase):
                 self.assertEqual(terminal.finish(), 3)
                 self.assertEqual(self.values("office"), [])
 
+    def make_text_import(self, *records):
+        self.make("shop", book("Shop", "day", ["A"]))
+        (self.folder / "figures.csv").write_text("".join(["1,5,2003,1,1\n", *records]), encoding="ascii")
+
+    def test_asks_before_a_text_import_and_at_its_errors(self):
+        self.make_text_import("A,1,2.5\n")
+        terminal = self.terminal("import", "csv", "shop", "figures.csv")
+        terminal.wait_for("OK/Cancel [Cancel]? ")
+        terminal.type("o\n")
+        self.assertEqual(terminal.finish(), 0)
+        self.assertEqual(self.values("shop"), ["1,A,2003-01-05,1,2.5"])
+        (self.folder / "figures.csv").write_text("1,5,2003,1,1\nB,1,1\nA,9,1\n", encoding="ascii")
+        terminal = self.terminal("import", "csv", "shop", "figures.csv", "--answer", "ok")
+        terminal.wait_for("Yes/No [No]? ")
+        terminal.type("\n")
+        self.assertEqual(terminal.finish(), 1)
+        self.assertNotIn("Invalid Datafield", terminal.shown)
+
+    def test_ctrl_c_at_the_question_of_a_text_import_is_the_users_cancel(self):
+        self.make_text_import("A,1,2.5\n")
+        terminal = self.terminal("import", "csv", "shop", "figures.csv")
+        terminal.wait_for("OK/Cancel [Cancel]? ")
+        terminal.type("\x03")
+        self.assertEqual(terminal.finish(), 3)
+        self.assertEqual(self.values("shop"), [])
+
+    def test_ctrl_c_ends_the_process_of_a_running_text_import_and_the_book_stays_whole(self):
+        self.make_text_import(*["A,1,1\n"] * 3_000_000)
+        terminal = self.terminal("import", "csv", "shop", "figures.csv", "--yes")
+        terminal.wait_for("Reading Import File [")
+        terminal.process.send_signal(signal.SIGINT)
+        self.assertEqual(terminal.finish(), -signal.SIGINT)
+        self.assertEqual(self.values("shop"), [])
+        self.run_command("import", "csv", "shop", "figures.csv", "--math", "replace", "--yes")
+        self.assertEqual(self.values("shop"), ["1,A,2003-01-05,1,1"])
+
     def test_asks_when_the_given_answers_are_used_up(self):
         self.make("shop", book("Shop", "day", ["A"]))
         terminal = self.terminal("export", "qdx", "shop", "missing/x.QDX", "--from", "2003-01-01", "--to", "2003-01-02",
