@@ -93,9 +93,9 @@ void CompareRanges::CollectDates() {
 }
 
 Text CompareRanges::CompareRangeText(Integer which) const {
-  const Text length = WithoutMark(controls_.optLength(dates_.SelectedLength()).Caption());
+  Text length = WithoutMark(controls_.optLength(dates_.SelectedLength()).Caption());
   if (which == 1) return length;
-  const Text range = WithoutMark(controls_.cmbCompareRange.SelectedText());
+  Text range = WithoutMark(controls_.cmbCompareRange.SelectedText());
   switch (type_) {
     case eCompType::CompUpTo:
       return range + " up to this " + length;

@@ -53,6 +53,12 @@ struct ModalRow {
 };
 
 // The dialogs shown now, the lowest first. Each row lives in the ShowLikeModal that shows it.
+// For walks during which the list itself may change.
+template <typename Item>
+std::vector<Item> CopyOf(const std::vector<Item>& list) {
+  return list;
+}
+
 std::vector<ModalRow*>& ModalStack() {
   static std::vector<ModalRow*> stack;
   return stack;
@@ -83,8 +89,7 @@ Long OwnerOf(const Form& dialog, Long named) {
 // --- Showing ---------------------------------------------------------------------------------------------------------
 
 void DisableOthers(ModalRow& row) {
-  const std::vector<Form*> forms = OpenForms();
-  for (Form* const form : forms) {
+  for (Form* const form : CopyOf(OpenForms())) {
     if (form == row.dialog || form->Tag() == kStaysEnabledTag) continue;
     row.disabled.push_back({form, form->Life(), form->Enabled(), {}});
     for (Control* const control : form->Controls()) {
@@ -177,9 +182,10 @@ void RunWhileShown(const Form& dialog) {
   while (IsShown(dialog)) {
     HandlePendingInput();
     ThePlatform().clock->Sleep(kModalSleep);
-    // Rows come and go only within HandlePendingInput, whose own dialogs are gone when it returns.
+    // A copy: a window that is activated may set off a dialog of its own. Rows above this one's are gone by then.
+    const std::vector<ModalRow*> rows = CopyOf(ModalStack());
     Long front = TheScreen().ActiveWindow();
-    for (ModalRow* const row : ModalStack()) FollowOwner(*row, front);
+    for (ModalRow* const row : rows) FollowOwner(*row, front);
   }
 }
 
@@ -216,7 +222,7 @@ void ShowLikeModal(Form& dialog, Long owner) {
 }
 
 void HideLikeModal(Form& dialog) {
-  const std::vector<ModalRow*> stack = ModalStack();
+  const std::vector<ModalRow*> stack = CopyOf(ModalStack());
   for (ModalRow* const row : stack) {
     if (row->hidden || row->dialog == &dialog || !dialog.IsLoaded() || row->owner != dialog.Hwnd()) continue;
     row->hidden = true;
@@ -262,8 +268,7 @@ void ApplyHostFont(Form& form, const Text& font_name, Single font_size) {
 
 void UnloadAllForms(Form* closing) {
   constexpr Long kUnloadStatement = 10;
-  const std::vector<Form*> forms = OpenForms();
-  for (Form* const form : forms) {
+  for (Form* const form : CopyOf(OpenForms())) {
     // One form's unloading may unload others, or end them.
     if (form == closing || !IsOpen(form)) continue;
     try {

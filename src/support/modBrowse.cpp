@@ -14,7 +14,7 @@ namespace {
 Text AskForFolder(FolderDialogRequest& request) {
   FileDialogs* const dialogs = ThePlatform().file_dialogs;
   if (dialogs == nullptr) throw Failure(FailureNumber::kFeatureUnavailable, "This platform has no standard dialogs");
-  const Text folder = CutAtNull(dialogs->ShowFolder(request));
+  Text folder = CutAtNull(dialogs->ShowFolder(request));
   if (CharacterCount(folder) <= kLongestFolder) return folder;
   throw Failure(FailureNumber::kPathOrAccess, "The chosen folder has " + std::to_string(CharacterCount(folder)) +
                                                   " characters, " + std::to_string(kLongestFolder) +
