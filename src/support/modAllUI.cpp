@@ -52,13 +52,13 @@ struct ModalRow {
   std::vector<DisabledForm> disabled;
 };
 
-// The dialogs shown now, the lowest first. Each row lives in the ShowLikeModal that shows it.
 // For walks during which the list itself may change.
 template <typename Item>
 std::vector<Item> CopyOf(const std::vector<Item>& list) {
   return list;
 }
 
+// The dialogs shown now, the lowest first. Each row lives in the ShowLikeModal that shows it.
 std::vector<ModalRow*>& ModalStack() {
   static std::vector<ModalRow*> stack;
   return stack;
