@@ -39,8 +39,7 @@ class CDataExchange {
   CDataExchange(const CDataExchange&) = delete;
   CDataExchange& operator=(const CDataExchange&) = delete;
 
-  // --- The database and the settings
-  // ----------------------------------------------------------------------------------
+  // --- The database and the settings ---------------------------------------------------------------------------------
 
   // Binds a database, and reads from the installation's settings whether imports keep a rollback journal: section
   // "Files", key "WriteRollback", on unless it says otherwise; read at each set and never in between. Null unbinds and
@@ -129,8 +128,7 @@ class CDataExchange {
   // The open definition as the engines see it.
   [[nodiscard]] const DefinitionRecord& CurrentDefinition() const { return store_.Current(); }
 
-  // --- Exchange files
-  // -------------------------------------------------------------------------------------------------
+  // --- Exchange files ------------------------------------------------------------------------------------------------
 
   // Finds the file (see FindQDXFile; `backup_ok` admits the archive copy) and reads its header into the shared record.
   // True: the file stands open under `file_number` at the end of what was read, and the caller closes it. False: there
@@ -160,8 +158,7 @@ class CDataExchange {
   // Imports one definition, or with "ALL" every one, with a report and no dialog. See ImportBatch.
   [[nodiscard]] bool ImportQDXFileEX(Long owner_window, Masterfile& masterfile, const Text& import_type);
 
-  // --- Text files
-  // -----------------------------------------------------------------------------------------------------
+  // --- Text files ----------------------------------------------------------------------------------------------------
 
   // Imports a comma-separated file, audited whole before one figure changes. True only after all of it has been
   // applied. Position j from 1 of `clear_fields` is a flag for datafield number j: not 0 clears it at each date of the

@@ -20,8 +20,7 @@ struct RowCodes {
 // Reads a definition into `record`, which `clear` blanks once the file is open. With tables skipped AcctAll is not of
 // use: it holds the first number behind the counts.
 //   gives  false where the file cannot be opened (the record is untouched then), ends early or holds more rows than a
-//   table
-//          has, or a number beyond 16 bits; what was read before stays
+//          table has, or a number beyond 16 bits; what was read before stays
 //   meant  a file that ends behind the account rows has AcctAll 0; a number that is none reads as 0
 [[nodiscard]] bool ReadDefinition(const Text& path, TablesWanted tables, DefinitionRecord& record,
                                   const std::function<void()>& clear);

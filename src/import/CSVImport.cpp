@@ -70,8 +70,7 @@ class CSVImportRun {
   }
 
  private:
-  // --- Opening and header: a step that fails is passed over, and the next one runs
-  // ------------------------------------
+  // --- Opening and header: a step that fails is passed over, and the next one runs -----------------------------------
 
   template <typename Body>
   auto PassOver(Body&& body) {
@@ -185,8 +184,7 @@ class CSVImportRun {
     PassOver([&] { masterfile_.SetProgressFraction(static_cast<Single>(static_cast<Double>(row) / rows)); });
   }
 
-  // --- The passes: a failure ends the run
-  // -----------------------------------------------------------------------------
+  // --- The passes: a failure ends the run ----------------------------------------------------------------------------
 
   bool RunPasses() {
     ReadTables();
@@ -205,8 +203,7 @@ class CSVImportRun {
     masterfile_.SetProgressFraction(static_cast<Single>(share / 2 + share_before));
   }
 
-  // --- First pass: every error is asked about, and nothing is written
-  // ---------------------------------------------------
+  // --- First pass: every error is asked about, and nothing is written ------------------------------------------------
 
   void Audit(Statements& at) {
     for (;;) {
@@ -298,8 +295,7 @@ class CSVImportRun {
     return true;
   }
 
-  // --- Second pass
-  // ----------------------------------------------------------------------------------------------------
+  // --- Second pass ---------------------------------------------------------------------------------------------------
 
   void Apply(Statements& at) {
     if (request_.write_rollback) {

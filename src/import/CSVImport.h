@@ -27,8 +27,7 @@ struct CSVImportRequest {
 //   before the second pass   the database is as it was
 //   in the second pass       what has been written stays, and the journal stays open: meant
 //   run-time failures        from the audit's first record on end the run with the box "Error:", number, ":",
-//   statement,
-//                            "Information not imported."; before that the single step is passed over: meant
+//                            statement, "Information not imported."; before that the single step is passed over: meant
 [[nodiscard]] bool ImportCSV(Masterfile& masterfile, const CSVImportRequest& request, TextImportTally& tally);
 
 }  // namespace tallybook

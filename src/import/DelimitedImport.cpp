@@ -133,8 +133,7 @@ class DelimitedImportRun {
  private:
   enum class Opening { kOpen, kRefused, kGivenUp };
 
-  // --- Before the first line: a step that fails is passed over, and the next one runs
-  // ---------------------------------
+  // --- Before the first line: a step that fails is passed over, and the next one runs --------------------------------
 
   template <typename Body>
   auto PassOver(Body&& body) {
@@ -201,8 +200,7 @@ class DelimitedImportRun {
     }
   }
 
-  // --- The passes: a failure ends the run
-  // -----------------------------------------------------------------------------
+  // --- The passes: a failure ends the run ----------------------------------------------------------------------------
 
   bool RunPasses() {
     Statements at(Policy::kLeave, [&](const Failure& failure) {
@@ -283,8 +281,7 @@ class DelimitedImportRun {
     }
   }
 
-  // --- First pass: every error is asked about, and nothing is written
-  // ---------------------------------------------------
+  // --- First pass: every error is asked about, and nothing is written ------------------------------------------------
 
   void Audit(Statements& at) {
     while (at(kAuditLine, [&] { return ReadLine(kAuditPass); })) {
@@ -343,8 +340,7 @@ class DelimitedImportRun {
     }
   }
 
-  // --- Second pass
-  // ----------------------------------------------------------------------------------------------------
+  // --- Second pass ---------------------------------------------------------------------------------------------------
 
   void Apply(Statements& at) {
     if (request_.write_rollback) at(kBeginRollback, [&] { masterfile_.BeginRollback(first_date_, last_date_); });

@@ -26,8 +26,7 @@ struct DelimitedImportRequest {
 // Runs the import. True: the file was applied to its end; then `tally` tells what was touched. False: the user gave up,
 // or something was refused, and that has been told by message.
 //   renames   the file to its whole name plus ".bak" on nearly every way out, as long as no audit error was counted:
-//   meant,
-//             also where the user chose Cancel or a run-time failure ended the run
+//             meant, also where the user chose Cancel or a run-time failure ended the run
 //   stops     the process where the database cannot read a record (StopProgram)
 //   failures  from the first line on, a run-time failure ends the run with the box "Error:", number, ":", statement,
 //             "Information not imported."; before that the single step is passed over: meant. What has been written in

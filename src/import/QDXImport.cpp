@@ -154,8 +154,7 @@ class ImportRun {
     PrintLine(kAnnounceEnd, "");
   }
 
-  // --- Validation: nothing is written before all of it has passed
-  // -----------------------------------------------------
+  // --- Validation: nothing is written before all of it has passed ----------------------------------------------------
 
   void Validate() {
     accounts_.Clear();
@@ -232,8 +231,7 @@ class ImportRun {
     return false;
   }
 
-  // --- Applying
-  // -------------------------------------------------------------------------------------------------------
+  // --- Applying ------------------------------------------------------------------------------------------------------
 
   void ApplyFile(const Text& file) {
     if (means_.write_rollback) {
@@ -356,8 +354,7 @@ class ImportRun {
     dirty_ = true;
   }
 
-  // --- The end of a file
-  // ----------------------------------------------------------------------------------------------
+  // --- The end of a file ---------------------------------------------------------------------------------------------
 
   // A file that cannot be deleted stays, and nothing is said: meant. One that cannot be renamed would be imported again
   // by the next run, so the report says it.

@@ -53,8 +53,8 @@ Integer MatchFiles(const Text& pattern, std::vector<Text>& file_list);
 // run stopped; files handled before stay imported and disposed of, later ones stay untouched. What there was to tell
 // has been told by message or on the report.
 //   failures  are logged with " - CDataExchange:ImportQDXFile" and the statement, then "Error reading QDX file" is
-//   asked:
-//             Retry repeats exactly the statement that failed, so that no value is lost or doubled; Cancel ends the run
+//             asked: Retry repeats exactly the statement that failed, so that no value is lost or doubled; Cancel ends
+//             the run
 //   stops     the process where the database cannot read a record (StopProgram)
 [[nodiscard]] bool ImportQDX(QDXImportMeans& means, Printer& report);
 

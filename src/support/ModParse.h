@@ -22,8 +22,8 @@ enum class Compare { kBinary, kText };  // kText: without regard to case
 // Splits a line of fields into the entries of an array, whose size stays.
 //   A double quote turns quoted text on and off and is not kept; quoted characters are kept whatever they are. A
 //   stopper ends the work. A separator moves on to the next entry; where there is none, the work ends. Two separators
-//   in a row make an empty field. gives  the number of fields: the entries passed, plus 1 where the current one is not
-//   empty; so a last field that is
+//   in a row make an empty field.
+//   gives  the number of fields: the entries passed, plus 1 where the current one is not empty; so a last field that is
 //          empty does not count
 //   The characters are bytes: separators and stoppers are ASCII, and all else passes as it stands.
 Long SplitQuoted(std::string_view line, std::string_view separators, std::string_view stoppers,

@@ -31,10 +31,9 @@ namespace tallybook {
 //   file_name    rewritten by MapRemoteDrive where that made the open possible
 //   gives        true with the file open under `file_number`; false with `file_number` 0
 //   retries      permission denied: three more attempts, a second apart; feature unavailable: one more at once; any
-//   other
-//                failure: once more where MapRemoteDrive changes the name
+//                other failure: once more where MapRemoteDrive changes the name
 //   tells        nothing, save "ERROR WITH FILE TYPE: " and the mode, with the stop icon, for a mode that is none of
-//   these
+//                these
 [[nodiscard]] bool OpenFileEx(const Text& mode, Integer& file_number, Text& file_name, Integer record_length = 0);
 
 // Closes a number above 0 and not above the table's top: true, the number becomes 0, and pending input is handled. Any

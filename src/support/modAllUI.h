@@ -23,8 +23,7 @@ class Masterfile;
 // the host and of other dialogs arrive meanwhile, and showing a dialog from within a dialog nests. A failure inside
 // shows "Error in ShowLikeModal, " and the error text, hides the dialog, unwinds and returns.
 //   owner   the active window, meant: a dialog shown from within a dialog is owned by that one, whatever is passed
-//   here.
-//           `owner` counts where no window is active. A handle that no window has, and 0, mean no owner.
+//           here. `owner` counts where no window is active. A handle that no window has, and 0, mean no owner.
 //   meant   on a screen without windows it returns at once, the dialog hidden: nobody could ever close it there.
 void ShowLikeModal(Form& dialog, Long owner);
 

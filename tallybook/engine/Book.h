@@ -66,7 +66,7 @@ class Book final : public Masterfile, public CalendarSource {
  public:
   // Makes a new book of a sound description, with its values, and closes it.
   //   fails   Failure 5 for a description that is not sound, 75 where the path exists, else as Open; no file is left
-  //   then
+  //           then
   static void Create(const Text& path, const BookDescription& description);
 
   // Opens a book.

@@ -81,8 +81,8 @@ struct BookDescription {
 // number where that is more), descriptions, "system" (false), "values".
 //   source_name  what `json` came from, for messages: a file's path
 //   fails        Failure 5 that names the source, the place (as `accounts[3].code`, positions from 0, or line and
-//   column
-//                where it is no JSON at all), the value found and what is wanted; a key that is not known is refused
+//                column where it is no JSON at all), the value found and what is wanted; a key that is not known is
+//                refused
 [[nodiscard]] BookDescription ParseBookDescription(const Text& json, const Text& source_name);
 
 // Checks what no single item shows: ranges, lists, doubles, values without account or field, two values on one field of

@@ -5,8 +5,7 @@
 //   bytes 3-4     number of rows stored; the rows before and behind hold zeros only
 //   dense         the figures, row by row, field by field, 8 bytes each (IEEE 754 binary64)
 //   sparse        one bit for each figure, in the same order, lowest bit of a byte first, set where the figure is
-//   stored;
-//                 then the stored figures, 8 bytes each; the others are zero
+//                 stored; then the stored figures, 8 bytes each; the others are zero
 //   decimals      byte 5: decimals (0 to 3), byte 6: width (2 or 4); then for each figure a signed whole number of that
 //                 width, which divided by 10 to the power of the decimals gives exactly the figure
 //

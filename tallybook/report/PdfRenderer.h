@@ -4,9 +4,8 @@
 //   first page      title, moment of printing
 //   every page      the page head, a rule; at the foot the title and "Page 2 of 7"
 //   tables          columns by their report units, the head repeated on each page that the table reaches; a text that
-//   is too
-//                   long goes on in further lines of its cell, and is cut with an ellipsis only where one cell fills a
-//                   page
+//                   is too long goes on in further lines of its cell, and is cut with an ellipsis only where one cell
+//                   fills a page
 #pragma once
 
 #include "tallybook/report/Report.h"

@@ -29,8 +29,7 @@ class IniText {
   // Gives the key that value: in its own line, or else in a new line at the end of its section, or else in a new
   // section at the end of the text.
   //   fails  Failure 5 for a section, key or value that a line cannot hold: one with a line break or a zero character,
-  //   a
-  //          section with "]", a key that is empty, holds "=", or begins like a comment or a section
+  //          a section with "]", a key that is empty, holds "=", or begins like a comment or a section
   void Set(const Text& section, const Text& key, const Text& value);
 
   // The whole text in UTF-8.

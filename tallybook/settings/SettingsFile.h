@@ -26,8 +26,7 @@ class SettingsFile : public IniFile {
   // Writes the whole new text beside the file and renames it into place: whoever reads sees the old text or the new
   // one. The file's permissions stay; a symbolic link stays and the file it names is replaced.
   //   fails  Failure 5 for a text that a line cannot hold (IniText::Set); 61 disk full, 70 not permitted, 75 or 76 a
-  //   bad
-  //          path or missing folder, each with the path; the old file is untouched then
+  //          bad path or missing folder, each with the path; the old file is untouched then
   void WriteValue(const Text& key, const Text& value) override;
 
  private:

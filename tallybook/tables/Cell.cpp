@@ -47,7 +47,7 @@ Double RoundedFigure(const Cell& cell, const Column& column) {
 }
 
 void AppendWhole(Long value, std::string& out) {
-  std::array<char, std::numeric_limits<Long>::digits10 + 2> buffer;
+  std::array<char, std::numeric_limits<Long>::digits10 + 2> buffer{};
   const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
   out.append(buffer.data(), result.ptr);
 }

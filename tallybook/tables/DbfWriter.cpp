@@ -134,8 +134,7 @@ SAHooks Hooks() {
   return hooks;
 }
 
-// --- The writer
-// --------------------------------------------------------------------------------------------------------
+// --- The writer ------------------------------------------------------------------------------------------------------
 
 struct CloseTableFile {
   void operator()(DBFInfo* table) const { DBFClose(table); }
@@ -149,7 +148,7 @@ struct Field {
 };
 
 Text FieldName(const Column& column) {
-  const Text name = UpperCase(column.name);
+  Text name = UpperCase(column.name);
   const bool sound =
       std::ranges::all_of(name, [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'; });
   if (name.empty() || name.size() > kLongestName || !sound)
@@ -180,6 +179,7 @@ class DbfWriter : public TableWriter {
   // The library's table is made when its columns are known to be sound: it cannot end one that has none.
   void Begin(const std::vector<Column>& columns) override {
     std::vector<Field> fields;
+    fields.reserve(columns.size());
     for (const Column& column : columns) fields.push_back(FieldFor(column));
     OpenTable();
     for (const Field& field : fields) {

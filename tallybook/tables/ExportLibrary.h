@@ -1,11 +1,13 @@
 // The export library of the reference host. It writes tables in five formats:
 //
-//   code  extension  capability  what it is                        limits of the format
-//   CSV   csv        3           RFC 4180, UTF-8, titles in row 1  none
-//   XLSX  xlsx       3           a workbook with one sheet         1,048,576 rows, 16,384 columns, dates from
-//   1900-03-01 DBF   dbf        1           a dBASE table in Windows-1252     2 GiB, column names of 10 characters,
-//   widths TXT   txt        0           columns of fixed width, UTF-8     widths, no line breaks SQLT  db         1 a
-//   SQLite file with one table      none
+// clang-format off
+//   code  extension  capability  what it is                         limits of the format
+//   CSV   csv        3           RFC 4180, UTF-8, titles in row 1   none
+//   XLSX  xlsx       3           a workbook with one sheet          1,048,576 rows, 16,384 columns, dates from 1900-03-01
+//   DBF   dbf        1           a dBASE table in Windows-1252      2 GiB, column names of 10 characters, widths
+//   TXT   txt        0           columns of fixed width, UTF-8      widths, no line breaks
+//   SQLT  db         1           a SQLite file with one table       none
+// clang-format on
 //
 // Kind is 0 for all. Figures are rounded to the decimals that the cell and its column ask for; a half goes by the exact
 // binary value. Dates are whole days. A text is never cut: what does not fit its column fails the row.
@@ -54,9 +56,8 @@ class ExportLibrary : public DataExportObject {
   // refused cell).
   [[nodiscard]] Long CommitRow(Long handle) override;
   // Closes the table; the handle is free afterwards, also when this fails.
-  //   fails  61, 57 or the like, with the path, where the file is not whole. A table whose CommitRow failed has told
-  //   that
-  //          already and closes, as far as it got, without another failure.
+  //   fails  61, 57 or the like, with the path, where the file is not whole. A table whose CommitRow failed has
+  //          told that already and closes, as far as it got, without another failure.
   void CloseTable(Long handle) override;
 
   // Why the last operation that failed did so; empty before any has. Names file, row, column and value.

@@ -10,7 +10,7 @@ namespace tallybook::tables {
 
 struct Format {
   FormatDescription description;
-  std::unique_ptr<TableWriter> (*new_writer)(const Text& path, const Text& table_name);
+  std::unique_ptr<TableWriter> (*new_writer)(const Text& path, const Text& table_name) = nullptr;
 };
 
 [[nodiscard]] std::span<const Format> Formats();

@@ -5,11 +5,9 @@
 // The event rules, the same for all kinds:
 //   - Every change of what a control shows raises Changed, for renderers. Dialogs do not listen to it.
 //   - A user's act comes in through an operation whose name begins with User. It gives false, with nothing done, where
-//   the
-//     control or its form is disabled or hidden.
+//     the control or its form is disabled or hidden.
 //   - What a program sets raises the same reaction as the user's act where that is a choice or a text that really
-//   changes;
-//     setting what is set already raises nothing. A selection that becomes none raises nothing.
+//     changes; setting what is set already raises nothing. A selection that becomes none raises nothing.
 //   - A user who chooses the selected entry again raises the reaction again.
 //   - A date set by program raises nothing and is not held to its limits.
 //

@@ -9,8 +9,7 @@ using testing::FailsWith;
 
 class FormatsTest : public TableTest {};
 
-// --- CSV
-// ---------------------------------------------------------------------------------------------------------------
+// --- CSV -------------------------------------------------------------------------------------------------------------
 
 TEST_F(FormatsTest, CsvQuotesTextsAndEndsItsLinesAfterRfc4180) {
   Create("CSV", folder_.Path("out.csv"));
@@ -42,8 +41,7 @@ TEST_F(FormatsTest, CsvLeavesACellThatWasNeverSetEmpty) {
   EXPECT_EQ(folder_.Read("out.csv"), ",,1,2.000\r\n");
 }
 
-// --- XLSX
-// --------------------------------------------------------------------------------------------------------------
+// --- XLSX ------------------------------------------------------------------------------------------------------------
 
 TEST_F(FormatsTest, XlsxHoldsTypedCells) {
   Create("XLSX", folder_.Path("out.xlsx"));
@@ -105,8 +103,7 @@ TEST_F(FormatsTest, XlsxRefusesATableNameThatNoSheetCanHave) {
   EXPECT_THAT(library_.LastError(), ::testing::HasSubstr(folder_.Path("out.xlsx")));
 }
 
-// --- DBF
-// ---------------------------------------------------------------------------------------------------------------
+// --- DBF -------------------------------------------------------------------------------------------------------------
 
 TEST_F(FormatsTest, DbfHoldsTypedFieldsInWindows1252) {
   Create("DBF", folder_.Path("out.dbf"));
@@ -193,8 +190,7 @@ TEST_F(FormatsTest, DbfRefusesColumnsThatItCannotName) {
   }
 }
 
-// --- TXT
-// ---------------------------------------------------------------------------------------------------------------
+// --- TXT -------------------------------------------------------------------------------------------------------------
 
 TEST_F(FormatsTest, TextStandsInColumnsOfFixedWidth) {
   Create("TXT", folder_.Path("out.txt"));
@@ -222,8 +218,7 @@ TEST_F(FormatsTest, TextRefusesADateColumn) {
   EXPECT_EQ(library_.CommitRow(table_), static_cast<Long>(FailureNumber::kInvalidArgument));
 }
 
-// --- SQLT
-// --------------------------------------------------------------------------------------------------------------
+// --- SQLT ------------------------------------------------------------------------------------------------------------
 
 TEST_F(FormatsTest, SqliteHoldsOneTableOfTypedValues) {
   Create("SQLT", folder_.Path("out.db"));
@@ -255,8 +250,7 @@ TEST_F(FormatsTest, SqliteTakesNamesWithQuotes) {
   EXPECT_EQ(Read("sqlt", "out.db"), "check: ok\ntable: a table (\"odd\", name INTEGER)\n");
 }
 
-// --- All
-// -----------------------------------------------------------------------------------------------------------------
+// --- All -------------------------------------------------------------------------------------------------------------
 
 class EveryFormatTest : public TableTest, public ::testing::WithParamInterface<const char*> {};
 
