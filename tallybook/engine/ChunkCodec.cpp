@@ -29,21 +29,21 @@ constexpr std::size_t kUsualDecimals = 2;
 }
 
 void PutHead(std::byte form, RowRange rows, std::vector<std::byte>& bytes) {
-  const std::uint16_t head[] = {static_cast<std::uint16_t>(rows.first),
-                                static_cast<std::uint16_t>(rows.end - rows.first)};
+  const std::uint16_t head[] = {static_cast<std::uint16_t>(rows.first), static_cast<std::uint16_t>(rows.Count())};
   bytes[0] = form;
   std::memcpy(&bytes[1], head, sizeof head);
 }
 
-// The rows of `used` without the rows of zeros at both ends.
-RowRange Trimmed(const ChunkShape& shape, std::span<const Double> figures, RowRange used) {
+// The rows held without the rows of zeros at both ends.
+RowRange Trimmed(const ChunkShape& shape, const ChunkRows& rows) {
   const auto is_blank = [&](std::size_t row) {
-    const auto values = figures.subspan(row * shape.fields, shape.fields);
-    return std::all_of(values.begin(), values.end(), [](Double value) { return value == 0; });
+    const Double* values = rows.Find(row, shape.fields);
+    return std::all_of(values, values + shape.fields, [](Double value) { return value == 0; });
   };
-  while (!used.Empty() && is_blank(used.first)) ++used.first;
-  while (!used.Empty() && is_blank(used.end - 1)) --used.end;
-  return used;
+  RowRange range = rows.Range();
+  while (range.Count() != 0 && is_blank(range.first)) ++range.first;
+  while (range.Count() != 0 && is_blank(range.end - 1)) --range.end;
+  return range;
 }
 
 // The nearest whole number, ties to even, for values below 2 to the 51st; others give something far off. Adding and
@@ -178,12 +178,11 @@ void TakeDecimals(std::span<const std::byte> bytes, std::span<Double> values) {
 
 }  // namespace
 
-void EncodeChunk(const ChunkShape& shape, std::span<const Double> figures, RowRange used,
-                 std::vector<std::byte>& bytes) {
+void EncodeChunk(const ChunkShape& shape, const ChunkRows& rows, std::vector<std::byte>& bytes) {
   bytes.clear();
-  const RowRange rows = Trimmed(shape, figures, used);
-  if (rows.Empty()) return;
-  const auto values = figures.subspan(rows.first * shape.fields, (rows.end - rows.first) * shape.fields);
+  const RowRange range = Trimmed(shape, rows);
+  if (range.Count() == 0) return;
+  const std::span<const Double> values(rows.Find(range.first, shape.fields), range.Count() * shape.fields);
   const auto zeros = static_cast<std::size_t>(std::count(values.begin(), values.end(), 0.0));
   const std::size_t held = values.size() - zeros;
   const std::size_t sparse_size = (values.size() + 7) / 8 + held * sizeof(Double);
@@ -191,25 +190,25 @@ void EncodeChunk(const ChunkShape& shape, std::span<const Double> figures, RowRa
   const DecimalForm decimal = sparse_size > values.size() * 2 ? FindDecimalForm(values) : DecimalForm{};
   if (decimal.width != 0 && values.size() * decimal.width < sparse_size) {
     if (decimal.width == sizeof(std::int16_t)) {
-      PutDecimals<std::int16_t>(values, decimal.decimals, rows, bytes);
+      PutDecimals<std::int16_t>(values, decimal.decimals, range, bytes);
     } else {
-      PutDecimals<std::int32_t>(values, decimal.decimals, rows, bytes);
+      PutDecimals<std::int32_t>(values, decimal.decimals, range, bytes);
     }
   } else if (sparse_size < values.size_bytes()) {
-    PutSparse(values, held, rows, bytes);
+    PutSparse(values, held, range, bytes);
   } else {
-    PutDense(values, rows, bytes);
+    PutDense(values, range, bytes);
   }
 }
 
-RowRange DecodeChunk(const ChunkShape& shape, std::span<const std::byte> bytes, std::span<Double> figures) {
+void DecodeChunk(const ChunkShape& shape, std::span<const std::byte> bytes, ChunkRows& rows) {
   if (bytes.size() < kHeadSize) FailDamaged("is shorter than its head");
   std::uint16_t head[2];
   std::memcpy(head, &bytes[1], sizeof head);
-  const RowRange rows = {head[0], std::size_t{head[0]} + head[1]};
-  if (rows.end > shape.rows)
-    FailDamaged("tells of row " + std::to_string(rows.end) + ", and has " + std::to_string(shape.rows));
-  const auto values = figures.subspan(rows.first * shape.fields, (rows.end - rows.first) * shape.fields);
+  const RowRange range = {head[0], std::size_t{head[0]} + head[1]};
+  if (range.end > shape.rows)
+    FailDamaged("tells of row " + std::to_string(range.end) + ", and has " + std::to_string(shape.rows));
+  const std::span<Double> values = rows.Renew(range, shape.fields);
   const auto body = bytes.subspan(kHeadSize);
   if (bytes[0] == kDense) {
     if (body.size() != values.size_bytes()) FailDamaged("has the wrong length");
@@ -221,7 +220,6 @@ RowRange DecodeChunk(const ChunkShape& shape, std::span<const std::byte> bytes, 
   } else {
     FailDamaged("has the form " + std::to_string(std::to_integer<int>(bytes[0])));
   }
-  return rows;
 }
 
 }  // namespace tallybook::engine

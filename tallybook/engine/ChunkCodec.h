@@ -16,32 +16,15 @@
 #include <span>
 #include <vector>
 
-#include "support/Types.h"
+#include "tallybook/engine/ChunkRows.h"
 
 namespace tallybook::engine {
 
-// How many rows (records) a chunk has, and how many figures a row.
-struct ChunkShape {
-  std::size_t rows = 1;
-  std::size_t fields = 1;
-  [[nodiscard]] std::size_t Figures() const { return rows * fields; }
-};
-
-// A run of rows, counted from 0; `end` is one past the last.
-struct RowRange {
-  std::size_t first = 0;
-  std::size_t end = 0;
-  [[nodiscard]] bool Empty() const { return first >= end; }
-};
-
 // Writes the chunk's bytes into `bytes`, replacing what was there; none where all figures are zero.
-//   figures  the whole chunk, row by row
-//   used     the rows that may hold something other than zeros
-void EncodeChunk(const ChunkShape& shape, std::span<const Double> figures, RowRange used,
-                 std::vector<std::byte>& bytes);
+void EncodeChunk(const ChunkShape& shape, const ChunkRows& rows, std::vector<std::byte>& bytes);
 
-// Reads a chunk's bytes into `figures`, a whole chunk of zeros, and gives the rows that were stored.
-// Failure 57 for bytes that EncodeChunk never writes for this shape; the figures may have been changed by then.
-RowRange DecodeChunk(const ChunkShape& shape, std::span<const std::byte> bytes, std::span<Double> figures);
+// Reads a chunk's bytes; `rows` holds just the rows that were stored from then on.
+// Failure 57 for bytes that EncodeChunk never writes for this shape; the rows may have been changed by then.
+void DecodeChunk(const ChunkShape& shape, std::span<const std::byte> bytes, ChunkRows& rows);
 
 }  // namespace tallybook::engine

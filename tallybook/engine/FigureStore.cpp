@@ -1,15 +1,14 @@
 #include "tallybook/engine/FigureStore.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
-#include <new>
 #include <string>
 #include <utility>
 
 #include "support/Dates.h"
 #include "support/Failure.h"
 #include "support/Narrow.h"
+#include "tallybook/engine/ChunkCodec.h"
 
 namespace tallybook::engine {
 
@@ -18,6 +17,9 @@ namespace {
 // A chunk's key: the account's number above, the chunk's number from 0 below. The numbers stand in book files.
 constexpr int kChunkNumberBits = 24;
 constexpr std::int64_t kChunkNumberMask = (std::int64_t{1} << kChunkNumberBits) - 1;
+
+// About what a chunk in memory takes beside its figures: itself, and its entry in the table by key.
+constexpr std::size_t kBytesOfAChunk = 192;
 
 void SetBit(std::vector<std::byte>& bits, std::size_t index) {
   bits[index / 8] |= std::byte{1} << (index % 8);
@@ -29,22 +31,12 @@ bool HasBit(std::span<const std::byte> bits, std::size_t index) {
 
 }  // namespace
 
-void FigureStore::Freer::operator()(Double* figures) const {
-  std::free(figures);
-}
-
-// Memory that comes zeroed from the system costs nothing until a row of it is used.
-FigureStore::Figures FigureStore::NewFigures() const {
-  Figures figures(static_cast<Double*>(std::calloc(shape_.Figures(), sizeof(Double))));
-  if (figures == nullptr) throw std::bad_alloc();
-  return figures;
-}
-
 FigureStore::FigureStore(BookFile file, std::size_t cache_bytes)
     : file_(std::move(file)),
       calendar_(file_.Description().calendar, file_.Description().data_level),
       shape_{file_.RowsOfChunk(), std::max<std::size_t>(file_.Description().fields.size(), 1)},
-      most_chunks_(std::max<std::size_t>(cache_bytes / (shape_.Figures() * sizeof(Double)), 2)),
+      row_of_zeros_(shape_.fields),
+      cache_bytes_(cache_bytes),
       read_chunk_(file_.Db(), "SELECT id, figures FROM chunk WHERE key = ?1"),
       walk_chunks_(file_.Db(), "SELECT key, figures FROM chunk WHERE key BETWEEN ?1 AND ?2 ORDER BY key"),
       insert_chunk_(file_.Db(), "INSERT INTO chunk (key, figures) VALUES (?1, ?2)"),
@@ -85,10 +77,10 @@ double FigureStore::SecondsSinceCommit() const {
 void FigureStore::FetchEarly(std::size_t account, std::size_t row) const {
 #if defined(__GNUC__)
   const Chunk* chunk = account < last_of_account_.size() ? last_of_account_[account] : nullptr;
-  if (chunk == nullptr) return;
+  const Double* figures = chunk == nullptr ? nullptr : chunk->rows.Find(row, shape_.fields);
+  if (figures == nullptr) return;
   constexpr std::size_t kFiguresOfACacheLine = 8;
   constexpr std::size_t kMostFigures = 64;  // of a long row the processor fetches the rest by itself
-  const Double* figures = chunk->figures.get() + row * shape_.fields;
   for (std::size_t index = 0; index < std::min(shape_.fields, kMostFigures); index += kFiguresOfACacheLine) {
     __builtin_prefetch(figures + index, 1);
   }
@@ -104,8 +96,7 @@ void FigureStore::SwitchTo(std::size_t account, std::int64_t key, std::size_t ro
     if (found != by_key_.end()) {
       chunk = found->second;
     } else {
-      chunk = &FreeChunk();
-      Load(*chunk, key);
+      chunk = &Load(key);
     }
     last_of_account_[account] = chunk;
   }
@@ -113,74 +104,79 @@ void FigureStore::SwitchTo(std::size_t account, std::int64_t key, std::size_t ro
   current_ = chunk;
 }
 
-FigureStore::Chunk& FigureStore::FreeChunk() {
-  if (chunks_.size() < most_chunks_) {
-    Figures figures = NewFigures();
-    Chunk& chunk = chunks_.emplace_back();
-    chunk.figures = std::move(figures);
-    return chunk;
+FigureStore::Chunk& FigureStore::Load(std::int64_t key) {
+  MakeRoom();
+  Chunk& chunk = NewChunk();
+  chunk.key = key;
+  by_key_.emplace(key, &chunk);
+  held_bytes_ += kBytesOfAChunk;
+  try {
+    if (!file_is_empty_) LoadStored(chunk);
+  } catch (...) {
+    Forget(chunk);
+    throw;
   }
-  // Changed chunks are written all together, so that one transaction serves many.
-  if (changed_.size() * 2 > chunks_.size()) Commit();
+  return chunk;
+}
+
+void FigureStore::LoadStored(Chunk& chunk) {
+  file_.Db().BeginReading();
+  const EndOfWalk end(read_chunk_);
+  if (!read_chunk_.Bind(1, chunk.key).Step()) return;
+  ChunkRows rows;
+  Decode(chunk.key, read_chunk_.Bytes(1), rows);
+  held_bytes_ += rows.Bytes();
+  chunk.rows = std::move(rows);
+  chunk.stored = read_chunk_.Int(0);
+}
+
+FigureStore::Chunk& FigureStore::NewChunk() {
+  if (free_chunks_.empty()) return chunks_.emplace_back();
+  Chunk& chunk = *free_chunks_.back();
+  free_chunks_.pop_back();
+  return chunk;
+}
+
+// Gives up chunks that were not used of late until the rest fits, all but the current one and one other.
+void FigureStore::MakeRoom() {
+  while (held_bytes_ > cache_bytes_ && by_key_.size() > 2) {
+    // Changed chunks are written all together, so that one transaction serves many.
+    if (changed_.size() * 2 > by_key_.size()) Commit();
+    GiveUpOne();
+  }
+}
+
+void FigureStore::GiveUpOne() {
   for (;;) {
     Chunk& chunk = chunks_[hand_];
     hand_ = (hand_ + 1) % chunks_.size();
-    if (chunk.changed) continue;
+    if (chunk.key == kNoKey || chunk.changed || &chunk == current_) continue;
     if (!chunk.visited) {
       Forget(chunk);
-      return chunk;
+      return;
     }
     chunk.visited = false;
   }
 }
 
 void FigureStore::Forget(Chunk& chunk) {
-  if (chunk.key == kNoKey) return;
   if (entry_ != 0 && chunk.touched_entry == entry_) images_given_up_ = true;
   by_key_.erase(chunk.key);
-  std::fill(chunk.figures.get() + chunk.used.first * shape_.fields,
-            chunk.figures.get() + chunk.used.end * shape_.fields, 0.0);
-  chunk.key = kNoKey;
-  chunk.used = {};
-  chunk.stored = 0;
-  chunk.imaged = false;
-  chunk.touched_entry = 0;
+  held_bytes_ -= kBytesOfAChunk + chunk.rows.Bytes();
+  chunk = {};
+  free_chunks_.push_back(&chunk);
 }
 
 void FigureStore::ForgetAll() {
   current_ = &none_;
   for (Chunk& chunk : chunks_) {
-    chunk.visited = false;
-    Forget(chunk);
+    if (chunk.key != kNoKey) Forget(chunk);
   }
 }
 
-void FigureStore::Load(Chunk& chunk, std::int64_t key) {
-  if (!file_is_empty_) LoadStored(chunk, key);
-  by_key_.emplace(key, &chunk);
-  chunk.key = key;
-}
-
-void FigureStore::LoadStored(Chunk& chunk, std::int64_t key) {
-  file_.Db().BeginReading();
-  const EndOfWalk end(read_chunk_);
-  if (read_chunk_.Bind(1, key).Step()) {
-    // A damaged chunk fails below, and what it left behind is zeroed when the chunk is forgotten.
-    chunk.used = {0, shape_.rows};
-    chunk.key = key;
-    try {
-      chunk.used = Decode(key, read_chunk_.Bytes(1), chunk.figures.get());
-    } catch (...) {
-      Forget(chunk);
-      throw;
-    }
-    chunk.stored = read_chunk_.Int(0);
-  }
-}
-
-RowRange FigureStore::Decode(std::int64_t key, std::span<const std::byte> bytes, Double* figures) const {
+void FigureStore::Decode(std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const {
   try {
-    return DecodeChunk(shape_, bytes, {figures, shape_.Figures()});
+    DecodeChunk(shape_, bytes, rows);
   } catch (const Failure& failure) {
     const auto first_record = static_cast<std::size_t>(key & kChunkNumberMask) * shape_.rows;
     const Text from =
@@ -194,20 +190,26 @@ RowRange FigureStore::Decode(std::int64_t key, std::span<const std::byte> bytes,
 
 bool FigureStore::WriteRow(const Double* figures) {
   Chunk& chunk = *current_;
-  Double* row = chunk.figures.get() + current_row_ * shape_.fields;
   const std::size_t size = shape_.fields * sizeof(Double);
-  if (std::memcmp(row, figures, size) == 0) return false;
+  const Double* stands = chunk.rows.Find(current_row_, shape_.fields);
+  if (std::memcmp(stands != nullptr ? stands : row_of_zeros_.data(), figures, size) == 0) return false;
+  Double* row = stands != nullptr ? chunk.rows.Hold(current_row_, shape_) : HoldRow(chunk);
   if (entry_ != 0) Touch(chunk);
   if (!chunk.changed) {
     changed_.push_back(&chunk);
     chunk.changed = true;
   }
   std::memcpy(row, figures, size);
-  chunk.used = chunk.used.Empty()
-                   ? RowRange{current_row_, current_row_ + 1}
-                   : RowRange{std::min(chunk.used.first, current_row_), std::max(chunk.used.end, current_row_ + 1)};
   changed_bytes_ += size;
   return true;
+}
+
+Double* FigureStore::HoldRow(Chunk& chunk) {
+  MakeRoom();
+  held_bytes_ -= chunk.rows.Bytes();
+  Double* row = chunk.rows.Hold(current_row_, shape_);
+  held_bytes_ += chunk.rows.Bytes();
+  return row;
 }
 
 void FigureStore::Touch(Chunk& chunk) {
@@ -227,7 +229,7 @@ void FigureStore::Commit() {
     Transaction transaction(file_.Db());
     for (Chunk* chunk : changed_) {
       if (entry_ != 0) WriteImage(*chunk);
-      stored.push_back(Store(chunk->stored, chunk->key, chunk->figures.get(), chunk->used));
+      stored.push_back(Store(chunk->stored, chunk->key, chunk->rows));
     }
     transaction.Commit();
     // Only now is anything of it true; a failure above leaves all chunks changed.
@@ -267,8 +269,8 @@ void FigureStore::WriteImage(Chunk& chunk) {
   statement.Run();
 }
 
-std::int64_t FigureStore::Store(std::int64_t row, std::int64_t key, const Double* figures, RowRange used) {
-  EncodeChunk(shape_, {figures, shape_.Figures()}, used, bytes_);
+std::int64_t FigureStore::Store(std::int64_t row, std::int64_t key, const ChunkRows& rows) {
+  EncodeChunk(shape_, rows, bytes_);
   if (bytes_.empty()) {
     if (row != 0) delete_chunk_.Bind(1, row).Run();
     return 0;
@@ -354,22 +356,23 @@ void FigureStore::Undo(Long id) {
 
 // An empty image says that there was no chunk: zeros.
 void FigureStore::RestoreImage(std::int64_t key, std::span<const std::byte> touched, std::span<const std::byte> image) {
-  const Figures before = NewFigures();
-  const Figures now = NewFigures();
-  if (!image.empty()) Decode(key, image, before.get());
+  ChunkRows before;
+  ChunkRows now;
+  if (!image.empty()) Decode(key, image, before);
   std::int64_t stored = 0;
   {
     const EndOfWalk end(read_chunk_);
     if (read_chunk_.Bind(1, key).Step()) {
       stored = read_chunk_.Int(0);
-      Decode(key, read_chunk_.Bytes(1), now.get());
+      Decode(key, read_chunk_.Bytes(1), now);
     }
   }
   for (std::size_t row = 0; row < std::min(shape_.rows, touched.size() * 8); ++row) {
     if (!HasBit(touched, row)) continue;
-    std::memcpy(now.get() + row * shape_.fields, before.get() + row * shape_.fields, shape_.fields * sizeof(Double));
+    const Double* figures = before.Find(row, shape_.fields);
+    std::copy_n(figures != nullptr ? figures : row_of_zeros_.data(), shape_.fields, now.Hold(row, shape_));
   }
-  Store(stored, key, now.get(), {0, shape_.rows});
+  Store(stored, key, now);
 }
 
 bool FigureStore::VisitRows(std::size_t account, std::int32_t first, std::int32_t last, const RowVisitor& visit) {
@@ -379,18 +382,17 @@ bool FigureStore::VisitRows(std::size_t account, std::int32_t first, std::int32_
   walk_chunks_.Bind(1, base + place_of_record_[static_cast<std::size_t>(first)].chunk);
   walk_chunks_.Bind(2, base + place_of_record_[static_cast<std::size_t>(last)].chunk);
   const EndOfWalk end(walk_chunks_);
-  const Figures figures = NewFigures();
+  ChunkRows rows;
   while (walk_chunks_.Step()) {
     const std::int64_t key = walk_chunks_.Int(0);
-    const RowRange used = Decode(key, walk_chunks_.Bytes(1), figures.get());
+    Decode(key, walk_chunks_.Bytes(1), rows);
     const auto first_of_chunk =
         static_cast<std::int32_t>(key & kChunkNumberMask) * static_cast<std::int32_t>(shape_.rows);
-    for (std::size_t row = used.first; row < used.end; ++row) {
+    for (std::size_t row = rows.Range().first; row < rows.Range().end; ++row) {
       const std::int32_t record = first_of_chunk + static_cast<std::int32_t>(row);
       if (record < first || record > last) continue;
-      if (!visit(record, {figures.get() + row * shape_.fields, shape_.fields})) return false;
+      if (!visit(record, {rows.Find(row, shape_.fields), shape_.fields})) return false;
     }
-    std::fill(figures.get() + used.first * shape_.fields, figures.get() + used.end * shape_.fields, 0.0);
   }
   return true;
 }

@@ -13,7 +13,6 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <memory>
 #include <span>
 #include <unordered_map>
 #include <vector>
@@ -21,7 +20,7 @@
 #include "support/Types.h"
 #include "tallybook/engine/BookFile.h"
 #include "tallybook/engine/Calendar.h"
-#include "tallybook/engine/ChunkCodec.h"
+#include "tallybook/engine/ChunkRows.h"
 #include "tallybook/engine/Database.h"
 #include "tallybook/engine/Journal.h"
 
@@ -29,7 +28,7 @@ namespace tallybook::engine {
 
 class FigureStore {
  public:
-  // `cache_bytes` bounds the figures that are kept in memory; two chunks are kept at least.
+  // `cache_bytes` bounds what is kept in memory; two chunks are kept at least.
   FigureStore(BookFile file, std::size_t cache_bytes);
   FigureStore(const FigureStore&) = delete;
   FigureStore& operator=(const FigureStore&) = delete;
@@ -55,7 +54,8 @@ class FigureStore {
     const std::int64_t key = base_key_of_account_[account] + place.chunk;
     if (current_->key != key) SwitchTo(account, key, place.row);
     current_row_ = place.row;
-    return current_->figures.get() + place.row * shape_.fields;
+    const Double* figures = current_->rows.Find(place.row, shape_.fields);
+    return figures != nullptr ? figures : row_of_zeros_.data();
   }
   // Puts new figures into that row. Gives whether they differ from what it held.
   bool WriteRow(const Double* figures);
@@ -80,11 +80,6 @@ class FigureStore {
   bool VisitRows(std::size_t account, std::int32_t first, std::int32_t last, const RowVisitor& visit);
 
  private:
-  struct Freer {
-    void operator()(Double* figures) const;
-  };
-  using Figures = std::unique_ptr<Double[], Freer>;
-
   struct RecordPlace {
     std::uint32_t chunk;
     std::uint32_t row;
@@ -92,8 +87,7 @@ class FigureStore {
 
   struct Chunk {
     std::int64_t key = kNoKey;
-    Figures figures;                 // all rows; zeros outside `used`
-    RowRange used;                   // rows that may hold figures
+    ChunkRows rows;
     bool changed = false;            // differs from the file
     std::int64_t stored = 0;         // its row in the file; 0: the file has none
     bool visited = false;            // used since the hand of the cache passed by
@@ -107,25 +101,28 @@ class FigureStore {
   void BuildTables();
   void SwitchTo(std::size_t account, std::int64_t key, std::size_t row);
   void FetchEarly(std::size_t account, std::size_t row) const;
-  Chunk& FreeChunk();
-  void Load(Chunk& chunk, std::int64_t key);
-  void LoadStored(Chunk& chunk, std::int64_t key);
+  Chunk& Load(std::int64_t key);
+  void LoadStored(Chunk& chunk);
+  Chunk& NewChunk();
+  void MakeRoom();
+  void GiveUpOne();
   void Forget(Chunk& chunk);
   void ForgetAll();
+  // The current row for writing, where the chunk does not hold it yet.
+  Double* HoldRow(Chunk& chunk);
   void Touch(Chunk& chunk);
   void WriteImage(Chunk& chunk);
   // Writes a chunk's figures into its row of the file, 0 for a new one, or takes the row away where they are all zero.
   // Gives the row that the file has now. New rows are put at the end of the table whatever their key, so that a walk
   // over dates, which writes one chunk of each account in turn, never makes room between others.
-  std::int64_t Store(std::int64_t row, std::int64_t key, const Double* figures, RowRange used);
-  RowRange Decode(std::int64_t key, std::span<const std::byte> bytes, Double* figures) const;
+  std::int64_t Store(std::int64_t row, std::int64_t key, const ChunkRows& rows);
+  void Decode(std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const;
   void RestoreImage(std::int64_t key, std::span<const std::byte> touched, std::span<const std::byte> image);
-  [[nodiscard]] Figures NewFigures() const;
 
   BookFile file_;
   Calendar calendar_;
   ChunkShape shape_;
-  std::size_t most_chunks_;
+  std::vector<Double> row_of_zeros_;
 
   Date first_date_ = 0;
   std::vector<std::int32_t> record_of_day_;
@@ -135,7 +132,10 @@ class FigureStore {
 
   // The cache: chunks that never move, a hand that goes round them to find one to give up, and two ways to a chunk: the
   // last one used of each account (which may have been given up since: its key tells), and by key.
+  std::size_t cache_bytes_;
+  std::size_t held_bytes_ = 0;
   std::deque<Chunk> chunks_;
+  std::vector<Chunk*> free_chunks_;
   std::size_t hand_ = 0;
   std::vector<Chunk*> last_of_account_;
   std::unordered_map<std::int64_t, Chunk*> by_key_;

@@ -226,8 +226,8 @@ TEST_F(BookModelTest, IsAMapOfFiguresWithACacheOfTwoChunks) {
   CheckSteps();
 }
 
-TEST_F(BookModelTest, IsAMapOfFiguresWithACacheOfTenChunks) {
-  options.cache_bytes = 10 * 16'000;
+TEST_F(BookModelTest, IsAMapOfFiguresWithACacheOfSomeChunks) {
+  options.cache_bytes = 10 * 2'000;
   CheckSteps();
 }
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -13,6 +14,7 @@
 namespace tallybook::testing {
 namespace {
 
+using engine::ChunkRows;
 using engine::ChunkShape;
 using engine::DecodeChunk;
 using engine::EncodeChunk;
@@ -20,16 +22,32 @@ using engine::RowRange;
 
 constexpr ChunkShape kShape = {6, 4};
 
+constexpr std::size_t kFigures = kShape.rows * kShape.fields;
+
+// Some rows of a chunk whose figures are given whole.
+ChunkRows RowsOf(const ChunkShape& shape, const std::vector<Double>& figures, RowRange range) {
+  ChunkRows rows;
+  std::copy_n(figures.begin() + static_cast<std::ptrdiff_t>(range.first * shape.fields), range.Count() * shape.fields,
+              rows.Renew(range, shape.fields).begin());
+  return rows;
+}
+
+std::vector<Double> FiguresOf(const ChunkShape& shape, const ChunkRows& rows) {
+  std::vector<Double> figures(shape.rows * shape.fields);
+  std::ranges::copy(rows.Figures(), figures.begin() + static_cast<std::ptrdiff_t>(rows.Range().first * shape.fields));
+  return figures;
+}
+
 std::vector<std::byte> Encoded(const ChunkShape& shape, const std::vector<Double>& figures) {
   std::vector<std::byte> bytes;
-  EncodeChunk(shape, figures, {0, shape.rows}, bytes);
+  EncodeChunk(shape, RowsOf(shape, figures, {0, shape.rows}), bytes);
   return bytes;
 }
 
 std::vector<Double> Decoded(const ChunkShape& shape, const std::vector<std::byte>& bytes) {
-  std::vector<Double> figures(shape.Figures());
-  if (!bytes.empty()) DecodeChunk(shape, bytes, figures);
-  return figures;
+  ChunkRows rows;
+  if (!bytes.empty()) DecodeChunk(shape, bytes, rows);
+  return FiguresOf(shape, rows);
 }
 
 bool SameBits(const std::vector<Double>& a, const std::vector<Double>& b) {
@@ -37,19 +55,19 @@ bool SameBits(const std::vector<Double>& a, const std::vector<Double>& b) {
 }
 
 std::vector<Double> Filled(const ChunkShape& shape, Double first, Double step) {
-  std::vector<Double> figures(shape.Figures());
+  std::vector<Double> figures(shape.rows * shape.fields);
   for (std::size_t index = 0; index < figures.size(); ++index)
     figures[index] = first + step * static_cast<Double>(index);
   return figures;
 }
 
 TEST(ChunkCodec, WritesNothingForAChunkOfZeros) {
-  EXPECT_TRUE(Encoded(kShape, std::vector<Double>(kShape.Figures())).empty());
+  EXPECT_TRUE(Encoded(kShape, std::vector<Double>(kFigures)).empty());
 }
 
 TEST(ChunkCodec, KeepsEveryKindOfFigure) {
   std::vector<Double> figures = {1, -1, 0.1, 1e300, -1e-300, 5e-324, std::numeric_limits<Double>::infinity(), 12.34};
-  figures.resize(kShape.Figures());
+  figures.resize(kFigures);
   EXPECT_TRUE(SameBits(Decoded(kShape, Encoded(kShape, figures)), figures));
   figures[20] = std::numeric_limits<Double>::quiet_NaN();
   EXPECT_TRUE(SameBits(Decoded(kShape, Encoded(kShape, figures)), figures));
@@ -64,15 +82,14 @@ std::vector<Double> Quotients(Double first, Double divisor) {
 
 TEST(ChunkCodec, TakesTwoBytesForSmallNumbersAndFourForLargerOnes) {
   const auto size = [](Double first, Double divisor) { return Encoded(kShape, Quotients(first, divisor)).size(); };
-  const std::size_t figures = kShape.Figures();
-  EXPECT_EQ(size(1, 1), 7 + 2 * figures);
-  EXPECT_EQ(size(1, 100), 7 + 2 * figures);
-  EXPECT_EQ(size(30000, 1), 7 + 2 * figures);
-  EXPECT_EQ(size(1234567, 100), 7 + 4 * figures);
-  EXPECT_EQ(size(1, 1000), 7 + 2 * figures);
-  EXPECT_EQ(size(1e9, 1), 7 + 4 * figures);
-  EXPECT_EQ(size(1e10, 1), 5 + 8 * figures);
-  EXPECT_EQ(size(1, 7), 5 + 8 * figures);
+  EXPECT_EQ(size(1, 1), 7 + 2 * kFigures);
+  EXPECT_EQ(size(1, 100), 7 + 2 * kFigures);
+  EXPECT_EQ(size(30000, 1), 7 + 2 * kFigures);
+  EXPECT_EQ(size(1234567, 100), 7 + 4 * kFigures);
+  EXPECT_EQ(size(1, 1000), 7 + 2 * kFigures);
+  EXPECT_EQ(size(1e9, 1), 7 + 4 * kFigures);
+  EXPECT_EQ(size(1e10, 1), 5 + 8 * kFigures);
+  EXPECT_EQ(size(1, 7), 5 + 8 * kFigures);
 }
 
 TEST(ChunkCodec, KeepsNumbersAtTheBoundsOfTheirWidths) {
@@ -86,7 +103,7 @@ TEST(ChunkCodec, KeepsNumbersAtTheBoundsOfTheirWidths) {
 }
 
 TEST(ChunkCodec, StoresOnlyTheFiguresOfAThinChunk) {
-  std::vector<Double> figures(kShape.Figures());
+  std::vector<Double> figures(kFigures);
   figures[0] = 0.1 + 0.2;
   figures[23] = 7;
   const std::vector<std::byte> bytes = Encoded(kShape, figures);
@@ -95,16 +112,16 @@ TEST(ChunkCodec, StoresOnlyTheFiguresOfAThinChunk) {
 }
 
 TEST(ChunkCodec, LeavesOutRowsOfZerosAtBothEnds) {
-  std::vector<Double> figures(kShape.Figures());
+  std::vector<Double> figures(kFigures);
   figures[9] = 1e10 + 0.1;  // row 2
   std::vector<std::byte> bytes;
-  EncodeChunk(kShape, figures, {1, 5}, bytes);
+  EncodeChunk(kShape, RowsOf(kShape, figures, {1, 5}), bytes);
   EXPECT_EQ(bytes.size(), 5U + 1 + 8);
-  std::vector<Double> back(kShape.Figures());
-  const RowRange rows = DecodeChunk(kShape, bytes, back);
-  EXPECT_EQ(rows.first, 2U);
-  EXPECT_EQ(rows.end, 3U);
-  EXPECT_TRUE(SameBits(back, figures));
+  ChunkRows rows;
+  DecodeChunk(kShape, bytes, rows);
+  EXPECT_EQ(rows.Range().first, 2U);
+  EXPECT_EQ(rows.Range().end, 3U);
+  EXPECT_TRUE(SameBits(FiguresOf(kShape, rows), figures));
 }
 
 TEST(ChunkCodec, GivesBackWhateverItWasGiven) {
@@ -114,7 +131,7 @@ TEST(ChunkCodec, GivesBackWhateverItWasGiven) {
     // Each chunk keeps to one kind, so that every form of it comes up: any doubles, money, small numbers.
     const int kind = *rc::gen::inRange(0, 3);
     const int share = *rc::gen::element(5, 50, 100);
-    std::vector<Double> figures(shape.Figures());
+    std::vector<Double> figures(shape.rows * shape.fields);
     for (Double& figure : figures) {
       if (*rc::gen::inRange(0, 100) >= share) continue;
       if (kind == 0) figure = *rc::gen::arbitrary<Double>() + 0.0;
@@ -127,23 +144,23 @@ TEST(ChunkCodec, GivesBackWhateverItWasGiven) {
 
 // Damage: every prefix and every flipped byte either fails as damaged or gives figures, and nothing else.
 TEST(ChunkCodec, ToldAsDamageOrReadWhateverHappensToItsBytes) {
-  std::vector<Double> thin(kShape.Figures());
+  std::vector<Double> thin(kFigures);
   thin[3] = 0.1 + 0.2;
   int refused = 0;
   for (const auto& figures : {Filled(kShape, 0.1, 1e-7), Filled(kShape, 1.25, 3), thin}) {
     const std::vector<std::byte> whole = Encoded(kShape, figures);
     for (std::size_t length = 0; length < whole.size(); ++length) {
       const std::vector<std::byte> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
-      std::vector<Double> back(kShape.Figures());
+      ChunkRows back;
       EXPECT_THAT([&] { DecodeChunk(kShape, cut, back); }, FailsWith(FailureNumber::kDeviceError, "damaged"));
     }
     for (std::size_t at = 0; at < whole.size(); ++at) {
       std::vector<std::byte> flipped = whole;
       flipped[at] ^= std::byte{0xFF};
-      std::vector<Double> back(kShape.Figures());
+      ChunkRows back;
       try {
-        const RowRange rows = DecodeChunk(kShape, flipped, back);
-        EXPECT_LE(rows.end, kShape.rows);
+        DecodeChunk(kShape, flipped, back);
+        EXPECT_LE(back.Range().end, kShape.rows);
       } catch (const Failure& failure) {
         EXPECT_EQ(failure.Number(), FailureNumber::kDeviceError);
         ++refused;

@@ -1,0 +1,42 @@
+#include "tallybook/engine/ChunkRows.h"
+
+#include <utility>
+
+namespace tallybook::engine {
+
+namespace {
+
+// Rows are made room for in steps that grow: few moves for a chunk that fills up, little waste for one that does not.
+constexpr std::size_t kFirstRows = 8;
+constexpr std::size_t kGrowth = 4;
+
+RowRange Grown(RowRange range, std::size_t row, std::size_t rows) {
+  if (range.Count() == 0) return {row, std::min(rows, row + kFirstRows)};
+  const std::size_t wanted = range.Count() * kGrowth;
+  if (row >= range.end) return {range.first, std::min(rows, std::max(row + 1, range.first + wanted))};
+  return {std::min(row, range.end - std::min(wanted, range.end)), range.end};
+}
+
+}  // namespace
+
+Double* ChunkRows::Hold(std::size_t row, const ChunkShape& shape) {
+  if (!Holds(row)) {
+    const RowRange grown = Grown(range_, row, shape.rows);
+    std::vector<Double> figures(grown.Count() * shape.fields);
+    if (range_.Count() != 0) {
+      const auto place = static_cast<std::ptrdiff_t>((range_.first - grown.first) * shape.fields);
+      std::copy(figures_.begin(), figures_.end(), figures.begin() + place);
+    }
+    figures_ = std::move(figures);
+    range_ = grown;
+  }
+  return figures_.data() + (row - range_.first) * shape.fields;
+}
+
+std::span<Double> ChunkRows::Renew(RowRange range, std::size_t fields) {
+  figures_.assign(range.Count() * fields, 0.0);
+  range_ = range;
+  return figures_;
+}
+
+}  // namespace tallybook::engine
