@@ -1,28 +1,15 @@
 // The platform of the command: files as on any POSIX system, questions on the terminal, and a clock that can be fixed.
 #pragma once
 
-#include <deque>
-#include <fstream>
 #include <optional>
-#include <vector>
 
 #include "support/Platform.h"
 #include "support/platform/posix/PosixFileSystem.h"
 #include "support/platform/posix/PosixPlatform.h"
+#include "tallybook/cli/ConsoleMessageBoxes.h"
 #include "tallybook/cli/ConsoleProgress.h"
 
 namespace tallybook::cli {
-
-// How the questions of an operation are answered.
-struct AskOptions {
-  bool yes = false;            // OK and Yes wherever they are offered; never Retry
-  std::vector<Text> answers;   // "ok", "cancel", "yes", "no", "retry", used in turn before anything else
-  Text messages_file;          // each box is written here, one JSON object a line; empty: nowhere
-  bool keep_auditing = false;  // whether to go on with an audit is not asked: Yes, and each error takes one line
-};
-
-// The words of AskOptions::answers.
-[[nodiscard]] const std::vector<Text>& AnswerWords();
 
 // The system's clock; the value of the variable SOURCE_DATE_EPOCH, seconds since 1970-01-01 in UTC, where that is set,
 // so that what is written into files can be repeated to the byte (reproducible-builds.org, "SOURCE_DATE_EPOCH").
@@ -34,48 +21,6 @@ class ConsoleClock : public PosixClock {
 
  private:
   std::optional<Date> fixed_;
-};
-
-// Message boxes as text on standard error. A box with one button is only shown. Any other takes, in this order, the
-// next of the answers; OK or Yes with `yes`; what the user types on a terminal; the button that refuses. With
-// `keep_auditing` the question whether to go on with an audit is answered before all of these, and uses none up.
-class ConsoleMessageBoxes : public MessageBoxes {
- public:
-  // Fails with Failure 75 and the like, with the path, where the messages file cannot be made. `progress` is taken off
-  // the screen before a box shows and must outlive the boxes.
-  ConsoleMessageBoxes(const AskOptions& options, ConsoleProgress& progress);
-
-  [[nodiscard]] Integer Show(const Text& text, Long style, const Text& caption) override;
-  // The terminal has no sounds.
-  void PlaySound(const Text& /*name*/) override {}
-
-  // A question with OK and Cancel, or Yes and No, was answered by the button that refuses. No to going on with an audit
-  // is no refusal: the file has an error, and nobody has cancelled.
-  [[nodiscard]] bool WasRefused() const { return refused_; }
-  // How many errors audits have asked about, and whether one was answered No.
-  [[nodiscard]] long long AuditErrors() const { return audit_errors_; }
-  [[nodiscard]] bool WasAuditStopped() const { return audit_stopped_; }
-  // An answer was given that the box has no button for; it was taken as the refusing button.
-  [[nodiscard]] bool WasMisanswered() const { return misanswered_; }
-
- private:
-  [[nodiscard]] Integer Choose(Long style);
-  [[nodiscard]] Integer AskOnTerminal(Long style);
-  [[nodiscard]] Integer AnswerAudit(const Text& text, Long style, const Text& caption);
-  // Shows a box as it stands and lets a button be chosen.
-  [[nodiscard]] Integer Ask(const Text& text, Long style, const Text& caption);
-  void Record(const Text& text, Long style, Integer answer);
-
-  bool yes_;
-  bool keep_auditing_;
-  std::deque<Text> answers_;
-  Text messages_path_;
-  std::ofstream messages_;
-  ConsoleProgress& progress_;
-  bool refused_ = false;
-  bool misanswered_ = false;
-  bool audit_stopped_ = false;
-  long long audit_errors_ = 0;
 };
 
 // All of it, installed while the object lives.

@@ -1,0 +1,190 @@
+#include "tallybook/cli/ConsoleMessageBoxes.h"
+
+#include <algorithm>
+#include <array>
+#include <fmt/format.h>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string_view>
+
+#include "import/TextImport.h"
+#include "support/Failure.h"
+#include "support/Utility.h"
+#include "tallybook/cli/Terminal.h"
+
+namespace tallybook::cli {
+
+namespace {
+
+struct Button {
+  Integer number;
+  std::string_view word;   // as --answer takes it and --messages writes it
+  std::string_view label;  // as the user sees it; its first letter chooses it
+};
+
+constexpr std::array kButtons = {Button{kOk, "ok", "OK"}, Button{kCancel, "cancel", "Cancel"},
+                                 Button{kYes, "yes", "Yes"}, Button{kNo, "no", "No"}, Button{kRetry, "retry", "Retry"}};
+
+const Button& ButtonOf(Integer number) {
+  return *std::find_if(kButtons.begin(), kButtons.end(), [&](const Button& b) { return b.number == number; });
+}
+
+// The buttons of a box, in the order in which it shows them.
+std::vector<Button> ButtonsOf(Long style) {
+  switch (style & kButtonsMask) {
+    case kOkCancel:
+      return {ButtonOf(kOk), ButtonOf(kCancel)};
+    case kYesNo:
+      return {ButtonOf(kYes), ButtonOf(kNo)};
+    case kRetryCancel:
+      return {ButtonOf(kRetry), ButtonOf(kCancel)};
+    default:
+      return {ButtonOf(kOk)};
+  }
+}
+
+Text IconName(Long style) {
+  switch (style & kIconMask) {
+    case kStopIcon:
+      return "stop";
+    case kQuestionIcon:
+      return "question";
+    case kExclamationIcon:
+      return "exclamation";
+    case kInformationIcon:
+      return "information";
+    default:
+      return "";
+  }
+}
+
+Text LabelsOf(Long style) {
+  Text labels;
+  for (const Button& button : ButtonsOf(style)) labels += (labels.empty() ? "" : "/") + Text(button.label);
+  return labels;
+}
+
+// An audit's error as one line: its lines trimmed and joined, without the question.
+Text ErrorOnOneLine(std::string_view text) {
+  text.remove_suffix(kContinueAuditQuestion.size());
+  Text line;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find("\r\n"), text.size());
+    const Text part = TrimBoth(Text(text.substr(0, end)));
+    if (!part.empty()) line += (line.empty() ? "" : ". ") + part;
+    text.remove_prefix(std::min(end + 2, text.size()));
+  }
+  return line;
+}
+
+}  // namespace
+
+const std::vector<Text>& AnswerWords() {
+  static const std::vector<Text> words = [] {
+    std::vector<Text> all;
+    all.reserve(kButtons.size());
+    for (const Button& button : kButtons) all.emplace_back(button.word);
+    return all;
+  }();
+  return words;
+}
+
+ConsoleMessageBoxes::ConsoleMessageBoxes(const AskOptions& options, ConsoleProgress& progress)
+    : yes_(options.yes),
+      keep_auditing_(options.keep_auditing),
+      answers_(options.answers.begin(), options.answers.end()),
+      messages_path_(options.messages_file),
+      progress_(progress) {
+  if (messages_path_.empty()) return;
+  messages_.open(messages_path_, std::ios::trunc);
+  if (!messages_) throw Failure(FailureNumber::kPathOrAccess, "The messages file cannot be made: " + messages_path_);
+}
+
+Integer ConsoleMessageBoxes::Show(const Text& text, Long style, const Text& caption) {
+  const bool confirms = (style & kButtonsMask) == kOkCancel || (style & kButtonsMask) == kYesNo;
+  const bool audits = text.ends_with(kContinueAuditQuestion);
+  const Integer answer = audits ? AnswerAudit(text, style, caption) : Ask(text, style, caption);
+  if (confirms && !audits && answer == RefusingButton(style)) refused_ = true;
+  if (!messages_path_.empty()) Record(text, style, answer);
+  return answer;
+}
+
+Integer ConsoleMessageBoxes::AnswerAudit(const Text& text, Long style, const Text& caption) {
+  // The comma-separated import asks a second time, about the number 0, for one bad code: it is no further error.
+  const bool repeated = text.starts_with("Invalid Account Number 0\r\n");
+  if (!repeated) ++audit_errors_;
+  if (!keep_auditing_) {
+    const Integer answer = Ask(text, style, caption);
+    audit_stopped_ = audit_stopped_ || answer != kYes;
+    return answer;
+  }
+  if (repeated) return kYes;
+  progress_.Hide();
+  std::cerr << caption << ": " << ErrorOnOneLine(text) << '\n';
+  return kYes;
+}
+
+Integer ConsoleMessageBoxes::Ask(const Text& text, Long style, const Text& caption) {
+  Text shown = text;
+  std::erase(shown, '\r');
+  progress_.Hide();
+  std::cerr << caption << ": " << shown << '\n' << std::flush;
+  const bool asks = (style & kButtonsMask) != kOkOnly;
+  return asks ? Choose(style) : kOk;
+}
+
+Integer ConsoleMessageBoxes::Choose(Long style) {
+  const bool answer_given = !answers_.empty();
+  if (!answer_given && !yes_ && CanAsk()) return AskOnTerminal(style);
+  Integer answer = RefusingButton(style);
+  const auto has = [&](std::string_view word) {
+    for (const Button& button : ButtonsOf(style)) {
+      if (button.word != word) continue;
+      answer = button.number;
+      return true;
+    }
+    return false;
+  };
+  if (answer_given) {
+    const Text word = answers_.front();
+    answers_.pop_front();
+    if (!has(word)) {
+      misanswered_ = true;
+      std::cerr << fmt::format("tallybook: --answer '{}' is no button here\n", word);
+    }
+  } else if (yes_ && !has("ok")) {
+    has("yes");
+  }
+  std::cerr << fmt::format("  {}: {}\n", LabelsOf(style), ButtonOf(answer).label) << std::flush;
+  return answer;
+}
+
+Integer ConsoleMessageBoxes::AskOnTerminal(Long style) {
+  // Ctrl-C refuses here, also where the operation itself cannot be cancelled.
+  const CancelKey key;
+  const Integer refusing = RefusingButton(style);
+  for (;;) {
+    std::cerr << fmt::format("  {} [{}]? ", LabelsOf(style), ButtonOf(refusing).label) << std::flush;
+    const std::optional<Text> typed = ReadTypedLine();
+    if (!typed) std::cerr << '\n' << std::flush;
+    if (!typed || typed->empty()) return refusing;
+    for (const Button& button : ButtonsOf(style)) {
+      const char letter = static_cast<char>(button.word.front());
+      if (typed->front() == letter || typed->front() == button.label.front()) return button.number;
+    }
+  }
+}
+
+void ConsoleMessageBoxes::Record(const Text& text, Long style, Integer answer) {
+  nlohmann::ordered_json box;
+  box["text"] = text;
+  box["icon"] = IconName(style);
+  box["buttons"] = nlohmann::json::array();
+  for (const Button& button : ButtonsOf(style)) box["buttons"].push_back(button.word);
+  box["answer"] = ButtonOf(answer).word;
+  messages_ << box.dump() << std::endl;
+  if (!messages_) throw Failure(FailureNumber::kDeviceError, "The messages file cannot be written: " + messages_path_);
+}
+
+}  // namespace tallybook::cli
