@@ -2,7 +2,6 @@
 
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
-#include "support/CCommonDialog.h"
 #include "support/Failure.h"
 #include "support/Platform.h"
 #include "support/Utility.h"

@@ -4,18 +4,13 @@
 
 #include <optional>
 
+#include "support/CCommonDialog.h"
 #include "support/Types.h"
 
 namespace tallybook {
 
 class Form;
 class Masterfile;
-
-// The system's flags of a file dialog, as it publishes them.
-inline constexpr Long kHideReadOnly = 0x4;
-inline constexpr Long kPathMustExist = 0x800;
-inline constexpr Long kPromptToCreate = 0x2000;
-inline constexpr Long kLongNames = 0x200000;
 
 // The key code of F1, as a KeyDown event tells it.
 inline constexpr Integer kF1Key = 112;

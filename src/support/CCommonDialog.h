@@ -31,6 +31,15 @@ inline constexpr Integer kHelpAction = 6;
 
 // The length of the file name buffers, in characters, where MaxFileSize says none.
 inline constexpr Long kDefaultFileSize = 255;
+// Flags of the file dialog, as the system publishes them: ask before an old file is replaced; no read-only box; let
+// several names be chosen; the folder, or the file, must be there; ask before a new file is made; long names.
+inline constexpr Long kPromptToOverwrite = 0x2;
+inline constexpr Long kHideReadOnly = 0x4;
+inline constexpr Long kSeveralFiles = 0x200;
+inline constexpr Long kPathMustExist = 0x800;
+inline constexpr Long kFileMustExist = 0x1000;
+inline constexpr Long kPromptToCreate = 0x2000;
+inline constexpr Long kLongNames = 0x200000;
 // The file dialog of the explorer's style, and the bits that are set for the system without it.
 inline constexpr Long kExplorerStyle = 0x80000;
 inline constexpr Long kWithHook = 0x20;
