@@ -1,6 +1,7 @@
 #include "import/BatchImport.h"
 
 #include <algorithm>
+#include <exception>
 #include <numeric>
 #include <vector>
 
@@ -78,8 +79,10 @@ class BatchRun {
   }
 
  private:
-  // On the report; in the log where there is none, or where the report is what fails.
+  // On the report; in the log where there is none, or where the report is what fails. What kept the report from taking
+  // the line is logged second, and not at all for a report that never began: that it takes no line is no news.
   void TellFailure(const Failure& failure) {
+    std::exception_ptr follow_up;
     try {
       if (printer_) {
         printer_->PrintLine("Error: " + std::to_string(failure.Code()) + std::to_string(failure.Statement()) +
@@ -87,10 +90,18 @@ class BatchRun {
         return;
       }
     } catch (...) {
-      LogExchangeFailure(masterfile_.App(), CurrentFailure(), "ImportQDXFileEX");
+      if (report_begun_) follow_up = std::current_exception();
     }
-    LogExchangeFailure(masterfile_.App(), failure, "ImportQDXFileEX");
+    Log(failure);
+    if (!follow_up) return;
+    try {
+      std::rethrow_exception(follow_up);
+    } catch (...) {
+      Log(CurrentFailure());  // while it is being handled, so that the log can ask for all of it
+    }
   }
+
+  void Log(const Failure& failure) { LogExchangeFailure(masterfile_.App(), failure, "ImportQDXFileEX"); }
 
   void ImportAll() {
     at_(kRunLoop, [&] { ThePlatform().input->RunOnce(); });
@@ -114,7 +125,8 @@ class BatchRun {
     if (!printer_) printer_ = factory_.NewPrinter();
     printer_->SetEvents(&events_);
     printer_->SetOutputOption(masterfile_.App().UserOption());
-    return printer_->BeginReport(request_.owner_window, "QDX Import Report");
+    report_begun_ = printer_->BeginReport(request_.owner_window, "QDX Import Report");
+    return report_begun_;
   }
 
   void ImportEveryDefinition() {
@@ -167,7 +179,7 @@ class BatchRun {
   // Runs whatever happened before; what fails here is logged and the next step taken.
   void Finish() {
     Statements at(Policy::kGoOn, [&](const Failure& failure) {
-      LogExchangeFailure(masterfile_.App(), failure, "ImportQDXFileEX");
+      Log(failure);
       return false;
     });
     if (loaded_here_) at(kFinish, [&] { definitions_.Discard(); });
@@ -184,6 +196,7 @@ class BatchRun {
   ImportReportEvents events_;
   Statements at_;
   bool loaded_here_ = false;
+  bool report_begun_ = false;
   bool result_ = false;
 };
 

@@ -40,7 +40,7 @@ struct BatchRequest {
 // Runs a batch. `printer` is the exchange object's own; it is made on need, and empty again afterwards.
 // True: "ALL" without a failing definition (one without files is no failure), or the single definition's import was
 // true. False: definitions or report could not be opened, or something failed. A failure of the batch itself is printed
-// on the report as one line, or logged with " - CDataExchange:ImportQDXFileEX" where no report is open. Every
+// on the report as one line, or logged with " - CDataExchange:ImportQDXFileEX" where the report does not take it. Every
 // definition of "ALL" is imported as a replacement; the value 3 stays as the object's mode. Meant.
 [[nodiscard]] bool ImportBatch(const BatchRequest& request, BatchDefinitions& definitions, HostFactory& factory,
                                std::unique_ptr<Printer>& printer);

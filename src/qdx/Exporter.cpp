@@ -21,6 +21,7 @@ namespace {
 enum Statement : Long {
   kPrepareTable = 20,
   kClearTheWay = 30,
+  kCreate = 40,
   kOpenProgress = 70,
   kWriteHead = 80,
   kBeginAccount = 90,
@@ -98,16 +99,14 @@ class ExportRun {
     return true;
   }
 
-  // False: the user gave up on a file that cannot be created. A failure on the way counts as one that cannot.
+  // False: the user gave up on a file that cannot be created. A failure on the way counts as one that cannot: the
+  // question has no room for the reason, so the log gets it.
   bool Create() {
-    const auto created = [&] {
-      try {
-        return target_->Create();
-      } catch (const Failure&) {
-        return false;  // told by the question below
-      }
-    };
-    while (!created()) {
+    Statements at(Policy::kGoOn, [&](const Failure& failure) {
+      LogExchangeFailure(app_, failure, "WriteQDXFile");
+      return false;
+    });
+    while (!at(kCreate, [&] { return target_->Create(); })) {
       if (!AskRetry(app_, "Error creating export file: " + request_.file_name)) return false;
     }
     return true;

@@ -33,8 +33,9 @@ struct ExportMeans {
 };
 
 // Runs an export. True when the file stands, also after the user's cancel; an exchange file is well-formed then. False
-// when the user gave up on a file that could not be deleted or created, or on a failure, which is logged with " -
-// CDataExchange:WriteQDXFile"; the file stays on the disk as far as it got.
+// when the user gave up on a file that could not be deleted or created, or on a failure; the file stays on the disk as
+// far as it got. Every failure is logged with " - CDataExchange:WriteQDXFile", also one that keeps the file from being
+// created, about which the user is asked.
 //
 // A record that the database cannot read stops the program at once.
 [[nodiscard]] bool Export(const ExportMeans& means, const ExportRequest& request);

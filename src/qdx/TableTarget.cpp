@@ -8,6 +8,7 @@
 #include "qdx/Exporter.h"
 #include "support/Dates.h"
 #include "support/Failure.h"
+#include "support/Narrow.h"
 #include "support/Utility.h"
 
 namespace tallybook {
@@ -64,7 +65,7 @@ class TableTarget : public ExportTarget {
   void WriteDate(Date date) override {
     SetDateCells(date);
     Check(library_.SetText(handle_, AccountColumn(), account_code_), "the account code " + account_code_);
-    const auto fields = static_cast<int>(masterfile_.NumFields());
+    const int fields = ToInteger(masterfile_.NumFields());
     for (int i = 1; i <= fields; ++i) {
       const Integer number = masterfile_.FieldNumber(static_cast<Integer>(i));
       const Double value = masterfile_.FieldValue(number);

@@ -312,16 +312,36 @@ TEST_F(BatchImportTest, AFailureBeforeThereIsAReportGoesToTheLog) {
   EXPECT_FALSE(definitions_.loaded);
 }
 
-TEST_F(BatchImportTest, AFailureThatTheReportCannotTakeGoesToTheLog) {
+TEST_F(BatchImportTest, AFailureThatTheReportCannotTakeIsLoggedBeforeWhatKeptItOffTheReport) {
   definitions_.definitions = {{.description = "One"}};
   definitions_.before_import = [&] {
     host_->record.FailOn("Printer.PrintLine", 1, Failure(FailureNumber::kDiskFull, "Full", "Report"));
     throw SomeFailure();
   };
   EXPECT_FALSE(Run("1"));
-  EXPECT_THAT(host_->app.log.errors, ElementsAre(MemoryLog::Error{"Report - CDataExchange:ImportQDXFileEX", 0, -1},
-                                                 MemoryLog::Error{"Source - CDataExchange:ImportQDXFileEX", 70, -1}));
+  EXPECT_THAT(host_->app.log.errors, ElementsAre(MemoryLog::Error{"Source - CDataExchange:ImportQDXFileEX", 70, -1},
+                                                 MemoryLog::Error{"Report - CDataExchange:ImportQDXFileEX", 0, -1}));
   EXPECT_TRUE(Report().ended);
+}
+
+// The log may ask for the failure that is being handled, as one that shows descriptions does.
+TEST_F(BatchImportTest, EachFailureIsLoggedWhileItIsTheOneBeingHandled) {
+  definitions_.definitions = {{.description = "One"}};
+  definitions_.before_import = [&] {
+    host_->record.FailOn("Printer.PrintLine", 1, Failure(FailureNumber::kDiskFull, "Full", "Report"));
+    throw SomeFailure();
+  };
+  EXPECT_FALSE(Run("1"));
+  EXPECT_THAT(host_->app.log.handled, ElementsAre("It has failed", "Full"));
+}
+
+TEST_F(BatchImportTest, AReportThatCannotBeginIsLoggedOnceAndItsFailureAlone) {
+  host_->record.FailOn("Printer.BeginReport", 1, SomeFailure());
+  host_->record.FailOn("Printer.PrintLine", 1, Failure(FailureNumber::kObjectNotSet, "Not begun", "Report"));
+  EXPECT_FALSE(Run("ALL"));
+  EXPECT_THAT(host_->app.log.errors, ElementsAre(MemoryLog::Error{"Source - CDataExchange:ImportQDXFileEX", 50, -1}));
+  EXPECT_THAT(host_->record.ArgumentsOf("Printer.EndReport"), ElementsAre(""));
+  EXPECT_EQ(printer_, nullptr);
 }
 
 TEST_F(BatchImportTest, AResultThatWasSetStandsWhenTheReportsEndFails) {

@@ -262,12 +262,14 @@ TEST_P(TableCreationTest, IsMadeAnewOnRetry) {
   ExpectAllClosed();
 }
 
-TEST_P(TableCreationTest, CountsAFailureAsARefusal) {
+TEST_P(TableCreationTest, CountsAFailureAsARefusalAndLogsItsSource) {
   host->record.FailOn(GetParam().first, GetParam().second, Failure(FailureNumber::kDiskFull, "full", "Library"));
   platform.boxes.Answer({kRetry});
   EXPECT_TRUE(Run());
   EXPECT_TRUE(host->record.AllFaultsStruck());
-  EXPECT_TRUE(Logged().empty());
+  EXPECT_THAT(platform.boxes.Texts(), ElementsAre("Error creating export file: /out/SALES.csv"));
+  ExpectLoggedOnce("Library");
+  EXPECT_EQ(Logged()[0].line_number, 40);
   ExpectAllClosed();
 }
 INSTANTIATE_TEST_SUITE_P(Steps, TableCreationTest,
@@ -309,6 +311,14 @@ TEST_F(TableTargetTest, KeepsTheRowsBeforeOneThatFails) {
 
 TEST_F(TableTargetTest, FailsWhereTheAccountsDoNotFit) {
   host->book.answers.num_accounts = 32768;
+  EXPECT_FALSE(Run());
+  ExpectLoggedOnce();
+  EXPECT_THAT(Table().rows, IsEmpty());
+  ExpectAllClosed();
+}
+
+TEST_F(TableTargetTest, FailsWhereTheFieldsDoNotFit) {
+  host->book.answers.num_fields = 32768;
   EXPECT_FALSE(Run());
   ExpectLoggedOnce();
   EXPECT_THAT(Table().rows, IsEmpty());

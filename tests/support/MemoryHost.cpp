@@ -1,6 +1,7 @@
 #include "tests/support/MemoryHost.h"
 
 #include <algorithm>
+#include <exception>
 #include <stdexcept>
 
 #include "support/Dates.h"
@@ -13,6 +14,7 @@ namespace tallybook::testing {
 Integer MemoryLog::LogError(const Text& message, Long line_number, Integer detail) {
   record_.Tell("Log.LogError", message, line_number, detail);
   errors.push_back({message, line_number, detail});
+  handled.push_back(std::current_exception() ? CurrentFailure().Description() : Text());
   return 0;
 }
 

@@ -53,6 +53,7 @@ class MemoryLog : public HostLog {
 
   explicit MemoryLog(CallRecord& record) : record_(record) {}
   std::vector<Error> errors;
+  std::vector<Text> handled;  // for each error the description of the failure being handled then, "" for none
   std::vector<Audit> audits;
 
   Integer LogError(const Text& message, Long line_number, Integer detail) override;
