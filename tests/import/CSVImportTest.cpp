@@ -22,8 +22,6 @@ using ::testing::SizeIs;
 using ::testing::UnorderedElementsAre;
 
 const Text kPath = "/in/figures.csv";
-const Date kThird = DateFromParts(2004, 2, 3);
-const Date kFourth = DateFromParts(2004, 2, 4);
 
 // The positions that the "Error:" box names.
 constexpr int kAtAuditRecord = 100;
@@ -35,54 +33,15 @@ constexpr int kAtApplyAccount = 163;
 constexpr int kAtReadRecord = 165;
 constexpr int kAtApplyValue = 166;
 
-constexpr int kFailed = 57;
-Failure Fault() {
-  return Failure(FailureNumber::kDeviceError, "The database gave up", "Engine");
-}
-
-class CSVImportTest : public ::testing::Test {
+class CSVImportTest : public TextImportFixture {
  protected:
-  explicit CSVImportTest(const BookShape& shape = {}) : setup_(shape) {}
+  using TextImportFixture::TextImportFixture;
 
   bool Import(const std::string& bytes) {
     setup_.platform.memory.Put(kPath, bytes);
     return ImportCSV(setup_.book(), request_, setup_.tally);
   }
-  void Answer(std::initializer_list<Integer> answers) { setup_.platform.boxes.Answer(answers); }
   [[nodiscard]] const std::vector<ShownBox>& Boxes() const { return setup_.Boxes(); }
-  [[nodiscard]] Double Figure(Long account, Date date, Integer field) const {
-    return setup_.Figure(account, date, field);
-  }
-  [[nodiscard]] CallRecord& Record() const { return setup_.host->record; }
-  // Everything that the import asked the host from here on.
-  void RecordAll() const {
-    for (const char* operation : {"App",
-                                  "App.Title",
-                                  "DataLevel",
-                                  "NumPeriods",
-                                  "DateValid",
-                                  "FiscalCalendar",
-                                  "Calendar.SetCurrentDate",
-                                  "Calendar.CurrentDate",
-                                  "Calendar.LevelDate",
-                                  "NewAccountRecord",
-                                  "NumAccounts",
-                                  "MaxAccounts",
-                                  "AccountNumber",
-                                  "NumFields",
-                                  "MaxFields",
-                                  "FieldNumber",
-                                  "MasterFileTypeName",
-                                  "ReadRecord",
-                                  "WriteRecord",
-                                  "FieldValue",
-                                  "SetFieldValue",
-                                  "AccountRecord.SetSelect",
-                                  "AccountRecord.Code",
-                                  "AccountRecord.Number"}) {
-      Record().Record(operation, true);
-    }
-  }
   // Nothing but the box was shown, nothing was changed, and nothing stands open.
   void ExpectRefused(const std::string& bytes, const Text& text) {
     setup_.platform.boxes.ForgetShown();
@@ -103,15 +62,8 @@ class CSVImportTest : public ::testing::Test {
     EXPECT_TRUE(setup_.LeftNothingOpen());
   }
 
-  TextImportSetup setup_;
   CSVImportRequest request_{.file_name = kPath, .no_prompts = true};
 };
-
-BookShape ShapeOfLevel(Integer level) {
-  BookShape shape;
-  shape.data_level = level;
-  return shape;
-}
 
 class PeriodCSVImportTest : public CSVImportTest {
  protected:

@@ -23,8 +23,6 @@ using ::testing::SizeIs;
 
 const Text kPath = "/in/daily.txt";
 const Text kBackup = "/in/daily.txt.bak";
-const Date kThird = DateFromParts(2004, 2, 3);
-const Date kFourth = DateFromParts(2004, 2, 4);
 
 // The positions that the "Error:" box names.
 constexpr int kAtAuditLine = 60;
@@ -36,19 +34,14 @@ constexpr int kAtOpenRecord = 105;
 constexpr int kAtApplyPairs = 107;
 constexpr int kAtLastWrite = 110;
 
-constexpr int kFailed = 57;
-Failure Fault() {
-  return Failure(FailureNumber::kDeviceError, "The database gave up", "Engine");
-}
-
 ShownBox RecordsRead(int number) {
   return {std::to_string(number) + " records read from Delimited file: /in/daily.txt", kTellBox, kCaption, kOk};
 }
 const ShownBox kConfirmation = {"OK to Add data from the import file to the database?", kConfirmBox, kCaption, kOk};
 
-class DelimitedImportTest : public ::testing::Test {
+class DelimitedImportTest : public TextImportFixture {
  protected:
-  explicit DelimitedImportTest(const BookShape& shape = {}) : setup_(shape) {}
+  using TextImportFixture::TextImportFixture;
 
   // Imports with OK to the confirmation, and these answers to what is asked behind it.
   bool Import(const std::string& bytes, std::initializer_list<Integer> answers = {}) {
@@ -61,7 +54,6 @@ class DelimitedImportTest : public ::testing::Test {
     setup_.platform.boxes.ForgetShown();
     return ImportDelimited(setup_.book(), request_, setup_.tally);
   }
-  void Answer(std::initializer_list<Integer> answers) { setup_.platform.boxes.Answer(answers); }
   // What was shown behind the confirmation.
   [[nodiscard]] std::vector<ShownBox> Boxes() const {
     std::vector<ShownBox> boxes = setup_.Boxes();
@@ -72,10 +64,6 @@ class DelimitedImportTest : public ::testing::Test {
     boxes.erase(boxes.begin());
     return boxes;
   }
-  [[nodiscard]] Double Figure(Long account, Date date, Integer field) const {
-    return setup_.Figure(account, date, field);
-  }
-  [[nodiscard]] CallRecord& Record() const { return setup_.host->record; }
   [[nodiscard]] bool IsRenamed() const {
     const bool renamed = setup_.platform.memory.Has(kBackup);
     EXPECT_NE(setup_.platform.memory.Has(kPath), renamed) << "it bears one name";
@@ -89,30 +77,6 @@ class DelimitedImportTest : public ::testing::Test {
   }
   void TakeBackTheName() {
     if (setup_.platform.memory.Has(kBackup)) setup_.platform.memory.Delete(kBackup);
-  }
-  void RecordAll() const {
-    for (const char* operation : {"App",
-                                  "App.Title",
-                                  "DateValid",
-                                  "NewAccountRecord",
-                                  "NewFieldRecord",
-                                  "NumAccounts",
-                                  "MaxAccounts",
-                                  "AccountNumber",
-                                  "NumFields",
-                                  "MaxFields",
-                                  "FieldNumber",
-                                  "ReadRecord",
-                                  "WriteRecord",
-                                  "FieldValue",
-                                  "SetFieldValue",
-                                  "AccountRecord.SetSelect",
-                                  "AccountRecord.Code",
-                                  "AccountRecord.Number",
-                                  "FieldRecord.SetSelect",
-                                  "FieldRecord.SystemMaintained"}) {
-      Record().Record(operation, true);
-    }
   }
   // The audit shows these questions and the run ends with false; the file is renamed or not.
   void ExpectAuditFails(const std::string& bytes, std::initializer_list<ShownBox> questions, bool renamed) {
@@ -147,7 +111,6 @@ class DelimitedImportTest : public ::testing::Test {
     TakeBackTheName();
   }
 
-  TextImportSetup setup_;
   DelimitedImportRequest request_{.file_name = kPath, .math = eMath::mAdd};
 };
 
@@ -164,12 +127,6 @@ class OldBookDelimitedImportTest : public DelimitedImportTest {
   }
   const Date kNoNumbers = DateFromParts(1999, 11, 30);
 };
-
-BookShape ShapeOfLevel(Integer level) {
-  BookShape shape;
-  shape.data_level = level;
-  return shape;
-}
 
 class PeriodDelimitedImportTest : public DelimitedImportTest {
  protected:

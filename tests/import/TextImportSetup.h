@@ -2,6 +2,7 @@
 // fixtures add their own verbs.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <initializer_list>
 #include <map>
 #include <memory>
@@ -35,6 +36,22 @@ inline ShownBox AuditQuestion(const Text& text, Integer answer) {
 }
 inline ShownBox ErrorBox(int number, int statement) {
   return Refusal("Error:" + std::to_string(number) + ":" + std::to_string(statement) + "\r\nInformation not imported.");
+}
+
+// The days that most tests import.
+inline const Date kThird = DateFromParts(2004, 2, 3);
+inline const Date kFourth = DateFromParts(2004, 2, 4);
+
+// A failure of the host, and its number in the "Error:" box.
+inline constexpr int kFailed = 57;
+inline Failure Fault() {
+  return Failure(FailureNumber::kDeviceError, "The database gave up", "Engine");
+}
+
+inline BookShape ShapeOfLevel(Integer level) {
+  BookShape shape;
+  shape.data_level = level;
+  return shape;
 }
 
 // Account 101 "100", 102 "200" and 205 "300" with the fields 1, 2 and 7 (kept by the system): SmallBook.
@@ -81,6 +98,51 @@ class TextImportSetup {
   std::unique_ptr<MemoryHost> host;
   MemoryMasterfile::FigureMap before;
   TextImportTally tally;
+};
+
+class TextImportFixture : public ::testing::Test {
+ protected:
+  explicit TextImportFixture(const BookShape& shape = {}) : setup_(shape) {}
+
+  void Answer(std::initializer_list<Integer> answers) { setup_.platform.boxes.Answer(answers); }
+  [[nodiscard]] Double Figure(Long account, Date date, Integer field) const {
+    return setup_.Figure(account, date, field);
+  }
+  [[nodiscard]] CallRecord& Record() const { return setup_.host->record; }
+  // Everything that an import asks the host from here on.
+  void RecordAll() const {
+    for (const char* operation : {"App",
+                                  "App.Title",
+                                  "DataLevel",
+                                  "NumPeriods",
+                                  "DateValid",
+                                  "FiscalCalendar",
+                                  "Calendar.SetCurrentDate",
+                                  "Calendar.CurrentDate",
+                                  "Calendar.LevelDate",
+                                  "NewAccountRecord",
+                                  "NumAccounts",
+                                  "MaxAccounts",
+                                  "AccountNumber",
+                                  "NumFields",
+                                  "MaxFields",
+                                  "FieldNumber",
+                                  "MasterFileTypeName",
+                                  "ReadRecord",
+                                  "WriteRecord",
+                                  "FieldValue",
+                                  "SetFieldValue",
+                                  "AccountRecord.SetSelect",
+                                  "AccountRecord.Code",
+                                  "AccountRecord.Number",
+                                  "NewFieldRecord",
+                                  "FieldRecord.SetSelect",
+                                  "FieldRecord.SystemMaintained"}) {
+      Record().Record(operation, true);
+    }
+  }
+
+  TextImportSetup setup_;
 };
 
 }  // namespace tallybook::testing

@@ -1,12 +1,10 @@
 // Files of the machine: searching, sharing between handles and processes, and the number of each failure.
-#include <csignal>
 #include <fcntl.h>
 #include <functional>
 #include <gmock/gmock.h>
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,6 +13,7 @@
 #include "support/Dates.h"
 #include "support/platform/posix/PosixFileSystem.h"
 #include "tests/support/FailsWith.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/TempFolder.h"
 
 namespace tallybook::testing {
@@ -58,13 +57,6 @@ void GiveUpRights() {
   if (::geteuid() != 0) return;
   if (::setgroups(0, nullptr) != 0 || ::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)
     throw Failure(FailureNumber::kInternal, "Cannot become another user");
-}
-
-void LimitFileSize(rlim_t bytes) {
-  // Without this the limit is told by a signal that ends the process.
-  std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit limit{bytes, bytes};
-  if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) throw Failure(FailureNumber::kInternal, "Cannot limit the size of files");
 }
 
 class PosixFileSystemTest : public ::testing::Test {
@@ -359,7 +351,7 @@ TEST_F(PosixFileSystemTest, CopyNeedsBothFilesFree) {
 
 TEST_F(PosixFileSystemTest, WriteThatFindsNoRoomIs61) {
   const int number = NumberInChild([&] {
-    LimitFileSize(1000);
+    const FileSizeLimit limit(1000);
     const auto file = Open("a", Access::kWrite, Sharing::kShared, Creation::kReplace);
     file->WriteAt(0, BytesOf(std::string(1000, 'x')));
     file->WriteAt(1000, BytesOf("y"));
@@ -371,7 +363,7 @@ TEST_F(PosixFileSystemTest, WriteThatFindsNoRoomIs61) {
 TEST_F(PosixFileSystemTest, CopyThatFindsNoRoomIs61AndLeavesNoFile) {
   folder_.Write("a", std::string(100'000, 'x'));
   const int number = NumberInChild([&] {
-    LimitFileSize(70'000);
+    const FileSizeLimit limit(70'000);
     files_.Copy(folder_.Path("a"), folder_.Path("b"));
   });
   EXPECT_EQ(number, 61);

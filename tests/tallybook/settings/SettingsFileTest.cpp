@@ -1,17 +1,17 @@
-#include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "tallybook/settings/SettingsFile.h"
 #include "tests/support/FailsWith.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/TempFolder.h"
 
 namespace tallybook::settings {
 namespace {
 
 using testing::FailsWith;
+using testing::FileSizeLimit;
 
 class SettingsFileTest : public ::testing::Test {
  protected:
@@ -80,27 +80,6 @@ TEST_F(SettingsFileTest, FailsOnAFolderInsteadOfReadingItAsEmpty) {
   file_.SetFileName(folder_.Path());
   EXPECT_THAT([&] { (void)file_.ReadValue("a", "1"); }, FailsWith(FailureNumber::kPathOrAccess, folder_.Path()));
 }
-
-// Files of this process may not grow beyond so many bytes while it lives: a full disk.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t bytes) {
-    ::getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limit{bytes, before_.rlim_max};
-    signal_ = std::signal(SIGXFSZ, SIG_IGN);
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileSizeLimit() {
-    ::setrlimit(RLIMIT_FSIZE, &before_);
-    std::signal(SIGXFSZ, signal_);
-  }
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
- private:
-  rlimit before_{};
-  void (*signal_)(int) = nullptr;
-};
 
 TEST_F(SettingsFileTest, LeavesTheOldFileAsItWasOnAFullDisk) {
   folder_.Write("book.ini", "[CSV]\na=1\n");

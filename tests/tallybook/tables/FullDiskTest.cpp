@@ -1,35 +1,13 @@
 // A disk that fills up: at some moment the row or the close must fail, and a file that is not whole is never called
 // whole.
-#include <csignal>
-#include <sys/resource.h>
-
+#include "tests/support/FileSizeLimit.h"
 #include "tests/tallybook/tables/TableTest.h"
 
 namespace tallybook::tables {
 namespace {
 
 using testing::FileCall;
-
-// Files of this process may not grow beyond so many bytes while it lives.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t bytes) {
-    ::getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limit{bytes, before_.rlim_max};
-    signal_ = std::signal(SIGXFSZ, SIG_IGN);
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileSizeLimit() {
-    ::setrlimit(RLIMIT_FSIZE, &before_);
-    std::signal(SIGXFSZ, signal_);
-  }
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
- private:
-  rlimit before_{};
-  void (*signal_)(int) = nullptr;
-};
+using testing::FileSizeLimit;
 
 class FullDiskTest : public TableTest, public ::testing::WithParamInterface<const char*> {
  protected:
