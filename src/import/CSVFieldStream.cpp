@@ -23,21 +23,21 @@ constexpr std::array<bool, 256> kEndsField = [] {
 }();
 
 std::string_view WithoutTrailingBlanks(std::string_view field) {
-  const std::size_t last = field.find_last_not_of(' ');
-  return last == std::string_view::npos ? std::string_view() : field.substr(0, last + 1);
+  while (!field.empty() && field.back() == ' ') field.remove_suffix(1);
+  return field;
 }
 
 }  // namespace
 
 CSVFieldStream::CSVFieldStream(FileStream& source, TextEncoding wanted)
-    : source_(source), encoding_(FindEncoding(source, wanted)), size_(source.Size()) {
+    : source_(source), encoding_(source, wanted), size_(source.Size()) {
   Rewind();
 }
 
 void CSVFieldStream::Rewind() {
-  source_.Seek(encoding_.start);
+  source_.Seek(encoding_.Start());
   end_ = 0;
-  buffer_start_ = encoding_.start;
+  buffer_start_ = encoding_.Start();
   next_ = 0;
 }
 
@@ -76,6 +76,26 @@ std::size_t CSVFieldStream::SeparatorAt(std::size_t offset) {
 }
 
 std::string_view CSVFieldStream::Next() {
+  std::string_view field;
+  return TakeFromBuffer(field) ? field : TakeSlowly();
+}
+
+// Nearly every field: no quote, no blank in front, and the buffer holds it with its whole separator, which may be two
+// characters.
+bool CSVFieldStream::TakeFromBuffer(std::string_view& field) {
+  const char* const begin = buffer_.data() + next_;
+  const char* const behind = buffer_.data() + end_;
+  if (begin == behind || *begin == ' ' || *begin == '"') return false;
+  const char* end = begin;
+  while (end != behind && !kEndsField[static_cast<unsigned char>(*end)]) ++end;
+  if (behind - end < 2) return false;
+  field = WithoutTrailingBlanks({begin, static_cast<std::size_t>(end - begin)});
+  const bool pair = end[0] == '\r' && end[1] == '\n';
+  next_ += static_cast<std::size_t>(end - begin) + (pair ? 2 : 1);
+  return true;
+}
+
+std::string_view CSVFieldStream::TakeSlowly() {
   if (AtEnd()) {
     throw Failure(FailureNumber::kReadPastEnd,
                   "The file ends at byte " + std::to_string(Position()) + ", where another field was to stand");
@@ -95,7 +115,7 @@ std::string_view CSVFieldStream::Next() {
 }
 
 Text CSVFieldStream::NextText() {
-  return Decoded(Next());
+  return encoding_.Decode(Next());
 }
 
 Integer CSVFieldStream::NextInteger() {
@@ -108,10 +128,6 @@ Long CSVFieldStream::NextLong() {
 
 Double CSVFieldStream::NextDouble() {
   return LeadingNumber(Next());
-}
-
-bool CSVFieldStream::AtEnd() {
-  return Peek(0) == kNone;
 }
 
 }  // namespace tallybook

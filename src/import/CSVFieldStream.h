@@ -33,10 +33,11 @@ class CSVFieldStream {
   [[nodiscard]] Long NextLong();
   [[nodiscard]] Double NextDouble();
 
-  [[nodiscard]] Text Decoded(std::string_view field) const { return Decode(field, encoding_.encoding); }
+  // How the bytes of fields become text.
+  [[nodiscard]] EncodedText& Encoding() { return encoding_; }
 
   // True where no field is left.
-  [[nodiscard]] bool AtEnd();
+  [[nodiscard]] bool AtEnd() { return next_ == end_ && !ReadMore(); }
   // In bytes from the start of the file.
   [[nodiscard]] long long Position() const { return buffer_start_ + static_cast<long long>(next_); }
   [[nodiscard]] long long Size() const { return size_; }
@@ -44,6 +45,8 @@ class CSVFieldStream {
  private:
   static constexpr int kNone = -1;
 
+  bool TakeFromBuffer(std::string_view& field);
+  std::string_view TakeSlowly();
   // Makes at least one byte more stand behind those from `next_` on. False at the end of the file.
   bool ReadMore();
   // The character `offset` places behind the position; kNone at the end of the file.

@@ -188,6 +188,7 @@ class CSVImportRun {
 
   bool RunPasses() {
     ReadTables();
+    finder_.emplace(codes_, fields_->Encoding(), CutCode);
     Statements at(Policy::kLeave, [&](const Failure& failure) {
       TellNotImported(app_, failure.Code(), failure.Statement());
       return false;
@@ -242,16 +243,10 @@ class CSVImportRun {
   bool AuditAccount() {
     Long number = 0;
     if (header_.by_code) {
-      if (account_ != last_code_) {
-        last_code_ = account_;
-        const Text trimmed = TrimBoth(fields_->Decoded(account_));
-        last_code_is_blank_ = trimmed.empty();
-        code_ = CutCode(trimmed);
-        last_code_is_known_ = codes_.PositionOf(code_) > 0;
-      }
-      if (last_code_is_blank_) return true;
-      if (last_code_is_known_) return false;
-      CountError("Invalid Account Code " + code_ + InRecord(": "));
+      const AccountFinder::Account& account = finder_->Find(account_);
+      if (account.blank) return true;
+      if (account.position > 0) return false;
+      CountError("Invalid Account Code " + account.code + InRecord(": "));
     } else {
       number = RoundToLong(LeadingNumber(account_));
       if (number < 1) return true;
@@ -307,7 +302,7 @@ class CSVImportRun {
       header_ = ReadHeader();
     });
     touched_fields_ = NumberTable(valid_fields_.Highest());
-    last_code_.reset();
+    finder_.emplace(codes_, fields_->Encoding(), FittingCode);
     do {
       at(kBlockStart, [&] { StartBlock(); });
       ClearBlock(at);
@@ -316,6 +311,7 @@ class CSVImportRun {
       if (dirty_) masterfile_.WriteRecord();
       if (request_.write_rollback) masterfile_.EndRollback();
     });
+    tally_.accounts = touched_accounts_.Marked();
     tally_.fields = touched_fields_.Marked();
   }
 
@@ -381,15 +377,9 @@ class CSVImportRun {
       number_ = RoundToLong(LeadingNumber(account_));
       return;
     }
-    if (account_ == last_code_) return;
-    last_code_ = account_;
-    const Text code = fields_->Decoded(account_);
-    if (TrimBoth(code).empty()) {
-      number_ = 0;
-      return;
-    }
-    const Long position = codes_.PositionOf(FittingCode(code));
-    if (position > 0) number_ = masterfile_.AccountNumber(ToInteger(position));
+    const AccountFinder::Account& account = finder_->Find(account_);
+    if (account.blank) number_ = 0;
+    if (account.position > 0) number_ = masterfile_.AccountNumber(ToInteger(account.position));
   }
 
   // The changed record's flag stays set: meant, a file that ends here writes once more.
@@ -413,7 +403,7 @@ class CSVImportRun {
       Statements::Leave();
     });
     open_account_ = number_;
-    tally_.accounts.insert(number_);
+    touched_accounts_.Touch(number_);
   }
 
   void ApplyValue() {
@@ -445,9 +435,11 @@ class CSVImportRun {
   Header header_;
   bool header_read_ = false;
   AccountCodeTable codes_;
+  std::optional<AccountFinder> finder_;  // of the pass under way
   NumberTable valid_accounts_;
   NumberTable valid_fields_;
   NumberTable touched_fields_;
+  NumberTable touched_accounts_;
 
   // The record under way.
   std::string account_;  // the file's bytes
@@ -458,12 +450,6 @@ class CSVImportRun {
   Integer error_count_ = 0;
   Date smallest_date_ = kNoDate;
   Date largest_date_ = kNoDate;
-
-  // The last account field of a file by code, and what became of it.
-  std::optional<std::string> last_code_;
-  Text code_;
-  bool last_code_is_blank_ = false;
-  bool last_code_is_known_ = false;
 
   Long number_ = 0;        // the account number of the record under way, in the second pass
   Long open_account_ = 0;  // the account whose record is current; 0 when none

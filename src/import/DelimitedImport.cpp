@@ -79,32 +79,36 @@ constexpr PassRules kApplyPass = {.stoppers = "",
 // The fields of the line under way, at positions from 1. The array lives over both passes.
 class FieldArray {
  public:
-  [[nodiscard]] std::size_t Top() const { return fields_.size(); }
-  std::string& operator()(std::size_t position) { return fields_[position - 1]; }
-  const std::string& operator()(std::size_t position) const { return fields_[position - 1]; }
+  void StartPass(const PassRules& rules) { split_line_ = SplitQuoted(kFieldSeparators, rules.stoppers); }
 
+  [[nodiscard]] std::size_t Top() const { return fields_.size(); }
+  [[nodiscard]] std::string_view operator()(std::size_t position) const { return fields_[position - 1]; }
+
+  // The fields stand as long as the line does.
   void Split(std::string_view line, const PassRules& rules) {
     for (;;) {
-      const auto count = static_cast<std::size_t>(SplitQuoted(line, kFieldSeparators, rules.stoppers, fields_));
+      const auto count = static_cast<std::size_t>(split_line_(line, fields_));
       if (!rules.grows_fields || count != Top() || Top() >= kGrowsBelow) return;
       fields_.resize(Top() + kFieldsStep);
     }
   }
 
   [[nodiscard]] bool HasAnyText() const {
-    return std::any_of(fields_.begin(), fields_.end(), [](const std::string& field) { return HasText(field); });
+    return std::any_of(fields_.begin(), fields_.end(), [](std::string_view field) { return HasText(field); });
   }
 
   // Puts the parts of a date that stands in one field into three; all behind it moves by two, and the last two drop
   // out.
   void SpreadDate() {
-    const std::string date = std::move(fields_.front());
+    const std::string_view date = fields_.front();
     std::move_backward(fields_.begin() + 1, fields_.end() - 2, fields_.end());
-    SplitQuoted(date, kDateSeparators, "", std::span(fields_).first(3));
+    split_date_(date, std::span(fields_).first(3));
   }
 
  private:
-  std::vector<std::string> fields_ = std::vector<std::string>(kFirstFields);
+  std::vector<std::string_view> fields_ = std::vector<std::string_view>(kFirstFields);
+  SplitQuoted split_line_{kFieldSeparators, ""};
+  SplitQuoted split_date_{kDateSeparators, ""};
 };
 
 class DelimitedImportRun {
@@ -209,12 +213,18 @@ class DelimitedImportRun {
     });
     return at.Run([&] {
       at(kAuditLine, [&] {
-        encoding_ = FindEncoding(file_.Stream(), ThePlatform().text_encoding);
-        lines_.emplace(file_.Stream(), encoding_.start);
+        encoding_.emplace(file_.Stream(), ThePlatform().text_encoding);
+        lines_.emplace(file_.Stream(), encoding_->Start());
+        StartPass(kAuditPass);
       });
       Audit(at);
       Apply(at);
     });
+  }
+
+  void StartPass(const PassRules& rules) {
+    fields_.StartPass(rules);
+    finder_.emplace(codes_, *encoding_, rules.cuts_long_codes ? CutCode : FittingCode);
   }
 
   // Takes the next line apart. False at the end of the file.
@@ -259,17 +269,6 @@ class DelimitedImportRun {
     masterfile_.SetProgressFraction(static_cast<Single>(share / 2 + share_before));
   }
 
-  // The account code of the line as it is compared.
-  void ReadCode(const PassRules& rules) {
-    const std::string& field = fields_(kAccountField);
-    if (code_is_known_ && field == code_field_) return;
-    const Text text = Decode(field, encoding_.encoding);
-    code_ = rules.cuts_long_codes ? CutCode(text) : FittingCode(text);
-    position_ = codes_.PositionOf(code_);
-    code_field_ = field;
-    code_is_known_ = true;
-  }
-
   // Calls `take(field, value)` for each pair of the line, as far as the pass reads them.
   template <typename Take>
   void ForEachPair(const PassRules& rules, Take take) const {
@@ -292,8 +291,7 @@ class DelimitedImportRun {
       });
       at(kAuditAccount, [&] { AuditAccount(); });
       at(kAuditPairs, [&] {
-        ForEachPair(kAuditPass,
-                    [&](const std::string& field, const std::string&) { AuditField(WholeLongText(field)); });
+        ForEachPair(kAuditPass, [&](std::string_view field, std::string_view) { AuditField(WholeLongText(field)); });
       });
     }
     at(kEndAudit, [&] { masterfile_.EndProgress(); });
@@ -323,9 +321,9 @@ class DelimitedImportRun {
   }
 
   void AuditAccount() {
-    ReadCode(kAuditPass);
-    if (position_ == 0 && kAuditPass.asks_about_unknown_codes) {
-      TellError("Invalid Account Code " + code_ + InRecord(": "), Count::kAfterAsking);
+    const AccountFinder::Account& account = finder_->Find(fields_(kAccountField));
+    if (account.position == 0 && kAuditPass.asks_about_unknown_codes) {
+      TellError("Invalid Account Code " + account.code + InRecord(": "), Count::kAfterAsking);
     }
   }
 
@@ -347,18 +345,18 @@ class DelimitedImportRun {
     at(kRewind, [&] {
       masterfile_.BeginProgress("Reading Import File");
       lines_->Rewind();
+      StartPass(kApplyPass);
     });
     previous_date_ = kNoDate;
     previous_account_ = 0;
     record_number_ = 0;
-    code_is_known_ = false;
     while (at(kApplyLine, [&] { return ReadLine(kApplyPass); })) {
       at(kApplyAccount, [&] {
         ReadDate();
-        ReadCode(kApplyPass);
+        const Long position = finder_->Find(fields_(kAccountField)).position;
         ShowFileProgress(0.5);
         // An unknown code leaves the account as it was.
-        if (position_ > 0) account_ = masterfile_.AccountNumber(ToInteger(position_));
+        if (position > 0) account_ = masterfile_.AccountNumber(ToInteger(position));
       });
       at(kOpenRecord, [&] { OpenRecord(); });
       at(kApplyPairs, [&] { ApplyPairs(); });
@@ -370,6 +368,7 @@ class DelimitedImportRun {
     at(kTellEnd, [&] {
       ShowMessage(std::to_string(record_number_) + " records read from Delimited file: " + request_.file_name,
                   kInformationIcon | kOkOnly, app_.Title());
+      tally_.accounts = touched_accounts_.Marked();
       tally_.fields = touched_fields_.Marked();
     });
   }
@@ -380,14 +379,14 @@ class DelimitedImportRun {
     if (!other_date && account_ == previous_account_) return;
     if (other_date ? previous_date_ > kNoDate : previous_account_ > 0) masterfile_.WriteRecord();
     if (!masterfile_.ReadRecord(account_, date_)) StopProgram();
+    if (other_date) tally_.dates.insert(date_);
+    touched_accounts_.Touch(account_);
     previous_date_ = date_;
     previous_account_ = account_;
-    tally_.dates.insert(date_);
-    tally_.accounts.insert(account_);
   }
 
   void ApplyPairs() {
-    ForEachPair(kApplyPass, [&](const std::string& field_text, const std::string& value_text) {
+    ForEachPair(kApplyPass, [&](std::string_view field_text, std::string_view value_text) {
       const Integer field = ToInteger(WholeLongText(field_text));
       const Double value = WholeNumberText(value_text);
       const Double stored = request_.math == eMath::mReplace ? 0 : masterfile_.FieldValue(field);
@@ -400,6 +399,7 @@ class DelimitedImportRun {
   // The end step: looks at the error count alone.
   void End() {
     lines_.reset();
+    encoding_.reset();
     file_.Close();
     if (error_count_ == 0) RenameFile(request_.file_name, request_.file_name + ".bak");
     PassOver([&] { masterfile_.EndProgress(); });
@@ -413,26 +413,21 @@ class DelimitedImportRun {
   Statements pass_over_{Policy::kGoOn, [](const Failure&) { return false; }};
 
   FileNumber file_;
-  EncodedText encoding_;
+  std::optional<EncodedText> encoding_;
   std::optional<LineReader> lines_;
   FieldArray fields_;
   AccountCodeTable codes_;
+  std::optional<AccountFinder> finder_;  // of the pass under way
   NumberTable valid_fields_;
   NumberTable system_fields_;
   NumberTable touched_fields_;
+  NumberTable touched_accounts_;
 
   Long record_number_ = 0;
   Integer error_count_ = 0;
   Date first_date_ = DateFromParts(9999, 12, 31);
   Date last_date_ = kNoDate;
   Date date_ = kNoDate;  // of the line under way
-
-  // The account code of the line under way: the field it came from, its form for comparing, its list position (0:
-  // unknown).
-  std::string code_field_;
-  bool code_is_known_ = false;
-  Text code_;
-  Long position_ = 0;
 
   Date previous_date_ = kNoDate;
   Long previous_account_ = 0;

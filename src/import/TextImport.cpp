@@ -1,5 +1,7 @@
 #include "import/TextImport.h"
 
+#include <utility>
+
 #include "host/HostApp.h"
 #include "support/CodePage.h"
 #include "support/Failure.h"
@@ -51,6 +53,45 @@ void AccountCodeTable::Add(const Text& code) {
 Long AccountCodeTable::PositionOf(const Text& code) const {
   const auto found = positions_.find(code);
   return found == positions_.end() ? 0 : found->second;
+}
+
+AccountFinder::Account AccountFinder::LookUp(std::string_view bytes) const {
+  Account account;
+  account.code = form_(encoding_.Decode(bytes));
+  account.position = codes_.PositionOf(account.code);
+  account.blank = TrimRight(account.code).empty();
+  return account;
+}
+
+const AccountFinder::Account& AccountFinder::Find(std::string_view bytes) {
+  // Bounds for files that make up codes without end.
+  constexpr std::size_t kLongest = 64;
+  constexpr std::size_t kMost = 65'536;
+  if (bytes.size() > kLongest) return too_long_to_remember_ = LookUp(bytes);
+  for (const std::size_t place : {last_, last_ + 1, std::size_t{0}}) {
+    if (place < remembered_.size() && remembered_[place].bytes == bytes) {
+      last_ = place;
+      return remembered_[place].account;
+    }
+  }
+  if (const auto found = place_of_bytes_.find(bytes); found != place_of_bytes_.end()) {
+    last_ = found->second;
+    return remembered_[last_].account;
+  }
+  Account account = LookUp(bytes);
+  if (remembered_.size() == kMost) {
+    remembered_.clear();
+    place_of_bytes_.clear();
+  }
+  last_ = remembered_.size();
+  place_of_bytes_.emplace(bytes, last_);
+  return remembered_.emplace_back(Remembered{std::string(bytes), std::move(account)}).account;
+}
+
+void NumberTable::Touch(Long number) {
+  const auto place = static_cast<std::size_t>(number);
+  if (place >= marked_.size()) marked_.resize(place + 1);
+  marked_[place] = true;
 }
 
 void NumberTable::Mark(Long number) {

@@ -2,13 +2,17 @@
 // the box that ends a run, and the count of what a run touched.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <optional>
 #include <set>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
 #include "import/QDXImport.h"
+#include "support/TextEncoding.h"
 #include "support/Types.h"
 
 namespace tallybook {
@@ -55,6 +59,44 @@ class AccountCodeTable {
   Long count_ = 0;
 };
 
+// The accounts that the codes of a file stand for. A code is looked up once and remembered by its bytes; and since files
+// tell of their accounts in the same order date after date, the one that came behind the last is tried first.
+class AccountFinder {
+ public:
+  struct Account {
+    Text code;           // as it is compared
+    Long position = 0;   // in the list; 0 where no account has the code
+    bool blank = false;  // no code at all
+  };
+
+  // `form` makes a code as it is compared: CutCode or FittingCode. The other two must outlive the object.
+  AccountFinder(const AccountCodeTable& codes, EncodedText& encoding, Text (*form)(const Text& code))
+      : codes_(codes), encoding_(encoding), form_(form) {}
+
+  // The account of a code's bytes, valid until the next call. Fails as the form does.
+  const Account& Find(std::string_view bytes);
+
+ private:
+  struct Remembered {
+    std::string bytes;
+    Account account;
+  };
+  struct HashOfBytes {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view bytes) const { return std::hash<std::string_view>()(bytes); }
+  };
+
+  [[nodiscard]] Account LookUp(std::string_view bytes) const;
+
+  const AccountCodeTable& codes_;
+  EncodedText& encoding_;
+  Text (*form_)(const Text& code);
+  std::vector<Remembered> remembered_;  // in the order in which they came
+  std::unordered_map<std::string, std::size_t, HashOfBytes, std::equal_to<>> place_of_bytes_;
+  std::size_t last_ = 0;
+  Account too_long_to_remember_;
+};
+
 // Which numbers from 1 to a highest one are marked.
 class NumberTable {
  public:
@@ -62,7 +104,9 @@ class NumberTable {
   [[nodiscard]] Long Highest() const { return static_cast<Long>(marked_.size() - 1); }
   // Failure 9 for a number outside the table.
   void Mark(Long number);
-  // The marked numbers, in order.
+  // Marks a number from 0 on; a table that is too small for it grows.
+  void Touch(Long number);
+  // The marked numbers from 1 on, in order.
   [[nodiscard]] std::set<Long> Marked() const;
   // False for a number outside the table too.
   [[nodiscard]] bool Holds(Long number) const {

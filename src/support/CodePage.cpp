@@ -141,6 +141,10 @@ Long CharacterCount(std::string_view text) {
       std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<std::uint8_t>(c) & 0xC0) != 0x80; }));
 }
 
+bool IsAscii(std::string_view bytes) {
+  return AsciiLength(bytes) == bytes.size();
+}
+
 bool IsUtf8(std::string_view bytes) {
   for (std::size_t offset = AsciiLength(bytes); offset < bytes.size();)
     if (TakeCharacter(bytes, offset) == kNoCharacter) return false;

@@ -20,6 +20,9 @@ namespace tallybook {
 // How many characters a UTF-8 text has.
 [[nodiscard]] Long CharacterCount(std::string_view text);
 
+// True for bytes below 0x80 only: the same text in every encoding known here.
+[[nodiscard]] bool IsAscii(std::string_view bytes);
+
 // True for bytes that are valid UTF-8 throughout (RFC 3629: no overlong forms, no surrogates).
 [[nodiscard]] bool IsUtf8(std::string_view bytes);
 

@@ -67,6 +67,10 @@ Double BeyondRange(std::string_view number) {
   return small ? 0.0 : std::numeric_limits<Double>::infinity();
 }
 
+bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
 bool BeginsNumber(std::string_view text) {
   return !text.empty() && (IsDigit(text.front()) || text.front() == '.');
 }
@@ -115,9 +119,9 @@ bool TakeSign(std::string_view& text) {
 }
 
 std::string_view WithoutOuterBlanks(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  return text;
 }
 
 }  // namespace
@@ -141,9 +145,7 @@ Integer SumOf(Integer first, Integer second, Integer third) {
 }
 
 Double LeadingNumber(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t\r\n");
-  if (first == std::string_view::npos) return 0;
-  text.remove_prefix(first);
+  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
   const bool negative = TakeSign(text);
   Double value = 0;
   std::size_t length = 0;

@@ -46,22 +46,27 @@ bool BeginsWithMark(FileStream& stream) {
 
 }  // namespace
 
-EncodedText FindEncoding(FileStream& stream, TextEncoding wanted) {
-  EncodedText text{.encoding = wanted};
+EncodedText::EncodedText(FileStream& stream, TextEncoding wanted) : stream_(stream), encoding_(wanted) {
   stream.Seek(0);
-  if (wanted == TextEncoding::kDetect) {
-    text.encoding = IsUtf8Throughout(stream) ? TextEncoding::kUtf8 : TextEncoding::kCodePage;
-    stream.Seek(0);
+  if (BeginsWithMark(stream) && Encoding() == TextEncoding::kUtf8) {
+    start_ = static_cast<long long>(kByteOrderMark.size());
   }
-  if (text.encoding == TextEncoding::kUtf8 && BeginsWithMark(stream)) {
-    text.start = static_cast<long long>(kByteOrderMark.size());
-  }
-  stream.Seek(text.start);
-  return text;
+  stream.Seek(start_);
 }
 
-Text Decode(std::string_view bytes, TextEncoding encoding) {
-  return encoding == TextEncoding::kUtf8 ? Text(bytes) : FromCodePage(bytes);
+TextEncoding EncodedText::Encoding() {
+  if (encoding_ != TextEncoding::kDetect) return encoding_;
+  const long long position = stream_.Position();
+  stream_.Seek(0);
+  const bool utf8 = IsUtf8Throughout(stream_);
+  stream_.Seek(position);
+  encoding_ = utf8 ? TextEncoding::kUtf8 : TextEncoding::kCodePage;
+  return encoding_;
+}
+
+Text EncodedText::Decode(std::string_view bytes) {
+  if (IsAscii(bytes)) return Text(bytes);
+  return Encoding() == TextEncoding::kUtf8 ? Text(bytes) : FromCodePage(bytes);
 }
 
 }  // namespace tallybook

@@ -13,16 +13,27 @@ class FileStream;
 
 enum class TextEncoding { kDetect, kCodePage, kUtf8 };
 
-struct EncodedText {
-  TextEncoding encoding = TextEncoding::kCodePage;  // never kDetect
-  long long start = 0;                              // where the text begins: behind a byte-order mark, if there is one
+// The encoding of one file. Finding it out takes reading the whole file, so that waits until something depends on it: a
+// byte-order mark at the front, or a text with a byte outside ASCII.
+class EncodedText {
+ public:
+  // `wanted` other than kDetect settles the encoding. Leaves the position at the text's start. `stream` must outlive the
+  // object.
+  EncodedText(FileStream& stream, TextEncoding wanted);
+
+  // Where the text begins: behind a byte-order mark, which is passed over only where the text is read as UTF-8.
+  [[nodiscard]] long long Start() const { return start_; }
+
+  // kUtf8 or kCodePage. May read the whole file, once; the position stays.
+  [[nodiscard]] TextEncoding Encoding();
+
+  // Bytes of the file as text in memory. May read the whole file as Encoding does.
+  [[nodiscard]] Text Decode(std::string_view bytes);
+
+ private:
+  FileStream& stream_;
+  TextEncoding encoding_;
+  long long start_ = 0;
 };
-
-// Finds out how the file is encoded; `wanted` other than kDetect settles it. Reads the whole file where it must, and
-// leaves the position at the text's start. A byte-order mark is passed over only where the text is read as UTF-8.
-[[nodiscard]] EncodedText FindEncoding(FileStream& stream, TextEncoding wanted);
-
-// Bytes of a file as text in memory.
-[[nodiscard]] Text Decode(std::string_view bytes, TextEncoding encoding);
 
 }  // namespace tallybook

@@ -42,8 +42,8 @@ Text CutAtNull(const Text& text) {
   return text.substr(0, text.find('\0'));
 }
 
-bool HasText(const Text& text) {
-  return !TrimRight(CutAtNull(text)).empty();
+bool HasText(std::string_view text) {
+  return text.substr(0, text.find('\0')).find_first_not_of(' ') != std::string_view::npos;
 }
 
 Text StringFromPointer(const char* address) {

@@ -1,6 +1,8 @@
 // Message boxes with their sounds, and texts that end at a zero character.
 #pragma once
 
+#include <string_view>
+
 #include "support/Platform.h"
 #include "support/Types.h"
 
@@ -18,7 +20,7 @@ void PlayStyleSound(Long style);
 
 // The text before its first zero character; whether anything but blanks is left of it.
 [[nodiscard]] Text CutAtNull(const Text& text);
-[[nodiscard]] bool HasText(const Text& text);
+[[nodiscard]] bool HasText(std::string_view text);
 
 // The zero-terminated text at an address, at most 512 characters of it; empty for a null address. The bytes are taken
 // as they stand.

@@ -1,6 +1,11 @@
 #include <gmock/gmock.h>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <utility>
 
 #include "import/TextImport.h"
+#include "support/FileStream.h"
 #include "tests/import/TextImportSetup.h"
 #include "tests/support/FailsWith.h"
 
@@ -72,6 +77,75 @@ TEST_F(TextImportTest, CodesAreFoundByPositionAndTheFirstOfEqualOnesWins) {
   EXPECT_EQ(codes.PositionOf("300       "), 4);
   EXPECT_EQ(codes.PositionOf("100"), 0) << "padding counts";
   EXPECT_EQ(codes.PositionOf("400       "), 0);
+}
+
+class AccountFinderTest : public TextImportTest {
+ protected:
+  AccountFinderTest() {
+    for (const char* code : {"100       ", "200       ", "M\xC3\x9CLLER    "}) codes_.Add(code);
+    setup_.platform.memory.Put("/in/a.txt", "m\xFCller");
+    stream_.emplace(setup_.platform.files.Open("/in/a.txt", Access::kRead, Sharing::kShared, Creation::kMustExist));
+    encoding_.emplace(*stream_, TextEncoding::kDetect);
+  }
+
+  AccountCodeTable codes_;
+  std::optional<FileStream> stream_;
+  std::optional<EncodedText> encoding_;
+};
+
+TEST_F(AccountFinderTest, FindsCodesInWhateverFormAndOrderTheyCome) {
+  AccountFinder finder(codes_, *encoding_, CutCode);
+  for (int round = 0; round < 3; ++round) {
+    for (const auto& [bytes, position] : std::initializer_list<std::pair<const char*, Long>>{
+             {"100", 1}, {"200", 2}, {" 100 ", 1}, {"200", 2}, {"200", 2}, {"m\xFCller", 3}, {"999", 0}, {"100", 1}}) {
+      EXPECT_EQ(finder.Find(bytes).position, position) << bytes;
+    }
+  }
+  EXPECT_EQ(finder.Find("m\xFCller").code, "M\xC3\x9CLLER    ");
+  EXPECT_EQ(finder.Find("999").code, "999       ");
+}
+
+TEST_F(AccountFinderTest, ABlankCodeIsNoCode) {
+  AccountFinder finder(codes_, *encoding_, FittingCode);
+  EXPECT_TRUE(finder.Find("").blank);
+  EXPECT_TRUE(finder.Find("   ").blank);
+  EXPECT_TRUE(finder.Find(std::string(100, ' ')).blank);
+  EXPECT_FALSE(finder.Find("100").blank);
+  EXPECT_FALSE(finder.Find("999").blank);
+}
+
+TEST_F(AccountFinderTest, ACodeThatFailsFailsEachTime) {
+  AccountFinder finder(codes_, *encoding_, FittingCode);
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_THAT([&] { finder.Find("0123456789x"); }, FailsWith(FailureNumber::kInvalidArgument, "0123456789x"));
+    EXPECT_EQ(finder.Find("100").position, 1);
+  }
+}
+
+TEST_F(AccountFinderTest, ALongCodeIsFoundLikeAnyOther) {
+  AccountFinder finder(codes_, *encoding_, CutCode);
+  const std::string blanks(100, ' ');
+  EXPECT_EQ(finder.Find(blanks + "200" + blanks).position, 2);
+  EXPECT_EQ(finder.Find(blanks + "100").position, 1);
+  EXPECT_EQ(finder.Find("1" + std::string(100, '0')).position, 0);
+}
+
+TEST_F(AccountFinderTest, MoreCodesThanItRemembersAreFoundAllTheSame) {
+  AccountFinder finder(codes_, *encoding_, CutCode);
+  for (int number = 0; number < 150'000; ++number) {
+    const Long expected = number == 100 ? 1 : number == 200 ? 2 : 0;
+    ASSERT_EQ(finder.Find(std::to_string(number)).position, expected) << number;
+  }
+  EXPECT_EQ(finder.Find("100").position, 1);
+  EXPECT_EQ(finder.Find("149999").position, 0);
+}
+
+TEST_F(TextImportTest, ATableGrowsForANumberThatIsTouched) {
+  NumberTable table;
+  table.Touch(0);
+  table.Touch(7);
+  table.Touch(2);
+  EXPECT_THAT(table.Marked(), ElementsAre(2, 7)) << "there is no number 0";
 }
 
 TEST_F(TextImportTest, NumbersAreMarkedFromOneToTheHighest) {

@@ -16,8 +16,10 @@ struct Split {
 
 Split SplitInto(std::size_t entries, std::string_view line, std::string_view stoppers = ";") {
   Split split;
-  split.fields.assign(entries, "left from before");
-  split.count = SplitQuoted(line, ",\t", stoppers, split.fields);
+  std::vector<std::string_view> fields(entries, "left from before");
+  SplitQuoted split_quoted(",\t", stoppers);
+  split.count = split_quoted(line, fields);
+  split.fields.assign(fields.begin(), fields.end());
   return split;
 }
 
@@ -93,15 +95,29 @@ TEST(SplitQuotedTest, BytesAboveAsciiPassAsTheyStand) {
 
 TEST(SplitQuotedTest, SplitsADateByItsOwnSeparators) {
   for (const char* date : {"2/3/2004", "2.3.2004", "2 3 2004", "2/3.2004 rest"}) {
-    std::vector<std::string> parts(3);
-    SplitQuoted(date, "/. ", "", parts);
+    std::vector<std::string_view> parts(3);
+    SplitQuoted("/. ", "")(date, parts);
     EXPECT_THAT(parts, ElementsAre("2", "3", "2004")) << date;
   }
 }
 
 TEST(SplitQuotedTest, AnArrayWithoutEntriesTakesNothing) {
-  std::vector<std::string> none;
-  EXPECT_EQ(SplitQuoted("a,b", ",", "", none), 0);
+  std::vector<std::string_view> none;
+  EXPECT_EQ(SplitQuoted(",", "")("a,b", none), 0);
+}
+
+TEST(SplitQuotedTest, AllFieldsWithQuotesOfALineStandSideBySide) {
+  const Split split = SplitInto(4, "\"\",\"a long field with quotes, and a comma\",b\"c\",\"d\"\"e\"");
+  EXPECT_THAT(split.fields, ElementsAre("", "a long field with quotes, and a comma", "bc", "de"));
+  EXPECT_EQ(split.count, 4);
+}
+
+TEST(SplitQuotedTest, OneObjectSplitsLineAfterLine) {
+  SplitQuoted split(",", "");
+  std::vector<std::string_view> fields(2);
+  EXPECT_EQ(split("\"a\",b", fields), 2);
+  EXPECT_EQ(split("\"longer than before\"", fields), 1);
+  EXPECT_THAT(fields, ElementsAre("longer than before", ""));
 }
 
 }  // namespace

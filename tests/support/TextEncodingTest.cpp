@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+#include <optional>
+#include <span>
 #include <string>
 
 #include "support/FileStream.h"
@@ -13,18 +15,16 @@ const std::string kMark = "\xEF\xBB\xBF";
 
 class TextEncodingTest : public ::testing::Test {
  protected:
-  // What is found out about a file of these bytes. `position_` is where the stream stands afterwards.
-  EncodedText Found(const std::string& bytes, TextEncoding wanted = TextEncoding::kDetect) {
+  EncodedText& Open(const std::string& bytes, TextEncoding wanted = TextEncoding::kDetect) {
     platform_.memory.Put("/in/a.txt", bytes);
-    FileStream stream(platform_.files.Open("/in/a.txt", Access::kRead, Sharing::kShared, Creation::kMustExist));
-    const EncodedText found = FindEncoding(stream, wanted);
-    position_ = stream.Position();
-    return found;
+    stream_.emplace(platform_.files.Open("/in/a.txt", Access::kRead, Sharing::kShared, Creation::kMustExist));
+    return text_.emplace(*stream_, wanted);
   }
-  TextEncoding Detected(const std::string& bytes) { return Found(bytes).encoding; }
+  TextEncoding Detected(const std::string& bytes) { return Open(bytes).Encoding(); }
 
   ScriptedPlatform platform_{FilesIn::kMemory};
-  long long position_ = -1;
+  std::optional<FileStream> stream_;
+  std::optional<EncodedText> text_;
 };
 
 TEST_F(TextEncodingTest, AFileThatIsValidUtf8ThroughoutIsReadAsSuch) {
@@ -59,39 +59,68 @@ TEST_F(TextEncodingTest, ACharacterMayLieAcrossTheBlocksOfTheReader) {
 }
 
 TEST_F(TextEncodingTest, AByteOrderMarkIsPassedOverInUtf8) {
-  const EncodedText found = Found(kMark + "abc");
-  EXPECT_EQ(found.encoding, TextEncoding::kUtf8);
-  EXPECT_EQ(found.start, 3);
-  EXPECT_EQ(position_, 3);
+  EncodedText& text = Open(kMark + "abc");
+  EXPECT_EQ(text.Encoding(), TextEncoding::kUtf8);
+  EXPECT_EQ(text.Start(), 3);
+  EXPECT_EQ(stream_->Position(), 3);
 }
 
 TEST_F(TextEncodingTest, WithoutAMarkTheTextBeginsAtOnce) {
-  EXPECT_EQ(Found("abc").start, 0);
-  EXPECT_EQ(position_, 0);
-  EXPECT_EQ(Found("\xEF\xBB").start, 0) << "two bytes are no mark";
+  EXPECT_EQ(Open("abc").Start(), 0);
+  EXPECT_EQ(stream_->Position(), 0);
+  EXPECT_EQ(Open("\xEF\xBB").Start(), 0) << "two bytes are no mark";
+  EXPECT_EQ(stream_->Position(), 0);
 }
 
 TEST_F(TextEncodingTest, AMarkBeforeTextOfTheCodePageIsText) {
-  const EncodedText found = Found(kMark + "M\xFCller");
-  EXPECT_EQ(found.encoding, TextEncoding::kCodePage);
-  EXPECT_EQ(found.start, 0);
+  EncodedText& text = Open(kMark + "M\xFCller");
+  EXPECT_EQ(text.Encoding(), TextEncoding::kCodePage);
+  EXPECT_EQ(text.Start(), 0);
+  EXPECT_EQ(stream_->Position(), 0);
 }
 
 TEST_F(TextEncodingTest, AChoiceThatIsFixedIsNotFoundOut) {
-  EXPECT_EQ(Found("M\xC3\xBCller", TextEncoding::kCodePage).encoding, TextEncoding::kCodePage);
-  EXPECT_EQ(Found(kMark + "a", TextEncoding::kCodePage).start, 0);
-  EXPECT_EQ(Found("M\xFCller", TextEncoding::kUtf8).encoding, TextEncoding::kUtf8);
-  EXPECT_EQ(Found(kMark + "M\xFCller", TextEncoding::kUtf8).start, 3);
+  EXPECT_EQ(Open("M\xC3\xBCller", TextEncoding::kCodePage).Encoding(), TextEncoding::kCodePage);
+  EXPECT_EQ(Open(kMark + "a", TextEncoding::kCodePage).Start(), 0);
+  EXPECT_EQ(Open("M\xFCller", TextEncoding::kUtf8).Encoding(), TextEncoding::kUtf8);
+  EXPECT_EQ(Open(kMark + "M\xFCller", TextEncoding::kUtf8).Start(), 3);
 }
 
 TEST_F(TextEncodingTest, AReadThatFailsIsHandedOn) {
   platform_.files.FailNth(FileCall::kRead, 1, FailureNumber::kDeviceError);
-  EXPECT_THAT([&] { Found("abc"); }, FailsWith(FailureNumber::kDeviceError));
+  EXPECT_THAT([&] { Open("abc"); }, FailsWith(FailureNumber::kDeviceError));
+  platform_.files.FailNth(FileCall::kRead, 2, FailureNumber::kDeviceError);
+  EncodedText& text = Open("abc");
+  EXPECT_THAT([&] { static_cast<void>(text.Encoding()); }, FailsWith(FailureNumber::kDeviceError));
 }
 
 TEST_F(TextEncodingTest, BytesBecomeTextOfTheEncoding) {
-  EXPECT_EQ(Decode("M\xFCller \x80", TextEncoding::kCodePage), "M\xC3\xBCller \xE2\x82\xAC");
-  EXPECT_EQ(Decode("M\xC3\xBCller", TextEncoding::kUtf8), "M\xC3\xBCller");
+  EXPECT_EQ(Open("", TextEncoding::kCodePage).Decode("M\xFCller \x80"), "M\xC3\xBCller \xE2\x82\xAC");
+  EXPECT_EQ(Open("", TextEncoding::kUtf8).Decode("M\xC3\xBCller"), "M\xC3\xBCller");
+  EXPECT_EQ(Open("M\xFCller").Decode("M\xFCller"), "M\xC3\xBCller");
+  EXPECT_EQ(Open("M\xC3\xBCller").Decode("M\xC3\xBCller"), "M\xC3\xBCller");
+}
+
+TEST_F(TextEncodingTest, DetectionLeavesThePositionWhereItWas) {
+  std::string bytes(200'000, 'a');
+  bytes +=
+      "\xFC"
+      "bbbbbbbbbb";
+  EncodedText& text = Open(bytes);
+  stream_->Seek(100'000);
+  EXPECT_EQ(text.Decode("\xFC"), "\xC3\xBC");
+  EXPECT_EQ(stream_->Position(), 100'000);
+  std::string rest(100'011, ' ');
+  EXPECT_TRUE(stream_->ReadWhole(std::as_writable_bytes(std::span(rest))));
+  EXPECT_EQ(rest, bytes.substr(100'000));
+}
+
+// The file is not read through for a text that is the same in every encoding.
+TEST_F(TextEncodingTest, PlainTextAsksForNoDetection) {
+  EncodedText& text = Open(std::string(200'000, 'a'));
+  platform_.files.FailNth(FileCall::kRead, 1, FailureNumber::kDeviceError);
+  EXPECT_EQ(text.Decode("plain"), "plain");
+  EXPECT_THAT([&] { static_cast<void>(text.Decode("\xFC")); }, FailsWith(FailureNumber::kDeviceError));
 }
 
 }  // namespace
