@@ -134,9 +134,8 @@ Integer ConsoleMessageBoxes::Ask(const Text& text, Long style, const Text& capti
   return asks ? Choose(style) : kOk;
 }
 
-Integer ConsoleMessageBoxes::Choose(Long style) {
-  const bool answer_given = !answers_.empty();
-  if (!answer_given && !yes_ && CanAsk()) return AskOnTerminal(style);
+std::optional<Integer> ConsoleMessageBoxes::GivenAnswer(Long style) {
+  if (answers_.empty() && !yes_ && CanAsk()) return std::nullopt;
   Integer answer = RefusingButton(style);
   const auto has = [&](std::string_view word) {
     for (const Button& button : ButtonsOf(style)) {
@@ -146,7 +145,7 @@ Integer ConsoleMessageBoxes::Choose(Long style) {
     }
     return false;
   };
-  if (answer_given) {
+  if (!answers_.empty()) {
     const Text word = answers_.front();
     answers_.pop_front();
     if (!has(word)) {
@@ -156,8 +155,19 @@ Integer ConsoleMessageBoxes::Choose(Long style) {
   } else if (yes_ && !has("ok")) {
     has("yes");
   }
-  std::cerr << fmt::format("  {}: {}\n", LabelsOf(style), ButtonOf(answer).label) << std::flush;
   return answer;
+}
+
+void ConsoleMessageBoxes::NoteDialog(const Text& title, Integer answer, const Text& path) {
+  if (answer == kCancel || !path.empty()) refused_ = answer == kCancel;
+  if (!messages_path_.empty()) Record(title, kOkCancel, answer, path);
+}
+
+Integer ConsoleMessageBoxes::Choose(Long style) {
+  const std::optional<Integer> answer = GivenAnswer(style);
+  if (!answer) return AskOnTerminal(style);
+  std::cerr << fmt::format("  {}: {}\n", LabelsOf(style), ButtonOf(*answer).label) << std::flush;
+  return *answer;
 }
 
 Integer ConsoleMessageBoxes::AskOnTerminal(Long style) {
@@ -176,13 +186,14 @@ Integer ConsoleMessageBoxes::AskOnTerminal(Long style) {
   }
 }
 
-void ConsoleMessageBoxes::Record(const Text& text, Long style, Integer answer) {
+void ConsoleMessageBoxes::Record(const Text& text, Long style, Integer answer, const Text& path) {
   nlohmann::ordered_json box;
   box["text"] = text;
   box["icon"] = IconName(style);
   box["buttons"] = nlohmann::json::array();
   for (const Button& button : ButtonsOf(style)) box["buttons"].push_back(button.word);
   box["answer"] = ButtonOf(answer).word;
+  if (!path.empty()) box["path"] = path;
   messages_ << box.dump() << std::endl;
   if (!messages_) throw Failure(FailureNumber::kDeviceError, "The messages file cannot be written: " + messages_path_);
 }

@@ -3,6 +3,7 @@
 
 #include <deque>
 #include <fstream>
+#include <optional>
 #include <vector>
 
 #include "support/Platform.h"
@@ -34,6 +35,13 @@ class ConsoleMessageBoxes : public MessageBoxes {
   // The terminal has no sounds.
   void PlaySound(const Text& /*name*/) override {}
 
+  // For a dialog that is no box but has the buttons of `style`: what --answer or --yes says, and the button that refuses
+  // where nobody can be asked. Nothing where the user is to be asked.
+  [[nodiscard]] std::optional<Integer> GivenAnswer(Long style);
+  // Such a dialog has ended with OK or Cancel, and with a path or, where the name would not do, without. Kept in the
+  // messages file. Cancel is a refusal; a path takes back refusals of other names within the dialog.
+  void NoteDialog(const Text& title, Integer answer, const Text& path);
+
   // A question with OK and Cancel, or Yes and No, was answered by the button that refuses. No to going on with an audit
   // is no refusal: the file has an error, and nobody has cancelled.
   [[nodiscard]] bool WasRefused() const { return refused_; }
@@ -49,7 +57,7 @@ class ConsoleMessageBoxes : public MessageBoxes {
   [[nodiscard]] Integer AnswerAudit(const Text& text, Long style, const Text& caption);
   // Shows a box as it stands and lets a button be chosen.
   [[nodiscard]] Integer Ask(const Text& text, Long style, const Text& caption);
-  void Record(const Text& text, Long style, Integer answer);
+  void Record(const Text& text, Long style, Integer answer, const Text& path = "");
 
   bool yes_;
   bool keep_auditing_;

@@ -35,12 +35,15 @@ Date ConsoleClock::Now() {
   return fixed_ ? *fixed_ : PosixClock::Now();
 }
 
-ConsolePlatform::ConsolePlatform(const AskOptions& options) : boxes_(options, progress_) {
+ConsolePlatform::ConsolePlatform(const AskOptions& options)
+    : boxes_(options, progress_), file_dialogs_(boxes_, progress_) {
   InstallPlatform({.clock = &clock_,
                    .files = &files_,
                    .message_boxes = &boxes_,
                    .input = &input_,
                    .screen = &screen_,
+                   .file_dialogs = &file_dialogs_,
+                   .shell = &shell_,
                    .application_title = "Tallybook"});
 }
 

@@ -1,4 +1,4 @@
-// The platform of the command: files as on any POSIX system, questions on the terminal, and a clock that can be fixed.
+// The platform of the command: files as on any POSIX system, questions and file dialogs on the terminal, and a clock that can be fixed.
 #pragma once
 
 #include <optional>
@@ -6,8 +6,10 @@
 #include "support/Platform.h"
 #include "support/platform/posix/PosixFileSystem.h"
 #include "support/platform/posix/PosixPlatform.h"
+#include "tallybook/cli/ConsoleFileDialogs.h"
 #include "tallybook/cli/ConsoleMessageBoxes.h"
 #include "tallybook/cli/ConsoleProgress.h"
+#include "tallybook/cli/ConsoleShell.h"
 
 namespace tallybook::cli {
 
@@ -39,6 +41,8 @@ class ConsolePlatform {
   PosixFileSystem files_;
   ConsoleProgress progress_;
   ConsoleMessageBoxes boxes_;
+  ConsoleShell shell_;
+  ConsoleFileDialogs file_dialogs_;
   EmptyInputQueue input_;
   NoScreen screen_;
 };

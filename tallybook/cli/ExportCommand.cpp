@@ -6,6 +6,7 @@
 #include "support/Dates.h"
 #include "support/Utility.h"
 #include "tallybook/cli/Commands.h"
+#include "tallybook/cli/FileQuestion.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/Terminal.h"
 #include "tallybook/tables/ExportLibrary.h"
@@ -25,6 +26,18 @@ struct ExportOptions {
   AskOptions asking;
 };
 
+// The file to write, under the book's name where the user has no other wish. Nothing where he cancels.
+std::optional<Text> FileToWrite(const ExportOptions& options, const engine::Book& book, const Text& filter,
+                                const Text& extension) {
+  const Text book_file = FileBaseName(book.Path());
+  const Text stem = book_file.substr(0, book_file.rfind('.'));
+  return FileOrAnswer(options.file, {.save = true,
+                                     .title = "Export from " + book_file,
+                                     .filter = filter,
+                                     .extension = extension,
+                                     .proposed_name = stem + "." + extension});
+}
+
 // The operation stops the program at a date that the book has no record for, so the range is looked at before.
 std::unique_ptr<engine::Book> OpenForExport(Session& session, const ExportOptions& options) {
   auto book = session.OpenToRead(options.book);
@@ -40,16 +53,19 @@ void TellExport(const Text& file, const ExportOptions& options, ExitStatus statu
 }
 
 ExitStatus RunExportQdx(const ExportOptions& options) {
+  NeedFileOrTerminal(options.file);
   Session session(options.asking);
   const auto book = OpenForExport(session, options);
+  const auto file = FileToWrite(options, *book, "Exchange Files|*.QDX", "QDX");
+  if (!file) return session.StatusOf(false);
   const CancelKey key;
   CDataExchange exchange(session.Factory());
   exchange.SetOwner(book.get());
   exchange.SetReportLength(options.report_length);
   const bool as_table = false;
-  const bool done = exchange.WriteQDXFile(options.file, options.from, options.to, as_table, kReadableVersion);
+  const bool done = exchange.WriteQDXFile(*file, options.from, options.to, as_table, kReadableVersion);
   const ExitStatus status = session.StatusOf(done);
-  TellExport(options.file, options, status);
+  TellExport(*file, options, status);
   return status;
 }
 
@@ -66,31 +82,32 @@ FormatDescription FormatOf(const tables::ExportLibrary& library, const Text& cod
 }
 
 ExitStatus RunExportTable(const ExportOptions& options) {
+  NeedFileOrTerminal(options.file);
   Session session(options.asking);
   const auto library = std::make_shared<tables::ExportLibrary>();
   const FormatDescription format = FormatOf(*library, options.format);
   const auto book = OpenForExport(session, options);
+  const Text extension = LowerCase(format.extension);
+  const auto file = FileToWrite(options, *book, format.name + "|*." + extension, extension);
+  if (!file) return session.StatusOf(false);
   const CancelKey key;
   CDataExchange exchange(session.Factory());
   exchange.SetOwner(book.get());
   exchange.SetTransZeros(!options.nonzero);
   exchange.SetDataExportObject(library);
   const bool as_table = true;
-  const bool done =
-      exchange.WriteQDXFile(options.file, options.from, options.to, as_table, kReadableVersion, format.code);
+  const bool done = exchange.WriteQDXFile(*file, options.from, options.to, as_table, kReadableVersion, format.code);
   const ExitStatus status = session.StatusOf(done);
   if (!done && !library->LastError().empty()) std::cerr << "tallybook: " << library->LastError() << '\n';
   // The export itself names a file that has no extension after its format.
-  const bool extended = !FileExtension(options.file).empty();
-  TellExport(extended ? options.file : options.file + "." + format.extension, options, status);
+  const bool extended = !FileExtension(*file).empty();
+  TellExport(extended ? *file : *file + "." + format.extension, options, status);
   return status;
 }
 
 void AddShared(CLI::App& command, ExportOptions& options) {
   AddBook(command, options.book);
-  command.add_option("FILE", options.file, "The file to write; an old one of that name is replaced")
-      ->required()
-      ->type_name("");
+  AddFile(command, options.file, "The file to write; an old one of that name is replaced");
   AddDate(command, "--from", options.from, "The first date of the range").required();
   AddDate(command, "--to", options.to, "The last date; a week or period that ends behind it is left out").required();
   AddAsking(command, options.asking);

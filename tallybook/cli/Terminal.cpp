@@ -1,8 +1,11 @@
 #include "tallybook/cli/Terminal.h"
 
+#include <cerrno>
 #include <csignal>
 #include <poll.h>
+#include <spawn.h>
 #include <sys/ioctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace tallybook::cli {
@@ -62,6 +65,23 @@ std::optional<Text> ReadTypedLine() {
     line += character;
   }
   return std::nullopt;
+}
+
+std::optional<int> RunProgram(const Text& program, const std::vector<Text>& arguments) {
+  constexpr int kSignalled = 128;
+  std::vector<Text> words = {program};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
+  for (Text& word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  pid_t process = 0;
+  if (::posix_spawnp(&process, program.c_str(), nullptr, nullptr, pointers.data(), environ) != 0) return std::nullopt;
+  int status = 0;
+  while (::waitpid(process, &status, 0) < 0) {
+    if (errno != EINTR) return std::nullopt;
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
 }
 
 CancelKey::CancelKey() {

@@ -9,6 +9,7 @@
 #include "import/DelimitedImport.h"
 #include "support/Platform.h"
 #include "tallybook/cli/Commands.h"
+#include "tallybook/cli/FileQuestion.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
 #include "tallybook/engine/Journal.h"
@@ -67,13 +68,12 @@ void TellApplied(engine::Book& book, const Text& file, const TextImportTally& ta
                            Counted(static_cast<long long>(RecordDates(book, tally.dates)), "date"));
 }
 
-void TellFindings(const ConsoleMessageBoxes& boxes, const TextImportOptions& options) {
+void TellFindings(const ConsoleMessageBoxes& boxes, const Text& file, bool keep_auditing) {
   if (boxes.AuditErrors() == 0) return;
-  if (options.asking.keep_auditing) {
-    std::cerr << fmt::format("tallybook: {}: {} found by the audit\n", options.file,
-                             Counted(boxes.AuditErrors(), "error"));
+  if (keep_auditing) {
+    std::cerr << fmt::format("tallybook: {}: {} found by the audit\n", file, Counted(boxes.AuditErrors(), "error"));
   } else if (boxes.WasAuditStopped()) {
-    std::cerr << fmt::format("tallybook: {}: the audit was stopped; --keep-auditing lists every error\n", options.file);
+    std::cerr << fmt::format("tallybook: {}: the audit was stopped; --keep-auditing lists every error\n", file);
   }
 }
 
@@ -85,20 +85,25 @@ void TellWhatStays(engine::Book& book, std::size_t entries_before) {
                            book.Path());
 }
 
-// Opens the book, lets `import` run on it, and tells what came of it.
+// Opens the book, lets `import` run on it with the file, and tells what came of it. `kind` names the import in the
+// journal, with the file.
 template <typename Import>
-ExitStatus RunTextImport(const TextImportOptions& options, const Text& operation, Import import) {
+ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& question, const Text& kind,
+                         Import import) {
+  NeedFileOrTerminal(options.file);
   Session session(options.asking);
   ThePlatform().text_encoding = options.encoding;
   const auto book = session.OpenToChange(options.book);
+  const auto file = FileOrAnswer(options.file, question);
+  if (!file) return session.StatusOf(false);
   const std::size_t entries_before = engine::Journal(*book).Entries().size();
   CDataExchange exchange(session.Factory());
   exchange.SetOwner(book.get());
-  book->SetOperationName(operation);
-  const bool done = import(*book, exchange);
-  TellFindings(session.Boxes(), options);
+  book->SetOperationName(kind + " " + *file);
+  const bool done = import(*book, exchange, *file);
+  TellFindings(session.Boxes(), *file, options.asking.keep_auditing);
   if (done) {
-    TellApplied(*book, options.file, exchange.LastTextImport());
+    TellApplied(*book, *file, exchange.LastTextImport());
   } else {
     TellWhatStays(*book, entries_before);
   }
@@ -107,24 +112,33 @@ ExitStatus RunTextImport(const TextImportOptions& options, const Text& operation
 }
 
 ExitStatus RunImportCsv(const ImportCsvOptions& options) {
-  return RunTextImport(options, "import csv " + options.file, [&](engine::Book& book, CDataExchange& exchange) {
+  FileQuestion question;
+  question.title = "Import CSV Data File";
+  question.filter = "CSV Files|*.csv";
+  question.extension = "csv";
+  const auto import = [&](engine::Book& book, CDataExchange& exchange, const Text& file) {
     const bool no_prompts = false;
-    return exchange.ImportCSVFile(options.file, no_prompts, ClearFlags(book, options.clear), options.math);
-  });
+    return exchange.ImportCSVFile(file, no_prompts, ClearFlags(book, options.clear), options.math);
+  };
+  return RunTextImport(options, question, "import csv", import);
 }
 
 ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {
-  return RunTextImport(options, "import delimited " + options.file, [&](engine::Book& book, CDataExchange& exchange) {
+  FileQuestion question;
+  question.title = "Import Delimited File";
+  question.filter = "Text Files|*.txt";
+  const auto import = [&](engine::Book& book, CDataExchange& exchange, const Text& file) {
     const Integer date_fields = options.date_parts ? kDateInThreeFields : kDateInOneField;
-    const bool done = exchange.ImportDelimitedFile(options.file, options.math, options.date_order, date_fields,
-                                                   options.system_fields);
+    const bool done =
+        exchange.ImportDelimitedFile(file, options.math, options.date_order, date_fields, options.system_fields);
     // Told whatever the import answered: meant, a failed one may have written system fields, too.
     if (options.system_fields) {
       const Integer plain_name = 0;
-      book.App().Log().AuditEntry(book.MasterFileTypeName(plain_name), "Import", "System Fields", {options.file});
+      book.App().Log().AuditEntry(book.MasterFileTypeName(plain_name), "Import", "System Fields", {file});
     }
     return done;
-  });
+  };
+  return RunTextImport(options, question, "import delimited", import);
 }
 
 CLI::Option& AddMath(CLI::App& command, TextImportOptions& options, const Text& what) {
@@ -135,7 +149,7 @@ CLI::Option& AddMath(CLI::App& command, TextImportOptions& options, const Text& 
 
 void AddBookAndFile(CLI::App& command, TextImportOptions& options) {
   AddBook(command, options.book);
-  command.add_option("FILE", options.file, "The text file")->required()->type_name("");
+  AddFile(command, options.file, "The text file");
 }
 
 void AddEncodingAndAsking(CLI::App& command, TextImportOptions& options) {

@@ -183,6 +183,83 @@ class ConsoleTest(unittest.TestCase):
         self.assertEqual(terminal.finish(), 0)
         self.assertTrue((self.folder / "missing/x.QDX").exists())
 
+    # --- File names
+
+    DATES = ["--from", "2003-01-01", "--to", "2003-12-31"]
+
+    def test_asks_for_the_exchange_file_that_is_left_out(self):
+        self.make("shop", book("Shop", "day", ["A"]))
+        terminal = self.terminal("export", "qdx", "shop", *self.DATES)
+        terminal.wait_for("File name, = for shop.QDX [Cancel]? ")
+        self.assertIn("Export from shop.tbk\r\n  Files:  Exchange Files (*.QDX); All Files (*.*)\r\n", terminal.shown)
+        terminal.type("year\n")
+        self.assertEqual(terminal.finish(), 0)
+        self.assertRegex(terminal.shown, r"Wrote /.*/year\.QDX: 2003-01-01 to 2003-12-31")
+        self.run_command("qdx", "check", "year.QDX")
+
+    def test_asks_before_it_replaces_a_file_and_for_another_name(self):
+        self.make("shop", book("Shop", "day", ["A"]))
+        (self.folder / "shop.csv").write_text("mine", encoding="ascii")
+        terminal = self.terminal("export", "table", "shop", "--type", "CSV", *self.DATES)
+        terminal.wait_for("File name, = for shop.csv [Cancel]? ")
+        terminal.type("=\n")
+        terminal.wait_for("shop.csv already exists.\r\nDo you want to replace it?\r\n  Yes/No [No]? ")
+        terminal.type("n\n")
+        terminal.wait_for("Yes/No [No]? n\r\n  File name, = for shop.csv [Cancel]? ")
+        terminal.type("other\n")
+        self.assertEqual(terminal.finish(), 0)
+        self.assertEqual((self.folder / "shop.csv").read_text(encoding="ascii"), "mine")
+        self.assertTrue((self.folder / "other.csv").exists())
+
+    def test_an_empty_line_the_end_of_input_and_ctrl_c_cancel_at_a_file_name(self):
+        self.make("shop", book("Shop", "day", ["A"]))
+        for typed in ("\n", "\x04", "\x03"):
+            with self.subTest(typed=typed):
+                terminal = self.terminal("export", "qdx", "shop", *self.DATES)
+                terminal.wait_for("[Cancel]? ")
+                terminal.type(typed)
+                self.assertEqual(terminal.finish(), 3)
+                self.assertFalse((self.folder / "shop.QDX").exists())
+
+    def test_ctrl_c_at_the_question_about_a_file_cancels_its_name_too(self):
+        self.make("shop", book("Shop", "day", ["A"]))
+        (self.folder / "shop.QDX").write_text("mine", encoding="ascii")
+        terminal = self.terminal("export", "qdx", "shop", *self.DATES)
+        terminal.wait_for("[Cancel]? ")
+        terminal.type("=\n")
+        terminal.wait_for("Yes/No [No]? ")
+        terminal.type("\x03")
+        self.assertEqual(terminal.finish(), 3)
+        self.assertEqual((self.folder / "shop.QDX").read_text(encoding="ascii"), "mine")
+
+    def test_yes_takes_the_proposed_file_on_a_terminal(self):
+        self.make("shop", book("Shop", "day", ["A"]))
+        self.assertEqual(self.terminal("export", "qdx", "shop", *self.DATES, "--yes").finish(), 0)
+        self.assertTrue((self.folder / "shop.QDX").exists())
+        terminal = self.terminal("import", "csv", "shop", "--yes")
+        self.assertEqual(terminal.finish(), 1)
+        self.assertIn("No name is proposed here", terminal.shown)
+
+    def test_asks_for_a_text_file_until_one_exists(self):
+        self.make_text_import("A,1,2.5\n")
+        terminal = self.terminal("import", "csv", "shop")
+        terminal.wait_for("File name [Cancel]? ")
+        terminal.type("january\n")
+        terminal.wait_for("january.csv\r\n  File name [Cancel]? ")
+        terminal.type("figures\n")
+        terminal.wait_for("OK/Cancel [Cancel]? ")
+        terminal.type("o\n")
+        self.assertEqual(terminal.finish(), 0)
+        self.assertEqual(self.values("shop"), ["1,A,2003-01-05,1,2.5"])
+        (self.folder / "lines.txt").write_text("1/6/2003,A,1,4\r\n", encoding="ascii")
+        terminal = self.terminal("import", "delimited", "shop", "--math", "add")
+        terminal.wait_for("File name [Cancel]? ")
+        terminal.type("lines.txt\n")
+        terminal.wait_for("OK/Cancel [Cancel]? ")
+        terminal.type("o\n")
+        self.assertEqual(terminal.finish(), 0)
+        self.assertEqual(self.values("shop"), ["1,A,2003-01-05,1,2.5", "1,A,2003-01-06,1,4"])
+
     # --- Progress
 
     def test_shows_progress_on_a_terminal_and_takes_it_away(self):
