@@ -9,6 +9,7 @@
 #include "support/HostMessages.h"
 #include "support/Narrow.h"
 #include "support/Platform.h"
+#include "support/Statements.h"
 #include "support/Utility.h"
 
 namespace tallybook {
@@ -18,6 +19,8 @@ namespace {
 constexpr const char* kFilePrefix = "TBQDX";
 constexpr const char* kOlderPrefix = "KVQDX";
 constexpr std::size_t kPrefixLength = 5;
+// The statement that writes a definition, as its log entries number it.
+constexpr Long kWriteFile = 10;
 
 Text FileName(const Masterfile& masterfile, const Text& prefix, const Text& middle) {
   return masterfile.DataPath() + prefix + middle + "." + masterfile.FileExtension();
@@ -32,23 +35,14 @@ Integer NumberInName(const Text& name, std::size_t extension_start) {
   return RoundToInteger(LeadingNumber(name.substr(kPrefixLength, extension_start - kPrefixLength)));
 }
 
-bool WriteWithRetry(const Text& path, const DefinitionRecord& record, Masterfile& masterfile,
+void WriteWithCodes(const Text& path, const DefinitionRecord& record, Masterfile& masterfile,
                     const HeaderRecord& header) {
-  for (;;) {
-    try {
-      const auto account = masterfile.NewAccountRecord();
-      const auto code_here = [&](Integer number) {
-        account->SetSelect(number);
-        return TrimRight(account->Code());
-      };
-      WriteDefinition(path, record, {[&](Integer position) { return header.AccountCodes(position); }, code_here});
-      return true;
-    } catch (const Failure&) {
-      if (AskRetry(masterfile.App(), "Error creating file: " + path)) continue;
-      KillFile(path);
-      return false;
-    }
-  }
+  const auto account = masterfile.NewAccountRecord();
+  const auto code_here = [&](Integer number) {
+    account->SetSelect(number);
+    return TrimRight(account->Code());
+  };
+  WriteDefinition(path, record, {[&](Integer position) { return header.AccountCodes(position); }, code_here});
 }
 
 }  // namespace
@@ -135,15 +129,34 @@ void DefinitionStore::Clear(Masterfile& masterfile) {
 }
 
 bool DefinitionStore::Update(Integer position, Masterfile& masterfile, const HeaderRecord& header) {
-  const Entry& entry = At(position);
-  current_.Desc = entry.Desc;
-  current_.QdxFileName = entry.QdxFileName;
-  return WriteWithRetry(entry.Filename, current_, masterfile, header);
+  return Write(position, masterfile, header, "Update");
 }
 
 bool DefinitionStore::Add(Integer position, Masterfile& masterfile, const HeaderRecord& header) {
-  if (!Update(position, masterfile, header)) return false;
+  if (!Write(position, masterfile, header, "Add")) return false;
   ++count_;
+  return true;
+}
+
+bool DefinitionStore::Write(Integer position, Masterfile& masterfile, const HeaderRecord& header,
+                            const Text& operation) {
+  const Entry& entry = At(position);
+  current_.Desc = entry.Desc;
+  current_.QdxFileName = entry.QdxFileName;
+  // The question has no room for the reason, so the log gets it.
+  Statements at(Policy::kGoOn, [&](const Failure& failure) {
+    LogExchangeFailure(masterfile.App(), failure, operation);
+    return false;
+  });
+  const auto written = [&] {
+    WriteWithCodes(entry.Filename, current_, masterfile, header);
+    return true;
+  };
+  while (!at(kWriteFile, written)) {
+    if (AskRetry(masterfile.App(), "Error creating file: " + entry.Filename)) continue;
+    KillFile(entry.Filename);
+    return false;
+  }
   return true;
 }
 

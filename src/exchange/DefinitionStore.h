@@ -61,8 +61,8 @@ class DefinitionStore {
 
   // Writes the open definition to an entry's file, with title and source from the entry; account rows take their
   // from-codes from `header` at their positions, so the header of an exchange file must be in memory. A failure is
-  // asked about, "Error creating file: " and the name: Retry starts over, Cancel deletes the file and gives false. Add
-  // counts the entry too.
+  // asked about, "Error creating file: " and the name: Retry starts over, Cancel deletes the file and gives false. Its
+  // reason is logged with " - CDataExchange:Add" or ":Update". Add counts the entry too.
   [[nodiscard]] bool Add(Integer position, Masterfile& masterfile, const HeaderRecord& header);
   [[nodiscard]] bool Update(Integer position, Masterfile& masterfile, const HeaderRecord& header);
   // Deletes an entry's file and blanks the entry. False, with the list as it was, where the file cannot be deleted.
@@ -78,6 +78,7 @@ class DefinitionStore {
  private:
   [[nodiscard]] std::size_t IndexOf(Integer position) const;
   void ConvertOlderFiles(Masterfile& masterfile);
+  [[nodiscard]] bool Write(Integer position, Masterfile& masterfile, const HeaderRecord& header, const Text& operation);
 
   std::vector<Entry> entries_ = std::vector<Entry>(1);
   Integer count_ = 0;

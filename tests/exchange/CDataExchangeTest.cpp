@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "exchange/CDataExchange.h"
+#include "import/DelimitedImport.h"
 #include "support/Utility.h"
 #include "tests/import/ExchangeFile.h"
 #include "tests/support/FailsWith.h"
@@ -177,7 +178,9 @@ TEST_F(CDataExchangeTest, MembersThatUseTheDatabaseFailBeforeItIsBound) {
       {"QDXBackupName", [&] { (void)exchange_.QDXBackupName(); }},
       {"WriteQDXFile", [&] { (void)exchange_.WriteQDXFile("/out/X.QDX", kDay, kDay, as_table, 1.0F); }},
       {"MatchAccountCodes", [&] { exchange_.MatchAccountCodes(); }},
-      {"ImportQDXFile", [&] { (void)Import(); }}};
+      {"ImportQDXFile", [&] { (void)Import(); }},
+      {"ImportCSVFile", [&] { (void)exchange_.ImportCSVFile("/in/f.csv", true, {0}); }},
+      {"ImportDelimitedFile", [&] { (void)exchange_.ImportDelimitedFile("/in/d.txt", eMath::mAdd, 1, 0, false); }}};
   for (const auto& [name, call] : members) EXPECT_THAT(call, FailsWith(FailureNumber::kObjectNotSet)) << name;
 }
 
@@ -225,6 +228,63 @@ TEST_F(CDataExchangeTest, TheSettingIsReadAtEachBindingAndNeverInBetween) {
   Bind();
   EXPECT_TRUE(Import());
   EXPECT_EQ(book().Journal().size(), 1U);
+}
+
+// --- Text files ------------------------------------------------------------------------------------------------------
+
+TEST_F(CDataExchangeTest, ImportsACommaSeparatedFileAsItIsTold) {
+  Bind();
+  platform_.memory.Put("/in/f.csv", "2,3,2004,1,1\n100,1,5\n200,2,6\n");
+  book().Set(101, kDay, 1, 100);
+  book().Set(101, kDay, 2, 50);
+  const bool no_prompts = true;
+  EXPECT_TRUE(exchange_.ImportCSVFile("/in/f.csv", no_prompts, {0, 0, 1}, eMath::mSubtract));
+  EXPECT_EQ(Figure(), 95);
+  EXPECT_EQ(book().Get(101, kDay, 2), 0) << "cleared";
+  EXPECT_EQ(book().Get(102, kDay, 2), -6);
+  EXPECT_THAT(platform_.boxes.Shown(), IsEmpty());
+  EXPECT_EQ(exchange_.LastTextImport().records, 2);
+  EXPECT_EQ(book().Journal().size(), 1U);
+
+  platform_.boxes.Answer({kCancel});
+  EXPECT_FALSE(exchange_.ImportCSVFile("/in/f.csv", !no_prompts, {0}));
+  EXPECT_THAT(platform_.boxes.Texts(), ElementsAre("OK to Add data from the import file to the database, starting at "
+                                                   "Tuesday, February 3, 2004"))
+      << "the file's own math";
+  EXPECT_EQ(exchange_.LastTextImport().records, 0);
+}
+
+TEST_F(CDataExchangeTest, ImportsADelimitedFileAsItIsTold) {
+  Bind();
+  platform_.memory.Put("/in/d.txt", "3.2.2004,100,7,5\r");
+  platform_.boxes.Answer({kOk, kNo, kOk});
+  EXPECT_FALSE(exchange_.ImportDelimitedFile("/in/d.txt", eMath::mReplace, kDayMonthYear, 1, false));
+  EXPECT_EQ(platform_.boxes.Texts().size(), 2U) << "the confirmation, and the field that the system keeps";
+  EXPECT_TRUE(exchange_.ImportDelimitedFile("/in/d.txt", eMath::mReplace, kDayMonthYear, 1, true));
+  EXPECT_EQ(book().Get(101, kDay, 7), 5);
+  EXPECT_EQ(exchange_.LastTextImport().records, 1);
+  EXPECT_EQ(book().Journal().size(), 1U);
+
+  platform_.memory.Put("/in/d.txt", "2004,2,3,100,1,9\r");
+  platform_.boxes.Answer({kOk});
+  EXPECT_TRUE(exchange_.ImportDelimitedFile("/in/d.txt", eMath::mAdd, kYearMonthDay, 0, false));
+  EXPECT_EQ(Figure(), 9);
+
+  EXPECT_FALSE(exchange_.ImportDelimitedFile("/in/none.txt", eMath::mAdd, kYearMonthDay, 0, false));
+  EXPECT_EQ(exchange_.LastTextImport().records, 0);
+}
+
+TEST_F(CDataExchangeTest, TheSettingDecidesWhetherTextImportsKeepAJournal) {
+  SetWriteRollback("0");
+  Bind();
+  platform_.memory.Put("/in/f.csv", "2,3,2004,1,1\n100,1,5\n");
+  platform_.memory.Put("/in/d.txt", "2,3,2004,100,1,5\r");
+  platform_.boxes.Answer({kOk});
+  const bool no_prompts = true;
+  EXPECT_TRUE(exchange_.ImportCSVFile("/in/f.csv", no_prompts, {0}));
+  EXPECT_TRUE(exchange_.ImportDelimitedFile("/in/d.txt", eMath::mAdd, kMonthDayYear, 0, false));
+  EXPECT_EQ(Figure(), 10);
+  EXPECT_THAT(book().Journal(), IsEmpty());
 }
 
 // --- Definitions -----------------------------------------------------------------------------------------------------

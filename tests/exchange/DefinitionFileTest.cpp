@@ -155,6 +155,14 @@ TEST_F(DefinitionFileTest, AFileThatCannotBeOpenedLeavesTheRecordUntouched) {
   EXPECT_EQ(cleared_, 0);
 }
 
+// Reading keeps writers out, so one that is at work keeps the reader out.
+TEST_F(DefinitionFileTest, AFileThatIsBeingWrittenCannotBeOpened) {
+  Put("\"Title\",\"DAY.QDX\",1,0,-2\r\n0,0\r\n0\r\n");
+  const auto writer = platform_.memory.Open(kPath, Access::kReadWrite, Sharing::kShared, Creation::kMustExist);
+  EXPECT_FALSE(Read());
+  EXPECT_EQ(record_.Desc, "");
+}
+
 TEST_F(DefinitionFileTest, AFileThatEndsTooEarlyIsFalseAndWhatWasReadStays) {
   EXPECT_FALSE(Read("\"Daily\",\"DAY.QDX\",2,-1,0\r\n2,1\r\n1,2\r\n"));
   EXPECT_EQ(record_.Desc, "Daily");

@@ -339,6 +339,16 @@ TEST_F(DefinitionStoreTest, UpdateWritesAndDoesNotCount) {
   EXPECT_EQ(store_.Count(), 2);
 }
 
+TEST_F(DefinitionStoreTest, MinusOneSetsTheTitleOfTheOpenDefinitionToo) {
+  LoadTitles({"One", "Two"});
+  Select(2);
+  store_.SetDesc(kSelected, "Due");
+  EXPECT_EQ(store_.At(2).Desc, "Due");
+  EXPECT_EQ(store_.Current().Desc, "Due");
+  store_.SetDesc(1, "Uno");
+  EXPECT_EQ(store_.Current().Desc, "Due") << "another entry's title is its own";
+}
+
 TEST_F(DefinitionStoreTest, NothingIsWrittenBeforeAddOrUpdate) {
   LoadTitles({"One"});
   Select(1);
@@ -413,6 +423,20 @@ TEST_F(DefinitionStoreTest, EveryCallOfTheHostMayFailWhileADefinitionIsWritten) 
     EXPECT_EQ(Bytes(NameOf(1)), "\"One\",\"DAY.QDX\",3,-1,-1\r\n0,1\r\n\"FROM\",\"100\"\r\n0\r\n") << nth;
   }
   EXPECT_GT(nth, 3);
+}
+
+TEST_F(DefinitionStoreTest, TheReasonWhyADefinitionCannotBeWrittenIsLogged) {
+  LoadTitles({"One"});
+  Select(1);
+  store_.SetDesc(1, "\xE6\x97\xA5");  // no character of the code page
+  platform_.boxes.Answer({kCancel, kCancel});
+  EXPECT_FALSE(Update(1));
+  host_->record.FailOn("NewAccountRecord", 1, Failure(FailureNumber::kDeviceError, "It has failed", "Engine"));
+  EXPECT_FALSE(Add(1));
+  EXPECT_THAT(host_->app.log.errors, ElementsAre(MemoryLog::Error{"Tallybook - CDataExchange:Update", 10, -1},
+                                                 MemoryLog::Error{"Engine - CDataExchange:Add", 10, -1}));
+  EXPECT_THAT(host_->app.log.handled, ElementsAre(::testing::HasSubstr("\xE6\x97\xA5"), "It has failed"));
+  EXPECT_EQ(store_.Count(), 1);
 }
 
 TEST_F(DefinitionStoreTest, AddAtPositionZeroHasNoPathToWriteTo) {
