@@ -246,6 +246,15 @@ TEST_F(CSVImportTest, AHeaderThatCannotBeReadIsRefused) {
   }
 }
 
+TEST_F(CSVImportTest, TheFileIsClosedBeforeItsHeaderIsRefused) {
+  std::vector<std::size_t> boxes_at_run;
+  setup_.platform.input.SetPending(2);
+  setup_.platform.input.OnRun([&] { boxes_at_run.push_back(Boxes().size()); });
+  EXPECT_FALSE(Import("2,3"));
+  EXPECT_THAT(boxes_at_run, ElementsAre(0U, 0U)) << "pending input is handled when the file is opened and closed";
+  EXPECT_THAT(Boxes(), SizeIs(1));
+}
+
 TEST_F(CSVImportTest, AFileThatCannotBeReadHasNoValidHeader) {
   setup_.platform.files.FailNth(FileCall::kRead, 1, FailureNumber::kDeviceError);
   ExpectRefused("2,3,2004,1,1\n100,1,5\n", "Import file: /in/figures.csv does not contain a valid header");

@@ -432,6 +432,14 @@ TEST_F(DelimitedImportTest, RetryOpensTheFileAgain) {
   EXPECT_EQ(Figure(101, kThird, 1), 5);
 }
 
+TEST_F(DelimitedImportTest, AFileThatAnotherProgramWritesIsImported) {
+  setup_.platform.memory.Put(kPath, "2,3,2004,100,1,5\r");
+  const auto writer = setup_.platform.memory.Open(kPath, Access::kReadWrite, Sharing::kShared, Creation::kMustExist);
+  Answer({kOk});
+  EXPECT_TRUE(ImportDelimited(setup_.book(), request_, setup_.tally));
+  EXPECT_EQ(Figure(101, kThird, 1), 5);
+}
+
 // The file goes away while the question stands.
 TEST_F(DelimitedImportTest, RetryLooksAgainWhetherTheFileIsThere) {
   setup_.platform.files.FailNth(FileCall::kOpen, 1, FailureNumber::kPermissionDenied, 4);
@@ -593,6 +601,8 @@ TEST_F(DelimitedImportTest, ACodeAboveTenCharactersIsCutInTheFirstPassAndAFailur
   ExpectApplyError("2,3,2004,100,1,5\r2,3,2004,north yard 2,1,6\r", ErrorBox(5, kAtApplyAccount));
   EXPECT_EQ(Figure(301, kThird, 1), 0);
   EXPECT_EQ(Figure(101, kThird, 1), 0) << "the record in work is lost";
+  // Alone in the file: what the first pass made of the code does not reach the second.
+  ExpectApplyError("2,3,2004,north yard 2,1,6\r", ErrorBox(5, kAtApplyAccount));
   EXPECT_TRUE(Import("2,3,2004,      north yard      ,1,6\r")) << "blanks around it do not count";
   EXPECT_EQ(Figure(301, kThird, 1), 6);
 }

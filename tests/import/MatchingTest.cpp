@@ -351,6 +351,18 @@ TEST_F(CompareWithLastImportTest, CancelStopsAndWhatWasPrintedStays) {
   EXPECT_EQ(setup_.platform.memory.OpenHandles(), 0);
 }
 
+TEST_F(CompareWithLastImportTest, TheCopyIsClosedBeforeTheQuestion) {
+  last_.accounts[0].code = "101";
+  setup_.platform.memory.Put(kArchive, last_.Bytes());
+  ReadThisFile();
+  std::vector<std::size_t> boxes_at_run;
+  setup_.platform.input.SetPending(2);
+  setup_.platform.input.OnRun([&] { boxes_at_run.push_back(Boxes().size()); });
+  Answer(kOk);
+  EXPECT_TRUE(CompareWithLastImport(definition(), *setup_.header, kArchive, setup_.host->book, setup_.host->printer));
+  EXPECT_THAT(boxes_at_run, ElementsAre(0U, 0U)) << "pending input is handled when the copy is opened and closed";
+}
+
 // Each way in which the two files may differ, and the list that it makes.
 struct Changes {
   bool account_count;

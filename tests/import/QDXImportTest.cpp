@@ -444,6 +444,22 @@ TEST_F(QDXImportTest, FilesOfOtherRangesReplaceNothingOfEachOther) {
   EXPECT_EQ(Figure(101, 4), 3);
 }
 
+// The second file has other accounts and fields at the places of the first one's.
+TEST_F(QDXImportTest, EachFileIsMappedByItsOwnTablesAlone) {
+  setup_.MatchAccounts({{"200", "200"}});
+  setup_.MatchFields({{2, 2}});
+  ExchangeFile first = ShopFile();
+  first.blocks = {{2, {{February(3), {{2, 1}}}}}};
+  ExchangeFile second = ShopFile();
+  second.accounts = {{"200", "Back of shop"}, {"900", "Elsewhere"}};
+  second.fields = {{2, "Customers"}, {9, "Other"}};
+  second.blocks = {{1, {{February(3), {{1, 10}, {2, 100}}}}}, {2, {{February(3), {{1, 1000}}}}}};
+  setup_.Put("A.QDX", first, 1);
+  setup_.Put("B.QDX", second, 2);
+  EXPECT_TRUE(Import());
+  EXPECT_EQ(Figure(102, 3, 2), 11);
+}
+
 TEST_F(QDXImportTest, TheNextFileWritesTheLastChangedRecordOnceMore) {
   WatchRecords();
   ExchangeFile second = ShopFile();
