@@ -46,6 +46,8 @@ struct Moment {
 Moment NearestSecond(Date date) {
   if (!(std::fabs(date) <= kFarthestDate))
     throw Failure(FailureNumber::kOverflow, std::to_string(date) + " is no date: its year does not fit 16 bits");
+  // Most dates are whole days.
+  if (const auto day = static_cast<long long>(date); static_cast<Date>(day) == date) return {day, 0};
   const long long seconds = std::llround(date * static_cast<Double>(kSecondsPerDay));
   const long long day = FloorDivide(seconds, kSecondsPerDay);
   return {day, seconds - day * kSecondsPerDay};

@@ -94,7 +94,8 @@ bool ShortDecimal(std::string_view text, Double& value, std::size_t& length) {
   }
   const bool exponent_may_follow = i < text.size() && (text[i] == 'e' || text[i] == 'E');
   if (count == 0 || count > kExactDigits || exponent_may_follow) return false;
-  value = static_cast<Double>(digits) / kPowers[decimals];
+  value = static_cast<Double>(digits);
+  if (decimals != 0) value /= kPowers[decimals];
   length = i;
   return true;
 }

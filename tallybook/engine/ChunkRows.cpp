@@ -7,13 +7,14 @@ namespace tallybook::engine {
 namespace {
 
 // Rows are made room for in steps that grow: few moves for a chunk that fills up, little waste for one that does not.
-constexpr std::size_t kFirstRows = 8;
+constexpr std::size_t kFirstBytes = 2048;
 constexpr std::size_t kGrowth = 4;
 
-RowRange Grown(RowRange range, std::size_t row, std::size_t rows) {
-  if (range.Count() == 0) return {row, std::min(rows, row + kFirstRows)};
+RowRange Grown(RowRange range, std::size_t row, const ChunkShape& shape) {
+  const std::size_t first_rows = std::max<std::size_t>(kFirstBytes / (shape.fields * sizeof(Double)), 1);
+  if (range.Count() == 0) return {row, std::min(shape.rows, row + first_rows)};
   const std::size_t wanted = range.Count() * kGrowth;
-  if (row >= range.end) return {range.first, std::min(rows, std::max(row + 1, range.first + wanted))};
+  if (row >= range.end) return {range.first, std::min(shape.rows, std::max(row + 1, range.first + wanted))};
   return {std::min(row, range.end - std::min(wanted, range.end)), range.end};
 }
 
@@ -21,7 +22,7 @@ RowRange Grown(RowRange range, std::size_t row, std::size_t rows) {
 
 Double* ChunkRows::Hold(std::size_t row, const ChunkShape& shape) {
   if (!Holds(row)) {
-    const RowRange grown = Grown(range_, row, shape.rows);
+    const RowRange grown = Grown(range_, row, shape);
     std::vector<Double> figures(grown.Count() * shape.fields);
     if (range_.Count() != 0) {
       const auto place = static_cast<std::ptrdiff_t>((range_.first - grown.first) * shape.fields);

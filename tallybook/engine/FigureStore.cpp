@@ -79,6 +79,7 @@ void FigureStore::FetchEarly(std::size_t account, std::size_t row) const {
   const Chunk* chunk = account < last_of_account_.size() ? last_of_account_[account] : nullptr;
   const Double* figures = chunk == nullptr ? nullptr : chunk->rows.Find(row, shape_.fields);
   if (figures == nullptr) return;
+  if (!chunk->touched.empty()) __builtin_prefetch(chunk->touched.data() + row / 8, 1);
   constexpr std::size_t kFiguresOfACacheLine = 8;
   constexpr std::size_t kMostFigures = 64;  // of a long row the processor fetches the rest by itself
   for (std::size_t index = 0; index < std::min(shape_.fields, kMostFigures); index += kFiguresOfACacheLine) {
