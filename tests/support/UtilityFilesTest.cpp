@@ -263,6 +263,13 @@ TEST_F(UtilityFilesTest, TableBeginsWithTenAtTheFirstOpenAndGrowsByTen) {
   EXPECT_EQ(OpenFilesTop(), 40);
 }
 
+TEST_F(UtilityFilesTest, TheFirstCallMakesTheTableEvenWhereItFails) {
+  EXPECT_EQ(Open("BR"), 0);
+  EXPECT_EQ(OpenFilesTop(), 10);
+  Integer number = 10;
+  EXPECT_TRUE(CloseFileEx(number)) << "a number of the table, open or not";
+}
+
 TEST_F(UtilityFilesTest, NumberZeroGivesTheLowestFreeOne) {
   for (int i = 0; i < 3; ++i) EXPECT_NE(Open("BS"), 0);
   Close(2);
