@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 #include <iomanip>
 #include <iostream>
-#include <ranges>
 #include <sstream>
 #include <utility>
 #include <vector>
@@ -109,9 +108,8 @@ class FileTaker {
     const std::vector<FoundFile> found = ThePlatform().files->Find(InFolder(folder_, pattern));
     if (found.empty()) return "No file matches " + InFolder(folder_, pattern);
     Text lines;
-    for (const FoundFile& file : found | std::views::take(kMostListed)) {
-      lines += (lines.empty() ? "" : "\n  ") + file.name;
-    }
+    for (std::size_t i = 0; i < std::min(found.size(), kMostListed); ++i)
+      lines += (i == 0 ? "" : "\n  ") + found[i].name;
     if (found.size() > kMostListed) lines += fmt::format("\n  and {} more", found.size() - kMostListed);
     return lines;
   }
