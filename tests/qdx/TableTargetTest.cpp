@@ -234,6 +234,15 @@ TEST_F(TableTargetTest, StartsAgainWithTheFormatWhereTheTableCannotBeCreated) {
   EXPECT_THAT(Table().rows, SizeIs(8));
 }
 
+TEST_F(TableTargetTest, IsNotClosedWhereItWasNeverCreated) {
+  host->record.GiveFalseOn("Export.CreateTable", 1);
+  host->record.FailOn("Export.CreateTable", 2, Failure(FailureNumber::kDiskFull, "full", "Library"));
+  platform.boxes.Answer({kRetry, kCancel});
+  EXPECT_FALSE(Run());
+  EXPECT_TRUE(host->record.AllFaultsStruck());
+  EXPECT_THAT(host->record.ArgumentsOf("Export.CloseTable"), IsEmpty());
+}
+
 // Each step of the creation, refused once: the table is given up, and made anew after a retry.
 class TableCreationTest : public TableTargetTest, public ::testing::WithParamInterface<std::pair<const char*, int>> {
  protected:
