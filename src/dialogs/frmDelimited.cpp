@@ -100,7 +100,7 @@ void frmDelimited::ReadSettings(Statements& at) {
 }
 
 void frmDelimited::LoadControls() {
-  SaveButtons1.SetCancelEnabled(true);
+  SetCancelEnabled(true);
   chkDate.SetChecked(date_fields_ != 0);
   SelectComboItem(cmbDate, date_order_);
   SelectComboItem(cmbMath, math_);

@@ -44,6 +44,9 @@ class frmDelimited : public Form {
   [[nodiscard]] bool FullBrowsing() const { return full_browsing_; }
   void SetFullBrowsing(bool full) { full_browsing_ = full; }
   [[nodiscard]] bool Cancelled() const { return cancelled_; }
+  // As on the buttons; set each time the dialog is opened.
+  [[nodiscard]] bool CancelEnabled() const { return SaveButtons1.CancelEnabled(); }
+  void SetCancelEnabled(bool enabled) { SaveButtons1.SetCancelEnabled(enabled); }
 
   TextBox Text1{*this, "Text1"};
   CommandButton Command1{*this, "Command1"};

@@ -311,6 +311,7 @@ TEST_F(ExportConversationTest, RemembersNothingWhereTheTableCannotBeOpenedForAFa
   EXPECT_FALSE(gui.ExportQDX(owner, book(), true, date));
   ASSERT_THAT(Logged(), SizeIs(1));
   EXPECT_EQ(Logged()[0].message, "Tallybook - CDataExchangeGUI:ExportQDX");
+  EXPECT_THAT(Written(), IsEmpty());
   EXPECT_THAT(OpenForms(), IsEmpty());
 }
 

@@ -60,6 +60,13 @@ TEST_F(dlgRepSaveAsTest, CountsCancelAndCloseBoxAlike) {
   EXPECT_FALSE(form.Visible());
 }
 
+TEST_F(dlgRepSaveAsTest, IsCancelledAnewEachTimeItIsShown) {
+  user().Click(kForm, "Command1", 1);
+  EXPECT_TRUE(Show());
+  user().On(kForm, HideLikeModal);
+  EXPECT_FALSE(Show()) << "nobody pressed a button";
+}
+
 TEST_F(dlgRepSaveAsTest, RefusesADoubleQuoteWithASound) {
   EXPECT_EQ(Typed("", {'a', '"', 'b'}), "ab");
   EXPECT_THAT(platform.boxes.Sounds(), SizeIs(1));

@@ -277,6 +277,18 @@ TEST_F(frmDelimitedTest, AsksForItsHelpTopicAtF1AndConsumesTheKey) {
   EXPECT_THAT(host->record.ArgumentsOf("App.HelpTopic"), ElementsAre("77"));
 }
 
+TEST_F(frmDelimitedTest, OffersCancelEachTimeItIsOpened) {
+  frmDelimited form(host->factory);
+  form.SetCancelEnabled(false);
+  EXPECT_FALSE(form.SaveButtons1.CancelEnabled());
+  LookAt([](frmDelimited& shown) {
+    EXPECT_TRUE(shown.CancelEnabled());
+    EXPECT_TRUE(shown.SaveButtons1.CancelEnabled());
+  });
+  Press(SaveButtons::kCancelButton);
+  form.ImportDelimited(owner, book(), false);
+}
+
 TEST_F(frmDelimitedTest, UnloadsItselfAfterTheConversation) {
   frmDelimited form(host->factory);
   Press(SaveButtons::kCancelButton);

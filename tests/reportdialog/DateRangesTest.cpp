@@ -92,6 +92,13 @@ TEST_F(DateRangesTest, ShowsTheMainCalendarAloneForTheShorterLengths) {
   }
 }
 
+TEST_F(DateRangesTest, ShowsTheMainCalendarAgainWhereALengthIsChosen) {
+  Open();
+  dialog().Calendar[1].SetVisible(false);
+  ChooseLength(kWeekLength);
+  EXPECT_TRUE(dialog().Calendar[1].Visible());
+}
+
 TEST_F(DateRangesTest, ShowsTheYearListAloneForAYear) {
   Open();
   ChooseLength(kYearLength);
@@ -518,6 +525,16 @@ TEST_F(DateRangesTest, SaysAllYearsFromStartToEnd) {
   Next();
   EXPECT_EQ(dialog().DateRangeText(), "All Years:Wednesday, January 1, 2003 to Saturday, December 31, 2005");
   EXPECT_EQ(dialog().DateRangeShortText(), "All Years Ending");
+}
+
+TEST_F(DateRangesTest, AllYearsReachToTheEndOfTheLastYearHeldThoughNotInUse) {
+  BookShape shape;
+  shape.years_in_use = 2;
+  UseBook(shape);
+  OpenOn(Day(2004, 11, 3));
+  ChooseLength(kAllLength);
+  Next();
+  EXPECT_THAT(Range(), ElementsAre("2003-01-01", "2005-12-31"));
 }
 
 TEST_F(DateRangesTest, SaysACustomRangeByItsLevel) {

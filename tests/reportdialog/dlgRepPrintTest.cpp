@@ -538,6 +538,14 @@ TEST_F(dlgRepPrintTest, CancelsByItsButtonAndByItsCloseBox) {
   EXPECT_TRUE(dialog().IsLoaded());
 }
 
+TEST_F(dlgRepPrintTest, IsCancelledAnewWhenItIsFilledAgain) {
+  Open();
+  Next();
+  EXPECT_FALSE(dialog().Cancelled());
+  Open();
+  EXPECT_TRUE(dialog().Cancelled());
+}
+
 TEST_F(dlgRepPrintTest, HelpsWithItsTopicByButtonAndKey) {
   Open();
   Press(kHelpButton);

@@ -104,6 +104,16 @@ TEST_F(ModalTest, TheActiveWindowOwnsTheDialogAndGetsTheInputBack) {
   EXPECT_EQ(screen_.ActiveWindow(), list);
 }
 
+TEST_F(ModalTest, TheOwnerGetsTheInputBackFromAWindowThatCameMeanwhile) {
+  const Long list = screen_.AddHostWindow();
+  user_.On("dlgLower", [&](Form& form) {
+    screen_.AddHostWindow();
+    HideLikeModal(form);
+  });
+  Show(lower_);
+  EXPECT_EQ(screen_.ActiveWindow(), list);
+}
+
 TEST_F(ModalTest, TheWindowThatTheCallerNamesOwnsItWhereNoneIsActive) {
   const Long list = screen_.AddHostWindow(7001);
   screen_.LeaveProgram();
