@@ -233,6 +233,22 @@ TEST_F(dlgExportTest, StaysOpenWhereTheBrowserIsCancelledOrFails) {
   EXPECT_EQ(file, "/out/Export.csv");
 }
 
+TEST_F(dlgExportTest, KeepsTheNameWhereTheBrowserGivesNone) {
+  platform.file_dialogs.Answer([](FileDialogRequest& request) {
+    request.file_name = "";
+    request.file_title = "";
+    return 1;
+  });
+  Browse();
+  LookAt([](dlgExport& shown) {
+    EXPECT_EQ(shown.Text1.Text(), "/out/Export.csv");
+    EXPECT_FALSE(shown.Cancelled());
+  });
+  Press(SaveButtons::kCancelButton);
+  EXPECT_FALSE(AskFile());
+  EXPECT_EQ(Boxes().size(), 1U) << "the file dialog has told";
+}
+
 TEST_F(dlgExportTest, OffersTheOldBrowserWhereBrowsingIsLimited) {
   form.SetFullBrowsing(false);
   platform.file_dialogs.Cancel();
@@ -263,6 +279,16 @@ TEST_F(dlgExportTest, AsksForAFolder) {
   ASSERT_EQ(platform.file_dialogs.FolderRequests().size(), 1U);
   EXPECT_EQ(platform.file_dialogs.FolderRequests()[0].title, "Folder for Export File");
   EXPECT_EQ(platform.file_dialogs.FolderRequests()[0].owner, owner);
+}
+
+TEST_F(dlgExportTest, TakesATypedFileNameAgainAfterAFolder) {
+  Press(SaveButtons::kCancelButton);
+  EXPECT_FALSE(AskFolder());
+  LookAt([](dlgExport& shown) { EXPECT_EQ(shown.Text1.Caption(), "&File Name:"); });
+  user().Type(kForm, "Text1", "/out/typed.csv");
+  Press();
+  EXPECT_TRUE(AskFile());
+  EXPECT_EQ(file, "/out/typed.csv");
 }
 
 TEST_F(dlgExportTest, TellsAFolderTypeWithoutCapabilitiesByItsFlag) {

@@ -65,6 +65,32 @@ TEST_F(DateRangesTest, SetsBothCalendarsToTheCurrentDate) {
   EXPECT_EQ(DateText(dialog().Calendar[1].Date()), "2005-05-05");
 }
 
+TEST_F(DateRangesTest, ChangesTheCalendarsLimitsWithTheirDrawingOff) {
+  Open();
+  std::vector<Date> limits(4);
+  for (std::size_t i = 0; i < 2; ++i) {
+    const auto look = [this, &limits, i] {
+      const CalendarBox& calendar = dialog().Calendar[i];
+      const bool same = calendar.MinDate() == limits[2 * i] && calendar.MaxDate() == limits[2 * i + 1];
+      limits[2 * i] = calendar.MinDate();
+      limits[2 * i + 1] = calendar.MaxDate();
+      return same;
+    };
+    look();
+    dialog().Calendar[i].Changed.Connect([this, look, i] { EXPECT_TRUE(look() || !dialog().Calendar[i].Redraw()); });
+  }
+  const auto chooses = [this](auto choose) {
+    const std::vector<Text> before = LimitsOf(1);
+    choose();
+    EXPECT_NE(LimitsOf(1), before);
+    EXPECT_TRUE(dialog().Calendar[0].Redraw());
+    EXPECT_TRUE(dialog().Calendar[1].Redraw());
+  };
+  chooses([this] { ChooseYear(0, 0); });
+  chooses([this] { ChooseLength(kCustomLength); });
+  chooses([this] { ChooseLength(kWeekLength); });
+}
+
 // --- Choosing a length -----------------------------------------------------------------------------------------------
 
 TEST_F(DateRangesTest, LimitsTheFirstCalendarAtLoadToTheYearsInUse) {

@@ -226,6 +226,30 @@ TEST_F(ModalTest, TheDialogIsOffTheScreenWhileItsOwnerIsHidden) {
   EXPECT_EQ(PlaceOf(lower_), over_owner);
 }
 
+TEST_F(ModalTest, OnceItsOwnerIsBackTheUserMovesTheDialogFreely) {
+  const Long list = screen_.AddHostWindow();
+  const Place moved{10, 20, 400, 300};
+  user_.Do([&] { screen_.HideWindow(list); })
+      .Wait(2)
+      .Do([&] { screen_.ShowWindow(list); })
+      .Wait(2)
+      .On("dlgLower", [&](Form& form) { screen_.SetWindowPlace(form.Hwnd(), moved); })
+      .Wait(2)
+      .On("dlgLower", HideLikeModal);
+  Show(lower_);
+  EXPECT_EQ(PlaceOf(lower_), moved);
+}
+
+TEST_F(ModalTest, AMinimisedOwnerDoesNotPlaceTheDialog) {
+  const Long list = screen_.AddHostWindow(0, {100, 100, 800, 600});
+  screen_.SetWindowState(list, kMinimisedWindow);
+  user_.On("dlgLower", [&](Form& form) {
+    EXPECT_EQ(PlaceOf(lower_), ScriptedScreen::kFormPlace);
+    HideLikeModal(form);
+  });
+  Show(lower_);
+}
+
 TEST_F(ModalTest, ADialogThatEndsOffTheScreenIsBackForTheNextTime) {
   const Long list = screen_.AddHostWindow();
   user_.Do([&] { screen_.HideWindow(list); }).Wait(1).On("dlgLower", HideLikeModal);
@@ -518,6 +542,17 @@ TEST_F(ModalTest, UnloadAllFormsPassesOverAFormThatAnotherUnloaded) {
   upper_.form.Load();
   UnloadAllForms(nullptr);
   EXPECT_EQ(unloaded, 1);
+}
+
+TEST_F(ModalTest, UnloadAllFormsPassesOverAFormThatIsGoneMeanwhile) {
+  auto other = std::make_unique<Dialog>("frmOther");
+  lower_.form.Unloading.Connect([&] { other.reset(); });
+  lower_.form.Load();
+  other->form.Load();
+  upper_.form.Load();
+  UnloadAllForms(nullptr);
+  EXPECT_EQ(other, nullptr);
+  EXPECT_FALSE(upper_.form.IsLoaded());
 }
 
 TEST_F(ModalTest, WindowStateIsThatOfTheWindowAndBothBitsAre3) {
