@@ -163,28 +163,32 @@ Database::Database(const Text& path, Mode mode) : path_(path) {
       }
       break;
     case Mode::kReadOnly:
-      Open(path, SQLITE_OPEN_READONLY);
+      OpenToRead(path);
       break;
   }
 }
 
 void Database::Open(const Text& target, int flags) {
   sqlite3* handle = nullptr;
-  int result = sqlite3_open_v2(target.c_str(), &handle, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+  const int result =
+      sqlite3_open_v2(target.c_str(), &handle, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
   handle_.reset(handle);
   if (result != SQLITE_OK) Fail(result);
   sqlite3_busy_timeout(handle, kBusyMilliseconds);
-  if ((flags & SQLITE_OPEN_READONLY) == 0) return;
-  // A reader still makes the write-ahead log's companions. In a folder that may not be written it can do without them
-  // where no log was left: nobody can be writing there.
-  result = sqlite3_exec(handle, "SELECT 1 FROM sqlite_master", nullptr, nullptr, nullptr);
-  std::error_code ignored;
+}
+
+// A reader makes the write-ahead log's companions too. Open for writing, and held to reading by the pragma, it clears
+// them away when it is the last to close.
+void Database::OpenToRead(const Text& path) {
+  Open(path, SQLITE_OPEN_READWRITE);
+  // In a folder that may not be written it can do without them where no log was left: nobody can be writing there.
+  const int result = sqlite3_exec(handle_.get(), "SELECT 1 FROM sqlite_master", nullptr, nullptr, nullptr);
   const bool refused = (result & 0xFF) == SQLITE_CANTOPEN || (result & 0xFF) == SQLITE_READONLY;
-  if (!refused || std::filesystem::exists(path_ + "-wal", ignored)) return;
-  result = sqlite3_open_v2(ImmutableUri(path_).c_str(), &handle,
-                           flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_URI, nullptr);
-  handle_.reset(handle);
-  if (result != SQLITE_OK) Fail(result);
+  std::error_code ignored;
+  if (refused && !std::filesystem::exists(path + "-wal", ignored)) {
+    Open(ImmutableUri(path), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+  }
+  Execute("PRAGMA query_only = ON");
 }
 
 void Database::Execute(const char* sql) {

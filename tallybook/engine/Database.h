@@ -98,6 +98,7 @@ class Database {
   };
 
   void Open(const Text& target, int flags);
+  void OpenToRead(const Text& path);
 
   Text path_;
   std::unique_ptr<sqlite3, Closer> handle_;

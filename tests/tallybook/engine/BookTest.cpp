@@ -1,10 +1,12 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
 #include <memory>
+#include <set>
 #include <sqlite3.h>
 #include <sstream>
 #include <string>
@@ -361,6 +363,27 @@ TEST_F(BookTest, SaysWhyAFileCannotBeOpened) {
   options.read_only = true;
   EXPECT_THAT([&] { static_cast<void>(Book::Open(folder.Path("letter.tbk"), app, options)); },
               FailsWith(FailureNumber::kPathOrAccess, "this file is not a book"));
+}
+
+TEST_F(BookTest, LeavesNothingBesideTheBookWhenItIsClosed) {
+  Put(*CreateAndOpen(), kShop, Day(2003, 5, 5), kSales, 1);
+  const auto beside = [&] {
+    std::set<Text> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) names.insert(entry.path().filename());
+    names.erase("North.tbk");
+    names.erase("North.tbk-lock");
+    return names;
+  };
+  EXPECT_THAT(beside(), ::testing::IsEmpty());
+  EXPECT_EQ(FiguresOf(*OpenToRead()).size(), 1U);
+  EXPECT_THAT(beside(), ::testing::IsEmpty());
+}
+
+TEST_F(BookTest, ReadingChangesNoByteOfTheBook) {
+  Put(*CreateAndOpen(), kShop, Day(2003, 5, 5), kSales, 1);
+  const Text before = folder.Read("North.tbk");
+  EXPECT_EQ(FiguresOf(*OpenToRead()).size(), 1U);
+  EXPECT_EQ(folder.Read("North.tbk"), before);
 }
 
 // Runs SQL on the book's file past the engine.
