@@ -123,7 +123,7 @@ Integer CSVFieldStream::NextInteger() {
 }
 
 Long CSVFieldStream::NextLong() {
-  return RoundToLong(LeadingNumber(Next()));
+  return LeadingLong(Next());
 }
 
 Double CSVFieldStream::NextDouble() {

@@ -225,18 +225,19 @@ class CSVImportRun {
   bool ReadAuditRecord() {
     if (fields_->AtEnd()) return false;
     record_number_ = ToLong(static_cast<long long>(record_number_) + 1);
-    if (!ReadRecordFields()) return false;
+    if (!ReadAccountAndField()) return false;
+    // What the value is counts in the second pass only; any text reads as some number.
+    static_cast<void>(fields_->Next());
     ShowFileProgress(0);
     return true;
   }
 
-  bool ReadRecordFields() {
+  // False where the file ends before the record's value.
+  bool ReadAccountAndField() {
     account_.assign(fields_->Next());
     if (fields_->AtEnd()) return false;
     datafield_ = fields_->NextLong();
-    if (fields_->AtEnd()) return false;
-    value_ = fields_->NextDouble();
-    return true;
+    return !fields_->AtEnd();
   }
 
   // True for a date change. A bad code is asked about and counted twice, the second time as the number 0: meant.
@@ -248,7 +249,7 @@ class CSVImportRun {
       if (account.position > 0) return false;
       CountError("Invalid Account Code " + account.code + InRecord(": "));
     } else {
-      number = RoundToLong(LeadingNumber(account_));
+      number = LeadingLong(account_);
       if (number < 1) return true;
       if (valid_accounts_.Holds(number)) return false;
     }
@@ -366,7 +367,8 @@ class CSVImportRun {
   }
 
   bool ReadApplyRecord() {
-    if (fields_->AtEnd() || !ReadRecordFields()) return false;
+    if (fields_->AtEnd() || !ReadAccountAndField()) return false;
+    value_ = fields_->NextDouble();
     ShowFileProgress(0.5);
     return true;
   }
@@ -374,7 +376,7 @@ class CSVImportRun {
   // An unknown code leaves the number as it was.
   void FindAccount() {
     if (!header_.by_code) {
-      number_ = RoundToLong(LeadingNumber(account_));
+      number_ = LeadingLong(account_);
       return;
     }
     const AccountFinder::Account& account = finder_->Find(account_);
@@ -444,7 +446,7 @@ class CSVImportRun {
   // The record under way.
   std::string account_;  // the file's bytes
   Long datafield_ = 0;
-  Double value_ = 0;
+  Double value_ = 0;  // in the second pass
 
   Long record_number_ = 0;
   Integer error_count_ = 0;

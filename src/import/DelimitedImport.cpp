@@ -260,9 +260,7 @@ class DelimitedImportRun {
     last_date_ = std::max(last_date_, date_);
   }
 
-  [[nodiscard]] Integer DatePart(std::size_t position) const {
-    return RoundToInteger(LeadingNumber(fields_(position)));
-  }
+  [[nodiscard]] Integer DatePart(std::size_t position) const { return ToInteger(LeadingLong(fields_(position))); }
 
   void ShowFileProgress(Double share_before) {
     const Double share = static_cast<Double>(lines_->Position()) / static_cast<Double>(lines_->Size());

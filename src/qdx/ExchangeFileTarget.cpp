@@ -43,6 +43,7 @@ class ExchangeFileTarget : public ExportTarget {
     WriteHeaderItems(stream, SignatureItems(), sender, progress);
     WriteHeaderItems(stream, HeadItems(), sender, progress);
     WriteHeaderItems(stream, TableItems(), sender, progress);
+    ReadFieldNumbers();
     stream_ = &stream;
   }
 
@@ -52,11 +53,10 @@ class ExchangeFileTarget : public ExportTarget {
   // The count stands before the values, so they are gathered first; a date without any has no record.
   void WriteDate(Date date) override {
     values_.clear();
-    const auto fields = static_cast<int>(masterfile_.NumFields());
-    for (int i = 1; i <= fields; ++i) {
-      const auto position = static_cast<Integer>(i);
-      const Double value = masterfile_.FieldValue(masterfile_.FieldNumber(position));
+    for (Integer position = 1; const Integer number : field_numbers_) {
+      const Double value = masterfile_.FieldValue(number);
       if (value != 0) values_.push_back({position, value});
+      ++position;
     }
     if (values_.empty()) return;
     PutItem(*stream_, BodyDateOf(date));
@@ -74,6 +74,14 @@ class ExchangeFileTarget : public ExportTarget {
   }
 
  private:
+  // Once, for they are asked for at every date of every account.
+  void ReadFieldNumbers() {
+    const Integer fields = ToInteger(masterfile_.NumFields());
+    for (int position = 1; position <= fields; ++position) {
+      field_numbers_.push_back(masterfile_.FieldNumber(static_cast<Integer>(position)));
+    }
+  }
+
   void ShowTableProgress(HeaderTable table, Integer row) {
     if (table == HeaderTable::kAccounts) {
       masterfile_.SetProgressFraction(static_cast<Single>(static_cast<Double>(row) / masterfile_.NumAccounts() / 3));
@@ -86,8 +94,9 @@ class ExchangeFileTarget : public ExportTarget {
   Masterfile& masterfile_;
   const ExportRequest& request_;
   FileNumber file_;
-  FileStream* stream_ = nullptr;   // of file_, from WriteHead on
-  std::vector<BodyValue> values_;  // of the date under way
+  FileStream* stream_ = nullptr;        // of file_, from WriteHead on
+  std::vector<Integer> field_numbers_;  // by position, from WriteHead on
+  std::vector<BodyValue> values_;       // of the date under way
 };
 
 }  // namespace

@@ -112,6 +112,16 @@ bool PlainNumber(std::string_view text, Double& value, std::size_t& length) {
   return true;
 }
 
+// A whole number in its plainest form, digits alone and few enough for 32 bits, which nearly all are. False for any
+// other text.
+bool FewDigits(std::string_view text, Long& value) {
+  constexpr std::size_t kMost = 9;
+  if (text.empty() || text.size() > kMost || !std::all_of(text.begin(), text.end(), IsDigit)) return false;
+  value = 0;
+  for (const char digit : text) value = value * 10 + (digit - '0');
+  return true;
+}
+
 // Takes a sign off the front; true for a minus.
 bool TakeSign(std::string_view& text) {
   const bool negative = !text.empty() && text.front() == '-';
@@ -154,6 +164,11 @@ Double LeadingNumber(std::string_view text) {
   return negative ? -value : value;
 }
 
+Long LeadingLong(std::string_view text) {
+  Long whole = 0;
+  return FewDigits(text, whole) ? whole : RoundToLong(LeadingNumber(text));
+}
+
 Double WholeNumberText(std::string_view text) {
   std::string_view rest = WithoutOuterBlanks(text);
   const bool negative = TakeSign(rest);
@@ -166,6 +181,8 @@ Double WholeNumberText(std::string_view text) {
 }
 
 Long WholeLongText(std::string_view text) {
+  Long whole = 0;
+  if (FewDigits(text, whole)) return whole;
   const Double value = WholeNumberText(text);
   if (value != std::trunc(value))
     throw Failure(FailureNumber::kTypeMismatch, "\"" + Text(text) + "\" is not a whole number");

@@ -24,6 +24,9 @@ namespace tallybook {
 // is endless, or 0 where it is too small.
 [[nodiscard]] Double LeadingNumber(std::string_view text);
 
+// The same, rounded to a whole number; failure 6 where it does not fit 32 bits.
+[[nodiscard]] Long LeadingLong(std::string_view text);
+
 // A text that is a number as a whole, in the same forms; blanks around it are allowed and nothing else. Anything else
 // is failure 13, told with the text; a number beyond the range is failure 6.
 [[nodiscard]] Double WholeNumberText(std::string_view text);

@@ -238,11 +238,7 @@ Book::Book(const Text& path, HostApp& app, const BookOptions& options, std::uniq
       cursor_(store_->Rules()),
       position_of_account_(PositionsByNumber(description_.accounts)),
       position_of_field_(PositionsByNumber(description_.fields)),
-      changed_row_(std::max<std::size_t>(description_.fields.size(), 1)) {
-  for (const AccountDescription& account : description_.accounts) {
-    position_of_code_.emplace(account.code, static_cast<Integer>(position_of_code_.size() + 1));
-  }
-}
+      changed_row_(std::max<std::size_t>(description_.fields.size(), 1)) {}
 
 Book::~Book() {
   try {
@@ -314,8 +310,9 @@ ValueGiver Book::Values() {
 }
 
 Integer Book::AccountPositionOfCode(const Text& code) const {
-  const auto found = position_of_code_.find(code);
-  return found == position_of_code_.end() ? Integer{0} : found->second;
+  const auto& accounts = description_.accounts;
+  const auto found = std::ranges::find(accounts, code, &AccountDescription::code);
+  return found == accounts.end() ? Integer{0} : static_cast<Integer>(found - accounts.begin() + 1);
 }
 
 Integer Book::AccountPosition(Long account_number) const {

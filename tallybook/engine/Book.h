@@ -15,7 +15,6 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 #include "host/AccountRecord.h"
@@ -215,7 +214,6 @@ class Book final : public Masterfile, public CalendarSource {
   // Fixed tables for the walk over records: by account number, by field number.
   std::vector<Integer> position_of_account_;  // 0: no such account
   std::vector<Integer> position_of_field_;
-  std::unordered_map<Text, Integer> position_of_code_;
 
   // The current record. `row_` points at its figures, in field position order: into the cache until the first figure is
   // set, into `changed_row_` from then on; null where no record is current.

@@ -81,6 +81,16 @@ TEST(NarrowTest, LeadingNumberReadsAsFarAsItIsANumber) {
   EXPECT_EQ(LeadingNumber("5."), 5);
 }
 
+TEST(NarrowTest, LeadingLongIsTheLeadingNumberRounded) {
+  for (const char* text : {"", "0", "7", "007", "123456789", "1234567890", "2147483647", "-2147483648", " 12", "12 ",
+                           "+5", "-5", "2.5", "3.5", "1e3", "12 boxes", "boxes"}) {
+    EXPECT_EQ(LeadingLong(text), RoundToLong(LeadingNumber(text))) << text;
+  }
+  EXPECT_EQ(LeadingLong("999999999"), 999'999'999);
+  EXPECT_THAT([] { (void)LeadingLong("2147483648"); }, FailsWith(FailureNumber::kOverflow));
+  EXPECT_THAT([] { (void)LeadingLong("9999999999"); }, FailsWith(FailureNumber::kOverflow));
+}
+
 TEST(NarrowTest, LeadingNumberTakesExponentsWithESmallOrLarge) {
   EXPECT_EQ(LeadingNumber("1e3"), 1000);
   EXPECT_EQ(LeadingNumber("1E+3"), 1000);
