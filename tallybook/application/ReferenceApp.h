@@ -18,8 +18,8 @@ struct ReferenceAppOptions {
   Text data_folder;    // the working folder
 };
 
-// The user's folders after the XDG Base Directory Specification, section 3, with "/tallybook" appended and no separator
-// at the end. A variable that is unset, empty or relative counts as unset, as the specification asks. Without a home
+// The user's folders by the XDG base directories of freedesktop.org, with "/tallybook" appended and no separator
+// at the end. A variable that is unset, empty or relative counts as unset, as they ask. Without a home
 // folder either, both lie in the system's folder for temporary files.
 [[nodiscard]] Text UserConfigurationFolder();  // $XDG_CONFIG_HOME, or else ~/.config
 [[nodiscard]] Text UserStateFolder();          // $XDG_STATE_HOME, or else ~/.local/state

@@ -210,8 +210,8 @@ TEST_F(dlgExportTest, StartsInTheNamesFolderOrTheOneInForce) {
                                                     {"C:a.csv", "C:"},      // and a drive alone gets none
                                                     {"C:\\dir\\a.csv", "C:\\dir\\"},
                                                     {"/a.csv", "/"},
-                                                    {"a.csv", "/work/"},
-                                                    {"", "/work/"}};
+                                                    {"a.csv", "/here/"},
+                                                    {"", "/here/"}};
   for (std::size_t i = 0; i < cases.size(); ++i) {
     platform.file_dialogs.Cancel();
     user().Type(kForm, "Text1", cases[i].first);

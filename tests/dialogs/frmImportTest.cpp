@@ -161,7 +161,7 @@ TEST_F(frmImportTest, BrowsesForAFileToBeRead) {
   EXPECT_EQ(request.default_extension, "*.CSV");
   EXPECT_EQ(request.flags, kPlainFlags | kExplorerStyle);
   EXPECT_EQ(platform.screen.Pointers().back(), Pointer::kDefault);
-  EXPECT_EQ(platform.shell.current_folder, "/work/");
+  EXPECT_EQ(platform.shell.current_folder, "/here/");
 }
 
 TEST_F(frmImportTest, BrowsesForAFileToBeWrittenWithoutAnExtension) {

@@ -189,23 +189,23 @@ TEST_F(FileDialogTest, TheCancelsNumberIsTheLowHalfOfTheSystemsError) {
 }
 
 TEST_F(FileDialogTest, TheFolderInForceIsTheSameOnEveryWayOut) {
-  const auto in_force = [&] { return std::exchange(platform_.shell.current_folder, "/work/"); };
+  const auto in_force = [&] { return std::exchange(platform_.shell.current_folder, "/here/"); };
   dialogs_.Choose("/a");
   dialog_.ShowOpen();
-  EXPECT_EQ(in_force(), "/work/");
+  EXPECT_EQ(in_force(), "/here/");
   dialogs_.Cancel();
   dialog_.ShowSave();
-  EXPECT_EQ(in_force(), "/work/");
+  EXPECT_EQ(in_force(), "/here/");
   dialogs_.Fail(FailureNumber::kDeviceError, "broken");
   dialog_.ShowOpen();
-  EXPECT_EQ(in_force(), "/work/");
+  EXPECT_EQ(in_force(), "/here/");
   dialog_.SetCancelError(true);
   dialogs_.Cancel();
   EXPECT_THAT([&] { dialog_.ShowOpen(); }, FailsWith(FailureNumber::kDialogCancelled));
-  EXPECT_EQ(in_force(), "/work/");
+  EXPECT_EQ(in_force(), "/here/");
   dialogs_.Fail(FailureNumber::kDeviceError, "broken");
   EXPECT_THAT([&] { dialog_.ShowOpen(); }, FailsWith(FailureNumber::kDialogCancelled));
-  EXPECT_EQ(in_force(), "/work/");
+  EXPECT_EQ(in_force(), "/here/");
 }
 
 TEST_F(FileDialogTest, AFailureInsideIsToldWithItsStatementAndCountsAsACancel) {
@@ -225,7 +225,7 @@ TEST_F(FileDialogTest, AFolderThatCannotBeSetBackIsToldAndTheChoiceStands) {
   dialog_.ShowOpen();
   EXPECT_EQ(dialog_.Filename(), "/import/a.txt");
   EXPECT_THAT(platform_.boxes.Texts(),
-              ElementsAre("Error Getting name of file in ShowFileDialog - Err = 76 in line: 120 - /work/ - extended "
+              ElementsAre("Error Getting name of file in ShowFileDialog - Err = 76 in line: 120 - /here/ - extended "
                           "error:0"));
 }
 

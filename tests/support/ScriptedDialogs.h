@@ -29,7 +29,7 @@ class ScriptedShell : public Shell {
 
   Text system_folder = "C:\\WINDOWS\\system32";
   Text windows_folder = "C:\\WINDOWS";
-  Text current_folder = "/work/";
+  Text current_folder = "/here/";
   Long platform_id = 2;
   // Called before the folder in force changes; may raise a failure.
   std::function<void(const Text& path)> before_set_folder;

@@ -50,13 +50,13 @@ TEST_F(BrowseForFolderTest, APathThatIsLongerThanTheBufferIsAFailureAndNeverCut)
 TEST_F(BrowseForFolderTest, TheFolderInForceIsTheSameOnEveryWayOut) {
   dialogs_.Choose("/import");
   EXPECT_EQ(BrowseForFolder(0, "", "", false), "/import");
-  EXPECT_EQ(platform_.shell.current_folder, "/work/");
+  EXPECT_EQ(platform_.shell.current_folder, "/here/");
   dialogs_.Cancel();
   EXPECT_EQ(BrowseForFolder(0, "", "", false), "");
-  EXPECT_EQ(platform_.shell.current_folder, "/work/");
+  EXPECT_EQ(platform_.shell.current_folder, "/here/");
   dialogs_.Fail(FailureNumber::kDeviceError, "broken");
   EXPECT_THAT([] { (void)BrowseForFolder(0, "", "", false); }, FailsWith(FailureNumber::kDeviceError));
-  EXPECT_EQ(platform_.shell.current_folder, "/work/");
+  EXPECT_EQ(platform_.shell.current_folder, "/here/");
 }
 
 TEST_F(BrowseForFolderTest, WithoutDialogsItFailsAndWithoutAShellThereIsNoFolderToKeep) {
