@@ -86,13 +86,15 @@ Date TimeFromParts(int hour, int minute, int second) {
 DateParts PartsOf(Date date) {
   const long long days = NearestSecond(date).day + kEpoch;
   const long long era = FloorDivide(days, kDaysPerEra);
-  const long long day_of_era = days - era * kDaysPerEra;
-  const long long year_of_era = (day_of_era - day_of_era / 1460 + day_of_era / 36524 - day_of_era / 146096) / 365;
-  const long long day_of_year = day_of_era - (365 * year_of_era + year_of_era / 4 - year_of_era / 100);
-  const long long month_from_march = (5 * day_of_year + 2) / 153;
-  const long long month = month_from_march < 10 ? month_from_march + 3 : month_from_march - 9;
+  // Within an era all is small, and 32 bits divide faster.
+  const auto day_of_era = static_cast<unsigned>(days - era * kDaysPerEra);
+  const unsigned year_of_era = (day_of_era - day_of_era / 1460 + day_of_era / 36524 - day_of_era / 146096) / 365;
+  const unsigned day_of_year = day_of_era - (365 * year_of_era + year_of_era / 4 - year_of_era / 100);
+  const unsigned month_from_march = (5 * day_of_year + 2) / 153;
+  const unsigned month = month_from_march < 10 ? month_from_march + 3 : month_from_march - 9;
+  const unsigned day = day_of_year - (153 * month_from_march + 2) / 5 + 1;
   const long long year = era * kYearsPerEra + year_of_era + (month <= 2 ? 1 : 0);
-  return {ToInteger(year), ToInteger(month), ToInteger(day_of_year - (153 * month_from_march + 2) / 5 + 1)};
+  return {ToInteger(year), static_cast<Integer>(month), static_cast<Integer>(day)};
 }
 
 TimeParts TimeOf(Date date) {
