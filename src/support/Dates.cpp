@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 
@@ -22,19 +23,25 @@ constexpr long long kEpoch = 693899;
 
 // Beyond this a date's year no longer fits its 16 bits anyway; it keeps the arithmetic on seconds from overflowing.
 constexpr Double kFarthestDate = 13'000'000;
+// So many eras before the year 0 no such date's count of days is negative.
+constexpr long long kErasBefore = 100;
+static_assert(kErasBefore * kDaysPerEra + kEpoch > static_cast<long long>(kFarthestDate));
 
 constexpr long long FloorDivide(long long value, long long by) {
   return value / by - (value % by < 0 ? 1 : 0);
 }
 
-// Days from 0000-03-01. Years begin in March here, so that the day that leap years add is a year's last.
-constexpr long long DaysFromMarch(long long year, int month, long long day) {
-  if (month <= 2) --year;
+// Days from 0000-03-01. Years begin in March here, so that the day that leap years add is a year's last. Within an era
+// all is small, and 32 bits divide faster.
+constexpr long long DaysFromMarch(long long year, unsigned month, long long day) {
+  if (month <= 2) {
+    --year;
+    month += 12;
+  }
   const long long era = FloorDivide(year, kYearsPerEra);
-  const long long year_of_era = year - era * kYearsPerEra;
-  const long long month_from_march = (month + 9) % 12;
-  const long long day_of_year = (153 * month_from_march + 2) / 5 + day - 1;
-  return era * kDaysPerEra + year_of_era * 365 + year_of_era / 4 - year_of_era / 100 + day_of_year;
+  const auto year_of_era = static_cast<unsigned>(year - era * kYearsPerEra);
+  const unsigned day_of_year = (153 * (month - 3) + 2) / 5;
+  return era * kDaysPerEra + year_of_era * 365 + year_of_era / 4 - year_of_era / 100 + day_of_year + day - 1;
 }
 static_assert(DaysFromMarch(1899, 12, 30) == kEpoch);
 
@@ -72,9 +79,13 @@ Text Digits(int value, std::size_t count) {
 }  // namespace
 
 Date DateFromParts(int year, int month, int day) {
-  const long long months = static_cast<long long>(year) * 12 + month - 1;
-  const long long whole_year = FloorDivide(months, 12);
-  const int month_of_year = static_cast<int>(months - whole_year * 12) + 1;
+  long long whole_year = year;
+  auto month_of_year = static_cast<unsigned>(month);
+  if (month < 1 || month > 12) {
+    const long long months = whole_year * 12 + month - 1;
+    whole_year = FloorDivide(months, 12);
+    month_of_year = static_cast<unsigned>(months - whole_year * 12) + 1;
+  }
   return static_cast<Date>(DaysFromMarch(whole_year, month_of_year, day) - kEpoch);
 }
 
@@ -83,18 +94,25 @@ Date TimeFromParts(int hour, int minute, int second) {
   return static_cast<Date>(seconds) / static_cast<Double>(kSecondsPerDay);
 }
 
+// Divides as the paper of Neri and Schneider on calendar algorithms (2022) shows: what is left of one division comes
+// from the low half of a product, without a second one.
 DateParts PartsOf(Date date) {
-  const long long days = NearestSecond(date).day + kEpoch;
-  const long long era = FloorDivide(days, kDaysPerEra);
-  // Within an era all is small, and 32 bits divide faster.
-  const auto day_of_era = static_cast<unsigned>(days - era * kDaysPerEra);
-  const unsigned year_of_era = (day_of_era - day_of_era / 1460 + day_of_era / 36524 - day_of_era / 146096) / 365;
-  const unsigned day_of_year = day_of_era - (365 * year_of_era + year_of_era / 4 - year_of_era / 100);
-  const unsigned month_from_march = (5 * day_of_year + 2) / 153;
-  const unsigned month = month_from_march < 10 ? month_from_march + 3 : month_from_march - 9;
-  const unsigned day = day_of_year - (153 * month_from_march + 2) / 5 + 1;
-  const long long year = era * kYearsPerEra + year_of_era + (month <= 2 ? 1 : 0);
-  return {ToInteger(year), static_cast<Integer>(month), static_cast<Integer>(day)};
+  const auto days = static_cast<std::uint32_t>(NearestSecond(date).day + kEpoch + kErasBefore * kDaysPerEra);
+  const std::uint32_t quarters = 4 * days + 3;
+  const std::uint32_t century = quarters / 146097;
+  const std::uint32_t quarters_of_century = quarters % 146097 | 3;
+  // A year is 1461 quarters of a day; 2939745 is 2 to the 32 by that, rounded up.
+  const std::uint64_t years = std::uint64_t{2939745} * quarters_of_century;
+  const auto year_of_century = static_cast<std::uint32_t>(years >> 32);
+  const std::uint32_t day_of_year = static_cast<std::uint32_t>(years) / 2939745 / 4;
+  // Months from March on are 30.6 days long, 65536 / 2141 rounded as the calendar has them.
+  const std::uint32_t months = 2141 * day_of_year + 197913;
+  const std::uint32_t month_from_march = months >> 16;  // 3 March to 14 February
+  const std::uint32_t day = (months & 0xFFFF) / 2141 + 1;
+  const bool next_year = month_from_march > 12;
+  const auto month = static_cast<Integer>(next_year ? month_from_march - 12 : month_from_march);
+  const Integer year = ToInteger(100LL * century + year_of_century - kErasBefore * kYearsPerEra + (next_year ? 1 : 0));
+  return {year, month, static_cast<Integer>(day)};
 }
 
 TimeParts TimeOf(Date date) {
