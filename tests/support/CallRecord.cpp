@@ -19,6 +19,15 @@ Text ShortestText(Number value) {
   return Text(digits.data(), end);
 }
 
+// Each argument with a blank before it.
+Text Joined(std::initializer_list<Argument> arguments) {
+  Text joined;
+  for (const Argument& argument : arguments) {
+    joined += ' ' + std::visit([](const auto& value) { return ArgumentText(value); }, argument);
+  }
+  return joined;
+}
+
 }  // namespace
 
 Text ArgumentText(std::string_view text) {
@@ -77,16 +86,15 @@ void CallRecord::DisarmFaults() {
   NoteWhatIsWatched();
 }
 
-bool CallRecord::Enter(std::string_view operation, bool recorded_unless_told, const std::function<Text()>& arguments) {
-  if (IsRecorded(operation, recorded_unless_told)) calls.push_back(Text(operation) + arguments());
+bool CallRecord::Enter(std::string_view operation, bool recorded_unless_told, ArgumentList arguments) {
+  if (IsRecorded(operation, recorded_unless_told)) calls.push_back(Text(operation) + Joined(arguments));
   const std::optional<Fault> fault = TakeFault(operation);
   if (!fault) return true;
   if (fault->failure) throw Failure(*fault->failure);
   return false;
 }
 
-void CallRecord::EnterWithoutAnswer(std::string_view operation, bool recorded_unless_told,
-                                    const std::function<Text()>& arguments) {
+void CallRecord::EnterWithoutAnswer(std::string_view operation, bool recorded_unless_told, ArgumentList arguments) {
   if (!Enter(operation, recorded_unless_told, arguments))
     throw std::logic_error(Text(operation) + " was to answer no, but it has no such answer");
 }

@@ -10,11 +10,11 @@
 // test asks for it, so that long runs cost next to nothing. Faults reach every operation, bulk or not.
 #pragma once
 
-#include <functional>
 #include <initializer_list>
 #include <map>
 #include <optional>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "support/Failure.h"
@@ -37,6 +37,7 @@ struct AsDate {
 [[nodiscard]] Text ArgumentText(Single value);  // the shortest text that reads back to the same number
 [[nodiscard]] Text ArgumentText(Double value);
 [[nodiscard]] Text ArgumentText(AsDate value);  // 2004-02-03
+using Argument = std::variant<std::string_view, bool, Integer, Long, Single, Double, AsDate>;
 
 class CallRecord {
  public:
@@ -70,20 +71,20 @@ class CallRecord {
   // An operation without an answer that a fault could turn.
   template <typename... Arguments>
   void Tell(std::string_view operation, const Arguments&... arguments) {
-    if (recording_ || bulk_watched_) EnterWithoutAnswer(operation, recording_, [&] { return Joined(arguments...); });
+    if (recording_ || bulk_watched_) EnterWithoutAnswer(operation, recording_, {Argument(arguments)...});
   }
   template <typename... Arguments>
   void TellBulk(std::string_view operation, const Arguments&... arguments) {
-    if (bulk_watched_) EnterWithoutAnswer(operation, false, [&] { return Joined(arguments...); });
+    if (bulk_watched_) EnterWithoutAnswer(operation, false, {Argument(arguments)...});
   }
   // An operation that answers yes or no; false: give "no" and do nothing.
   template <typename... Arguments>
   [[nodiscard]] bool Ask(std::string_view operation, const Arguments&... arguments) {
-    return !(recording_ || bulk_watched_) || Enter(operation, recording_, [&] { return Joined(arguments...); });
+    return !(recording_ || bulk_watched_) || Enter(operation, recording_, {Argument(arguments)...});
   }
   template <typename... Arguments>
   [[nodiscard]] bool AskBulk(std::string_view operation, const Arguments&... arguments) {
-    return !bulk_watched_ || Enter(operation, false, [&] { return Joined(arguments...); });
+    return !bulk_watched_ || Enter(operation, false, {Argument(arguments)...});
   }
 
  private:
@@ -92,17 +93,10 @@ class CallRecord {
     long long calls_left;
     std::optional<Failure> failure;  // none: the call answers no
   };
+  using ArgumentList = std::initializer_list<Argument>;
 
-  template <typename... Arguments>
-  static Text Joined(const Arguments&... arguments) {
-    Text joined;
-    ((joined += ' ', joined += ArgumentText(arguments)), ...);
-    return joined;
-  }
-
-  bool Enter(std::string_view operation, bool recorded_unless_told, const std::function<Text()>& arguments);
-  void EnterWithoutAnswer(std::string_view operation, bool recorded_unless_told,
-                          const std::function<Text()>& arguments);
+  bool Enter(std::string_view operation, bool recorded_unless_told, ArgumentList arguments);
+  void EnterWithoutAnswer(std::string_view operation, bool recorded_unless_told, ArgumentList arguments);
   [[nodiscard]] bool IsRecorded(std::string_view operation, bool recorded_unless_told) const;
   // The fault that strikes this call, if any; it is disarmed by that.
   std::optional<Fault> TakeFault(std::string_view operation);

@@ -33,6 +33,14 @@ constexpr std::array<const char*, kMonthsInYear> kMonthNames = {"January",   "Fe
   throw Failure(FailureNumber::kInvalidArgument, description, "MemoryMasterfile");
 }
 
+[[noreturn]] void FailNoField(Integer number) {
+  FailArgument("The book has no field " + std::to_string(number));
+}
+
+[[noreturn]] void FailNoRecord(Integer field_number) {
+  FailArgument("No record is current, so it has no field " + std::to_string(field_number));
+}
+
 [[noreturn]] void FailRange(const Text& what, long long position) {
   throw Failure(FailureNumber::kRange, what + " " + std::to_string(position) + " is not held", "MemoryMasterfile");
 }
@@ -145,9 +153,8 @@ int FiscalRules::QuarterOf(int period) const {
   return 4;
 }
 
-DateSpan FiscalRules::UnitHolding(Date day, Integer level) const {
+DateSpan FiscalRules::LargerUnitHolding(Date day, Integer level) const {
   switch (level) {
-    case kDayLevel:
     case kCustomRangeLevel:
       return {day, day};
     case kWeekLevel:
@@ -456,30 +463,30 @@ bool MemoryMasterfile::UndoLastRollback() {
 
 // --- MemoryMasterfile: records ---------------------------------------------------------------------------------------
 
-MemoryMasterfile::Place MemoryMasterfile::PlaceOf(Long account_number, Date date) const {
-  Place place;
+// Filled in place: a small structure given back is put together in memory, and reading it at once waits for that.
+bool MemoryMasterfile::FindPlace(Long account_number, Date date, Place& place) const {
+  place = {};
   const std::int32_t account = account_index_.Find(account_number);
-  const Date day = WholeDay(date);
-  const DateSpan unit = rules_.UnitHolding(day, Shape().data_level);
-  if (account < 0 || unit.last < rules_.FirstDate() || unit.first > rules_.LastDate()) return place;
+  const DateSpan unit = rules_.UnitHolding(WholeDay(date), Shape().data_level);
+  if (account < 0 || unit.last < rules_.FirstDate() || unit.first > rules_.LastDate()) return false;
   place.account = account;
   place.day = static_cast<std::int32_t>(unit.last - rules_.FirstDate());
   const std::vector<std::int32_t>& records = accounts_[static_cast<std::size_t>(account)].record_of_day;
   const auto slot = static_cast<std::size_t>(place.day);
   if (slot < records.size()) place.record = records[slot];
-  return place;
+  return true;
 }
 
 MemoryMasterfile::Place MemoryMasterfile::ExpectPlace(Long account_number, Date date) const {
-  const Place place = PlaceOf(account_number, date);
-  if (place.account < 0)
+  Place place;
+  if (!FindPlace(account_number, date, place))
     FailArgument("The book has no record of account " + std::to_string(account_number) + " for " + DateText(date));
   return place;
 }
 
 std::size_t MemoryMasterfile::ExpectField(Integer field_number) const {
   const std::int32_t field = field_index_.Find(field_number);
-  if (field < 0) FailArgument("The book has no field " + std::to_string(field_number));
+  if (field < 0) FailNoField(field_number);
   return static_cast<std::size_t>(field);
 }
 
@@ -519,8 +526,7 @@ void MemoryMasterfile::LoseUnwrittenChanges() {
 bool MemoryMasterfile::ReadRecord(Long account_number, Date date) {
   if (!record_.AskBulk("ReadRecord", account_number, AsDate{date})) return false;
   if (!unwritten_.empty()) LoseUnwrittenChanges();
-  current_ = PlaceOf(account_number, date);
-  if (current_.account < 0) return false;
+  if (!FindPlace(account_number, date, current_)) return false;
   current_values_ = current_.record < 0 ? zeros_.data() : ValuesAt(current_.account, current_.record);
   return true;
 }
@@ -536,7 +542,7 @@ bool MemoryMasterfile::WriteRecord() {
 }
 
 std::size_t MemoryMasterfile::CurrentField(Integer field_number) const {
-  if (current_.account < 0) FailArgument("No record is current, so it has no field " + std::to_string(field_number));
+  if (current_.account < 0) FailNoRecord(field_number);
   return ExpectField(field_number);
 }
 

@@ -102,9 +102,12 @@ class FiscalRules {
   [[nodiscard]] int QuarterOf(int period) const;
 
   // The unit of a level (1 to 8, host/FiscalCalendar.h) that holds a whole day. Failure 5 for any other level.
-  [[nodiscard]] DateSpan UnitHolding(Date day, Integer level) const;
+  [[nodiscard]] DateSpan UnitHolding(Date day, Integer level) const {
+    return level == kDayLevel ? DateSpan{day, day} : LargerUnitHolding(day, level);
+  }
 
  private:
+  [[nodiscard]] DateSpan LargerUnitHolding(Date day, Integer level) const;
   [[nodiscard]] Date PeriodStart(int year, int period) const;
   [[nodiscard]] Period MonthHolding(Date day) const;
   [[nodiscard]] Period CustomPeriodHolding(Date day) const;
@@ -345,8 +348,8 @@ class MemoryMasterfile : public Masterfile {
     std::int32_t record = -1;  // -1: nothing stored there
   };
 
-  // Where an account's record for a date lies; account -1 where there can be none.
-  [[nodiscard]] Place PlaceOf(Long account_number, Date date) const;
+  // Where an account's record for a date lies. False, with `place` empty, where there can be none.
+  bool FindPlace(Long account_number, Date date, Place& place) const;
   [[nodiscard]] Place ExpectPlace(Long account_number, Date date) const;
   [[nodiscard]] std::size_t ExpectField(Integer field_number) const;
   // Gives a place its record in storage.
