@@ -238,19 +238,20 @@ void BookCalendar::SetCurrentDate(Date date) {
 }
 
 Date BookCalendar::LevelDate(Date date, Integer level) {
-  const Calendar& rules = Rules();
-  const Integer asked_level = level == kOwnLevel ? rules.DataLevel() : level;
-  // The unit of level 8 grows with the date, so it is asked for each time.
-  if (asked_level < kDayLevel || asked_level >= kAllYearsLevel) {
-    asked_unit_ = rules.UnitOf(date, asked_level);
-  } else {
-    DateSpan& unit = last_units_[static_cast<std::size_t>(asked_level)];
-    if (!(unit.first <= date && date < unit.last + 1)) unit = rules.UnitOf(date, asked_level);
-    asked_unit_ = unit;
-  }
+  const Integer own_level = Rules().DataLevel();
+  const DateSpan unit = UnitOf(date, level == kOwnLevel ? own_level : level);
+  asked_unit_ = unit;
   asked_date_ = date;
   asked_ = true;
-  return asked_unit_.last;
+  return unit.last;
+}
+
+// A day is made as fast as remembered, and the unit of level 8 grows with the date.
+DateSpan BookCalendar::UnitOf(Date date, Integer level) {
+  if (level <= kDayLevel || level >= kCustomRangeLevel) return rules_->UnitOf(date, level);
+  DateSpan& last = last_units_[static_cast<std::size_t>(level)];
+  if (!(last.first <= date && date < last.last + 1)) last = rules_->UnitOf(date, level);
+  return last;
 }
 
 FiscalPlace BookCalendar::Place() const {

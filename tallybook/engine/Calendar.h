@@ -98,7 +98,7 @@ class CalendarSource {
   [[nodiscard]] virtual const Calendar& CalendarRules() const = 0;
 };
 
-// The cursor. Remembers the last unit of each level, so that a walk over dates costs little.
+// The cursor. Remembers the last unit of each level from weeks to years, so that a walk over dates costs little.
 class BookCalendar : public FiscalCalendar {
  public:
   // Not attached: every operation but Attach is Failure 91 then.
@@ -126,9 +126,10 @@ class BookCalendar : public FiscalCalendar {
  private:
   [[nodiscard]] const Calendar& Rules() const;
   [[nodiscard]] FiscalPlace Place() const;
+  [[nodiscard]] DateSpan UnitOf(Date date, Integer level);
 
   const Calendar* rules_ = nullptr;
-  std::array<DateSpan, kAllYearsLevel + 1> last_units_;  // by level; a span that ends before it begins is unset
+  std::array<DateSpan, kYearLevel + 1> last_units_;  // by level; a span that ends before it begins is unset
   Date current_date_ = 0;
   Date asked_date_ = 0;
   DateSpan asked_unit_;
