@@ -1,5 +1,6 @@
 #include "tallybook/engine/ChunkRows.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tallybook::engine {

@@ -2,7 +2,6 @@
 // in memory so goes by its figures, not by the size of its chunks.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <span>
 #include <vector>
@@ -33,16 +32,15 @@ class ChunkRows {
   // What they take, in bytes.
   [[nodiscard]] std::size_t Bytes() const { return figures_.capacity() * sizeof(Double); }
 
+  [[nodiscard]] bool Holds(std::size_t row) const { return row >= range_.first && row < range_.end; }
   // The figures of a row; null where it is not held. Valid until rows are held or dropped.
   [[nodiscard]] const Double* Find(std::size_t row, std::size_t fields) const {
-    const bool held = row >= range_.first && row < range_.end;
-    return held ? figures_.data() + (row - range_.first) * fields : nullptr;
+    return Holds(row) ? figures_.data() + (row - range_.first) * fields : nullptr;
   }
 
   // The figures of a row for writing. A row that was not held comes with zeros, and with some neighbours, so that a walk
   // from row to row finds most of them held; the figures of all rows may move then.
   [[nodiscard]] Double* Hold(std::size_t row, const ChunkShape& shape);
-  [[nodiscard]] bool Holds(std::size_t row) const { return row >= range_.first && row < range_.end; }
 
   // Holds just these rows, with zeros; for whoever fills them in.
   [[nodiscard]] std::span<Double> Renew(RowRange range, std::size_t fields);
