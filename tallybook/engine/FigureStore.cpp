@@ -37,7 +37,7 @@ FigureStore::FigureStore(BookFile file, std::size_t cache_bytes)
       shape_{file_.RowsOfChunk(), std::max<std::size_t>(file_.Description().fields.size(), 1)},
       row_of_zeros_(shape_.fields),
       cache_bytes_(cache_bytes),
-      read_chunk_(file_.Db(), "SELECT id, figures FROM chunk WHERE key = ?1"),
+      stored_chunks_(file_.Db()),
       walk_chunks_(file_.Db(), "SELECT key, figures FROM chunk WHERE key BETWEEN ?1 AND ?2 ORDER BY key"),
       insert_chunk_(file_.Db(), "INSERT INTO chunk (key, figures) VALUES (?1, ?2)"),
       update_chunk_(file_.Db(), "UPDATE chunk SET figures = ?2 WHERE id = ?1"),
@@ -122,13 +122,13 @@ FigureStore::Chunk& FigureStore::Load(std::int64_t key) {
 
 void FigureStore::LoadStored(Chunk& chunk) {
   file_.Db().BeginReading();
-  const EndOfWalk end(read_chunk_);
-  if (!read_chunk_.Bind(1, chunk.key).Step()) return;
+  const std::optional<StoredChunk> stored = stored_chunks_.Find(chunk.key);
+  if (!stored) return;
   ChunkRows rows;
-  Decode(chunk.key, read_chunk_.Bytes(1), rows);
+  Decode(chunk.key, stored->figures, rows);
   held_bytes_ += rows.Bytes();
   chunk.rows = std::move(rows);
-  chunk.stored = read_chunk_.Int(0);
+  chunk.stored = stored->row;
 }
 
 FigureStore::Chunk& FigureStore::NewChunk() {
@@ -223,6 +223,7 @@ void FigureStore::Touch(Chunk& chunk) {
 }
 
 void FigureStore::Commit() {
+  stored_chunks_.EndWalk();
   if (!changed_.empty()) {
     std::sort(changed_.begin(), changed_.end(), [](const Chunk* a, const Chunk* b) { return a->key < b->key; });
     std::vector<std::int64_t> stored;
@@ -336,11 +337,13 @@ void FigureStore::Undo(Long id) {
   const std::int64_t entry = id;
   Transaction transaction(database);
   {
+    // Its own, so that a failure leaves no walk open when the transaction is rolled back.
+    StoredChunks chunks(database);
     DbStatement walk(database,
                      "SELECT journal_chunk.key, rows, figures FROM journal_chunk "
                      "LEFT JOIN image ON image.id = journal_chunk.image WHERE entry = ?1 ORDER BY journal_chunk.key");
     walk.Bind(1, entry);
-    while (walk.Step()) RestoreImage(walk.Int(0), walk.Bytes(1), walk.Bytes(2));
+    while (walk.Step()) RestoreImage(chunks, walk.Int(0), walk.Bytes(1), walk.Bytes(2));
   }
   DbStatement update(database,
                      "UPDATE journal SET state = ?2, chunks = (SELECT count(*) FROM journal_chunk WHERE entry = ?1) "
@@ -356,24 +359,20 @@ void FigureStore::Undo(Long id) {
 }
 
 // An empty image says that there was no chunk: zeros.
-void FigureStore::RestoreImage(std::int64_t key, std::span<const std::byte> touched, std::span<const std::byte> image) {
+void FigureStore::RestoreImage(StoredChunks& chunks, std::int64_t key, std::span<const std::byte> touched,
+                               std::span<const std::byte> image) {
   ChunkRows before;
   ChunkRows now;
   if (!image.empty()) Decode(key, image, before);
-  std::int64_t stored = 0;
-  {
-    const EndOfWalk end(read_chunk_);
-    if (read_chunk_.Bind(1, key).Step()) {
-      stored = read_chunk_.Int(0);
-      Decode(key, read_chunk_.Bytes(1), now);
-    }
-  }
+  const std::optional<StoredChunk> stored = chunks.Find(key);
+  if (stored) Decode(key, stored->figures, now);
+  chunks.EndWalk();
   for (std::size_t row = 0; row < std::min(shape_.rows, touched.size() * 8); ++row) {
     if (!HasBit(touched, row)) continue;
     const Double* figures = before.Find(row, shape_.fields);
     std::copy_n(figures != nullptr ? figures : row_of_zeros_.data(), shape_.fields, now.Hold(row, shape_));
   }
-  Store(stored, key, now);
+  Store(stored ? stored->row : 0, key, now);
 }
 
 bool FigureStore::VisitRows(std::size_t account, std::int32_t first, std::int32_t last, const RowVisitor& visit) {

@@ -23,6 +23,7 @@
 #include "tallybook/engine/ChunkRows.h"
 #include "tallybook/engine/Database.h"
 #include "tallybook/engine/Journal.h"
+#include "tallybook/engine/StoredChunks.h"
 
 namespace tallybook::engine {
 
@@ -117,7 +118,8 @@ class FigureStore {
   // over dates, which writes one chunk of each account in turn, never makes room between others.
   std::int64_t Store(std::int64_t row, std::int64_t key, const ChunkRows& rows);
   void Decode(std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const;
-  void RestoreImage(std::int64_t key, std::span<const std::byte> touched, std::span<const std::byte> image);
+  void RestoreImage(StoredChunks& chunks, std::int64_t key, std::span<const std::byte> touched,
+                    std::span<const std::byte> image);
 
   BookFile file_;
   Calendar calendar_;
@@ -151,7 +153,7 @@ class FigureStore {
   bool images_given_up_ = false;  // a chunk that had an image under the entry has left the cache
 
   std::vector<std::byte> bytes_;
-  DbStatement read_chunk_;
+  StoredChunks stored_chunks_;
   DbStatement walk_chunks_;
   DbStatement insert_chunk_;
   DbStatement update_chunk_;
