@@ -54,29 +54,44 @@ Double NearestWhole(Double value) {
   return (value + kShift) - kShift;
 }
 
-// True where `value` is exactly the quotient of a whole number of Whole's width and `power`. The bounds are tested
-// first, so that the conversion is always defined; not-a-number fails them. Operators that stop early would keep the
-// loop from being done several figures at a time.
-template <typename Whole>
-bool Fits(Double value, Double power) {
-  const Double scaled = NearestWhole(value * power);
-  const int not_below = scaled >= std::numeric_limits<Whole>::min() ? 1 : 0;
-  const int not_above = scaled <= std::numeric_limits<Whole>::max() ? 1 : 0;
-  const int exact = scaled / power == value ? 1 : 0;
-  return (not_below & not_above & exact) != 0;
-}
+// Which whole numbers hold all values exactly, when each is divided by the power of ten that was asked.
+struct DecimalFit {
+  bool wide = true;       // of 4 bytes
+  bool narrow = true;     // of 2 bytes
+  bool undivided = true;  // of 2 bytes, without a division
+  [[nodiscard]] std::size_t Width() const { return wide ? (narrow ? sizeof(std::int16_t) : sizeof(std::int32_t)) : 0; }
+};
 
 template <typename Whole>
-bool AllFit(std::span<const Double> values, Double power) {
+bool AreWithin(Double lowest, Double highest, Double power) {
+  return lowest >= std::numeric_limits<Whole>::min() * power && highest <= std::numeric_limits<Whole>::max() * power;
+}
+
+// One pass finds out all of it. Operators that stop early would keep the inner loop from being done several figures at a
+// time. Not-a-number equals nothing, so it fits in no form.
+DecimalFit FitOf(std::span<const Double> values, std::size_t decimals) {
   constexpr std::size_t kBlock = 256;
-  while (!values.empty()) {
+  const Double power = kPowersOfTen[decimals];
+  DecimalFit fit;
+  while (!values.empty() && fit.wide) {
     const auto block = values.first(std::min(kBlock, values.size()));
-    bool fits = true;
-    for (const Double value : block) fits &= Fits<Whole>(value, power);
-    if (!fits) return false;
+    bool exact = true;
+    bool whole = true;
+    Double lowest = 0;
+    Double highest = 0;
+    for (const Double value : block) {
+      const Double scaled = NearestWhole(value * power);
+      exact &= scaled / power == value;
+      whole &= NearestWhole(value) == value;
+      lowest = std::min(lowest, scaled);
+      highest = std::max(highest, scaled);
+    }
+    fit.wide = exact && AreWithin<std::int32_t>(lowest, highest, 1);
+    fit.narrow &= AreWithin<std::int16_t>(lowest, highest, 1);
+    fit.undivided &= whole && AreWithin<std::int16_t>(lowest, highest, power);
     values = values.subspan(block.size());
   }
-  return true;
+  return fit;
 }
 
 template <typename Whole>
@@ -93,13 +108,6 @@ void PutDecimals(std::span<const Double> values, std::size_t decimals, RowRange 
   }
 }
 
-// The fewest bytes that a whole number needs for every value at `decimals`; 0 where some value is no such number.
-std::size_t DecimalWidth(std::span<const Double> values, std::size_t decimals) {
-  const Double power = kPowersOfTen[decimals];
-  if (!AllFit<std::int32_t>(values, power)) return 0;
-  return AllFit<std::int16_t>(values, power) ? sizeof(std::int16_t) : sizeof(std::int32_t);
-}
-
 struct DecimalForm {
   std::size_t decimals = 0;
   std::size_t width = 0;  // 0: the values have no decimal form
@@ -107,16 +115,15 @@ struct DecimalForm {
 
 // Money is tried first: two decimals hold whole numbers and tenths as well, only sometimes in more bytes.
 DecimalForm FindDecimalForm(std::span<const Double> values) {
-  const std::size_t money_width = DecimalWidth(values, kUsualDecimals);
-  if (money_width == sizeof(std::int16_t)) return {kUsualDecimals, money_width};
-  if (money_width == 0) {
-    for (const std::size_t decimals : {std::size_t{3}, std::size_t{0}}) {
-      if (const std::size_t width = DecimalWidth(values, decimals); width != 0) return {decimals, width};
-    }
-    return {};
+  const DecimalFit money = FitOf(values, kUsualDecimals);
+  if (money.wide) {
+    const bool shorter_undivided = money.undivided && !money.narrow;
+    return shorter_undivided ? DecimalForm{0, sizeof(std::int16_t)} : DecimalForm{kUsualDecimals, money.Width()};
   }
-  const std::size_t whole_width = DecimalWidth(values, 0);
-  return whole_width == sizeof(std::int16_t) ? DecimalForm{0, whole_width} : DecimalForm{kUsualDecimals, money_width};
+  for (const std::size_t decimals : {std::size_t{3}, std::size_t{0}}) {
+    if (const std::size_t width = FitOf(values, decimals).Width(); width != 0) return {decimals, width};
+  }
+  return {};
 }
 
 void PutDense(std::span<const Double> values, RowRange rows, std::vector<std::byte>& bytes) {
