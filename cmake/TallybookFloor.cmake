@@ -22,6 +22,8 @@ endif()
 if(TALLYBOOK_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+  # The sanitizer loads modules in the program's stead, and then only the older kind of run path is heeded.
+  add_link_options(LINKER:--disable-new-dtags)
 endif()
 if(TALLYBOOK_BUILD_FUZZERS)
   # The floors under a fuzz target report their coverage to it; the target itself links with -fsanitize=fuzzer.
@@ -39,4 +41,21 @@ function(tallybook_floor name)
   target_link_libraries(${name} PUBLIC ${FLOOR_LINKS} PRIVATE $<BUILD_INTERFACE:tallybook_build_options>)
   target_compile_features(${name} PUBLIC cxx_std_20)
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+endfunction()
+
+# Modules lie in one folder, where every program of the build looks for them.
+set(TALLYBOOK_MODULES ${PROJECT_BINARY_DIR}/modules)
+set(CMAKE_BUILD_RPATH ${TALLYBOOK_MODULES})
+
+# tallybook_module(NAME SOURCES ... LINKS ...)
+# A library that a program loads while it runs. It has its own copy of the floors it links, and shows the program nothing
+# but what it marks.
+function(tallybook_module name)
+  cmake_parse_arguments(MODULE "" "" "SOURCES;LINKS" ${ARGN})
+  add_library(${name} MODULE ${MODULE_SOURCES})
+  target_link_libraries(${name} PRIVATE ${MODULE_LINKS} tallybook_build_options)
+  target_link_options(${name} PRIVATE LINKER:--exclude-libs,ALL)
+  set_target_properties(${name} PROPERTIES
+    PREFIX "" CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+    LIBRARY_OUTPUT_DIRECTORY ${TALLYBOOK_MODULES})
 endfunction()

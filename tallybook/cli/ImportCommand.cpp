@@ -29,6 +29,7 @@ void SendReportTo(Session& session, const Text& path) {
   try {
     session.Factory().SetReportDestination(destination);
   } catch (const Failure& failure) {
+    if (failure.Number() != FailureNumber::kInvalidArgument) throw;
     throw WrongUse("--report: " + failure.Description());
   }
 }

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "support/Failure.h"
+#include "tallybook/report/PdfModule.h"
 
 namespace tallybook::report {
 
@@ -319,3 +320,8 @@ std::string PdfRenderer::Render(const Report& report, const PageHeads& page_head
 }
 
 }  // namespace tallybook::report
+
+// The module's only way in (PdfModule.h).
+extern "C" __attribute__((visibility("default"))) tallybook::report::Renderer* tallybook_make_pdf_renderer() {
+  return new tallybook::report::PdfRenderer;
+}

@@ -1,5 +1,5 @@
 // A report as a PDF document of A4 pages, made by Pango and Cairo; it needs no screen. Texts stay text: they can be
-// searched and copied.
+// searched and copied. Programs get it by PdfModule.h.
 //
 //   first page      title, moment of printing
 //   every page      the page head, a rule; at the foot the title and "Page 2 of 7"

@@ -12,7 +12,7 @@
 #include "support/Platform.h"
 #include "support/Utility.h"
 #include "tallybook/report/HtmlRenderer.h"
-#include "tallybook/report/PdfRenderer.h"
+#include "tallybook/report/PdfModule.h"
 #include "tallybook/report/TextRenderer.h"
 
 namespace tallybook::report {
@@ -26,7 +26,7 @@ std::unique_ptr<Renderer> RendererFor(const Text& path) {
   const Text extension = LowerCase(FileExtension(FileBaseName(path)));
   if (extension == "txt") return std::make_unique<TextRenderer>();
   if (extension == "html" || extension == "htm") return std::make_unique<HtmlRenderer>();
-  if (extension == "pdf") return std::make_unique<PdfRenderer>();
+  if (extension == "pdf") return NewPdfRenderer();
   throw Failure(FailureNumber::kInvalidArgument,
                 "The report file " + path + " must end in .txt, .html or .pdf: the extension names its form", kSource);
 }

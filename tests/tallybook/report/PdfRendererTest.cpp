@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <gmock/gmock.h>
 
-#include "tallybook/report/PdfRenderer.h"
+#include "tallybook/report/PdfModule.h"
 #include "tests/support/TempFolder.h"
 #include "tests/tallybook/report/SampleReport.h"
 
@@ -16,7 +16,7 @@ using ::testing::HasSubstr;
 class PdfRendererTest : public ::testing::Test {
  protected:
   void Render(const Report& report, const PageHeads& heads = SampleHead()) {
-    folder_.Write("report.pdf", PdfRenderer().Render(report, heads));
+    folder_.Write("report.pdf", NewPdfRenderer()->Render(report, heads));
   }
 
   // What a command prints; "FILE" in it stands for the document.
@@ -110,7 +110,8 @@ TEST_F(PdfRendererTest, TakesTextsThatAreNoUtf8) {
 }
 
 TEST_F(PdfRendererTest, MakesTheSameBytesTwice) {
-  EXPECT_EQ(PdfRenderer().Render(SampleReport(), SampleHead()), PdfRenderer().Render(SampleReport(), SampleHead()));
+  EXPECT_EQ(NewPdfRenderer()->Render(SampleReport(), SampleHead()),
+            NewPdfRenderer()->Render(SampleReport(), SampleHead()));
 }
 
 }  // namespace
