@@ -114,10 +114,6 @@ std::string_view CSVFieldStream::TakeSlowly() {
   return quoted ? field : WithoutTrailingBlanks(field);
 }
 
-Text CSVFieldStream::NextText() {
-  return encoding_.Decode(Next());
-}
-
 Integer CSVFieldStream::NextInteger() {
   return RoundToInteger(LeadingNumber(Next()));
 }

@@ -1,22 +1,22 @@
 #include <algorithm>
 #include <cmath>
-#include <csignal>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <set>
 #include <sqlite3.h>
 #include <sstream>
 #include <string>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
 #include "tallybook/engine/Book.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/MemoryPrinter.h"
 #include "tests/tallybook/engine/BookFixture.h"
 
@@ -530,11 +530,7 @@ TEST_F(BookTest, KeepsWhatItCouldNotStoreSoThatTheCommitCanBeRepeated) {
     const auto book = Open();
     Put(*book, kShop, Day(2003, 1, 1), kSales, 1);
     book->Commit();
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit = {};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit full = {4096, limit.rlim_max};  // no file may grow beyond: the disk is full
-    setrlimit(RLIMIT_FSIZE, &full);
+    std::optional<FileSizeLimit> full_disk(std::in_place, 4096);
     for (int day = 0; day < 700; ++day) {
       if (!book->ReadRecord(kCafe, Day(2003, 1, 1) + day)) return 1;
       book->SetFieldValue(kSales, day + 0.123456789);
@@ -551,7 +547,7 @@ TEST_F(BookTest, KeepsWhatItCouldNotStoreSoThatTheCommitCanBeRepeated) {
       told = failure.Description();
     }
     if (told.find(BookPath()) == Text::npos) return 2;
-    setrlimit(RLIMIT_FSIZE, &limit);
+    full_disk.reset();
     book->Commit();
     book->Close();
     return 0;
