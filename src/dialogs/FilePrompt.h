@@ -12,9 +12,6 @@ namespace tallybook {
 class Form;
 class Masterfile;
 
-// The key code of F1, as a KeyDown event tells it.
-inline constexpr Integer kF1Key = 112;
-
 // The filter and extension of a dialog that offers every file.
 inline constexpr const char* kAllFilesFilter = "(All Files) *.*|*.*";
 inline constexpr const char* kAllFilesExtension = "*.*";

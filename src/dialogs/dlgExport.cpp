@@ -54,13 +54,8 @@ void dlgExport::Listen() {
   Combo1.Click.Connect([this] { Combo1_Click(); });
   Command2.Click.Connect([this] { mode_ == Mode::kFile ? BrowseForFile() : BrowseForFolder(); });
   SaveButtons1.Click.Connect([this](Integer button) { SaveButtons1_Click(button); });
-  QueryClose.Connect([this](bool& refused) {
-    refused = true;
-    SaveButtons1_Click(SaveButtons::kCancelButton);
-  });
-  KeyDown.Connect([](Integer& key, Integer) {
-    if (key == kF1Key) key = 0;
-  });
+  OnCloseBox([this] { SaveButtons1_Click(SaveButtons::kCancelButton); });
+  OnF1([] {});
 }
 
 bool dlgExport::GetFileName(Long owner, std::shared_ptr<DataExportObject> library, Text& export_type, Text& file_name,

@@ -3,7 +3,6 @@
 #include <cstdlib>
 
 #include "dialogs/DefinitionControls.h"
-#include "dialogs/FilePrompt.h"
 #include "exchange/CDataExchange.h"
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
@@ -49,15 +48,8 @@ void dlgQDXImp::WriteCaptions() {
 
 void dlgQDXImp::Listen() {
   SaveButtons1.Click.Connect([this](Integer button) { SaveButtons1_Click(button); });
-  QueryClose.Connect([this](bool& refused) {
-    refused = true;
-    SaveButtons1_Click(SaveButtons::kCancelButton);
-  });
-  KeyDown.Connect([this](Integer& key, Integer) {
-    if (key != kF1Key) return;
-    key = 0;
-    ShowHelp();
-  });
+  OnCloseBox([this] { SaveButtons1_Click(SaveButtons::kCancelButton); });
+  OnF1([this] { ShowHelp(); });
   Unloading.Connect([this] { exchange_ = nullptr; });
 }
 

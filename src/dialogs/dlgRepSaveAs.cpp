@@ -1,6 +1,5 @@
 #include "dialogs/dlgRepSaveAs.h"
 
-#include "dialogs/FilePrompt.h"
 #include "support/modAllUI.h"
 
 namespace tallybook {
@@ -36,14 +35,9 @@ void dlgRepSaveAs::Listen() {
   for (CommandButton& button : Command1) {
     button.Click.Connect([this, index = button.Index()] { Command1_Click(index); });
   }
-  QueryClose.Connect([this](bool& refused) {
-    refused = true;
-    Command1_Click(kCancelIndex);
-  });
+  OnCloseBox([this] { Command1_Click(kCancelIndex); });
   Picture1.Paint.Connect([this] { DrawStandardIcon(Picture1, kQuestionStockIcon); });
-  KeyDown.Connect([](Integer& key, Integer) {
-    if (key == kF1Key) key = 0;
-  });
+  OnF1([] {});
   Text1.KeyPress.Connect([this](Integer& key) { Text1_KeyPress(key); });
 }
 

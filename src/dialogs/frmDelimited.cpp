@@ -50,15 +50,8 @@ void frmDelimited::Listen() {
   Text1.Change.Connect([this] { file_name_ = Text1.Text(); });
   Command1.Click.Connect([this] { Command1_Click(); });
   SaveButtons1.Click.Connect([this](Integer button) { SaveButtons1_Click(button); });
-  QueryClose.Connect([this](bool& refused) {
-    refused = true;
-    SaveButtons1_Click(SaveButtons::kCancelButton);
-  });
-  KeyDown.Connect([this](Integer& key, Integer) {
-    if (key != kF1Key) return;
-    key = 0;
-    ShowHelp();
-  });
+  OnCloseBox([this] { SaveButtons1_Click(SaveButtons::kCancelButton); });
+  OnF1([this] { ShowHelp(); });
 }
 
 void frmDelimited::ImportDelimited(Long hwnd_owner, Masterfile& masterfile, bool allow_system_fields) {

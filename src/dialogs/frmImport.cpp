@@ -38,17 +38,12 @@ frmImport::frmImport() : Form("frmImport") {
 void frmImport::Listen() {
   Command1.Click.Connect([this] { Command1_Click(); });
   SaveButtons1.Click.Connect([this](Integer button) { SaveButtons1_Click(button); });
-  QueryClose.Connect([this](bool& refused) {
-    refused = true;
-    SaveButtons1_Click(SaveButtons::kCancelButton);
-  });
+  OnCloseBox([this] { SaveButtons1_Click(SaveButtons::kCancelButton); });
   Activate.Connect([this] {
     ShowOptions();
     FocusName();
   });
-  KeyDown.Connect([](Integer& key, Integer) {
-    if (key == kF1Key) key = 0;
-  });
+  OnF1([] {});
 }
 
 void frmImport::SetPromptforSkips(bool wanted) {

@@ -17,7 +17,6 @@ namespace tallybook {
 
 namespace {
 
-constexpr Integer kF1Key = 112;
 constexpr Double kMinutesPerDay = 24 * 60;
 // The kind of lines that leaves no choice about lines without data.
 constexpr Long kLinesWithDataOnly = 2;
@@ -53,15 +52,8 @@ void dlgRepPrint::ListenToForm() {
   Loading.Connect([this] { OnLoad(); });
   Unloading.Connect([this] { OnUnload(); });
   // Closing the window is pressing Cancel, so that the caller finds it hidden and not gone.
-  QueryClose.Connect([this](bool& refused) {
-    refused = true;
-    Command1_Click(kCancelButton);
-  });
-  KeyDown.Connect([this](Integer& key, Integer /*shift*/) {
-    if (key != kF1Key) return;
-    key = 0;
-    Answer("Form_KeyDown", [&] { ShowHelp(); });
-  });
+  OnCloseBox([this] { Command1_Click(kCancelButton); });
+  OnF1([this] { Answer("Form_KeyDown", [&] { ShowHelp(); }); });
   for (Integer i = 0; i < static_cast<Integer>(Command1.size()); ++i) {
     Command1[static_cast<std::size_t>(i)].Click.Connect([this, i] { Command1_Click(i); });
   }

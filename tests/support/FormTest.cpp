@@ -156,6 +156,35 @@ TEST_F(FormTest, AUserCannotCloseWhatIsHiddenOrDisabled) {
   EXPECT_EQ(asked, 0);
 }
 
+TEST_F(FormTest, TheCloseBoxCanRunAnActionAndCloseNothing) {
+  int cancelled = 0;
+  form_.OnCloseBox([&] { ++cancelled; });
+  form_.Show();
+  EXPECT_FALSE(form_.UserClose());
+  EXPECT_TRUE(form_.IsLoaded());
+  EXPECT_EQ(cancelled, 1);
+}
+
+TEST_F(FormTest, AnActionOfTheCloseBoxCanUnloadTheFormItself) {
+  form_.OnCloseBox([&] { form_.Unload(); });
+  form_.Show();
+  EXPECT_FALSE(form_.UserClose());
+  EXPECT_FALSE(form_.IsLoaded());
+}
+
+TEST_F(FormTest, F1RunsItsActionAndNoControlHearsOfIt) {
+  TextBox box(form_, "Text1");
+  std::vector<Integer> heard;
+  int helped = 0;
+  box.KeyDown.Connect([&](Integer& key, Integer) { heard.push_back(key); });
+  form_.OnF1([&] { ++helped; });
+  form_.Show();
+  EXPECT_FALSE(box.UserKeyDown(kF1Key));
+  EXPECT_TRUE(box.UserKeyDown(kF1Key + 1));
+  EXPECT_EQ(helped, 1);
+  EXPECT_THAT(heard, ElementsAre(Integer{kF1Key + 1}));
+}
+
 TEST_F(FormTest, ADisabledFormHasADisabledWindow) {
   form_.SetEnabled(false);
   form_.Load();

@@ -114,6 +114,21 @@ Control* Form::Find(const Text& name, Integer index) const {
   return found == controls_.end() ? nullptr : *found;
 }
 
+void Form::OnCloseBox(std::function<void()> cancel) {
+  QueryClose.Connect([cancel = std::move(cancel)](bool& refused) {
+    refused = true;
+    cancel();
+  });
+}
+
+void Form::OnF1(std::function<void()> help) {
+  KeyDown.Connect([help = std::move(help)](Integer& key, Integer /*shift*/) {
+    if (key != kF1Key) return;
+    key = 0;
+    help();
+  });
+}
+
 bool Form::UserClose() {
   if (!visible_ || !enabled_) return false;
   bool refused = false;

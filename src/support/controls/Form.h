@@ -5,6 +5,7 @@
 // The window itself is the screen's: the form asks it (support/Platform.h, Screen) to make, show, hide and place it.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -20,6 +21,9 @@ class Timer;
 inline constexpr Integer kNormalWindow = 0;
 inline constexpr Integer kMinimisedWindow = 1;
 inline constexpr Integer kMaximisedWindow = 2;
+
+// The key code of F1, as a KeyDown event tells it.
+inline constexpr Integer kF1Key = 112;
 
 // The tag of a form that stays usable while another is shown modally.
 inline constexpr const char* kStaysEnabledTag = "1";
@@ -77,6 +81,11 @@ class Form {
   Event<> Activate;                  // it was brought to the front
   Event<bool&> QueryClose;           // the user closes it; a listener sets true to refuse
   Event<Integer&, Integer> KeyDown;  // before the control with the focus hears of it; set the key to 0 to consume it
+
+  // What most dialogs do alike. The close box does what `cancel` does and closes nothing by itself. F1 does what `help`
+  // does, and no control hears of it.
+  void OnCloseBox(std::function<void()> cancel);
+  void OnF1(std::function<void()> help);
 
   // The user presses the close box: true where the form was unloaded.
   bool UserClose();
