@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
+#include <sqlite3.h>
 #include <tuple>
 
 #include "support/Dates.h"
@@ -75,6 +76,14 @@ class BookFixture : public ::testing::Test {
     engine::BookOptions options;
     options.read_only = true;
     return Open(options);
+  }
+
+  // Runs SQL on the book's file past the engine; the book must not be open.
+  void Meddle(const Text& sql) {
+    sqlite3* handle = nullptr;
+    ASSERT_EQ(sqlite3_open(BookPath().c_str(), &handle), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(handle);
+    sqlite3_close(handle);
   }
 
   ScriptedPlatform platform;

@@ -7,7 +7,6 @@
 #include <memory>
 #include <optional>
 #include <set>
-#include <sqlite3.h>
 #include <sstream>
 #include <string>
 #include <sys/stat.h>
@@ -386,17 +385,9 @@ TEST_F(BookTest, ReadingChangesNoByteOfTheBook) {
   EXPECT_EQ(folder.Read("North.tbk"), before);
 }
 
-// Runs SQL on the book's file past the engine.
-void Meddle(const Text& path, const Text& sql) {
-  sqlite3* handle = nullptr;
-  ASSERT_EQ(sqlite3_open(path.c_str(), &handle), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(handle);
-  sqlite3_close(handle);
-}
-
 TEST_F(BookTest, LeavesABookOfANewerVersionAlone) {
   Create(ShopDescription());
-  Meddle(BookPath(), "PRAGMA user_version = 2");
+  Meddle("PRAGMA user_version = 2");
   EXPECT_THAT([&] { Open(); },
               FailsWith(FailureNumber::kFeatureUnavailable, BookPath() + ": this book was made by a newer version"));
 }
@@ -406,7 +397,7 @@ TEST_F(BookTest, NamesTheChunkThatIsDamaged) {
   Put(*book, kCafe, Day(2003, 5, 5), kSales, 1);
   Put(*book, kShop, Day(2003, 5, 5), kSales, 2);
   book->Close();
-  Meddle(BookPath(), "UPDATE chunk SET figures = x'0900000000' WHERE key = 205 << 24");
+  Meddle("UPDATE chunk SET figures = x'0900000000' WHERE key = 205 << 24");
   book = Open();
   const Text words = BookPath() + ": the book is damaged: a chunk has the form 9 (account number 205, from 2003-01-01)";
   EXPECT_THAT([&] { static_cast<void>(book->ReadRecord(kCafe, Day(2003, 5, 5))); },
@@ -419,7 +410,7 @@ TEST_F(BookTest, NamesTheChunkThatIsDamaged) {
 
 TEST_F(BookTest, FailsOnABookThatDoesNotTellWhatItIs) {
   Create(ShopDescription());
-  Meddle(BookPath(), "DELETE FROM property WHERE name = 'first_year'");
+  Meddle("DELETE FROM property WHERE name = 'first_year'");
   EXPECT_THAT([&] { Open(); }, FailsWith(FailureNumber::kDeviceError, "does not tell its first_year"));
 }
 

@@ -209,6 +209,31 @@ TEST_F(JournalTest, BringsFiguresBackIntoABookThatHasNone) {
   EXPECT_EQ(Get(*book, kShop, Day(2004, 5, 5), kSales), 2);
 }
 
+TEST_F(JournalTest, AnUndoThatMeetsDamageChangesNothingAndTheBookGoesOn) {
+  book->BeginRollback(Day(2003, 5, 5), Day(2003, 5, 5));
+  Put(*book, kShop, Day(2003, 5, 5), kSales, 10);
+  Put(*book, kCafe, Day(2003, 5, 5), kSales, 20);
+  book->EndRollback();
+  book->Close();
+  // The shop's chunks are restored before the café's is read.
+  Meddle("CREATE TABLE sound AS SELECT key, figures FROM chunk");
+  Meddle("UPDATE chunk SET figures = x'0900000000' WHERE key = 205 << 24");
+  Reopen();
+  EXPECT_THAT([&] { Undo(); }, FailsWith(FailureNumber::kDeviceError, "account number 205"));
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 10);
+  EXPECT_EQ(Get(*book, kShop, Day(2004, 5, 5), kSales), 2);
+  EXPECT_EQ(Get(*book, 7, Day(2003, 5, 5), kSales), 0);
+  Put(*book, 7, Day(2003, 5, 5), kSales, 3);
+  book->Close();
+  Meddle("UPDATE chunk SET figures = (SELECT figures FROM sound WHERE sound.key = chunk.key) WHERE key = 205 << 24");
+  Reopen();
+  Undo();
+  const FigureMap figures = FiguresOf(*book);
+  EXPECT_EQ(figures, (FigureMap{{{kShop, Day(2003, 5, 5), kSales}, 1},
+                                {{kShop, Day(2004, 5, 5), kSales}, 2},
+                                {{7, Day(2003, 5, 5), kSales}, 3}}));
+}
+
 TEST_F(JournalTest, LeavesNoRecordCurrent) {
   Change(Day(2003, 5, 5), 10);
   ASSERT_TRUE(book->ReadRecord(kShop, Day(2003, 5, 5)));
