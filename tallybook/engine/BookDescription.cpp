@@ -224,7 +224,16 @@ Long HighestNumber(const std::vector<Row>& rows, Long usual) {
   return usual;
 }
 
-// Checks of a description as a whole. `Indexed("accounts", 3, "code")` is the place in the words of the JSON form.
+// A place in a description in the words of the JSON form: Indexed{"accounts", 3, "code"}. The words are put together
+// only where something is refused: a book checks thousands of places whenever it is opened.
+struct Indexed {
+  const char* list;
+  std::size_t index;
+  const char* key;
+  operator Text() const { return Text(list) + "[" + std::to_string(index) + "]." + key; }
+};
+
+// Checks of a description as a whole.
 class Checker {
  public:
   Checker(const BookDescription& description, const Text& source_name) : book_(description), source_(source_name) {}
@@ -242,11 +251,8 @@ class Checker {
   }
 
  private:
-  static Text Indexed(const char* list, std::size_t index, const char* key) {
-    return Text(list) + "[" + std::to_string(index) + "]." + key;
-  }
-
-  void InRange(const Text& path, long long value, long long lowest, long long highest) const {
+  // The place is a text, or what can become one.
+  void InRange(const auto& path, long long value, long long lowest, long long highest) const {
     if (value < lowest || value > highest) Refuse(source_, path, std::to_string(value), RangeText(lowest, highest));
   }
 
@@ -295,7 +301,7 @@ class Checker {
     }
     constexpr Integer kLongestCustomPeriod = 3660;
     for (std::size_t index = 0; index < calendar.periods.size(); ++index) {
-      InRange("calendar." + Indexed("periods", index, "length"), calendar.periods[index].length, custom ? 1 : 0,
+      InRange(Indexed{"calendar.periods", index, "length"}, calendar.periods[index].length, custom ? 1 : 0,
               custom ? kLongestCustomPeriod : std::numeric_limits<Integer>::max());
     }
   }
@@ -305,12 +311,12 @@ class Checker {
     std::unordered_set<Text> codes;
     for (std::size_t index = 0; index < book_.accounts.size(); ++index) {
       const AccountDescription& account = book_.accounts[index];
-      InRange(Indexed("accounts", index, "number"), account.number, 1, book_.max_accounts);
+      InRange(Indexed{"accounts", index, "number"}, account.number, 1, book_.max_accounts);
       if (!accounts_.insert(account.number).second) {
-        Refuse(source_, Indexed("accounts", index, "number"), std::to_string(account.number),
+        Refuse(source_, Indexed{"accounts", index, "number"}, std::to_string(account.number),
                "an account above has this number");
       }
-      const Text path = Indexed("accounts", index, "code");
+      const Indexed path{"accounts", index, "code"};
       if (account.code.empty() || account.code.back() == ' ' || CharacterCount(account.code) > kCodeWidth) {
         Refuse(source_, path, Quoted(account.code),
                "a code has 1 to " + std::to_string(kCodeWidth) + " characters and does not end in a blank");
@@ -324,9 +330,9 @@ class Checker {
     InLength("fields", book_.fields.size());
     for (std::size_t index = 0; index < book_.fields.size(); ++index) {
       const Integer number = book_.fields[index].number;
-      InRange(Indexed("fields", index, "number"), number, 1, book_.max_fields);
+      InRange(Indexed{"fields", index, "number"}, number, 1, book_.max_fields);
       if (!fields_.insert(number).second) {
-        Refuse(source_, Indexed("fields", index, "number"), std::to_string(number), "a field above has this number");
+        Refuse(source_, Indexed{"fields", index, "number"}, std::to_string(number), "a field above has this number");
       }
     }
   }
@@ -338,17 +344,17 @@ class Checker {
     for (std::size_t index = 0; index < book_.values.size(); ++index) {
       const ValueDescription& value = book_.values[index];
       if (accounts_.count(value.account) == 0) {
-        Refuse(source_, Indexed("values", index, "account"), std::to_string(value.account),
+        Refuse(source_, Indexed{"values", index, "account"}, std::to_string(value.account),
                "no account has this number");
       }
       if (fields_.count(value.field) == 0) {
-        Refuse(source_, Indexed("values", index, "field"), std::to_string(value.field), "no field has this number");
+        Refuse(source_, Indexed{"values", index, "field"}, std::to_string(value.field), "no field has this number");
       }
       if (!std::isfinite(value.value)) {
-        Refuse(source_, Indexed("values", index, "value"), std::to_string(value.value), "it must be a finite number");
+        Refuse(source_, Indexed{"values", index, "value"}, std::to_string(value.value), "it must be a finite number");
       }
       if (!(value.date >= calendar.FirstDate() && value.date < calendar.LastDate() + 1)) {
-        Refuse(source_, Indexed("values", index, "date"), DateText(value.date),
+        Refuse(source_, Indexed{"values", index, "date"}, DateText(value.date),
                "the book holds " + DateText(calendar.FirstDate()) + " to " + DateText(calendar.LastDate()));
       }
       const Date record = calendar.UnitOf(value.date, kOwnLevel).last;
