@@ -234,11 +234,11 @@ Book::Book(const Text& path, HostApp& app, const BookOptions& options, std::uniq
       app_(app),
       options_(options),
       store_(std::move(store)),
-      description_(store_->File().Description()),
+      description_(store_->File().SharedDescription()),
       cursor_(store_->Rules()),
-      position_of_account_(PositionsByNumber(description_.accounts)),
-      position_of_field_(PositionsByNumber(description_.fields)),
-      changed_row_(std::max<std::size_t>(description_.fields.size(), 1)) {}
+      position_of_account_(PositionsByNumber(description_->accounts)),
+      position_of_field_(PositionsByNumber(description_->fields)),
+      changed_row_(std::max<std::size_t>(description_->fields.size(), 1)) {}
 
 Book::~Book() {
   try {
@@ -287,7 +287,7 @@ void Book::VisitFigures(const FigureQuery& query, const FigureVisitor& visit) {
       figure.value = figures[static_cast<std::size_t>(position - 1)];
       if (figure.value == 0) continue;
       figure.field_position = position;
-      figure.field_number = description_.fields[static_cast<std::size_t>(position - 1)].number;
+      figure.field_number = description_->fields[static_cast<std::size_t>(position - 1)].number;
       if (!visit(figure)) return false;
     }
     return true;
@@ -295,7 +295,7 @@ void Book::VisitFigures(const FigureQuery& query, const FigureVisitor& visit) {
   for (const Integer position : accounts) {
     const auto index = static_cast<std::size_t>(position - 1);
     figure.account_position = position;
-    figure.account_number = description_.accounts[index].number;
+    figure.account_number = description_->accounts[index].number;
     if (!store.VisitRows(index, store.RecordOf(first), store.RecordOf(last), visit_row)) return;
   }
 }
@@ -310,7 +310,7 @@ ValueGiver Book::Values() {
 }
 
 Integer Book::AccountPositionOfCode(const Text& code) const {
-  const auto& accounts = description_.accounts;
+  const auto& accounts = description_->accounts;
   const auto found = std::ranges::find(accounts, code, &AccountDescription::code);
   return found == accounts.end() ? Integer{0} : static_cast<Integer>(found - accounts.begin() + 1);
 }
@@ -340,19 +340,19 @@ SequenceList& Book::PrintSequences() {
 }
 
 Text Book::MasterFileTypeName(Integer type) const {
-  return type == 0 ? description_.type_name : Text();
+  return type == 0 ? description_->type_name : Text();
 }
 
 Long Book::AccountNumber(Integer position) const {
-  return RowAt(description_.accounts, position).number;
+  return RowAt(description_->accounts, position).number;
 }
 
 Integer Book::FieldNumber(Integer position) const {
-  return RowAt(description_.fields, position).number;
+  return RowAt(description_->fields, position).number;
 }
 
 Text Book::FieldName(Integer position) const {
-  return RowAt(description_.fields, position).description;
+  return RowAt(description_->fields, position).description;
 }
 
 void Book::DropCurrentRecord() {

@@ -88,7 +88,7 @@ class Book final : public Masterfile, public CalendarSource {
   [[nodiscard]] bool ReadOnly() const { return options_.read_only; }
 
   // What the book was made from, without its values.
-  [[nodiscard]] const BookDescription& Description() const { return description_; }
+  [[nodiscard]] const BookDescription& Description() const { return *description_; }
 
   // Gives every non-zero figure of the query, ordered by account position, date and field position. What was written
   // so far is committed first. The visitor must not change the book. False from the visitor ends the walk.
@@ -117,26 +117,26 @@ class Book final : public Masterfile, public CalendarSource {
   std::unique_ptr<FieldRecord> NewFieldRecord() override;
   SequenceList& PrintSequences() override;
 
-  [[nodiscard]] Text SystemName() const override { return description_.system_name; }
+  [[nodiscard]] Text SystemName() const override { return description_->system_name; }
   [[nodiscard]] Text DataPath() const override { return folder_; }
   [[nodiscard]] Text FileExtension() const override { return name_; }
   [[nodiscard]] Text SettingsFileName() const override { return folder_ + name_ + ".ini"; }
   [[nodiscard]] Text MasterFileTypeName(Integer type) const override;
   const TitleLookup& TitleSource() const override { return title_lookup_; }
-  [[nodiscard]] Text TitleContext() const override { return description_.system_name; }
+  [[nodiscard]] Text TitleContext() const override { return description_->system_name; }
 
   [[nodiscard]] Long FileVersion() const override { return kBookVersion; }
-  [[nodiscard]] Integer DataLevel() const override { return description_.data_level; }
-  [[nodiscard]] Integer CalendarType() const override { return static_cast<Integer>(description_.calendar.kind); }
+  [[nodiscard]] Integer DataLevel() const override { return description_->data_level; }
+  [[nodiscard]] Integer CalendarType() const override { return static_cast<Integer>(description_->calendar.kind); }
   [[nodiscard]] Integer YearField() const override { return 0; }
   [[nodiscard]] Long FieldSlots() const override { return NumFields(); }
   [[nodiscard]] Long AccountSlots() const override { return NumAccounts(); }
 
-  [[nodiscard]] Long MaxAccounts() const override { return description_.max_accounts; }
-  [[nodiscard]] Long NumAccounts() const override { return static_cast<Long>(description_.accounts.size()); }
+  [[nodiscard]] Long MaxAccounts() const override { return description_->max_accounts; }
+  [[nodiscard]] Long NumAccounts() const override { return static_cast<Long>(description_->accounts.size()); }
   [[nodiscard]] Long AccountNumber(Integer position) const override;
-  [[nodiscard]] Long MaxFields() const override { return description_.max_fields; }
-  [[nodiscard]] Long NumFields() const override { return static_cast<Long>(description_.fields.size()); }
+  [[nodiscard]] Long MaxFields() const override { return description_->max_fields; }
+  [[nodiscard]] Long NumFields() const override { return static_cast<Long>(description_->fields.size()); }
   [[nodiscard]] Integer FieldNumber(Integer position) const override;
   [[nodiscard]] Text FieldName(Integer position) const override;
 
@@ -154,9 +154,9 @@ class Book final : public Masterfile, public CalendarSource {
   [[nodiscard]] Date FirstDate() const override { return CalendarRules().FirstDate(); }
   [[nodiscard]] Date LastDate() const override { return CalendarRules().LastDate(); }
   [[nodiscard]] Date FirstSystemDate() const override { return CalendarRules().FirstDate(); }
-  [[nodiscard]] Integer FirstYear() const override { return description_.calendar.first_year; }
-  [[nodiscard]] Long NumYears() const override { return description_.calendar.years; }
-  [[nodiscard]] Long YearsInUse() const override { return description_.calendar.years_in_use; }
+  [[nodiscard]] Integer FirstYear() const override { return description_->calendar.first_year; }
+  [[nodiscard]] Long NumYears() const override { return description_->calendar.years; }
+  [[nodiscard]] Long YearsInUse() const override { return description_->calendar.years_in_use; }
   [[nodiscard]] Integer YearCode(Integer position) const override;  // the year's name
   [[nodiscard]] Date YearStart(Integer year) const override { return CalendarRules().YearStart(year); }
   [[nodiscard]] Integer NumPeriods() const override { return CalendarRules().NumPeriods(); }
@@ -205,7 +205,7 @@ class Book final : public Masterfile, public CalendarSource {
   HostApp& app_;
   BookOptions options_;
   std::unique_ptr<FigureStore> store_;
-  BookDescription description_;  // without values
+  std::shared_ptr<const BookDescription> description_;  // without values; known when the book is closed, too
   BookCalendar cursor_;
   SystemTitle title_lookup_;
   NoSequences no_sequences_;

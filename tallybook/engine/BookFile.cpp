@@ -105,8 +105,8 @@ BookFile BookFile::Create(const Text& path, const BookDescription& description) 
 BookFile::BookFile(const Text& path, const BookDescription& description) : path_(path), read_only_(false) {
   database_ = std::make_unique<Database>(path, Database::Mode::kCreate);
   TakeRightToWrite();
-  description_ = description;
-  description_.values.clear();
+  *description_ = description;
+  description_->values.clear();
   rows_of_chunk_ = ChooseRowsOfChunk(description);
   Database& database = *database_;
   database.Execute(("PRAGMA page_size = " + std::to_string(kPageSize)).c_str());
@@ -165,18 +165,18 @@ void BookFile::CheckIsBook() {
 
 void BookFile::SaveDescription() {
   Properties properties(*database_);
-  const CalendarDescription& calendar = description_.calendar;
-  properties.Put(kSystemName, description_.system_name);
-  properties.Put(kTypeName, description_.type_name);
-  properties.Put(kDataLevel, description_.data_level);
+  const CalendarDescription& calendar = description_->calendar;
+  properties.Put(kSystemName, description_->system_name);
+  properties.Put(kTypeName, description_->type_name);
+  properties.Put(kDataLevel, description_->data_level);
   properties.Put(kCalendarKind, static_cast<std::int64_t>(calendar.kind));
   properties.Put(kFirstDate, static_cast<std::int64_t>(calendar.first_date));
   properties.Put(kFirstYear, calendar.first_year);
   properties.Put(kYears, calendar.years);
   properties.Put(kYearsInUse, calendar.years_in_use);
   properties.Put(kWeekEndsOn, calendar.week_ends_on);
-  properties.Put(kMaxAccounts, description_.max_accounts);
-  properties.Put(kMaxFields, description_.max_fields);
+  properties.Put(kMaxAccounts, description_->max_accounts);
+  properties.Put(kMaxFields, description_->max_fields);
   properties.Put(kRowsOfChunk, static_cast<std::int64_t>(rows_of_chunk_));
 
   DbStatement period(*database_, "INSERT INTO period (name, length) VALUES (?1, ?2)");
@@ -184,43 +184,43 @@ void BookFile::SaveDescription() {
     period.Bind(1, row.name).Bind(2, std::int64_t{row.length}).Run();
   }
   DbStatement account(*database_, "INSERT INTO account (number, code, description) VALUES (?1, ?2, ?3)");
-  for (const AccountDescription& row : description_.accounts) {
+  for (const AccountDescription& row : description_->accounts) {
     account.Bind(1, std::int64_t{row.number}).Bind(2, row.code).Bind(3, row.description).Run();
   }
   DbStatement field(*database_, "INSERT INTO field (number, description, system) VALUES (?1, ?2, ?3)");
-  for (const FieldDescription& row : description_.fields) {
+  for (const FieldDescription& row : description_->fields) {
     field.Bind(1, std::int64_t{row.number}).Bind(2, row.description).Bind(3, std::int64_t{row.system}).Run();
   }
 }
 
 void BookFile::LoadDescription() {
   Properties properties(*database_);
-  CalendarDescription& calendar = description_.calendar;
-  description_.system_name = properties.String(kSystemName);
-  description_.type_name = properties.String(kTypeName);
-  description_.data_level = ToInteger(properties.Number(kDataLevel));
+  CalendarDescription& calendar = description_->calendar;
+  description_->system_name = properties.String(kSystemName);
+  description_->type_name = properties.String(kTypeName);
+  description_->data_level = ToInteger(properties.Number(kDataLevel));
   calendar.kind = static_cast<CalendarKind>(ToInteger(properties.Number(kCalendarKind)));
   calendar.first_date = static_cast<Date>(properties.Number(kFirstDate));
   calendar.first_year = ToInteger(properties.Number(kFirstYear));
   calendar.years = ToInteger(properties.Number(kYears));
   calendar.years_in_use = ToInteger(properties.Number(kYearsInUse));
   calendar.week_ends_on = ToInteger(properties.Number(kWeekEndsOn));
-  description_.max_accounts = ToLong(properties.Number(kMaxAccounts));
-  description_.max_fields = ToLong(properties.Number(kMaxFields));
+  description_->max_accounts = ToLong(properties.Number(kMaxAccounts));
+  description_->max_fields = ToLong(properties.Number(kMaxFields));
   rows_of_chunk_ = static_cast<std::size_t>(properties.Number(kRowsOfChunk));
 
   DbStatement period(*database_, "SELECT name, length FROM period ORDER BY position");
   while (period.Step()) calendar.periods.push_back({period.String(0), ToInteger(period.Int(1))});
   DbStatement account(*database_, "SELECT number, code, description FROM account ORDER BY position");
   while (account.Step()) {
-    description_.accounts.push_back({ToLong(account.Int(0)), account.String(1), account.String(2)});
+    description_->accounts.push_back({ToLong(account.Int(0)), account.String(1), account.String(2)});
   }
   DbStatement field(*database_, "SELECT number, description, system FROM field ORDER BY position");
   while (field.Step()) {
-    description_.fields.push_back({ToInteger(field.Int(0)), field.String(1), field.Int(2) != 0});
+    description_->fields.push_back({ToInteger(field.Int(0)), field.String(1), field.Int(2) != 0});
   }
   // A file that was changed by something else must not lead to positions and dates that no table has.
-  CheckBookDescription(description_, path_);
+  CheckBookDescription(*description_, path_);
   constexpr std::size_t kMostRows = 65'535;
   if (rows_of_chunk_ < 1 || rows_of_chunk_ > kMostRows) {
     throw Failure(FailureNumber::kDeviceError,

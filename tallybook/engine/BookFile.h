@@ -28,8 +28,9 @@ class BookFile {
   [[nodiscard]] Database& Db() { return *database_; }
   [[nodiscard]] bool ReadOnly() const { return read_only_; }
 
-  // The description without its values.
-  [[nodiscard]] const BookDescription& Description() const { return description_; }
+  // The description without its values; who keeps the shared one has it when the file is gone.
+  [[nodiscard]] const BookDescription& Description() const { return *description_; }
+  [[nodiscard]] std::shared_ptr<const BookDescription> SharedDescription() const { return description_; }
   // How many records a chunk has; fixed when the book was made.
   [[nodiscard]] std::size_t RowsOfChunk() const { return rows_of_chunk_; }
 
@@ -47,7 +48,7 @@ class BookFile {
   // because a file that is gone cannot keep a second writer from making a new one. Declared first, so given up last.
   std::unique_ptr<OpenFile> right_to_write_;
   std::unique_ptr<Database> database_;
-  BookDescription description_;
+  std::shared_ptr<BookDescription> description_ = std::make_shared<BookDescription>();
   std::size_t rows_of_chunk_ = 1;
 };
 
