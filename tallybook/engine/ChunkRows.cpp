@@ -19,11 +19,19 @@ RowRange Grown(RowRange range, std::size_t row, const ChunkShape& shape) {
   return {std::min(row, range.end - std::min(wanted, range.end)), range.end};
 }
 
+// Only what is likely of the rows taken on. On a side where an unlikely row is in use already there may be more of them.
+RowRange WithinLikely(RowRange grown, RowRange used, RowRange likely) {
+  return {used.first >= likely.first ? std::max(grown.first, likely.first) : grown.first,
+          used.end <= likely.end ? std::min(grown.end, likely.end) : grown.end};
+}
+
 }  // namespace
 
-Double* ChunkRows::Hold(std::size_t row, const ChunkShape& shape) {
+Double* ChunkRows::Hold(std::size_t row, const ChunkShape& shape, RowRange likely) {
   if (!Holds(row)) {
-    const RowRange grown = Grown(range_, row, shape);
+    const bool first_row = range_.Count() == 0;
+    const RowRange used = {first_row ? row : std::min(range_.first, row), std::max(range_.end, row + 1)};
+    const RowRange grown = WithinLikely(Grown(range_, row, shape), used, likely);
     std::vector<Double> figures(grown.Count() * shape.fields);
     if (range_.Count() != 0) {
       const auto place = static_cast<std::ptrdiff_t>((range_.first - grown.first) * shape.fields);

@@ -39,8 +39,10 @@ class ChunkRows {
   }
 
   // The figures of a row for writing. A row that was not held comes with zeros, and with some neighbours, so that a walk
-  // from row to row finds most of them held; the figures of all rows may move then.
-  [[nodiscard]] Double* Hold(std::size_t row, const ChunkShape& shape);
+  // from row to row finds most of them held; the figures of all rows may move then. Of the neighbours only those are
+  // taken that lie in `likely`, the rows that are likely to be written.
+  [[nodiscard]] Double* Hold(std::size_t row, const ChunkShape& shape, RowRange likely);
+  [[nodiscard]] Double* Hold(std::size_t row, const ChunkShape& shape) { return Hold(row, shape, {0, shape.rows}); }
 
   // Holds just these rows, with zeros; for whoever fills them in.
   [[nodiscard]] std::span<Double> Renew(RowRange range, std::size_t fields);

@@ -208,9 +208,17 @@ bool FigureStore::WriteRow(const Double* figures) {
 Double* FigureStore::HoldRow(Chunk& chunk) {
   MakeRoom();
   held_bytes_ -= chunk.rows.Bytes();
-  Double* row = chunk.rows.Hold(current_row_, shape_);
+  Double* row = chunk.rows.Hold(current_row_, shape_, LikelyRows(chunk));
   held_bytes_ += chunk.rows.Bytes();
   return row;
+}
+
+// An operation under the journal tells its dates beforehand.
+RowRange FigureStore::LikelyRows(const Chunk& chunk) const {
+  if (entry_ == 0) return {0, shape_.rows};
+  const auto first = static_cast<std::size_t>(chunk.key & kChunkNumberMask) * shape_.rows;
+  const auto row_of = [&](std::size_t record) { return std::clamp(record, first, first + shape_.rows) - first; };
+  return {row_of(entry_records_.first), row_of(entry_records_.end)};
 }
 
 void FigureStore::Touch(Chunk& chunk) {
@@ -296,7 +304,16 @@ void FigureStore::BeginEntry(Date time, Date first, Date last, const Text& what_
   const Long entry = ToLong(file_.Db().LastRow());
   transaction.Commit();
   entry_ = entry;
+  entry_records_ = RecordsBetween(first, last);
   images_given_up_ = false;
+}
+
+// All of them where the dates are not the book's.
+RowRange FigureStore::RecordsBetween(Date first, Date last) const {
+  const std::int32_t first_record = RecordOf(first);
+  const std::int32_t last_record = RecordOf(last);
+  return {first_record < 0 ? 0 : static_cast<std::size_t>(first_record),
+          last_record < 0 ? date_of_record_.size() : static_cast<std::size_t>(last_record) + 1};
 }
 
 void FigureStore::EndEntry() {

@@ -111,6 +111,8 @@ class FigureStore {
   void ForgetAll();
   // The current row for writing, where the chunk does not hold it yet.
   Double* HoldRow(Chunk& chunk);
+  [[nodiscard]] RowRange LikelyRows(const Chunk& chunk) const;
+  [[nodiscard]] RowRange RecordsBetween(Date first, Date last) const;
   void Touch(Chunk& chunk);
   void WriteImage(Chunk& chunk);
   // Writes a chunk's figures into its row of the file, 0 for a new one, or takes the row away where they are all zero.
@@ -150,6 +152,7 @@ class FigureStore {
   std::chrono::steady_clock::time_point last_commit_ = std::chrono::steady_clock::now();
 
   Long entry_ = 0;                // the open entry; 0: none
+  RowRange entry_records_;        // those of the entry's dates
   bool images_given_up_ = false;  // a chunk that had an image under the entry has left the cache
 
   std::vector<std::byte> bytes_;

@@ -50,6 +50,39 @@ TEST(ChunkRows, StaysWithinTheChunkWhenRowsAreHeldFromEitherEnd) {
   EXPECT_EQ(down.Range().end, kShape.rows);
 }
 
+TEST(ChunkRows, TakesNeighboursFromTheLikelyRowsOnly) {
+  ChunkRows up;
+  for (std::size_t row = 10; row < 30; ++row) up.Hold(row, kShape, {10, 30})[0] = 1;
+  EXPECT_EQ(up.Range().first, 10U);
+  EXPECT_EQ(up.Range().end, 30U);
+  ChunkRows down;
+  for (std::size_t row = 30; row > 10; --row) down.Hold(row - 1, kShape, {10, 30})[0] = 1;
+  EXPECT_EQ(down.Range().first, 10U);
+  EXPECT_LE(down.Range().end, 30U);
+}
+
+TEST(ChunkRows, HoldsARowThatIsNotLikely) {
+  ChunkRows rows;
+  rows.Hold(20, kShape, {10, 30})[0] = 1;
+  rows.Hold(5, kShape, {10, 30})[0] = 2;
+  rows.Hold(900, kShape, {10, 30})[0] = 3;
+  rows.Hold(950, kShape, {0, 0})[0] = 4;
+  EXPECT_EQ(FiguresOf(rows, 20)[0], 1);
+  EXPECT_EQ(FiguresOf(rows, 5)[0], 2);
+  EXPECT_EQ(FiguresOf(rows, 900)[0], 3);
+  EXPECT_EQ(FiguresOf(rows, 950)[0], 4);
+}
+
+TEST(ChunkRows, GrowsAsEverWhereUnlikelyRowsAreUsed) {
+  ChunkRows rows;
+  std::size_t moves = 0;
+  for (std::size_t row = 0; row < kShape.rows; ++row) {
+    if (!rows.Holds(row)) ++moves;
+    rows.Hold(row, kShape, {0, 10})[0] = 1;
+  }
+  EXPECT_LE(moves, 6U);
+}
+
 TEST(ChunkRows, HoldsJustTheRowsItIsRenewedWith) {
   ChunkRows rows;
   rows.Hold(0, kShape)[0] = 7;
@@ -63,14 +96,15 @@ TEST(ChunkRows, HoldsJustTheRowsItIsRenewedWith) {
 }
 
 TEST(ChunkRows, IsAMapOfRowsWhateverTheOrderTheyAreWrittenIn) {
-  EXPECT_TRUE(rc::check([](const std::vector<unsigned>& picks) {
+  EXPECT_TRUE(rc::check([](const std::vector<unsigned>& picks, unsigned one, unsigned other) {
+    const RowRange likely = {std::min(one, other) % kShape.rows, std::max(one, other) % kShape.rows};
     ChunkRows rows;
     std::map<std::size_t, Double> model;
     Double figure = 0;
     for (const unsigned pick : picks) {
       const std::size_t row = pick % kShape.rows;
       figure += 1;
-      rows.Hold(row, kShape)[kShape.fields - 1] = figure;
+      rows.Hold(row, kShape, likely)[kShape.fields - 1] = figure;
       model[row] = figure;
     }
     for (std::size_t row = 0; row < kShape.rows; ++row) {
