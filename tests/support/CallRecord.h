@@ -37,6 +37,7 @@ struct AsDate {
 [[nodiscard]] Text ArgumentText(Single value);  // the shortest text that reads back to the same number
 [[nodiscard]] Text ArgumentText(Double value);
 [[nodiscard]] Text ArgumentText(AsDate value);  // 2004-02-03
+// Any of these before it is written; a text must outlive the call.
 using Argument = std::variant<std::string_view, bool, Integer, Long, Single, Double, AsDate>;
 
 class CallRecord {

@@ -74,7 +74,7 @@ class ConversationsTest : public ::testing::Test {
     Open();
     return FiguresOf(*book_);
   }
-  // What a book of those days would hold, for expectations that add a figure or two.
+  // One of them; 0 where there is none.
   [[nodiscard]] Double StoredFigure(Long account, Date date, Integer field) {
     const FigureMap figures = Stored();
     const auto found = figures.find({account, date, field});

@@ -20,9 +20,9 @@ using engine::Transaction;
 // The table of chunks alone. A chunk's figures are one byte here, its row in the table.
 class ChunkTable {
  public:
-  ChunkTable() : database_(folder_.Path("chunks.tbk"), Database::Mode::kCreate), chunks_(database_) {}
+  ChunkTable() : database_(folder_.Path("chunks.tbk")), chunks_(database_) {}
 
-  std::int64_t Put(std::int64_t key) {
+  void Put(std::int64_t key) {
     const auto row = static_cast<std::int64_t>(rows_.size()) + 1;
     const std::byte figures{static_cast<unsigned char>(row)};
     DbStatement(database_, "INSERT INTO chunk (key, figures) VALUES (?1, ?2)")
@@ -30,7 +30,6 @@ class ChunkTable {
         .Bind(2, std::span(&figures, 1))
         .Run();
     rows_[key] = row;
-    return row;
   }
   // Whether the reader finds just what was put under a key.
   [[nodiscard]] bool Agrees(std::int64_t key) {
@@ -47,7 +46,7 @@ class ChunkTable {
   // The reader's statement needs its table.
   class WithTable : public Database {
    public:
-    WithTable(const Text& path, Mode mode) : Database(path, mode) {
+    explicit WithTable(const Text& path) : Database(path, Mode::kCreate) {
       Execute("CREATE TABLE chunk (id INTEGER PRIMARY KEY, key INTEGER NOT NULL UNIQUE, figures BLOB NOT NULL)");
     }
   };
