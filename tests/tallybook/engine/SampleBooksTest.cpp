@@ -1,0 +1,67 @@
+// The books in samples/ are read as the programs wrote them that made them.
+
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+
+#include "tallybook/engine/Journal.h"
+#include "tests/tallybook/engine/BookFixture.h"
+
+namespace tallybook::testing {
+namespace {
+
+using engine::Journal;
+using engine::JournalEntry;
+using engine::JournalState;
+
+std::filesystem::path Sample(const char* name) {
+  return std::filesystem::path(SAMPLES) / name;
+}
+
+// A listed figure: account number, date, field number, value.
+FigureMap ListedFigures() {
+  std::ifstream list(Sample("figures.txt"));
+  FigureMap figures;
+  Long account = 0;
+  Text date;
+  Integer field = 0;
+  Text value;
+  while (list >> account >> date >> field >> value) {
+    const Date day = Day(std::stoi(date.substr(0, 4)), std::stoi(date.substr(5, 2)), std::stoi(date.substr(8, 2)));
+    figures[{account, day, field}] = std::stod(value);
+  }
+  return figures;
+}
+
+class SampleBooksTest : public BookFixture, public ::testing::WithParamInterface<const char*> {
+ protected:
+  void SetUp() override { std::filesystem::copy_file(Sample(GetParam()), BookPath()); }
+};
+
+TEST_P(SampleBooksTest, HoldTheFiguresThatAreListed) {
+  const FigureMap listed = ListedFigures();
+  ASSERT_EQ(listed.size(), 8474U);
+  EXPECT_EQ(FiguresOf(*OpenToRead()), listed);
+  EXPECT_EQ(FiguresOf(*Open()), listed);
+}
+
+TEST_P(SampleBooksTest, TellTheirJournal) {
+  const auto entries = Journal(*OpenToRead()).Entries();
+  ASSERT_EQ(entries.size(), 4U);
+  EXPECT_EQ(entries[0].what_ran, "import qdx #1");
+  EXPECT_EQ(entries[0].state, JournalState::kClosed);
+  EXPECT_EQ(entries[0].chunks, 2);
+  EXPECT_EQ(entries[1].what_ran, "import csv");
+  EXPECT_EQ(entries[1].state, JournalState::kUndone);
+  EXPECT_EQ(entries[3].state, JournalState::kOpen);
+  EXPECT_EQ(entries[3].first, Day(2003, 1, 1) + 110);
+  EXPECT_EQ(entries[3].time, Day(2004, 2, 3) + 0.5);
+  EXPECT_EQ(entries[3].chunks, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEachVersion, SampleBooksTest, ::testing::Values("book-v1.tbk"));
+
+}  // namespace
+}  // namespace tallybook::testing
