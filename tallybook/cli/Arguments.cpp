@@ -1,79 +1,201 @@
 #include "tallybook/cli/Arguments.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <fmt/format.h>
-#include <limits>
+#include <string_view>
 
 #include "support/Dates.h"
-#include "support/Failure.h"
+#include "support/Utility.h"
+#include "tallybook/cli/ConsoleMessageBoxes.h"
 
 namespace tallybook::cli {
 
-void AddBook(CLI::App& command, Text& path) {
-  command.add_option("BOOK", path, "The book's file; .tbk may be left out")->required()->type_name("");
+namespace {
+
+Argument& Add(CommandTable& command, const Text& name, ArgumentKind kind, const Text& value, const Text& what,
+              std::function<void(const Text&)> take) {
+  Argument argument;
+  argument.name = name;
+  argument.kind = kind;
+  argument.value = argument.IsOption() ? value : "";
+  argument.what = what;
+  argument.take = std::move(take);
+  return command.arguments.emplace_back(std::move(argument));
 }
 
-CLI::Option& AddDate(CLI::App& command, const Text& name, Date& date, const Text& what) {
-  const auto read = [name, &date](const std::string& text) {
-    if (!ReadDateText(text, date)) {
-      throw CLI::ValidationError(name, fmt::format("'{}' is no date; wanted is one like 2004-02-03", text));
-    }
-  };
-  return *command.add_option_function<std::string>(name, read, what)->type_name("DATE");
+Argument& AddRepeatable(CommandTable& command, const Text& name, ArgumentKind kind, const Text& value, const Text& what,
+                        std::function<void(const Text&)> take) {
+  Argument& argument = Add(command, name, kind, value, what, std::move(take));
+  argument.repeatable = true;
+  return argument;
 }
 
-CLI::Option& AddAmount(CLI::App& command, const Text& name, Double& amount, const Text& what) {
-  const auto read = [name, &amount](const std::string& text) {
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, amount);
-    if (error != std::errc() || stop != end || !std::isfinite(amount)) {
-      throw CLI::ValidationError(name, fmt::format("'{}' is no amount; wanted is a number like 12.5", text));
-    }
-  };
-  return *command.add_option_function<std::string>(name, read, what)->type_name("AMOUNT");
+template <typename Number>
+Number NumberOf(const Text& text) {
+  Number number = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error == std::errc() && stop == end) return number;
+  if (error == std::errc::result_out_of_range) throw WrongUse(fmt::format("{} is too large a number", text));
+  throw WrongUse(fmt::format("'{}' is no whole number", text));
 }
 
-void AddAsking(CLI::App& command, AskOptions& options) {
-  command.add_flag("--yes,-y", options.yes, "Answer OK and Yes to every question; never Retry")->group("Questions");
-  command
-      .add_option("--answer", options.answers,
-                  "Answers in turn, joined by commas: ok, cancel, yes, no, retry; then as without it")
-      ->delimiter(',')
-      ->allow_extra_args(false)
-      ->transform(CLI::IsMember(AnswerWords(), CLI::ignore_case).description(""))
-      ->type_name("LIST")
-      ->group("Questions");
-  command.add_option("--messages", options.messages_file, "Write each message to FILE, one JSON object a line")
-      ->type_name("FILE")
-      ->group("Questions");
+Date DateOf(const Text& text) {
+  Date date = kNoDate;
+  if (ReadDateText(text, date)) return date;
+  throw WrongUse(fmt::format("'{}' is no date; wanted is one like 2004-02-03", text));
 }
 
-CLI::App& AddGroup(CLI::App& parent, const Text& name, const Text& what) {
-  CLI::App& group = *parent.add_subcommand(name, what);
-  group.require_subcommand(1);
+Double AmountOf(const Text& text) {
+  Double amount = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, amount);
+  if (error == std::errc() && stop == end && std::isfinite(amount)) return amount;
+  throw WrongUse(fmt::format("'{}' is no amount; wanted is a number like 12.5", text));
+}
+
+Text Joined(const std::vector<Text>& words) {
+  Text joined;
+  for (const Text& word : words) joined += (joined.empty() ? "" : ", ") + word;
+  return joined;
+}
+
+std::size_t IndexOf(const Text& text, const std::vector<Text>& words) {
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (LowerCase(text) == words[i]) return i;
+  }
+  throw WrongUse(fmt::format("'{}' is none of {}", text, Joined(words)));
+}
+
+template <typename Number>
+Argument& AddOneNumber(CommandTable& command, const Text& name, Number& target, const Text& value, const Text& what) {
+  return Add(command, name, ArgumentKind::kNumber, value, what,
+             [&target](const Text& text) { target = NumberOf<Number>(text); });
+}
+
+template <typename Number>
+Argument& AddNumbers(CommandTable& command, const Text& name, std::vector<Number>& target, const Text& value,
+                     const Text& what) {
+  return AddRepeatable(command, name, ArgumentKind::kNumber, value, what,
+                       [&target](const Text& text) { target.push_back(NumberOf<Number>(text)); });
+}
+
+}  // namespace
+
+Argument& Argument::Required() {
+  required = true;
+  return *this;
+}
+
+Argument& Argument::Short(const Text& letter) {
+  short_name = letter;
+  return *this;
+}
+
+Argument& Argument::Heading(const Text& text) {
+  heading = text;
+  return *this;
+}
+
+Argument& Argument::As(ArgumentKind what_it_is) {
+  kind = what_it_is;
+  return *this;
+}
+
+CommandTable MakeGroup(const Text& name, const Text& what, std::vector<CommandTable> commands) {
+  CommandTable group;
+  group.name = name;
+  group.what = what;
+  group.commands = std::move(commands);
   return group;
 }
 
-Long AccountNumberOf(const engine::Book& book, const Text& code) {
-  const Integer position = book.AccountPositionOfCode(code);
-  if (position > 0) return book.AccountNumber(position);
-  throw Failure(FailureNumber::kInvalidArgument, fmt::format("{}: no account has the code '{}'", book.Path(), code));
+void NeedOneOf(CommandTable& command, std::vector<Text> options) {
+  command.alternatives.push_back(std::move(options));
 }
 
-void NeedField(const engine::Book& book, Long field_number) {
-  const bool fits = field_number > 0 && field_number <= std::numeric_limits<Integer>::max();
-  if (fits && book.FieldPosition(static_cast<Integer>(field_number)) > 0) return;
-  throw Failure(FailureNumber::kInvalidArgument,
-                fmt::format("{}: no field has the number {}", book.Path(), field_number));
+void Exclude(CommandTable& command, const Text& option, const Text& other) {
+  command.exclusions.emplace_back(option, other);
 }
 
-void NeedDate(const engine::Book& book, Date date) {
-  if (book.DateValid(date)) return;
-  throw Failure(FailureNumber::kInvalidArgument,
-                fmt::format("{}: the date {} is outside the book, which holds {} to {}", book.Path(), DateText(date),
-                            DateText(book.FirstDate()), DateText(book.LastDate())));
+Argument& AddFlag(CommandTable& command, const Text& name, bool& target, const Text& what) {
+  return Add(command, name, ArgumentKind::kFlag, "", what, [&target](const Text& /*text*/) { target = true; });
+}
+
+Argument& AddText(CommandTable& command, const Text& name, Text& target, const Text& value, const Text& what) {
+  return Add(command, name, ArgumentKind::kText, value, what, [&target](const Text& text) { target = text; });
+}
+
+Argument& AddText(CommandTable& command, const Text& name, std::optional<Text>& target, const Text& value,
+                  const Text& what) {
+  return Add(command, name, ArgumentKind::kText, value, what, [&target](const Text& text) { target = text; });
+}
+
+Argument& AddText(CommandTable& command, const Text& name, std::vector<Text>& target, const Text& value,
+                  const Text& what) {
+  return AddRepeatable(command, name, ArgumentKind::kText, value, what,
+                       [&target](const Text& text) { target.push_back(text); });
+}
+
+Argument& AddNumber(CommandTable& command, const Text& name, Integer& target, const Text& value, const Text& what) {
+  return AddOneNumber(command, name, target, value, what);
+}
+
+Argument& AddNumber(CommandTable& command, const Text& name, Long& target, const Text& value, const Text& what) {
+  return AddOneNumber(command, name, target, value, what);
+}
+
+Argument& AddNumber(CommandTable& command, const Text& name, std::optional<Long>& target, const Text& value,
+                    const Text& what) {
+  return Add(command, name, ArgumentKind::kNumber, value, what,
+             [&target](const Text& text) { target = NumberOf<Long>(text); });
+}
+
+Argument& AddNumber(CommandTable& command, const Text& name, std::vector<Integer>& target, const Text& value,
+                    const Text& what) {
+  return AddNumbers(command, name, target, value, what);
+}
+
+Argument& AddNumber(CommandTable& command, const Text& name, std::vector<Long>& target, const Text& value,
+                    const Text& what) {
+  return AddNumbers(command, name, target, value, what);
+}
+
+Argument& AddDate(CommandTable& command, const Text& name, Date& target, const Text& what) {
+  return Add(command, name, ArgumentKind::kDate, "DATE", what, [&target](const Text& text) { target = DateOf(text); });
+}
+
+Argument& AddAmount(CommandTable& command, const Text& name, Double& target, const Text& what) {
+  return Add(command, name, ArgumentKind::kAmount, "AMOUNT", what,
+             [&target](const Text& text) { target = AmountOf(text); });
+}
+
+Argument& AddWords(CommandTable& command, const Text& name, std::vector<Text> words,
+                   std::function<void(std::size_t index)> take, const Text& what) {
+  const auto read = [words, take = std::move(take)](const Text& text) { take(IndexOf(text, words)); };
+  Argument& argument = Add(command, name, ArgumentKind::kWord, "WORD", what, read);
+  argument.words = std::move(words);
+  return argument;
+}
+
+void AddBook(CommandTable& command, Text& path) {
+  AddText(command, "BOOK", path, "", "The book's file; .tbk may be left out").Required().As(ArgumentKind::kBook);
+}
+
+void AddAsking(CommandTable& command, AskOptions& options) {
+  AddFlag(command, "--yes", options.yes, "Answer OK and Yes to every question; never Retry")
+      .Short("-y")
+      .Heading(kQuestions);
+  Argument& answers = AddRepeatable(
+      command, "--answer", ArgumentKind::kWordList, "LIST",
+      "Answers in turn, joined by commas: ok, cancel, yes, no, retry; then as without it",
+      [&options](const Text& word) { options.answers.push_back(AnswerWords()[IndexOf(word, AnswerWords())]); });
+  answers.words = AnswerWords();
+  answers.Heading(kQuestions);
+  AddText(command, "--messages", options.messages_file, "FILE", "Write each message to FILE, one JSON object a line")
+      .Heading(kQuestions)
+      .As(ArgumentKind::kFile);
 }
 
 }  // namespace tallybook::cli

@@ -1,8 +1,25 @@
-// The arguments that several commands share, with their checks. A text that is no date, number or known word is told by
-// the command line's own error, which ends in wrong use.
+// The tables of the command line: which commands there are, what arguments each takes, and what each argument is. Parsing
+// and help read these tables, and nothing else knows an argument.
+//
+// A command is a unit that gives its table, and a line in CommandLine.cpp. Each argument is bound to a member of the
+// record of options that the command runs with, and is one line; where several commands have it, a function of its own
+// adds it to them:
+//
+//   CommandTable ValuesCommand() {
+//     const auto options = std::make_shared<ValuesOptions>();
+//     CommandTable command = MakeCommand("values", "Print the figures that are not zero",
+//                                        {"tallybook values north --from 2003-01-01"}, options, RunValues);
+//     AddBook(command, options->book);
+//     AddDate(command, "--from", options->from, "Leave out records before this date");
+//     AddFlag(command, "--totals", options->totals, "Add them up");
+//     return command;
+//   }
+//
+// A name that begins with "-" is an option, any other is a positional argument; these are taken in the order in which
+// they are added. A member that is an std::optional stays empty where the user says nothing, a std::vector takes an
+// argument that may be given again, any other member keeps its value.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -10,65 +27,138 @@
 #include <vector>
 
 #include "support/Types.h"
-#include "tallybook/cli/ConsolePlatform.h"
 #include "tallybook/cli/ExitStatus.h"
-#include "tallybook/engine/Book.h"
 
 namespace tallybook::cli {
 
-// What a command line asks to be done, once it is understood.
-using Command = std::function<ExitStatus()>;
+struct AskOptions;
 
-// Adds the subcommand `name` to `parent`. Its options live as long as the parsed command line does.
-//   examples  lines for the end of its help
-//   run       what it does; called after parsing
+// What an argument is: what its value names, or how it is written.
+enum class ArgumentKind {
+  kFlag,          // has no value
+  kText,          // any text
+  kNumber,        // a whole number
+  kDate,          // 2004-02-03
+  kAmount,        // a finite number with a point
+  kWord,          // one of Argument::words, in any case
+  kWordList,      // some of them, joined by commas
+  kBook,          // a book
+  kFile,          // any file
+  kFolder,        // a folder
+  kExchangeFile,  // an exchange file
+  kAccountCode,   // an account of the book that the line names
+  kFieldNumber,   // a datafield of that book
+  kDefinition,    // an exchange definition of that book
+  kJournalEntry,  // an entry of that book's journal
+};
+
+// One argument of a command.
+struct Argument {
+  Text name;        // "--from" or "BOOK"
+  Text short_name;  // "-y"; empty where it has none
+  ArgumentKind kind = ArgumentKind::kText;
+  Text value;  // the word that stands for the value in help: "DATE"; empty for flags and positional arguments
+  Text what;   // what it is for, on one line
+  std::vector<Text> words;  // of kWord and kWordList
+  Text heading;             // the heading that it stands under in help; empty: that of all options
+  bool required = false;
+  bool repeatable = false;
+
+  // Reads a value into the record of options. WrongUse, without the argument's name, for a text that cannot be right. A
+  // flag is handed an empty text.
+  std::function<void(const Text& text)> take;
+
+  [[nodiscard]] bool IsOption() const { return name.starts_with('-'); }
+
+  // For the line that adds it.
+  Argument& Required();
+  Argument& Short(const Text& letter);
+  Argument& Heading(const Text& text);
+  Argument& As(ArgumentKind what_it_is);
+};
+
+// A command, or a group of commands.
+struct CommandTable {
+  Text name;
+  Text what;                                      // on one line
+  std::vector<Text> examples;                     // whole command lines; empty for a group
+  std::vector<Argument> arguments;                // empty for a group
+  std::vector<std::vector<Text>> alternatives;    // options of which exactly one is wanted
+  std::vector<std::pair<Text, Text>> exclusions;  // options that do not go together
+  std::vector<CommandTable> commands;             // of a group
+  std::function<ExitStatus()> run;                // called after all arguments were taken; empty for a group
+
+  [[nodiscard]] bool IsGroup() const { return !commands.empty(); }
+};
+
+// A command that runs `run` on the options that its arguments are bound to; the table keeps them alive.
 template <typename Options>
-CLI::App& AddCommand(CLI::App& parent, const Text& name, const Text& what, const Text& examples,
-                     std::shared_ptr<Options> options, Command& chosen, ExitStatus (*run)(const Options&)) {
-  CLI::App& command = *parent.add_subcommand(name, what);
-  command.footer("Examples:\n" + examples);
-  command.callback([options, run, &chosen] { chosen = [options, run] { return run(*options); }; });
+[[nodiscard]] CommandTable MakeCommand(const Text& name, const Text& what, std::vector<Text> examples,
+                                       std::shared_ptr<Options> options, ExitStatus (*run)(const Options&)) {
+  CommandTable command;
+  command.name = name;
+  command.what = what;
+  command.examples = std::move(examples);
+  command.run = [options = std::move(options), run] { return run(*options); };
   return command;
 }
 
-// The positional BOOK.
-void AddBook(CLI::App& command, Text& path);
+[[nodiscard]] CommandTable MakeGroup(const Text& name, const Text& what, std::vector<CommandTable> commands);
+
+// Exactly one of these options is wanted.
+void NeedOneOf(CommandTable& command, std::vector<Text> options);
+// These two do not go together.
+void Exclude(CommandTable& command, const Text& option, const Text& other);
+
+// Each of the following adds one argument and gives it, to be told more of in the same statement: the next one may move
+// it. `target` is the member that it is bound to and lives as long as the table; `value` stands for the value in help.
+
+Argument& AddFlag(CommandTable& command, const Text& name, bool& target, const Text& what);
+
+Argument& AddText(CommandTable& command, const Text& name, Text& target, const Text& value, const Text& what);
+Argument& AddText(CommandTable& command, const Text& name, std::optional<Text>& target, const Text& value,
+                  const Text& what);
+Argument& AddText(CommandTable& command, const Text& name, std::vector<Text>& target, const Text& value,
+                  const Text& what);
+
+Argument& AddNumber(CommandTable& command, const Text& name, Integer& target, const Text& value, const Text& what);
+Argument& AddNumber(CommandTable& command, const Text& name, Long& target, const Text& value, const Text& what);
+Argument& AddNumber(CommandTable& command, const Text& name, std::optional<Long>& target, const Text& value,
+                    const Text& what);
+Argument& AddNumber(CommandTable& command, const Text& name, std::vector<Integer>& target, const Text& value,
+                    const Text& what);
+Argument& AddNumber(CommandTable& command, const Text& name, std::vector<Long>& target, const Text& value,
+                    const Text& what);
 
 // A date as 2004-02-03, and an amount as 12.5: a finite number with a point.
-CLI::Option& AddDate(CLI::App& command, const Text& name, Date& date, const Text& what);
-CLI::Option& AddAmount(CLI::App& command, const Text& name, Double& amount, const Text& what);
+Argument& AddDate(CommandTable& command, const Text& name, Date& target, const Text& what);
+Argument& AddAmount(CommandTable& command, const Text& name, Double& target, const Text& what);
 
-// An option whose value is one of a few words, in any case.
+// An option whose value is one of a few words, in any case, and what each of them means.
 template <typename Value>
 using Choices = std::vector<std::pair<Text, Value>>;
 
-template <typename Value>
-CLI::Option& AddChoice(CLI::App& command, const Text& name, Value& value, const Choices<Value>& choices,
-                       const Text& what) {
-  const auto read = [name, &value, choices](const std::string& text) {
-    Text words;
-    for (const auto& [word, meaning] : choices) {
-      if (CLI::detail::to_lower(text) == word) {
-        value = meaning;
-        return;
-      }
-      words += (words.empty() ? "" : ", ") + word;
-    }
-    throw CLI::ValidationError(name, "'" + text + "' is none of " + words);
-  };
-  return *command.add_option_function<std::string>(name, read, what)->type_name("WORD");
+// `take` is told the index of the word.
+Argument& AddWords(CommandTable& command, const Text& name, std::vector<Text> words,
+                   std::function<void(std::size_t index)> take, const Text& what);
+
+template <typename Value, typename Target>
+Argument& AddChoice(CommandTable& command, const Text& name, Target& target, const Choices<Value>& choices,
+                    const Text& what) {
+  std::vector<Text> words;
+  for (const auto& [word, meaning] : choices) words.push_back(word);
+  return AddWords(
+      command, name, std::move(words), [&target, choices](std::size_t index) { target = choices[index].second; }, what);
 }
 
+// The heading in help of the options about questions.
+inline constexpr const char* kQuestions = "Questions";
+
+// The arguments that several commands share.
+
+// The positional BOOK.
+void AddBook(CommandTable& command, Text& path);
 // --yes, --answer and --messages.
-void AddAsking(CLI::App& command, AskOptions& options);
-
-// Commands that have subcommands of their own.
-CLI::App& AddGroup(CLI::App& parent, const Text& name, const Text& what);
-
-// Look-ups in a book. Failure 5 that names what was asked for where the book has none.
-[[nodiscard]] Long AccountNumberOf(const engine::Book& book, const Text& code);
-void NeedField(const engine::Book& book, Long field_number);
-// Failure 5 for a date outside the book's range, which it names.
-void NeedDate(const engine::Book& book, Date date);
+void AddAsking(CommandTable& command, AskOptions& options);
 
 }  // namespace tallybook::cli

@@ -1,5 +1,4 @@
-// The commands of `tallybook`, one unit each (NewCommand.cpp, InfoCommand.cpp ...). Each adds itself to the command
-// line and, when the user's words name it, sets `chosen` to what is to be done.
+// The commands of `tallybook`, one unit each (NewCommand.cpp, InfoCommand.cpp ...). Each gives its table.
 #pragma once
 
 #include <functional>
@@ -9,21 +8,21 @@
 
 namespace tallybook::cli {
 
-void AddNewCommand(CLI::App& app, Command& chosen);
-void AddInfoCommand(CLI::App& app, Command& chosen);
-void AddValuesCommand(CLI::App& app, Command& chosen);
-void AddSetCommand(CLI::App& app, Command& chosen);
-void AddExportCommand(CLI::App& app, Command& chosen);
-void AddImportCommand(CLI::App& app, Command& chosen);
+[[nodiscard]] CommandTable NewCommand();
+[[nodiscard]] CommandTable InfoCommand();
+[[nodiscard]] CommandTable ValuesCommand();
+[[nodiscard]] CommandTable SetCommand();
+[[nodiscard]] CommandTable ExportCommand();
+[[nodiscard]] CommandTable ImportCommand();
 // These two go under `import`.
-void AddImportCsvCommand(CLI::App& group, Command& chosen);
-void AddImportDelimitedCommand(CLI::App& group, Command& chosen);
-void AddDefinitionCommand(CLI::App& app, Command& chosen);
-void AddQdxCommand(CLI::App& app, Command& chosen);
-void AddJournalCommand(CLI::App& app, Command& chosen);
+[[nodiscard]] CommandTable ImportCsvCommand();
+[[nodiscard]] CommandTable ImportDelimitedCommand();
+[[nodiscard]] CommandTable DefinitionCommand();
+[[nodiscard]] CommandTable QdxCommand();
+[[nodiscard]] CommandTable JournalCommand();
 
 // Runs a command line, without the program's name, as if the user had typed it.
 using LineRunner = std::function<ExitStatus(const std::vector<Text>& arguments)>;
-void AddDemoCommand(CLI::App& app, Command& chosen, const LineRunner& run_line);
+[[nodiscard]] CommandTable DemoCommand(const LineRunner& run_line);
 
 }  // namespace tallybook::cli

@@ -137,89 +137,90 @@ ExitStatus RunDelete(const DefinitionOptions& options) {
   return ExitStatus::kDone;
 }
 
-void AddNumber(CLI::App& command, Integer& number) {
-  command.add_option("N", number, "The definition's number, as `definition list` shows it")->required()->type_name("");
+void AddDefinition(CommandTable& command, Integer& number) {
+  AddNumber(command, "N", number, "", "The definition's number, as `definition list` shows it")
+      .Required()
+      .As(ArgumentKind::kDefinition);
 }
 
-// Optional values by way of their plain types.
-void AddText(CLI::App& command, const Text& name, std::optional<Text>& text, const Text& type, const Text& what) {
-  command
-      .add_option_function<std::string>(
-          name, [&text](const std::string& given) { text = given; }, what)
-      ->type_name(type);
-}
-
-void AddChanges(CLI::App& command, DefinitionChanges& changes) {
-  static const Choices<std::optional<Integer>> afters = {
-      {"delete", kDispDelete}, {"rename", kDispRename}, {"keep", kDispKeep}};
-  static const Choices<std::optional<Integer>> field_modes = {{"one-for-one", kOneForOne}, {"manual", kManually}};
-  AddText(command, "--title", changes.title, "TEXT", "The definition's title");
+// A new definition needs its title and its file.
+void AddChanges(CommandTable& command, DefinitionChanges& changes, bool is_new) {
+  static const Choices<Integer> afters = {{"delete", kDispDelete}, {"rename", kDispRename}, {"keep", kDispKeep}};
+  static const Choices<Integer> field_modes = {{"one-for-one", kOneForOne}, {"manual", kManually}};
+  AddText(command, "--title", changes.title, "TEXT", "The definition's title").required = is_new;
   AddText(command, "--file", changes.file, "PATTERN",
-          "The exchange file: a path as the import is to see it; its name may hold * and ?");
+          "The exchange file: a path as the import is to see it; its name may hold * and ?")
+      .As(ArgumentKind::kExchangeFile)
+      .required = is_new;
   AddChoice(command, "--after", changes.after, afters,
             "What becomes of an imported file: delete, rename (*.XDQ), keep");
   AddText(command, "--accounts", changes.accounts, "MODE", "one-for-one, all-to-one:CODE or manual");
   AddChoice(command, "--fields", changes.fields, field_modes, "one-for-one or manual");
-  command
-      .add_option("--map-account", changes.map_account,
-                  "A row of manual matches: code in the file, code in the book; may be given again. The rows given "
-                  "replace those that are there")
-      ->allow_extra_args(false)
-      ->type_name("FROM=TO");
-  command
-      .add_option("--map-field", changes.map_field,
-                  "A row of manual matches: field number in the file, field number in the book; may be given again")
-      ->allow_extra_args(false)
-      ->type_name("N=M");
+  AddText(command, "--map-account", changes.map_account, "FROM=TO",
+          "A row of manual matches: code in the file, code in the book; may be given again. The rows given replace "
+          "those that are there");
+  AddText(command, "--map-field", changes.map_field, "N=M",
+          "A row of manual matches: field number in the file, field number in the book; may be given again");
 }
 
-void AddReaders(CLI::App& group, Command& chosen) {
-  const auto list = std::make_shared<DefinitionOptions>();
-  AddBook(
-      AddCommand(group, "list", "List the definitions", "  tallybook definition list office", list, chosen, RunList),
-      list->book);
-  const auto show = std::make_shared<DefinitionOptions>();
-  CLI::App& command = AddCommand(group, "show", "Show a definition with its rows",
-                                 "  tallybook definition show office 1", show, chosen, RunShow);
-  AddBook(command, show->book);
-  AddNumber(command, show->number);
+CommandTable ListCommand() {
+  const auto options = std::make_shared<DefinitionOptions>();
+  CommandTable command =
+      MakeCommand("list", "List the definitions", {"tallybook definition list office"}, options, RunList);
+  AddBook(command, options->book);
+  return command;
 }
 
-void AddWriters(CLI::App& group, Command& chosen) {
-  const auto add = std::make_shared<DefinitionOptions>();
-  CLI::App& add_command = AddCommand(
-      group, "add", "Add a definition; accounts and fields match one for one unless told otherwise",
-      "  tallybook definition add office --title 'North Shop' --file 'in/*.QDX' --after keep\n"
-      "  tallybook definition add office --title North --file north.QDX --map-account 100=4100 --map-field 1=7",
-      add, chosen, RunAdd);
-  AddBook(add_command, add->book);
-  AddChanges(add_command, add->changes);
-  add_command.get_option("--title")->required();
-  add_command.get_option("--file")->required();
-  AddAsking(add_command, add->asking);
+CommandTable ShowCommand() {
+  const auto options = std::make_shared<DefinitionOptions>();
+  CommandTable command =
+      MakeCommand("show", "Show a definition with its rows", {"tallybook definition show office 1"}, options, RunShow);
+  AddBook(command, options->book);
+  AddDefinition(command, options->number);
+  return command;
+}
 
-  const auto edit = std::make_shared<DefinitionOptions>();
-  CLI::App& edit_command = AddCommand(group, "edit", "Change a definition; what is not given stays",
-                                      "  tallybook definition edit office 1 --after delete", edit, chosen, RunEdit);
-  AddBook(edit_command, edit->book);
-  AddNumber(edit_command, edit->number);
-  AddChanges(edit_command, edit->changes);
-  AddAsking(edit_command, edit->asking);
+CommandTable AddingCommand() {
+  const auto options = std::make_shared<DefinitionOptions>();
+  CommandTable command = MakeCommand(
+      "add", "Add a definition; accounts and fields match one for one unless told otherwise",
+      {"tallybook definition add office --title 'North Shop' --file 'in/*.QDX' --after keep",
+       "tallybook definition add office --title North --file north.QDX --map-account 100=4100 --map-field 1=7"},
+      options, RunAdd);
+  AddBook(command, options->book);
+  const bool is_new = true;
+  AddChanges(command, options->changes, is_new);
+  AddAsking(command, options->asking);
+  return command;
+}
 
-  const auto remove = std::make_shared<DefinitionOptions>();
-  CLI::App& delete_command = AddCommand(group, "delete", "Delete a definition",
-                                        "  tallybook definition delete office 1", remove, chosen, RunDelete);
-  AddBook(delete_command, remove->book);
-  AddNumber(delete_command, remove->number);
-  AddAsking(delete_command, remove->asking);
+CommandTable EditCommand() {
+  const auto options = std::make_shared<DefinitionOptions>();
+  CommandTable command = MakeCommand("edit", "Change a definition; what is not given stays",
+                                     {"tallybook definition edit office 1 --after delete"}, options, RunEdit);
+  AddBook(command, options->book);
+  AddDefinition(command, options->number);
+  const bool is_new = false;
+  AddChanges(command, options->changes, is_new);
+  AddAsking(command, options->asking);
+  return command;
+}
+
+CommandTable DeleteCommand() {
+  const auto options = std::make_shared<DefinitionOptions>();
+  CommandTable command =
+      MakeCommand("delete", "Delete a definition", {"tallybook definition delete office 1"}, options, RunDelete);
+  AddBook(command, options->book);
+  AddDefinition(command, options->number);
+  AddAsking(command, options->asking);
+  return command;
 }
 
 }  // namespace
 
-void AddDefinitionCommand(CLI::App& app, Command& chosen) {
-  CLI::App& group = AddGroup(app, "definition", "Say how exchange files go into a book");
-  AddReaders(group, chosen);
-  AddWriters(group, chosen);
+CommandTable DefinitionCommand() {
+  return MakeGroup("definition", "Say how exchange files go into a book",
+                   {ListCommand(), ShowCommand(), AddingCommand(), EditCommand(), DeleteCommand()});
 }
 
 }  // namespace tallybook::cli

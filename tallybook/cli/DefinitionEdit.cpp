@@ -11,7 +11,7 @@
 #include "support/Narrow.h"
 #include "support/Platform.h"
 #include "support/Utility.h"
-#include "tallybook/cli/Arguments.h"
+#include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/ExitStatus.h"
 
 namespace tallybook::cli {

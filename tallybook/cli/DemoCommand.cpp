@@ -285,16 +285,15 @@ ExitStatus RunDemo(const DemoOptions& options) {
 
 }  // namespace
 
-void AddDemoCommand(CLI::App& app, Command& chosen, const LineRunner& run_line) {
+CommandTable DemoCommand(const LineRunner& run_line) {
   const auto options = std::make_shared<DemoOptions>();
   options->run_line = run_line;
-  CLI::App& command = AddCommand(app, "demo", "Show it all at work, with two books made up for it",
-                                 "  tallybook demo\n  tallybook demo /tmp/try", options, chosen, RunDemo);
-  command
-      .add_option(
-          "DIR", options->folder,
+  CommandTable command = MakeCommand("demo", "Show it all at work, with two books made up for it",
+                                     {"tallybook demo", "tallybook demo /tmp/try"}, options, RunDemo);
+  AddText(command, "DIR", options->folder, "",
           fmt::format("A new or empty folder; otherwise ./{}, with a number where that is there", kDefaultFolder))
-      ->type_name("");
+      .As(ArgumentKind::kFolder);
+  return command;
 }
 
 }  // namespace tallybook::cli

@@ -5,6 +5,7 @@
 #include "qdx/HeaderItems.h"
 #include "support/Dates.h"
 #include "support/Utility.h"
+#include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FileQuestion.h"
 #include "tallybook/cli/Session.h"
@@ -105,37 +106,42 @@ ExitStatus RunExportTable(const ExportOptions& options) {
   return status;
 }
 
-void AddShared(CLI::App& command, ExportOptions& options) {
+void AddShared(CommandTable& command, ExportOptions& options) {
   AddBook(command, options.book);
   AddFile(command, options.file, "The file to write; an old one of that name is replaced");
-  AddDate(command, "--from", options.from, "The first date of the range").required();
-  AddDate(command, "--to", options.to, "The last date; a week or period that ends behind it is left out").required();
+  AddDate(command, "--from", options.from, "The first date of the range").Required();
+  AddDate(command, "--to", options.to, "The last date; a week or period that ends behind it is left out").Required();
   AddAsking(command, options.asking);
+}
+
+CommandTable ExportQdxCommand() {
+  const auto options = std::make_shared<ExportOptions>();
+  CommandTable command =
+      MakeCommand("qdx", "Write an exchange file",
+                  {"tallybook export qdx north year.QDX --from 2003-01-01 --to 2003-12-31"}, options, RunExportQdx);
+  AddShared(command, *options);
+  AddNumber(command, "--report-length", options->report_length, "N",
+            "Carried in the file: 1 day, 2 week, 3 period, 4 quarter, 5 half year, 6 year, 7 custom, 8 all");
+  return command;
+}
+
+CommandTable ExportTableCommand() {
+  const auto options = std::make_shared<ExportOptions>();
+  CommandTable command =
+      MakeCommand("table", "Write a table: CSV, XLSX, DBF, TXT (fixed width) or SQLT (SQLite)",
+                  {"tallybook export table north year.xlsx --type XLSX --from 2003-01-01 --to 2003-12-31 --nonzero"},
+                  options, RunExportTable);
+  AddShared(command, *options);
+  AddText(command, "--type", options->format, "CODE", "The table's format").Required();
+  AddFlag(command, "--nonzero", options->nonzero, "Leave out the zeros");
+  return command;
 }
 
 }  // namespace
 
-void AddExportCommand(CLI::App& app, Command& chosen) {
-  CLI::App& group = AddGroup(app, "export", "Write figures to an exchange file or a table");
-
-  const auto qdx = std::make_shared<ExportOptions>();
-  CLI::App& qdx_command =
-      AddCommand(group, "qdx", "Write an exchange file",
-                 "  tallybook export qdx north year.QDX --from 2003-01-01 --to 2003-12-31", qdx, chosen, RunExportQdx);
-  AddShared(qdx_command, *qdx);
-  qdx_command
-      .add_option("--report-length", qdx->report_length,
-                  "Carried in the file: 1 day, 2 week, 3 period, 4 quarter, 5 half year, 6 year, 7 custom, 8 all")
-      ->type_name("N");
-
-  const auto table = std::make_shared<ExportOptions>();
-  CLI::App& table_command =
-      AddCommand(group, "table", "Write a table: CSV, XLSX, DBF, TXT (fixed width) or SQLT (SQLite)",
-                 "  tallybook export table north year.xlsx --type XLSX --from 2003-01-01 --to 2003-12-31 --nonzero",
-                 table, chosen, RunExportTable);
-  AddShared(table_command, *table);
-  table_command.add_option("--type", table->format, "The table's format")->required()->type_name("CODE");
-  table_command.add_flag("--nonzero", table->nonzero, "Leave out the zeros");
+CommandTable ExportCommand() {
+  return MakeGroup("export", "Write figures to an exchange file or a table",
+                   {ExportQdxCommand(), ExportTableCommand()});
 }
 
 }  // namespace tallybook::cli

@@ -14,8 +14,8 @@ constexpr Long kLongestPath = 4095;
 
 }  // namespace
 
-void AddFile(CLI::App& command, Text& file, const Text& what) {
-  command.add_option("FILE", file, what + "; asked for on a terminal where it is left out")->type_name("");
+void AddFile(CommandTable& command, Text& file, const Text& what) {
+  AddText(command, "FILE", file, "", what + "; asked for on a terminal where it is left out").As(ArgumentKind::kFile);
 }
 
 void NeedFileOrTerminal(const Text& given) {

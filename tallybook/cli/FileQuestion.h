@@ -1,10 +1,10 @@
 // The FILE of commands that ask for it where it is left out.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <optional>
 
 #include "support/Types.h"
+#include "tallybook/cli/Arguments.h"
 
 namespace tallybook::cli {
 
@@ -17,7 +17,7 @@ struct FileQuestion {
 };
 
 // The positional FILE, which may be left out.
-void AddFile(CLI::App& command, Text& file, const Text& what);
+void AddFile(CommandTable& command, Text& file, const Text& what);
 
 // To be called before anything else is done: WrongUse where no file was given and there is no terminal to ask on.
 void NeedFileOrTerminal(const Text& given);

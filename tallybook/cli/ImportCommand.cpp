@@ -56,31 +56,35 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   return session.StatusOf(done);
 }
 
-}  // namespace
-
-void AddImportCommand(CLI::App& app, Command& chosen) {
+CommandTable ImportQdxCommand() {
   static const Choices<Integer> modes = {{"add", static_cast<Integer>(eMath::mAdd)},
                                          {"subtract", static_cast<Integer>(eMath::mSubtract)},
                                          {"replace", static_cast<Integer>(eMath::mReplace)},
                                          {"zero", kZeroOnly}};
-  CLI::App& group = AddGroup(app, "import", "Bring figures into a book");
   const auto options = std::make_shared<ImportQdxOptions>();
-  CLI::App& command = AddCommand(group, "qdx", "Import exchange files by a definition, or by all of them",
-                                 "  tallybook import qdx office --definition 1 --math replace --report import.html\n"
-                                 "  tallybook import qdx office --all",
-                                 options, chosen, RunImportQdx);
+  CommandTable command = MakeCommand("qdx", "Import exchange files by a definition, or by all of them",
+                                     {"tallybook import qdx office --definition 1 --math replace --report import.html",
+                                      "tallybook import qdx office --all"},
+                                     options, RunImportQdx);
   AddBook(command, options->book);
-  CLI::Option_group& which = *command.add_option_group("Which");
-  which.add_option("--definition", options->definition, "The definition of this number")->type_name("N");
-  which.add_flag("--all", options->all, "Every definition, in the order of their titles; each replaces");
-  which.require_option(1);
+  AddNumber(command, "--definition", options->definition, "N", "The definition of this number")
+      .As(ArgumentKind::kDefinition);
+  AddFlag(command, "--all", options->all, "Every definition, in the order of their titles; each replaces");
+  NeedOneOf(command, {"--definition", "--all"});
   AddChoice(command, "--math", options->math, modes,
-            "add (the default), subtract, replace (zero the range first), zero (zero it and read nothing)")
-      .excludes(which.get_option("--all"));
-  command.add_option("--report", options->report, "Write the report to FILE: .txt, .html or .pdf")->type_name("FILE");
+            "add (the default), subtract, replace (zero the range first), zero (zero it and read nothing)");
+  Exclude(command, "--math", "--all");
+  AddText(command, "--report", options->report, "FILE", "Write the report to FILE: .txt, .html or .pdf")
+      .As(ArgumentKind::kFile);
   AddAsking(command, options->asking);
-  AddImportCsvCommand(group, chosen);
-  AddImportDelimitedCommand(group, chosen);
+  return command;
+}
+
+}  // namespace
+
+CommandTable ImportCommand() {
+  return MakeGroup("import", "Bring figures into a book",
+                   {ImportQdxCommand(), ImportCsvCommand(), ImportDelimitedCommand()});
 }
 
 }  // namespace tallybook::cli

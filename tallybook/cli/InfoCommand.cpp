@@ -75,14 +75,14 @@ ExitStatus RunInfo(const InfoOptions& options) {
 
 }  // namespace
 
-void AddInfoCommand(CLI::App& app, Command& chosen) {
+CommandTable InfoCommand() {
   const auto options = std::make_shared<InfoOptions>();
-  CLI::App& command = AddCommand(app, "info", "Tell what a book is made of",
-                                 "  tallybook info north\n"
-                                 "  tallybook info north --json > north.json",
-                                 options, chosen, RunInfo);
+  CommandTable command =
+      MakeCommand("info", "Tell what a book is made of",
+                  {"tallybook info north", "tallybook info north --json > north.json"}, options, RunInfo);
   AddBook(command, options->book);
-  command.add_flag("--json", options->json, "The whole book, figures too, in the form that `new` reads");
+  AddFlag(command, "--json", options->json, "The whole book, figures too, in the form that `new` reads");
+  return command;
 }
 
 }  // namespace tallybook::cli

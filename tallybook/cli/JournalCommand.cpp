@@ -59,22 +59,29 @@ ExitStatus RunUndo(const JournalOptions& options) {
   return ExitStatus::kDone;
 }
 
+CommandTable ListCommand() {
+  const auto options = std::make_shared<JournalOptions>();
+  CommandTable command =
+      MakeCommand("list", "List the imports that kept a journal", {"tallybook journal list office"}, options, RunList);
+  AddBook(command, options->book);
+  return command;
+}
+
+CommandTable UndoCommand() {
+  const auto options = std::make_shared<JournalOptions>();
+  CommandTable command =
+      MakeCommand("undo", "Put the figures back to what they were before the newest import",
+                  {"tallybook journal undo office", "tallybook journal undo office 3"}, options, RunUndo);
+  AddBook(command, options->book);
+  AddNumber(command, "ID", options->id, "", "The entry; only the newest that is left can be undone")
+      .As(ArgumentKind::kJournalEntry);
+  return command;
+}
+
 }  // namespace
 
-void AddJournalCommand(CLI::App& app, Command& chosen) {
-  CLI::App& group = AddGroup(app, "journal", "List what imports have changed, and take it back");
-
-  const auto list = std::make_shared<JournalOptions>();
-  AddBook(AddCommand(group, "list", "List the imports that kept a journal", "  tallybook journal list office", list,
-                     chosen, RunList),
-          list->book);
-
-  const auto undo = std::make_shared<JournalOptions>();
-  CLI::App& command =
-      AddCommand(group, "undo", "Put the figures back to what they were before the newest import",
-                 "  tallybook journal undo office\n  tallybook journal undo office 3", undo, chosen, RunUndo);
-  AddBook(command, undo->book);
-  command.add_option("ID", undo->id, "The entry; only the newest that is left can be undone")->type_name("");
+CommandTable JournalCommand() {
+  return MakeGroup("journal", "List what imports have changed, and take it back", {ListCommand(), UndoCommand()});
 }
 
 }  // namespace tallybook::cli

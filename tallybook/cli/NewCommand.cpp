@@ -39,16 +39,17 @@ ExitStatus RunNew(const NewOptions& options) {
 
 }  // namespace
 
-void AddNewCommand(CLI::App& app, Command& chosen) {
+CommandTable NewCommand() {
   const auto options = std::make_shared<NewOptions>();
-  CLI::App& command = AddCommand(app, "new", "Make a book from its description",
-                                 "  tallybook new north --from north.json\n"
-                                 "  tallybook info north --json > again.json; tallybook new copy --from again.json",
-                                 options, chosen, RunNew);
+  CommandTable command = MakeCommand("new", "Make a book from its description",
+                                     {"tallybook new north --from north.json",
+                                      "tallybook info north --json > again.json; tallybook new copy --from again.json"},
+                                     options, RunNew);
   AddBook(command, options->book);
-  command.add_option("--from", options->description, "The description, in the form that `info --json` writes")
-      ->required()
-      ->type_name("FILE");
+  AddText(command, "--from", options->description, "FILE", "The description, in the form that `info --json` writes")
+      .Required()
+      .As(ArgumentKind::kFile);
+  return command;
 }
 
 }  // namespace tallybook::cli

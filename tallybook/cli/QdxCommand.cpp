@@ -127,26 +127,32 @@ ExitStatus RunDiff(const QdxOptions& options) {
   return differences == 0 ? ExitStatus::kDone : ExitStatus::kFailed;
 }
 
-void AddReader(CLI::App& group, Command& chosen, const Text& name, const Text& what,
-               ExitStatus (*run)(const QdxOptions&)) {
+CommandTable ReaderCommand(const Text& name, const Text& what, ExitStatus (*run)(const QdxOptions&)) {
   const auto options = std::make_shared<QdxOptions>();
-  CLI::App& command = AddCommand(group, name, what, "  tallybook qdx " + name + " year.QDX", options, chosen, run);
-  command.add_option("FILE", options->file, "The exchange file")->required()->type_name("");
+  CommandTable command = MakeCommand(name, what, {"tallybook qdx " + name + " year.QDX"}, options, run);
+  AddText(command, "FILE", options->file, "", "The exchange file").Required().As(ArgumentKind::kExchangeFile);
+  return command;
+}
+
+CommandTable DiffCommand() {
+  const auto options = std::make_shared<QdxOptions>();
+  CommandTable command =
+      MakeCommand("diff", "Compare two files by account code, date and field number; status 1 where they differ",
+                  {"tallybook qdx diff before.QDX after.QDX"}, options, RunDiff);
+  AddText(command, "FILE", options->file, "", "An exchange file").Required().As(ArgumentKind::kExchangeFile);
+  AddText(command, "OTHER", options->other, "", "The one to compare with").Required().As(ArgumentKind::kExchangeFile);
+  return command;
 }
 
 }  // namespace
 
-void AddQdxCommand(CLI::App& app, Command& chosen) {
-  CLI::App& group = AddGroup(app, "qdx", "Look into exchange files; no book is needed");
-  AddReader(group, chosen, "info", "Tell what a file says of itself", RunInfo);
-  AddReader(group, chosen, "dump", "Print all of a file, item by item, each with its byte offset", RunDump);
-  AddReader(group, chosen, "check", "Hold a file to the rules of the format; status 1 where it breaks one", RunCheck);
-  const auto diff = std::make_shared<QdxOptions>();
-  CLI::App& command =
-      AddCommand(group, "diff", "Compare two files by account code, date and field number; status 1 where they differ",
-                 "  tallybook qdx diff before.QDX after.QDX", diff, chosen, RunDiff);
-  command.add_option("FILE", diff->file, "An exchange file")->required()->type_name("");
-  command.add_option("OTHER", diff->other, "The one to compare with")->required()->type_name("");
+CommandTable QdxCommand() {
+  return MakeGroup(
+      "qdx", "Look into exchange files; no book is needed",
+      {ReaderCommand("info", "Tell what a file says of itself", RunInfo),
+       ReaderCommand("dump", "Print all of a file, item by item, each with its byte offset", RunDump),
+       ReaderCommand("check", "Hold a file to the rules of the format; status 1 where it breaks one", RunCheck),
+       DiffCommand()});
 }
 
 }  // namespace tallybook::cli

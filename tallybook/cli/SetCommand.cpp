@@ -4,6 +4,7 @@
 #include "host/FiscalCalendar.h"
 #include "support/Dates.h"
 #include "support/Failure.h"
+#include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FigurePrinter.h"
 #include "tallybook/cli/Session.h"
@@ -42,17 +43,17 @@ ExitStatus RunSet(const SetOptions& options) {
 
 }  // namespace
 
-void AddSetCommand(CLI::App& app, Command& chosen) {
+CommandTable SetCommand() {
   const auto options = std::make_shared<SetOptions>();
-  CLI::App& command = AddCommand(app, "set", "Set one figure",
-                                 "  tallybook set north 100 2003-01-05 1 12.5\n"
-                                 "  tallybook set north 100 2003-01-05 1 -- -.5",
-                                 options, chosen, RunSet);
+  CommandTable command = MakeCommand(
+      "set", "Set one figure",
+      {"tallybook set north 100 2003-01-05 1 12.5", "tallybook set north 100 2003-01-05 1 -- -.5"}, options, RunSet);
   AddBook(command, options->book);
-  command.add_option("CODE", options->code, "The account's code")->required()->type_name("");
-  AddDate(command, "DATE", options->date, "A date of the record").required()->type_name("");
-  command.add_option("FIELD", options->field, "The field's number")->required()->type_name("");
-  AddAmount(command, "VALUE", options->value, "The new value").required()->type_name("");
+  AddText(command, "CODE", options->code, "", "The account's code").Required().As(ArgumentKind::kAccountCode);
+  AddDate(command, "DATE", options->date, "A date of the record").Required();
+  AddNumber(command, "FIELD", options->field, "", "The field's number").Required().As(ArgumentKind::kFieldNumber);
+  AddAmount(command, "VALUE", options->value, "The new value").Required();
+  return command;
 }
 
 }  // namespace tallybook::cli

@@ -8,6 +8,7 @@
 #include "host/HostLog.h"
 #include "import/DelimitedImport.h"
 #include "support/Platform.h"
+#include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FileQuestion.h"
 #include "tallybook/cli/Session.h"
@@ -141,58 +142,58 @@ ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {
   return RunTextImport(options, question, "import delimited", import);
 }
 
-CLI::Option& AddMath(CLI::App& command, TextImportOptions& options, const Text& what) {
+Argument& AddMath(CommandTable& command, TextImportOptions& options, const Text& what) {
   static const Choices<eMath> modes = {
       {"add", eMath::mAdd}, {"subtract", eMath::mSubtract}, {"replace", eMath::mReplace}};
   return AddChoice(command, "--math", options.math, modes, what);
 }
 
-void AddBookAndFile(CLI::App& command, TextImportOptions& options) {
+void AddBookAndFile(CommandTable& command, TextImportOptions& options) {
   AddBook(command, options.book);
   AddFile(command, options.file, "The text file");
 }
 
-void AddEncodingAndAsking(CLI::App& command, TextImportOptions& options) {
+void AddEncodingAndAsking(CommandTable& command, TextImportOptions& options) {
   static const Choices<TextEncoding> encodings = {
       {"auto", TextEncoding::kDetect}, {"utf8", TextEncoding::kUtf8}, {"windows-1252", TextEncoding::kCodePage}};
   AddChoice(command, "--encoding", options.encoding, encodings,
             "auto (the default: UTF-8 where all of the file is valid), utf8 or windows-1252");
   AddAsking(command, options.asking);
-  command
-      .add_flag("--keep-auditing", options.asking.keep_auditing,
-                "List every error of the file, one a line, instead of asking at each")
-      ->group("Questions");
+  AddFlag(command, "--keep-auditing", options.asking.keep_auditing,
+          "List every error of the file, one a line, instead of asking at each")
+      .Heading(kQuestions);
 }
 
 }  // namespace
 
-void AddImportCsvCommand(CLI::App& group, Command& chosen) {
+CommandTable ImportCsvCommand() {
   const auto options = std::make_shared<ImportCsvOptions>();
-  CLI::App& command = AddCommand(group, "csv", "Import a comma-separated text file with a header",
-                                 "  tallybook import csv north january.csv\n"
-                                 "  tallybook import csv north january.csv --math replace --clear 5 --yes",
-                                 options, chosen, RunImportCsv);
+  CommandTable command = MakeCommand("csv", "Import a comma-separated text file with a header",
+                                     {"tallybook import csv north january.csv",
+                                      "tallybook import csv north january.csv --math replace --clear 5 --yes"},
+                                     options, RunImportCsv);
   AddBookAndFile(command, *options);
   AddMath(command, *options, "add, subtract or replace, whatever the file's header says");
-  command.add_option("--clear", options->clear, "Clear the field of this number first; may be given again")
-      ->allow_extra_args(false)
-      ->type_name("FIELD");
+  AddNumber(command, "--clear", options->clear, "FIELD", "Clear the field of this number first; may be given again")
+      .As(ArgumentKind::kFieldNumber);
   AddEncodingAndAsking(command, *options);
+  return command;
 }
 
-void AddImportDelimitedCommand(CLI::App& group, Command& chosen) {
+CommandTable ImportDelimitedCommand() {
   static const Choices<Integer> orders = {{"mdy", kMonthDayYear}, {"dmy", kDayMonthYear}, {"ymd", kYearMonthDay}};
   const auto options = std::make_shared<ImportDelimitedOptions>();
-  CLI::App& command = AddCommand(group, "delimited", "Import a text file of one line for a date and an account",
-                                 "  tallybook import delimited north january.txt --math replace\n"
-                                 "  tallybook import delimited north january.txt --math add --date-order DMY --yes",
-                                 options, chosen, RunImportDelimited);
+  CommandTable command = MakeCommand("delimited", "Import a text file of one line for a date and an account",
+                                     {"tallybook import delimited north january.txt --math replace",
+                                      "tallybook import delimited north january.txt --math add --date-order DMY --yes"},
+                                     options, RunImportDelimited);
   AddBookAndFile(command, *options);
-  AddMath(command, *options, "add, subtract or replace").required();
+  AddMath(command, *options, "add, subtract or replace").Required();
   AddChoice(command, "--date-order", options->date_order, orders, "MDY (the default), DMY or YMD");
-  command.add_flag("--date-parts", options->date_parts, "The date stands in three fields, not in one");
-  command.add_flag("--system-fields", options->system_fields, "Import fields that the system keeps by itself, too");
+  AddFlag(command, "--date-parts", options->date_parts, "The date stands in three fields, not in one");
+  AddFlag(command, "--system-fields", options->system_fields, "Import fields that the system keeps by itself, too");
   AddEncodingAndAsking(command, *options);
+  return command;
 }
 
 }  // namespace tallybook::cli

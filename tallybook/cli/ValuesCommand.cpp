@@ -1,5 +1,6 @@
 #include <iostream>
 
+#include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FigurePrinter.h"
 #include "tallybook/cli/Session.h"
@@ -42,24 +43,23 @@ ExitStatus RunValues(const ValuesOptions& options) {
 
 }  // namespace
 
-void AddValuesCommand(CLI::App& app, Command& chosen) {
+CommandTable ValuesCommand() {
   static const Choices<FigureForm> forms = {
       {"table", FigureForm::kTable}, {"csv", FigureForm::kCsv}, {"json", FigureForm::kJson}};
   const auto options = std::make_shared<ValuesOptions>();
-  CLI::App& command = AddCommand(app, "values", "Print the figures that are not zero",
-                                 "  tallybook values north --from 2003-01-01 --to 2003-01-31 --account 100\n"
-                                 "  tallybook values north --format csv > figures.csv",
-                                 options, chosen, RunValues);
+  CommandTable command = MakeCommand("values", "Print the figures that are not zero",
+                                     {"tallybook values north --from 2003-01-01 --to 2003-01-31 --account 100",
+                                      "tallybook values north --format csv > figures.csv"},
+                                     options, RunValues);
   AddBook(command, options->book);
   AddDate(command, "--from", options->from, "Leave out records before this date");
   AddDate(command, "--to", options->to, "Leave out records behind this date");
-  command.add_option("--account", options->accounts, "Only the account of this code; may be given again")
-      ->allow_extra_args(false)
-      ->type_name("CODE");
-  command.add_option("--field", options->fields, "Only the field of this number; may be given again")
-      ->allow_extra_args(false)
-      ->type_name("N");
+  AddText(command, "--account", options->accounts, "CODE", "Only the account of this code; may be given again")
+      .As(ArgumentKind::kAccountCode);
+  AddNumber(command, "--field", options->fields, "N", "Only the field of this number; may be given again")
+      .As(ArgumentKind::kFieldNumber);
   AddChoice(command, "--format", options->form, forms, "table (the default), csv or json");
+  return command;
 }
 
 }  // namespace tallybook::cli

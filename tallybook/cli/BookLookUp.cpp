@@ -1,0 +1,31 @@
+#include "tallybook/cli/BookLookUp.h"
+
+#include <fmt/format.h>
+#include <limits>
+
+#include "support/Dates.h"
+#include "support/Failure.h"
+
+namespace tallybook::cli {
+
+Long AccountNumberOf(const engine::Book& book, const Text& code) {
+  const Integer position = book.AccountPositionOfCode(code);
+  if (position > 0) return book.AccountNumber(position);
+  throw Failure(FailureNumber::kInvalidArgument, fmt::format("{}: no account has the code '{}'", book.Path(), code));
+}
+
+void NeedField(const engine::Book& book, Long field_number) {
+  const bool fits = field_number > 0 && field_number <= std::numeric_limits<Integer>::max();
+  if (fits && book.FieldPosition(static_cast<Integer>(field_number)) > 0) return;
+  throw Failure(FailureNumber::kInvalidArgument,
+                fmt::format("{}: no field has the number {}", book.Path(), field_number));
+}
+
+void NeedDate(const engine::Book& book, Date date) {
+  if (book.DateValid(date)) return;
+  throw Failure(FailureNumber::kInvalidArgument,
+                fmt::format("{}: the date {} is outside the book, which holds {} to {}", book.Path(), DateText(date),
+                            DateText(book.FirstDate()), DateText(book.LastDate())));
+}
+
+}  // namespace tallybook::cli

@@ -1,0 +1,16 @@
+// Looks in a book for what the command line names.
+#pragma once
+
+#include "support/Types.h"
+#include "tallybook/engine/Book.h"
+
+namespace tallybook::cli {
+
+// The number of the account of this code, and nothing for a field of this number. Failure 5 that names what was asked
+// for where the book has none.
+[[nodiscard]] Long AccountNumberOf(const engine::Book& book, const Text& code);
+void NeedField(const engine::Book& book, Long field_number);
+// Failure 5 for a date outside the book's range, which it names.
+void NeedDate(const engine::Book& book, Date date);
+
+}  // namespace tallybook::cli
