@@ -33,8 +33,9 @@ namespace tallybook::engine {
 class FigureStore;
 class Journal;
 
-// The format that this engine writes, and the newest that it reads. Masterfile::FileVersion.
-inline constexpr Long kBookVersion = 1;
+// Masterfile::FileVersion, which exchange files carry. The format of the book's file has a number of its own
+// (BookFormat.h).
+inline constexpr Long kFileVersion = 1;
 
 struct BookOptions {
   std::size_t cache_bytes = std::size_t{256} << 20;  // the cache's bound; at least two chunks are kept
@@ -125,7 +126,7 @@ class Book final : public Masterfile, public CalendarSource {
   const TitleLookup& TitleSource() const override { return title_lookup_; }
   [[nodiscard]] Text TitleContext() const override { return description_->system_name; }
 
-  [[nodiscard]] Long FileVersion() const override { return kBookVersion; }
+  [[nodiscard]] Long FileVersion() const override { return kFileVersion; }
   [[nodiscard]] Integer DataLevel() const override { return description_->data_level; }
   [[nodiscard]] Integer CalendarType() const override { return static_cast<Integer>(description_->calendar.kind); }
   [[nodiscard]] Integer YearField() const override { return 0; }

@@ -1,4 +1,4 @@
-// The file of a book: its schema, its description, and the right to write it. docs/book-file.md tells the tables.
+// The file of a book: its description, and the right to write it. docs/book-file.md tells the tables.
 // One thread.
 #pragma once
 
@@ -9,12 +9,10 @@
 #include "support/Platform.h"
 #include "support/Types.h"
 #include "tallybook/engine/BookDescription.h"
+#include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/Database.h"
 
 namespace tallybook::engine {
-
-// The mark of a book among SQLite files ("Tbk1"), and the version of its tables.
-inline constexpr std::int64_t kBookApplicationId = 0x54626B31;
 
 class BookFile {
  public:
@@ -31,6 +29,8 @@ class BookFile {
   // The description without its values; who keeps the shared one has it when the file is gone.
   [[nodiscard]] const BookDescription& Description() const { return *description_; }
   [[nodiscard]] std::shared_ptr<const BookDescription> SharedDescription() const { return description_; }
+  // The format that the file has.
+  [[nodiscard]] Long Format() const { return format_; }
   // How many records a chunk has; fixed when the book was made.
   [[nodiscard]] std::size_t RowsOfChunk() const { return rows_of_chunk_; }
 
@@ -38,9 +38,6 @@ class BookFile {
   BookFile(const Text& path, const BookDescription& description);
 
   void TakeRightToWrite();
-  void CheckIsBook();
-  void LoadDescription();
-  void SaveDescription();
 
   Text path_;
   bool read_only_;
@@ -49,6 +46,7 @@ class BookFile {
   std::unique_ptr<OpenFile> right_to_write_;
   std::unique_ptr<Database> database_;
   std::shared_ptr<BookDescription> description_ = std::make_shared<BookDescription>();
+  Long format_ = kBookFormat;
   std::size_t rows_of_chunk_ = 1;
 };
 

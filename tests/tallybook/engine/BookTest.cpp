@@ -46,7 +46,7 @@ TEST_F(BookTest, TellsWhatItWasMadeFrom) {
   EXPECT_EQ(book->SystemName(), "North Shop");
   EXPECT_EQ(book->MasterFileTypeName(0), "Sales");
   EXPECT_EQ(book->TitleSource().TitleFor(book->TitleContext()), "North Shop");
-  EXPECT_EQ(book->FileVersion(), engine::kBookVersion);
+  EXPECT_EQ(book->FileVersion(), engine::kFileVersion);
   EXPECT_EQ(book->DataLevel(), kDayLevel);
   EXPECT_EQ(book->CalendarType(), 0);
   EXPECT_EQ(book->MaxAccounts(), 9999);

@@ -1,0 +1,74 @@
+#include "tallybook/engine/BookFormat.h"
+
+#include <algorithm>
+#include <string>
+
+#include "support/Failure.h"
+
+namespace tallybook::engine {
+
+namespace {
+
+// A page, and what of it is left for one chunk when a row's head and its bytes outside the figures are taken off.
+constexpr std::size_t kPageSize = 16384;
+constexpr std::size_t kPageRoom = 16256;
+// One chunk of every account together stays below this, so that a walk from date to date over all accounts finds its
+// chunks in a cache of the usual size.
+constexpr std::size_t kChunksOfAllAccounts = std::size_t{128} << 20;
+constexpr std::size_t kSmallestChunk = 2032;
+
+constexpr const char* kSchema = R"sql(
+CREATE TABLE property (name TEXT PRIMARY KEY, value) WITHOUT ROWID;
+CREATE TABLE period (position INTEGER PRIMARY KEY, name TEXT NOT NULL, length INTEGER NOT NULL);
+CREATE TABLE account (position INTEGER PRIMARY KEY, number INTEGER NOT NULL UNIQUE, code TEXT NOT NULL UNIQUE,
+                      description TEXT NOT NULL);
+CREATE TABLE field (position INTEGER PRIMARY KEY, number INTEGER NOT NULL UNIQUE, description TEXT NOT NULL,
+                    system INTEGER NOT NULL);
+CREATE TABLE chunk (id INTEGER PRIMARY KEY, key INTEGER NOT NULL UNIQUE, figures BLOB NOT NULL);
+CREATE TABLE journal (id INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, first REAL NOT NULL, last REAL NOT NULL,
+                      what TEXT NOT NULL, state INTEGER NOT NULL, chunks INTEGER NOT NULL);
+CREATE TABLE journal_chunk (entry INTEGER NOT NULL, key INTEGER NOT NULL, rows BLOB NOT NULL, image INTEGER,
+                            PRIMARY KEY (entry, key)) WITHOUT ROWID;
+CREATE TABLE image (id INTEGER PRIMARY KEY, figures BLOB NOT NULL);
+)sql";
+
+}  // namespace
+
+// The record size decides how many records fit; a record larger than a page has a chunk of its own.
+std::size_t ChooseRowsOfChunk(const BookDescription& description) {
+  std::size_t room = kPageRoom;
+  while (room > kSmallestChunk && room * description.accounts.size() > kChunksOfAllAccounts) room /= 2;
+  const std::size_t record = std::max<std::size_t>(description.fields.size(), 1) * sizeof(Double);
+  return std::max<std::size_t>(room / record, 1);
+}
+
+void SetPageSize(Database& database) {
+  database.Execute(("PRAGMA page_size = " + std::to_string(kPageSize)).c_str());
+}
+
+void CreateTables(Database& database) {
+  database.Execute(("PRAGMA application_id = " + std::to_string(kBookApplicationId)).c_str());
+  database.Execute(("PRAGMA user_version = " + std::to_string(kBookFormat)).c_str());
+  database.Execute(kSchema);
+}
+
+Long FormatOf(Database& database) {
+  constexpr const char* kSource = "Tallybook.Book";
+  if (database.Number("PRAGMA application_id") != kBookApplicationId) {
+    throw Failure(FailureNumber::kPathOrAccess, database.Path() + ": this file is not a book", kSource);
+  }
+  const std::int64_t format = database.Number("PRAGMA user_version");
+  if (format > kBookFormat) {
+    throw Failure(FailureNumber::kFeatureUnavailable,
+                  database.Path() + ": this book was made by a newer version of Tallybook (book version " +
+                      std::to_string(format) + "; this one reads up to " + std::to_string(kBookFormat) + ")",
+                  kSource);
+  }
+  if (format < 1) {
+    throw Failure(FailureNumber::kDeviceError,
+                  database.Path() + ": the book is damaged: its format is told as " + std::to_string(format), kSource);
+  }
+  return static_cast<Long>(format);
+}
+
+}  // namespace tallybook::engine
