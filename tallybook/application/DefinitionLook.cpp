@@ -1,0 +1,125 @@
+#include "tallybook/application/DefinitionLook.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+#include <unistd.h>
+
+#include "exchange/DefinitionFile.h"
+#include "import/DefinitionRecord.h"
+#include "support/Failure.h"
+#include "support/Platform.h"
+#include "support/Utility.h"
+#include "tallybook/application/FileKind.h"
+
+namespace tallybook::application {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kPrefix = "TBQDX";
+constexpr int kMostAttempts = 4;  // of the store: the first, and three more a second apart
+
+// The number in "TBQDX7.NAME"; 0 for any other name.
+Integer NumberIn(const Text& name, const Text& extension) {
+  if (!UpperCase(name).starts_with(kPrefix) || !name.ends_with("." + extension)) return 0;
+  const char* const first = name.data() + kPrefix.size();
+  const char* const last = name.data() + name.size() - extension.size() - 1;
+  Integer number = 0;
+  if (first >= last) return 0;
+  const auto [end, error] = std::from_chars(first, last, number);
+  return error == std::errc() && end == last ? number : Integer{0};
+}
+
+std::unique_ptr<OpenFile> OpenPatiently(const Text& path) {
+  for (int attempt = 1;; ++attempt) {
+    try {
+      return ThePlatform().files->Open(path, Access::kRead, Sharing::kLockWrite, Creation::kMustExist);
+    } catch (const Failure& failure) {
+      const bool held = failure.Number() == FailureNumber::kPermissionDenied && ::access(path.c_str(), R_OK) == 0;
+      if (!held || attempt == kMostAttempts) throw;
+      WaitSeconds(1);
+    }
+  }
+}
+
+Text ContentsOf(const Text& path) {
+  const auto file = OpenPatiently(path);
+  Text contents(static_cast<std::size_t>(file->Size()), '\0');
+  contents.resize(file->ReadAt(0, std::as_writable_bytes(std::span(contents))));
+  return contents;
+}
+
+// A definition is written with a line end behind each line.
+bool IsCut(std::string_view contents) {
+  return contents.empty() || (contents.back() != '\n' && contents.back() != '\r');
+}
+
+// Takes what the definition says, or the reason why it cannot be read.
+void Read(SeenDefinition& seen) {
+  const FileKind kind = LookAt(seen.path).kind;
+  if (kind != FileKind::kRegular) {
+    seen.trouble = "it is " + (kind == FileKind::kMissing ? Text("a link that leads nowhere") : WordsFor(kind));
+    return;
+  }
+  if (IsCut(ContentsOf(seen.path))) {
+    seen.trouble = "it is cut short";
+    return;
+  }
+  DefinitionRecord record;
+  if (!ReadDefinition(seen.path, TablesWanted::kYes, record, [] {})) {
+    seen.trouble = "it is cut short or damaged";
+    return;
+  }
+  seen.title = record.Desc;
+  seen.exchange_files = record.QdxFileName;
+}
+
+}  // namespace
+
+std::vector<SeenDefinition> LookAtDefinitions(const Text& folder, const Text& extension) {
+  std::vector<SeenDefinition> definitions;
+  std::error_code error;  // a folder that cannot be listed shows the store no definitions either
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder.empty() ? Text(".") : folder, error)) {
+    const Text name = entry.path().filename().string();
+    const Integer number = NumberIn(name, extension);
+    if (number < 1) continue;
+    SeenDefinition& seen = definitions.emplace_back();
+    seen.number = number;
+    seen.path = folder + name;
+    try {
+      Read(seen);
+    } catch (const Failure& failure) {
+      seen.trouble = failure.Description();
+    }
+  }
+  std::ranges::sort(definitions, {}, &SeenDefinition::number);
+  return definitions;
+}
+
+void NeedReadableDefinitions(const std::vector<SeenDefinition>& definitions) {
+  Text troubles;
+  for (const SeenDefinition& seen : definitions) {
+    if (seen.trouble.empty()) continue;
+    troubles += (troubles.empty() ? "" : "\n") + ("exchange definition " + std::to_string(seen.number)) + " (" +
+                seen.path + ") cannot be read: " + seen.trouble;
+  }
+  if (!troubles.empty()) throw Failure(FailureNumber::kPathOrAccess, troubles, "DefinitionLook");
+}
+
+std::vector<Text> ExchangeFilesOf(const Text& pattern) {
+  std::vector<Text> files;
+  const Text folder = AddBackslash(FilePath(pattern));
+  for (const FoundFile& found : ThePlatform().files->Find(pattern)) files.push_back(folder + found.name);
+  return files;
+}
+
+void NeedRegularExchangeFiles(const Text& pattern) {
+  if (pattern.find_first_of("*?") == Text::npos) NeedRegularFile(pattern);
+  for (const Text& file : ExchangeFilesOf(pattern)) NeedRegularFile(file);
+}
+
+}  // namespace tallybook::application

@@ -1,0 +1,36 @@
+// Looks at the exchange definitions of a book before the component loads them. The component's store shows a file that
+// it cannot read as the one before it, and clears away what it could not write; so whoever uses definitions looks first
+// and goes no further where one is not sound. Nothing is changed here. One thread.
+#pragma once
+
+#include <vector>
+
+#include "support/Types.h"
+
+namespace tallybook::application {
+
+struct SeenDefinition {
+  Integer number = 0;
+  Text path;
+  Text title;
+  Text exchange_files;  // the pattern of the files that it imports
+  Text trouble;         // why it cannot be read; empty where it is sound
+};
+
+// The definition files of a book, by number.
+//   folder     where the book's companion files lie, with a separator at its end (Masterfile::DataPath)
+//   extension  what they end in, without the dot (Masterfile::FileExtension)
+// A file that another process holds for a moment is waited for as long as the store would.
+[[nodiscard]] std::vector<SeenDefinition> LookAtDefinitions(const Text& folder, const Text& extension);
+
+// Failure 75 that names each definition that cannot be read, with its reason.
+void NeedReadableDefinitions(const std::vector<SeenDefinition>& definitions);
+
+// Failure 75 where something that a pattern for exchange files leads to is no regular file: "in/north.QDX is a pipe".
+// Folders that match a pattern with wildcards are passed over, as they are by the import.
+void NeedRegularExchangeFiles(const Text& pattern);
+
+// The files that the pattern leads to at present, so that no output goes onto one of them.
+[[nodiscard]] std::vector<Text> ExchangeFilesOf(const Text& pattern);
+
+}  // namespace tallybook::application

@@ -1,0 +1,164 @@
+#include "tallybook/application/OutputRules.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <fcntl.h>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+#include <unistd.h>
+
+#include "qdx/HeaderItems.h"
+#include "support/Failure.h"
+#include "support/Utility.h"
+#include "tallybook/engine/BookFile.h"
+
+namespace tallybook::application {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The head of a SQLite file (sqlite.org/fileformat2.html, "The Database Header"), and of a write-ahead log ("The WAL
+// File Format"). The last byte of a log's mark tells the byte order of its checksums.
+constexpr std::size_t kHeadSize = 100;
+constexpr std::string_view kDatabaseMark("SQLite format 3\0", 16);
+constexpr std::size_t kApplicationIdOffset = 68;
+constexpr std::string_view kLogMark("\x37\x7f\x06", 3);
+
+constexpr std::array kLogEndings = {"-wal", "-shm", "-lock", "-journal"};
+
+[[noreturn]] void Refuse(const Text& path, const Text& reason) {
+  throw Failure(FailureNumber::kPathOrAccess, path + " " + reason, "FileSystem");
+}
+
+// The first bytes of a file; fewer where it is shorter.
+std::string HeadOf(const Text& path) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  std::string head(kHeadSize, '\0');
+  const ssize_t count = file < 0 ? -1 : ::pread(file, head.data(), head.size(), 0);
+  const int error = errno;
+  if (file >= 0) ::close(file);
+  if (count < 0) {
+    throw Failure(FailureNumber::kPermissionDenied,
+                  path + " cannot be looked at before it is replaced: " + std::generic_category().message(error),
+                  "FileSystem");
+  }
+  head.resize(static_cast<std::size_t>(count));
+  return head;
+}
+
+std::uint32_t ApplicationIdIn(std::string_view head) {
+  std::uint32_t number = 0;
+  if (head.size() < kApplicationIdOffset + sizeof number) return 0;
+  for (std::size_t i = 0; i < sizeof number; ++i)
+    number = number << 8U | static_cast<unsigned char>(head[kApplicationIdOffset + i]);
+  return number;
+}
+
+// Either mark alone will do: a book may be damaged just there.
+bool IsBookHead(std::string_view head) {
+  return ApplicationIdIn(head) == engine::kBookApplicationId;
+}
+
+// A table that we export as a SQLite file has no application's mark; any other database is somebody's.
+bool IsForeignDatabase(std::string_view head) {
+  return head.starts_with(kDatabaseMark) && ApplicationIdIn(head) != 0;
+}
+
+bool IsExchangeFile(std::string_view head) {
+  return head.starts_with(kMagic);
+}
+
+bool IsDefinitionName(const Text& name) {
+  const Text capitals = UpperCase(name);
+  const auto digits_and_dot = [&](std::string_view prefix) {
+    if (!capitals.starts_with(prefix)) return false;
+    const std::size_t end = capitals.find_first_not_of("0123456789", prefix.size());
+    return end != Text::npos && end > prefix.size() && capitals[end] == '.';
+  };
+  return digits_and_dot("TBQDX") || digits_and_dot("TBQDBU") || digits_and_dot("KVQDX");
+}
+
+}  // namespace
+
+void OutputRules::Protect(const Text& path, const Text& what) {
+  protected_.push_back({.resolved = ResolveLinks(path), .identity = LookAt(path).identity, .what = what});
+}
+
+void OutputRules::ProtectBook(const Text& path) {
+  Protect(path, "the book of this command");
+  protected_.back().book = true;
+}
+
+const OutputRules::Protected* OutputRules::Find(const Text& resolved, const FileIdentity& identity) const {
+  const bool there = identity != FileIdentity{};
+  const auto found = std::ranges::find_if(protected_, [&](const Protected& other) {
+    return other.resolved == resolved || (there && other.identity == identity);
+  });
+  return found == protected_.end() ? nullptr : &*found;
+}
+
+bool OutputRules::IsBook(const Text& path) const {
+  const FileLook look = LookAt(path);
+  if (look.kind != FileKind::kRegular) return false;
+  if (const Protected* known = Find(path, look.identity)) return known->book;
+  return IsBookHead(HeadOf(path));
+}
+
+// The book beside which `resolved` is a companion file, by name; empty where there is none.
+Text OutputRules::BookOfCompanion(const Text& resolved) const {
+  const fs::path path(resolved);
+  const fs::path folder = path.parent_path();
+  const Text name = path.filename().string();
+  for (const std::string_view ending : kLogEndings) {
+    Text book = resolved.substr(0, resolved.size() - std::min(ending.size(), resolved.size()));
+    if (name.ends_with(ending) && name.size() > ending.size() && IsBook(book)) return book;
+  }
+  const bool settings = name.ends_with(".ini");
+  if (!settings && !IsDefinitionName(name)) return {};
+  const Text stem = settings ? path.stem().string() : name.substr(name.find('.') + 1);
+  for (const char* extension : {".tbk", ""}) {
+    Text book = (folder / (stem + extension)).string();
+    if (!stem.empty() && IsBook(book)) return book;
+  }
+  return {};
+}
+
+void OutputRules::CheckContents(const Text& path, const Text& resolved, bool in_place) const {
+  const std::string head = HeadOf(resolved);
+  if (IsBookHead(head)) Refuse(path, "is a book; nothing is written over one");
+  if (IsForeignDatabase(head)) Refuse(path, "is the database of a program; nothing is written over one");
+  if (head.starts_with(kLogMark)) Refuse(path, "is the log of a database; nothing is written over one");
+  if (in_place && IsExchangeFile(head))
+    Refuse(path, "is an exchange file; messages and reports are not written over one");
+}
+
+void OutputRules::CheckAll(const Text& path, bool in_place) const {
+  const FileLook look = LookAt(path);
+  if (look.kind != FileKind::kRegular && look.kind != FileKind::kMissing)
+    Refuse(path, "is " + WordsFor(look.kind) + "; an output needs a file");
+  const Text resolved = ResolveLinks(path);
+  if (const Protected* other = Find(resolved, look.identity))
+    Refuse(path, "is " + other->what + "; nothing is written over it");
+  if (const Text book = BookOfCompanion(resolved); !book.empty())
+    Refuse(path, "belongs to the book " + book + "; nothing is written over it");
+  if (look.kind == FileKind::kMissing) return;
+  if (IsDefinitionName(fs::path(resolved).filename().string()))
+    Refuse(path, "is an exchange definition; nothing is written over one");
+  CheckContents(path, resolved, in_place);
+  if (in_place && look.names > 1)
+    Refuse(path, "has more than one name (hard links); what is written there would show in all");
+}
+
+void OutputRules::Check(const Text& path) const {
+  CheckAll(path, false);
+}
+
+void OutputRules::CheckInPlace(const Text& path) const {
+  CheckAll(path, true);
+}
+
+}  // namespace tallybook::application
