@@ -2,124 +2,246 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <iostream>
+#include <fmt/format.h>
+#include <map>
+
+#include "tallybook/cli/Wording.h"
 
 namespace tallybook::cli {
 
 namespace {
 
-constexpr const char* kSee = "See: tallybook --help, tallybook COMMAND --help";
+// What the user gave for each argument of a command, in the order in which it was given.
+using GivenTexts = std::map<Text, std::vector<Text>>;
 
-// What a table reads a text with, as the library wants it: its error bears the argument's name.
-auto Reader(const Argument& argument) {
-  return [&argument](const std::string& text) {
-    try {
-      argument.take(text);
-    } catch (const WrongUse& error) {
-      throw CLI::ValidationError(argument.name, error.what());
-    }
-  };
+// The words, sorted by the library: the command that they reached, and what was given to it.
+struct SortedWords {
+  CommandPath path;
+  GivenTexts given;
+  std::vector<Text> unknown;  // what neither an option nor a positional argument of it takes
+};
+
+[[noreturn]] void Refuse(const CommandPath& path, const Text& reason) {
+  throw WrongUse(reason + "\n" + SeeText(path));
 }
 
-CLI::Option& AddFlagOption(CLI::App& app, const Argument& argument, const std::string& names) {
-  const auto set = [&argument](std::int64_t /*count*/) { argument.take(""); };
-  return *app.add_flag_function(names, set, argument.what);
+bool IsFlag(const Argument& argument) {
+  return argument.kind == ArgumentKind::kFlag;
 }
 
-CLI::Option& AddValued(CLI::App& app, const Argument& argument, const std::string& names) {
-  const auto read = Reader(argument);
-  if (!argument.repeatable) {
-    return *app.add_option_function<std::string>(names, read, argument.what)->type_name(argument.value);
-  }
-  const auto read_all = [read](const std::vector<std::string>& texts) {
-    std::for_each(texts.begin(), texts.end(), read);
-  };
-  CLI::Option& option = *app.add_option_function<std::vector<std::string>>(names, read_all, argument.what);
-  option.allow_extra_args(false)->type_name(argument.value);
-  if (argument.kind == ArgumentKind::kWordList) option.delimiter(',');
-  return option;
-}
-
+// The library splits words into commands, options and values; what is wrong with them is judged and worded here.
 void AddArgument(CLI::App& app, const Argument& argument) {
   const std::string names = argument.short_name.empty() ? argument.name : argument.short_name + "," + argument.name;
-  const bool is_flag = argument.kind == ArgumentKind::kFlag;
-  CLI::Option& option = is_flag ? AddFlagOption(app, argument, names) : AddValued(app, argument, names);
-  option.required(argument.required);
-  if (!argument.heading.empty()) option.group(argument.heading);
+  CLI::Option& option = IsFlag(argument) ? *app.add_flag(names) : *app.add_option(names);
+  if (!argument.IsOption() && argument.repeatable) option.expected(-1)->allow_extra_args();
+  option.take_all();
 }
 
-bool Holds(const std::vector<Text>& names, const Text& name) {
-  return std::find(names.begin(), names.end(), name) != names.end();
+void AddTable(CLI::App& app, const CommandTable& table) {
+  app.set_help_flag();
+  app.allow_extras();
+  app.require_subcommand(0, 1);
+  for (const Argument& argument : table.arguments) AddArgument(app, argument);
+  for (const CommandTable& command : table.commands) AddTable(*app.add_subcommand(command.name), command);
 }
 
-bool IsAlternative(const CommandTable& command, const Text& name) {
-  return std::any_of(command.alternatives.begin(), command.alternatives.end(),
-                     [&](const std::vector<Text>& names) { return Holds(names, name); });
+const CommandTable* CommandNamed(const CommandTable& table, const Text& name) {
+  const auto found = std::find_if(table.commands.begin(), table.commands.end(),
+                                  [&](const CommandTable& command) { return command.name == name; });
+  return found == table.commands.end() ? nullptr : &*found;
 }
 
-void AddTable(CLI::App& app, const CommandTable& table, const CommandTable*& chosen);
-
-void AddCommand(CLI::App& app, const CommandTable& command, const CommandTable*& chosen) {
-  for (const Argument& argument : command.arguments) {
-    if (!IsAlternative(command, argument.name)) AddArgument(app, argument);
-  }
-  for (const std::vector<Text>& names : command.alternatives) {
-    CLI::Option_group& group = *app.add_option_group("Which");
-    for (const Argument& argument : command.arguments) {
-      if (Holds(names, argument.name)) AddArgument(group, argument);
+// Options before the command's name and words that are none stand in the way, so the first table with any is the end.
+SortedWords Collect(const CLI::App& root, const CommandTable& program) {
+  SortedWords sorted;
+  const CLI::App* app = &root;
+  const CommandTable* table = &program;
+  while (true) {
+    sorted.path.push_back(table);
+    const bool with_subcommands = true;
+    sorted.unknown = app->remaining(!with_subcommands);
+    std::erase(sorted.unknown, "--");
+    for (const Argument& argument : table->arguments) {
+      const CLI::Option& option = *app->get_option(argument.name);
+      if (option.count() > 0) sorted.given[argument.name] = option.results();
     }
-    group.require_option(1);
+    const auto next = app->get_subcommands();
+    if (next.empty() || !sorted.unknown.empty()) return sorted;
+    app = next.front();
+    table = CommandNamed(*table, app->get_name());
   }
-  for (const auto& [option, other] : command.exclusions) app.get_option(option)->excludes(app.get_option(other));
-  std::string footer = "Examples:";
-  for (const Text& example : command.examples) footer += "\n  " + example;
-  app.footer(footer);
-  app.callback([&command, &chosen] { chosen = &command; });
 }
 
-void AddTable(CLI::App& app, const CommandTable& table, const CommandTable*& chosen) {
-  if (!table.IsGroup()) {
-    AddCommand(app, table, chosen);
-    return;
+// The library passes over the value of "--name=" and takes the next word for it.
+std::vector<Text> WithEmptyValuesApart(const std::vector<Text>& words) {
+  std::vector<Text> apart;
+  bool options = true;
+  for (const Text& word : words) {
+    options = options && word != "--";
+    const bool is_empty = options && word.size() > 3 && word.starts_with("--") && word.find('=') == word.size() - 1;
+    apart.push_back(is_empty ? word.substr(0, word.size() - 1) : word);
+    if (is_empty) apart.emplace_back();
   }
-  app.require_subcommand(1);
+  return apart;
+}
+
+SortedWords Sort(const CommandTable& program, const std::vector<Text>& given_words) {
+  CLI::App app;
+  AddTable(app, program);
+  const std::vector<Text> words = WithEmptyValuesApart(given_words);
+  try {
+    // The library takes the words from the last to the first.
+    app.parse(std::vector<Text>(words.rbegin(), words.rend()));
+  } catch (const CLI::ParseError&) {
+    // All that is left to it to complain of is an option at the end without its value.
+    const SortedWords sorted = Collect(app, program);
+    const Argument* option = OptionNamed(*sorted.path.back(), words.back());
+    const Text value = option == nullptr ? "value" : option->value;
+    Refuse(sorted.path, fmt::format("{} wants a {} behind it", words.back(), value));
+  }
+  return Collect(app, program);
+}
+
+std::vector<Text> NamesOfCommands(const CommandTable& table) {
+  std::vector<Text> names;
   for (const CommandTable& command : table.commands) {
-    AddTable(*app.add_subcommand(command.name, command.what), command, chosen);
+    if (!command.hidden) names.push_back(command.name);
+  }
+  return names;
+}
+
+std::vector<Text> NamesOfOptions(const CommandTable& table) {
+  std::vector<Text> names;
+  for (const Argument& argument : table.arguments) {
+    if (argument.IsOption()) names.push_back(argument.name);
+  }
+  return names;
+}
+
+Text UnknownCommand(const CommandPath& path, const Text& word) {
+  const std::vector<Text> names = NamesOfCommands(*path.back());
+  const Text near = DidYouMean(word, names);
+  const Text where = path.size() == 1 ? "" : " of `" + PathText(path) + "`";
+  return fmt::format("'{}' is no command{}; {}", word, where,
+                     near.empty() ? "there are " + Listed(names, "and") : near);
+}
+
+Text UnknownOption(const CommandPath& path, const Text& word) {
+  const Text near = DidYouMean(word.substr(0, word.find('=')), NamesOfOptions(*path.back()));
+  return fmt::format("{} is no option of `{}`{}", word, PathText(path), near.empty() ? "" : "; " + near);
+}
+
+void CheckUnknown(const SortedWords& sorted) {
+  if (sorted.unknown.empty()) return;
+  // What follows an unknown option may be its value.
+  const auto is_option = [](const Text& word) { return word.size() > 1 && word.starts_with('-'); };
+  const auto option = std::find_if(sorted.unknown.begin(), sorted.unknown.end(), is_option);
+  if (option != sorted.unknown.end()) Refuse(sorted.path, UnknownOption(sorted.path, *option));
+  const Text& word = sorted.unknown.front();
+  if (sorted.path.back()->IsGroup()) Refuse(sorted.path, UnknownCommand(sorted.path, word));
+  Refuse(sorted.path, fmt::format("'{}' is a word too many", word));
+}
+
+void CheckRepeated(const SortedWords& sorted) {
+  for (const Argument& argument : sorted.path.back()->arguments) {
+    const auto given = sorted.given.find(argument.name);
+    if (given == sorted.given.end()) continue;
+    if (IsFlag(argument) && given->second.front() != "true") {
+      Refuse(sorted.path, fmt::format("{} takes no value", argument.name));
+    }
+    if (!IsFlag(argument) && !argument.repeatable && given->second.size() > 1) {
+      Refuse(sorted.path, fmt::format("{} is given {} times", argument.name, given->second.size()));
+    }
   }
 }
 
-// Help and version are printed; everything else that the words are wrong with is wrong use.
-void TellParsing(const CLI::App& app, const CLI::ParseError& error) {
-  if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-    app.exit(error, std::cout, std::cerr);
-    return;
+void CheckRequired(const SortedWords& sorted) {
+  std::vector<Text> missing;
+  for (const Argument& argument : sorted.path.back()->arguments) {
+    if (argument.required && !sorted.given.contains(argument.name)) missing.push_back(argument.name);
   }
-  // Words that no option and no command took, from the innermost command that was reached.
-  const bool with_subcommands = true;
-  const std::vector<Text> unknown = app.remaining(with_subcommands);
-  if (!unknown.empty() && error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError)) {
-    throw WrongUse("'" + unknown.front() + "' is no command here\n" + kSee);
+  if (missing.empty()) return;
+  Refuse(sorted.path, Listed(missing, "and") + (missing.size() == 1 ? " is required" : " are required"));
+}
+
+void CheckAlternatives(const SortedWords& sorted) {
+  for (const std::vector<Text>& names : sorted.path.back()->alternatives) {
+    const auto count =
+        std::count_if(names.begin(), names.end(), [&](const Text& name) { return sorted.given.contains(name); });
+    if (count == 0) Refuse(sorted.path, Listed(names, "or") + " is required");
+    if (count > 1) Refuse(sorted.path, Listed(names, "and") + " do not go together");
   }
-  throw WrongUse(Text(error.what()) + "\n" + kSee);
+  for (const auto& [option, other] : sorted.path.back()->exclusions) {
+    if (sorted.given.contains(option) && sorted.given.contains(other)) {
+      Refuse(sorted.path, Listed({option, other}, "and") + " do not go together");
+    }
+  }
+}
+
+std::vector<Text> Split(const Text& list) {
+  std::vector<Text> parts;
+  std::size_t start = 0;
+  for (std::size_t comma = list.find(','); comma != Text::npos; comma = list.find(',', start)) {
+    parts.push_back(list.substr(start, comma - start));
+    start = comma + 1;
+  }
+  parts.push_back(list.substr(start));
+  return parts;
+}
+
+void Take(const CommandPath& path, const Argument& argument, const Text& text) {
+  const bool is_list = argument.kind == ArgumentKind::kWordList;
+  try {
+    for (const Text& part : is_list ? Split(text) : std::vector<Text>{text}) argument.take(part);
+  } catch (const WrongUse& error) {
+    Refuse(path, argument.name + ": " + error.what());
+  }
+}
+
+void TakeAll(const SortedWords& sorted) {
+  for (const Argument& argument : sorted.path.back()->arguments) {
+    const auto given = sorted.given.find(argument.name);
+    if (given == sorted.given.end()) continue;
+    for (const Text& text : given->second) Take(sorted.path, argument, text);
+  }
 }
 
 }  // namespace
 
-const CommandTable* ParseArguments(const CommandTable& program, const Text& version, const Text& footer,
-                                   const std::vector<Text>& words) {
-  CLI::App app(program.what, program.name);
-  app.fallthrough(false);
-  app.set_version_flag("--version", version);
-  app.footer(footer);
-  const CommandTable* chosen = nullptr;
-  AddTable(app, program, chosen);
-  try {
-    // The library takes the words from the last to the first.
-    app.parse(std::vector<Text>(words.rbegin(), words.rend()));
-  } catch (const CLI::ParseError& error) {
-    TellParsing(app, error);
+UnderstoodLine UnderstandLine(const CommandTable& program, const std::vector<Text>& words) {
+  const SortedWords sorted = Sort(program, words);
+  UnderstoodLine line{.path = sorted.path};
+  line.wants_help = sorted.given.contains(kHelpOption);
+  line.wants_version = sorted.given.contains(kVersionOption);
+  if (line.wants_help || line.wants_version) return line;
+  CheckUnknown(sorted);
+  if (sorted.path.back()->IsGroup()) {
+    Refuse(sorted.path, "a command is required: " + Listed(NamesOfCommands(*sorted.path.back()), "or"));
   }
-  return chosen;
+  CheckRepeated(sorted);
+  CheckRequired(sorted);
+  CheckAlternatives(sorted);
+  TakeAll(sorted);
+  return line;
+}
+
+CommandPath FindCommand(const CommandTable& program, const std::vector<Text>& names) {
+  CommandPath path = {&program};
+  for (const Text& name : names) {
+    const CommandTable* command = CommandNamed(*path.back(), name);
+    if (command != nullptr) {
+      path.push_back(command);
+    } else if (path.back()->IsGroup()) {
+      throw WrongUse(UnknownCommand(path, name));
+    } else {
+      throw WrongUse(fmt::format("`{}` has no commands of its own", PathText(path)));
+    }
+  }
+  return path;
+}
+
+Text SeeText(const CommandPath& path) {
+  return "See: " + PathText(path) + " " + kHelpOption;
 }
 
 }  // namespace tallybook::cli

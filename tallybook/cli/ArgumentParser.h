@@ -8,10 +8,22 @@
 
 namespace tallybook::cli {
 
+// What the words ask for.
+struct UnderstoodLine {
+  CommandPath path;            // the command that the words lead to; where help is asked for it may be a group
+  bool wants_help = false;     // then nothing was read
+  bool wants_version = false;  // then nothing was read
+};
+
 // Reads the words behind the program's name into the records that the arguments of `program` are bound to.
-//   gives  the command that the words name; nothing where they ask for help or the version, which has been printed
-//   fails  WrongUse, with the reason and where to read on
-[[nodiscard]] const CommandTable* ParseArguments(const CommandTable& program, const Text& version, const Text& footer,
-                                                 const std::vector<Text>& words);
+//   fails  WrongUse with the reason, and with the help to read in a line of its own
+[[nodiscard]] UnderstoodLine UnderstandLine(const CommandTable& program, const std::vector<Text>& words);
+
+// The command or group that these names lead to, from the program down. WrongUse with the reason where they lead
+// nowhere.
+[[nodiscard]] CommandPath FindCommand(const CommandTable& program, const std::vector<Text>& names);
+
+// "See: tallybook import qdx --help".
+[[nodiscard]] Text SeeText(const CommandPath& path);
 
 }  // namespace tallybook::cli

@@ -1,5 +1,6 @@
 #include "tallybook/cli/Arguments.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <fmt/format.h>
@@ -8,6 +9,7 @@
 #include "support/Dates.h"
 #include "support/Utility.h"
 #include "tallybook/cli/ConsoleMessageBoxes.h"
+#include "tallybook/cli/Wording.h"
 
 namespace tallybook::cli {
 
@@ -55,17 +57,12 @@ Double AmountOf(const Text& text) {
   throw WrongUse(fmt::format("'{}' is no amount; wanted is a number like 12.5", text));
 }
 
-Text Joined(const std::vector<Text>& words) {
-  Text joined;
-  for (const Text& word : words) joined += (joined.empty() ? "" : ", ") + word;
-  return joined;
-}
-
 std::size_t IndexOf(const Text& text, const std::vector<Text>& words) {
   for (std::size_t i = 0; i < words.size(); ++i) {
     if (LowerCase(text) == words[i]) return i;
   }
-  throw WrongUse(fmt::format("'{}' is none of {}", text, Joined(words)));
+  const Text near = DidYouMean(text, words);
+  throw WrongUse(fmt::format("'{}' is none of {}{}", text, Listed(words), near.empty() ? "" : "; " + near));
 }
 
 template <typename Number>
@@ -101,6 +98,19 @@ Argument& Argument::Heading(const Text& text) {
 Argument& Argument::As(ArgumentKind what_it_is) {
   kind = what_it_is;
   return *this;
+}
+
+Text PathText(const CommandPath& path) {
+  Text text;
+  for (const CommandTable* table : path) text += (text.empty() ? "" : " ") + table->name;
+  return text;
+}
+
+const Argument* OptionNamed(const CommandTable& command, const Text& name) {
+  const auto found = std::find_if(command.arguments.begin(), command.arguments.end(), [&](const Argument& argument) {
+    return argument.IsOption() && (argument.name == name || argument.short_name == name);
+  });
+  return found == command.arguments.end() ? nullptr : &*found;
 }
 
 CommandTable MakeGroup(const Text& name, const Text& what, std::vector<CommandTable> commands) {
@@ -177,6 +187,15 @@ Argument& AddWords(CommandTable& command, const Text& name, std::vector<Text> wo
   Argument& argument = Add(command, name, ArgumentKind::kWord, "WORD", what, read);
   argument.words = std::move(words);
   return argument;
+}
+
+void AddHelpEverywhere(CommandTable& table) {
+  Add(table, kHelpOption, ArgumentKind::kFlag, "", "Print this help", [](const Text& /*text*/) {}).Short("-h");
+  for (CommandTable& command : table.commands) AddHelpEverywhere(command);
+}
+
+void AddVersion(CommandTable& program) {
+  Add(program, kVersionOption, ArgumentKind::kFlag, "", "Print the version", [](const Text& /*text*/) {});
 }
 
 void AddBook(CommandTable& command, Text& path) {

@@ -1,7 +1,7 @@
 // The tables of the command line: which commands there are, what arguments each takes, and what each argument is. Parsing
 // and help read these tables, and nothing else knows an argument.
 //
-// A command is a unit that gives its table, and a line in CommandLine.cpp. Each argument is bound to a member of the
+// A command is a unit that gives its table, and a line in Program.cpp. Each argument is bound to a member of the
 // record of options that the command runs with, and is one line; where several commands have it, a function of its own
 // adds it to them:
 //
@@ -49,6 +49,7 @@ enum class ArgumentKind {
   kAccountCode,   // an account of the book that the line names
   kFieldNumber,   // a datafield of that book
   kDefinition,    // an exchange definition of that book
+  kCommand,       // words of the command line
   kJournalEntry,  // an entry of that book's journal
 };
 
@@ -86,10 +87,21 @@ struct CommandTable {
   std::vector<std::vector<Text>> alternatives;    // options of which exactly one is wanted
   std::vector<std::pair<Text, Text>> exclusions;  // options that do not go together
   std::vector<CommandTable> commands;             // of a group
+  std::vector<Text> notes;                        // paragraphs for the end of its help
+  bool hidden = false;                            // left out wherever commands are listed
   std::function<ExitStatus()> run;                // called after all arguments were taken; empty for a group
 
   [[nodiscard]] bool IsGroup() const { return !commands.empty(); }
 };
+
+// The tables from the program down to a command or a group of it.
+using CommandPath = std::vector<const CommandTable*>;
+
+// "tallybook import qdx".
+[[nodiscard]] Text PathText(const CommandPath& path);
+
+// The option of that name, long or short; nothing where the command has none.
+[[nodiscard]] const Argument* OptionNamed(const CommandTable& command, const Text& name);
 
 // A command that runs `run` on the options that its arguments are bound to; the table keeps them alive.
 template <typename Options>
@@ -153,6 +165,12 @@ Argument& AddChoice(CommandTable& command, const Text& name, Target& target, con
 
 // The heading in help of the options about questions.
 inline constexpr const char* kQuestions = "Questions";
+
+// Help, which every command and group has, and the program's version. They are bound to nothing.
+inline constexpr const char* kHelpOption = "--help";
+inline constexpr const char* kVersionOption = "--version";
+void AddHelpEverywhere(CommandTable& table);
+void AddVersion(CommandTable& program);
 
 // The arguments that several commands share.
 

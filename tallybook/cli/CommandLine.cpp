@@ -4,35 +4,43 @@
 
 #include "support/Failure.h"
 #include "tallybook/cli/ArgumentParser.h"
-#include "tallybook/cli/Commands.h"
+#include "tallybook/cli/Colours.h"
+#include "tallybook/cli/Help.h"
+#include "tallybook/cli/Program.h"
 
 namespace tallybook::cli {
 
 namespace {
 
 constexpr const char* kVersion = "tallybook 0.1.0";
-constexpr const char* kFooter =
-    "A book is one file, NAME.tbk; its companion files lie beside it.\n"
-    "Exit status: 0 done, 1 the operation failed, 2 wrong use, 3 cancelled by the user.\n"
-    "`tallybook demo` shows all of it at work; `tallybook COMMAND --help` tells more.";
-
-CommandTable Program() {
-  return MakeGroup("tallybook",
-                   "Keeps operating figures in books and moves them between books, exchange files and tables",
-                   {NewCommand(), InfoCommand(), ValuesCommand(), SetCommand(), ExportCommand(), ImportCommand(),
-                    DefinitionCommand(), QdxCommand(), JournalCommand(), DemoCommand(RunCommandLine)});
-}
 
 ExitStatus Tell(const Text& trouble, ExitStatus status) {
   std::cout << std::flush;
-  std::cerr << "tallybook: " << trouble << '\n' << std::flush;
+  std::cerr << TroubleText("tallybook:") << ' ' << trouble << '\n' << std::flush;
   return status;
+}
+
+// The command, told apart from the words that led to it: what it finds wrong with them is wrong use, too.
+ExitStatus RunCommand(const CommandPath& path) {
+  try {
+    return path.back()->run();
+  } catch (const WrongUse& error) {
+    throw WrongUse(Text(error.what()) + "\n" + SeeText(path));
+  }
 }
 
 ExitStatus RunWords(const std::vector<Text>& words) {
   const CommandTable program = Program();
-  const CommandTable* command = ParseArguments(program, kVersion, kFooter, words);
-  return command == nullptr ? ExitStatus::kDone : command->run();
+  const UnderstoodLine line = UnderstandLine(program, words);
+  if (line.wants_help) {
+    std::cout << HelpText(line.path, HeadingText);
+    return ExitStatus::kDone;
+  }
+  if (line.wants_version) {
+    std::cout << kVersion << '\n';
+    return ExitStatus::kDone;
+  }
+  return RunCommand(line.path);
 }
 
 }  // namespace

@@ -21,6 +21,10 @@ namespace tallybook::cli {
 [[nodiscard]] CommandTable QdxCommand();
 [[nodiscard]] CommandTable JournalCommand();
 
+// Makes the whole program's table anew.
+using TableSource = std::function<CommandTable()>;
+[[nodiscard]] CommandTable HelpCommand(const TableSource& program);
+
 // Runs a command line, without the program's name, as if the user had typed it.
 using LineRunner = std::function<ExitStatus(const std::vector<Text>& arguments)>;
 [[nodiscard]] CommandTable DemoCommand(const LineRunner& run_line);

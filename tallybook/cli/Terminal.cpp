@@ -47,6 +47,10 @@ bool CanAsk() {
   return ::isatty(STDIN_FILENO) == 1 && ErrorsAreShownOnTerminal();
 }
 
+bool ResultsAreShownOnTerminal() {
+  return ::isatty(STDOUT_FILENO) == 1;
+}
+
 bool ErrorsAreShownOnTerminal() {
   return ::isatty(STDERR_FILENO) == 1;
 }

@@ -11,7 +11,8 @@ namespace tallybook::cli {
 
 // True where a question can be shown on standard error and answered on standard input.
 [[nodiscard]] bool CanAsk();
-// True where standard error is a terminal.
+// True where standard output and standard error are terminals.
+[[nodiscard]] bool ResultsAreShownOnTerminal();
 [[nodiscard]] bool ErrorsAreShownOnTerminal();
 // Characters a line of that terminal; 80 where it does not say.
 [[nodiscard]] int TerminalWidth();

@@ -335,6 +335,26 @@ class ConsoleTest(unittest.TestCase):
             self.assertLess(len(output.read()), len(values) * 80)
         self.assertEqual(process.wait(TIMEOUT), 3)
 
+    def shown(self, *arguments, **env):
+        terminal = Terminal(arguments, self.folder, {**self.env, **env})
+        terminal.finish()
+        return terminal.shown
+
+    def test_headings_and_errors_are_coloured_on_a_terminal(self):
+        self.assertIn("\x1b[1mUsage:\x1b[0m tallybook values BOOK", self.shown("values", "--help"))
+        self.assertIn("\x1b[1;31mtallybook:\x1b[0m 'sell' is no command", self.shown("sell"))
+
+    def test_nothing_is_coloured_where_no_colour_is_wanted(self):
+        for env in {"NO_COLOR": "1"}, {"TERM": "dumb"}, {"TERM": ""}:
+            for arguments in ["values", "--help"], ["sell"]:
+                shown = self.shown(*arguments, **env)
+                self.assertNotIn("\x1b", shown, env)
+                self.assertIn("tallybook", shown)
+
+    def test_nothing_is_coloured_in_a_file(self):
+        done = subprocess.run([TALLYBOOK, "values", "--help"], env=self.env, capture_output=True, text=True, check=True)
+        self.assertNotIn("\x1b", done.stdout)
+
 
 if __name__ == "__main__":
     unittest.main(verbosity=2)
