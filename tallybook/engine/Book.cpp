@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <limits>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "host/Printer.h"
@@ -13,7 +11,9 @@
 #include "support/Failure.h"
 #include "support/FixedTable.h"
 #include "tallybook/engine/BookFile.h"
+#include "tallybook/engine/BookPlace.h"
 #include "tallybook/engine/FigureStore.h"
+#include "tallybook/engine/Workpiece.h"
 
 namespace tallybook::engine {
 
@@ -33,27 +33,6 @@ Text Padded(const Text& text, Integer width) {
   Text padded = text;
   if (characters < width) padded.append(static_cast<std::size_t>(width - characters), ' ');
   return padded;
-}
-
-// A path in the words of the machine. Both separators are taken everywhere, as the platform's files do.
-Text NativePath(Text path) {
-  constexpr char kSeparator = static_cast<char>(std::filesystem::path::preferred_separator);
-  std::replace_if(
-      path.begin(), path.end(), [](char unit) { return unit == '/' || unit == '\\'; }, kSeparator);
-  return path;
-}
-
-Text FolderOf(const Text& path) {
-  const std::size_t separator = path.find_last_of("/\\");
-  return separator == Text::npos ? Text("./") : path.substr(0, separator + 1);
-}
-
-Text NameOf(const Text& path) {
-  const std::size_t separator = path.find_last_of("/\\");
-  Text name = separator == Text::npos ? path : path.substr(separator + 1);
-  const std::size_t dot = name.rfind('.');
-  if (dot != Text::npos && dot != 0) name.erase(dot);
-  return name;
 }
 
 // Positions from 1 by number; 0 for the numbers between.
@@ -162,40 +141,6 @@ std::vector<Integer> PositionsAsked(const std::vector<Number>& numbers, const st
   return positions;
 }
 
-// A new book is made beside its place and moved there when it is whole, so that no half of one is ever left there.
-class Workpiece {
- public:
-  explicit Workpiece(const Text& path) : path_(path), work_path_(path + "-new") {
-    std::error_code ignored;  // a folder that is not there is told by the opening of the file
-    if (std::filesystem::exists(path, ignored)) {
-      throw Failure(FailureNumber::kPathOrAccess, path + ": the file exists already", kSource);
-    }
-    Remove();
-  }
-  ~Workpiece() { Remove(); }
-  Workpiece(const Workpiece&) = delete;
-  Workpiece& operator=(const Workpiece&) = delete;
-
-  [[nodiscard]] const Text& Path() const { return work_path_; }
-  void MoveToPlace() {
-    std::error_code error;
-    std::filesystem::rename(work_path_, path_, error);
-    if (error) {
-      throw Failure(FailureNumber::kPathOrAccess,
-                    path_ + ": the new book cannot be moved to its place: " + error.message(), kSource);
-    }
-  }
-
- private:
-  void Remove() const {
-    std::error_code ignored;  // what cannot be removed is refused by the next step that meets it
-    for (const char* ending : {"", "-wal", "-shm", "-lock"}) std::filesystem::remove(work_path_ + ending, ignored);
-  }
-
-  Text path_;
-  Text work_path_;
-};
-
 void StoreValues(FigureStore& store, const BookDescription& description) {
   const std::vector<Integer> accounts = PositionsByNumber(description.accounts);
   const std::vector<Integer> fields = PositionsByNumber(description.fields);
@@ -214,7 +159,7 @@ void StoreValues(FigureStore& store, const BookDescription& description) {
 
 void Book::Create(const Text& path, const BookDescription& description) {
   CheckBookDescription(description, path);
-  Workpiece workpiece(NativePath(path));
+  Workpiece workpiece(NativeBookPath(path));
   {
     FigureStore store(BookFile::Create(workpiece.Path(), description), BookOptions().cache_bytes);
     StoreValues(store, description);
@@ -223,14 +168,16 @@ void Book::Create(const Text& path, const BookDescription& description) {
 }
 
 std::unique_ptr<Book> Book::Open(const Text& path, HostApp& app, const BookOptions& options) {
-  auto store = std::make_unique<FigureStore>(BookFile(NativePath(path), options.read_only), options.cache_bytes);
-  return std::unique_ptr<Book>(new Book(path, app, options, std::move(store)));
+  const Text place = ResolvedBookPath(path);
+  auto store =
+      std::make_unique<FigureStore>(BookFile(place, options.read_only, options.wait_seconds), options.cache_bytes);
+  return std::unique_ptr<Book>(new Book(place, app, options, std::move(store)));
 }
 
 Book::Book(const Text& path, HostApp& app, const BookOptions& options, std::unique_ptr<FigureStore> store)
-    : path_(NativePath(path)),
-      folder_(FolderOf(path_)),
-      name_(NameOf(path_)),
+    : path_(path),
+      folder_(BookFolder(path_)),
+      name_(BookName(path_)),
       app_(app),
       options_(options),
       store_(std::move(store)),

@@ -6,8 +6,12 @@
 //   durability       what WriteRecord took is committed at EndProgress, EndRollback and Close, after `commit_seconds`,
 //                    and when much has gathered; a commit holds chunks and their journal images together, so a process
 //                    that is killed leaves a book that is consistent and can be undone
-//   one writer       a book that is open for writing cannot be opened for writing again, here or in another process;
-//                    it can be opened to read, and a reader sees what has been committed
+//   one writer       a book that is open for writing cannot be opened for writing again, here or in another process,
+//                    whatever path leads to it; it can be opened to read, and a reader sees what had been committed then
+//   a look           a book that is open to read leaves nothing behind. One that may not be written is read as it is, and
+//                    reading fails with 70 when a writer changes it meanwhile
+//   its place        links are followed before anything is named; a book that was moved, deleted or replaced while it is
+//                    open for writing fails to commit, with 70
 //
 // One thread. The HostApp, the progress display and the report services belong to the application and outlive the book.
 #pragma once
@@ -41,6 +45,7 @@ struct BookOptions {
   std::size_t cache_bytes = std::size_t{256} << 20;  // the cache's bound; at least two chunks are kept
   bool read_only = false;
   double commit_seconds = 5;  // the longest that a running operation keeps what it wrote uncommitted
+  double wait_seconds = 0;    // the longest that a book to be written is waited for while it is open elsewhere
   ProgressDisplay* progress = nullptr;
   ReportServices* reports = nullptr;
 };
@@ -71,7 +76,8 @@ class Book final : public Masterfile, public CalendarSource {
 
   // Opens a book.
   //   fails   each with the path: 53 no such file, 76 no such folder, 70 not permitted or open elsewhere for writing,
-  //           75 a file that is no book, 73 a book of a newer version, 61 no room, 57 a damaged or unreadable book
+  //           75 a file that is no book, or one with more than one name, 73 a book of a newer version, 61 no room,
+  //           57 a damaged or unreadable book
   [[nodiscard]] static std::unique_ptr<Book> Open(const Text& path, HostApp& app, const BookOptions& options = {});
 
   // Commits and closes, and says nothing of what fails: call Close first where that matters.

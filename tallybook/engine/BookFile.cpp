@@ -4,6 +4,7 @@
 
 #include "support/Failure.h"
 #include "tallybook/engine/DescriptionTables.h"
+#include "tallybook/engine/PrivateCopy.h"
 
 namespace tallybook::engine {
 
@@ -18,8 +19,9 @@ BookFile BookFile::Create(const Text& path, const BookDescription& description) 
 }
 
 BookFile::BookFile(const Text& path, const BookDescription& description) : path_(path), read_only_(false) {
-  database_ = std::make_unique<Database>(path, Database::Mode::kCreate);
-  TakeRightToWrite();
+  hold_ = std::make_unique<BookHold>(path, BookHold::Purpose::kChange);
+  hold_->TakeRightToWrite(0);
+  database_ = std::make_unique<Database>(path, Database::Mode::kReadWrite);
   *description_ = description;
   description_->values.clear();
   rows_of_chunk_ = ChooseRowsOfChunk(description);
@@ -32,14 +34,13 @@ BookFile::BookFile(const Text& path, const BookDescription& description) : path_
   transaction.Commit();
 }
 
-BookFile::BookFile(const Text& path, bool read_only) : path_(path), read_only_(read_only) {
-  database_ = std::make_unique<Database>(path, read_only ? Database::Mode::kReadOnly : Database::Mode::kReadWrite);
-  static_cast<void>(FormatOf(*database_));  // a file that is no book gets no companions
+BookFile::BookFile(const Text& path, bool read_only, double wait_seconds) : path_(path), read_only_(read_only) {
   if (read_only_) {
+    OpenToLook();
     // One long read transaction: whatever a writer commits meanwhile, this book stays one consistent state.
     database_->BeginReading();
   } else {
-    TakeRightToWrite();
+    OpenToChange(wait_seconds);
     // A log of up to 64 MiB is left to grow before it is copied back, so that a large commit is not written twice at
     // once.
     // SQLite keeps 16 MiB of pages besides, so that the index pages of a large commit are written once.
@@ -53,17 +54,70 @@ BookFile::BookFile(const Text& path, bool read_only) : path_(path), read_only_(r
   rows_of_chunk_ = stored.rows_of_chunk;
 }
 
-void BookFile::TakeRightToWrite() {
-  try {
-    right_to_write_ = ThePlatform().files->Open(path_ + "-lock", Access::kReadWrite, Sharing::kLockReadWrite,
-                                                Creation::kCreateIfMissing);
-  } catch (const Failure& failure) {
-    if (failure.Number() != FailureNumber::kPermissionDenied) throw;
-    throw Failure(FailureNumber::kPermissionDenied,
-                  path_ + ": the book is open for writing elsewhere, or its folder may not be written (" +
-                      failure.Description() + ")",
-                  kSource);
+void BookFile::OpenToChange(double wait_seconds) {
+  hold_ = std::make_unique<BookHold>(path_, BookHold::Purpose::kChange);
+  hold_->TakeRightToWrite(wait_seconds);
+  (void)hold_->CanShareLog();  // clears away what would keep the book from being written; what stays, the opening tells
+  database_ = std::make_unique<Database>(path_, Database::Mode::kReadWrite);
+  CheckIsBook();
+  CheckInPlace();
+  hold_->TakeOlderRight();
+  database_->SetGuard([hold = hold_.get()] { hold->CheckInPlace(); });
+}
+
+// Who may write the book and what stands beside it shares the log with writers, and puts a log that a killed writer left
+// into the file at the end. Nobody else touches anything: without a log the file is read as it is, and given up when it
+// changes; with one, both are read from a copy. What the file holds without its log is never shown.
+void BookFile::OpenToLook() {
+  hold_ = std::make_unique<BookHold>(path_, BookHold::Purpose::kLook);
+  if (!hold_->CanShareLog() || !OpenShared()) {
+    if (hold_->LogIsEmpty()) {
+      OpenUnchanging();
+    } else {
+      OpenCopy();
+    }
   }
+  CheckIsBook();
+}
+
+// False where SQLite cannot make the log's index: a full disk, or rights that only show when they are used.
+bool BookFile::OpenShared() {
+  try {
+    database_ = std::make_unique<Database>(path_, Database::Mode::kReadOnly);
+  } catch (const Failure&) {
+    return false;  // told by the opening that follows where it is the file's own fault
+  }
+  CheckInPlace();
+  return true;
+}
+
+void BookFile::OpenUnchanging() {
+  const FileState state = hold_->SettledState();
+  database_ = std::make_unique<Database>(path_, Database::Mode::kUnchanging);
+  database_->SetGuard([hold = hold_.get(), state, path = path_] {
+    if (hold->State() == state) return;
+    throw Failure(FailureNumber::kPermissionDenied,
+                  path + ": a writer changed the book while it was read; read it again", kSource);
+  });
+  CheckInPlace();
+}
+
+void BookFile::OpenCopy() {
+  const PrivateCopy copy(*hold_);  // gone at the end of this; what the connection has open stays
+  database_ = std::make_unique<Database>(path_, copy.Path(), Database::Mode::kPrivate);
+}
+
+// What was found and locked, what the connection opened, and what stands at the path are one file.
+void BookFile::CheckInPlace() const {
+  hold_->CheckInPlace();
+  if (!database_->HasMoved()) return;
+  throw Failure(FailureNumber::kPermissionDenied, path_ + ": the book was replaced while it was opened; try again",
+                kSource);
+}
+
+// A file that is no book gets no companions.
+void BookFile::CheckIsBook() {
+  static_cast<void>(FormatOf(*database_));
 }
 
 }  // namespace tallybook::engine

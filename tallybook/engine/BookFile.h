@@ -6,21 +6,22 @@
 #include <cstdint>
 #include <memory>
 
-#include "support/Platform.h"
 #include "support/Types.h"
 #include "tallybook/engine/BookDescription.h"
 #include "tallybook/engine/BookFormat.h"
+#include "tallybook/engine/BookHold.h"
 #include "tallybook/engine/Database.h"
 
 namespace tallybook::engine {
 
 class BookFile {
  public:
-  // Makes a new file with empty figures. Takes the description as sound. Failure 75 where the path exists.
+  // Makes a book with empty figures in a file that is new and empty. Takes the description as sound.
   static BookFile Create(const Text& path, const BookDescription& description);
 
-  // Opens a file; fails as Book::Open. A file that is open to read shows what was committed when it was opened.
-  BookFile(const Text& path, bool read_only);
+  // Opens a file; fails as Book::Open. A file that is open to read shows what was committed when it was opened. One to be
+  // written that is in use elsewhere is waited for so many seconds at most.
+  BookFile(const Text& path, bool read_only, double wait_seconds = 0);
 
   [[nodiscard]] const Text& Path() const { return database_->Path(); }
   [[nodiscard]] Database& Db() { return *database_; }
@@ -37,13 +38,17 @@ class BookFile {
  private:
   BookFile(const Text& path, const BookDescription& description);
 
-  void TakeRightToWrite();
+  void OpenToChange(double wait_seconds);
+  void OpenToLook();
+  [[nodiscard]] bool OpenShared();
+  void OpenUnchanging();
+  void OpenCopy();
+  void CheckInPlace() const;
+  void CheckIsBook();
 
   Text path_;
   bool read_only_;
-  // Held from open to close: who has it may write. Its name is the book's with "-lock" behind it. It is never deleted,
-  // because a file that is gone cannot keep a second writer from making a new one. Declared first, so given up last.
-  std::unique_ptr<OpenFile> right_to_write_;
+  std::unique_ptr<BookHold> hold_;  // declared first, so given up last
   std::unique_ptr<Database> database_;
   std::shared_ptr<BookDescription> description_ = std::make_shared<BookDescription>();
   Long format_ = kBookFormat;

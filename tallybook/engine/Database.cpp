@@ -1,5 +1,6 @@
 #include "tallybook/engine/Database.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -30,25 +31,6 @@ FailureNumber NumberOfResult(int result) {
       return FailureNumber::kOutOfMemory;
     default:
       return FailureNumber::kDeviceError;
-  }
-}
-
-// Why a path cannot be opened, as far as the folder and the file themselves tell; SQLite says little of it.
-void CheckPath(const Text& path, Database::Mode mode) {
-  const std::filesystem::path file(path);
-  const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
-  std::error_code ignored;  // a folder that cannot be asked is one that is not there
-  if (!std::filesystem::is_directory(folder, ignored)) {
-    throw Failure(FailureNumber::kPathNotFound, path + ": the folder does not exist", kSource);
-  }
-  const bool exists = std::filesystem::exists(file, ignored);
-  if (mode == Database::Mode::kCreate) {
-    if (exists) throw Failure(FailureNumber::kPathOrAccess, path + ": the file exists already", kSource);
-    return;
-  }
-  if (!exists) throw Failure(FailureNumber::kFileNotFound, path + ": there is no such file", kSource);
-  if (std::filesystem::is_directory(file, ignored)) {
-    throw Failure(FailureNumber::kPathOrAccess, path + ": this is a folder, not a book", kSource);
   }
 }
 
@@ -110,6 +92,7 @@ DbStatement& DbStatement::BindNull(int parameter) {
 
 bool DbStatement::Step() {
   const int result = sqlite3_step(statement_.get());
+  if (database_->guards_steps_) database_->Guard();
   if (result == SQLITE_ROW) return true;
   if (result == SQLITE_DONE) return false;
   sqlite3_reset(statement_.get());
@@ -150,20 +133,34 @@ std::span<const std::byte> DbStatement::Bytes(int column) const {
   return {data, static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
 }
 
-Database::Database(const Text& path, Mode mode) : path_(path) {
-  CheckPath(path, mode);
+Database::Database(const Text& path, const Text& file, Mode mode)
+    : path_(path), guards_steps_(mode == Mode::kUnchanging) {
   switch (mode) {
     case Mode::kCreate:
-      Open(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+      if (std::error_code ignored; std::filesystem::exists(file, ignored)) {
+        throw Failure(FailureNumber::kPathOrAccess, path + ": the file exists already", kSource);
+      }
+      Open(file, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
       break;
     case Mode::kReadWrite:
-      Open(path, SQLITE_OPEN_READWRITE);
+      Open(file, SQLITE_OPEN_READWRITE);
       if (sqlite3_db_readonly(handle_.get(), "main") == 1) {
         throw Failure(FailureNumber::kPermissionDenied, path + ": the file may not be written", kSource);
       }
       break;
     case Mode::kReadOnly:
-      OpenToRead(path);
+      // Open for writing, and held to reading by the pragma, it clears the log's index away when it is the last to close.
+      Open(file, SQLITE_OPEN_READWRITE);
+      Execute("SELECT 1 FROM sqlite_master; PRAGMA query_only = ON");
+      break;
+    case Mode::kUnchanging:
+      Open(ImmutableUri(file), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+      break;
+    case Mode::kPrivate:
+      Open(file, SQLITE_OPEN_READWRITE);
+      Execute(
+          "PRAGMA locking_mode = EXCLUSIVE; PRAGMA synchronous = OFF; PRAGMA journal_mode = DELETE; "
+          "PRAGMA query_only = ON");
       break;
   }
 }
@@ -177,18 +174,9 @@ void Database::Open(const Text& target, int flags) {
   sqlite3_busy_timeout(handle, kBusyMilliseconds);
 }
 
-// A reader makes the write-ahead log's companions too. Open for writing, and held to reading by the pragma, it clears
-// them away when it is the last to close.
-void Database::OpenToRead(const Text& path) {
-  Open(path, SQLITE_OPEN_READWRITE);
-  // In a folder that may not be written it can do without them where no log was left: nobody can be writing there.
-  const int result = sqlite3_exec(handle_.get(), "SELECT 1 FROM sqlite_master", nullptr, nullptr, nullptr);
-  const bool refused = (result & 0xFF) == SQLITE_CANTOPEN || (result & 0xFF) == SQLITE_READONLY;
-  std::error_code ignored;
-  if (refused && !std::filesystem::exists(path + "-wal", ignored)) {
-    Open(ImmutableUri(path), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
-  }
-  Execute("PRAGMA query_only = ON");
+bool Database::HasMoved() const {
+  int moved = 0;
+  return sqlite3_file_control(handle_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
 }
 
 void Database::Execute(const char* sql) {
@@ -202,6 +190,9 @@ std::int64_t Database::Number(const char* sql) {
 }
 
 void Database::Fail(int result) const {
+  // SQLite tells of a full disk in more ways than one; the system's own number is plain.
+  const int error = handle_ && (result & 0xFF) == SQLITE_IOERR ? sqlite3_system_errno(handle_.get()) : 0;
+  if (error == ENOSPC || error == EDQUOT || error == EFBIG) result = SQLITE_FULL;
   Text reason = handle_ ? sqlite3_errmsg(handle_.get()) : sqlite3_errstr(result);
   switch (result & 0xFF) {
     case SQLITE_BUSY:
@@ -250,6 +241,7 @@ Transaction::~Transaction() {
 }
 
 void Transaction::Commit() {
+  database_.Guard();
   database_.Execute("COMMIT");
   open_ = false;
 }

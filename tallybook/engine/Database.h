@@ -4,9 +4,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <sqlite3.h>
+#include <utility>
 
 #include "support/Types.h"
 
@@ -68,12 +70,23 @@ class EndOfWalk {
 
 class Database {
  public:
-  enum class Mode { kCreate, kReadWrite, kReadOnly };
+  // kReadOnly shares the log with writers, and makes it, and its index, where they are not there. kUnchanging takes the
+  // file as one that nobody changes, and neither looks for a log nor makes anything. kPrivate puts a log that is there
+  // into the file, which nobody else can have, and needs no other from then on.
+  enum class Mode { kCreate, kReadWrite, kReadOnly, kUnchanging, kPrivate };
 
   // Opens or makes the file. kCreate refuses a path that exists (75).
-  Database(const Text& path, Mode mode);
+  Database(const Text& path, Mode mode) : Database(path, path, mode) {}
+  // The same for a file that failures are to call by another path.
+  Database(const Text& path, const Text& file, Mode mode);
 
   [[nodiscard]] const Text& Path() const { return path_; }
+
+  // Lets `guard` look whether the file is still what it was: before each commit, and in kUnchanging behind each step of
+  // a statement, before its row is given. What it throws is the failure of the commit or the step.
+  void SetGuard(std::function<void()> guard) { guard_ = std::move(guard); }
+  // True where the path that was opened leads to another file by now.
+  [[nodiscard]] bool HasMoved() const;
   [[nodiscard]] sqlite3* Handle() const { return handle_.get(); }
 
   // Runs statements that give no rows of interest.
@@ -97,11 +110,18 @@ class Database {
     void operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
   };
 
+  friend class DbStatement;
+  friend class Transaction;
+
   void Open(const Text& target, int flags);
-  void OpenToRead(const Text& path);
+  void Guard() const {
+    if (guard_) guard_();
+  }
 
   Text path_;
+  bool guards_steps_ = false;
   std::unique_ptr<sqlite3, Closer> handle_;
+  std::function<void()> guard_;
 };
 
 // A write transaction: rolled back by its end unless Commit came first. It ends a read transaction that is open.

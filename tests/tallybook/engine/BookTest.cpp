@@ -10,7 +10,6 @@
 #include <sstream>
 #include <string>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -18,6 +17,7 @@
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/MemoryPrinter.h"
 #include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/engine/OtherProcesses.h"
 
 namespace tallybook::testing {
 namespace {
@@ -422,26 +422,6 @@ TEST_F(BookTest, RefusesASecondWriterInThisProcess) {
   book->Commit();
   EXPECT_EQ(Get(*OpenToRead(), kShop, Day(2003, 5, 5), kSales), 1);
   EXPECT_THAT([&] { Open(); }, FailsWith(FailureNumber::kPermissionDenied));
-}
-
-// What a child process makes of a book: the code that it ends with.
-template <typename Act>
-int InAnotherProcess(Act act) {
-  const pid_t child = fork();
-  if (child == 0) {
-    int code = 99;
-    try {
-      code = act();
-    } catch (const Failure& failure) {
-      code = failure.Code();
-    } catch (...) {
-      code = 98;
-    }
-    _exit(code);
-  }
-  int status = 0;
-  EXPECT_EQ(waitpid(child, &status, 0), child);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 TEST_F(BookTest, RefusesASecondWriterInAnotherProcess) {

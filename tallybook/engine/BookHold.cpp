@@ -1,0 +1,305 @@
+#include "tallybook/engine/BookHold.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <limits>
+#include <map>
+#include <mutex>
+#include <string>
+#include <sys/stat.h>
+#include <system_error>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+#include "support/Failure.h"
+#include "tallybook/engine/BookPlace.h"
+
+namespace tallybook::engine {
+
+namespace {
+
+constexpr const char* kSource = "Tallybook.Book";
+constexpr std::chrono::milliseconds kBetweenTries{100};
+constexpr int kTries = 30;
+
+// The byte of the right to write. It lies behind any book, and before the bytes that the files of the component are
+// shared by. Every version must take the same: never move it.
+constexpr off_t kRightByte = std::numeric_limits<off_t>::max() - 256;
+// The bytes of a database that SQLite locks (file format, "Locking bytes"): who reads or writes has one of them.
+constexpr off_t kSqliteBytes = 0x40000000;
+constexpr off_t kSqliteByteCount = 512;
+
+Text WordsOf(int error) {
+  return std::generic_category().message(error);
+}
+
+// --- The table of descriptors ----------------------------------------------------------------------------------------
+
+struct KeptFile {
+  int users = 0;
+  bool right_taken = false;
+  int to_read = -1;
+  int to_write = -1;
+  std::vector<int> spare;  // opened by accident, while the file at a path was being replaced
+};
+
+class KeptFiles {
+ public:
+  // Counts a user of the file at `path` and gives a descriptor of it, -1 with errno set where it cannot be opened.
+  int Enter(const Text& path, bool to_write, FileState& file) {
+    const std::lock_guard lock(mutex_);
+    for (;;) {
+      file = StateAt(path);
+      if (!file.exists) return -1;
+      KeptFile& kept = files_[KeyOf(file)];
+      ++kept.users;
+      int& known = to_write || kept.to_read < 0 ? kept.to_write : kept.to_read;
+      if (known >= 0) return known;
+      const int opened = Open(path, to_write);
+      const int error = errno;
+      if (opened >= 0 && StateBehind(opened).IsSameFile(file)) {
+        (to_write ? kept.to_write : kept.to_read) = opened;
+        return opened;
+      }
+      GiveBack(file);
+      if (opened < 0) {
+        errno = error;
+        return -1;
+      }
+      KeepSpare(opened);
+    }
+  }
+
+  void Leave(const FileState& file) {
+    const std::lock_guard lock(mutex_);
+    GiveBack(file);
+  }
+
+  [[nodiscard]] bool TakeRight(const FileState& file) {
+    const std::lock_guard lock(mutex_);
+    return !std::exchange(files_[KeyOf(file)].right_taken, true);
+  }
+  void GiveRightBack(const FileState& file) {
+    const std::lock_guard lock(mutex_);
+    files_[KeyOf(file)].right_taken = false;
+  }
+
+ private:
+  using Key = std::pair<std::uint64_t, std::uint64_t>;
+  static Key KeyOf(const FileState& file) { return {file.device, file.inode}; }
+
+  static int Open(const Text& path, bool to_write) {
+    return ::open(path.c_str(), (to_write ? O_RDWR : O_RDONLY) | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  }
+
+  void KeepSpare(int descriptor) {
+    const FileState file = StateBehind(descriptor);
+    KeptFile& kept = files_[KeyOf(file)];
+    kept.spare.push_back(descriptor);
+    ++kept.users;
+    GiveBack(file);
+  }
+
+  void GiveBack(const FileState& file) {
+    const auto found = files_.find(KeyOf(file));
+    KeptFile& kept = found->second;
+    if (--kept.users > 0) return;
+    kept.spare.insert(kept.spare.end(), {kept.to_read, kept.to_write});
+    for (const int descriptor : kept.spare) {
+      if (descriptor >= 0) ::close(descriptor);
+    }
+    files_.erase(found);
+  }
+
+  std::mutex mutex_;
+  std::map<Key, KeptFile> files_;
+};
+
+KeptFiles& TheKeptFiles() {
+  static KeptFiles files;
+  return files;
+}
+
+// --- Locks -----------------------------------------------------------------------------------------------------------
+
+struct flock LockOn(off_t start, off_t count, short type) {
+  struct flock lock {};
+  lock.l_type = type;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = start;
+  lock.l_len = count;
+  return lock;
+}
+
+void Unlock(int descriptor, off_t start, off_t count) {
+  struct flock lock = LockOn(start, count, F_UNLCK);
+  ::fcntl(descriptor, F_OFD_SETLK, &lock);
+}
+
+// --- Rights ----------------------------------------------------------------------------------------------------------
+
+bool Allows(const Text& path, int rights) {
+  return ::faccessat(AT_FDCWD, path.c_str(), rights, AT_EACCESS) == 0;
+}
+
+// True where a file of SQLite beside the book is not there, or can be used as it is.
+bool IsUsable(const Text& path) {
+  struct stat status {};
+  if (::lstat(path.c_str(), &status) != 0) return true;
+  return S_ISREG(status.st_mode) && Allows(path, R_OK | W_OK);
+}
+
+}  // namespace
+
+BookHold::BookHold(Text path, Purpose purpose) : path_(std::move(path)) {
+  CheckIsBookFile(path_);
+  may_write_ = purpose == Purpose::kChange || Allows(path_, R_OK | W_OK);
+  descriptor_ = TheKeptFiles().Enter(path_, may_write_, opened_);
+  // More than the rights of a file can be against writing it; a look goes on without.
+  if (descriptor_ < 0 && may_write_ && purpose == Purpose::kLook) {
+    may_write_ = false;
+    descriptor_ = TheKeptFiles().Enter(path_, may_write_, opened_);
+  }
+  if (descriptor_ >= 0) return;
+  throw Failure(FailureNumber::kPermissionDenied,
+                path_ + ": the file may not be " + (may_write_ ? "written" : "read") + " (" + WordsOf(errno) + ")",
+                kSource);
+}
+
+BookHold::~BookHold() {
+  if (may_write_) ClearLog(false);
+  older_right_.reset();
+  if (has_right_) {
+    Unlock(descriptor_, kRightByte, 1);
+    TheKeptFiles().GiveRightBack(opened_);
+  }
+  TheKeptFiles().Leave(opened_);
+}
+
+bool BookHold::TryRight() const {
+  if (!TheKeptFiles().TakeRight(opened_)) return false;
+  struct flock lock = LockOn(kRightByte, 1, F_WRLCK);
+  if (::fcntl(descriptor_, F_OFD_SETLK, &lock) == 0) return true;
+  const int error = errno;
+  TheKeptFiles().GiveRightBack(opened_);
+  if (error == EAGAIN || error == EACCES) return false;
+  throw Failure(
+      FailureNumber::kFeatureUnavailable,
+      path_ + ": its file system cannot lock files, which a book to be written needs (" + WordsOf(error) + ")",
+      kSource);
+}
+
+bool BookHold::WaitedInVain() const {
+  const auto left = deadline_ - std::chrono::steady_clock::now();
+  if (left <= left.zero()) return true;
+  std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(left, kBetweenTries));
+  return false;
+}
+
+void BookHold::TakeRightToWrite(double wait_seconds) {
+  deadline_ = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                                                     std::chrono::duration<double>(wait_seconds));
+  while (!(has_right_ = TryRight())) {
+    if (!WaitedInVain()) continue;
+    throw Failure(FailureNumber::kPermissionDenied, path_ + ": the book is open for writing elsewhere" + HolderWords(),
+                  kSource);
+  }
+}
+
+// The locks of files tell no process; those of SQLite do, and whoever writes a book has one.
+Text BookHold::HolderWords() const {
+  struct flock lock = LockOn(kSqliteBytes, kSqliteByteCount, F_WRLCK);
+  if (::fcntl(descriptor_, F_OFD_GETLK, &lock) != 0 || lock.l_type == F_UNLCK || lock.l_pid <= 0) return "";
+  if (lock.l_pid == ::getpid()) return " (in this program)";
+  return " (process " + std::to_string(lock.l_pid) + " has it open)";
+}
+
+void BookHold::MakeLockFile() const {
+  struct stat book {};
+  if (::fstat(descriptor_, &book) != 0) return;
+  const mode_t mode = book.st_mode & 0666U;
+  const int made = ::open(LockPath().c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+  if (made < 0) return;  // it is there, or the opening tells why it cannot be
+  ::fchmod(made, mode);
+  if (::geteuid() == 0) (void)!::fchown(made, book.st_uid, book.st_gid);
+  ::close(made);
+}
+
+std::unique_ptr<OpenFile> BookHold::OpenLockFile() const {
+  // One that another user made can be locked by who may only read it.
+  const bool only_read = !Allows(LockPath(), W_OK) && Allows(LockPath(), R_OK);
+  return ThePlatform().files->Open(LockPath(), only_read ? Access::kRead : Access::kReadWrite, Sharing::kLockReadWrite,
+                                   Creation::kMustExist);
+}
+
+void BookHold::TakeOlderRight() {
+  MakeLockFile();
+  struct stat status {};
+  if (::lstat(LockPath().c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    throw Failure(FailureNumber::kPathOrAccess,
+                  path_ + ": the book needs the name " + LockPath() + ", which is taken by something that is no file",
+                  kSource);
+  }
+  for (;;) {
+    try {
+      older_right_ = OpenLockFile();
+      return;
+    } catch (const Failure& failure) {
+      if (failure.Number() == FailureNumber::kPermissionDenied && !WaitedInVain()) continue;
+      if (failure.Number() != FailureNumber::kPermissionDenied && failure.Number() != FailureNumber::kFileNotFound)
+        throw;
+      throw Failure(FailureNumber::kPermissionDenied,
+                    path_ + ": the book is open for writing elsewhere, or its folder may not be written (" +
+                        failure.Description() + ")",
+                    kSource);
+    }
+  }
+}
+
+bool BookHold::CanShareLog() {
+  if (!may_write_ || !Allows(BookFolder(path_), W_OK | X_OK)) return false;
+  if (!IsUsable(IndexPath()) || !IsUsable(LogPath())) ClearLog(true);
+  return IsUsable(IndexPath()) && IsUsable(LogPath());
+}
+
+// Takes the log's index away, and a log that holds nothing. Who has the lock on all of SQLite's bytes knows that nobody
+// has the book open: a connection takes one of them before it looks for a log, and keeps it to its end.
+void BookHold::ClearLog(bool only_unusable) {
+  struct stat status {};
+  if (::lstat(IndexPath().c_str(), &status) != 0 && ::lstat(LogPath().c_str(), &status) != 0) return;
+  struct flock lock = LockOn(kSqliteBytes, kSqliteByteCount, F_WRLCK);
+  if (::fcntl(descriptor_, F_OFD_SETLK, &lock) != 0) return;
+  // Beside a path that leads elsewhere by now stands what belongs to another file.
+  if (StateAt(path_).IsSameFile(opened_)) {
+    const bool empty = LogIsEmpty();
+    if (empty && (!only_unusable || !IsUsable(LogPath()))) ::unlink(LogPath().c_str());
+    if (only_unusable ? !IsUsable(IndexPath()) : empty) ::unlink(IndexPath().c_str());
+  }
+  Unlock(descriptor_, kSqliteBytes, kSqliteByteCount);
+}
+
+FileState BookHold::SettledState() const {
+  for (int tries = 0; tries < kTries; ++tries) {
+    const FileState state = State();
+    if (IsSettled(state)) return state;
+    std::this_thread::sleep_for(kBetweenTries);
+  }
+  throw Failure(FailureNumber::kPermissionDenied,
+                path_ + ": a writer is at work in the book, which may only be read here; try again when it is done",
+                kSource);
+}
+
+void BookHold::CheckInPlace() const {
+  const FileState there = StateAt(path_);
+  if (there.IsSameFile(opened_)) return;
+  throw Failure(FailureNumber::kPermissionDenied,
+                path_ + (there.exists ? ": another file has been put in the place of the book while it was open"
+                                      : ": the book has been moved or deleted while it was open"),
+                kSource);
+}
+
+}  // namespace tallybook::engine

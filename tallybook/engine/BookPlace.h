@@ -1,0 +1,28 @@
+// Where a book stands: the file that a path leads to, and the name that its companion files bear.
+#pragma once
+
+#include "support/Types.h"
+
+namespace tallybook::engine {
+
+// A path in the words of the machine. Both separators are taken everywhere, as the platform's files do.
+[[nodiscard]] Text NativeBookPath(Text path);
+
+// The path of the file itself, in the words of the machine: where the path's last part is a symbolic link, what it
+// leads to, to the end of a chain. Everything beside a book is named after this path, so
+// that a book has one log, one lock and one set of companions whatever it is called by. A link that leads nowhere gives
+// the path that it names.
+//   fails   75 for links that lead in a circle, or that cannot be read
+[[nodiscard]] Text ResolvedBookPath(const Text& path);
+
+// Refuses what cannot be a book to open: 76 no such folder, 53 no such file, 75 a folder, a device, a pipe or a socket,
+// and a file with more than one name. A second name (a hard link) would have a log and a lock of its own, and what one
+// name's log holds is missing under the other.
+void CheckIsBookFile(const Text& path);
+
+// The folder of a path, with a separator at its end.
+[[nodiscard]] Text BookFolder(const Text& path);
+// The name of a path's book: the file's name without its folder and without what follows the last point.
+[[nodiscard]] Text BookName(const Text& path);
+
+}  // namespace tallybook::engine
