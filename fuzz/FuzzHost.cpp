@@ -39,6 +39,10 @@ Date FuzzClock::Now() {
   return DateFromParts(2004, 2, 3) + slept_;
 }
 
+Date FuzzClock::UniversalNow() {
+  return Now();
+}
+
 void FuzzClock::Sleep(Single seconds) {
   slept_ += static_cast<double>(seconds) / 86'400;
 }

@@ -34,6 +34,7 @@ class FuzzBoxes : public MessageBoxes {
 class FuzzClock : public Clock {
  public:
   [[nodiscard]] Date Now() override;
+  [[nodiscard]] Date UniversalNow() override;
   void Sleep(Single seconds) override;
   [[nodiscard]] Text LongDate(Date date) override;
 

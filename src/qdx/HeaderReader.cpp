@@ -105,7 +105,7 @@ bool MyReadQDXHeader(Masterfile& masterfile, const Text& filename, Integer& file
 
 Text FindQDXFile(const Text& filename, const std::function<Text()>& backup_name) {
   if (FileExists(filename)) return filename;
-  Date earliest = Now();
+  Date earliest = ThePlatform().clock->UniversalNow();
   Text found;
   for (const FoundFile& file : ThePlatform().files->Find(filename)) {
     if (file.modified >= earliest) continue;

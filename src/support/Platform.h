@@ -16,7 +16,9 @@ namespace tallybook {
 class Clock {
  public:
   virtual ~Clock() = default;
-  [[nodiscard]] virtual Date Now() = 0;                // local time
+  [[nodiscard]] virtual Date Now() = 0;  // local time
+  // Universal time, which no change of the local clock sets back: what a file's time of modification is held against.
+  [[nodiscard]] virtual Date UniversalNow() = 0;
   virtual void Sleep(Single seconds) = 0;              // gives the machine to others meanwhile
   [[nodiscard]] virtual Text LongDate(Date date) = 0;  // the user's long date format
 };
@@ -49,7 +51,7 @@ struct FileAttributes {
 
 struct FoundFile {
   Text name;      // without its folder
-  Date modified;  // local time
+  Date modified;  // universal time
 };
 
 // Files. `/` and `\` both separate the parts of a path on every platform.

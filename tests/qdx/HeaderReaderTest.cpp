@@ -411,6 +411,15 @@ TEST_F(FindQDXFileTest, NeverTakesAFileOfTheFutureNorOfThisMoment) {
   EXPECT_EQ(Find("/q/DAY*.QDX"), "/q/DAY3.QDX");
 }
 
+TEST_F(FindQDXFileTest, TheFutureBeginsAtOneMomentWhateverTheLocalClockSays) {
+  constexpr Double kHour = 1.0 / 24;
+  platform.clock.SetHoursAhead(2);
+  PutFile("/q/DAY1.QDX", now - kHour);
+  EXPECT_EQ(Find("/q/DAY*.QDX"), "");
+  PutFile("/q/DAY2.QDX", now - 3 * kHour);
+  EXPECT_EQ(Find("/q/DAY*.QDX"), "/q/DAY2.QDX");
+}
+
 TEST_F(FindQDXFileTest, FallsBackOnTheArchiveCopyWhereNothingMatches) {
   EXPECT_EQ(Find("/q/DAY*.QDX"), "");
   PutFile("/book/TBQDBU1.NORTH", now - 1);

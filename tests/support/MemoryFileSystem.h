@@ -15,7 +15,7 @@ namespace tallybook::testing {
 
 class MemoryFileSystem : public FileSystem {
  public:
-  // Where `clock` is given, files take their times from it; it is not owned. Otherwise the time is 0 until SetModified.
+  // Where `clock` is given, files take their times, universal ones, from it; it is not owned. Otherwise the time is 0 until SetModified.
   explicit MemoryFileSystem(Clock* clock = nullptr) : clock_(clock) {}
 
   // Makes or replaces a file, whoever has it open.
@@ -48,7 +48,7 @@ class MemoryFileSystem : public FileSystem {
   };
 
  private:
-  [[nodiscard]] Date Time() const { return clock_ == nullptr ? 0 : clock_->Now(); }
+  [[nodiscard]] Date Time() const { return clock_ == nullptr ? 0 : clock_->UniversalNow(); }
   // The file at a path. Failure 53 where there is none.
   [[nodiscard]] std::shared_ptr<File> At(const Text& path) const;
   [[nodiscard]] bool IsFolder(const Text& normal) const;

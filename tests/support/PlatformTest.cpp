@@ -1,12 +1,12 @@
 #include <ctime>
 #include <gmock/gmock.h>
-#include <stdlib.h>
 
 #include "support/Dates.h"
 #include "support/Platform.h"
 #include "support/platform/posix/PosixPlatform.h"
 #include "tests/support/FailsWith.h"
 #include "tests/support/ScriptedPlatform.h"
+#include "tests/support/TimeZone.h"
 
 namespace tallybook::testing {
 namespace {
@@ -42,15 +42,7 @@ TEST(PosixPlatformTest, RefusesQuestionsAndHasNoInput) {
 
 class PosixClockTest : public ::testing::Test {
  protected:
-  void SetUp() override { SetZone("UTC0"); }
-  void TearDown() override {
-    ::unsetenv("TZ");
-    ::tzset();
-  }
-  static void SetZone(const char* zone) {
-    ::setenv("TZ", zone, 1);
-    ::tzset();
-  }
+  TimeZone zone_{"UTC0"};
   PosixClock clock_;
 };
 
@@ -63,8 +55,16 @@ TEST_F(PosixClockTest, TimesAreLocal) {
   const std::timespec moment{1075817109, 500'000'000};  // 2004-02-03 14:05:09.5 UTC
   EXPECT_EQ(DateTimeText(LocalDate({moment.tv_sec, 0})), "2004-02-03 14:05:09");
   EXPECT_NEAR((LocalDate(moment) - LocalDate({moment.tv_sec, 0})) * 86400, 0.5, 0.001);
-  SetZone("EAST-5:30");
+  zone_.Set("EAST-5:30");
   EXPECT_EQ(DateTimeText(LocalDate({moment.tv_sec, 0})), "2004-02-03 19:35:09");
+}
+
+TEST_F(PosixClockTest, UniversalTimeIsTheSameInEveryZone) {
+  const std::timespec moment{1075817109, 500'000'000};
+  zone_.Set("EAST-5:30");
+  EXPECT_EQ(DateTimeText(UniversalDate({moment.tv_sec, 0})), "2004-02-03 14:05:09");
+  EXPECT_NEAR((UniversalDate(moment) - UniversalDate({moment.tv_sec, 0})) * 86400, 0.5, 0.001);
+  EXPECT_NEAR((clock_.Now() - clock_.UniversalNow()) * 24, 5.5, 0.01);
 }
 
 TEST_F(PosixClockTest, DoesNotTakeItsTimeFromTheBuildsVariable) {

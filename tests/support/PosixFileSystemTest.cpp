@@ -15,6 +15,7 @@
 #include "tests/support/FailsWith.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/TimeZone.h"
 
 namespace tallybook::testing {
 namespace {
@@ -106,23 +107,25 @@ TEST_F(PosixFileSystemTest, EmptyPatternAndMissingFolderMatchNothing) {
   EXPECT_THAT(FindNames("missing/*"), IsEmpty());
 }
 
-TEST_F(PosixFileSystemTest, FoundFileTellsWhenItWasChangedInLocalTime) {
-  folder_.Write("a", "");
-  std::tm local{};
-  local.tm_year = 104;
-  local.tm_mon = 1;
-  local.tm_mday = 3;
-  local.tm_hour = 14;
-  local.tm_min = 5;
-  local.tm_sec = 9;
-  local.tm_isdst = -1;
-  const timespec moment{std::mktime(&local), 0};
-  const timespec times[] = {moment, moment};
-  ASSERT_EQ(::utimensat(AT_FDCWD, folder_.Path("a").c_str(), times, 0), 0);
+// The moment at which a file was changed, as a search tells it.
+Date ModifiedAt(const TempFolder& folder, std::time_t moment) {
+  folder.Write("a", "");
+  const timespec times[] = {{moment, 0}, {moment, 0}};
+  EXPECT_EQ(::utimensat(AT_FDCWD, folder.Path("a").c_str(), times, 0), 0);
+  const std::vector<FoundFile> found = PosixFileSystem().Find(folder.Path("a"));
+  return found.size() == 1 ? found.front().modified : 0;
+}
 
-  const std::vector<FoundFile> found = files_.Find(folder_.Path("a"));
-  ASSERT_EQ(found.size(), 1U);
-  EXPECT_EQ(DateTimeText(found[0].modified), "2004-02-03 14:05:09");
+TEST_F(PosixFileSystemTest, FoundFileTellsWhenItWasChangedInUniversalTime) {
+  const TimeZone zone("EAST-5:30");
+  EXPECT_EQ(DateTimeText(ModifiedAt(folder_, 1075817109)), "2004-02-03 14:05:09");
+}
+
+TEST_F(PosixFileSystemTest, TheFileWrittenFirstIsTheOlderInTheHourWhenClocksGoBack) {
+  const TimeZone zone("CET-1CEST,M3.5.0,M10.5.0/3");
+  constexpr std::time_t kHalfPastTwoInSummer = 1099182600;  // 2004-10-31 00:30 universal time
+  constexpr std::time_t kTenPastTwoInWinter = kHalfPastTwoInSummer + 40 * 60;
+  EXPECT_LT(ModifiedAt(folder_, kHalfPastTwoInSummer), ModifiedAt(folder_, kTenPastTwoInWinter));
 }
 
 TEST_F(PosixFileSystemTest, BothSeparatorsLeadToTheSameFile) {

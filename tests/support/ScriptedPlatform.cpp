@@ -51,6 +51,10 @@ Date ScriptedClock::Now() {
   return now;
 }
 
+Date ScriptedClock::UniversalNow() {
+  return Now() - hours_ahead_ / 24;
+}
+
 void ScriptedClock::Sleep(Single seconds) {
   slept_ += seconds;
   Advance(seconds);

@@ -36,6 +36,8 @@ class ScriptedClock : public Clock {
 
   void Set(Date now) { now_ = now; }
   void Advance(Double seconds);
+  // How far local time is ahead of universal time, in hours; 0 at the start. Now and Set are local.
+  void SetHoursAhead(Double hours) { hours_ahead_ = hours; }
   // Each look at the clock moves it on by so much afterwards; 0 at the start.
   void SetStep(Double seconds) { step_ = seconds; }
   // The sum of all sleeps, in seconds.
@@ -44,11 +46,13 @@ class ScriptedClock : public Clock {
   void SetUser(ScriptedUser* user) { user_ = user; }
 
   [[nodiscard]] Date Now() override;
+  [[nodiscard]] Date UniversalNow() override;
   void Sleep(Single seconds) override;
   [[nodiscard]] Text LongDate(Date date) override;
 
  private:
   Date now_;
+  Double hours_ahead_ = 0;
   Double step_ = 0;
   Double slept_ = 0;
   ScriptedUser* user_ = nullptr;

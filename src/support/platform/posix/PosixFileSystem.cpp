@@ -297,7 +297,7 @@ void CopyContents(OpenFile& from, OpenFile& to) {
 void AddWhereFile(const Text& folder, const Text& name, std::vector<FoundFile>& found) {
   struct stat status {};
   if (::stat((folder + name).c_str(), &status) != 0 || IsDirectory(status)) return;
-  found.push_back({name, LocalDate(status.st_mtim)});
+  found.push_back({name, UniversalDate(status.st_mtim)});
 }
 
 }  // namespace

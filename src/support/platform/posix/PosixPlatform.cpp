@@ -9,10 +9,25 @@
 
 namespace tallybook {
 
-Date PosixClock::Now() {
+namespace {
+
+constexpr Double kSecondsPerDay = 86400;
+constexpr Double kNanosecondsPerDay = kSecondsPerDay * 1e9;
+
+std::timespec MomentNow() {
   std::timespec moment{};
   std::timespec_get(&moment, TIME_UTC);
-  return LocalDate(moment);
+  return moment;
+}
+
+}  // namespace
+
+Date PosixClock::Now() {
+  return LocalDate(MomentNow());
+}
+
+Date PosixClock::UniversalNow() {
+  return UniversalDate(MomentNow());
 }
 
 void PosixClock::Sleep(Single seconds) {
@@ -35,12 +50,16 @@ bool EmptyInputQueue::HasPending(Long /*mask*/) {
 void EmptyInputQueue::RunOnce() {}
 
 Date LocalDate(const std::timespec& moment) {
-  constexpr Double kNanosecondsPerDay = 86400e9;
   constexpr int kFirstYear = 1900;  // std::tm counts years from here, and months from 0
   std::tm local{};
   ::localtime_r(&moment.tv_sec, &local);
   return DateFromParts(local.tm_year + kFirstYear, local.tm_mon + 1, local.tm_mday) +
          TimeFromParts(local.tm_hour, local.tm_min, local.tm_sec) +
+         static_cast<Double>(moment.tv_nsec) / kNanosecondsPerDay;
+}
+
+Date UniversalDate(const std::timespec& moment) {
+  return DateFromParts(1970, 1, 1) + static_cast<Double>(moment.tv_sec) / kSecondsPerDay +
          static_cast<Double>(moment.tv_nsec) / kNanosecondsPerDay;
 }
 

@@ -13,6 +13,7 @@ namespace tallybook {
 class PosixClock : public Clock {
  public:
   [[nodiscard]] Date Now() override;
+  [[nodiscard]] Date UniversalNow() override;
   void Sleep(Single seconds) override;
   [[nodiscard]] Text LongDate(Date date) override;
 };
@@ -32,8 +33,9 @@ class EmptyInputQueue : public InputQueue {
 
 class NoScreen : public ScreenWithoutWindows {};
 
-// A moment of the system's clock as a date in local time.
+// A moment of the system's clock as a date in local time and in universal time.
 [[nodiscard]] Date LocalDate(const std::timespec& moment);
+[[nodiscard]] Date UniversalDate(const std::timespec& moment);
 
 // All of the above in one record, over objects that live as long as the process:
 //   InstallPlatform(PosixPlatform("Tallybook"));
