@@ -268,8 +268,9 @@ inline constexpr Long kNoAssociation = 31;
 class Shell {
  public:
   virtual ~Shell() = default;
-  // Opens a file with its associated application; above 32 is success.
-  [[nodiscard]] virtual Long Open(const Text& file_name) = 0;
+  // Opens a file with its associated application, whose window is to come up in `state` (0 normal, 1 minimised,
+  // 2 maximised); a shell that has no say in that leaves it to the application. Above 32 is success.
+  [[nodiscard]] virtual Long Open(const Text& file_name, Integer state) = 0;
   // Starts a program in a folder.
   virtual void Run(const Text& program, const Text& arguments, const Text& folder) = 0;
   // Each ends in the separator; empty where it cannot be told.

@@ -367,7 +367,7 @@ Shell& TheShell() {
 void OpenWithAssociated(HostApp& app, const Text& file_name) {
   const BusyPointer busy;
   HandlePendingInput();
-  if (TheShell().Open(file_name) != kNoAssociation) return;
+  if (TheShell().Open(file_name, kMaximisedWindow) != kNoAssociation) return;
   Refuse(app,
          "No application has been associated with this output file type.  "
          "Choose an application from the next dialog.");

@@ -10,7 +10,7 @@
 
 namespace tallybook::cli {
 
-Long ConsoleShell::Open(const Text& file_name) {
+Long ConsoleShell::Open(const Text& file_name, Integer /*state*/) {
   // The program's status where a program that it needs is missing (xdg-open(1), "Exit codes").
   constexpr int kNoApplication = 3;
   const std::optional<int> status = RunProgram("xdg-open", {file_name});

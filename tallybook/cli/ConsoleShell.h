@@ -13,8 +13,8 @@ class ConsoleShell : public Shell {
 
   // Asks the program `xdg-open` (freedesktop.org, "xdg-utils") to open the file and waits for its word: kOpened;
   // kNoAssociation where it is not installed or knows no application; kNotOpened for any other trouble, which it tells
-  // itself.
-  [[nodiscard]] Long Open(const Text& file_name) override;
+  // itself. The application's window comes up as the desktop has it.
+  [[nodiscard]] Long Open(const Text& file_name, Integer state) override;
   // Failure 73 with the program and its arguments: what the component starts is the system's choice of an application,
   // which a terminal has not.
   void Run(const Text& program, const Text& arguments, const Text& folder) override;

@@ -18,8 +18,9 @@ Long AnswerBy(const std::function<Long(Request&)>& answer, Request& request, con
 
 }  // namespace
 
-Long ScriptedShell::Open(const Text& file_name) {
+Long ScriptedShell::Open(const Text& file_name, Integer state) {
   opened_.push_back(file_name);
+  opened_states_.push_back(state);
   if (answers_.empty()) return kOpened;
   const Long answer = answers_.front();
   answers_.pop_front();

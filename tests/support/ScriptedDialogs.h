@@ -37,9 +37,11 @@ class ScriptedShell : public Shell {
   // Appends to the answers to Open, used in turn; then kOpened.
   void AnswerOpen(std::initializer_list<Long> answers) { answers_.insert(answers_.end(), answers); }
   [[nodiscard]] const std::vector<Text>& Opened() const { return opened_; }
+  // The state of the application's window that each of them was opened with.
+  [[nodiscard]] const std::vector<Integer>& OpenedStates() const { return opened_states_; }
   [[nodiscard]] const std::vector<Started>& Runs() const { return runs_; }
 
-  [[nodiscard]] Long Open(const Text& file_name) override;
+  [[nodiscard]] Long Open(const Text& file_name, Integer state) override;
   void Run(const Text& program, const Text& arguments, const Text& folder) override;
   [[nodiscard]] Text SystemFolder() override { return system_folder; }
   [[nodiscard]] Text WindowsFolder() override { return windows_folder; }
@@ -50,6 +52,7 @@ class ScriptedShell : public Shell {
  private:
   std::deque<Long> answers_;
   std::vector<Text> opened_;
+  std::vector<Integer> opened_states_;
   std::vector<Started> runs_;
 };
 

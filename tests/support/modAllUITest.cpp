@@ -716,6 +716,7 @@ TEST_F(DesktopTest, OpensAFileWithItsApplicationUnderTheBusyPointer) {
   platform_.input.SetPending(1);
   OpenWithAssociated(host_.app, "/out/a.csv");
   EXPECT_THAT(platform_.shell.Opened(), ElementsAre("/out/a.csv"));
+  EXPECT_THAT(platform_.shell.OpenedStates(), ElementsAre(kMaximisedWindow));
   EXPECT_THAT(screen_.Pointers(), ElementsAre(Pointer::kBusy, Pointer::kDefault));
   EXPECT_EQ(platform_.input.Runs(), 1);
   EXPECT_THAT(platform_.boxes.Shown(), IsEmpty());

@@ -40,18 +40,18 @@ class ConsoleShellTest : public ::testing::Test {
 
 TEST_F(ConsoleShellTest, OpensAFileWithTheDesktopsApplication) {
   Desktop("printf '%s|' \"$@\" > " + folder.Path("opened"));
-  EXPECT_GT(shell.Open("a file's name.csv"), 32);
+  EXPECT_GT(shell.Open("a file's name.csv", 0), 32);
   EXPECT_EQ(folder.Read("opened"), "a file's name.csv|");
 }
 
 TEST_F(ConsoleShellTest, TellsNoApplicationFromOtherTrouble) {
-  EXPECT_EQ(shell.Open("a.csv"), kNoAssociation) << "without a desktop";
+  EXPECT_EQ(shell.Open("a.csv", 0), kNoAssociation) << "without a desktop";
   Desktop("exit 3");
-  EXPECT_EQ(shell.Open("a.csv"), kNoAssociation);
+  EXPECT_EQ(shell.Open("a.csv", 0), kNoAssociation);
   for (const char* trouble : {"exit 2", "exit 4", "kill -9 $$"}) {
     Desktop(trouble);
-    EXPECT_LE(shell.Open("a.csv"), 32) << trouble;
-    EXPECT_NE(shell.Open("a.csv"), kNoAssociation) << trouble;
+    EXPECT_LE(shell.Open("a.csv", 0), 32) << trouble;
+    EXPECT_NE(shell.Open("a.csv", 0), kNoAssociation) << trouble;
   }
 }
 
