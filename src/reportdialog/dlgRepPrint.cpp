@@ -10,6 +10,7 @@
 #include "host/Masterfile.h"
 #include "support/Dates.h"
 #include "support/HostMessages.h"
+#include "support/Platform.h"
 #include "support/Utility.h"
 #include "support/modAllUI.h"
 
@@ -33,6 +34,18 @@ class Counted {
 
  private:
   int& count_;
+};
+
+// The window keeps its looks for as long as this lives, so that a change of page is seen as one.
+class FrozenDisplay {
+ public:
+  explicit FrozenDisplay(Long window) : window_(window) { ThePlatform().screen->FreezeWindow(window_, true); }
+  ~FrozenDisplay() { ThePlatform().screen->FreezeWindow(window_, false); }
+  FrozenDisplay(const FrozenDisplay&) = delete;
+  FrozenDisplay& operator=(const FrozenDisplay&) = delete;
+
+ private:
+  Long window_;
 };
 
 bool IsTimeSeries(Integer style) {
@@ -288,6 +301,7 @@ void dlgRepPrint::FinishUnseen(Statements& at) {
 
 void dlgRepPrint::SetFrameContents(Integer new_page) {
   const Counted inside(own_handlers_);
+  const FrozenDisplay frozen(Hwnd());
   Statements at(Policy::kGoOn, LogWith("-dlgRepPrint-SetFrameContents"));
   const Integer old_page = std::exchange(page_, new_page);
   if (page_ == kStylePage) EnterStylePage(at, old_page);

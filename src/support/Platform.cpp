@@ -61,6 +61,7 @@ void ScreenWithoutWindows::HideWindow(Long /*window*/) {}
 bool ScreenWithoutWindows::IsVisible(Long /*window*/) {
   return false;
 }
+void ScreenWithoutWindows::FreezeWindow(Long /*window*/, bool /*frozen*/) {}
 void ScreenWithoutWindows::EnableWindow(Long /*window*/, bool /*enabled*/) {}
 Long ScreenWithoutWindows::ActiveWindow() {
   return 0;

@@ -144,6 +144,8 @@ class Screen {
   virtual void ShowWindow(Long window) = 0;
   virtual void HideWindow(Long window) = 0;
   [[nodiscard]] virtual bool IsVisible(Long window) = 0;
+  // While a window is frozen it looks as it did; what changed is drawn when it is thawed.
+  virtual void FreezeWindow(Long window, bool frozen) = 0;
   virtual void EnableWindow(Long window, bool enabled) = 0;
   // The window that has the input; bring one to the front.
   [[nodiscard]] virtual Long ActiveWindow() = 0;
@@ -172,6 +174,7 @@ class ScreenWithoutWindows : public Screen {
   void ShowWindow(Long window) override;
   void HideWindow(Long window) override;
   [[nodiscard]] bool IsVisible(Long window) override;
+  void FreezeWindow(Long window, bool frozen) override;
   void EnableWindow(Long window, bool enabled) override;
   [[nodiscard]] Long ActiveWindow() override;
   void ActivateWindow(Long window) override;

@@ -556,6 +556,35 @@ TEST_F(dlgRepPrintTest, HelpsWithItsTopicByButtonAndKey) {
   EXPECT_TRUE(dialog().Visible());
 }
 
+TEST_F(dlgRepPrintTest, HasNoHelpBeforeItKnowsItsReport) {
+  dialog().Show();
+  Press(kHelpButton);
+  EXPECT_FALSE(dialog().Command1[kHelpButton].UserKeyDown(kF1Key));
+  EXPECT_THAT(host_->record.ArgumentsOf("App.HelpTopic"), ::testing::IsEmpty());
+  EXPECT_TRUE(dialog().Visible());
+}
+
+TEST_F(dlgRepPrintTest, KeepsItsLooksWhileAPageChanges) {
+  report_.type = kStyledReport;
+  Open();
+  const auto window = [&]() -> const ScriptedScreen::Window& { return *platform_.screen.Find(dialog().Hwnd()); };
+  const int before = window().freezes;
+  int changes = 0;
+  for (Frame& page : dialog().FrmPage) {
+    page.Changed.Connect([&] {
+      ++changes;
+      EXPECT_TRUE(window().frozen);
+    });
+  }
+  Next();
+  EXPECT_EQ(changes, 2) << "one page goes, one comes";
+  EXPECT_EQ(window().freezes, before + 1);
+  EXPECT_FALSE(window().frozen);
+  host_->record.FailOn("PrintSequence.ApplySequences", 1, Failure(FailureNumber::kDeviceError, "gone", "Sequences"));
+  Next();
+  EXPECT_FALSE(window().frozen) << "after a failure too";
+}
+
 TEST_F(dlgRepPrintTest, HandlesPendingInputAfterEachButton) {
   Open();
   const int looks = platform_.input.Looks();

@@ -54,6 +54,13 @@ bool ScriptedScreen::IsVisible(Long window) {
   return one != nullptr && one->visible;
 }
 
+void ScriptedScreen::FreezeWindow(Long window, bool frozen) {
+  Window* const one = FindOne(window);
+  if (one == nullptr || one->frozen == frozen) return;
+  one->frozen = frozen;
+  if (frozen) ++one->freezes;
+}
+
 void ScriptedScreen::EnableWindow(Long window, bool enabled) {
   if (Window* const one = FindOne(window)) one->enabled = enabled;
 }

@@ -29,6 +29,8 @@ class ScriptedScreen : public Screen {
     Long parent = 0;
     Place place;
     Integer state = 0;
+    bool frozen = false;
+    int freezes = 0;  // how often it was frozen
   };
 
   // Every shape that the pointer was given, in order.
@@ -51,6 +53,7 @@ class ScriptedScreen : public Screen {
   void ShowWindow(Long window) override;
   void HideWindow(Long window) override;
   [[nodiscard]] bool IsVisible(Long window) override;
+  void FreezeWindow(Long window, bool frozen) override;
   void EnableWindow(Long window, bool enabled) override;
   [[nodiscard]] Long ActiveWindow() override { return active_; }
   // Does nothing for a window that is hidden, disabled or gone.
