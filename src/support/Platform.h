@@ -143,6 +143,8 @@ class Screen {
   virtual void DestroyWindow(Long window) = 0;
   virtual void ShowWindow(Long window) = 0;
   virtual void HideWindow(Long window) = 0;
+  // Whether the window itself is shown: not hidden by HideWindow or by its host. One whose owner is hidden is shown all
+  // the same. False on a screen without windows.
   [[nodiscard]] virtual bool IsVisible(Long window) = 0;
   // While a window is frozen it looks as it did; what changed is drawn when it is thawed.
   virtual void FreezeWindow(Long window, bool frozen) = 0;

@@ -180,7 +180,8 @@ bool IsShown(const Form& dialog) {
 
 void RunWhileShown(const Form& dialog) {
   while (IsShown(dialog)) {
-    HandlePendingInput();
+    // Whatever waits: timers tick while nobody presses a key.
+    ThePlatform().input->RunOnce();
     ThePlatform().clock->Sleep(kModalSleep);
     // A copy: a window that is activated may set off a dialog of its own. Rows above this one's are gone by then.
     const std::vector<ModalRow*> rows = CopyOf(ModalStack());

@@ -651,6 +651,18 @@ TEST_F(dlgRepPrintTest, ClosesAfterItsIdleTime) {
   EXPECT_TRUE(host_->app.idle_expired);
 }
 
+TEST_F(dlgRepPrintTest, ClosesAtATickOfItsTimerWhileNobodyPressesAKey) {
+  host_->app.idle_minutes = 10;
+  dialog().SetFields(report_, "Export", "Export Data", 11000);
+  platform_.user.Do([&] { platform_.clock.Advance(14); }).Wait(2).Do([&] {
+    EXPECT_TRUE(dialog().Visible());
+    platform_.clock.Advance(10 * 60);
+  });
+  ShowLikeModal(dialog(), 0);
+  EXPECT_TRUE(dialog().Cancelled());
+  EXPECT_TRUE(host_->app.idle_expired);
+}
+
 TEST_F(dlgRepPrintTest, StaysOpenForEverWithoutAnIdleTime) {
   Open();
   platform_.clock.Advance(1e7);

@@ -114,13 +114,34 @@ bool ScriptedInput::HasPending(Long mask) {
 void ScriptedInput::RunOnce() {
   ++runs_;
   if (on_run_) on_run_();
+  TickTimers();
   if (user_ != nullptr) user_->DoNext();
+}
+
+void ScriptedInput::TickTimers() {
+  if (clock_ == nullptr) return;
+  const Date now = clock_->Standing();
+  std::map<const Timer*, Date> running;
+  std::vector<const Timer*> due;
+  for (const Form* const form : OpenForms()) {
+    for (const Timer* const timer : form->Timers()) {
+      if (!timer->Enabled()) continue;
+      const auto before = ticked_.find(timer);
+      const Date since = before == ticked_.end() ? now : before->second;
+      const bool passed = (now - since) * kSecondsPerDay * 1000 >= timer->Interval();
+      if (passed) due.push_back(timer);
+      running[timer] = passed ? now : since;
+    }
+  }
+  ticked_ = std::move(running);
+  for (const Timer* const timer : due) timer->Elapse();
 }
 
 ScriptedPlatform::ScriptedPlatform(FilesIn where)
     : files(where == FilesIn::kMemory ? static_cast<FileSystem&>(memory) : machine), before_(InstalledOrNone()) {
   clock.SetUser(&user);
   input.SetUser(&user);
+  input.SetClock(&clock);
   InstallPlatform({.clock = &clock,
                    .files = &files,
                    .message_boxes = &boxes,

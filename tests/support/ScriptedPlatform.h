@@ -17,6 +17,7 @@
 #include <deque>
 #include <functional>
 #include <initializer_list>
+#include <map>
 #include <vector>
 
 #include "support/Platform.h"
@@ -44,6 +45,9 @@ class ScriptedClock : public Clock {
   [[nodiscard]] Double Slept() const { return slept_; }
   // The user whose turn ends with each sleep of a modal loop; null for none.
   void SetUser(ScriptedUser* user) { user_ = user; }
+
+  // The moment now, at a look that does not move it on.
+  [[nodiscard]] Date Standing() const { return now_; }
 
   [[nodiscard]] Date Now() override;
   [[nodiscard]] Date UniversalNow() override;
@@ -89,6 +93,9 @@ class ScriptedMessageBoxes : public MessageBoxes {
 
 class ScriptedInput : public InputQueue {
  public:
+  // The clock by which a run ticks the timers of loaded forms whose interval has passed; null for none. It must outlive
+  // this.
+  void SetClock(const ScriptedClock* clock) { clock_ = clock; }
   // So many of the next looks find work of the kinds in `mask`.
   void SetPending(int looks, Long mask = 0xA5);
   // The user who does a step at each run, where one can be done; null for none. Such a step counts as pending work of
@@ -111,6 +118,10 @@ class ScriptedInput : public InputQueue {
   Long last_mask_ = 0;
   std::function<void()> on_run_;
   ScriptedUser* user_ = nullptr;
+  const ScriptedClock* clock_ = nullptr;
+  std::map<const Timer*, Date> ticked_;  // when a timer that runs ticked last, or was first seen
+
+  void TickTimers();
 };
 
 enum class FilesIn { kMachine, kMemory };

@@ -80,6 +80,39 @@ TEST_F(ModalTest, HandlesInputAndSleepsAMillisecondEachTurn) {
   EXPECT_NEAR(platform_.clock.Slept(), 11 * 0.001, 1e-6);
 }
 
+TEST_F(ModalTest, TimersTickWhileNobodyPressesAKey) {
+  Timer timer(lower_.form, "Timer1");
+  timer.SetInterval(15'000);
+  timer.SetEnabled(true);
+  int ticks = 0;
+  timer.Tick.Connect([&] {
+    if (++ticks == 2) HideLikeModal(lower_.form);
+  });
+  user_.Do([&] { platform_.clock.Advance(14); })
+      .Do([&] {
+        EXPECT_EQ(ticks, 0);
+        platform_.clock.Advance(1);
+      })
+      .Wait(2)
+      .Do([&] {
+        EXPECT_EQ(ticks, 1);
+        platform_.clock.Advance(15);
+      });
+  Show(lower_);
+  EXPECT_EQ(ticks, 2);
+}
+
+TEST_F(ModalTest, LetsTheInterfaceRunEachTurnThoughNothingIsPending) {
+  int runs = 0;
+  platform_.input.SetUser(nullptr);
+  platform_.clock.SetUser(nullptr);
+  platform_.input.OnRun([&] {
+    if (++runs == 7) HideLikeModal(lower_.form);
+  });
+  Show(lower_);
+  EXPECT_EQ(runs, 7);
+}
+
 TEST_F(ModalTest, OnAScreenWithoutWindowsItReturnsAtOnce) {
   ScreenWithoutWindows none;
   ThePlatform().screen = &none;
@@ -224,6 +257,21 @@ TEST_F(ModalTest, TheDialogIsOffTheScreenWhileItsOwnerIsHidden) {
       });
   Show(lower_);
   EXPECT_EQ(PlaceOf(lower_), over_owner);
+}
+
+TEST_F(ModalTest, ADialogWhoseOwnerIsHiddenIsNotTakenForClosed) {
+  const Long list = screen_.AddHostWindow();
+  user_.Do([&] { screen_.HideWindow(list); }).Wait(3).On("dlgLower", [&](Form& form) {
+    EXPECT_TRUE(screen_.IsVisible(form.Hwnd())) << "the window itself is shown";
+    HideLikeModal(form);
+  });
+  Show(lower_);
+}
+
+TEST_F(ModalTest, ADialogWhoseWindowTheHostHidesIsClosed) {
+  user_.On("dlgLower", [&](Form& form) { screen_.HideWindow(form.Hwnd()); });
+  Show(lower_);
+  EXPECT_FALSE(lower_.form.Visible());
 }
 
 TEST_F(ModalTest, OnceItsOwnerIsBackTheUserMovesTheDialogFreely) {
