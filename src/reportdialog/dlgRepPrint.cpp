@@ -83,6 +83,9 @@ void dlgRepPrint::ListenToChoices() {
       dates_.ChooseLength(length);
     });
   });
+  for (OptionGroup* const options : {&OptStyle, &optLength}) {
+    options->ClickAgain.Connect([this](Integer /*index*/) { Touch(); });
+  }
   for (Integer i = 0; i < static_cast<Integer>(cmbYear.size()); ++i) {
     const auto index = static_cast<std::size_t>(i);
     cmbYear[index].Click.Connect([this, i] {

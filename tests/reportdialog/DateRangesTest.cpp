@@ -168,6 +168,25 @@ TEST_F(DateRangesTest, OpensACustomRangeAtItsPresetStart) {
   EXPECT_EQ(DateText(dialog().Calendar[0].Date()), "2003-05-01");
 }
 
+TEST_F(DateRangesTest, KeepsTheFirstDateWhereTheUserClicksTheCustomRangeAgain) {
+  OpenOn(Day(2004, 3, 10));
+  ChooseLength(kCustomLength);
+  ChooseDate(0, Day(2004, 2, 1));
+  ChooseLength(kCustomLength);
+  EXPECT_EQ(DateText(dialog().Calendar[0].Date()), "2004-02-01");
+}
+
+TEST_F(DateRangesTest, RunsNothingWhereTheUserClicksTheLengthThatIsOn) {
+  OpenOn(Day(2004, 3, 10));
+  for (Integer length = 1; length <= 8; ++length) {
+    ChooseLength(length);
+    int repaints = 0;
+    dialog().DateLabel[0].Repainted.Connect([&] { ++repaints; });
+    ChooseLength(length);
+    EXPECT_EQ(repaints, 0) << "length " << length;
+  }
+}
+
 TEST_F(DateRangesTest, KeepsTheMainDateOverAChangeOfLength) {
   OpenOn(Day(2004, 3, 10));
   for (const Integer length : {kCustomLength, kYearLength, kAllLength, kWeekLength}) ChooseLength(length);

@@ -484,10 +484,14 @@ TEST_F(OptionGroupTest, TurningAnOptionOffTellsNothing) {
   EXPECT_THAT(chosen_, ElementsAre(3));
 }
 
-TEST_F(OptionGroupTest, AUserWhoChoosesTheOptionThatIsOnIsHeardAgain) {
+TEST_F(OptionGroupTest, AUserWhoClicksTheOptionThatIsOnChoosesNothing) {
+  std::vector<Integer> clicked_again;
+  options_.ClickAgain.Connect([&](Integer index) { clicked_again.push_back(index); });
   EXPECT_TRUE(options_(2).UserClick());
   EXPECT_TRUE(options_(2).UserClick());
-  EXPECT_THAT(chosen_, ElementsAre(2, 2));
+  EXPECT_THAT(chosen_, ElementsAre(2));
+  EXPECT_THAT(clicked_again, ElementsAre(2));
+  EXPECT_TRUE(options_(2).HasFocus());
 }
 
 TEST_F(OptionGroupTest, ADisabledOptionCannotBeChosenByTheUserButByProgram) {

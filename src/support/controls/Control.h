@@ -8,7 +8,8 @@
 //     the control or its form is disabled or hidden.
 //   - What a program sets raises the same reaction as the user's act where that is a choice or a text that really
 //     changes; setting what is set already raises nothing. A selection that becomes none raises nothing.
-//   - A user who chooses the selected entry again raises the reaction again.
+//   - A user who chooses the selected entry of a list again raises the reaction again; an option that is on already is
+//     not chosen again.
 //   - A date set by program raises nothing and is not held to its limits.
 //
 // One thread. A control belongs to its form and must not outlive it.

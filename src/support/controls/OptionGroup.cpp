@@ -6,8 +6,11 @@ namespace tallybook {
 
 bool OptionButton::UserClick() {
   if (!UserFocus()) return false;
-  // The user's choice of the option that is on is a choice again.
-  if (!group_.Choose(Index())) group_.Click.Raise(Index());
+  if (value_) {
+    group_.ClickAgain.Raise(Index());
+  } else {
+    group_.Choose(Index());
+  }
   return true;
 }
 
@@ -38,14 +41,12 @@ Integer OptionGroup::Selected(Integer otherwise) const {
   return otherwise;
 }
 
-// True where the option was off, and the choice was told.
-bool OptionGroup::Choose(Integer index) {
+void OptionGroup::Choose(Integer index) {
   OptionButton& chosen = (*this)(index);
-  if (chosen.value_) return false;
+  if (chosen.value_) return;
   for (const auto& option : options_) option->Set(option->value_, false);
   chosen.Set(chosen.value_, true);
   Click.Raise(index);
-  return true;
 }
 
 }  // namespace tallybook

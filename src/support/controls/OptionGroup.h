@@ -41,11 +41,12 @@ class OptionGroup {
   // The index of the option that is on, the lowest first; `otherwise` where none is.
   [[nodiscard]] Integer Selected(Integer otherwise = 0) const;
 
-  Event<Integer> Click;  // the option of this index was chosen
+  Event<Integer> Click;       // the option of this index was chosen, and was off before
+  Event<Integer> ClickAgain;  // the user clicked the option that is on: no choice
 
  private:
   friend class OptionButton;
-  bool Choose(Integer index);
+  void Choose(Integer index);
 
   Integer first_;
   std::vector<std::unique_ptr<OptionButton>> options_;
