@@ -6,6 +6,7 @@
 #include "exchange/CDataExchange.h"
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
+#include "support/HostMessages.h"
 #include "support/Narrow.h"
 #include "support/modAllUI.h"
 
@@ -80,7 +81,7 @@ void dlgQDXImp::SaveButtons1_Click(Integer button) {
 }
 
 void dlgQDXImp::ShowHelp() const {
-  if (exchange_ != nullptr && exchange_->Owner() != nullptr) exchange_->Owner()->App().HelpTopic(HelpContext());
+  if (exchange_ != nullptr && exchange_->Owner() != nullptr) ShowHelpTopic(exchange_->Owner()->App(), HelpContext());
 }
 
 }  // namespace tallybook

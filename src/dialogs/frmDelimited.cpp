@@ -149,7 +149,7 @@ void frmDelimited::SaveButtons1_Click(Integer button) {
 }
 
 void frmDelimited::ShowHelp() const {
-  if (masterfile_ != nullptr) masterfile_->App().HelpTopic(HelpContext());
+  if (masterfile_ != nullptr) ShowHelpTopic(masterfile_->App(), HelpContext());
 }
 
 IniFile& frmDelimited::Settings() const {

@@ -445,7 +445,7 @@ void dlgRepPrint::Cancel() {
 }
 
 void dlgRepPrint::ShowHelp() {
-  app_->HelpTopic(HelpContext());
+  if (app_ != nullptr) app_->HelpTopic(HelpContext());
 }
 
 void dlgRepPrint::CollectDates() {

@@ -21,6 +21,14 @@ bool Confirm(HostApp& app, const Text& text) {
   return AskMessage(text, kQuestionIcon | kOkCancel, app.Title()) == kOk;
 }
 
+void ShowHelpTopic(HostApp& app, Long topic) {
+  try {
+    app.HelpTopic(topic);
+  } catch (...) {
+    Refuse(app, "The help cannot be shown: " + CurrentFailure().Description());
+  }
+}
+
 void LogFailure(HostApp& app, const Failure& failure, const Text& suffix) {
   app.Log().LogError(failure.Source() + suffix, failure.Statement(), -1);
 }

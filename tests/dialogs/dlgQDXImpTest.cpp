@@ -115,5 +115,23 @@ TEST_F(dlgQDXImpTest, AsksForItsHelpTopicAtF1AndConsumesTheKey) {
   EXPECT_THAT(host->record.ArgumentsOf("App.HelpTopic"), ElementsAre("4711"));
 }
 
+TEST_F(dlgQDXImpTest, TellsOfAHelpDisplayThatFailsAndStaysAsItWas) {
+  form.SetFields(exchange);
+  host->record.FailOn("App.HelpTopic", 1, Failure(FailureNumber::kDeviceError, "torn", "App"));
+  user().Choose(kForm, "Combo4", "Added").Press(kForm, "Combo4", kF1Key);
+  user().Click(kForm, "SaveButtons1", SaveButtons::kMainButton);
+  ShowLikeModal(form, owner);
+  EXPECT_THAT(platform.boxes.Shown(),
+              ElementsAre(ShownBox{"The help cannot be shown: torn", kExclamationIcon, host->app.title, kOk}));
+  EXPECT_FALSE(form.Cancelled());
+  EXPECT_EQ(form.Math(), 1);
+}
+
+TEST_F(dlgQDXImpTest, HasNoHelpBeforeItKnowsItsExchangeObject) {
+  form.Show();
+  EXPECT_FALSE(form.Combo4.UserKeyDown(kF1Key));
+  EXPECT_THAT(host->record.ArgumentsOf("App.HelpTopic"), ::testing::IsEmpty());
+}
+
 }  // namespace
 }  // namespace tallybook::testing

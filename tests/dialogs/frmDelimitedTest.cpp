@@ -277,6 +277,18 @@ TEST_F(frmDelimitedTest, AsksForItsHelpTopicAtF1AndConsumesTheKey) {
   EXPECT_THAT(host->record.ArgumentsOf("App.HelpTopic"), ElementsAre("77"));
 }
 
+TEST_F(frmDelimitedTest, TellsOfAHelpDisplayThatIsMissingAndStaysAsItWas) {
+  host->record.FailOn("App.HelpTopic", 1, Failure(FailureNumber::kFeatureUnavailable, "no display", "App"));
+  user().Type(kForm, "Text1", "typed.csv").Press(kForm, "Text1", kF1Key);
+  LookAt([this](frmDelimited& shown) {
+    EXPECT_EQ(shown.Text1.Text(), "typed.csv");
+    EXPECT_THAT(Boxes(), ElementsAre("The help cannot be shown: no display"));
+  });
+  Press(SaveButtons::kCancelButton);
+  Converse();
+  EXPECT_THAT(Logged(), IsEmpty());
+}
+
 TEST_F(frmDelimitedTest, OffersCancelEachTimeItIsOpened) {
   frmDelimited form(host->factory);
   form.SetCancelEnabled(false);
