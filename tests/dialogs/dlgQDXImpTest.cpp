@@ -47,6 +47,17 @@ TEST_F(dlgQDXImpTest, ShowsTheDefinitionAndItsFile) {
                                     "Wednesday, January 1, 2003", "Thursday, January 2, 2003", "Day"));
 }
 
+TEST_F(dlgQDXImpTest, BearsItsCaptions) {
+  EXPECT_EQ(form.Caption(), "Import QDX File");
+  EXPECT_EQ(form.Text1.Caption(), "Title:");
+  EXPECT_EQ(form.Text2.Caption(), "QDX Filename: ");
+  EXPECT_EQ(form.Combo1.Caption(), "When imported, the QDX file will be: ");
+  EXPECT_EQ(form.Combo2.Caption(), "Match Accounts: ");
+  EXPECT_EQ(form.Combo3.Caption(), "Match Datafields: ");
+  EXPECT_EQ(form.Combo4.Caption(), "&Imported information will be: ");
+  EXPECT_EQ(form.SaveButtons1.Caption(), "&Import");
+}
+
 TEST_F(dlgQDXImpTest, LetsNothingBeChangedButTheOperation) {
   form.SetFields(exchange);
   for (const TextBox* box : {&form.Text1, &form.Text2}) EXPECT_TRUE(box->Locked() && box->Shaded());

@@ -51,6 +51,15 @@ TEST_F(frmImportTest, ShowsTheCallersWords) {
   EXPECT_FALSE(Import(name));
 }
 
+TEST_F(frmImportTest, BearsItsOwnCaptionsUntilACallerGivesOthers) {
+  EXPECT_EQ(form.Caption(), "Import File");
+  EXPECT_EQ(form.Label1[1].Caption(), "Import &Filename:");
+  EXPECT_EQ(form.SaveButtons1.Caption(), "&Import");
+  EXPECT_EQ(form.NumberBox1[0].Caption(), "Rows to skip");
+  EXPECT_EQ(form.NumberBox1[1].Caption(), "Fields to Skip");
+  EXPECT_EQ(form.chkClear.Caption(), "Clear existing records before importing");
+}
+
 TEST_F(frmImportTest, NamesButtonAndBoxByTheCaptionsFirstWord) {
   const std::vector<std::pair<Text, Text>> cases = {
       {"Open QDX File", "Open"}, {"Export Data to File", "Export"}, {"Load", "Load"}};

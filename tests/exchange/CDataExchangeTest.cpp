@@ -303,6 +303,14 @@ TEST_F(CDataExchangeTest, OpenDefinitionsBindsAndLoads) {
   EXPECT_EQ(exchange_.ReportType(), 9);
 }
 
+TEST_F(CDataExchangeTest, OpenDefinitionsTakesAFreshAccountRecordEachTime) {
+  host_->record.Record("NewAccountRecord", true);
+  for (int times = 1; times <= 2; ++times) {
+    EXPECT_TRUE(exchange_.OpenDefinitions(book(), 1));
+    EXPECT_EQ(host_->record.ArgumentsOf("NewAccountRecord").size(), static_cast<std::size_t>(times));
+  }
+}
+
 TEST_F(CDataExchangeTest, CloseDefinitionsGivesZeroAndKeepsTheCounter) {
   PutDefinition(1, "Daily", "/in/*.QDX");
   EXPECT_TRUE(exchange_.OpenDefinitions(book(), 1));

@@ -19,6 +19,8 @@ TEST_F(RepPrintControlsTest, BearTheirDesignNamesAndCaptions) {
   EXPECT_EQ(CaptionOf("FrmPage", 1), "Style of Report:");
   EXPECT_EQ(CaptionOf("FrmPage", 2), "Print Sequence:");
   EXPECT_EQ(CaptionOf("FrmPage", 3), "Dates:");
+  EXPECT_EQ(CaptionOf("lblStyle", 0), "Time Series:");
+  EXPECT_EQ(CaptionOf("lblStyle", 1), "Account Summary:");
   EXPECT_EQ(CaptionOf("OptStyle", 1), "&Day-by-Day");
   EXPECT_EQ(CaptionOf("OptStyle", 2), "&Week-by-Week");
   EXPECT_EQ(CaptionOf("OptStyle", 3), "&Month-by-Month (Period-by-Period)");
