@@ -187,7 +187,12 @@ bool frmDataExc::WriteExchangeFile(Long hwnd_owner, ExportChoice& choice) {
 
 void frmDataExc::OfferToOpen(const Text& file) {
   const Text question = "Export file created at:\r\n" + file + "\r\n\r\nWould you like to open the file?";
-  if (AskMessage(question, kQuestionIcon | kOkCancel, "") == kOk) OpenWithAssociated(masterfile_->App(), file);
+  if (AskMessage(question, kQuestionIcon | kOkCancel, "") != kOk) return;
+  try {
+    OpenWithAssociated(masterfile_->App(), file);
+  } catch (...) {
+    LogFailure(masterfile_->App(), CurrentFailure(), " - OutputQDXFile");
+  }
 }
 
 void frmDataExc::RememberTable(const ExportChoice& choice) {

@@ -55,6 +55,7 @@ class frmDataExc {
   // Both ask for a file and write it, until it stands (true) or the user cancels (false).
   [[nodiscard]] bool WriteTable(Long hwnd_owner, ExportChoice& choice);
   [[nodiscard]] bool WriteExchangeFile(Long hwnd_owner, ExportChoice& choice);
+  // Whether the file can be opened says nothing of the export: a failure is logged.
   void OfferToOpen(const Text& file);
   void RememberTable(const ExportChoice& choice);
 

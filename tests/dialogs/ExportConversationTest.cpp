@@ -301,7 +301,7 @@ TEST_F(ExportConversationTest, LimitsBrowsingForATable) {
   ExportTable();
 }
 
-TEST_F(ExportConversationTest, RemembersNothingWhereTheTableCannotBeOpenedForAFailure) {
+TEST_F(ExportConversationTest, RemembersTheTableThoughItCannotBeOpened) {
   Platform without_shell = ThePlatform();
   without_shell.shell = nullptr;
   InstallPlatform(without_shell);
@@ -310,8 +310,10 @@ TEST_F(ExportConversationTest, RemembersNothingWhereTheTableCannotBeOpenedForAFa
   platform.boxes.Answer({kOk});
   EXPECT_FALSE(gui.ExportQDX(owner, book(), true, date));
   ASSERT_THAT(Logged(), SizeIs(1));
-  EXPECT_EQ(Logged()[0].message, "Tallybook - CDataExchangeGUI:ExportQDX");
-  EXPECT_THAT(Written(), IsEmpty());
+  EXPECT_EQ(Logged()[0].message, "Tallybook - OutputQDXFile");
+  EXPECT_EQ(Setting("CSV", "ExportFile"), Path("Export.csv"));
+  EXPECT_EQ(Setting("CSV", "Ext"), "CSV");
+  EXPECT_EQ(Setting("CSV", "Zeros"), "True");
   EXPECT_THAT(OpenForms(), IsEmpty());
 }
 
