@@ -12,9 +12,20 @@ namespace tallybook {
 
 namespace {
 
-// The instances that a conversation has made end with it, on every way out.
-struct ConversationEnd {
-  ~ConversationEnd() { ReleaseForms(); }
+// What a conversation makes and sets ends with it, on every way out: the instances, and the host's title over boxes that
+// are given none.
+class ConversationEnd {
+ public:
+  ConversationEnd() : title_before_(ThePlatform().application_title) {}
+  ~ConversationEnd() {
+    ReleaseForms();
+    ThePlatform().application_title.swap(title_before_);
+  }
+  ConversationEnd(const ConversationEnd&) = delete;
+  ConversationEnd& operator=(const ConversationEnd&) = delete;
+
+ private:
+  Text title_before_;
 };
 
 }  // namespace
@@ -31,6 +42,7 @@ bool CDataExchangeGUI::Converse(Masterfile& masterfile, const char* member, Conv
     at(10, [&] { ThePlatform().screen->SetPointer(Pointer::kBusy); });
     at(20, [&] { HandlePendingInput(); });
     at(30, [&] { TheForms().HelpFile = masterfile.App().HelpFile(); });
+    at(35, [&] { ThePlatform().application_title = masterfile.App().Title(); });
     at(40, conversation);
   });
 }

@@ -9,6 +9,8 @@
 // not say whether the user went through with it. What fails on the way is told by the part that fails; an unexpected
 // failure is logged with " - CDataExchangeGUI:" and the member's name, and no box tells of it.
 //
+// Boxes that are given no caption take the application's title, HostApp::Title, for as long as a conversation lasts.
+//
 // One thread, the user interface's. The host's own events arrive while a dialog is shown; no second conversation may
 // begin meanwhile. The factory, the platform and the database belong to the application and outlive the call.
 #pragma once

@@ -60,6 +60,17 @@ TEST_F(CDataExchangeGUITest, TakesOverTheHostsHelpFile) {
   }
 }
 
+TEST_F(CDataExchangeGUITest, PutsTheHostsTitleOverBoxesThatAreGivenNone) {
+  host->app.title = "North Office";
+  user().Type("frmImport", "Text1", " ").Click("frmImport", "SaveButtons1", SaveButtons::kMainButton);
+  user().Close("frmImport");
+  EXPECT_TRUE(gui.ImportCSV(owner, book(), true));
+  ASSERT_THAT(platform.boxes.Shown(), SizeIs(1));
+  EXPECT_EQ(platform.boxes.Shown()[0].text, "Filename cannot be blank.");
+  EXPECT_EQ(platform.boxes.Shown()[0].caption, "North Office");
+  EXPECT_EQ(ThePlatform().application_title, ScriptedPlatform::kTitle) << "as it was, once the conversation has ended";
+}
+
 TEST_F(CDataExchangeGUITest, ShowsItsDialogsOverTheOwner) {
   for (const Entry& entry : Entries()) {
     user().On(entry.first_form, [this](Form& form) {

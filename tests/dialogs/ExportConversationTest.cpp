@@ -140,7 +140,7 @@ TEST_F(ExportConversationTest, WritesATableAndRemembersHow) {
               ElementsAre(ElementsAre("Date", "Account", "Field", "Value"),
                           ElementsAre("2003-01-01", "100", "1", "12.5"), ElementsAre("2003-01-01", "100", "2", "3")));
   EXPECT_EQ(platform.boxes.Shown().back(),
-            (ShownBox{Question(Path("sales.xlsx")), kQuestionBox, ScriptedPlatform::kTitle, kCancel}));
+            (ShownBox{Question(Path("sales.xlsx")), kQuestionBox, host->app.title, kCancel}));
   EXPECT_THAT(platform.shell.Opened(), IsEmpty());
   EXPECT_EQ(Setting("CSV", "ExportFile"), Path("sales.xlsx"));
   EXPECT_EQ(Setting("CSV", "Ext"), "XLSX");
@@ -308,7 +308,7 @@ TEST_F(ExportConversationTest, RemembersTheTableThoughItCannotBeOpened) {
   TakeDates();
   Accept(kOptions);
   platform.boxes.Answer({kOk});
-  EXPECT_FALSE(gui.ExportQDX(owner, book(), true, date));
+  ExportTable();
   ASSERT_THAT(Logged(), SizeIs(1));
   EXPECT_EQ(Logged()[0].message, "Tallybook - OutputQDXFile");
   EXPECT_EQ(Setting("CSV", "ExportFile"), Path("Export.csv"));
