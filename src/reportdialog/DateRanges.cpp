@@ -105,17 +105,20 @@ void DateRanges::Limit(CalendarBox& calendar, const Limits& limits) const {
   calendar.SetMaxDate(limits.last);
 }
 
-void DateRanges::FillYearLists() {
-  const int first = Database().FirstYear();
+void DateRanges::FillYearLists(Statements& at) {
   for (ComboBox& list : controls_.cmbYear) {
     list.Clear();
-    for (Long i = 0; i < Database().NumYears(); ++i) list.AddItem(std::to_string(first + i));
+    const Long years = at(200, [&] { return Database().NumYears(); });
+    for (Long i = 0; i < years; ++i) {
+      at(202, [&] { list.AddItem(std::to_string(Database().FirstYear() + i)); });
+    }
   }
   // The last year that qualifies wins.
   ComboBox& this_year = controls_.cmbYear[0];
   for (Integer i = 0; i < this_year.ListCount(); ++i) {
     const auto year = static_cast<long long>(LeadingNumber(this_year.List(i)));
-    if (current_date_ >= YearStart(year)) this_year.SetListIndex(i);
+    const bool begun = at(204, [&] { return current_date_ >= YearStart(year); });
+    if (begun) at(206, [&] { this_year.SetListIndex(i); });
   }
 }
 
@@ -133,10 +136,11 @@ void DateRanges::ShowYearLists(bool shown) {
   }
 }
 
-void DateRanges::LimitFirstCalendar() {
+void DateRanges::LimitFirstCalendar(Statements& at) {
   const RedrawOff redraw_off(controls_.Calendar);
-  Limit(controls_.Calendar[0],
-        {Database().FirstSystemDate(), YearStart(Database().FirstYear() + Database().YearsInUse()) - 1});
+  CalendarBox& first = controls_.Calendar[0];
+  at(240, [&] { first.SetMinDate(Database().FirstSystemDate()); });
+  at(242, [&] { first.SetMaxDate(YearStart(Database().FirstYear() + Database().YearsInUse()) - 1); });
 }
 
 // The limits that choosing the custom length sets. Choosing a year then sets others (LimitsOfChosenYear): all years
@@ -289,6 +293,7 @@ Date DateRanges::BuildDateList() {
   at(20, [&] { text = LongDate(end_date_); });
   controls_.frmDate[1].SetCaption(FrameCaption());
   at(30, [&] { text = LabelText(text); });
+  unit_ = at(35, [&] { return NumbersOfUnit(); });
   for (std::size_t i = 0; i < controls_.Calendar.size(); ++i) {
     if (selected_length_ == kCustomLength) {
       at(40, [&] { end_date_ = calendar_->LevelDate(controls_.Calendar[i].Date(), CustomRangeLevel()); });
@@ -323,6 +328,22 @@ void DateRanges::CollectDates() {
 
 // --- The words -------------------------------------------------------------------------------------------------------
 
+DateRanges::UnitNumbers DateRanges::NumbersOfUnit() const {
+  const FiscalCalendar& calendar = TheCalendar();
+  switch (selected_length_) {
+    case kPeriodLength:
+      return {.period = calendar.PeriodNumber()};
+    case kQuarterLength:
+      return {.quarter = calendar.QuarterNumber(), .fiscal_year = calendar.FiscalYear()};
+    case kHalfYearLength:
+      return {.half = calendar.HalfNumber(), .fiscal_year = calendar.FiscalYear()};
+    case kYearLength:
+      return {.fiscal_year = calendar.FiscalYear()};
+    default:
+      return {};
+  }
+}
+
 Text DateRanges::CustomPrefix() const {
   switch (CustomRangeLevel()) {
     case kDayLevel:
@@ -337,20 +358,20 @@ Text DateRanges::CustomPrefix() const {
 }
 
 Text DateRanges::DateRangeText() const {
-  const FiscalCalendar& calendar = TheCalendar();
+  (void)TheCalendar();  // without one there are no words
   const Text end = " " + LongDate(end_date_);
-  const auto year = [&] { return std::to_string(calendar.FiscalYear()) + " - Ending:"; };
+  const auto year = [&] { return std::to_string(unit_.fiscal_year) + " - Ending:"; };
   switch (selected_length_) {
     case kDayLength:
       return "Day:" + end;
     case kWeekLength:
       return "Week Ending:" + end;
     case kPeriodLength:
-      return "Fiscal Month: " + Database().PeriodName(calendar.PeriodNumber()) + " - Ending:" + end;
+      return "Fiscal Month: " + Database().PeriodName(unit_.period) + " - Ending:" + end;
     case kQuarterLength:
-      return QuarterWord(calendar.QuarterNumber()) + " Quarter of " + year() + end;
+      return QuarterWord(unit_.quarter) + " Quarter of " + year() + end;
     case kHalfYearLength:
-      return QuarterWord(calendar.HalfNumber()) + " Half of " + year() + end;
+      return QuarterWord(unit_.half) + " Half of " + year() + end;
     case kYearLength:
       return "Year " + year() + end;
     case kCustomLength:
@@ -361,8 +382,8 @@ Text DateRanges::DateRangeText() const {
 }
 
 Text DateRanges::DateRangeShortText() const {
-  const FiscalCalendar& calendar = TheCalendar();
-  const auto year = [&] { return std::to_string(calendar.FiscalYear()) + " Ending"; };
+  (void)TheCalendar();  // without one there are no words
+  const auto year = [&] { return std::to_string(unit_.fiscal_year) + " Ending"; };
   switch (selected_length_) {
     case kDayLength:
       return "Day";
@@ -371,9 +392,9 @@ Text DateRanges::DateRangeShortText() const {
     case kPeriodLength:
       return "Fiscal Month Ending: ";
     case kQuarterLength:
-      return QuarterWord(calendar.QuarterNumber()) + " Quarter " + year();
+      return QuarterWord(unit_.quarter) + " Quarter " + year();
     case kHalfYearLength:
-      return QuarterWord(calendar.HalfNumber()) + " Half " + year();
+      return QuarterWord(unit_.half) + " Half " + year();
     case kYearLength:
       return "Year " + year();
     case kCustomLength:

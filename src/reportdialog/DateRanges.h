@@ -16,6 +16,7 @@ namespace tallybook {
 class HostApp;
 class Masterfile;
 class ReportObject;
+class Statements;
 
 class DateRanges {
  public:
@@ -47,12 +48,14 @@ class DateRanges {
   [[nodiscard]] Date EndDate() const { return end_date_; }
 
   // Fills both year lists, oldest first, and selects in list 0 the last year that has begun by CurrentDate; none where
-  // none has. The year reaction runs for each year that is selected on the way.
-  void FillYearLists();
+  // none has. The year reaction runs for each year that is selected on the way. Each question to the host is a statement
+  // of `at`, from 200 on, so that what one of them cannot tell is missing alone.
+  void FillYearLists(Statements& at);
   // Shows or hides list 1 with its label wherever the year lists are shown.
   void AllowLastYear(bool allowed);
-  // The limits that the first calendar starts with: from the first date on offer to the end of the years in use.
-  void LimitFirstCalendar();
+  // The limits that the first calendar starts with: from the first date on offer to the end of the years in use; each a
+  // statement of `at`, from 240 on.
+  void LimitFirstCalendar(Statements& at);
 
   // The reactions. A length chosen shows what belongs to it and limits the calendars; a year chosen keeps the lists
   // apart and moves the main calendar into the year; a date chosen moves CurrentDate or pulls the range's end along.
@@ -69,7 +72,8 @@ class DateRanges {
   void CollectDates();
 
   // The words for the range, long and short, for a report's heading. They tell of the calendar's position at the last
-  // BuildDateList. Failure 9 (range) for a quarter or half that is not 1 to 4.
+  // BuildDateList, wherever the calendar has gone since. Failure 9 (range) for a quarter or half that is not 1 to 4,
+  // failure 91 without a calendar.
   [[nodiscard]] Text DateRangeText() const;
   [[nodiscard]] Text DateRangeShortText() const;
 
@@ -77,6 +81,13 @@ class DateRanges {
   struct Limits {
     Date first = kNoDate;
     Date last = kNoDate;
+  };
+  // What the calendar counts the chosen unit as; 0 where the words for its length do not name it.
+  struct UnitNumbers {
+    Integer period = 0;
+    Integer quarter = 0;
+    Integer half = 0;
+    Integer fiscal_year = 0;
   };
 
   [[nodiscard]] Masterfile& Database() const;
@@ -97,6 +108,7 @@ class DateRanges {
   void LabelRange(const Text& text);
   [[nodiscard]] Text FrameCaption() const;
   [[nodiscard]] Text LabelText(const Text& date) const;
+  [[nodiscard]] UnitNumbers NumbersOfUnit() const;
   [[nodiscard]] Text CustomPrefix() const;
 
   RepPrintControls& controls_;
@@ -108,6 +120,7 @@ class DateRanges {
   Date custom_start_date_ = kNoDate;
   Date start_date_ = kNoDate;
   Date end_date_ = kNoDate;
+  UnitNumbers unit_;  // at the last BuildDateList
   Integer selected_length_ = kDayLength;
   Integer initial_length_ = 0;
   Integer max_length_ = kAllLength;

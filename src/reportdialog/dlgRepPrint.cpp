@@ -182,7 +182,7 @@ void dlgRepPrint::SetFields(ReportObject& report, const Text& title, const Text&
   ChooseFirstPage(at);
   page_ = first_page_;
   if (page_ < kDatePage) LoadSequences(at);
-  at(200, [&] { dates_.FillYearLists(); });
+  dates_.FillYearLists(at);
   LimitByColumns(at);
   PrepareCalendars(at);
   ReadSwitches(at);
@@ -283,7 +283,7 @@ void dlgRepPrint::LimitByColumns(Statements& at) {
 
 void dlgRepPrint::PrepareCalendars(Statements& at) {
   for (CalendarBox& calendar : Calendar) calendar.SetFurtherFlag(true);
-  at(240, [&] { dates_.LimitFirstCalendar(); });
+  dates_.LimitFirstCalendar(at);
 }
 
 void dlgRepPrint::ReadSwitches(Statements& at) {

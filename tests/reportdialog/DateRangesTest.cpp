@@ -91,6 +91,62 @@ TEST_F(DateRangesTest, ChangesTheCalendarsLimitsWithTheirDrawingOff) {
   chooses([this] { ChooseLength(kWeekLength); });
 }
 
+TEST_F(DateRangesTest, FillsTheYearListsAroundAYearThatTheHostCannotTell) {
+  struct Row {
+    Text operation;
+    long long nth;
+    std::vector<Text> this_year, last_year;
+    Text selected;
+  };
+  const std::vector<Text> all = {"2003", "2004", "2005"};
+  const Row rows[] = {{"NumYears", 1, {}, all, ""},
+                      {"NumYears", 2, all, {}, "2005"},
+                      {"FirstYear", 2, {"2003", "2005"}, all, "2005"},
+                      {"YearStart", 1, all, all, "2005"}};
+  for (const Row& row : rows) {
+    dialog_.reset();
+    LogErrors().clear();
+    dialog().SetCurrentDate(Day(2005, 5, 12));
+    host_->record.FailOn(row.operation, row.nth, Failure(FailureNumber::kDeviceError, "gone", "Engine"));
+    Open();
+    EXPECT_EQ(Entries(dialog().cmbYear[0]), row.this_year) << row.operation << row.nth;
+    EXPECT_EQ(Entries(dialog().cmbYear[1]), row.last_year) << row.operation << row.nth;
+    EXPECT_EQ(dialog().cmbYear[0].SelectedText(), row.selected) << row.operation << row.nth;
+    ASSERT_FALSE(LogErrors().empty());
+    EXPECT_EQ(LogErrors()[0].message, "Engine - dlgRepPrint:SetFields") << row.operation << row.nth;
+  }
+}
+
+TEST_F(DateRangesTest, SelectsTheYearBeforeOneWhoseStartTheHostCannotTell) {
+  dialog().SetCurrentDate(Day(2004, 5, 12));
+  Open();
+  // Each selected year asks for three starts of its own besides the one of the walk.
+  for (long long nth = 1; nth <= 9; ++nth) {
+    dialog_.reset();
+    dialog().SetCurrentDate(Day(2004, 5, 12));
+    host_->record.FailOn("YearStart", nth, Failure(FailureNumber::kDeviceError, "gone", "Engine"));
+    Open();
+    EXPECT_EQ(Entries(dialog().cmbYear[0]).size(), 3U) << nth;
+    EXPECT_NE(dialog().cmbYear[0].ListIndex(), kNoEntry) << nth;
+  }
+}
+
+TEST_F(DateRangesTest, SetsEachLimitOfTheFirstCalendarThatTheHostCanTell) {
+  const Failure gone(FailureNumber::kDeviceError, "gone", "Engine");
+  host_->record.FailOn("YearsInUse", 1, gone);
+  Open();
+  EXPECT_EQ(DateText(dialog().Calendar[0].MinDate()), "2003-01-01");
+  EXPECT_EQ(dialog().Calendar[0].MaxDate(), kNoDate);
+  EXPECT_THAT(LogErrors(), SizeIs(1));
+  dialog_.reset();
+  host_->record.FailOn("FirstSystemDate", 1, gone);
+  Open();
+  EXPECT_EQ(dialog().Calendar[0].MinDate(), kNoDate);
+  EXPECT_EQ(DateText(dialog().Calendar[0].MaxDate()), "2005-12-31");
+  EXPECT_THAT(LogErrors(), SizeIs(2));
+  EXPECT_TRUE(dialog().Calendar[0].Redraw());
+}
+
 // --- Choosing a length -----------------------------------------------------------------------------------------------
 
 TEST_F(DateRangesTest, LimitsTheFirstCalendarAtLoadToTheYearsInUse) {
@@ -561,6 +617,31 @@ TEST_F(DateRangesTest, SaysTheRangeInLongAndShortWords) {
     ChooseLength(row.length);
     EXPECT_EQ(dialog().DateRangeText(), row.long_words);
     EXPECT_EQ(dialog().DateRangeShortText(), row.short_words);
+  }
+}
+
+TEST_F(DateRangesTest, SaysTheRangeOnceTheComparisonHasMovedTheCalendar) {
+  report_.type = kSequenceReport;
+  OpenOn(Day(2004, 5, 12));
+  Next();
+  ChooseLength(kQuarterLength);
+  EXPECT_TRUE(dialog().cmbCompareRange.UserChoose(2));
+  EXPECT_EQ(dialog().CompareRange(), eCompRange::CompYear);
+  dialog().CollectDates();
+  EXPECT_EQ(host_->factory.LastCalendar()->QuarterNumber(), 4) << "the year has moved it";
+  EXPECT_EQ(dialog().DateRangeText(), "Second Quarter of 2004 - Ending: Wednesday, June 30, 2004");
+  EXPECT_EQ(dialog().DateRangeShortText(), "Second Quarter 2004 Ending");
+}
+
+TEST_F(DateRangesTest, SaysTheRangeOfTheLastListWhereverTheCalendarStands) {
+  OpenOn(Day(2004, 5, 12));
+  for (const Integer length : {kPeriodLength, kQuarterLength, kHalfYearLength, kYearLength}) {
+    ChooseLength(length);
+    const Text long_words = dialog().DateRangeText();
+    const Text short_words = dialog().DateRangeShortText();
+    (void)host_->factory.LastCalendar()->LevelDate(Day(2005, 11, 3), length);
+    EXPECT_EQ(dialog().DateRangeText(), long_words);
+    EXPECT_EQ(dialog().DateRangeShortText(), short_words);
   }
 }
 

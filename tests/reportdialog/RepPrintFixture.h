@@ -135,13 +135,12 @@ class RepPrintTest : public ::testing::Test {
     }
     return visible;
   }
-  [[nodiscard]] std::vector<Text> CompareEntries() {
+  [[nodiscard]] static std::vector<Text> Entries(const ListControl& list) {
     std::vector<Text> texts;
-    for (Integer i = 0; i < dialog().cmbCompareRange.ListCount(); ++i) {
-      texts.push_back(dialog().cmbCompareRange.List(i));
-    }
+    for (Integer i = 0; i < list.ListCount(); ++i) texts.push_back(list.List(i));
     return texts;
   }
+  [[nodiscard]] std::vector<Text> CompareEntries() { return Entries(dialog().cmbCompareRange); }
   [[nodiscard]] std::vector<MemoryLog::Error>& LogErrors() { return host_->app.log.errors; }
   // First and last day of what the calendar offers.
   [[nodiscard]] std::vector<Text> LimitsOf(std::size_t calendar) {
