@@ -1,5 +1,6 @@
 #include "exchange/DefinitionStore.h"
 
+#include <set>
 #include <string>
 
 #include "exchange/DefinitionFile.h"
@@ -30,9 +31,13 @@ std::vector<FoundFile> FindFiles(const Masterfile& masterfile, const Text& prefi
   return ThePlatform().files->Find(FileName(masterfile, prefix, "*"));
 }
 
-// The number in a definition file's name, which ends where its extension begins.
+// The number in a definition file's name, which ends where its extension begins; 0 where there is none that fits.
 Integer NumberInName(const Text& name, std::size_t extension_start) {
-  return RoundToInteger(LeadingNumber(name.substr(kPrefixLength, extension_start - kPrefixLength)));
+  try {
+    return RoundToInteger(LeadingNumber(name.substr(kPrefixLength, extension_start - kPrefixLength)));
+  } catch (const Failure&) {
+    return 0;  // meant: a stray file of such a name keeps nobody from the definitions beside it
+  }
 }
 
 void WriteWithCodes(const Text& path, const DefinitionRecord& record, Masterfile& masterfile,
@@ -171,9 +176,12 @@ bool DefinitionStore::Delete(Integer position) {
 }
 
 Integer DefinitionStore::FirstAvailRec(const Masterfile& masterfile) {
+  // By the search that finds the definitions, so that a name counts as taken in whatever case it is written.
+  std::set<Text> taken;
+  for (const FoundFile& file : FindFiles(masterfile, kFilePrefix)) taken.insert(UpperCase(file.name));
   for (Integer number = 1; number <= kMaxDefinitions; ++number) {
     const Text name = DefinitionFileName(masterfile, number);
-    if (FileExists(name)) continue;
+    if (taken.contains(UpperCase(name.substr(masterfile.DataPath().size())))) continue;
     const auto position = static_cast<Integer>(count_ + 1);
     Entry& entry = At(position);
     entry.Filename = name;

@@ -34,7 +34,8 @@ class DefinitionStore {
   // Loads the list for `masterfile`, which must outlive the store's use of it. Older definitions ("KVQDX") are
   // converted first where there is no definition of the newer kind at all; what cannot be converted is told by message.
   // A file that cannot be read leaves an entry with the title and source of the definition read before it.
-  // Fails with failure 6 for a file whose number does not fit 16 bits, and with failure 9 for the thousandth file.
+  // A number that does not fit 16 bits counts as none: its file is listed with FileNum 0, an older one not converted.
+  // Fails with failure 9 for the thousandth file.
   void Load(Masterfile& masterfile);
   [[nodiscard]] bool IsLoaded() const { return entries_.size() > 1; }
   // Leaves position 0 alone. The counter stays: meant.
@@ -68,8 +69,8 @@ class DefinitionStore {
   // Deletes an entry's file and blanks the entry. False, with the list as it was, where the file cannot be deleted.
   [[nodiscard]] bool Delete(Integer position);
 
-  // Reserves the lowest file number that is free and the entry behind the last counted one; gives its position, 0 where
-  // all 999 numbers are taken. The counter stays.
+  // Reserves the lowest file number that is free, without regard to the case of names, and the entry behind the last
+  // counted one; gives its position, 0 where all 999 numbers are taken. The counter stays.
   [[nodiscard]] Integer FirstAvailRec(const Masterfile& masterfile);
   // The position of a title, 0 if absent. `title` is trimmed and put into upper case, for the caller too; stored titles
   // are compared in upper case, untrimmed. An empty title finds the first unused entry. Meant, all three.

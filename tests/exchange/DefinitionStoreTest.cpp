@@ -137,10 +137,20 @@ TEST_F(DefinitionStoreTest, AStoreOf999DefinitionsIsFull) {
   EXPECT_EQ(FirstAvailRec(), 0);
 }
 
-TEST_F(DefinitionStoreTest, AFileBeyondTheStoresLimitsFailsTheLoad) {
-  platform_.memory.Put(NameOf(40'000), FileOf("Too high a number"));
-  EXPECT_THAT([&] { Load(); }, FailsWith(FailureNumber::kOverflow, "40000"));
-  platform_.memory.Delete(NameOf(40'000));
+TEST_F(DefinitionStoreTest, ANumberThatFitsNoIntegerCountsAsNoneAndTheRestLoads) {
+  Put(1, "One");
+  Put(40'000, "Stray");
+  platform_.memory.Put("/book/TBQDX1e9.NORTH", FileOf("Power"));
+  Put(7, "Seven");
+  Load();
+  EXPECT_THAT(Titles(), ElementsAre("One", "Power", "Stray", "Seven"));
+  EXPECT_EQ(store_.At(1).FileNum, 1);
+  EXPECT_EQ(store_.At(2).FileNum, 0);
+  EXPECT_EQ(store_.At(3).FileNum, 0);
+  EXPECT_EQ(store_.At(4).FileNum, 7);
+}
+
+TEST_F(DefinitionStoreTest, AThousandthFileFailsTheLoad) {
   for (int number = 1; number <= 1000; ++number) Put(number, "One too many");
   EXPECT_THAT([&] { Load(); }, FailsWith(FailureNumber::kRange, "1000"));
 }
@@ -171,7 +181,8 @@ TEST_F(DefinitionStoreTest, OneNewFileStopsTheConversionForGood) {
 }
 
 TEST_F(DefinitionStoreTest, OlderFilesWithoutANumberAboveZeroAreLeftAlone) {
-  for (const char* number : {"", "0", "x", "-4"}) platform_.memory.Put(OlderNameOf(number), FileOf("Old"));
+  for (const char* number : {"", "0", "x", "-4", "40000", "1e9"})
+    platform_.memory.Put(OlderNameOf(number), FileOf("Old"));
   Load();
   EXPECT_EQ(store_.Count(), 0);
   EXPECT_THAT(Boxes(), IsEmpty());
@@ -312,6 +323,14 @@ TEST_F(DefinitionStoreTest, TheLowestFreeNumberGoesToThePlaceBehindTheLast) {
   EXPECT_EQ(FirstAvailRec(), 3);
   EXPECT_EQ(store_.At(3).FileNum, 2);
   EXPECT_EQ(store_.At(3).Filename, NameOf(2));
+}
+
+TEST_F(DefinitionStoreTest, ANumberIsTakenInWhateverCaseItsFileIsNamed) {
+  platform_.memory.Put("/book/tbqdx1.north", FileOf("Small"));
+  platform_.memory.Put("/book/TbQdx2.NORTH", FileOf("Mixed"));
+  Load();
+  EXPECT_EQ(FirstAvailRec(), 3);
+  EXPECT_EQ(store_.At(3).FileNum, 3);
 }
 
 TEST_F(DefinitionStoreTest, AddWritesTheOpenDefinitionWithTheEntrysTitleAndSource) {
