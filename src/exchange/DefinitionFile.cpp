@@ -24,7 +24,7 @@ std::string ReadAll(FileStream& stream) {
   return content;
 }
 
-// Takes items off a definition file's text, one after the other, whatever lines they stand on.
+// Takes items off a definition file's text, line by line. Blank lines are passed over.
 class ItemReader {
  public:
   explicit ItemReader(std::string content) : content_(std::move(content)) {}
@@ -35,22 +35,35 @@ class ItemReader {
   void operator()(Text& text) { text = FromCodePage(NextItem()); }
   void operator()(Integer& number) { number = RoundToInteger(LeadingNumber(FromCodePage(NextItem()))); }
 
+  // Goes on to the next line; what is left of this one is lost.
+  void EndLine() {
+    while (!AtLineEnd()) (void)NextItem();
+    line_is_begun_ = false;
+  }
+
  private:
-  // A quoted item ends at the next quote, whatever follows it; any other at a comma or a line's end.
+  // A quoted item ends at the next quote, whatever follows it; any other at a comma or a line's end. Empty where the
+  // line has no more.
   std::string NextItem() {
-    next_ = content_.find_first_not_of(" \r\n", next_);
+    next_ = content_.find_first_not_of(line_is_begun_ ? " " : " \r\n", next_);
     if (next_ == std::string::npos) {
       next_ = content_.size();
       throw Failure(FailureNumber::kReadPastEnd, "The definition ends before its last item");
     }
+    line_is_begun_ = true;
+    if (AtLineEnd()) return {};
     return content_[next_] == '"' ? QuotedItem() : PlainItem();
+  }
+
+  [[nodiscard]] bool AtLineEnd() const {
+    return next_ >= content_.size() || content_[next_] == '\r' || content_[next_] == '\n';
   }
 
   std::string QuotedItem() {
     const std::size_t start = next_ + 1;
     const std::size_t end = std::min(content_.find('"', start), content_.size());
     next_ = std::min(end + 1, content_.size());
-    next_ = std::min(content_.find_first_not_of(' ', next_), content_.size());
+    PassBlanks();
     SkipSeparator();
     return content_.substr(start, end - start);
   }
@@ -64,11 +77,16 @@ class ItemReader {
   }
 
   void SkipSeparator() {
-    if (next_ < content_.size() && content_[next_] == ',') ++next_;
+    if (next_ >= content_.size() || content_[next_] != ',') return;
+    ++next_;
+    PassBlanks();
   }
+
+  void PassBlanks() { next_ = std::min(content_.find_first_not_of(' ', next_), content_.size()); }
 
   std::string content_;
   std::size_t next_ = 0;
+  bool line_is_begun_ = false;
 };
 
 // Collects a definition's lines and writes them in one go.
@@ -126,16 +144,15 @@ void VisitTables(Record& record, Items& items, EndLine end_line) {
   }
 }
 
-void IgnoreLineEnd() {}
-
 void ReadItems(ItemReader& items, TablesWanted tables, DefinitionRecord& record) {
-  VisitHead(record, items, IgnoreLineEnd);
+  const auto end_line = [&] { items.EndLine(); };
+  VisitHead(record, items, end_line);
   record.Desc = TrimRight(record.Desc);
   record.QdxFileName = TrimRight(record.QdxFileName);
   if (tables == TablesWanted::kYes) {
     record.accounts.Reset(kMaxDefinitionRows);
     record.fields.Reset(kMaxDefinitionRows);
-    VisitTables(record, items, IgnoreLineEnd);
+    VisitTables(record, items, end_line);
   }
   record.AcctAll = 0;
   if (!items.AtEnd()) items(record.AcctAll);

@@ -21,7 +21,8 @@ struct RowCodes {
 // use: it holds the first number behind the counts.
 //   gives  false where the file cannot be opened (the record is untouched then), ends early or holds more rows than a
 //          table has, or a number beyond 16 bits; what was read before stays
-//   meant  a file that ends behind the account rows has AcctAll 0; a number that is none reads as 0
+//   meant  a file that ends behind the account rows has AcctAll 0; a number that is none reads as 0. An item belongs to
+//          its line: one with too few items gives 0 or an empty text for the rest, one with too many loses the surplus
 [[nodiscard]] bool ReadDefinition(const Text& path, TablesWanted tables, DefinitionRecord& record,
                                   const std::function<void()>& clear);
 

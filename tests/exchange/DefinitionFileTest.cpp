@@ -139,6 +139,47 @@ TEST_F(DefinitionFileTest, AnItemThatHoldsNoNumberReadsAsZero) {
   EXPECT_EQ(record_.AcctMatch, 0);
 }
 
+TEST_F(DefinitionFileTest, AnItemBelongsToItsLine) {
+  EXPECT_TRUE(Read("\"Daily\",\"DAY.QDX\",2,-1,0\r\n1,0\r\n5,\r\n7\r\n"));
+  EXPECT_EQ(record_.fields(1).FieldFrom, 5);
+  EXPECT_EQ(record_.fields(1).FieldTo, 0);
+  EXPECT_EQ(record_.AcctAll, 7);
+  EXPECT_TRUE(Read("\"Daily\",\"DAY.QDX\",2,-1,\r\n0,1\r\n\"100\",\"200\"\r\n"));
+  EXPECT_EQ(record_.AcctMatch, 0);
+  EXPECT_EQ(record_.NumFields, 0);
+  EXPECT_EQ(record_.NumAccounts, 1);
+  EXPECT_EQ(record_.accounts(1).to_code, "200");
+}
+
+TEST_F(DefinitionFileTest, ALineWithTooFewItemsHasNothingForTheRest) {
+  EXPECT_TRUE(Read("\"Daily\"\r\n1,1\r\n5\r\n\"100\"\r\n7\r\n"));
+  EXPECT_EQ(record_.Desc, "Daily");
+  EXPECT_EQ(record_.QdxFileName, "");
+  EXPECT_EQ(record_.Disp, 0);
+  EXPECT_EQ(record_.fields(1).FieldFrom, 5);
+  EXPECT_EQ(record_.fields(1).FieldTo, 0);
+  EXPECT_EQ(record_.accounts(1).from_code, "100");
+  EXPECT_EQ(record_.accounts(1).to_code, "");
+  EXPECT_EQ(record_.AcctAll, 7);
+}
+
+TEST_F(DefinitionFileTest, ALineWithTooManyItemsLosesTheSurplus) {
+  EXPECT_TRUE(Read(
+      "\"Daily\",\"DAY.QDX\",2,-1,0,9,\"more\r\nand more\"\r\n1,1, 8\r\n5,6,7\r\n\"100\",\"200\",\"300\" \r\n7,8\r\n"));
+  EXPECT_EQ(record_.NumFields, 1);
+  EXPECT_EQ(record_.fields(1).FieldTo, 6);
+  EXPECT_EQ(record_.accounts(1).from_code, "100");
+  EXPECT_EQ(record_.accounts(1).to_code, "200");
+  EXPECT_EQ(record_.AcctAll, 7);
+}
+
+TEST_F(DefinitionFileTest, WithTablesSkippedAcctAllIsTakenFromTheLineBehindTheCounts) {
+  Put("\"Daily\",\"DAY.QDX\",2,-1,0,9\r\n2,1,9\r\n5,6\r\n");
+  EXPECT_TRUE(Read(TablesWanted::kSkip));
+  EXPECT_EQ(record_.NumAccounts, 1);
+  EXPECT_EQ(record_.AcctAll, 5);
+}
+
 TEST_F(DefinitionFileTest, ATextWithAQuoteIsSplitThere) {
   EXPECT_TRUE(Read("\"Say \"Hi\" now\",\"DAY.QDX\",2,0,0\r\n0,0\r\n0\r\n"));
   EXPECT_EQ(record_.Desc, "Say");
