@@ -479,7 +479,8 @@ Text FileBaseName(const Text& name) {
 Text FilePath(const Text& name) {
   const std::size_t separator = name.substr(0, name.find('\r')).find_last_of(kSeparators);
   if (separator != Text::npos) return name.substr(0, separator + 1);
-  return name.size() >= 2 && name[1] == ':' ? name.substr(0, 2) : Text();
+  const std::size_t second = OffsetOf(name, 1);
+  return second < name.size() && name[second] == ':' ? name.substr(0, second + 1) : Text();
 }
 
 Text AddBackslash(const Text& path) {

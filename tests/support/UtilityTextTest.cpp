@@ -180,6 +180,13 @@ TEST(PathTest, FilePathOfADriveAloneIsTheDrive) {
   EXPECT_EQ(FilePath("ab:"), "");
 }
 
+TEST(PathTest, FilePathCountsCharactersAndNotBytes) {
+  EXPECT_EQ(FilePath("\xC3\xA9:x"), "\xC3\xA9:");
+  EXPECT_EQ(FilePath("\xC3\xA9:"), "\xC3\xA9:");
+  EXPECT_EQ(FilePath("\xC3\xA9"), "");
+  EXPECT_EQ(FilePath("a\xC3\xA9:x"), "");
+}
+
 TEST(PathTest, AddBackslashLeavesWhatNeedsNone) {
   ScriptedPlatform platform;
   EXPECT_EQ(AddBackslash(""), "");
