@@ -137,7 +137,7 @@ class ExportRun {
   }
 
   void ShowAccountProgress(Integer position, int accounts) {
-    masterfile_.SetProgressText("Writing Export File\r\nAccount: " + TrimRight(account_->Description()));
+    masterfile_.SetProgressText("Writing Export File\r\nAccount: " + account_->Description());
     masterfile_.SetProgressFraction(static_cast<Single>(static_cast<Double>(position) / accounts / 3 + 0.66));
   }
 

@@ -145,7 +145,7 @@ TEST_F(ExchangeFileTargetTest, WritesMorePeriodsThanAReaderTakes) {
 TEST_F(ExchangeFileTargetTest, ShowsThreeThirdsOfProgressUnderTheLastAccountOfTheTable) {
   EXPECT_TRUE(Run());
   // Meant: nothing selects an account in the body's walk.
-  const Text text = "ProgressText Writing Export File\r\nAccount: Yard";
+  const Text text = "ProgressText Writing Export File\r\nAccount: " + PadRight("Yard", ' ', 30);
   EXPECT_THAT(host->record.calls,
               ElementsAre("BeginProgress Writing Export File", "ProgressCancelEnabled true",
                           "ProgressFraction " + ArgumentText(static_cast<Single>(1.0 / 2 / 3)),
