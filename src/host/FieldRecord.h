@@ -20,7 +20,7 @@ class FieldRecord {
   [[nodiscard]] virtual bool SystemMaintained() const = 0;
 
   // The highest field number in use: the bound of a loop over SetSelect.
-  [[nodiscard]] virtual Integer MaxNumber() const = 0;
+  [[nodiscard]] virtual Long MaxNumber() const = 0;
 };
 
 }  // namespace tallybook

@@ -106,7 +106,7 @@ class BookField final : public FieldRecord {
     const FieldDescription* field = Current();
     return field != nullptr && field->system;
   }
-  [[nodiscard]] Integer MaxNumber() const override {
+  [[nodiscard]] Long MaxNumber() const override {
     return static_cast<Integer>(HighestNumber(book_.Description().fields));
   }
 

@@ -343,7 +343,7 @@ class MemoryMasterfile::FieldCursor : public FieldRecord {
     book_.record_.TellBulk("FieldRecord.SystemMaintained");
     return index_ >= 0 && Selected().system_maintained;
   }
-  [[nodiscard]] Integer MaxNumber() const override {
+  [[nodiscard]] Long MaxNumber() const override {
     book_.record_.TellBulk("FieldRecord.MaxNumber");
     Integer highest = 0;
     for (const Field& field : book_.fields_) highest = std::max(highest, field.number);
