@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 #include "support/Failure.h"
@@ -16,6 +17,8 @@ using FigureBuffer = std::array<char, 1 + std::numeric_limits<Double>::max_expon
 
 // The figure in `buffer`; gives the end. Decimals beyond the cell's are left to the caller.
 char* PrintFigure(const Cell& cell, const Column& column, FigureBuffer& buffer) {
+  if (column.decimals == kEveryDecimal)
+    return std::to_chars(buffer.data(), buffer.data() + buffer.size(), cell.figure).ptr;
   const int decimals = std::min(cell.decimals, column.decimals);
   return std::to_chars(buffer.data(), buffer.data() + buffer.size(), cell.figure, std::chars_format::fixed, decimals)
       .ptr;
@@ -33,7 +36,7 @@ void AppendFigure(const Cell& cell, const Column& column, std::string& out) {
   const char* start = buffer.data();
   if (*start == '-' && IsZero(start, end)) ++start;
   out.append(start, end);
-  if (cell.decimals >= column.decimals) return;
+  if (column.decimals == kEveryDecimal || cell.decimals >= column.decimals) return;
   if (cell.decimals == 0) out += '.';
   out.append(static_cast<std::size_t>(column.decimals - cell.decimals), '0');
 }
@@ -44,6 +47,11 @@ Double RoundedFigure(const Cell& cell, const Column& column) {
   Double value = 0;
   std::from_chars(buffer.data(), end, value);
   return value == 0 ? 0 : value;
+}
+
+// Nearly all figures are told apart by their size alone.
+bool RoundsToZero(const Cell& cell, const Column& column) {
+  return std::abs(cell.figure) < 1 && RoundedFigure(cell, column) == 0;
 }
 
 void AppendWhole(Long value, std::string& out) {

@@ -22,7 +22,6 @@ namespace {
 constexpr const char* kWindows1252 = "LDID/3";  // the language driver byte, as the library takes it
 constexpr std::size_t kLongestName = 10;
 constexpr int kWidestText = 254;
-constexpr int kWidestNumber = 20;  // dBASE III stops at 19; 20 is what later ones and all readers take
 constexpr int kDateWidth = 8;
 // Readers keep offsets in signed 32 bits.
 constexpr long long kMostBytes = 2'147'483'647;
@@ -161,7 +160,7 @@ Field FieldFor(const Column& column) {
   const Text name = FieldName(column);
   if (column.type == ColumnType::kDate) return {name, 'D', kDateWidth, 0};
   const bool text = column.type == ColumnType::kText;
-  if (column.width > (text ? kWidestText : kWidestNumber))
+  if (column.width > (text ? kWidestText : kWidestDbfNumber))
     Fail(FailureNumber::kInvalidArgument, "A dBASE field cannot be " + std::to_string(column.width) +
                                               " characters wide, as \"" + column.name + "\" asks");
   if (text) return {name, 'C', column.width, 0};

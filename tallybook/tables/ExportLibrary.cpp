@@ -8,7 +8,7 @@
 
 namespace tallybook::tables {
 
-ExportLibrary::ExportLibrary() = default;
+ExportLibrary::ExportLibrary(FigureStyle style) : style_(style) {}
 ExportLibrary::~ExportLibrary() = default;
 
 Long ExportLibrary::NumFormats() const {
@@ -24,6 +24,11 @@ bool ExportLibrary::FormatInfo(Integer position, FormatDescription& format) cons
 Long ExportLibrary::FormatFlags(const Text& format_code) const {
   const Format* format = FormatOf(format_code);
   return format == nullptr ? 0 : format->description.capability;
+}
+
+bool ExportLibrary::HoldsEveryDecimal(const Text& format_code) {
+  const Format* format = FormatOf(format_code);
+  return format != nullptr && format->holds_every_decimal;
 }
 
 OpenTable& ExportLibrary::TableOf(Long handle) {
@@ -53,7 +58,7 @@ bool ExportLibrary::CreateTable(const Text& path, const Text& format_code, const
     if (format == nullptr)
       throw Failure(FailureNumber::kInvalidArgument, path + ": no table format has the code \"" + format_code + "\"",
                     "ExportLibrary");
-    auto table = std::make_unique<OpenTable>(path, *format, table_name, columns);
+    auto table = std::make_unique<OpenTable>(path, *format, table_name, columns, style_);
     Long free = 1;
     while (open_.contains(free)) ++free;
     open_.emplace(free, std::move(table));

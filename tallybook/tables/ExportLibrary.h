@@ -10,7 +10,7 @@
 // clang-format on
 //
 // Kind is 0 for all. Figures are rounded to the decimals that the cell and its column ask for; a half goes by the exact
-// binary value. Dates are whole days. A text is never cut: what does not fit its column fails the row.
+// binary value. A FigureStyle sets decimals in their place, and can leave out the rows of zeros. Dates are whole days. A text is never cut: what does not fit its column fails the row.
 //
 // Failures. Set... and CommitRow give false or the failure's number and keep the reason (LastError). A cell that was
 // refused makes the next CommitRow fail. After a CommitRow that failed, no row of that table is taken any more. Every
@@ -21,6 +21,7 @@
 #include <memory>
 
 #include "host/DataExportObject.h"
+#include "tallybook/tables/Cell.h"
 
 namespace tallybook::tables {
 
@@ -28,7 +29,8 @@ class OpenTable;
 
 class ExportLibrary : public DataExportObject {
  public:
-  ExportLibrary();
+  // `style` is for every table of this library; its decimals are 0 to 15, or kEveryDecimal.
+  explicit ExportLibrary(FigureStyle style = {});
   // Tables that are still open are closed without a word; call CloseTable.
   ~ExportLibrary() override;
   ExportLibrary(const ExportLibrary&) = delete;
@@ -37,6 +39,10 @@ class ExportLibrary : public DataExportObject {
   [[nodiscard]] Long NumFormats() const override;
   [[nodiscard]] bool FormatInfo(Integer position, FormatDescription& format) const override;
   [[nodiscard]] Long FormatFlags(const Text& format_code) const override;
+
+  // True where the tables of that format can have figures of kEveryDecimal. CreateTable refuses others, before a file
+  // is touched.
+  [[nodiscard]] static bool HoldsEveryDecimal(const Text& format_code);
 
   // A file of that name is replaced. The handle is the lowest free number from 1. `handle` is untouched on false.
   [[nodiscard]] bool CreateTable(const Text& path, const Text& format_code, const Text& table_name, Integer columns,
@@ -68,6 +74,7 @@ class ExportLibrary : public DataExportObject {
   template <typename Operation>
   bool Try(Operation&& operation);
 
+  FigureStyle style_;
   std::map<Long, std::unique_ptr<OpenTable>> open_;
   Text last_error_;
 };

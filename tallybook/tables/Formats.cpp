@@ -2,18 +2,25 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 #include "support/FileStream.h"
 
 namespace tallybook::tables {
 
+namespace {
+
+constexpr int kAnyWidth = std::numeric_limits<Integer>::max();
+
+}  // namespace
+
 std::span<const Format> Formats() {
   static const std::array<Format, 5> formats = {{
-      {{"Comma-separated values", "csv", "CSV", kWantsTitleRow, 0}, &NewCsvWriter},
-      {{"Spreadsheet (Office Open XML)", "xlsx", "XLSX", kWantsTitleRow, 0}, &NewXlsxWriter},
-      {{"dBASE table", "dbf", "DBF", kHasDateColumn, 0}, &NewDbfWriter},
-      {{"Text in columns of fixed width", "txt", "TXT", 0, 0}, &NewTextWriter},
-      {{"SQLite table", "db", "SQLT", kHasDateColumn, 0}, &NewSqliteWriter},
+      {{"Comma-separated values", "csv", "CSV", kWantsTitleRow, 0}, true, kAnyWidth, &NewCsvWriter},
+      {{"Spreadsheet (Office Open XML)", "xlsx", "XLSX", kWantsTitleRow, 0}, true, kAnyWidth, &NewXlsxWriter},
+      {{"dBASE table", "dbf", "DBF", kHasDateColumn, 0}, false, kWidestDbfNumber, &NewDbfWriter},
+      {{"Text in columns of fixed width", "txt", "TXT", 0, 0}, false, kAnyWidth, &NewTextWriter},
+      {{"SQLite table", "db", "SQLT", kHasDateColumn, 0}, true, kAnyWidth, &NewSqliteWriter},
   }};
   return formats;
 }

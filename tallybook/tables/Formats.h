@@ -10,6 +10,8 @@ namespace tallybook::tables {
 
 struct Format {
   FormatDescription description;
+  bool holds_every_decimal = false;  // its columns take figures of kEveryDecimal
+  int widest_figure = 0;             // how far a column can grow for the decimals of a style
   std::unique_ptr<TableWriter> (*new_writer)(const Text& path, const Text& table_name) = nullptr;
 };
 

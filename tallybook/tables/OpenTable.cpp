@@ -1,5 +1,6 @@
 #include "tallybook/tables/OpenTable.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -44,10 +45,24 @@ void CheckColumn(const Column& column) {
     Refuse("Column \"" + column.name + "\" cannot have " + std::to_string(column.decimals) + " decimals");
 }
 
+// A column that gets more decimals than it was made for grows by them, so that the same figures fit before the point.
+void ApplyStyle(const FigureStyle& style, int widest, Column& column) {
+  if (column.type != ColumnType::kDouble || !style.decimals) return;
+  const int more = std::max(0, *style.decimals - column.decimals);
+  column.width = std::max(column.width, std::min(column.width + more, widest));
+  column.decimals = *style.decimals;
+}
+
 }  // namespace
 
-OpenTable::OpenTable(Text path, const Format& format, const Text& table_name, Integer columns)
-    : path_(std::move(path)), takes_titles_((format.description.capability & kWantsTitleRow) == kWantsTitleRow) {
+OpenTable::OpenTable(Text path, const Format& format, const Text& table_name, Integer columns, const FigureStyle& style)
+    : path_(std::move(path)),
+      takes_titles_((format.description.capability & kWantsTitleRow) == kWantsTitleRow),
+      style_(style),
+      widest_figure_(format.widest_figure) {
+  if (style_.decimals == kEveryDecimal && !format.holds_every_decimal)
+    Refuse(path_ + ": " + format.description.code +
+           " has columns of fixed width, which cannot hold every decimal of a figure");
   if (columns < 1)
     Refuse(path_ + ": a table needs a column at least, and " + std::to_string(columns) + " were asked for");
   const auto count = static_cast<std::size_t>(columns);
@@ -79,6 +94,7 @@ void OpenTable::AddColumn(Integer position, Column column) {
   const std::size_t index = IndexOf(position);
   if (begun_) Refuse(path_ + ": column \"" + column.name + "\" comes behind the first row");
   CheckColumn(column);
+  ApplyStyle(style_, widest_figure_, column);
   columns_[index] = std::move(column);
   defined_[index] = true;
 }
@@ -124,7 +140,7 @@ void OpenTable::SetFigure(Integer position, Double value, Integer decimals) {
       Refuse("a figure cannot have " + std::to_string(decimals) + " decimals");
     cell.kind = CellKind::kFigure;
     cell.figure = value;
-    cell.decimals = decimals;
+    cell.decimals = style_.decimals.value_or(decimals);
   });
 }
 
@@ -158,11 +174,24 @@ void OpenTable::BeginOnce() {
   begun_ = true;
 }
 
+// True for a row that has figures, all of them zero. Its cells stay marked as changed for the row that comes.
+bool OpenTable::IsLeftOut() const {
+  if (!style_.leaves_out_zeros) return false;
+  bool has_figure = false;
+  for (std::size_t i = 0; i < cells_.size(); ++i) {
+    if (cells_[i].kind != CellKind::kFigure) continue;
+    if (!RoundsToZero(cells_[i], columns_[i])) return false;
+    has_figure = true;
+  }
+  return has_figure;
+}
+
 void OpenTable::Commit() {
   if (failure_) throw Failure(*failure_);
   try {
     BeginOnce();
     if (refused_) throw Failure(*refused_);
+    if (IsLeftOut()) return;
     writer_->WriteRow(cells_);
   } catch (...) {
     const Failure failure = CurrentFailure();

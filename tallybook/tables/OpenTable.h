@@ -13,8 +13,9 @@ namespace tallybook::tables {
 
 class OpenTable {
  public:
-  // Makes the file. Fails with the platform's failures, or 5 for a table name that the format cannot have.
-  OpenTable(Text path, const Format& format, const Text& table_name, Integer columns);
+  // Makes the file. Fails with the platform's failures, or 5 for a table name that the format cannot have, and for a
+  // style that it cannot keep.
+  OpenTable(Text path, const Format& format, const Text& table_name, Integer columns, const FigureStyle& style);
 
   // Failure 9 for a position outside the table, 5 for a column that makes no sense or comes behind the first row.
   void AddColumn(Integer position, Column column);
@@ -26,7 +27,7 @@ class OpenTable {
   void SetDate(Integer position, Date value);
   void SetText(Integer position, const Text& value);
 
-  // Writes the row. After a failure every later call fails with the same reason.
+  // Writes the row, or leaves it out where the style says so. After a failure every later call fails with the same reason.
   void Commit();
   void Close();
 
@@ -36,10 +37,13 @@ class OpenTable {
   Cell& CellFor(Integer position, ColumnType type);
   [[nodiscard]] std::size_t IndexOf(Integer position) const;
   void BeginOnce();
+  [[nodiscard]] bool IsLeftOut() const;
   [[noreturn]] void FailWithPlace(const Failure& failure, const Text& place) const;
 
   Text path_;
   bool takes_titles_;
+  FigureStyle style_;
+  int widest_figure_;
   std::vector<Column> columns_;
   std::vector<bool> defined_;
   std::vector<Cell> cells_;

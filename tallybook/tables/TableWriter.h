@@ -13,6 +13,9 @@ class FileStream;
 
 namespace tallybook::tables {
 
+// The widest field for a number in a dBASE table. dBASE III stops at 19; 20 is what later ones and all readers take.
+inline constexpr int kWidestDbfNumber = 20;
+
 // The file exists, empty, from the making of the writer on. A writer that ends without Close leaves the file as far as
 // it got.
 class TableWriter {

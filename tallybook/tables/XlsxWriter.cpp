@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
@@ -63,6 +64,21 @@ class PlainNumbers {
   }
   locale_t before_;
 };
+
+// The library writes numbers with 16 digits. Failure 6 for one that does not read back from them.
+void NeedSixteenDigits(const Cell& cell, const Column& column) {
+  std::array<char, 32> buffer;
+  const char* const end =
+      std::to_chars(buffer.data(), buffer.data() + buffer.size(), cell.figure, std::chars_format::scientific, 15).ptr;
+  Double read = 0;
+  if (std::from_chars(buffer.data(), end, read).ec == std::errc() && read == cell.figure) return;
+  Text every_digit;
+  AppendFigure(cell, column, every_digit);
+  throw Failure(FailureNumber::kOverflow,
+                "A workbook keeps 16 digits of a figure, and " + every_digit +
+                    " has more: export with fewer decimals, or to CSV or SQLT",
+                "ExportLibrary");
+}
 
 // --- The check of the finished file
 // ------------------------------------------------------------------------------------ Putting the workbook together
@@ -179,7 +195,7 @@ class XlsxWriter : public TableWriter {
   lxw_format* FormatFor(const Column& column) {
     Text pattern;
     if (column.type == ColumnType::kDate) pattern = "yyyy-mm-dd";
-    if (column.type == ColumnType::kDouble)
+    if (column.type == ColumnType::kDouble && column.decimals != kEveryDecimal)
       pattern = column.decimals > 0 ? "0." + Text(static_cast<std::size_t>(column.decimals), '0') : "0";
     if (pattern.empty()) return nullptr;
     lxw_format*& format = patterns_[pattern];
@@ -198,6 +214,7 @@ class XlsxWriter : public TableWriter {
       case CellKind::kWhole:
         return worksheet_write_number(sheet_, row_, column, cell.whole, formats_[index]);
       case CellKind::kFigure:
+        if (columns_[index].decimals == kEveryDecimal) NeedSixteenDigits(cell, columns_[index]);
         return worksheet_write_number(sheet_, row_, column, RoundedFigure(cell, columns_[index]), formats_[index]);
       case CellKind::kDate:
         if (cell.date < kFirstDate)

@@ -52,6 +52,26 @@ TEST(Cell, GivesNoSignToAFigureThatRoundsToZero) {
   EXPECT_EQ(Figure(-0.4, 0, 2), "0.00");
 }
 
+TEST(Cell, SpellsEveryDecimalWhereTheColumnWantsThem) {
+  EXPECT_EQ(Figure(12.5, 3, kEveryDecimal), "12.5");
+  EXPECT_EQ(Figure(0.1 + 0.2, 3, kEveryDecimal), "0.30000000000000004");
+  EXPECT_EQ(Figure(-1e300, 3, kEveryDecimal), "-1e+300");
+  EXPECT_EQ(Figure(-0.0, 3, kEveryDecimal), "0");
+}
+
+TEST(Cell, IsZeroWhereItsTextIs) {
+  const auto is_zero = [](Double value, int decimals) {
+    return RoundsToZero(FigureCell(value, 3), FigureColumn(decimals));
+  };
+  EXPECT_TRUE(is_zero(0.0004, 3));
+  EXPECT_TRUE(is_zero(-0.0004, 3));
+  EXPECT_TRUE(is_zero(0.5, 0));  // a true half goes to the even digit
+  EXPECT_TRUE(is_zero(-0.0, kEveryDecimal));
+  EXPECT_FALSE(is_zero(0.0006, 3));
+  EXPECT_FALSE(is_zero(-1, 0));
+  EXPECT_FALSE(is_zero(5e-324, kEveryDecimal));
+}
+
 TEST(Cell, HasRoomForTheGreatestDouble) {
   const Text text = Figure(-std::numeric_limits<Double>::max(), 15, 15);
   EXPECT_EQ(text.size(), 1U + 309U + 1U + 15U);

@@ -16,6 +16,8 @@ namespace tallybook::tables {
 
 class TableTest : public ::testing::Test {
  protected:
+  explicit TableTest(FigureStyle style = {}) : library_(style) {}
+
   // Opens a table of four columns, or of six where the format has no date column.
   void Create(const Text& code, const Text& path) {
     dated_ = library_.FormatFlags(code) != 0;
