@@ -158,7 +158,7 @@ void StoreValues(FigureStore& store, const BookDescription& description) {
 }  // namespace
 
 void Book::Create(const Text& path, const BookDescription& description) {
-  CheckBookDescription(description, path);
+  CheckNewBookDescription(description, path);
   Workpiece workpiece(NativeBookPath(path));
   {
     FigureStore store(BookFile::Create(workpiece.Path(), description), BookOptions().cache_bytes);
@@ -225,7 +225,8 @@ void Book::VisitFigures(const FigureQuery& query, const FigureVisitor& visit) {
   const std::vector<Integer> accounts = PositionsAsked(query.accounts, position_of_account_, NumAccounts(), "account");
   const std::vector<Integer> fields = PositionsAsked(query.fields, position_of_field_, NumFields(), "field");
   const Date first = query.first == kNoDate ? FirstDate() : std::max(query.first, FirstDate());
-  const Date last = query.last == kNoDate ? LastDate() : std::min(query.last, LastDate());
+  const Date end = CalendarRules().LastRecordDate();
+  const Date last = query.last == kNoDate ? end : std::min(query.last, end);
   if (!(first <= last)) return;
   Figure figure;
   const auto visit_row = [&](std::int32_t record, std::span<const Double> figures) {

@@ -53,7 +53,7 @@ struct BookOptions {
 // Which figures a walk visits. A record is in the range when it holds one of the dates.
 struct FigureQuery {
   Date first = kNoDate;         // kNoDate: from the first date held
-  Date last = kNoDate;          // kNoDate: to the last date held
+  Date last = kNoDate;          // kNoDate: to the last record, which can end behind the last date held
   std::vector<Long> accounts;   // account numbers; empty: all
   std::vector<Integer> fields;  // field numbers; empty: all
 };

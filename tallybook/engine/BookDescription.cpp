@@ -238,19 +238,34 @@ class Checker {
  public:
   Checker(const BookDescription& description, const Text& source_name) : book_(description), source_(source_name) {}
 
+  void CheckNew() {
+    CheckLevelAndMaxima();
+    CheckCalendar();
+    CheckDatesHaveText();
+    CheckLists();
+  }
+
   void Check() {
+    CheckLevelAndMaxima();
+    CheckCalendar();
+    CheckLists();
+  }
+
+ private:
+  void CheckLevelAndMaxima() const {
     if (book_.data_level < kDayLevel || book_.data_level > kPeriodLevel) {
       Refuse(source_, "data_level", std::to_string(book_.data_level), "it must be day, week or period");
     }
     InRange("max_accounts", book_.max_accounts, 1, kMaxAccountNumber);
     InRange("max_fields", book_.max_fields, 1, kMaxListLength);
-    CheckCalendar();
+  }
+
+  void CheckLists() {
     CheckAccounts();
     CheckFields();
     CheckValues();
   }
 
- private:
   // The place is a text, or what can become one.
   void InRange(const auto& path, long long value, long long lowest, long long highest) const {
     if (value < lowest || value > highest) Refuse(source_, path, std::to_string(value), RangeText(lowest, highest));
@@ -280,6 +295,15 @@ class Checker {
     InRange("calendar.years_in_use", calendar.years_in_use, 1, calendar.years);
     InRange("calendar.week_ends_on", calendar.week_ends_on, 1, 7);
     CheckPeriods();
+  }
+
+  // A date behind the year 9999 has no text that could be read back.
+  void CheckDatesHaveText() const {
+    const Date last_possible = DateFromParts(9999, 12, 31);
+    const Calendar calendar(book_.calendar, book_.data_level);
+    if (calendar.LastDate() > last_possible || calendar.LastRecordDate() > last_possible)
+      Refuse(source_, "calendar.years", std::to_string(book_.calendar.years),
+             "the last record would end behind " + DateText(last_possible));
   }
 
   void CheckPeriods() const {
@@ -353,9 +377,9 @@ class Checker {
       if (!std::isfinite(value.value)) {
         Refuse(source_, Indexed{"values", index, "value"}, std::to_string(value.value), "it must be a finite number");
       }
-      if (!(value.date >= calendar.FirstDate() && value.date < calendar.LastDate() + 1)) {
+      if (!(value.date >= calendar.FirstDate() && value.date < calendar.LastRecordDate() + 1)) {
         Refuse(source_, Indexed{"values", index, "date"}, DateText(value.date),
-               "the book holds " + DateText(calendar.FirstDate()) + " to " + DateText(calendar.LastDate()));
+               "the book holds " + DateText(calendar.FirstDate()) + " to " + DateText(calendar.LastRecordDate()));
       }
       const Date record = calendar.UnitOf(value.date, kOwnLevel).last;
       const auto [place, is_new] = seen.try_emplace({value.account, record, value.field}, index);
@@ -458,8 +482,12 @@ BookDescription ParseBookDescription(const Text& json_text, const Text& source_n
                                                : HighestNumber(book.accounts, kUsualMaxAccounts);
   book.max_fields = root.Has("max_fields") ? root.At("max_fields").Whole<Long>(1, kMaxListLength)
                                            : HighestNumber(book.fields, kUsualMaxFields);
-  CheckBookDescription(book, source_name);
+  CheckNewBookDescription(book, source_name);
   return book;
+}
+
+void CheckNewBookDescription(const BookDescription& description, const Text& source_name) {
+  Checker(description, source_name).CheckNew();
 }
 
 void CheckBookDescription(const BookDescription& description, const Text& source_name) {

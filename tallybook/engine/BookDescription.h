@@ -86,7 +86,9 @@ struct BookDescription {
 [[nodiscard]] BookDescription ParseBookDescription(const Text& json, const Text& source_name);
 
 // Checks what no single item shows: ranges, lists, doubles, values without account or field, two values on one field of
-// one record. Fails as ParseBookDescription, which calls it last.
+// one record. Fails as ParseBookDescription. That of a new book, which ParseBookDescription calls last, refuses a
+// calendar that goes on behind the year 9999 as well; a book that has such a one stays readable.
+void CheckNewBookDescription(const BookDescription& description, const Text& source_name);
 void CheckBookDescription(const BookDescription& description, const Text& source_name);
 
 // Hands over values one at a time, in the order in which they are to be written.

@@ -61,6 +61,8 @@ class Calendar {
   // The first date of the first year held, and the last of the last.
   [[nodiscard]] Date FirstDate() const { return first_date_; }
   [[nodiscard]] Date LastDate() const { return last_date_; }
+  // The level date of the last record: a week that holds the last date can end behind it.
+  [[nodiscard]] Date LastRecordDate() const { return UnitOf(last_date_, kOwnLevel).last; }
 
   // The unit of `level` (1 to 8, or kOwnLevel) that holds `date`. Level 8 runs from the first date held to the last, or
   // to `date` where that is later. Failure 5 for another level and for a date that is no number or thousands of years

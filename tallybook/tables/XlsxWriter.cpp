@@ -67,7 +67,7 @@ class PlainNumbers {
 
 // The library writes numbers with 16 digits. Failure 6 for one that does not read back from them.
 void NeedSixteenDigits(const Cell& cell, const Column& column) {
-  std::array<char, 32> buffer;
+  std::array<char, 32> buffer{};
   const char* const end =
       std::to_chars(buffer.data(), buffer.data() + buffer.size(), cell.figure, std::chars_format::scientific, 15).ptr;
   Double read = 0;

@@ -183,14 +183,30 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"ValueOfNoField", "\"field\": 1", "\"field\": 3", "values[0].field is 3; no field"},
         Fault{"ValueBeforeTheBook", "\"date\": \"2003-01-01\"", "\"date\": \"2002-12-31\"",
               "values[0].date is 2002-12-31;"},
-        Fault{"ValueBehindTheBook", "\"date\": \"2003-01-01\"", "\"date\": \"2006-01-01\"",
-              "values[0].date is 2006-01-01;"},
+        Fault{"ValueBehindTheBook", "\"date\": \"2003-01-01\"", "\"date\": \"2006-01-03\"",
+              "values[0].date is 2006-01-03; the book holds 2003-01-01 to 2006-01-02"},
         Fault{"ValueIsAText", "\"value\": 12.5", "\"value\": \"12.5\"",
               "values[0].value is \"12.5\"; it must be a number"},
         Fault{"ValueTwiceOnARecord", "\"value\": 12.5 }",
               "\"value\": 12.5 }, { \"account\": 101, \"date\": \"2003-01-05\", \"field\": 1, \"value\": 3 }",
               "values[1] is account 101, field 1 of the record of 2003-01-06; values[0] is the same figure"}),
     [](const auto& fault) { return Text(fault.param.name); });
+
+// Years of fifty years each: twenty of them end in 9999, and the dates of one more could not be written down.
+TEST(BookDescription, RefusesACalendarThatGoesOnBehindTheYear9999) {
+  BookDescription book = ShopDescription();
+  book.calendar.kind = CalendarKind::kCustom;
+  book.calendar.first_date = Day(9000, 1, 1);
+  book.calendar.years = 21;
+  book.calendar.periods.assign(5, {"Ten years", 3652});
+  const Text printed = PrintBookDescription(book);
+  EXPECT_THAT(
+      [&] { static_cast<void>(Parse(printed)); },
+      FailsWith(FailureNumber::kInvalidArgument, "calendar.years is 21; the last record would end behind 9999-12-31"));
+  EXPECT_NO_THROW(engine::CheckBookDescription(book, "here")) << "a book that has it already is read";
+  book.calendar.years = 20;
+  EXPECT_NO_THROW(static_cast<void>(Parse(PrintBookDescription(book))));
+}
 
 TEST(BookDescription, CountsCharactersAndNotBytesInACode) {
   EXPECT_EQ(Parse(ShopWith("\"A\"", "\"ÄÖÜÄÖÜÄÖÜÄ\"")).accounts[1].code, "ÄÖÜÄÖÜÄÖÜÄ");
