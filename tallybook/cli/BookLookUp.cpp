@@ -22,10 +22,11 @@ void NeedField(const engine::Book& book, Long field_number) {
 }
 
 void NeedDate(const engine::Book& book, Date date) {
-  if (book.DateValid(date)) return;
+  const Date last = book.CalendarRules().LastRecordDate();
+  if (date >= book.FirstDate() && date < last + 1) return;
   throw Failure(FailureNumber::kInvalidArgument,
                 fmt::format("{}: the date {} is outside the book, which holds {} to {}", book.Path(), DateText(date),
-                            DateText(book.FirstDate()), DateText(book.LastDate())));
+                            DateText(book.FirstDate()), DateText(last)));
 }
 
 }  // namespace tallybook::cli

@@ -10,7 +10,7 @@ namespace tallybook::cli {
 // for where the book has none.
 [[nodiscard]] Long AccountNumberOf(const engine::Book& book, const Text& code);
 void NeedField(const engine::Book& book, Long field_number);
-// Failure 5 for a date outside the book's range, which it names.
+// Failure 5 for a date that no record of the book holds; it names the range. The last record can end behind LastDate.
 void NeedDate(const engine::Book& book, Date date);
 
 }  // namespace tallybook::cli
