@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "support/Dates.h"
+#include "tallybook/application/EntryDates.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
@@ -41,8 +42,9 @@ ExitStatus RunList(const JournalOptions& options) {
   }
   TextTable table({{"ID", Align::kRight}, {"Time"}, {"From"}, {"To"}, {"State"}, {"What ran"}});
   for (const engine::JournalEntry& entry : entries) {
-    table.AddRow({std::to_string(entry.id), DateTimeText(entry.time), DateText(entry.first), DateText(entry.last),
-                  StateText(entry.state), entry.what_ran});
+    const application::EntryDates dates = application::EntryDatesOf(entry);
+    table.AddRow({std::to_string(entry.id), DateTimeText(entry.time), dates.first, dates.last, StateText(entry.state),
+                  entry.what_ran});
   }
   table.Print(std::cout);
   return ExitStatus::kDone;
