@@ -181,6 +181,11 @@ Argument& AddAmount(CommandTable& command, const Text& name, Double& target, con
              [&target](const Text& text) { target = AmountOf(text); });
 }
 
+void NeedOrder(Date from, Date to) {
+  if (from != kNoDate && to != kNoDate && from > to)
+    throw WrongUse(fmt::format("--from {} lies behind --to {}", DateText(from), DateText(to)));
+}
+
 Argument& AddWords(CommandTable& command, const Text& name, std::vector<Text> words,
                    std::function<void(std::size_t index)> take, const Text& what) {
   const auto read = [words, take = std::move(take)](const Text& text) { take(IndexOf(text, words)); };

@@ -145,6 +145,9 @@ Argument& AddNumber(CommandTable& command, const Text& name, std::vector<Long>& 
 // A date as 2004-02-03, and an amount as 12.5: a finite number with a point.
 Argument& AddDate(CommandTable& command, const Text& name, Date& target, const Text& what);
 Argument& AddAmount(CommandTable& command, const Text& name, Double& target, const Text& what);
+// For commands that have --from and --to, before they open anything: WrongUse where both are given and the first date
+// lies behind the last.
+void NeedOrder(Date from, Date to);
 
 // An option whose value is one of a few words, in any case, and what each of them means.
 template <typename Value>

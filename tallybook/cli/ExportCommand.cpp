@@ -1,5 +1,7 @@
+#include <charconv>
 #include <fmt/format.h>
 #include <iostream>
+#include <optional>
 
 #include "exchange/CDataExchange.h"
 #include "qdx/HeaderItems.h"
@@ -23,6 +25,7 @@ struct ExportOptions {
   Date to = kNoDate;
   Integer report_length = 0;
   Text format;
+  std::optional<Text> decimals;
   bool nonzero = false;
   AskOptions asking;
 };
@@ -54,6 +57,7 @@ void TellExport(const Text& file, const ExportOptions& options, ExitStatus statu
 }
 
 ExitStatus RunExportQdx(const ExportOptions& options) {
+  NeedOrder(options.from, options.to);
   NeedFileOrTerminal(options.file);
   Session session(options.asking);
   const auto book = OpenForExport(session, options);
@@ -71,7 +75,8 @@ ExitStatus RunExportQdx(const ExportOptions& options) {
 }
 
 // The description of a format by its code, in any case. WrongUse that names all codes where there is none.
-FormatDescription FormatOf(const tables::ExportLibrary& library, const Text& code) {
+FormatDescription FormatOf(const Text& code) {
+  const tables::ExportLibrary library;
   Text codes;
   for (int position = 1; position <= library.NumFormats(); ++position) {
     FormatDescription format;
@@ -82,11 +87,29 @@ FormatDescription FormatOf(const tables::ExportLibrary& library, const Text& cod
   throw WrongUse(fmt::format("--type: '{}' is no table format; there are {}", code, codes));
 }
 
+// The wish for decimals. WrongUse for a text that is none, and for one that the format cannot keep.
+std::optional<int> DecimalsOf(const std::optional<Text>& text, const Text& format_code) {
+  if (!text) return std::nullopt;
+  if (LowerCase(*text) == "full") {
+    if (tables::ExportLibrary::HoldsEveryDecimal(format_code)) return tables::kEveryDecimal;
+    throw WrongUse(fmt::format(
+        "--decimals full: {} has columns of fixed width, which cannot hold every decimal of a figure", format_code));
+  }
+  int decimals = 0;
+  const char* const end = text->data() + text->size();
+  const auto [stop, error] = std::from_chars(text->data(), end, decimals);
+  if (error == std::errc() && stop == end && decimals >= 0 && decimals <= tables::kMostDecimals) return decimals;
+  throw WrongUse(
+      fmt::format("--decimals: '{}' is neither a number from 0 to {} nor full", *text, tables::kMostDecimals));
+}
+
 ExitStatus RunExportTable(const ExportOptions& options) {
+  NeedOrder(options.from, options.to);
   NeedFileOrTerminal(options.file);
   Session session(options.asking);
-  const auto library = std::make_shared<tables::ExportLibrary>();
-  const FormatDescription format = FormatOf(*library, options.format);
+  const FormatDescription format = FormatOf(options.format);
+  const auto library = std::make_shared<tables::ExportLibrary>(
+      tables::FigureStyle{.decimals = DecimalsOf(options.decimals, format.code), .leaves_out_zeros = options.nonzero});
   const auto book = OpenForExport(session, options);
   const Text extension = LowerCase(format.extension);
   const auto file = FileToWrite(options, *book, format.name + "|*." + extension, extension);
@@ -133,7 +156,10 @@ CommandTable ExportTableCommand() {
                   options, RunExportTable);
   AddShared(command, *options);
   AddText(command, "--type", options->format, "CODE", "The table's format").Required();
-  AddFlag(command, "--nonzero", options->nonzero, "Leave out the zeros");
+  AddText(
+      command, "--decimals", options->decimals, "N",
+      "Decimals of the figures, 0 to 15 (3 without this); full: the shortest text that reads back to the same number");
+  AddFlag(command, "--nonzero", options->nonzero, "Leave out what would be written as zero");
   return command;
 }
 

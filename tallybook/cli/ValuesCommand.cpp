@@ -27,6 +27,7 @@ engine::FigureQuery QueryOf(const ValuesOptions& options, const engine::Book& bo
 }
 
 ExitStatus RunValues(const ValuesOptions& options) {
+  NeedOrder(options.from, options.to);
   Session session;
   const auto book = session.OpenToRead(options.book);
   const engine::FigureQuery query = QueryOf(options, *book);
