@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <fmt/format.h>
+#include <iostream>
 #include <string_view>
 
 #include "import/QDXImport.h"
@@ -89,6 +90,26 @@ Integer PositionInHeader(const Text& code, const Text& file) {
   Fail(fmt::format("--map-account: '{}' is no account code of {}", code, file));
 }
 
+// Field rows are kept by number, so a definition can be made before its file is there; that is said, since nothing is
+// looked at then.
+void CheckFieldsFrom(const std::vector<Integer>& numbers, CDataExchange& exchange) {
+  if (!ReadHeader(exchange)) {
+    std::cerr << fmt::format(
+        "tallybook: '{}' cannot be read, nor is there an archive copy: whether it has the fields of --map-field was "
+        "not "
+        "looked at\n",
+        exchange.QdxFileName());
+    return;
+  }
+  const HeaderRecord& header = SharedHeader();
+  for (const Integer number : numbers) {
+    int i = 1;
+    while (i <= header.NumFields && header.FieldNumbers(i) != number) ++i;
+    if (i > header.NumFields)
+      Fail(fmt::format("--map-field: {} is no field number of {}", number, exchange.TrueFilename()));
+  }
+}
+
 void NeedRoom(const Text& option, std::size_t rows, Long room) {
   if (rows > static_cast<std::size_t>(room)) {
     Fail(fmt::format("{}: {} rows were given; a definition of this book holds {}", option, rows, room));
@@ -157,13 +178,16 @@ void ApplyFields(const DefinitionChanges& changes, CDataExchange& exchange, cons
   if (changes.map_field.empty()) return;
   NeedRoom("--map-field", changes.map_field.size(), exchange.CurrentDefinition().fields.Rows());
   exchange.SetFldMatch(kManually);
+  std::vector<Integer> numbers_from;
   for (std::size_t i = 0; i < changes.map_field.size(); ++i) {
     const Pair pair = SplitPair("--map-field", changes.map_field[i]);
     const Integer to = FieldNumberIn(changes.map_field[i], pair.to);
     NeedField(book, to);
-    exchange.SetFieldFrom(static_cast<Integer>(i + 1), FieldNumberIn(changes.map_field[i], pair.from));
+    numbers_from.push_back(FieldNumberIn(changes.map_field[i], pair.from));
+    exchange.SetFieldFrom(static_cast<Integer>(i + 1), numbers_from.back());
     exchange.SetFieldTo(static_cast<Integer>(i + 1), to);
   }
+  CheckFieldsFrom(numbers_from, exchange);
   exchange.SetNumFields(static_cast<Integer>(changes.map_field.size()));
 }
 
