@@ -119,7 +119,15 @@ void Workpiece::RemoveLeftovers() const {
   }
 }
 
+// SQLite says nothing where it cannot copy its log back while it closes a file; the log that stays then tells it.
+void Workpiece::RefuseWithLog() const {
+  struct stat status {};
+  if (::lstat((work_path_ + "-wal").c_str(), &status) != 0) return;
+  throw Failure(FailureNumber::kDeviceError, path_ + ": the new book cannot be written whole", kSource);
+}
+
 void Workpiece::MoveToPlace() {
+  RefuseWithLog();
   if (!RenameToFreeName(work_path_, path_)) {
     const int error = errno;
     RefuseTakenName();

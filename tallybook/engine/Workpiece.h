@@ -18,11 +18,13 @@ class Workpiece {
   Workpiece& operator=(const Workpiece&) = delete;
 
   [[nodiscard]] const Text& Path() const { return work_path_; }
-  // Nobody has the file open by then. Replaces nothing: failure 75 where the name has been taken meanwhile.
+  // Nobody has the file open by then. Replaces nothing: failure 75 where the name has been taken meanwhile; 57 where a
+  // log was left beside the file, so that it is not whole.
   void MoveToPlace();
 
  private:
   void RefuseTakenName() const;
+  void RefuseWithLog() const;
   void RemoveLeftovers() const;
 
   Text path_;

@@ -52,6 +52,15 @@ TEST_F(WorkpieceTest, ReplacesNothingThatCameToTheNameMeanwhile) {
   EXPECT_EQ(folder.Read("North.tbk"), "a letter");
 }
 
+TEST_F(WorkpieceTest, IsNotMovedWhereALogWasLeftThatCouldNotBeCopiedBack) {
+  {
+    Workpiece workpiece(BookPath());
+    folder.Write(fs::path(workpiece.Path() + "-wal").filename().string(), "figures");
+    EXPECT_THAT([&] { workpiece.MoveToPlace(); }, FailsWith(FailureNumber::kDeviceError, "cannot be written whole"));
+  }
+  EXPECT_THAT(Names(), IsEmpty());
+}
+
 TEST_F(WorkpieceTest, RefusesANameThatIsALinkToNowhere) {
   fs::create_symlink("nowhere", BookPath());
   EXPECT_THAT([&] { Create(ShopDescription()); },
