@@ -13,6 +13,7 @@
 #include "support/Platform.h"
 #include "support/Utility.h"
 #include "tallybook/application/FileKind.h"
+#include "tallybook/application/WholeFiles.h"
 
 namespace tallybook::application {
 
@@ -34,10 +35,10 @@ Integer NumberIn(const Text& name, const Text& extension) {
   return error == std::errc() && end == last ? number : Integer{0};
 }
 
-std::unique_ptr<OpenFile> OpenPatiently(const Text& path) {
+std::unique_ptr<OpenFile> OpenPatiently(WholeFiles& files, const Text& path) {
   for (int attempt = 1;; ++attempt) {
     try {
-      return ThePlatform().files->Open(path, Access::kRead, Sharing::kLockWrite, Creation::kMustExist);
+      return files.Open(path, Access::kRead, Sharing::kLockWrite, Creation::kMustExist);
     } catch (const Failure& failure) {
       const bool held = failure.Number() == FailureNumber::kPermissionDenied && ::access(path.c_str(), R_OK) == 0;
       if (!held || attempt == kMostAttempts) throw;
@@ -46,8 +47,8 @@ std::unique_ptr<OpenFile> OpenPatiently(const Text& path) {
   }
 }
 
-Text ContentsOf(const Text& path) {
-  const auto file = OpenPatiently(path);
+Text ContentsOf(WholeFiles& files, const Text& path) {
+  const auto file = OpenPatiently(files, path);
   Text contents(static_cast<std::size_t>(file->Size()), '\0');
   contents.resize(file->ReadAt(0, std::as_writable_bytes(std::span(contents))));
   return contents;
@@ -59,13 +60,15 @@ bool IsCut(std::string_view contents) {
 }
 
 // Takes what the definition says, or the reason why it cannot be read.
-void Read(SeenDefinition& seen) {
+void Read(WholeFiles& files, SeenDefinition& seen) {
   const FileKind kind = LookAt(seen.path).kind;
   if (kind != FileKind::kRegular) {
     seen.trouble = "it is " + (kind == FileKind::kMissing ? Text("a link that leads nowhere") : WordsFor(kind));
     return;
   }
-  if (IsCut(ContentsOf(seen.path))) {
+  const Text contents = ContentsOf(files, seen.path);
+  files.Show(seen.path, contents);
+  if (IsCut(contents)) {
     seen.trouble = "it is cut short";
     return;
   }
@@ -78,20 +81,31 @@ void Read(SeenDefinition& seen) {
   seen.exchange_files = record.QdxFileName;
 }
 
+// The names in a folder.
+std::vector<Text> NamesIn(const Text& folder) {
+  std::vector<Text> names;
+  std::error_code error;
+  fs::directory_iterator entry(folder.empty() ? Text(".") : folder, error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error))
+    names.push_back(entry->path().filename().string());
+  if (!error) return names;
+  const bool denied = error == std::errc::permission_denied;
+  throw Failure(denied ? FailureNumber::kPermissionDenied : FailureNumber::kDeviceError,
+                "the folder " + folder + " cannot be listed: " + error.message(), "DefinitionLook");
+}
+
 }  // namespace
 
-std::vector<SeenDefinition> LookAtDefinitions(const Text& folder, const Text& extension) {
+std::vector<SeenDefinition> LookAtDefinitions(WholeFiles& files, const Text& folder, const Text& extension) {
   std::vector<SeenDefinition> definitions;
-  std::error_code error;  // a folder that cannot be listed shows the store no definitions either
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder.empty() ? Text(".") : folder, error)) {
-    const Text name = entry.path().filename().string();
+  for (const Text& name : NamesIn(folder)) {
     const Integer number = NumberIn(name, extension);
     if (number < 1) continue;
     SeenDefinition& seen = definitions.emplace_back();
     seen.number = number;
     seen.path = folder + name;
     try {
-      Read(seen);
+      Read(files, seen);
     } catch (const Failure& failure) {
       seen.trouble = failure.Description();
     }
@@ -119,6 +133,8 @@ std::vector<Text> ExchangeFilesOf(const Text& pattern) {
 
 void NeedRegularExchangeFiles(const Text& pattern) {
   if (pattern.find_first_of("*?") == Text::npos) NeedRegularFile(pattern);
+  if (const Text folder = FilePath(pattern); LookAt(folder.empty() ? "." : folder).kind == FileKind::kFolder)
+    (void)NamesIn(folder);
   for (const Text& file : ExchangeFilesOf(pattern)) NeedRegularFile(file);
 }
 

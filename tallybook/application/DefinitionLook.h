@@ -17,17 +17,23 @@ struct SeenDefinition {
   Text trouble;         // why it cannot be read; empty where it is sound
 };
 
+class WholeFiles;
+
 // The definition files of a book, by number.
 //   folder     where the book's companion files lie, with a separator at its end (Masterfile::DataPath)
 //   extension  what they end in, without the dot (Masterfile::FileExtension)
-// A file that another process holds for a moment is waited for as long as the store would.
-[[nodiscard]] std::vector<SeenDefinition> LookAtDefinitions(const Text& folder, const Text& extension);
+// A file that another process holds for a moment is waited for as long as the store would. What was read is what the
+// component will see: `files`, which must be those of the installed platform, show it from here on.
+//   fails  70 or 57 where the folder cannot be listed
+[[nodiscard]] std::vector<SeenDefinition> LookAtDefinitions(WholeFiles& files, const Text& folder,
+                                                            const Text& extension);
 
 // Failure 75 that names each definition that cannot be read, with its reason.
 void NeedReadableDefinitions(const std::vector<SeenDefinition>& definitions);
 
 // Failure 75 where something that a pattern for exchange files leads to is no regular file: "in/north.QDX is a pipe".
-// Folders that match a pattern with wildcards are passed over, as they are by the import.
+// Folders that match a pattern with wildcards are passed over, as they are by the import. Failure 70 or 57 where the
+// folder is there and cannot be listed: the import would take it for an empty one.
 void NeedRegularExchangeFiles(const Text& pattern);
 
 // The files that the pattern leads to at present, so that no output goes onto one of them.

@@ -84,13 +84,20 @@ bool IsDefinitionName(const Text& name) {
 
 }  // namespace
 
-void OutputRules::Protect(const Text& path, const Text& what) {
-  protected_.push_back({.resolved = ResolveLinks(path), .identity = LookAt(path).identity, .what = what});
+void OutputRules::Protect(const Text& path, const Text& what, Role role) {
+  protected_.push_back({.resolved = ResolveLinks(path), .identity = LookAt(path).identity, .what = what, .role = role});
+}
+
+void OutputRules::ProtectOutput(const Text& path, const Text& what) {
+  Protect(path, what, Role::kOutput);
+}
+
+void OutputRules::ProtectInput(const Text& path) {
+  Protect(path, "the input of this command", Role::kInput);
 }
 
 void OutputRules::ProtectBook(const Text& path) {
-  Protect(path, "the book of this command");
-  protected_.back().book = true;
+  Protect(path, "the book of this command", Role::kBook);
 }
 
 const OutputRules::Protected* OutputRules::Find(const Text& resolved, const FileIdentity& identity) const {
@@ -104,7 +111,7 @@ const OutputRules::Protected* OutputRules::Find(const Text& resolved, const File
 bool OutputRules::IsBook(const Text& path) const {
   const FileLook look = LookAt(path);
   if (look.kind != FileKind::kRegular) return false;
-  if (const Protected* known = Find(path, look.identity)) return known->book;
+  if (const Protected* known = Find(path, look.identity)) return known->role == Role::kBook;
   return IsBookHead(HeadOf(path));
 }
 
@@ -151,6 +158,16 @@ void OutputRules::CheckAll(const Text& path, bool in_place) const {
   CheckContents(path, resolved, in_place);
   if (in_place && look.names > 1)
     Refuse(path, "has more than one name (hard links); what is written there would show in all");
+}
+
+void OutputRules::CheckInput(const Text& path) const {
+  const Protected* other = Find(ResolveLinks(path), LookAt(path).identity);
+  if (other != nullptr && other->role != Role::kInput)
+    Refuse(path, "is " + other->what + "; it cannot be read as well");
+}
+
+void OutputRules::NeedNoBook(const Text& path) const {
+  if (IsBook(ResolveLinks(path))) Refuse(path, "is a book; nothing is written over one");
 }
 
 void OutputRules::Check(const Text& path) const {

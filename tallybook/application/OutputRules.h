@@ -15,10 +15,17 @@ namespace tallybook::application {
 
 class OutputRules {
  public:
-  // No output may go where `path` leads. `what` is how a refusal calls it: "the input", "the report".
-  void Protect(const Text& path, const Text& what);
+  // Nothing else may go where this output goes. `what` is how a refusal calls it: "the report".
+  void ProtectOutput(const Text& path, const Text& what);
+  // No output may go where an input lies; one file may be an input more than once.
+  void ProtectInput(const Text& path);
   // The same for a book that is open, or is about to be.
   void ProtectBook(const Text& path);
+
+  // Failure 75 where the input at `path` is a book or an output that is protected here.
+  void CheckInput(const Text& path) const;
+  // Failure 75 where a book lies at `path`: for what is about to be deleted or replaced on the way.
+  void NeedNoBook(const Text& path) const;
 
   // Fails with 75, or what the system says (70, 57), where the output named `path` must not go there. An output that is
   // to replace an old file passes where that is a regular file of no known kind.
@@ -28,13 +35,15 @@ class OutputRules {
   void CheckInPlace(const Text& path) const;
 
  private:
+  enum class Role { kBook, kInput, kOutput };
   struct Protected {
     Text resolved;
     FileIdentity identity;
     Text what;
-    bool book = false;
+    Role role;
   };
 
+  void Protect(const Text& path, const Text& what, Role role);
   [[nodiscard]] const Protected* Find(const Text& resolved, const FileIdentity& identity) const;
   [[nodiscard]] bool IsBook(const Text& path) const;
   [[nodiscard]] Text BookOfCompanion(const Text& resolved) const;

@@ -20,6 +20,28 @@ Text Replaced(Text words, const Text& from, const Text& to) {
   return words;
 }
 
+// The contents of a file that was read before.
+class ShownFile : public OpenFile {
+ public:
+  explicit ShownFile(Text contents) : contents_(std::move(contents)) {}
+
+  std::size_t ReadAt(long long offset, std::span<std::byte> into) override {
+    if (offset >= Size()) return 0;
+    const auto rest = std::as_bytes(std::span(contents_)).subspan(static_cast<std::size_t>(offset));
+    const auto part = rest.first(std::min(rest.size(), into.size()));
+    std::ranges::copy(part, into.begin());
+    return part.size();
+  }
+  void WriteAt(long long /*offset*/, std::span<const std::byte> /*from*/) override {
+    throw Failure(FailureNumber::kPermissionDenied, "The file is open for reading only", "WholeFiles");
+  }
+  long long Size() override { return static_cast<long long>(contents_.size()); }
+  void Close() override {}
+
+ private:
+  Text contents_;
+};
+
 }  // namespace
 
 // An output that is open. It is whole when all was written and it was closed; an end without a close, or with a write
@@ -94,6 +116,9 @@ auto WholeFiles::Noted(const Operation& operation) {
 
 std::unique_ptr<OpenFile> WholeFiles::Open(const Text& path, Access access, Sharing sharing, Creation creation) {
   if (const Text* const place = PlaceOf(path)) return Below().Open(*place, access, sharing, creation);
+  const auto shown = shown_.find(path);
+  if (shown != shown_.end() && access == Access::kRead) return std::make_unique<ShownFile>(shown->second);
+  if (shown != shown_.end()) shown_.erase(shown);
   Output* const output = OutputOf(path);
   if (output == nullptr || creation == Creation::kMustExist) {
     NeedRegularFile(path);
@@ -116,9 +141,11 @@ FileAttributes WholeFiles::Attributes(const Text& path) {
 
 void WholeFiles::Delete(const Text& path) {
   if (PlaceOf(path) != nullptr) return;
+  shown_.erase(path);
   Output* const output = OutputOf(path);
   if (output == nullptr) {
     NeedRegularFile(path);
+    if (rules_ != nullptr) rules_->NeedNoBook(path);
     return Below().Delete(path);
   }
   Noted([&] { output->file->NeedReplaceable(); });
@@ -129,6 +156,7 @@ void WholeFiles::Delete(const Text& path) {
 void WholeFiles::Rename(const Text& old_path, const Text& new_path) {
   if (PlaceOf(old_path) != nullptr) return;
   NeedRegularFile(old_path);
+  shown_.erase(old_path);
   Below().Rename(old_path, new_path);
 }
 
@@ -137,6 +165,7 @@ void WholeFiles::Copy(const Text& from_path, const Text& to_path) {
   Output* const output = OutputOf(to_path);
   if (output == nullptr) {
     NeedRegularFile(to_path);
+    if (rules_ != nullptr) rules_->NeedNoBook(to_path);
     return Below().Copy(from_path, to_path);
   }
   Noted([&] {

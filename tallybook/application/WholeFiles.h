@@ -14,6 +14,7 @@
 #include <optional>
 
 #include "tallybook/application/FileLayer.h"
+#include "tallybook/application/OutputRules.h"
 #include "tallybook/application/WholeFile.h"
 
 namespace tallybook::application {
@@ -28,6 +29,9 @@ class WholeFiles : public FileLayer {
   void Delete(const Text& path) override;
   void Rename(const Text& old_path, const Text& new_path) override;
   void Copy(const Text& from_path, const Text& to_path) override;
+
+  // From now on no book is deleted, nor replaced by a copy, by way of these files. `rules` must outlive this.
+  void UseRules(const OutputRules& rules) { rules_ = &rules; }
 
   // From now on `path`, spelled as the component will spell it, is an output that is written whole. Announcing it again
   // begins anew. It is kept at `place` where one is given, and under its own name otherwise. Fails as LookAt does.
@@ -48,6 +52,10 @@ class WholeFiles : public FileLayer {
   // Why an announced output was refused last; empty where none was. The component's questions have no room for it.
   [[nodiscard]] const Text& LastRefusal() const { return last_refusal_; }
 
+  // Whoever opens `path` to read it is shown `contents`, until it is written, renamed or deleted by way of these files:
+  // so that what was looked at is what is read.
+  void Show(const Text& path, Text contents) { shown_[path] = std::move(contents); }
+
   // The name stands for the input at `place` from now on. Renaming or deleting it does nothing, for the file is not the
   // user's.
   void StandFor(const Text& name, const Text& place);
@@ -67,7 +75,9 @@ class WholeFiles : public FileLayer {
 
   std::map<Text, Output> outputs_;  // by path, with "/" for every separator
   std::map<Text, Text> places_;     // of inputs, by the name that stands for them
+  std::map<Text, Text> shown_;      // contents, by path
   Text last_refusal_;
+  const OutputRules* rules_ = nullptr;
 };
 
 // An output from its announcement to its end: dropped by its end unless it was kept.

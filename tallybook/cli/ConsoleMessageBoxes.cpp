@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "import/TextImport.h"
 #include "support/Failure.h"
@@ -95,9 +96,12 @@ ConsoleMessageBoxes::ConsoleMessageBoxes(const AskOptions& options, ConsoleProgr
       keep_auditing_(options.keep_auditing),
       answers_(options.answers.begin(), options.answers.end()),
       messages_path_(options.messages_file),
-      progress_(progress) {
-  if (messages_path_.empty()) return;
+      progress_(progress) {}
+
+void ConsoleMessageBoxes::StartMessages() {
+  if (messages_path_.empty() || messages_.is_open()) return;
   messages_.open(messages_path_, std::ios::trunc);
+  messages_ << std::exchange(waiting_messages_, {}) << std::flush;
   if (!messages_) throw Failure(FailureNumber::kPathOrAccess, "The messages file cannot be made: " + messages_path_);
 }
 
@@ -194,6 +198,10 @@ void ConsoleMessageBoxes::Record(const Text& text, Long style, Integer answer, c
   for (const Button& button : ButtonsOf(style)) box["buttons"].push_back(button.word);
   box["answer"] = ButtonOf(answer).word;
   if (!path.empty()) box["path"] = path;
+  if (!messages_.is_open()) {
+    waiting_messages_ += box.dump() + "\n";
+    return;
+  }
   messages_ << box.dump() << std::endl;
   if (!messages_) throw Failure(FailureNumber::kDeviceError, "The messages file cannot be written: " + messages_path_);
 }

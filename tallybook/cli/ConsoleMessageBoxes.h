@@ -27,9 +27,13 @@ struct AskOptions {
 // `keep_auditing` the question whether to go on with an audit is answered before all of these, and uses none up.
 class ConsoleMessageBoxes : public MessageBoxes {
  public:
-  // Fails with Failure 75 and the like, with the path, where the messages file cannot be made. `progress` is taken off
-  // the screen before a box shows and must outlive the boxes.
+  // `progress` is taken off the screen before a box shows and must outlive the boxes. The messages file is not touched
+  // before StartMessages.
   ConsoleMessageBoxes(const AskOptions& options, ConsoleProgress& progress);
+
+  // Makes the messages file, or empties it, and writes what was shown before; for the command to call once it is certain
+  // that nothing else lies there. Fails with Failure 75 and the path where it cannot be made.
+  void StartMessages();
 
   [[nodiscard]] Integer Show(const Text& text, Long style, const Text& caption) override;
   // The terminal has no sounds.
@@ -64,6 +68,7 @@ class ConsoleMessageBoxes : public MessageBoxes {
   std::deque<Text> answers_;
   Text messages_path_;
   std::ofstream messages_;
+  Text waiting_messages_;  // until the file is made
   ConsoleProgress& progress_;
   bool refused_ = false;
   bool misanswered_ = false;

@@ -38,7 +38,7 @@ Date ConsoleClock::Now() {
 ConsolePlatform::ConsolePlatform(const AskOptions& options)
     : boxes_(options, progress_), file_dialogs_(boxes_, progress_) {
   InstallPlatform({.clock = &clock_,
-                   .files = &files_,
+                   .files = &whole_files_,
                    .message_boxes = &boxes_,
                    .input = &input_,
                    .screen = &screen_,

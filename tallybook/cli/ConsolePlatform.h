@@ -1,4 +1,4 @@
-// The platform of the command: files as on any POSIX system, questions and file dialogs on the terminal, and a clock that can be fixed.
+// The platform of the command: files as on any POSIX system with outputs that are written whole, questions and file dialogs on the terminal, and a clock that can be fixed.
 #pragma once
 
 #include <optional>
@@ -6,6 +6,7 @@
 #include "support/Platform.h"
 #include "support/platform/posix/PosixFileSystem.h"
 #include "support/platform/posix/PosixPlatform.h"
+#include "tallybook/application/WholeFiles.h"
 #include "tallybook/cli/ConsoleFileDialogs.h"
 #include "tallybook/cli/ConsoleMessageBoxes.h"
 #include "tallybook/cli/ConsoleProgress.h"
@@ -33,12 +34,15 @@ class ConsolePlatform {
   ConsolePlatform(const ConsolePlatform&) = delete;
   ConsolePlatform& operator=(const ConsolePlatform&) = delete;
 
+  [[nodiscard]] application::WholeFiles& Files() { return whole_files_; }
   [[nodiscard]] ConsoleProgress& Progress() { return progress_; }
+  [[nodiscard]] ConsoleMessageBoxes& Boxes() { return boxes_; }
   [[nodiscard]] const ConsoleMessageBoxes& Boxes() const { return boxes_; }
 
  private:
   ConsoleClock clock_;
   PosixFileSystem files_;
+  application::WholeFiles whole_files_{files_};
   ConsoleProgress progress_;
   ConsoleMessageBoxes boxes_;
   ConsoleShell shell_;

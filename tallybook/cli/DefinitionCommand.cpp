@@ -1,4 +1,5 @@
 #include <fmt/format.h>
+#include <functional>
 #include <iostream>
 
 #include "support/Failure.h"
@@ -23,7 +24,7 @@ ExitStatus RunList(const DefinitionOptions& options) {
   Session session;
   const auto book = session.OpenToRead(options.book);
   CDataExchange exchange(session.Factory());
-  exchange.OpenDefinitions(*book, kDefinitionDataType);
+  OpenDefinitions(session.Files(), exchange, *book);
   if (exchange.NumRecs() == 0) {
     std::cout << "There are no exchange definitions.\n";
     return ExitStatus::kDone;
@@ -72,7 +73,7 @@ ExitStatus RunShow(const DefinitionOptions& options) {
   Session session;
   const auto book = session.OpenToRead(options.book);
   CDataExchange exchange(session.Factory());
-  exchange.OpenDefinitions(*book, kDefinitionDataType);
+  OpenDefinitions(session.Files(), exchange, *book);
   exchange.SetFile(PositionOfDefinition(exchange, *book, options.number));
   PrintDefinition(exchange, *book);
   return ExitStatus::kDone;
@@ -89,44 +90,62 @@ Integer SelectNew(CDataExchange& exchange, const engine::Book& book) {
   return position;
 }
 
+// Writes the selected definition and the copy of its exchange file, each whole or not at all. False where the user gave
+// up on a definition that could not be written: every file is as it was then, and also where this fails.
+bool WriteDefinition(Session& session, const CDataExchange& exchange, const std::function<bool()>& write) {
+  application::WholeFiles& files = session.Files();
+  application::WholeOutput definition(files, exchange.Filename());
+  if (!write()) {
+    if (!files.LastRefusal().empty()) std::cerr << fmt::format("tallybook: {}\n", files.LastRefusal());
+    return false;
+  }
+  application::WholeOutput copy(files, exchange.QDXBackupName());
+  BackupQdxFile(exchange);
+  if (!definition.Keep()) {
+    throw Failure(FailureNumber::kDeviceError, exchange.Filename() + ": the definition could not be written whole");
+  }
+  copy.Keep();
+  return true;
+}
+
 ExitStatus RunAdd(const DefinitionOptions& options) {
   DefinitionChanges changes = options.changes;
   // Without a word on how accounts and fields are matched, all of them are, one for one.
   if (!changes.accounts && changes.map_account.empty()) changes.accounts = "one-for-one";
   if (!changes.fields && changes.map_field.empty()) changes.fields = kOneForOne;
   CheckChanges(changes);
-  Session session(options.asking);
+  Session session(options.asking, {.book = options.book});
   const auto book = session.OpenToChange(options.book);
   CDataExchange exchange(session.Factory());
-  exchange.OpenDefinitions(*book, kDefinitionDataType);
+  OpenDefinitions(session.Files(), exchange, *book);
   const Integer position = SelectNew(exchange, *book);
   ApplyChanges(changes, exchange, *book);
-  if (exchange.Add(position) == 0) return session.StatusOf(false);
-  BackupQdxFile(exchange);
+  const auto write = [&] { return exchange.Add(position) != 0; };
+  if (!WriteDefinition(session, exchange, write)) return session.StatusOf(false);
   std::cout << fmt::format("Added exchange definition {}: {}\n", exchange.FileNum(), exchange.Desc());
   return session.StatusOf(true);
 }
 
 ExitStatus RunEdit(const DefinitionOptions& options) {
   CheckChanges(options.changes);
-  Session session(options.asking);
+  Session session(options.asking, {.book = options.book});
   const auto book = session.OpenToChange(options.book);
   CDataExchange exchange(session.Factory());
-  exchange.OpenDefinitions(*book, kDefinitionDataType);
+  OpenDefinitions(session.Files(), exchange, *book);
   const Integer position = PositionOfDefinition(exchange, *book, options.number);
   exchange.SetFile(position);
   ApplyChanges(options.changes, exchange, *book);
-  if (!exchange.Update(position)) return session.StatusOf(false);
-  BackupQdxFile(exchange);
+  const auto write = [&] { return exchange.Update(position); };
+  if (!WriteDefinition(session, exchange, write)) return session.StatusOf(false);
   std::cout << fmt::format("Changed exchange definition {}: {}\n", exchange.FileNum(), exchange.Desc());
   return session.StatusOf(true);
 }
 
 ExitStatus RunDelete(const DefinitionOptions& options) {
-  Session session(options.asking);
+  Session session(options.asking, {.book = options.book});
   const auto book = session.OpenToChange(options.book);
   CDataExchange exchange(session.Factory());
-  exchange.OpenDefinitions(*book, kDefinitionDataType);
+  OpenDefinitions(session.Files(), exchange, *book);
   const Integer position = PositionOfDefinition(exchange, *book, options.number);
   const Text title = exchange.Desc(position);
   const Text file = exchange.Filename(position);

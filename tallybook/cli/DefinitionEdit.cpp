@@ -12,6 +12,7 @@
 #include "support/Narrow.h"
 #include "support/Platform.h"
 #include "support/Utility.h"
+#include "tallybook/application/DefinitionLook.h"
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/ExitStatus.h"
 
@@ -221,6 +222,7 @@ void ApplyChanges(const DefinitionChanges& changes, CDataExchange& exchange, eng
   if (changes.title) exchange.SetDesc(kSelected, *changes.title);
   if (changes.file) exchange.SetQdxFileName(kSelected, *changes.file);
   if (changes.after) exchange.SetDisp(*changes.after);
+  application::NeedRegularExchangeFiles(exchange.QdxFileName());
   ApplyAccounts(changes, exchange, book);
   ApplyFields(changes, exchange, book);
 }

@@ -8,6 +8,14 @@
 
 namespace tallybook::cli {
 
+std::vector<application::SeenDefinition> OpenDefinitions(application::WholeFiles& files, CDataExchange& exchange,
+                                                         engine::Book& book) {
+  auto definitions = application::LookAtDefinitions(files, book.DataPath(), book.FileExtension());
+  application::NeedReadableDefinitions(definitions);
+  exchange.OpenDefinitions(book, kDefinitionDataType);
+  return definitions;
+}
+
 Integer PositionOfDefinition(const CDataExchange& exchange, const engine::Book& book, Integer number) {
   Text numbers;
   for (int position = 1; position <= exchange.NumRecs(); ++position) {

@@ -4,12 +4,19 @@
 
 #include "exchange/CDataExchange.h"
 #include "support/Types.h"
+#include "tallybook/application/DefinitionLook.h"
+#include "tallybook/application/WholeFiles.h"
 #include "tallybook/engine/Book.h"
 
 namespace tallybook::cli {
 
 // The type under which the commands load definitions. Kept by the exchange object and read by nobody.
 inline constexpr Integer kDefinitionDataType = 1;
+
+// Loads the definitions of a book and gives them as they were seen before. Failure 75 that names each definition that
+// cannot be read, with its reason; nothing is loaded then.
+std::vector<application::SeenDefinition> OpenDefinitions(application::WholeFiles& files, CDataExchange& exchange,
+                                                         engine::Book& book);
 
 // The place in the loaded list of the definition of `number`. Failure 5 that names the numbers there are where there is
 // no such definition.

@@ -7,8 +7,11 @@
 #include "qdx/HeaderItems.h"
 #include "support/Dates.h"
 #include "support/Utility.h"
+#include "tallybook/application/StandardStreams.h"
+#include "tallybook/application/WholeTables.h"
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
+#include "tallybook/cli/ExportOutput.h"
 #include "tallybook/cli/FileQuestion.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/Terminal.h"
@@ -31,15 +34,17 @@ struct ExportOptions {
 };
 
 // The file to write, under the book's name where the user has no other wish. Nothing where he cancels.
-std::optional<Text> FileToWrite(const ExportOptions& options, const engine::Book& book, const Text& filter,
-                                const Text& extension) {
+std::optional<Text> FileToWrite(Session& session, const ExportOptions& options, const engine::Book& book,
+                                const Text& filter, const Text& extension) {
   const Text book_file = FileBaseName(book.Path());
   const Text stem = book_file.substr(0, book_file.rfind('.'));
-  return FileOrAnswer(options.file, {.save = true,
-                                     .title = "Export from " + book_file,
-                                     .filter = filter,
-                                     .extension = extension,
-                                     .proposed_name = stem + "." + extension});
+  const auto file = FileOrAnswer(options.file, {.save = true,
+                                                .title = "Export from " + book_file,
+                                                .filter = filter,
+                                                .extension = extension,
+                                                .proposed_name = stem + "." + extension});
+  if (options.file.empty() && file) session.AddOutput(*file);
+  return file;
 }
 
 // The operation stops the program at a date that the book has no record for, so the range is looked at before.
@@ -51,25 +56,28 @@ std::unique_ptr<engine::Book> OpenForExport(Session& session, const ExportOption
 }
 
 void TellExport(const Text& file, const ExportOptions& options, ExitStatus status) {
+  if (status != ExitStatus::kDone) return;
   const Text range = DateText(options.from) + " to " + DateText(options.to);
-  if (status == ExitStatus::kDone) std::cout << fmt::format("Wrote {}: {}.\n", file, range);
-  if (status == ExitStatus::kCancelled) std::cerr << fmt::format("tallybook: cancelled; {} is a part only\n", file);
+  // What goes to standard output stands there alone.
+  const bool to_stream = options.file == application::kStandardStream;
+  (to_stream ? std::cerr : std::cout) << fmt::format("Wrote {}: {}.\n", to_stream ? "standard output" : file, range);
 }
 
 ExitStatus RunExportQdx(const ExportOptions& options) {
   NeedOrder(options.from, options.to);
   NeedFileOrTerminal(options.file);
-  Session session(options.asking);
+  Session session(options.asking, {.book = options.book, .output = options.file});
   const auto book = OpenForExport(session, options);
-  const auto file = FileToWrite(options, *book, "Exchange Files|*.QDX", "QDX");
+  const auto file = FileToWrite(session, options, *book, "Exchange Files|*.QDX", "QDX");
   if (!file) return session.StatusOf(false);
   const CancelKey key;
   CDataExchange exchange(session.Factory());
   exchange.SetOwner(book.get());
   exchange.SetReportLength(options.report_length);
+  ExportOutput output(session.Files(), *file, options.file == application::kStandardStream);
   const bool as_table = false;
   const bool done = exchange.WriteQDXFile(*file, options.from, options.to, as_table, kReadableVersion);
-  const ExitStatus status = session.StatusOf(done);
+  const ExitStatus status = output.Finish(done, session.StatusOf(done));
   TellExport(*file, options, status);
   return status;
 }
@@ -103,35 +111,43 @@ std::optional<int> DecimalsOf(const std::optional<Text>& text, const Text& forma
       fmt::format("--decimals: '{}' is neither a number from 0 to {} nor full", *text, tables::kMostDecimals));
 }
 
+// The export itself names a file that has no extension after its format.
+Text WithExtension(const Text& file, const FormatDescription& format) {
+  return file.empty() || !FileExtension(file).empty() ? file : file + "." + format.extension;
+}
+
 ExitStatus RunExportTable(const ExportOptions& options) {
   NeedOrder(options.from, options.to);
   NeedFileOrTerminal(options.file);
-  Session session(options.asking);
   const FormatDescription format = FormatOf(options.format);
   const auto library = std::make_shared<tables::ExportLibrary>(
       tables::FigureStyle{.decimals = DecimalsOf(options.decimals, format.code), .leaves_out_zeros = options.nonzero});
+  const bool to_stream = options.file == application::kStandardStream;
+  const Text named = to_stream ? options.file : WithExtension(options.file, format);
+  Session session(options.asking, {.book = options.book, .output = named});
   const auto book = OpenForExport(session, options);
   const Text extension = LowerCase(format.extension);
-  const auto file = FileToWrite(options, *book, format.name + "|*." + extension, extension);
-  if (!file) return session.StatusOf(false);
+  const auto answer = FileToWrite(session, options, *book, format.name + "|*." + extension, extension);
+  if (!answer) return session.StatusOf(false);
+  const Text file = WithExtension(*answer, format);
   const CancelKey key;
   CDataExchange exchange(session.Factory());
   exchange.SetOwner(book.get());
   exchange.SetTransZeros(!options.nonzero);
-  exchange.SetDataExportObject(library);
+  exchange.SetDataExportObject(std::make_shared<application::WholeTables>(library, session.Files()));
+  ExportOutput output(session.Files(), file, to_stream);
   const bool as_table = true;
-  const bool done = exchange.WriteQDXFile(*file, options.from, options.to, as_table, kReadableVersion, format.code);
-  const ExitStatus status = session.StatusOf(done);
-  if (!done && !library->LastError().empty()) std::cerr << "tallybook: " << library->LastError() << '\n';
-  // The export itself names a file that has no extension after its format.
-  const bool extended = !FileExtension(*file).empty();
-  TellExport(extended ? *file : *file + "." + format.extension, options, status);
+  const bool done = exchange.WriteQDXFile(file, options.from, options.to, as_table, kReadableVersion, format.code);
+  if (!done && !library->LastError().empty())
+    std::cerr << "tallybook: " << session.Files().WithUsersNames(library->LastError()) << '\n';
+  const ExitStatus status = output.Finish(done, session.StatusOf(done));
+  TellExport(file, options, status);
   return status;
 }
 
 void AddShared(CommandTable& command, ExportOptions& options) {
   AddBook(command, options.book);
-  AddFile(command, options.file, "The file to write; an old one of that name is replaced");
+  AddFile(command, options.file, "The file to write; an old one of that name is replaced; - for standard output");
   AddDate(command, "--from", options.from, "The first date of the range").Required();
   AddDate(command, "--to", options.to, "The last date; a week or period that ends behind it is left out").Required();
   AddAsking(command, options.asking);

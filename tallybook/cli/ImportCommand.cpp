@@ -1,8 +1,11 @@
 #include <fmt/format.h>
 #include <iostream>
+#include <optional>
 
 #include "exchange/CDataExchange.h"
 #include "support/Failure.h"
+#include "tallybook/application/DefinitionLook.h"
+#include "tallybook/application/WholeFiles.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DefinitionList.h"
 #include "tallybook/cli/Session.h"
@@ -40,20 +43,63 @@ Text ImportType(CDataExchange& exchange, engine::Book& book, const ImportQdxOpti
   return std::to_string(PositionOfDefinition(exchange, book, options.definition));
 }
 
+// The files that the import will read: none of them may be a device or the like, nor an output.
+void LookAtExchangeFiles(Session& session, const std::vector<application::SeenDefinition>& definitions,
+                         const ImportQdxOptions& options) {
+  for (const application::SeenDefinition& definition : definitions) {
+    if (!options.all && definition.number != options.definition) continue;
+    application::NeedRegularExchangeFiles(definition.exchange_files);
+    for (const Text& file : application::ExchangeFilesOf(definition.exchange_files)) session.AddInput(file);
+  }
+}
+
+// The file of --report: whole when the report has ended, however the import did.
+class ReportFile {
+ public:
+  ReportFile(application::WholeFiles& files, const Text& path) : path_(path) {
+    if (!path.empty()) output_.emplace(files, path);
+  }
+  ~ReportFile() {
+    try {
+      if (output_) output_->Keep();
+    } catch (...) {
+      return;  // meant: the failure that led here is what is told
+    }
+  }
+  ReportFile(const ReportFile&) = delete;
+  ReportFile& operator=(const ReportFile&) = delete;
+
+  // The status of a command that has imported with `status`: it fails where its report could not be written.
+  [[nodiscard]] ExitStatus Finish(ExitStatus status) {
+    if (!output_) return status;
+    const bool kept = output_->Keep();
+    output_.reset();
+    if (kept || status != ExitStatus::kDone) return status;
+    std::cerr << fmt::format("tallybook: the import is done, but its report {} was not written\n", path_);
+    return ExitStatus::kFailed;
+  }
+
+ private:
+  Text path_;
+  std::optional<application::WholeOutput> output_;
+};
+
 ExitStatus RunImportQdx(const ImportQdxOptions& options) {
-  Session session(options.asking);
+  Session session(options.asking, {.book = options.book, .report = options.report, .more_inputs = true});
   SendReportTo(session, options.report);
   const auto book = session.OpenToChange(options.book);
   const CancelKey key;
   CDataExchange exchange(session.Factory());
-  exchange.OpenDefinitions(*book, kDefinitionDataType);
+  LookAtExchangeFiles(session, OpenDefinitions(session.Files(), exchange, *book), options);
+  session.AllInputsKnown();
+  ReportFile report(session.Files(), options.report);
   const Text type = ImportType(exchange, *book, options);
   book->SetOperationName(options.all ? "import qdx all" : fmt::format("import qdx #{}", options.definition));
   exchange.SetMath(options.math);
   const Long no_window = 0;
   const bool done = exchange.ImportQDXFileEX(no_window, *book, type);
   book->Close();
-  return session.StatusOf(done);
+  return report.Finish(session.StatusOf(done));
 }
 
 CommandTable ImportQdxCommand() {

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "support/Platform.h"
+#include "tallybook/application/StandardStreams.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
@@ -24,10 +25,19 @@ Text ReadWhole(const Text& path) {
   return content;
 }
 
+Text ReadStandardInput() {
+  const application::PrivateFolder folder;
+  const Text spooled = folder.Path("input");
+  application::SpoolStandardInput(spooled);
+  return ReadWhole(spooled);
+}
+
 ExitStatus RunNew(const NewOptions& options) {
-  const Session session;
+  const bool from_stream = options.description == application::kStandardStream;
+  const Session session({}, {.input = options.description});
   const engine::BookDescription description =
-      engine::ParseBookDescription(ReadWhole(options.description), options.description);
+      engine::ParseBookDescription(from_stream ? ReadStandardInput() : ReadWhole(options.description),
+                                   from_stream ? "standard input" : options.description);
   const Text path = BookPath(options.book);
   engine::Book::Create(path, description);
   std::cout << fmt::format("Made {} with {}, {} and {}.\n", path,
@@ -41,12 +51,13 @@ ExitStatus RunNew(const NewOptions& options) {
 
 CommandTable NewCommand() {
   const auto options = std::make_shared<NewOptions>();
-  CommandTable command = MakeCommand("new", "Make a book from its description",
-                                     {"tallybook new north --from north.json",
-                                      "tallybook info north --json > again.json; tallybook new copy --from again.json"},
-                                     options, RunNew);
+  CommandTable command = MakeCommand(
+      "new", "Make a book from its description",
+      {"tallybook new north --from north.json", "tallybook info north --json | tallybook new copy --from -"}, options,
+      RunNew);
   AddBook(command, options->book);
-  AddText(command, "--from", options->description, "FILE", "The description, in the form that `info --json` writes")
+  AddText(command, "--from", options->description, "FILE",
+          "The description, in the form that `info --json` writes; - for standard input")
       .Required()
       .As(ArgumentKind::kFile);
   return command;

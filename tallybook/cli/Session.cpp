@@ -7,6 +7,8 @@
 #include "support/Failure.h"
 #include "support/Narrow.h"
 #include "support/Utility.h"
+#include "tallybook/application/FileKind.h"
+#include "tallybook/application/StandardStreams.h"
 #include "tallybook/settings/SettingsFile.h"
 
 namespace tallybook::cli {
@@ -41,8 +43,40 @@ Integer ConsoleLog::LogError(const Text& message, Long line_number, Integer deta
   return log_.LogError(message, line_number, detail);
 }
 
-Session::Session(const AskOptions& asking) : platform_(asking), app_(platform_.Progress()) {
+Session::Session(const AskOptions& asking, const NamedFiles& files) : platform_(asking), app_(platform_.Progress()) {
   factory_.SetProgressDisplay(&platform_.Progress());
+  Files().UseRules(rules_);
+  if (!files.book.empty()) rules_.ProtectBook(BookPath(files.book));
+  AddInput(files.input);
+  AddOutput(files.output);
+  CheckInPlace(files.report, "the report");
+  CheckInPlace(asking.messages_file, "the messages file");
+  // Whatever wrote there before this line would have written onto somebody's file.
+  if (!files.more_inputs) AllInputsKnown();
+}
+
+void Session::AddInput(const Text& path) {
+  if (path.empty() || path == application::kStandardStream) return;
+  application::NeedRegularFile(path);
+  rules_.CheckInput(path);
+  rules_.ProtectInput(path);
+}
+
+void Session::AddOutput(const Text& path) {
+  if (path.empty() || path == application::kStandardStream) return;
+  rules_.Check(path);
+  rules_.ProtectOutput(path, "the output of this command");
+}
+
+void Session::NeedReplaceable(const Text& path) const {
+  application::NeedRegularFile(path);
+  rules_.NeedNoBook(path);
+}
+
+void Session::CheckInPlace(const Text& path, const Text& what) {
+  if (path.empty()) return;
+  rules_.CheckInPlace(path);
+  rules_.ProtectOutput(path, what);
 }
 
 std::unique_ptr<engine::Book> Session::Open(const Text& path, bool read_only) {

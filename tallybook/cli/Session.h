@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "host/HostLog.h"
+#include "tallybook/application/OutputRules.h"
 #include "tallybook/application/ReferenceApp.h"
 #include "tallybook/application/ReferenceFactory.h"
 #include "tallybook/application/ReportHeads.h"
@@ -38,9 +39,32 @@ class ConsoleApp : public application::ReferenceApp {
   ConsoleLog console_log_;
 };
 
+// The files that a command names; empty where it names none. "-" stands for standard input or output.
+struct NamedFiles {
+  Text book = {};
+  Text input = {};
+  Text output = {};  // replaced when the new one is whole
+  Text report = {};
+  bool more_inputs = false;  // others are found on the way: the messages file waits for AllInputsKnown
+};
+
 class Session {
  public:
-  explicit Session(const AskOptions& asking = {});
+  // Looks at the command's files before anything is opened. Fails with Failure 75 where the input is no regular file, or
+  // an output, the messages file among them, must not go where it is to go (OutputRules); and where the messages file
+  // cannot be made.
+  explicit Session(const AskOptions& asking = {}, const NamedFiles& files = {});
+
+  // For a file that becomes known on the way, before it is opened: the same looks.
+  void AddInput(const Text& path);
+  void AddOutput(const Text& path);
+  // For a file that the operation deletes or replaces on the way: Failure 75 where it is no regular file, or a book.
+  void NeedReplaceable(const Text& path) const;
+  // Makes the messages file of a session with more inputs.
+  void AllInputsKnown() { platform_.Boxes().StartMessages(); }
+
+  // The files as the component sees them.
+  [[nodiscard]] application::WholeFiles& Files() { return platform_.Files(); }
 
   // Opens a book to read, or to change it. `path` may leave out ".tbk". Fails as Book::Open does.
   [[nodiscard]] std::unique_ptr<engine::Book> OpenToRead(const Text& path) { return Open(path, true); }
@@ -49,7 +73,7 @@ class Session {
   [[nodiscard]] application::ReferenceFactory& Factory() { return factory_; }
 
   // The boxes shown so far.
-  [[nodiscard]] const ConsoleMessageBoxes& Boxes() const { return platform_.Boxes(); }
+  [[nodiscard]] const ConsoleMessageBoxes& Boxes() { return platform_.Boxes(); }
 
   // The status of an operation that gave `done`: cancelled where the user stopped it or refused its question, wrong use
   // where an answer of --answer had no button.
@@ -58,7 +82,10 @@ class Session {
  private:
   [[nodiscard]] std::unique_ptr<engine::Book> Open(const Text& path, bool read_only);
 
+  void CheckInPlace(const Text& path, const Text& what);
+
   ConsolePlatform platform_;
+  application::OutputRules rules_;
   ConsoleApp app_;
   application::ReferenceFactory factory_;
   application::ReportHeads report_heads_;

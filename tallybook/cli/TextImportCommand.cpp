@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <iostream>
+#include <optional>
 #include <set>
 
 #include "exchange/CDataExchange.h"
@@ -8,6 +9,8 @@
 #include "host/HostLog.h"
 #include "import/DelimitedImport.h"
 #include "support/Platform.h"
+#include "tallybook/application/StandardStreams.h"
+#include "tallybook/application/WholeFiles.h"
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FileQuestion.h"
@@ -22,6 +25,9 @@ namespace {
 // Codes of the import's date_fields.
 constexpr Integer kDateInThreeFields = 0;
 constexpr Integer kDateInOneField = -1;
+
+// What runs, as the journal tells it. The delimited import gives its file another name at the end.
+constexpr const char* kDelimited = "import delimited";
 
 // What both imports are told.
 struct TextImportOptions {
@@ -86,17 +92,35 @@ void TellWhatStays(engine::Book& book, std::size_t entries_before) {
                            book.Path());
 }
 
+// Standard input, read to its end into a private file that "-" stands for. Nothing for a file that the user named.
+class SpooledInput {
+ public:
+  SpooledInput(application::WholeFiles& files, const Text& name) {
+    if (name != application::kStandardStream) return;
+    const Text place = folder_.emplace().Path("input");
+    application::SpoolStandardInput(place);
+    files.StandFor(name, place);
+  }
+
+ private:
+  std::optional<application::PrivateFolder> folder_;
+};
+
 // Opens the book, lets `import` run on it with the file, and tells what came of it. `kind` names the import in the
 // journal, with the file.
 template <typename Import>
 ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& question, const Text& kind,
                          Import import) {
   NeedFileOrTerminal(options.file);
-  Session session(options.asking);
+  Session session(options.asking, {.book = options.book, .input = options.file, .more_inputs = options.file.empty()});
+  const SpooledInput spooled(session.Files(), options.file);
   ThePlatform().text_encoding = options.encoding;
   const auto book = session.OpenToChange(options.book);
   const auto file = FileOrAnswer(options.file, question);
   if (!file) return session.StatusOf(false);
+  if (options.file.empty()) session.AddInput(*file);
+  if (kind == kDelimited) session.NeedReplaceable(*file + ".bak");
+  session.AllInputsKnown();
   const std::size_t entries_before = engine::Journal(*book).Entries().size();
   CDataExchange exchange(session.Factory());
   exchange.SetOwner(book.get());
@@ -139,7 +163,7 @@ ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {
     }
     return done;
   };
-  return RunTextImport(options, question, "import delimited", import);
+  return RunTextImport(options, question, kDelimited, import);
 }
 
 Argument& AddMath(CommandTable& command, TextImportOptions& options, const Text& what) {
@@ -150,7 +174,7 @@ Argument& AddMath(CommandTable& command, TextImportOptions& options, const Text&
 
 void AddBookAndFile(CommandTable& command, TextImportOptions& options) {
   AddBook(command, options.book);
-  AddFile(command, options.file, "The text file");
+  AddFile(command, options.file, "The text file; - for standard input");
 }
 
 void AddEncodingAndAsking(CommandTable& command, TextImportOptions& options) {

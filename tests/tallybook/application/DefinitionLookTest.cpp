@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "tallybook/application/DefinitionLook.h"
+#include "tallybook/application/WholeFiles.h"
 #include "tests/support/FailsWith.h"
 #include "tests/support/InChild.h"
 #include "tests/support/OtherProcess.h"
@@ -18,18 +19,21 @@ using ::testing::HasSubstr;
 
 class DefinitionLookTest : public ::testing::Test {
  protected:
+  DefinitionLookTest() { ThePlatform().files = &files_; }
+
   void Define(const Text& name, const Text& title = "North") const {
     folder_.Write(name, "\"" + title + "\",\"in/*.QDX\",1,1,1\r\n0,0\r\n0\r\n");
   }
-  [[nodiscard]] std::vector<SeenDefinition> Look() const { return LookAtDefinitions(folder_.Path(), "shop"); }
+  [[nodiscard]] std::vector<SeenDefinition> Look() { return LookAtDefinitions(files_, folder_.Path(), "shop"); }
   // The reason why the only definition cannot be read.
-  [[nodiscard]] Text Trouble() const {
+  [[nodiscard]] Text Trouble() {
     const auto seen = Look();
     return seen.size() == 1 ? seen.front().trouble : "there are " + std::to_string(seen.size());
   }
 
   testing::ScriptedPlatform platform_;
   testing::TempFolder folder_;
+  WholeFiles files_{platform_.files};
 };
 
 TEST_F(DefinitionLookTest, SeesTheDefinitionsOfTheBookByNumber) {
@@ -52,6 +56,7 @@ TEST_F(DefinitionLookTest, EveryCutOfADefinitionIsTroubleButForItsLastItem) {
   const std::string whole = folder_.Read("TBQDX1.shop");
   for (std::size_t size = 0; size < whole.size(); ++size) {
     folder_.Write("TBQDX1.shop", whole.substr(0, size));
+    files_.Show(folder_.Path("TBQDX1.shop"), folder_.Read("TBQDX1.shop"));
     // The carriage return alone ends a line, and so does what stands before the last item, which older ones lack.
     const bool sound = size == whole.size() - 1 || size == whole.size() - 3 || size == whole.size() - 4;
     EXPECT_EQ(Trouble().empty(), sound) << size;
@@ -96,6 +101,44 @@ TEST_F(DefinitionLookTest, EveryTroubleIsToldByNumber) {
   EXPECT_THAT([&] { NeedReadableDefinitions(Look()); },
               FailsWith(FailureNumber::kPathOrAccess, "exchange definition 1 (" + folder_.Path("TBQDX1.shop") +
                                                           ") cannot be read: it is cut short\nexchange definition 3"));
+}
+
+TEST_F(DefinitionLookTest, WhatWasSeenIsWhatIsReadAfterwardsUntilItIsWritten) {
+  Define("TBQDX1.shop");
+  const Text path = folder_.Path("TBQDX1.shop");
+  const std::string whole = folder_.Read("TBQDX1.shop");
+  (void)Look();
+  folder_.Write("TBQDX1.shop", "cut");
+  Text bytes(1000, '\0');
+  const auto file = files_.Open(path, Access::kRead, Sharing::kLockWrite, Creation::kMustExist);
+  bytes.resize(file->ReadAt(0, std::as_writable_bytes(std::span(bytes))));
+  EXPECT_EQ(bytes, whole);
+  EXPECT_EQ(file->ReadAt(file->Size(), std::as_writable_bytes(std::span(bytes))), 0U);
+  files_.Open(path, Access::kWrite, Sharing::kLockReadWrite, Creation::kReplace)->Close();
+  EXPECT_EQ(files_.Open(path, Access::kRead, Sharing::kLockWrite, Creation::kMustExist)->Size(), 0);
+}
+
+TEST_F(DefinitionLookTest, ADefinitionWhoseReadFailsIsTrouble) {
+  Define("TBQDX1.shop");
+  platform_.files.FailNth(testing::FileCall::kRead, 1, FailureNumber::kDeviceError);
+  EXPECT_FALSE(Trouble().empty());
+}
+
+TEST_F(DefinitionLookTest, AFolderThatCannotBeListedIsNoEmptyOne) {
+  std::filesystem::create_directory(folder_.Path("closed"));
+  ::chmod(folder_.Path().c_str(), 0777);
+  ::chmod(folder_.Path("closed").c_str(), 0311);
+  const auto refused = HasSubstr("cannot be listed: Permission denied");
+  EXPECT_THAT(testing::InChild([&] {
+                testing::BecomeNobody();
+                (void)LookAtDefinitions(files_, folder_.Path("closed/"), "shop");
+              }),
+              refused);
+  EXPECT_THAT(testing::InChild([&] {
+                testing::BecomeNobody();
+                NeedRegularExchangeFiles(folder_.Path("closed/*.QDX"));
+              }),
+              refused);
 }
 
 TEST_F(DefinitionLookTest, ExchangeFilesThatAreNoFilesAreRefusedByTheirKind) {

@@ -88,10 +88,32 @@ TEST_F(OutputRulesTest, NamesThatOnlyResembleThosePass) {
 TEST_F(OutputRulesTest, NothingGoesOntoWhatTheCommandReadsOrWritesBesides) {
   folder_.Write("lines.txt", "x");
   std::filesystem::create_symlink("lines.txt", folder_.Path("link"));
-  rules_.Protect(folder_.Path("lines.txt"), "the input");
-  rules_.Protect(folder_.Path("report.txt"), "the report");
-  ExpectRefused("link", "is the input; nothing is written over it");
+  rules_.ProtectInput(folder_.Path("lines.txt"));
+  rules_.ProtectOutput(folder_.Path("report.txt"), "the report");
+  ExpectRefused("link", "is the input of this command; nothing is written over it");
   ExpectRefused("./report.txt", "is the report");
+}
+
+TEST_F(OutputRulesTest, AnInputIsNoBookOfTheCommandAndNoOutputButMayBeReadTwice) {
+  folder_.Write("lines.txt", "x");
+  folder_.Write("report.txt", "x");
+  rules_.ProtectBook(folder_.Path("shop.tbk"));
+  rules_.ProtectInput(folder_.Path("lines.txt"));
+  rules_.ProtectOutput(folder_.Path("report.txt"), "the report");
+  rules_.CheckInput(folder_.Path("lines.txt"));
+  for (const char* name : {"shop.tbk", "report.txt"}) {
+    EXPECT_THAT([&] { rules_.CheckInput(folder_.Path(name)); },
+                FailsWith(FailureNumber::kPathOrAccess, "it cannot be read as well"));
+  }
+}
+
+TEST_F(OutputRulesTest, WhatIsDeletedOnTheWayIsNoBook) {
+  folder_.Write("lines.txt.bak", "x");
+  std::filesystem::create_symlink("shop.tbk", folder_.Path("link.bak"));
+  rules_.NeedNoBook(folder_.Path("lines.txt.bak"));
+  rules_.NeedNoBook(folder_.Path("missing"));
+  EXPECT_THAT([&] { rules_.NeedNoBook(folder_.Path("link.bak")); },
+              FailsWith(FailureNumber::kPathOrAccess, "is a book"));
 }
 
 TEST_F(OutputRulesTest, WhatIsNoFileIsRefusedByItsKind) {

@@ -54,6 +54,7 @@ class ConsoleFileDialogsTest : public ::testing::Test {
     PseudoTerminal terminal(typed);
     ConsolePlatform platform(options);
     act();
+    platform.Boxes().StartMessages();  // what was shown before is not lost
     refused = platform.Boxes().WasRefused();
     misanswered = platform.Boxes().WasMisanswered();
     shown = terminal.End();
