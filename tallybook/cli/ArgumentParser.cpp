@@ -12,13 +12,14 @@ namespace tallybook::cli {
 namespace {
 
 // What the user gave for each argument of a command, in the order in which it was given.
-using GivenTexts = std::map<Text, std::vector<Text>>;
+using GivenByName = std::map<Text, std::vector<Text>>;
 
 // The words, sorted by the library: the command that they reached, and what was given to it.
 struct SortedWords {
   CommandPath path;
-  GivenTexts given;
+  GivenByName given;
   std::vector<Text> unknown;  // what neither an option nor a positional argument of it takes
+  Text cut_off;               // an option at the end without its value
 };
 
 [[noreturn]] void Refuse(const CommandPath& path, const Text& reason) {
@@ -94,10 +95,9 @@ SortedWords Sort(const CommandTable& program, const std::vector<Text>& given_wor
     app.parse(std::vector<Text>(words.rbegin(), words.rend()));
   } catch (const CLI::ParseError&) {
     // All that is left to it to complain of is an option at the end without its value.
-    const SortedWords sorted = Collect(app, program);
-    const Argument* option = OptionNamed(*sorted.path.back(), words.back());
-    const Text value = option == nullptr ? "value" : option->value;
-    Refuse(sorted.path, fmt::format("{} wants a {} behind it", words.back(), value));
+    SortedWords sorted = Collect(app, program);
+    sorted.cut_off = words.back();
+    return sorted;
   }
   return Collect(app, program);
 }
@@ -140,6 +140,13 @@ void CheckUnknown(const SortedWords& sorted) {
   const Text& word = sorted.unknown.front();
   if (sorted.path.back()->IsGroup()) Refuse(sorted.path, UnknownCommand(sorted.path, word));
   Refuse(sorted.path, fmt::format("'{}' is a word too many", word));
+}
+
+void CheckCutOff(const SortedWords& sorted) {
+  if (sorted.cut_off.empty()) return;
+  const Argument* option = OptionNamed(*sorted.path.back(), sorted.cut_off);
+  const Text value = option == nullptr ? "value" : option->value;
+  Refuse(sorted.path, fmt::format("{} wants a {} behind it", sorted.cut_off, value));
 }
 
 void CheckRepeated(const SortedWords& sorted) {
@@ -215,6 +222,7 @@ UnderstoodLine UnderstandLine(const CommandTable& program, const std::vector<Tex
   line.wants_version = sorted.given.contains(kVersionOption);
   if (line.wants_help || line.wants_version) return line;
   CheckUnknown(sorted);
+  CheckCutOff(sorted);
   if (sorted.path.back()->IsGroup()) {
     Refuse(sorted.path, "a command is required: " + Listed(NamesOfCommands(*sorted.path.back()), "or"));
   }
@@ -238,6 +246,15 @@ CommandPath FindCommand(const CommandTable& program, const std::vector<Text>& na
     }
   }
   return path;
+}
+
+std::vector<Text> GivenTexts(const CommandTable& program, const std::vector<Text>& words, ArgumentKind kind) {
+  const SortedWords sorted = Sort(program, words);
+  for (const Argument& argument : sorted.path.back()->arguments) {
+    const auto given = sorted.given.find(argument.name);
+    if (argument.kind == kind && given != sorted.given.end()) return given->second;
+  }
+  return {};
 }
 
 Text SeeText(const CommandPath& path) {

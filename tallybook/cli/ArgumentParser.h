@@ -23,6 +23,11 @@ struct UnderstoodLine {
 // nowhere.
 [[nodiscard]] CommandPath FindCommand(const CommandTable& program, const std::vector<Text>& names);
 
+// What the words, which may stop half way, give for the first argument of this kind that their command has. Nothing is
+// judged, and nothing is read into a record.
+[[nodiscard]] std::vector<Text> GivenTexts(const CommandTable& program, const std::vector<Text>& words,
+                                           ArgumentKind kind);
+
 // "See: tallybook import qdx --help".
 [[nodiscard]] Text SeeText(const CommandPath& path);
 

@@ -60,7 +60,7 @@ struct Argument {
   ArgumentKind kind = ArgumentKind::kText;
   Text value;  // the word that stands for the value in help: "DATE"; empty for flags and positional arguments
   Text what;   // what it is for, on one line
-  std::vector<Text> words;  // of kWord and kWordList
+  std::vector<Text> words;  // of kWord and kWordList; of any other kind some that fit
   Text heading;             // the heading that it stands under in help; empty: that of all options
   bool required = false;
   bool repeatable = false;

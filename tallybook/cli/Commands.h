@@ -24,6 +24,7 @@ namespace tallybook::cli {
 // Makes the whole program's table anew.
 using TableSource = std::function<CommandTable()>;
 [[nodiscard]] CommandTable HelpCommand(const TableSource& program);
+[[nodiscard]] CommandTable CompleteCommand(const TableSource& program);
 
 // Runs a command line, without the program's name, as if the user had typed it.
 using LineRunner = std::function<ExitStatus(const std::vector<Text>& arguments)>;

@@ -173,7 +173,8 @@ void AddChanges(CommandTable& command, DefinitionChanges& changes, bool is_new) 
       .required = is_new;
   AddChoice(command, "--after", changes.after, afters,
             "What becomes of an imported file: delete, rename (*.XDQ), keep");
-  AddText(command, "--accounts", changes.accounts, "MODE", "one-for-one, all-to-one:CODE or manual");
+  AddText(command, "--accounts", changes.accounts, "MODE", "one-for-one, all-to-one:CODE or manual").words = {
+      "one-for-one", "all-to-one:", "manual"};
   AddChoice(command, "--fields", changes.fields, field_modes, "one-for-one or manual");
   AddText(command, "--map-account", changes.map_account, "FROM=TO",
           "A row of manual matches: code in the file, code in the book; may be given again. The rows given replace "

@@ -15,6 +15,7 @@
 #include "tallybook/cli/FileQuestion.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/Terminal.h"
+#include "tallybook/cli/Wording.h"
 #include "tallybook/tables/ExportLibrary.h"
 
 namespace tallybook::cli {
@@ -82,17 +83,28 @@ ExitStatus RunExportQdx(const ExportOptions& options) {
   return status;
 }
 
-// The description of a format by its code, in any case. WrongUse that names all codes where there is none.
-FormatDescription FormatOf(const Text& code) {
+std::vector<FormatDescription> Formats() {
   const tables::ExportLibrary library;
-  Text codes;
+  std::vector<FormatDescription> formats;
   for (int position = 1; position <= library.NumFormats(); ++position) {
     FormatDescription format;
-    if (!library.FormatInfo(static_cast<Integer>(position), format)) continue;
-    if (UpperCase(format.code) == UpperCase(code)) return format;
-    codes += (codes.empty() ? "" : ", ") + format.code;
+    if (library.FormatInfo(static_cast<Integer>(position), format)) formats.push_back(format);
   }
-  throw WrongUse(fmt::format("--type: '{}' is no table format; there are {}", code, codes));
+  return formats;
+}
+
+std::vector<Text> FormatCodes() {
+  std::vector<Text> codes;
+  for (const FormatDescription& format : Formats()) codes.push_back(format.code);
+  return codes;
+}
+
+// The description of a format by its code, in any case. WrongUse that names all codes where there is none.
+FormatDescription FormatOf(const Text& code) {
+  for (const FormatDescription& format : Formats()) {
+    if (UpperCase(format.code) == UpperCase(code)) return format;
+  }
+  throw WrongUse(fmt::format("--type: '{}' is no table format; there are {}", code, Listed(FormatCodes())));
 }
 
 // The wish for decimals. WrongUse for a text that is none, and for one that the format cannot keep.
@@ -171,7 +183,7 @@ CommandTable ExportTableCommand() {
                   {"tallybook export table north year.xlsx --type XLSX --from 2003-01-01 --to 2003-12-31 --nonzero"},
                   options, RunExportTable);
   AddShared(command, *options);
-  AddText(command, "--type", options->format, "CODE", "The table's format").Required();
+  AddText(command, "--type", options->format, "CODE", "The table's format").Required().words = FormatCodes();
   AddText(
       command, "--decimals", options->decimals, "N",
       "Decimals of the figures, 0 to 15 (3 without this); full: the shortest text that reads back to the same number");

@@ -26,3 +26,12 @@ endif()
 if(EXISTS ${WORK}/demo/other.pdf)
   message(FATAL_ERROR "without the module a report was begun")
 endif()
+
+# The man pages and the completions lie where man and the shells look for them.
+foreach(page ${MANDIR}/man1/tallybook.1 ${MANDIR}/man1/tallybook-import-qdx.1
+             ${DATADIR}/bash-completion/completions/tallybook ${DATADIR}/zsh/vendor-completions/_tallybook
+             ${DATADIR}/fish/vendor_completions.d/tallybook.fish)
+  if(NOT EXISTS ${WORK}/moved/${page})
+    message(FATAL_ERROR "the installation lacks ${page}")
+  endif()
+endforeach()
