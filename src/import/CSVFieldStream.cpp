@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <span>
@@ -123,7 +124,10 @@ Long CSVFieldStream::NextLong() {
 }
 
 Double CSVFieldStream::NextDouble() {
-  return LeadingNumber(Next());
+  const std::string_view field = Next();
+  const Double value = LeadingNumber(field);
+  if (std::isfinite(value)) return value;
+  throw Failure(FailureNumber::kOverflow, "\"" + encoding_.Decode(field) + "\" is too large for a number");
 }
 
 }  // namespace tallybook

@@ -10,6 +10,7 @@
 #include "host/Masterfile.h"
 #include "host/Printer.h"
 #include "import/Matching.h"
+#include "import/TextImport.h"
 #include "qdx/Body.h"
 #include "support/Dates.h"
 #include "support/HostMessages.h"
@@ -349,8 +350,8 @@ class ImportRun {
     if (field <= 0 || target_account <= 0) return;
     const Double stored = at_(kGetValue, [&] { return masterfile_.FieldValue(field); });
     const bool subtract = means_.math == static_cast<Integer>(eMath::mSubtract);
-    const Double value = subtract ? stored - item.value : stored + item.value;
-    at_(kSetValue, [&] { masterfile_.SetFieldValue(field, value); });
+    const auto math = static_cast<Integer>(subtract ? eMath::mSubtract : eMath::mAdd);
+    at_(kSetValue, [&] { masterfile_.SetFieldValue(field, Combine(math, stored, item.value)); });
     dirty_ = true;
   }
 

@@ -1,5 +1,7 @@
 #include "import/TextImport.h"
 
+#include <cmath>
+#include <sstream>
 #include <utility>
 
 #include "host/HostApp.h"
@@ -10,6 +12,23 @@
 #include "support/WinAPI.h"
 
 namespace tallybook {
+
+namespace {
+
+Double Combined(Integer math, Double stored, Double value) {
+  if (math == static_cast<Integer>(eMath::mAdd)) return stored + value;
+  if (math == static_cast<Integer>(eMath::mSubtract)) return stored - value;
+  return value;
+}
+
+// Six digits are enough to see why.
+Text InShort(Double value) {
+  std::ostringstream text;
+  text << value;
+  return text.str();
+}
+
+}  // namespace
 
 bool AskContinueAudit(HostApp& app, const Text& text) {
   const Long style = kQuestionIcon | kYesNo | kSecondButtonDefault;
@@ -24,9 +43,10 @@ std::optional<Text> WordOfMath(Integer math) {
 }
 
 Double Combine(Integer math, Double stored, Double value) {
-  if (math == static_cast<Integer>(eMath::mAdd)) return stored + value;
-  if (math == static_cast<Integer>(eMath::mSubtract)) return stored - value;
-  return value;
+  const Double figure = Combined(math, stored, value);
+  if (std::isfinite(figure)) return figure;
+  throw Failure(FailureNumber::kOverflow, "No figure comes of " + InShort(value) + " where " + InShort(stored) +
+                                              " stands: it is beyond a number");
 }
 
 void TellNotImported(HostApp& app, Integer failure_code, Long statement) {
