@@ -35,7 +35,7 @@ template <typename Conversation>
 bool CDataExchangeGUI::Converse(Masterfile& masterfile, const char* member, Conversation&& conversation) {
   const ConversationEnd end;
   Statements at(Policy::kLeave, [&](const Failure& failure) {
-    LogFailure(masterfile.App(), failure, Text(" - CDataExchangeGUI:") + member);
+    LogFailure(masterfile, failure, Text(" - CDataExchangeGUI:") + member);
     return false;
   });
   return at.Run([&] {

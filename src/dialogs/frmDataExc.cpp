@@ -154,7 +154,7 @@ bool frmDataExc::ReadZeros() const {
   try {
     return ToBoolean(setting);
   } catch (const Failure& failure) {
-    LogFailure(masterfile_->App(), failure, " - OutputQDXFile");
+    LogFailure(*masterfile_, failure, " - OutputQDXFile");
     return false;
   }
 }
@@ -191,7 +191,7 @@ void frmDataExc::OfferToOpen(const Text& file) {
   try {
     OpenWithAssociated(masterfile_->App(), file);
   } catch (...) {
-    LogFailure(masterfile_->App(), CurrentFailure(), " - OutputQDXFile");
+    LogFailure(*masterfile_, CurrentFailure(), " - OutputQDXFile");
   }
 }
 

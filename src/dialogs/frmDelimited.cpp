@@ -56,7 +56,7 @@ void frmDelimited::Listen() {
 
 void frmDelimited::ImportDelimited(Long hwnd_owner, Masterfile& masterfile, bool allow_system_fields) {
   Statements at(Policy::kGoOn, [&](const Failure& failure) {
-    LogFailure(masterfile.App(), failure, " - ImportDelimited");
+    LogFailure(masterfile, failure, " - ImportDelimited");
     return false;
   });
   [[maybe_unused]] const bool ran = at.Run([&] {

@@ -113,7 +113,7 @@ Integer CDataExchange::FirstAvailRec() {
 bool CDataExchange::ReadQDXHeader(const Text& filename, Integer& file_number, bool backup_ok, bool header_only) {
   bool read = false;
   Statements at(Policy::kLeave, [&](const Failure& failure) {
-    LogExchangeFailure(Database().App(), failure, "ReadQDXHeader");
+    LogExchangeFailure(Database(), failure, "ReadQDXHeader");
     return false;
   });
   const bool ran = at.Run([&] {

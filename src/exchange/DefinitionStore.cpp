@@ -150,7 +150,7 @@ bool DefinitionStore::Write(Integer position, Masterfile& masterfile, const Head
   current_.QdxFileName = entry.QdxFileName;
   // The question has no room for the reason, so the log gets it.
   Statements at(Policy::kGoOn, [&](const Failure& failure) {
-    LogExchangeFailure(masterfile.App(), failure, operation);
+    LogExchangeFailure(masterfile, failure, operation);
     return false;
   });
   const auto written = [&] {

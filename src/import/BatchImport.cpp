@@ -101,7 +101,7 @@ class BatchRun {
     }
   }
 
-  void Log(const Failure& failure) { LogExchangeFailure(masterfile_.App(), failure, "ImportQDXFileEX"); }
+  void Log(const Failure& failure) { LogExchangeFailure(masterfile_, failure, "ImportQDXFileEX"); }
 
   void ImportAll() {
     at_(kRunLoop, [&] { ThePlatform().input->RunOnce(); });

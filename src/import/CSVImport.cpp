@@ -463,7 +463,7 @@ class CSVImportRun {
 }  // namespace
 
 bool ImportCSV(Masterfile& masterfile, const CSVImportRequest& request, TextImportTally& tally) {
-  return CSVImportRun(masterfile, request, tally).Run();
+  return RunOrTell([&] { return CSVImportRun(masterfile, request, tally).Run(); });
 }
 
 }  // namespace tallybook

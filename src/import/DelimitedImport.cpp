@@ -435,7 +435,7 @@ class DelimitedImportRun {
 }  // namespace
 
 bool ImportDelimited(Masterfile& masterfile, const DelimitedImportRequest& request, TextImportTally& tally) {
-  return DelimitedImportRun(masterfile, request, tally).Run();
+  return RunOrTell([&] { return DelimitedImportRun(masterfile, request, tally).Run(); });
 }
 
 }  // namespace tallybook

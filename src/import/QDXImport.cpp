@@ -18,6 +18,7 @@
 #include "support/Platform.h"
 #include "support/Statements.h"
 #include "support/Utility.h"
+#include "support/WinAPI.h"
 
 namespace tallybook {
 
@@ -414,8 +415,16 @@ Integer MatchFiles(const Text& pattern, std::vector<Text>& file_list) {
 }
 
 bool ImportQDX(QDXImportMeans& means, Printer& report) {
-  const auto run = std::make_unique<ImportRun>(means, report);
-  return run->Run();
+  Statements at(Policy::kAsk, [&](const Failure& failure) {
+    // Where there is no log the question tells it.
+    (void)TryLogFailure(means.masterfile, failure, " - CDataExchange:ImportQDXFile");
+    return AskMessage("Error reading QDX file", kQuestionIcon | kRetryCancel, "") == kRetry;
+  });
+  bool done = false;
+  return at.Run([&] {
+    const auto run = at(kMatchFiles, [&] { return std::make_unique<ImportRun>(means, report); });
+    done = run->Run();
+  }) && done;
 }
 
 }  // namespace tallybook

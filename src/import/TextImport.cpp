@@ -8,6 +8,7 @@
 #include "support/CodePage.h"
 #include "support/Failure.h"
 #include "support/FixedTable.h"
+#include "support/Statements.h"
 #include "support/Utility.h"
 #include "support/WinAPI.h"
 
@@ -26,6 +27,12 @@ Text InShort(Double value) {
   std::ostringstream text;
   text << value;
   return text.str();
+}
+
+void TellNotImportedUnder(const Text& title, Integer failure_code, Long statement) {
+  ShowMessage(
+      "Error:" + std::to_string(failure_code) + ":" + std::to_string(statement) + "\r\nInformation not imported.",
+      kExclamationIcon | kOkOnly, title);
 }
 
 }  // namespace
@@ -50,9 +57,16 @@ Double Combine(Integer math, Double stored, Double value) {
 }
 
 void TellNotImported(HostApp& app, Integer failure_code, Long statement) {
-  ShowMessage(
-      "Error:" + std::to_string(failure_code) + ":" + std::to_string(statement) + "\r\nInformation not imported.",
-      kExclamationIcon | kOkOnly, app.Title());
+  TellNotImportedUnder(app.Title(), failure_code, statement);
+}
+
+bool RunOrTell(const std::function<bool()>& import) {
+  Statements at(Policy::kLeave, [](const Failure& failure) {
+    TellNotImportedUnder("", failure.Code(), failure.Statement());
+    return false;
+  });
+  bool done = false;
+  return at.Run([&] { done = import(); }) && done;
 }
 
 Text CutCode(const Text& code) {

@@ -41,6 +41,10 @@ inline constexpr std::string_view kContinueAuditQuestion = "Ok to continue audit
 // "Error:", the failure's number, ":", its statement, a line break, "Information not imported."
 void TellNotImported(HostApp& app, Integer failure_code, Long statement);
 
+// Gives what the whole of an import gives; false where the database cannot even give its application, which is told by
+// the same box under the platform's title.
+[[nodiscard]] bool RunOrTell(const std::function<bool()>& import);
+
 // A code of a file as it is compared: trimmed, cut at or filled to 10 characters, in upper case.
 [[nodiscard]] Text CutCode(const Text& code);
 // The same for a code that must fit: one of more than 10 characters is failure 5.

@@ -172,7 +172,12 @@ class ExportRun {
 }  // namespace
 
 bool Export(const ExportMeans& means, const ExportRequest& request) {
-  return ExportRun(means, request).Run();
+  Statements at(Policy::kLeave, [&](const Failure& failure) {
+    LogExchangeFailure(means.masterfile, failure, "WriteQDXFile");
+    return false;
+  });
+  bool written = false;
+  return at.Run([&] { written = ExportRun(means, request).Run(); }) && written;
 }
 
 }  // namespace tallybook

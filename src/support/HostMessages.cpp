@@ -1,6 +1,7 @@
 #include "support/HostMessages.h"
 
 #include "host/HostLog.h"
+#include "host/Masterfile.h"
 #include "support/WinAPI.h"
 
 namespace tallybook {
@@ -35,6 +36,25 @@ void LogFailure(HostApp& app, const Failure& failure, const Text& suffix) {
 
 void LogExchangeFailure(HostApp& app, const Failure& failure, const Text& operation) {
   LogFailure(app, failure, " - CDataExchange:" + operation);
+}
+
+bool TryLogFailure(Masterfile& masterfile, const Failure& failure, const Text& suffix) {
+  HostApp* app = nullptr;
+  try {
+    app = &masterfile.App();
+  } catch (...) {
+    return false;  // meant: the failure at hand is the one to tell
+  }
+  LogFailure(*app, failure, suffix);
+  return true;
+}
+
+void LogFailure(Masterfile& masterfile, const Failure& failure, const Text& suffix) {
+  if (!TryLogFailure(masterfile, failure, suffix)) ShowMessage(failure.Description(), kExclamationIcon | kOkOnly, "");
+}
+
+void LogExchangeFailure(Masterfile& masterfile, const Failure& failure, const Text& operation) {
+  LogFailure(masterfile, failure, " - CDataExchange:" + operation);
 }
 
 }  // namespace tallybook

@@ -8,6 +8,8 @@
 
 namespace tallybook {
 
+class Masterfile;
+
 // A refusal: exclamation icon, one OK button, the application's title.
 void Refuse(HostApp& app, const Text& text);
 // A step that can be tried again: question icon, or the icon given; Retry and Cancel. True: the user chose Retry.
@@ -24,5 +26,12 @@ void ShowHelpTopic(HostApp& app, Long topic);
 void LogFailure(HostApp& app, const Failure& failure, const Text& suffix);
 // The suffix of the exchange object's routines: " - CDataExchange:" and the operation.
 void LogExchangeFailure(HostApp& app, const Failure& failure, const Text& operation);
+
+// The same by way of the database, which is asked for its application only now. False: it cannot give it, and there is
+// no log to tell anything to.
+[[nodiscard]] bool TryLogFailure(Masterfile& masterfile, const Failure& failure, const Text& suffix);
+// The same again; without a log the failure is shown, under the platform's title.
+void LogFailure(Masterfile& masterfile, const Failure& failure, const Text& suffix);
+void LogExchangeFailure(Masterfile& masterfile, const Failure& failure, const Text& operation);
 
 }  // namespace tallybook

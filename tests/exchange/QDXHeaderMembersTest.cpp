@@ -167,6 +167,15 @@ TEST_F(QDXHeaderMembersTest, LogsAFailedSearchUnderItsOwnName) {
   EXPECT_EQ(Logged()[0].detail, -1);
 }
 
+TEST_F(QDXHeaderMembersTest, TellsOfADatabaseThatCannotGiveItsApplication) {
+  PutFile("/q/DAY.QDX");
+  for (int call = 1; call <= 9; ++call) {
+    host->record.FailOn("App", call, Failure(FailureNumber::kDeviceError, "no application", "Engine"));
+  }
+  EXPECT_FALSE(exchange.ReadQDXHeader("/q/DAY.QDX", file_number, kNoBackup));
+  EXPECT_THAT(platform.boxes.Texts(), ElementsAre("no application"));
+}
+
 // Every call of the host, failed in turn: no failure leaves the member, and each is told once, by the one handler or
 // the other.
 TEST_F(QDXHeaderMembersTest, TellsEveryHostFailureOnce) {

@@ -118,6 +118,16 @@ TEST_F(BatchImportTest, TheReportIsPreparedOpenedAndClosedInThisOrder) {
                   "Printer.PrintLine QDX Import - North Shop", "Printer.PrintLine (import 1)", "Printer.EndReport"));
 }
 
+TEST_F(BatchImportTest, TellsOfADatabaseThatCannotGiveItsApplication) {
+  definitions_.definitions = {{.description = "One"}};
+  for (int call = 1; call <= 9; ++call) host_->record.FailOn("App", call, SomeFailure());
+  host_->record.FailOn("Printer.PrintLine", 1, SomeFailure());
+  EXPECT_FALSE(Run("1"));
+  EXPECT_THAT(platform_.boxes.Texts(), ElementsAre("It has failed"));
+  EXPECT_EQ(platform_.boxes.Shown()[0].caption, ScriptedPlatform::kTitle);
+  EXPECT_EQ(printer_, nullptr);
+}
+
 TEST_F(BatchImportTest, EveryPageHasTheHead) {
   definitions_.definitions = {{.description = "One"}};
   definitions_.before_import = [&] { host_->factory.LastPrinter()->BeginPage(); };

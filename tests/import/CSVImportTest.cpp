@@ -551,6 +551,31 @@ TEST_F(CSVImportTest, NumbersTooLargeForTheirFieldAreRunTimeFailures) {
   expect_error(",,\n2,4,40000\n", "1", ErrorBox(6, kAtAuditDate));
 }
 
+TEST_F(CSVImportTest, AValueBeyondANumberIsSeenByTheAudit) {
+  for (const char* const record : {"100,1,1e999\n", "100,1,-1e999\n", ",,1e999\n"}) {
+    setup_.platform.boxes.ForgetShown();
+    EXPECT_FALSE(Import("2,3,2004,3,1\n100,2,5\n" + std::string(record))) << record;
+    EXPECT_THAT(Boxes(), ElementsAre(ErrorBox(6, kAtAuditRecord))) << record;
+    EXPECT_THAT(setup_.Changed(), IsEmpty());
+    EXPECT_TRUE(setup_.LeftNothingOpen());
+  }
+}
+
+TEST_F(CSVImportTest, ASumBeyondANumberEndsTheRunAndIsNotStored) {
+  setup_.book().Set(101, kThird, 1, 1e308);
+  EXPECT_FALSE(Import("2,3,2004,1,1\n100,1,1e308\n"));
+  EXPECT_THAT(Boxes(), ElementsAre(ErrorBox(6, kAtApplyValue)));
+  EXPECT_EQ(Figure(101, kThird, 1), 1e308);
+}
+
+TEST_F(CSVImportTest, TellsOfADatabaseThatCannotGiveItsApplication) {
+  for (int call = 1; call <= 9; ++call) setup_.host->record.FailOn("App", call, Fault());
+  EXPECT_FALSE(Import("2,3,2004,1,1\n100,1,5\n"));
+  EXPECT_THAT(Boxes(), ElementsAre(ShownBox{ErrorBox(kFailed, 0).text, kRefusalBox, ScriptedPlatform::kTitle, kOk}));
+  EXPECT_THAT(setup_.Changed(), IsEmpty());
+  EXPECT_EQ(setup_.platform.memory.OpenHandles(), 0);
+}
+
 // --- Dates of the audit and of the application -----------------------------------------------------------------------
 
 TEST_F(CSVImportTest, TheJournalGoesFromTheSmallestDateToTheLargestChange) {

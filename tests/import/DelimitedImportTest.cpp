@@ -381,6 +381,22 @@ TEST_F(DelimitedImportTest, ValuesMustConvertAsAWholeAndAreFirstConvertedInTheSe
   EXPECT_THAT(setup_.Changed(), IsEmpty());
 }
 
+TEST_F(DelimitedImportTest, ASumBeyondANumberEndsTheRunAndIsNotStored) {
+  setup_.book().Set(101, kThird, 1, -1e308);
+  request_.math = eMath::mSubtract;
+  ExpectApplyError("2,3,2004,100,1,1e308\r", ErrorBox(6, kAtApplyPairs));
+  EXPECT_EQ(Figure(101, kThird, 1), -1e308);
+}
+
+TEST_F(DelimitedImportTest, TellsOfADatabaseThatCannotGiveItsApplication) {
+  for (int call = 1; call <= 9; ++call) setup_.host->record.FailOn("App", call, Fault());
+  EXPECT_FALSE(ImportAsAnswered("2,3,2004,100,1,5\r"));
+  EXPECT_THAT(setup_.Boxes(),
+              ElementsAre(ShownBox{ErrorBox(kFailed, 0).text, kRefusalBox, ScriptedPlatform::kTitle, kOk}));
+  EXPECT_FALSE(IsRenamed());
+  EXPECT_THAT(setup_.Changed(), IsEmpty());
+}
+
 TEST_F(DelimitedImportTest, ADatePartTooLargeIsARunTimeFailure) {
   ExpectAuditError("40000,3,2004,100,1,5\r", ErrorBox(6, kAtAuditDate));
   ExpectAuditError("2,40000,2004,100,1,5\r", ErrorBox(6, kAtAuditDate));

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <limits>
 
 #include "import/QDXImport.h"
 #include "tests/import/ImportSetup.h"
@@ -60,6 +61,40 @@ TEST_F(QDXImportFailureTest, AFailureIsLoggedAndAskedAboutOnce) {
               ElementsAre(MemoryLog::Error{"Host - CDataExchange:ImportQDXFile", 209, -1}));
   EXPECT_THAT(setup_.platform.boxes.Shown(),
               ElementsAre(ShownBox{kAsk, kQuestionIcon | kRetryCancel, "Tallybook", kCancel}));
+}
+
+TEST_F(QDXImportFailureTest, AFigureThatIsNoneIsAFailureAndIsNotStored) {
+  for (const Double value : {std::numeric_limits<Double>::quiet_NaN(), std::numeric_limits<Double>::infinity()}) {
+    setup_.host->app.log.errors.clear();
+    setup_.host->book.Set(101, February(3), 1, 8);
+    setup_.platform.boxes.Answer({kRetry, kCancel});
+    EXPECT_FALSE(Import(OneFigure(value)));
+    const MemoryLog::Error error{"Tallybook - CDataExchange:ImportQDXFile", 209, -1};
+    EXPECT_THAT(setup_.host->app.log.errors, ElementsAre(error, error));
+    EXPECT_EQ(setup_.host->book.Get(101, February(3), 1), 8);
+    EXPECT_TRUE(IsClosed());
+  }
+}
+
+TEST_F(QDXImportFailureTest, ASumBeyondANumberIsAFailureAndIsNotStored) {
+  setup_.host->book.Set(101, February(3), 1, 1e308);
+  setup_.platform.boxes.Answer({kCancel});
+  EXPECT_FALSE(Import(OneFigure(1e308)));
+  EXPECT_EQ(setup_.host->app.log.errors.size(), 1U);
+  EXPECT_EQ(setup_.host->book.Get(101, February(3), 1), 1e308);
+}
+
+TEST_F(QDXImportFailureTest, AsksWhereTheDatabaseCannotGiveItsApplication) {
+  for (int call = 1; call <= 9; ++call) calls().FailOn("App", call, HostFault());
+  setup_.platform.boxes.Answer({kRetry, kCancel});
+  EXPECT_FALSE(Import(OneFigure()));
+  const ShownBox question{kAsk, kQuestionIcon | kRetryCancel, ScriptedPlatform::kTitle, kRetry};
+  ASSERT_EQ(setup_.platform.boxes.Shown().size(), 2U);
+  EXPECT_EQ(setup_.platform.boxes.Shown()[0], question);
+  calls().DisarmFaults();
+  calls().FailOn("App", 1, HostFault());
+  setup_.platform.boxes.Answer({kRetry});
+  EXPECT_TRUE(Import(OneFigure())) << "once it is there again";
 }
 
 TEST_F(QDXImportFailureTest, AFailureThatLastsIsAskedAboutEachTime) {

@@ -364,5 +364,16 @@ TEST_F(ExporterTest, StopsTheProgramWithoutCleanUpWhereARecordCannotBeRead) {
   EXPECT_EQ(folder.Read("SALES.QDX"), "");
 }
 
+TEST_F(ExporterTest, TellsOfADatabaseThatCannotGiveItsApplication) {
+  for (int call = 1; call <= 9; ++call) {
+    host->record.FailOn("App", call, Failure(FailureNumber::kDeviceError, "no application", "Engine"));
+  }
+  EXPECT_FALSE(Run());
+  EXPECT_EQ(platform.boxes.Shown(),
+            (std::vector<ShownBox>{{"no application", kExclamationIcon | kOkOnly, ScriptedPlatform::kTitle, kOk}}));
+  EXPECT_FALSE(platform.memory.Has(kPath));
+  ExpectAllClosed();
+}
+
 }  // namespace
 }  // namespace tallybook::testing
