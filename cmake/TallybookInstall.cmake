@@ -1,5 +1,6 @@
 # What `cmake --install` gives: the component's headers, its static libraries, a CMake package and a pkg-config file;
-# with the application, the command `tallybook` as well. Two install components: Development and Runtime.
+# with the application, the command `tallybook` and the documents as well. Three install components: Development, Runtime
+# and Documentation.
 #
 #   find_package(Tallybook REQUIRED)
 #   target_link_libraries(program PRIVATE Tallybook::exchange)
@@ -53,7 +54,29 @@ if(TALLYBOOK_BUILD_APPLICATION)
   set(TALLYBOOK_MODULE_FOLDER ${CMAKE_INSTALL_LIBDIR}/tallybook)
   file(RELATIVE_PATH TALLYBOOK_MODULES_FROM_COMMAND
        ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_PREFIX}/${TALLYBOOK_MODULE_FOLDER})
-  set_target_properties(tallybook PROPERTIES INSTALL_RPATH $ORIGIN/${TALLYBOOK_MODULES_FROM_COMMAND})
+  set(TALLYBOOK_MODULE_PATHS $ORIGIN/${TALLYBOOK_MODULES_FROM_COMMAND})
+  if(CMAKE_LIBRARY_ARCHITECTURE)
+    # where the Debian packages have them
+    list(APPEND TALLYBOOK_MODULE_PATHS $ORIGIN/../lib/${CMAKE_LIBRARY_ARCHITECTURE}/tallybook)
+  endif()
+  set_target_properties(tallybook PROPERTIES INSTALL_RPATH "${TALLYBOOK_MODULE_PATHS}")
   install(TARGETS tallybook RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime)
   install(TARGETS tallybook_pdf LIBRARY DESTINATION ${TALLYBOOK_MODULE_FOLDER} COMPONENT Runtime)
+
+  # The documents point to each other as they do in the project's folder.
+  set(TALLYBOOK_DOCUMENT_FOLDER ${CMAKE_INSTALL_DATAROOTDIR}/doc/tallybook)
+  install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/ARCHITECTURE.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+          DESTINATION ${TALLYBOOK_DOCUMENT_FOLDER} COMPONENT Documentation)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
+          DESTINATION ${TALLYBOOK_DOCUMENT_FOLDER} COMPONENT Documentation)
+
+  # Everything that is installed, and nothing that only tests or benchmarks need.
+  add_custom_target(installed)
+  add_dependencies(installed tallybook tallybook_pdf)
+  if(TARGET tallybook_man_and_completion)
+    add_dependencies(installed tallybook_man_and_completion)
+  endif()
+  foreach(floor IN LISTS TALLYBOOK_FLOORS)
+    add_dependencies(installed tallybook_${floor})
+  endforeach()
 endif()

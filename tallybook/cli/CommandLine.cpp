@@ -12,7 +12,7 @@ namespace tallybook::cli {
 
 namespace {
 
-constexpr const char* kVersion = "tallybook 0.1.0";
+constexpr const char* kVersion = "tallybook " TALLYBOOK_VERSION;
 
 ExitStatus Tell(const Text& trouble, ExitStatus status) {
   std::cout << std::flush;
