@@ -6,6 +6,7 @@
 #include "support/Platform.h"
 #include "support/platform/posix/PosixFileSystem.h"
 #include "support/platform/posix/PosixPlatform.h"
+#include "tallybook/application/CompanionFiles.h"
 #include "tallybook/application/WholeFiles.h"
 #include "tallybook/cli/ConsoleFileDialogs.h"
 #include "tallybook/cli/ConsoleMessageBoxes.h"
@@ -41,7 +42,8 @@ class ConsolePlatform {
 
  private:
   ConsoleClock clock_;
-  PosixFileSystem files_;
+  PosixFileSystem disk_;
+  application::CompanionFiles files_{disk_};
   application::WholeFiles whole_files_{files_};
   ConsoleProgress progress_;
   ConsoleMessageBoxes boxes_;

@@ -85,6 +85,10 @@ std::unique_ptr<engine::Book> Session::Open(const Text& path, bool read_only) {
   options.cache_bytes = CacheBytes(app_.SettingsFileName());
   options.progress = &platform_.Progress();
   options.reports = &report_heads_;
+  options.notice = [this](const Text& line) {
+    platform_.Progress().Hide();
+    std::cerr << "tallybook: " << line << '\n' << std::flush;
+  };
   return engine::Book::Open(BookPath(path), app_, options);
 }
 
@@ -96,8 +100,10 @@ ExitStatus Session::StatusOf(bool done) {
 }
 
 Text BookPath(const Text& named) {
-  const bool has_extension = FileBaseName(named).find('.') != Text::npos;
-  return has_extension || FileExists(named) ? named : named + ".tbk";
+  const Text with_ending = named + ".tbk";
+  if (FileExists(named)) return named;
+  const bool has_point = FileBaseName(named).find('.') != Text::npos;
+  return has_point && !FileExists(with_ending) ? named : with_ending;
 }
 
 }  // namespace tallybook::cli

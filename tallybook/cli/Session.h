@@ -91,8 +91,8 @@ class Session {
   application::ReportHeads report_heads_;
 };
 
-// The path of a book as the user named it: ".tbk" is added to a name without an extension, unless there is a file of
-// exactly that name.
+// The path of a book as the user named it: the file of exactly that name where there is one, else with ".tbk" where there
+// is that, else ".tbk" is added to a name that holds no point.
 [[nodiscard]] Text BookPath(const Text& named);
 
 }  // namespace tallybook::cli

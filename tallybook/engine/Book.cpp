@@ -10,6 +10,7 @@
 #include "support/Dates.h"
 #include "support/Failure.h"
 #include "support/FixedTable.h"
+#include "tallybook/engine/BookCompanions.h"
 #include "tallybook/engine/BookFile.h"
 #include "tallybook/engine/BookPlace.h"
 #include "tallybook/engine/FigureStore.h"
@@ -26,6 +27,8 @@ constexpr std::size_t kCommitBytes = std::size_t{64} << 20;
 constexpr double kIdleSeconds = 1;
 // A running operation looks at the clock once in so many records.
 constexpr unsigned kRecordsOfAClockLook = 64;
+// From this format on NAME is the whole name of a file that does not end in ".tbk".
+constexpr Long kFirstFormatOfWholeNames = 2;
 
 Text Padded(const Text& text, Integer width) {
   const auto characters = std::count_if(text.begin(), text.end(),
@@ -155,11 +158,28 @@ void StoreValues(FigureStore& store, const BookDescription& description) {
   store.Commit();
 }
 
+// Under which name a book's companions stand. One that is open to be changed gets copies of those of before.
+Text NameOf(const Text& path, const BookFile& file, const Notice& notice) {
+  if (file.Format() >= kFirstFormatOfWholeNames || HasTakenItsName(path)) return BookName(path);
+  if (file.ReadOnly()) return HasOlderCompanions(path) ? OlderBookName(path) : BookName(path);
+  const std::vector<Text> copied = CopyOlderCompanions(path);
+  if (notice && !copied.empty()) {
+    Text names;
+    for (const Text& name : copied) names += (names.empty() ? "" : ", ") + name;
+    notice(path + ": the companion files of this book end in its whole name now, \"" + BookName(path) +
+           "\"; copied for it: " + names);
+  }
+  return BookName(path);
+}
+
 }  // namespace
 
 void Book::Create(const Text& path, const BookDescription& description) {
   CheckNewBookDescription(description, path);
-  Workpiece workpiece(NativeBookPath(path));
+  const Text place = NativeBookPath(path);
+  Workpiece workpiece(place);
+  const std::vector<Text> troubles = NameTroubles(place);
+  if (!troubles.empty()) throw Failure(FailureNumber::kPathOrAccess, place + ": " + troubles.front(), kSource);
   {
     FigureStore store(BookFile::Create(workpiece.Path(), description), BookOptions().cache_bytes);
     StoreValues(store, description);
@@ -177,7 +197,7 @@ std::unique_ptr<Book> Book::Open(const Text& path, HostApp& app, const BookOptio
 Book::Book(const Text& path, HostApp& app, const BookOptions& options, std::unique_ptr<FigureStore> store)
     : path_(path),
       folder_(BookFolder(path_)),
-      name_(BookName(path_)),
+      name_(NameOf(path_, store->File(), options.notice)),
       app_(app),
       options_(options),
       store_(std::move(store)),

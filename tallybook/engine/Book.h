@@ -1,6 +1,7 @@
 // A book: the embedded host's database of operating figures in one file, NAME.tbk (docs/book-file.md).
 //
-//   companion files  lie in the book's folder and bear the extension NAME; its settings file is NAME.ini there
+//   companion files  lie in the book's folder and bear the extension NAME; its settings file is NAME.ini there. NAME is the
+//                    file's name without ".tbk", and the whole name of a file that ends otherwise (BookCompanions.h)
 //   records          one per account and level date. ReadRecord levels the date that it is given
 //   storage          figures of an account are grouped into chunks of consecutive records, read through a bounded cache
 //   durability       what WriteRecord took is committed at EndProgress, EndRollback and Close, after `commit_seconds`,
@@ -29,6 +30,7 @@
 #include "support/Types.h"
 #include "tallybook/engine/BookDescription.h"
 #include "tallybook/engine/Calendar.h"
+#include "tallybook/engine/Notice.h"
 #include "tallybook/engine/ProgressDisplay.h"
 #include "tallybook/engine/ReportServices.h"
 
@@ -48,6 +50,7 @@ struct BookOptions {
   double wait_seconds = 0;    // the longest that a book to be written is waited for while it is open elsewhere
   ProgressDisplay* progress = nullptr;
   ReportServices* reports = nullptr;
+  Notice notice;  // what the user should see: a book was brought up to date, or its companion files were
 };
 
 // Which figures a walk visits. A record is in the range when it holds one of the dates.

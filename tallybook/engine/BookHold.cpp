@@ -1,6 +1,7 @@
 #include "tallybook/engine/BookHold.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
@@ -8,6 +9,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <system_error>
 #include <thread>
@@ -16,6 +18,7 @@
 #include <vector>
 
 #include "support/Failure.h"
+#include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/BookPlace.h"
 
 namespace tallybook::engine {
@@ -32,6 +35,10 @@ constexpr off_t kRightByte = std::numeric_limits<off_t>::max() - 256;
 // The bytes of a database that SQLite locks (file format, "Locking bytes"): who reads or writes has one of them.
 constexpr off_t kSqliteBytes = 0x40000000;
 constexpr off_t kSqliteByteCount = 512;
+
+// The head of a database (SQLite file format, "The Database Header"): its magic, and where its application's mark stands.
+constexpr std::string_view kSqliteHead = "SQLite format 3";
+constexpr std::size_t kMarkOffset = 68;
 
 Text WordsOf(int error) {
   return std::generic_category().message(error);
@@ -300,6 +307,18 @@ void BookHold::CheckInPlace() const {
                 path_ + (there.exists ? ": another file has been put in the place of the book while it was open"
                                       : ": the book has been moved or deleted while it was open"),
                 kSource);
+}
+
+bool LooksLikeBook(const Text& path) {
+  FileState file;
+  const int descriptor = TheKeptFiles().Enter(path, false, file);
+  if (descriptor < 0) return false;
+  std::array<unsigned char, kMarkOffset + 4> head{};
+  const bool is_whole = ::pread(descriptor, head.data(), head.size(), 0) == static_cast<ssize_t>(head.size());
+  TheKeptFiles().Leave(file);
+  std::int64_t mark = 0;
+  for (std::size_t index = kMarkOffset; index < head.size(); ++index) mark = mark << 8 | head[index];
+  return is_whole && std::equal(kSqliteHead.begin(), kSqliteHead.end(), head.begin()) && mark == kBookApplicationId;
 }
 
 }  // namespace tallybook::engine

@@ -79,4 +79,7 @@ class BookHold {
   std::unique_ptr<OpenFile> older_right_;
 };
 
+// True where a file bears the mark of a book. It may be open in this process.
+[[nodiscard]] bool LooksLikeBook(const Text& path);
+
 }  // namespace tallybook::engine

@@ -3,9 +3,13 @@
 #include <algorithm>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 #include "support/Failure.h"
+#include "support/Utility.h"
+#include "tallybook/engine/BookHold.h"
+#include "tallybook/engine/FileState.h"
 
 namespace tallybook::engine {
 
@@ -16,6 +20,17 @@ namespace fs = std::filesystem;
 constexpr const char* kSource = "Tallybook.Book";
 // As many links in a row as the system itself follows.
 constexpr int kMostLinks = 40;
+constexpr std::string_view kEnding = ".tbk";
+
+Text FileOf(const Text& path) {
+  return path.substr(path.find_last_of("/\\") + 1);
+}
+
+bool IsAnotherBook(const fs::path& entry, const Text& path) {
+  std::error_code ignored;  // what cannot be asked is no book
+  if (!fs::is_regular_file(fs::symlink_status(entry, ignored))) return false;
+  return !StateAt(entry.string()).IsSameFile(StateAt(path)) && LooksLikeBook(entry.string());
+}
 
 const char* WordsOf(fs::file_type type) {
   switch (type) {
@@ -84,11 +99,33 @@ Text BookFolder(const Text& path) {
 }
 
 Text BookName(const Text& path) {
-  const std::size_t separator = path.find_last_of("/\\");
-  Text name = separator == Text::npos ? path : path.substr(separator + 1);
-  const std::size_t dot = name.rfind('.');
-  if (dot != Text::npos && dot != 0) name.erase(dot);
-  return name;
+  const Text file = FileOf(path);
+  const bool has_ending = file.size() > kEnding.size() && file.ends_with(kEnding);
+  return has_ending ? file.substr(0, file.size() - kEnding.size()) : file;
+}
+
+Text OlderBookName(const Text& path) {
+  const Text file = FileOf(path);
+  const std::size_t point = file.rfind('.');
+  return point == Text::npos || point == 0 ? file : file.substr(0, point);
+}
+
+std::vector<Text> NameTroubles(const Text& path) {
+  const Text name = BookName(path);
+  std::vector<Text> troubles;
+  if (name.find_first_of("*?") != Text::npos) {
+    troubles.push_back("the name of the book, \"" + name + "\", holds * or ?, which stand for other names");
+  }
+  std::error_code error;  // a folder that cannot be listed shows no other book
+  for (fs::directory_iterator entry(BookFolder(path), error), end; !error && entry != end; entry.increment(error)) {
+    const Text other = entry->path().string();
+    if (UpperCase(BookName(other)) != UpperCase(name) || !IsAnotherBook(entry->path(), path)) continue;
+    troubles.push_back("the name of the book, \"" + name + "\", " +
+                       (BookName(other) == name ? "is" : "differs only in case from") + " that of the book " +
+                       FileOf(other) + " beside it");
+  }
+  std::sort(troubles.begin(), troubles.end());
+  return troubles;
 }
 
 }  // namespace tallybook::engine

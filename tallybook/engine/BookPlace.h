@@ -1,6 +1,8 @@
 // Where a book stands: the file that a path leads to, and the name that its companion files bear.
 #pragma once
 
+#include <vector>
+
 #include "support/Types.h"
 
 namespace tallybook::engine {
@@ -22,7 +24,15 @@ void CheckIsBookFile(const Text& path);
 
 // The folder of a path, with a separator at its end.
 [[nodiscard]] Text BookFolder(const Text& path);
-// The name of a path's book: the file's name without its folder and without what follows the last point.
+// The name that a book's companion files bear: the file's name without its folder, and without ".tbk" where it ends so.
 [[nodiscard]] Text BookName(const Text& path);
+// The name that books of format 1 had: without all that follows the last point.
+[[nodiscard]] Text OlderBookName(const Text& path);
+
+// What is wrong with the name of a book, a sentence for each: that it holds what stands for other names in a search, or
+// that another book in its folder has the same name, or one that differs in case only. Such books take each other's
+// companion files where names are compared without regard to case. Empty where the name is good. The book itself need
+// not be there.
+[[nodiscard]] std::vector<Text> NameTroubles(const Text& path);
 
 }  // namespace tallybook::engine

@@ -3,8 +3,7 @@
 #include <sys/stat.h>
 
 #include "tallybook/engine/BookPlace.h"
-#include "tests/support/FailsWith.h"
-#include "tests/support/TempFolder.h"
+#include "tests/tallybook/engine/BookFixture.h"
 
 namespace tallybook::testing {
 namespace {
@@ -12,6 +11,8 @@ namespace {
 using engine::BookFolder;
 using engine::BookName;
 using engine::CheckIsBookFile;
+using engine::NameTroubles;
+using engine::OlderBookName;
 using engine::ResolvedBookPath;
 
 class BookPlaceTest : public ::testing::Test {
@@ -72,6 +73,47 @@ TEST_F(BookPlaceTest, TellsFolderAndName) {
   EXPECT_EQ(BookFolder("a/b/shop.tbk"), "a/b/");
   EXPECT_EQ(BookFolder("shop.tbk"), "./");
   EXPECT_EQ(BookName("a.b/shop.tbk"), "shop");
+  EXPECT_EQ(BookName("shop.2024.tbk"), "shop.2024");
+  EXPECT_EQ(BookName("a/shop.2024"), "shop.2024");
+  EXPECT_EQ(BookName("shop"), "shop");
+  EXPECT_EQ(BookName("shop.TBK"), "shop.TBK");
+  EXPECT_EQ(BookName(".tbk"), ".tbk");
+  EXPECT_EQ(OlderBookName("a/shop.2024"), "shop");
+  EXPECT_EQ(OlderBookName("shop.2024.tbk"), "shop.2024");
+  EXPECT_EQ(OlderBookName(".shop"), ".shop");
+}
+
+class BookNameTest : public BookFixture {
+ protected:
+  void Make(const Text& name) { engine::Book::Create(folder.Path(name), ShopDescription()); }
+};
+
+TEST_F(BookNameTest, IsRefusedForANewBookWhereItDiffersOnlyInCaseFromAnother) {
+  Make("Shop.tbk");
+  EXPECT_THAT([&] { Make("shop.tbk"); },
+              FailsWith(FailureNumber::kPathOrAccess,
+                        "\"shop\", differs only in case from that of the book Shop.tbk beside it"));
+  EXPECT_THAT([&] { Make("SHOP"); }, FailsWith(FailureNumber::kPathOrAccess, "differs only in case"));
+  EXPECT_THAT([&] { Make("Shop"); }, FailsWith(FailureNumber::kPathOrAccess, "\"Shop\", is that of the book Shop.tbk"));
+  for (const char* name : {"shop.tbk", "SHOP", "Shop"}) EXPECT_FALSE(folder.Has(name));
+  Make("shops.tbk");
+}
+
+TEST_F(BookNameTest, IsRefusedForANewBookWhereItHoldsAWildcard) {
+  for (const char* name : {"sh*p.tbk", "sho?"}) {
+    EXPECT_THAT([&] { Make(name); }, FailsWith(FailureNumber::kPathOrAccess, "holds * or ?"));
+    EXPECT_FALSE(folder.Has(name));
+  }
+}
+
+TEST_F(BookNameTest, TellsWhatIsWrongWithTheNameOfABook) {
+  Make("Shop.tbk");
+  folder.Write("SHOP.tbk", "a letter");
+  EXPECT_THAT(NameTroubles(folder.Path("Shop.tbk")), ::testing::IsEmpty());
+  std::filesystem::copy_file(folder.Path("Shop.tbk"), folder.Path("sHop.tbk"));
+  std::filesystem::copy_file(folder.Path("Shop.tbk"), folder.Path("sh*p.tbk"));
+  EXPECT_EQ(NameTroubles(folder.Path("Shop.tbk")).size(), 1U);
+  EXPECT_EQ(NameTroubles(folder.Path("sh*p.tbk")).size(), 1U);
 }
 
 }  // namespace

@@ -1,0 +1,37 @@
+#include "tallybook/application/CompanionFiles.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace tallybook::application {
+
+namespace {
+
+// Definitions of now and of before.
+constexpr std::array<std::string_view, 2> kPrefixes{"TBQDX", "KVQDX"};
+
+bool IsNumber(std::string_view text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+// True for the prefix, a number, and the ending.
+bool IsCompanion(std::string_view name, std::string_view prefix, std::string_view ending) {
+  if (name.size() < prefix.size() + ending.size() || !name.starts_with(prefix) || !name.ends_with(ending)) return false;
+  return IsNumber(name.substr(prefix.size(), name.size() - prefix.size() - ending.size()));
+}
+
+}  // namespace
+
+std::vector<FoundFile> CompanionFiles::Find(const Text& pattern) {
+  std::vector<FoundFile> found = Below().Find(pattern);
+  const std::string_view wanted = std::string_view(pattern).substr(pattern.find_last_of("/\\") + 1);
+  for (const std::string_view prefix : kPrefixes) {
+    if (!wanted.starts_with(prefix) || !wanted.substr(prefix.size()).starts_with("*.")) continue;
+    const std::string_view ending = wanted.substr(prefix.size() + 1);
+    std::erase_if(found, [&](const FoundFile& file) { return !IsCompanion(file.name, prefix, ending); });
+  }
+  return found;
+}
+
+}  // namespace tallybook::application

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <functional>
+
+#include "support/Types.h"
+
+namespace tallybook::engine {
+
+// Takes a line that the user should see while the work goes on.
+using Notice = std::function<void(const Text& line)>;
+
+}  // namespace tallybook::engine
