@@ -207,6 +207,16 @@ void AddBook(CommandTable& command, Text& path) {
   AddText(command, "BOOK", path, "", "The book's file; .tbk may be left out").Required().As(ArgumentKind::kBook);
 }
 
+void AddBookToChange(CommandTable& command, Text& path, Long& wait_seconds) {
+  AddBook(command, path);
+  Argument& wait = AddNumber(command, "--wait", wait_seconds, "SECONDS",
+                             "Wait so long at most while the book is open for writing elsewhere");
+  wait.take = [take = wait.take, &wait_seconds](const Text& text) {
+    take(text);
+    if (wait_seconds < 0) throw WrongUse(fmt::format("'{}' is no number of seconds; 0 or more is wanted", text));
+  };
+}
+
 void AddAsking(CommandTable& command, AskOptions& options) {
   AddFlag(command, "--yes", options.yes, "Answer OK and Yes to every question; never Retry")
       .Short("-y")

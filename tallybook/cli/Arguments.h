@@ -179,6 +179,8 @@ void AddVersion(CommandTable& program);
 
 // The positional BOOK.
 void AddBook(CommandTable& command, Text& path);
+// The positional BOOK, and --wait, for a command that changes the book: Session::OpenToChange takes both.
+void AddBookToChange(CommandTable& command, Text& path, Long& wait_seconds);
 // --yes, --answer and --messages.
 void AddAsking(CommandTable& command, AskOptions& options);
 

@@ -15,6 +15,7 @@ namespace {
 
 struct DefinitionOptions {
   Text book;
+  Long wait = 0;
   Integer number = 0;
   DefinitionChanges changes;
   AskOptions asking;
@@ -115,7 +116,7 @@ ExitStatus RunAdd(const DefinitionOptions& options) {
   if (!changes.fields && changes.map_field.empty()) changes.fields = kOneForOne;
   CheckChanges(changes);
   Session session(options.asking, {.book = options.book});
-  const auto book = session.OpenToChange(options.book);
+  const auto book = session.OpenToChange(options.book, options.wait);
   CDataExchange exchange(session.Factory());
   OpenDefinitions(session.Files(), exchange, *book);
   const Integer position = SelectNew(exchange, *book);
@@ -129,7 +130,7 @@ ExitStatus RunAdd(const DefinitionOptions& options) {
 ExitStatus RunEdit(const DefinitionOptions& options) {
   CheckChanges(options.changes);
   Session session(options.asking, {.book = options.book});
-  const auto book = session.OpenToChange(options.book);
+  const auto book = session.OpenToChange(options.book, options.wait);
   CDataExchange exchange(session.Factory());
   OpenDefinitions(session.Files(), exchange, *book);
   const Integer position = PositionOfDefinition(exchange, *book, options.number);
@@ -143,7 +144,7 @@ ExitStatus RunEdit(const DefinitionOptions& options) {
 
 ExitStatus RunDelete(const DefinitionOptions& options) {
   Session session(options.asking, {.book = options.book});
-  const auto book = session.OpenToChange(options.book);
+  const auto book = session.OpenToChange(options.book, options.wait);
   CDataExchange exchange(session.Factory());
   OpenDefinitions(session.Files(), exchange, *book);
   const Integer position = PositionOfDefinition(exchange, *book, options.number);
@@ -207,7 +208,7 @@ CommandTable AddingCommand() {
       {"tallybook definition add office --title 'North Shop' --file 'in/*.QDX' --after keep",
        "tallybook definition add office --title North --file north.QDX --map-account 100=4100 --map-field 1=7"},
       options, RunAdd);
-  AddBook(command, options->book);
+  AddBookToChange(command, options->book, options->wait);
   const bool is_new = true;
   AddChanges(command, options->changes, is_new);
   AddAsking(command, options->asking);
@@ -218,7 +219,7 @@ CommandTable EditCommand() {
   const auto options = std::make_shared<DefinitionOptions>();
   CommandTable command = MakeCommand("edit", "Change a definition; what is not given stays",
                                      {"tallybook definition edit office 1 --after delete"}, options, RunEdit);
-  AddBook(command, options->book);
+  AddBookToChange(command, options->book, options->wait);
   AddDefinition(command, options->number);
   const bool is_new = false;
   AddChanges(command, options->changes, is_new);
@@ -230,7 +231,7 @@ CommandTable DeleteCommand() {
   const auto options = std::make_shared<DefinitionOptions>();
   CommandTable command =
       MakeCommand("delete", "Delete a definition", {"tallybook definition delete office 1"}, options, RunDelete);
-  AddBook(command, options->book);
+  AddBookToChange(command, options->book, options->wait);
   AddDefinition(command, options->number);
   AddAsking(command, options->asking);
   return command;

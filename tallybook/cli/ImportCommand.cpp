@@ -18,6 +18,7 @@ namespace {
 
 struct ImportQdxOptions {
   Text book;
+  Long wait = 0;
   Integer definition = 0;
   bool all = false;
   Integer math = static_cast<Integer>(eMath::mAdd);
@@ -87,7 +88,7 @@ class ReportFile {
 ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   Session session(options.asking, {.book = options.book, .report = options.report, .more_inputs = true});
   SendReportTo(session, options.report);
-  const auto book = session.OpenToChange(options.book);
+  const auto book = session.OpenToChange(options.book, options.wait);
   const CancelKey key;
   CDataExchange exchange(session.Factory());
   LookAtExchangeFiles(session, OpenDefinitions(session.Files(), exchange, *book), options);
@@ -112,7 +113,7 @@ CommandTable ImportQdxCommand() {
                                      {"tallybook import qdx office --definition 1 --math replace --report import.html",
                                       "tallybook import qdx office --all"},
                                      options, RunImportQdx);
-  AddBook(command, options->book);
+  AddBookToChange(command, options->book, options->wait);
   AddNumber(command, "--definition", options->definition, "N", "The definition of this number")
       .As(ArgumentKind::kDefinition);
   AddFlag(command, "--all", options->all, "Every definition, in the order of their titles; each replaces");

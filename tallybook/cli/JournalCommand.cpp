@@ -17,6 +17,7 @@ constexpr Long kNewest = 0;
 
 struct JournalOptions {
   Text book;
+  Long wait = 0;
   std::optional<Long> id;
 };
 
@@ -54,7 +55,7 @@ ExitStatus RunUndo(const JournalOptions& options) {
   if (options.id && *options.id < 1)
     throw WrongUse(fmt::format("ID: {} is no journal entry; they count from 1", *options.id));
   Session session;
-  const auto book = session.OpenToChange(options.book);
+  const auto book = session.OpenToChange(options.book, options.wait);
   const Long undone = engine::Journal(*book).Undo(options.id.value_or(kNewest));
   book->Close();
   std::cout << fmt::format("Undone: journal entry {}.\n", undone);
@@ -74,7 +75,7 @@ CommandTable UndoCommand() {
   CommandTable command =
       MakeCommand("undo", "Put the figures back to what they were before the newest import",
                   {"tallybook journal undo office", "tallybook journal undo office 3"}, options, RunUndo);
-  AddBook(command, options->book);
+  AddBookToChange(command, options->book, options->wait);
   AddNumber(command, "ID", options->id, "", "The entry; only the newest that is left can be undone")
       .As(ArgumentKind::kJournalEntry);
   return command;

@@ -79,9 +79,19 @@ void Session::CheckInPlace(const Text& path, const Text& what) {
   rules_.ProtectOutput(path, what);
 }
 
-std::unique_ptr<engine::Book> Session::Open(const Text& path, bool read_only) {
+std::unique_ptr<engine::Book> Session::OpenToRead(const Text& path) {
   engine::BookOptions options;
-  options.read_only = read_only;
+  options.read_only = true;
+  return Open(path, options);
+}
+
+std::unique_ptr<engine::Book> Session::OpenToChange(const Text& path, Long wait_seconds) {
+  engine::BookOptions options;
+  options.wait_seconds = wait_seconds;
+  return Open(path, options);
+}
+
+std::unique_ptr<engine::Book> Session::Open(const Text& path, engine::BookOptions options) {
   options.cache_bytes = CacheBytes(app_.SettingsFileName());
   options.progress = &platform_.Progress();
   options.reports = &report_heads_;

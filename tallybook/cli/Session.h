@@ -66,9 +66,10 @@ class Session {
   // The files as the component sees them.
   [[nodiscard]] application::WholeFiles& Files() { return platform_.Files(); }
 
-  // Opens a book to read, or to change it. `path` may leave out ".tbk". Fails as Book::Open does.
-  [[nodiscard]] std::unique_ptr<engine::Book> OpenToRead(const Text& path) { return Open(path, true); }
-  [[nodiscard]] std::unique_ptr<engine::Book> OpenToChange(const Text& path) { return Open(path, false); }
+  // Opens a book to read, or to change it. `path` may leave out ".tbk". A book to be changed that is open for writing
+  // elsewhere is waited for so many seconds at most. Fails as Book::Open does.
+  [[nodiscard]] std::unique_ptr<engine::Book> OpenToRead(const Text& path);
+  [[nodiscard]] std::unique_ptr<engine::Book> OpenToChange(const Text& path, Long wait_seconds = 0);
 
   [[nodiscard]] application::ReferenceFactory& Factory() { return factory_; }
 
@@ -80,7 +81,7 @@ class Session {
   [[nodiscard]] ExitStatus StatusOf(bool done);
 
  private:
-  [[nodiscard]] std::unique_ptr<engine::Book> Open(const Text& path, bool read_only);
+  [[nodiscard]] std::unique_ptr<engine::Book> Open(const Text& path, engine::BookOptions options);
 
   void CheckInPlace(const Text& path, const Text& what);
 

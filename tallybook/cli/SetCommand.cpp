@@ -15,6 +15,7 @@ namespace {
 
 struct SetOptions {
   Text book;
+  Long wait = 0;
   Text code;
   Date date = kNoDate;
   Integer field = 0;
@@ -23,7 +24,7 @@ struct SetOptions {
 
 ExitStatus RunSet(const SetOptions& options) {
   Session session;
-  const auto book = session.OpenToChange(options.book);
+  const auto book = session.OpenToChange(options.book, options.wait);
   const Long account = AccountNumberOf(*book, options.code);
   NeedField(*book, options.field);
   NeedDate(*book, options.date);
@@ -48,7 +49,7 @@ CommandTable SetCommand() {
   CommandTable command = MakeCommand(
       "set", "Set one figure",
       {"tallybook set north 100 2003-01-05 1 12.5", "tallybook set north 100 2003-01-05 1 -- -.5"}, options, RunSet);
-  AddBook(command, options->book);
+  AddBookToChange(command, options->book, options->wait);
   AddText(command, "CODE", options->code, "", "The account's code").Required().As(ArgumentKind::kAccountCode);
   AddDate(command, "DATE", options->date, "A date of the record").Required();
   AddNumber(command, "FIELD", options->field, "", "The field's number").Required().As(ArgumentKind::kFieldNumber);

@@ -32,6 +32,7 @@ constexpr const char* kDelimited = "import delimited";
 // What both imports are told.
 struct TextImportOptions {
   Text book;
+  Long wait = 0;
   Text file;
   eMath math = eMath::mDefault;
   TextEncoding encoding = TextEncoding::kDetect;
@@ -115,7 +116,7 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   Session session(options.asking, {.book = options.book, .input = options.file, .more_inputs = options.file.empty()});
   const SpooledInput spooled(session.Files(), options.file);
   ThePlatform().text_encoding = options.encoding;
-  const auto book = session.OpenToChange(options.book);
+  const auto book = session.OpenToChange(options.book, options.wait);
   const auto file = FileOrAnswer(options.file, question);
   if (!file) return session.StatusOf(false);
   if (options.file.empty()) session.AddInput(*file);
@@ -173,7 +174,7 @@ Argument& AddMath(CommandTable& command, TextImportOptions& options, const Text&
 }
 
 void AddBookAndFile(CommandTable& command, TextImportOptions& options) {
-  AddBook(command, options.book);
+  AddBookToChange(command, options.book, options.wait);
   AddFile(command, options.file, "The text file; - for standard input");
 }
 
