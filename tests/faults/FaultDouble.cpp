@@ -6,8 +6,8 @@
 //                mapped, so that it holds after any end of the process
 //   FAULT        empty to count alone, or "KIND NUMBER ERRNO MODE": the NUMBER-th call (from 1) of the kind, where KIND
 //                is a word of kKinds or "any". MODE is "once"; "on" (this call and all later ones of the kind);
-//                "full" (of write: the first half of the bytes is taken, and later calls fail); or "kill" (the
-//                process is killed before the call)
+//                "full" (of write: the first half of the bytes is taken, and later calls fail); "kill" (the process
+//                is killed before the call); or "stop" (it is stopped before the call, which is done when it goes on)
 //
 // One thread is what the tests' program has; the counters are not guarded.
 #include <array>
@@ -61,7 +61,7 @@ struct Plan {
   int error = 0;
   bool goes_on = false;
   bool halves = false;
-  bool kills = false;
+  int signal = 0;
 };
 
 constexpr int kMostDescriptors = 1 << 16;
@@ -93,7 +93,7 @@ void ReadPlan() {
   for (std::size_t index = 0; index < kKinds.size(); ++index) {
     if (std::strcmp(kind.data(), kKinds[index]) == 0) plan.kind = static_cast<int>(index);
   }
-  plan.kills = std::strcmp(mode.data(), "kill") == 0;
+  plan.signal = std::strcmp(mode.data(), "kill") == 0 ? SIGKILL : std::strcmp(mode.data(), "stop") == 0 ? SIGSTOP : 0;
   plan.halves = std::strcmp(mode.data(), "full") == 0;
   plan.goes_on = plan.halves || std::strcmp(mode.data(), "on") == 0;
 }
@@ -167,9 +167,9 @@ bool Fails(Kind kind, const char* call, const char* path, int descriptor = -1) {
   const std::uint64_t number = plan.kind == kAny ? of_any : of_kind;
   if (plan.number == 0 || (plan.goes_on ? number < plan.number : number != plan.number)) return false;
   Tell(call, path, descriptor);
-  if (plan.kills) kill(getpid(), SIGKILL);
+  if (plan.signal != 0) kill(getpid(), plan.signal);
   errno = plan.error;
-  return true;
+  return plan.signal == 0;
 }
 
 // The half of a write that a disk takes which fills up within it; 0 where nothing is to be taken.

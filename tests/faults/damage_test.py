@@ -47,7 +47,8 @@ def run(place, arguments, megabytes):
         raise Broken(f"ended by signal {-done.status}: {done}")
     if done.status not in (0, 1):
         raise Broken(f"where only 0 and 1 can be: {done}")
-    if done.status == 1 and not done.err.strip() and arguments[0] == "qdx" and not (arguments[:2] in TELLING and done.out):
+    is_told = done.err.strip() or (arguments[:2] in TELLING and done.out)
+    if done.status == 1 and arguments[0] == "qdx" and not is_told:
         raise Broken(f"status 1 without a word: {done}")
     return done
 
@@ -82,7 +83,7 @@ def main():
     with scratch() as folder:
         workshop = Workshop(arguments.tallybook, folder)
         run_trials(trials(workshop, random.Random(arguments.seed), round(arguments.trials * arguments.share),
-                          arguments.megabytes, arguments.only))
+                          arguments.megabytes, arguments.only), arguments.without)
 
 
 if __name__ == "__main__":
