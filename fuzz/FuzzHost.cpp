@@ -82,16 +82,19 @@ void Import(FuzzHost& host, DefinitionRecord definition, Integer math) {
   definition.QdxFileName = kFile;
   definition.accounts.Reset(kRows);
   definition.fields.Reset(kRows);
-  QDXImportMeans means{
-      .masterfile = host.book,
-      .definition = definition,
-      .header = header,
-      .file_number = file_number,
-      .file_list = files,
-      .math = math,
-      .read_header = [&](const Text& file) { return MyReadQDXHeader(host.book, file, file_number, false, header); },
-      .archive_name = [] { return Text("/book/TBQDBU1.NORTH"); }};
-  (void)ImportQDX(means, host.printer);
+  QDXImportMeans means{.masterfile = host.book,
+                       .definition = definition,
+                       .header = header,
+                       .file_number = file_number,
+                       .file_list = files,
+                       .math = math,
+                       .read_header =
+                           [&](const Text& file, StopReason& why) {
+                             return MyReadQDXHeader(host.book, file, file_number, false, header, &why);
+                           },
+                       .archive_name = [] { return Text("/book/TBQDBU1.NORTH"); }};
+  QDXDefinitionImport record;
+  (void)ImportQDX(means, host.printer, record);
 }
 
 }  // namespace tallybook::fuzz

@@ -46,9 +46,14 @@ class CDataExchange::Batch : public BatchDefinitions {
   [[nodiscard]] Integer Count() const override { return exchange_.NumRecs(); }
   void Select(Integer definition) override { exchange_.SetFile(definition); }
   [[nodiscard]] Text Description(Integer definition) const override { return exchange_.Desc(definition); }
-  [[nodiscard]] Integer CountFiles() override { return MatchFiles(exchange_.QdxFileName(), exchange_.file_list_); }
+  // A definition without files is not imported, so the record gets its entry here.
+  [[nodiscard]] Integer CountFiles() override {
+    const Integer count = MatchFiles(exchange_.QdxFileName(), exchange_.file_list_);
+    if (count < 1) exchange_.qdx_import_.definitions.push_back(exchange_.NewRecord());
+    return count;
+  }
   void SetMath(Integer math) override { exchange_.SetMath(math); }
-  [[nodiscard]] bool Import(Printer& report) override { return exchange_.ImportQDXFile(report); }
+  [[nodiscard]] bool Import(Printer& report) override { return exchange_.ImportSelected(report); }
 
  private:
   CDataExchange& exchange_;
@@ -111,17 +116,27 @@ Integer CDataExchange::FirstAvailRec() {
 }
 
 bool CDataExchange::ReadQDXHeader(const Text& filename, Integer& file_number, bool backup_ok, bool header_only) {
+  StopReason unasked;
+  return ReadHeader(filename, file_number, backup_ok, header_only, unasked);
+}
+
+bool CDataExchange::ReadHeader(const Text& filename, Integer& file_number, bool backup_ok, bool header_only,
+                               StopReason& why) {
   bool read = false;
   Statements at(Policy::kLeave, [&](const Failure& failure) {
+    why = ReasonOf(failure);
     LogExchangeFailure(Database(), failure, "ReadQDXHeader");
     return false;
   });
   const bool ran = at.Run([&] {
     const auto backup_name = [&] { return backup_ok ? QDXBackupName() : Text(); };
     const Text found = at(10, [&] { return FindQDXFile(filename, backup_name); });
-    if (found.empty()) return;
+    if (found.empty()) {
+      why = {.words = "there is no such file"};
+      return;
+    }
     true_filename_ = found;
-    read = at(50, [&] { return MyReadQDXHeader(Database(), found, file_number, header_only, SharedHeader()); });
+    read = at(50, [&] { return MyReadQDXHeader(Database(), found, file_number, header_only, SharedHeader(), &why); });
   });
   return ran && read;
 }
@@ -167,23 +182,39 @@ void CDataExchange::MatchAccountCodes() {
 }
 
 bool CDataExchange::ImportQDXFile(Printer& report) {
+  qdx_import_ = {};
+  return ImportSelected(report);
+}
+
+QDXDefinitionImport CDataExchange::NewRecord() const {
+  return {.title = Desc(), .pattern = QdxFileName()};
+}
+
+bool CDataExchange::ImportSelected(Printer& report) {
+  QDXDefinitionImport record = NewRecord();
   const bool backup_ok = true;
-  QDXImportMeans means{.masterfile = Database(),
-                       .definition = store_.Current(),
-                       .header = SharedHeader(),
-                       .file_number = file_number_,
-                       .file_list = file_list_,
-                       .math = math_,
-                       .write_rollback = write_rollback_,
-                       .read_header = [&](const Text& file) { return ReadQDXHeader(file, file_number_, backup_ok); },
-                       .archive_name = [&] { return QDXBackupName(); }};
-  return ImportQDX(means, report);
+  const bool header_only = false;
+  QDXImportMeans means{
+      .masterfile = Database(),
+      .definition = store_.Current(),
+      .header = SharedHeader(),
+      .file_number = file_number_,
+      .file_list = file_list_,
+      .math = math_,
+      .write_rollback = write_rollback_,
+      .read_header = [&](const Text& file,
+                         StopReason& why) { return ReadHeader(file, file_number_, backup_ok, header_only, why); },
+      .archive_name = [&] { return QDXBackupName(); }};
+  const bool done = ImportQDX(means, report, record);
+  qdx_import_.definitions.push_back(std::move(record));
+  return done;
 }
 
 bool CDataExchange::ImportQDXFileEX(Long owner_window, Masterfile& masterfile, const Text& import_type) {
+  qdx_import_ = {};
   Batch batch(*this);
   return ImportBatch({.owner_window = owner_window, .masterfile = masterfile, .import_type = import_type}, batch,
-                     factory_, printer_);
+                     factory_, printer_, qdx_import_.stop);
 }
 
 bool CDataExchange::ImportCSVFile(const Text& file_name, bool no_prompts, const std::vector<Integer>& clear_fields,

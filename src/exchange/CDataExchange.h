@@ -158,6 +158,9 @@ class CDataExchange {
   // Imports one definition, or with "ALL" every one, with a report and no dialog. See ImportBatch.
   [[nodiscard]] bool ImportQDXFileEX(Long owner_window, Masterfile& masterfile, const Text& import_type);
 
+  // What the last ImportQDXFile or ImportQDXFileEX came to, file by file.
+  [[nodiscard]] const QDXImportRecord& LastQDXImport() const { return qdx_import_; }
+
   // --- Text files ----------------------------------------------------------------------------------------------------
 
   // Imports a comma-separated file, audited whole before one figure changes. True only after all of it has been
@@ -169,7 +172,7 @@ class CDataExchange {
   // month, day. `date_fields` is 0 where the date stands in three fields. See ImportDelimited.
   [[nodiscard]] bool ImportDelimitedFile(const Text& file_name, eMath math, Integer date_order, Integer date_fields,
                                          bool can_import_system_fields);
-  // What the last import of a text file applied.
+  // What the last import of a text file applied, and what stopped it.
   [[nodiscard]] const TextImportTally& LastTextImport() const { return text_import_tally_; }
 
   // --- The host's report interface
@@ -207,6 +210,12 @@ class CDataExchange {
 
   static constexpr Integer kThisReport = 9;
 
+  [[nodiscard]] bool ReadHeader(const Text& filename, Integer& file_number, bool backup_ok, bool header_only,
+                                StopReason& why);
+  // Imports the selected definition's files; the record gets an entry for it.
+  [[nodiscard]] bool ImportSelected(Printer& report);
+  [[nodiscard]] QDXDefinitionImport NewRecord() const;
+
   // The bound database; failure 91 where there is none.
   [[nodiscard]] Masterfile& Database() const;
 
@@ -219,6 +228,7 @@ class CDataExchange {
   std::vector<Text> file_list_;       // the files of one pattern
   Text true_filename_;
   TextImportTally text_import_tally_;
+  QDXImportRecord qdx_import_;
   Integer file_number_ = 0;  // the open exchange file; 0 when none
   Integer math_ = 0;
   Integer report_length_ = 0;

@@ -59,12 +59,13 @@ class ImportReportEvents : public PrinterEvents {
 class BatchRun {
  public:
   BatchRun(const BatchRequest& request, BatchDefinitions& definitions, HostFactory& factory,
-           std::unique_ptr<Printer>& printer)
+           std::unique_ptr<Printer>& printer, std::optional<StopReason>& stop)
       : masterfile_(request.masterfile),
         request_(request),
         definitions_(definitions),
         factory_(factory),
         printer_(printer),
+        stop_(stop),
         events_(request.masterfile),
         at_(Policy::kLeave, [this](const Failure& failure) {
           TellFailure(failure);
@@ -82,6 +83,7 @@ class BatchRun {
   // On the report; in the log where there is none, or where the report is what fails. What kept the report from taking
   // the line is logged second, and not at all for a report that never began: that it takes no line is no news.
   void TellFailure(const Failure& failure) {
+    stop_ = ReasonOf(failure);
     std::exception_ptr follow_up;
     try {
       if (printer_) {
@@ -107,9 +109,15 @@ class BatchRun {
     at_(kRunLoop, [&] { ThePlatform().input->RunOnce(); });
     if (!definitions_.IsLoaded()) {
       loaded_here_ = true;
-      if (!at_(kLoad, [&] { return definitions_.Load(masterfile_); })) return;
+      if (!at_(kLoad, [&] { return definitions_.Load(masterfile_); })) {
+        stop_ = StopReason{.words = "the exchange definitions cannot be loaded", .statement = kLoad};
+        return;
+      }
     }
-    if (!at_(kBeginReport, [&] { return OpenReport(); })) return;
+    if (!at_(kBeginReport, [&] { return OpenReport(); })) {
+      stop_ = StopReason{.words = "the report was refused", .statement = kBeginReport};
+      return;
+    }
     at_(kBusyPointer, [&] { ThePlatform().screen->SetPointer(Pointer::kBusy); });
     if (UpperCase(request_.import_type) == "ALL") {
       ImportEveryDefinition();
@@ -145,7 +153,7 @@ class BatchRun {
   std::vector<Integer> WorkingList() {
     const Integer count = definitions_.Count();
     at_(kWorkingList, [&] {
-      if (count < 1) FailOutsideTable(1, count);
+      if (count < 1) throw Failure(FailureNumber::kRange, "There are no exchange definitions");
     });
     std::vector<Integer> list(static_cast<std::size_t>(count));
     std::iota(list.begin(), list.end(), Integer{1});
@@ -193,6 +201,7 @@ class BatchRun {
   BatchDefinitions& definitions_;
   HostFactory& factory_;
   std::unique_ptr<Printer>& printer_;
+  std::optional<StopReason>& stop_;
   ImportReportEvents events_;
   Statements at_;
   bool loaded_here_ = false;
@@ -203,8 +212,8 @@ class BatchRun {
 }  // namespace
 
 bool ImportBatch(const BatchRequest& request, BatchDefinitions& definitions, HostFactory& factory,
-                 std::unique_ptr<Printer>& printer) {
-  return BatchRun(request, definitions, factory, printer).Run();
+                 std::unique_ptr<Printer>& printer, std::optional<StopReason>& stop) {
+  return BatchRun(request, definitions, factory, printer, stop).Run();
 }
 
 }  // namespace tallybook

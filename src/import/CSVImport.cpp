@@ -66,6 +66,7 @@ class CSVImportRun {
   bool Run() {
     const bool done = Open() && ReadFirstHeader() && Prepare() && RunPasses();
     Leave();
+    if (!done && tally_.stop) tally_.stop->file = request_.file_name;
     return done;
   }
 
@@ -78,6 +79,7 @@ class CSVImportRun {
   }
 
   bool Refused(const Text& text) {
+    if (!tally_.stop) tally_.stop = StopReason{.place = Place(), .words = TrimBoth(text)};
     PassOver([&] { Refuse(app_, text); });
     return false;
   }
@@ -86,13 +88,21 @@ class CSVImportRun {
     Text name = request_.file_name;
     while (!OpenFileEx("I", file_.Value(), name)) {
       const Text question = "Error opening import file: " + request_.file_name;
-      if (!PassOver([&] { return AskRetry(app_, question); })) return false;
+      if (PassOver([&] { return AskRetry(app_, question); })) continue;
+      if (const auto& failure = LastOpenFailure()) tally_.stop = ReasonOf(*failure);
+      return false;
     }
     return true;
   }
 
   bool ReadFirstHeader() {
-    PassOver([&] {
+    Statements at(Policy::kGoOn, [this](const Failure& failure) {
+      tally_.stop = ReasonOf(failure);
+      tally_.stop->words = "no valid header: " + failure.Description();
+      tally_.stop->place = Place();
+      return false;
+    });
+    at(0, [&] {
       fields_.emplace(file_.Stream(), ThePlatform().text_encoding);
       header_ = ReadHeader();
       header_read_ = true;
@@ -148,7 +158,9 @@ class CSVImportRun {
     const Date start = PassOver([&] { return masterfile_.FiscalCalendar().CurrentDate(); });
     const Text question = "OK to " + *word + " data from the import file to the database, starting at " +
                           ThePlatform().clock->LongDate(start);
-    return PassOver([&] { return Confirm(app_, question); });
+    if (PassOver([&] { return Confirm(app_, question); })) return true;
+    tally_.stop = StopReason{.words = "cancelled before anything was imported"};
+    return false;
   }
 
   static Text PlainDate(Integer year, Integer month, Integer day) {
@@ -190,6 +202,8 @@ class CSVImportRun {
     ReadTables();
     finder_.emplace(codes_, fields_->Encoding(), CutCode);
     Statements at(Policy::kLeave, [&](const Failure& failure) {
+      tally_.stop = ReasonOf(failure);
+      tally_.stop->place = Place();
       TellNotImported(app_, failure.Code(), failure.Statement());
       return false;
     });
@@ -197,6 +211,19 @@ class CSVImportRun {
       Audit(at);
       Apply(at);
     });
+  }
+
+  // The record under way, and how far the file has been read; the header has no record.
+  [[nodiscard]] Text Place() const {
+    const Text record = record_number_ > 0 ? "record " + std::to_string(record_number_) + ", " : Text();
+    return fields_ ? record + "byte " + std::to_string(fields_->Position()) : Text();
+  }
+
+  // Ends the run, with the place, at a record that the database does not have.
+  [[noreturn]] void LeaveAtRecord(Long account_number, Long statement) {
+    tally_.stop = MissingRecord(masterfile_, account_number, current_date_, statement);
+    tally_.stop->place = Place();
+    Statements::Leave();
   }
 
   void ShowFileProgress(Double share_before) {
@@ -218,7 +245,9 @@ class CSVImportRun {
       }
     }
     at(kEndAudit, [&] { masterfile_.EndProgress(); });
-    if (error_count_ > 0) Statements::Leave();
+    if (error_count_ == 0) return;
+    tally_.stop = AuditFoundErrors();
+    Statements::Leave();
   }
 
   // False at the end of the file; a record that is cut short there is dropped.
@@ -266,9 +295,16 @@ class CSVImportRun {
     return "\r\nIn record number" + separator + std::to_string(record_number_);
   }
 
+  void AskOrLeave(const Text& text) {
+    if (AskContinueAudit(app_, text)) return;
+    tally_.stop = AuditStoppedAt(text);
+    tally_.stop->place = Place();
+    Statements::Leave();
+  }
+
   // No leaves at once, before the error counts.
   void CountError(const Text& text) {
-    if (!AskContinueAudit(app_, text)) Statements::Leave();
+    AskOrLeave(text);
     error_count_ = ToInteger(error_count_ + 1);
   }
 
@@ -282,9 +318,7 @@ class CSVImportRun {
     const Date date = DateFromParts(year, month, day);
     if (!masterfile_.DateValid(date)) {
       const Text behind = header_.by_code ? " in import file" : "  in import file";
-      if (!AskContinueAudit(app_, "Invalid date: " + PlainDate(year, month, day) + behind + InRecord(": "))) {
-        Statements::Leave();
-      }
+      AskOrLeave("Invalid date: " + PlainDate(year, month, day) + behind + InRecord(": "));
     }
     smallest_date_ = std::min(smallest_date_, date);
     largest_date_ = std::max(largest_date_, date);
@@ -302,6 +336,7 @@ class CSVImportRun {
       fields_->Rewind();
       header_ = ReadHeader();
     });
+    record_number_ = 0;
     touched_fields_ = NumberTable(valid_fields_.Highest());
     finder_.emplace(codes_, fields_->Encoding(), FittingCode);
     do {
@@ -339,7 +374,8 @@ class CSVImportRun {
       const Long accounts = masterfile_.NumAccounts();
       for (Long i = 1; i <= accounts; ++i) {
         masterfile_.SetProgressFraction(static_cast<Single>(static_cast<Double>(i) / accounts));
-        if (!ClearAccount(masterfile_.AccountNumber(ToInteger(i)), bound)) Statements::Leave();
+        const Long account = masterfile_.AccountNumber(ToInteger(i));
+        if (!ClearAccount(account, bound)) LeaveAtRecord(account, kClear);
       }
     });
   }
@@ -367,7 +403,9 @@ class CSVImportRun {
   }
 
   bool ReadApplyRecord() {
-    if (fields_->AtEnd() || !ReadAccountAndField()) return false;
+    if (fields_->AtEnd()) return false;
+    ++record_number_;
+    if (!ReadAccountAndField()) return false;
     value_ = fields_->NextDouble();
     ShowFileProgress(0.5);
     return true;
@@ -390,6 +428,7 @@ class CSVImportRun {
     open_account_ = 0;
     if (number_ == kClearingOff) clearing_ = false;
     if (fields_->AtEnd()) return false;
+    ++record_number_;
     header_.month = fields_->NextInteger();
     header_.day = fields_->NextInteger();
     header_.year = fields_->NextInteger();
@@ -402,7 +441,7 @@ class CSVImportRun {
       dirty_ = false;
       if (masterfile_.ReadRecord(number_, current_date_)) return;
       TellNotImported(app_, 0, kReadRecord);
-      Statements::Leave();
+      LeaveAtRecord(number_, kReadRecord);
     });
     open_account_ = number_;
     touched_accounts_.Touch(number_);

@@ -121,6 +121,13 @@ class DelimitedImportRun {
         tally_(tally) {}
 
   bool Run() {
+    const bool done = OpenAndRun();
+    if (!done && tally_.stop) tally_.stop->file = request_.file_name;
+    return done;
+  }
+
+ private:
+  bool OpenAndRun() {
     bool done = false;
     switch (Open()) {
       case Opening::kGivenUp:
@@ -134,7 +141,6 @@ class DelimitedImportRun {
     return done;
   }
 
- private:
   enum class Opening { kOpen, kRefused, kGivenUp };
 
   // --- Before the first line: a step that fails is passed over, and the next one runs --------------------------------
@@ -145,6 +151,7 @@ class DelimitedImportRun {
   }
 
   Opening Refused(const Text& text) {
+    tally_.stop = StopReason{.words = TrimBoth(text)};
     PassOver([&] { Refuse(app_, text); });
     return Opening::kRefused;
   }
@@ -158,10 +165,15 @@ class DelimitedImportRun {
       Text name = request_.file_name;
       if (OpenFileEx("BR", file_.Value(), name)) break;
       const Text question = "Error opening import file: " + request_.file_name;
-      if (!PassOver([&] { return AskRetry(app_, question); })) return Opening::kGivenUp;
+      if (PassOver([&] { return AskRetry(app_, question); })) continue;
+      if (const auto& failure = LastOpenFailure()) tally_.stop = ReasonOf(*failure);
+      return Opening::kGivenUp;
     }
     const Text question = "OK to " + *word + " data from the import file to the database?";
-    if (!PassOver([&] { return Confirm(app_, question); })) return Opening::kRefused;
+    if (!PassOver([&] { return Confirm(app_, question); })) {
+      tally_.stop = StopReason{.words = "cancelled before anything was imported"};
+      return Opening::kRefused;
+    }
     ReadTables();
     return Opening::kOpen;
   }
@@ -208,6 +220,8 @@ class DelimitedImportRun {
 
   bool RunPasses() {
     Statements at(Policy::kLeave, [&](const Failure& failure) {
+      tally_.stop = ReasonOf(failure);
+      tally_.stop->place = Place();
       TellNotImported(app_, failure.Code(), failure.Statement());
       return false;
     });
@@ -221,6 +235,9 @@ class DelimitedImportRun {
       Apply(at);
     });
   }
+
+  // The record under way, as the pass counts them.
+  [[nodiscard]] Text Place() const { return "record " + std::to_string(record_number_); }
 
   void StartPass(const PassRules& rules) {
     fields_.StartPass(rules);
@@ -293,7 +310,9 @@ class DelimitedImportRun {
       });
     }
     at(kEndAudit, [&] { masterfile_.EndProgress(); });
-    if (error_count_ > 0) Statements::Leave();
+    if (error_count_ == 0) return;
+    tally_.stop = AuditFoundErrors();
+    Statements::Leave();
   }
 
   enum class Count { kBeforeAsking, kAfterAsking };
@@ -301,7 +320,11 @@ class DelimitedImportRun {
   // No leaves at once; whether the error has been counted then decides about the file's new name.
   void TellError(const Text& text, Count count) {
     if (count == Count::kBeforeAsking) error_count_ = ToInteger(error_count_ + 1);
-    if (!AskContinueAudit(app_, text)) Statements::Leave();
+    if (!AskContinueAudit(app_, text)) {
+      tally_.stop = AuditStoppedAt(text);
+      tally_.stop->place = Place();
+      Statements::Leave();
+    }
     if (count == Count::kAfterAsking) error_count_ = ToInteger(error_count_ + 1);
   }
 
@@ -376,11 +399,18 @@ class DelimitedImportRun {
     const bool other_date = date_ != previous_date_;
     if (!other_date && account_ == previous_account_) return;
     if (other_date ? previous_date_ > kNoDate : previous_account_ > 0) masterfile_.WriteRecord();
-    if (!masterfile_.ReadRecord(account_, date_)) StopProgram();
+    if (!masterfile_.ReadRecord(account_, date_)) StopAtRecord();
     if (other_date) tally_.dates.insert(date_);
     touched_accounts_.Touch(account_);
     previous_date_ = date_;
     previous_account_ = account_;
+  }
+
+  [[noreturn]] void StopAtRecord() const {
+    StopReason reason = MissingRecord(masterfile_, account_, date_, kOpenRecord);
+    reason.file = request_.file_name;
+    reason.place = Place();
+    StopProgram(reason);
   }
 
   void ApplyPairs() {

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "host/FiscalCalendar.h"
 #include "host/HostApp.h"
@@ -74,9 +77,22 @@ enum Statement : Long {
 // from 0 to 9,999; any other is failure 9.
 class ImportMap {
  public:
-  void Clear() { numbers_.fill(0); }
+  void Clear() {
+    numbers_.fill(0);
+    used_.fill(false);
+  }
   Integer& operator()(Integer position) { return numbers_[Checked(position)]; }
   Integer operator()(Integer position) const { return numbers_[Checked(position)]; }
+
+  // A position that figures were applied from, one that has been looked up; and the numbers that such positions gave.
+  void Use(Integer position) { used_[static_cast<std::size_t>(position)] = true; }
+  [[nodiscard]] std::set<Long> UsedNumbers() const {
+    std::set<Long> numbers;
+    for (std::size_t i = 0; i < kColumns; ++i) {
+      if (used_[i]) numbers.insert(numbers_[i]);
+    }
+    return numbers;
+  }
 
  private:
   static constexpr std::size_t kColumns = 10'000;
@@ -85,12 +101,46 @@ class ImportMap {
     FailOutsideTable(position, static_cast<Long>(kColumns - 1));
   }
   std::array<Integer, kColumns> numbers_{};
+  std::array<bool, kColumns> used_{};
+};
+
+// The dates that figures were applied to. A file tells them account after account, so that most have been met before:
+// those within the header's range are marked in a table of days.
+class DateMarks {
+ public:
+  void Clear(Date first, Date last) {
+    constexpr Date kMostDays = 400'000;  // a header may hold any dates
+    first_ = first;
+    days_.assign(static_cast<std::size_t>(std::clamp(last - first + 1, 0.0, kMostDays)), false);
+    others_.clear();
+  }
+  void Mark(Date date) {
+    const Date day = date - first_;
+    if (day >= 0 && day < static_cast<Date>(days_.size())) {
+      days_[static_cast<std::size_t>(day)] = true;
+    } else {
+      others_.insert(date);
+    }
+  }
+  [[nodiscard]] std::set<Date> Marked() const {
+    std::set<Date> dates = others_;
+    for (std::size_t day = 0; day < days_.size(); ++day) {
+      if (days_[day]) dates.insert(first_ + static_cast<Date>(day));
+    }
+    return dates;
+  }
+
+ private:
+  Date first_ = kNoDate;
+  std::vector<bool> days_;
+  std::set<Date> others_;
 };
 
 class ImportRun {
  public:
-  ImportRun(QDXImportMeans& means, Printer& report)
-      : means_(means),
+  ImportRun(QDXImportMeans& means, Printer& report, QDXDefinitionImport& record)
+      : record_(record),
+        means_(means),
         masterfile_(means.masterfile),
         app_(means.masterfile.App()),
         definition_(means.definition),
@@ -106,6 +156,7 @@ class ImportRun {
       const std::vector<Text> files = means_.file_list;
       for (const Text& file : files) ImportFile(file);
     });
+    if (done) record_.stop.reset();  // of a failure behind which a Retry got on
     if (!done && !header_failed_) CloseQuietly();
     return done;
   }
@@ -114,7 +165,41 @@ class ImportRun {
   // True: the user wants the statement repeated.
   bool TellFailure(const Failure& failure) {
     LogExchangeFailure(app_, failure, "ImportQDXFile");
+    record_.stop = ReasonOf(failure);
+    record_.stop->file = FileUnderWay();
+    record_.stop->place = Place();
     return AskRetry(app_, "Error reading QDX file");
+  }
+
+  // --- What the record tells -----------------------------------------------------------------------------------------
+
+  [[nodiscard]] Text FileUnderWay() const { return record_.files.empty() ? Text() : record_.files.back().file; }
+
+  // How far the file has been read, once its body is.
+  [[nodiscard]] Text Place() const {
+    if (!in_body_) return record_.files.empty() ? "" : "before its first figure";
+    if (means_.file_number == 0) return "behind its last figure";
+    Text place = "byte " + std::to_string(FileOf(means_.file_number).Position());
+    if (block_.account.account_index >= 1 && block_.account.account_index <= header_.NumAccounts) {
+      place += ", account " + header_.AccountCodes(block_.account.account_index);
+    }
+    return place;
+  }
+
+  // Ends the run for a reason that is no failure. It has been told, but for what the words add.
+  [[noreturn]] void Leave(const Text& words) {
+    record_.stop = StopReason{.file = FileUnderWay(), .words = words};
+    Statements::Leave();
+  }
+
+  void NoteRefusal(const Text& words) { refusal_ += (refusal_.empty() ? "" : "; ") + words; }
+
+  void NoteApplied(QDXFileImport& file) const {
+    file.accounts = accounts_.UsedNumbers();
+    file.fields = fields_.UsedNumbers();
+    file.dates = dates_.Marked();
+    file.applied = applied_;
+    file.not_mapped = not_mapped_;
   }
 
   void PrintLine(Long statement, const Text& line) {
@@ -125,6 +210,12 @@ class ImportRun {
   void ShowAndPrint(Long statement, const Text& text) {
     at_(statement, [&] { Refuse(app_, text); });
     PrintLine(statement, text);
+  }
+
+  // A finding that ends the import once all checks have run.
+  void RefuseFile(Long statement, const Text& text) {
+    ShowAndPrint(statement, text);
+    NoteRefusal(text);
   }
 
   void AnnounceFiles(Integer count) {
@@ -138,8 +229,13 @@ class ImportRun {
   }
 
   void ImportFile(const Text& file) {
-    if (!at_(kReadHeader, [&] { return means_.read_header(file); })) {
+    record_.files.push_back({.file = file});
+    in_body_ = false;
+    StopReason why;
+    if (!at_(kReadHeader, [&] { return means_.read_header(file, why); })) {
       header_failed_ = true;
+      record_.stop = why;
+      record_.stop->file = file;
       Statements::Leave();
     }
     PrintLine(kAnnounceFile, "Begining Import of: " + file + " at " + DateTimeText(Now()));
@@ -147,13 +243,14 @@ class ImportRun {
     const bool go_on = at_(kCompare, [&] {
       return CompareWithLastImport(definition_, header_, means_.archive_name(), masterfile_, report_);
     });
-    if (!go_on) Statements::Leave();
+    if (!go_on) Leave("cancelled: its tables have changed since the last import");
     Validate();
     ApplyFile(file);
     at_(kCloseFile, [&] { CloseFileEx(means_.file_number); });
     at_(kDispose, [&] { Dispose(file); });
     PrintLine(kAnnounceEnd, "Completed Import of: " + file + " at " + DateTimeText(Now()));
     PrintLine(kAnnounceEnd, "");
+    record_.files.back().done = true;
   }
 
   // --- Validation: nothing is written before all of it has passed ----------------------------------------------------
@@ -161,6 +258,7 @@ class ImportRun {
   void Validate() {
     accounts_.Clear();
     fields_.Clear();
+    refusal_.clear();
     BeginReportProgress(kBeginMatching, "Matching Account and DataFields between QDX file and Database");
     at_(kBeginMatching, [&] { report_.SetProgressFraction(0); });
     at_(kMatch, [&] { FillTables(definition_, header_, masterfile_); });
@@ -171,7 +269,7 @@ class ImportRun {
     const bool dates = CheckDates();
     if (accounts && fields && dates) return;
     ShowAndPrint(kTellRefusal, "Could not import the QDX file because of the errors displayed.");
-    Statements::Leave();
+    Leave("not imported: " + refusal_);
   }
 
   // Of several failing accounts only the first is told.
@@ -180,8 +278,8 @@ class ImportRun {
       const AccountRow& row = at_(kCheckAccounts, [&] { return definition_.accounts(i); });
       const bool in_file = row.AccountFrom != 0;
       if (!in_file || row.AccountTo == 0) {
-        ShowAndPrint(kCheckAccounts, "Account Code: " + row.from_code + " is in the Layout and not in the " +
-                                         (in_file ? "Database" : "QDX file"));
+        const Text where = in_file ? "Database" : "QDX file";
+        RefuseFile(kCheckAccounts, "Account Code: " + row.from_code + " is in the Layout and not in the " + where);
         return false;
       }
       at_(kCheckAccounts, [&] { accounts_(row.AccountFrom) = row.AccountTo; });
@@ -201,7 +299,7 @@ class ImportRun {
   }
 
   bool MissingField(Integer number, const Text& where) {
-    ShowAndPrint(kCheckFields, "Field Number: " + std::to_string(number) + " is in the Layout and not in the " + where);
+    RefuseFile(kCheckFields, "Field Number: " + std::to_string(number) + " is in the Layout and not in the " + where);
     return false;
   }
 
@@ -230,12 +328,21 @@ class ImportRun {
     ShowAndPrint(kCheckDates,
                  "Dates in the QDX file are not valid for this Tallybook Masterfile.  "
                  "Information not imported to the datafields.");
+    NoteRefusal("its dates are " + DateText(header_.StartDate()) + " to " + DateText(header_.LastDate()) +
+                ", those of the database " + DateText(masterfile_.FirstDate()) + " to " +
+                DateText(masterfile_.LastDate()));
     return false;
   }
 
   // --- Applying ------------------------------------------------------------------------------------------------------
 
   void ApplyFile(const Text& file) {
+    applied_ = 0;
+    not_mapped_ = 0;
+    dates_.Clear(header_.StartDate(), header_.LastDate());
+    QDXFileImport& told = record_.files.back();
+    told.first_date = header_.StartDate();
+    told.last_date = header_.LastDate();
     if (means_.write_rollback) {
       at_(kBeginRollback, [&] { masterfile_.BeginRollback(header_.StartDate(), header_.LastDate()); });
     }
@@ -246,6 +353,7 @@ class ImportRun {
       return;
     }
     ReadData(file);
+    NoteApplied(told);
     if (dirty_) at_(kLastWrite, [&] { masterfile_.WriteRecord(); });
     // Meant: the flag stays set, and the next file of the run writes this record once more before it reads its own.
     at_(kEndData, [&] { report_.EndProgress(); });
@@ -263,8 +371,15 @@ class ImportRun {
   // Stops the program where the record cannot be read: no figure is written into a record that cannot be trusted.
   void ReadRecord(Long statement, Integer account, Date date) {
     at_(statement, [&] {
-      if (!masterfile_.ReadRecord(account, date)) StopProgram();
+      if (!masterfile_.ReadRecord(account, date)) StopAtRecord(statement, account, date);
     });
+  }
+
+  [[noreturn]] void StopAtRecord(Long statement, Integer account, Date date) const {
+    StopReason reason = MissingRecord(masterfile_, account, date, statement);
+    reason.file = FileUnderWay();
+    reason.place = Place();
+    StopProgram(reason);
   }
 
   // Zeroes the definition's accounts and fields on every date of the file's range that holds data. The end is not
@@ -285,7 +400,7 @@ class ImportRun {
       cursor = at_(kZeroNextDate, [&] { return calendar.LevelDate(cursor + 1, kOwnLevel); });
       if (at_(kZeroCancel, [&] { return report_.ProgressCancelled(); })) {
         PrintLine(kZeroCancel, "Import Aborted by User");
-        Statements::Leave();
+        Leave("cancelled while the range was zeroed, at " + DateText(cursor));
       }
     }
     at_(kEndZeroing, [&] { report_.EndProgress(); });
@@ -297,6 +412,7 @@ class ImportRun {
       for (int j = 1; j <= definition_.NumFields; ++j) {
         at_(kZeroValue, [&] { masterfile_.SetFieldValue(definition_.fields(j).FieldTo, 0.0); });
       }
+      record_.files.back().zeroed += definition_.NumFields;
       at_(kZeroWrite, [&] { masterfile_.WriteRecord(); });
     }
   }
@@ -306,18 +422,38 @@ class ImportRun {
     BeginReportProgress(kBeginData, "Importing data in QDX file:\n" + file);
     FileStream& stream = *at_(kBeginData, [&] { return &FileOf(means_.file_number); });
     const auto file_length = static_cast<Double>(at_(kBeginData, [&] { return stream.Size(); }));
+    block_ = {};
+    in_body_ = true;
+    QDXFileImport& told = record_.files.back();
+    told.body_end = ReadBlocks(stream, file_length);
+    told.body_end_at = stream.Position();
+  }
+
+  BodyEnd ReadBlocks(FileStream& stream, Double file_length) {
     while (!at_(kReadBlock, [&] { return stream.AtEnd(); })) {
       BodyBlockStart block;
       const bool whole = at_(kReadBlock, [&] { return GetItem(stream, block); });
-      if (!whole || at_(kReadBlock, [&] { return stream.AtEnd(); })) return;
-      if (block.account.account_index < 1 || block.account.account_index > header_.NumAccounts) return;
+      const bool at_end = !whole || at_(kReadBlock, [&] { return stream.AtEnd(); });
+      const bool in_table = block.account.account_index >= 1 && block.account.account_index <= header_.NumAccounts;
+      if (at_end || !in_table) return EndOfBody(block, whole, in_table);
+      block_ = block;
       const Integer target = at_(kReadBlock, [&] { return accounts_(block.account.account_index); });
-      ReadDates(stream, file_length, target, block.date);
+      if (!ReadDates(stream, file_length, target, block.date)) return BodyEnd::kCut;
     }
+    return BodyEnd::kCut;
   }
 
-  // A date that is not whole in the file ends the list; what was read before it stands.
-  void ReadDates(FileStream& stream, Double file_length, Integer target, BodyDate date) {
+  // What a block start means that is no account's. The writer's mark is four zeros; at the end of the file any that is
+  // whole and no account's will do, as a reader looks at no more of it.
+  static BodyEnd EndOfBody(const BodyBlockStart& block, bool whole, bool in_table) {
+    if (!whole || in_table) return BodyEnd::kCut;
+    const BodyDate& date = block.date;
+    const bool zeros = block.account.account_index == 0 && date.month == 0 && date.day == 0 && date.year == 0;
+    return zeros ? BodyEnd::kMarked : BodyEnd::kStray;
+  }
+
+  // A date that is not whole in the file ends the list; what was read before it stands. False: the file ended here.
+  bool ReadDates(FileStream& stream, Double file_length, Integer target, BodyDate date) {
     while (at_(kReadDate, [&] { return SumOf(date.month, date.day, date.year); }) > 0) {
       at_(kDataProgress, [&] {
         report_.SetProgressFraction(static_cast<Single>(static_cast<Double>(stream.Position()) / file_length));
@@ -327,15 +463,27 @@ class ImportRun {
                                                       masterfile_.DataLevel());
       });
       if (target > 0) OpenRecord(target, level_date);
-      BodyCount count;
-      if (!at_(kReadCount, [&] { return GetItem(stream, count); })) return;
-      for (int i = 1; i <= count.values; ++i) {
-        BodyValue item;
-        if (!at_(kReadValue, [&] { return GetItem(stream, item); })) return;
-        ApplyValue(target, item);
+      const long long applied_before = applied_;
+      const bool whole = ReadValues(stream, target);
+      if (applied_ > applied_before) {
+        accounts_.Use(block_.account.account_index);
+        dates_.Mark(level_date);
       }
-      if (!at_(kReadDate, [&] { return GetItem(stream, date); })) return;
+      if (!whole || !at_(kReadDate, [&] { return GetItem(stream, date); })) return false;
     }
+    return true;
+  }
+
+  // False: the file ended within the values of the date.
+  bool ReadValues(FileStream& stream, Integer target) {
+    BodyCount count;
+    if (!at_(kReadCount, [&] { return GetItem(stream, count); })) return false;
+    for (int i = 1; i <= count.values; ++i) {
+      BodyValue item;
+      if (!at_(kReadValue, [&] { return GetItem(stream, item); })) return false;
+      ApplyValue(target, item);
+    }
+    return true;
   }
 
   // The record before is stored where it was changed.
@@ -348,11 +496,16 @@ class ImportRun {
 
   void ApplyValue(Integer target_account, const BodyValue& item) {
     const Integer field = at_(kMapValue, [&] { return fields_(item.field_index); });
-    if (field <= 0 || target_account <= 0) return;
+    if (field <= 0 || target_account <= 0) {
+      ++not_mapped_;
+      return;
+    }
     const Double stored = at_(kGetValue, [&] { return masterfile_.FieldValue(field); });
     const bool subtract = means_.math == static_cast<Integer>(eMath::mSubtract);
     const auto math = static_cast<Integer>(subtract ? eMath::mSubtract : eMath::mAdd);
     at_(kSetValue, [&] { masterfile_.SetFieldValue(field, Combine(math, stored, item.value)); });
+    fields_.Use(item.field_index);
+    ++applied_;
     dirty_ = true;
   }
 
@@ -388,6 +541,7 @@ class ImportRun {
     closing(kCloseFile, [&] { CloseFileEx(means_.file_number); });
   }
 
+  QDXDefinitionImport& record_;
   QDXImportMeans& means_;
   Masterfile& masterfile_;
   HostApp& app_;
@@ -400,6 +554,14 @@ class ImportRun {
   bool header_failed_ = false;
   Integer last_opened_ = 0;  // the database account of the last record read, over all files
   bool dirty_ = false;       // the current record has changes that are not stored
+
+  // Of the file under way, for the record.
+  bool in_body_ = false;
+  BodyBlockStart block_;  // the account under way
+  DateMarks dates_;
+  long long applied_ = 0;
+  long long not_mapped_ = 0;
+  Text refusal_;  // what its checks found
 };
 
 }  // namespace
@@ -414,15 +576,17 @@ Integer MatchFiles(const Text& pattern, std::vector<Text>& file_list) {
   return ToInteger(static_cast<long long>(file_list.size()));
 }
 
-bool ImportQDX(QDXImportMeans& means, Printer& report) {
+bool ImportQDX(QDXImportMeans& means, Printer& report, QDXDefinitionImport& record) {
   Statements at(Policy::kAsk, [&](const Failure& failure) {
+    record.stop = ReasonOf(failure);
     // Where there is no log the question tells it.
     (void)TryLogFailure(means.masterfile, failure, " - CDataExchange:ImportQDXFile");
     return AskMessage("Error reading QDX file", kQuestionIcon | kRetryCancel, "") == kRetry;
   });
   bool done = false;
   return at.Run([&] {
-    const auto run = at(kMatchFiles, [&] { return std::make_unique<ImportRun>(means, report); });
+    const auto run = at(kMatchFiles, [&] { return std::make_unique<ImportRun>(means, report, record); });
+    record.stop.reset();
     done = run->Run();
   }) && done;
 }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "import/DefinitionRecord.h"
+#include "import/QDXImportRecord.h"
 #include "qdx/HeaderRecord.h"
 #include "support/Types.h"
 
@@ -39,8 +40,9 @@ struct QDXImportMeans {
   std::vector<Text>& file_list;  // the files of one pattern
   Integer math = 0;              // an eMath value, kZeroOnly or more
   bool write_rollback = true;    // keep a journal
-  // Opens the file and reads its header and tables into `header`, telling by itself what there is to tell.
-  std::function<bool(const Text& filename)> read_header;
+  // Opens the file and reads its header and tables into `header`, telling by itself what there is to tell; `why` is the
+  // reason of a false.
+  std::function<bool(const Text& filename, StopReason& why)> read_header;
   // The name of the copy of the file that was imported last time.
   std::function<Text()> archive_name;
 };
@@ -51,11 +53,11 @@ Integer MatchFiles(const Text& pattern, std::vector<Text>& file_list);
 
 // Runs the import; `report` receives all narration. True: every matching file was imported, or none matched. False: the
 // run stopped; files handled before stay imported and disposed of, later ones stay untouched. What there was to tell
-// has been told by message or on the report.
+// has been told by message or on the report. `record` tells what came of each file, and what stopped the run.
 //   failures  are logged with " - CDataExchange:ImportQDXFile" and the statement, then "Error reading QDX file" is
 //             asked: Retry repeats exactly the statement that failed, so that no value is lost or doubled; Cancel ends
 //             the run
 //   stops     the process where the database cannot read a record (StopProgram)
-[[nodiscard]] bool ImportQDX(QDXImportMeans& means, Printer& report);
+[[nodiscard]] bool ImportQDX(QDXImportMeans& means, Printer& report, QDXDefinitionImport& record);
 
 }  // namespace tallybook

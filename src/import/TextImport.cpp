@@ -69,6 +69,14 @@ bool RunOrTell(const std::function<bool()>& import) {
   return at.Run([&] { done = import(); }) && done;
 }
 
+StopReason AuditFoundErrors() {
+  return {.words = "the audit found errors; nothing was imported"};
+}
+
+StopReason AuditStoppedAt(const Text& question) {
+  return {.words = TrimBoth(question.substr(0, question.find("\r\n")))};
+}
+
 Text CutCode(const Text& code) {
   return UpperCase(PadRight(TrimBoth(code), ' ', kCodeWidth));
 }

@@ -12,13 +12,13 @@
 #include <vector>
 
 #include "import/QDXImport.h"
+#include "support/Failure.h"
 #include "support/TextEncoding.h"
 #include "support/Types.h"
 
 namespace tallybook {
 
 class AccountRecord;
-class Failure;
 class HostApp;
 class Masterfile;
 
@@ -123,12 +123,18 @@ class NumberTable {
   std::vector<bool> marked_;
 };
 
-// What a run applied: for a closing summary.
+// What a run applied, for a closing summary; and what stopped one that gave false.
 struct TextImportTally {
   long long records = 0;
   std::set<Long> accounts;  // numbers
   std::set<Long> fields;    // numbers
   std::set<Date> dates;
+  std::optional<StopReason> stop;
 };
+
+// The reason of an audit's end that has found errors, and that of one which the user stopped at an error: the first line
+// of its question.
+[[nodiscard]] StopReason AuditFoundErrors();
+[[nodiscard]] StopReason AuditStoppedAt(const Text& question);
 
 }  // namespace tallybook

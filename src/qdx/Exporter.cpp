@@ -154,11 +154,18 @@ class ExportRun {
       if (masterfile_.ProgressCancelled()) return false;
       const Date date = calendar.LevelDate(current, level);
       if (date > request_.last_date) return true;
-      if (!masterfile_.ReadRecord(account_number, date)) StopProgram();
+      if (!masterfile_.ReadRecord(account_number, date)) StopAtRecord(account_number, date);
       target_->WriteDate(date);
       if (current == last_of_all) return true;
       calendar.SetCurrentDate(date + 1);
     }
+  }
+
+  [[noreturn]] void StopAtRecord(Long account_number, Date date) const {
+    const Long no_statement = 0;
+    StopReason reason = MissingRecord(masterfile_, account_number, date, no_statement);
+    reason.file = request_.file_name;
+    StopProgram(reason);
   }
 
   Masterfile& masterfile_;

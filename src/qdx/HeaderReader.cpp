@@ -7,6 +7,7 @@
 
 #include "host/Masterfile.h"
 #include "qdx/HeaderItems.h"
+#include "support/Bytes.h"
 #include "support/Dates.h"
 #include "support/HostMessages.h"
 #include "support/Narrow.h"
@@ -21,25 +22,45 @@ namespace {
 // What the reading of an open file comes to.
 enum class Verdict { kRead, kRefused };
 
-bool OpenForReading(HostApp& app, const Text& filename, Integer& file_number) {
+bool OpenForReading(HostApp& app, const Text& filename, Integer& file_number, StopReason& why) {
   Text name = filename;
   while (!OpenFileEx("BR", file_number, name)) {
-    if (!AskRetry(app, "Error opening QDX file: " + filename)) return false;
+    if (AskRetry(app, "Error opening QDX file: " + filename)) continue;
+    if (const auto& failure = LastOpenFailure()) why = ReasonOf(*failure);
+    return false;
   }
   return true;
 }
 
+// Four bytes as they stand in the file.
+Text BytesOfVersion(Single version) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  Text bytes;
+  for (const std::byte byte : ToBytes(version)) {
+    const auto value = std::to_integer<std::size_t>(byte);
+    if (!bytes.empty()) bytes += ' ';
+    bytes += kDigits[value >> 4U];
+    bytes += kDigits[value & 0xFU];
+  }
+  return bytes;
+}
+
 // Magic and version are taken fresh: a file that ends before them has neither.
-bool IsReadable(HostApp& app, FileStream& source, HeaderRecord& record) {
+bool IsReadable(HostApp& app, FileStream& source, HeaderRecord& record, StopReason& why) {
   record.Magic.clear();
   record.Version = 0;
   ReadHeaderItems(source, SignatureItems(), record, nullptr);
   if (record.Magic != kMagic) {
+    const Text found = record.Magic.empty() ? "is too short to be one" : "begins with \"" + record.Magic + "\"";
+    why = {.place = "byte 0", .words = "no exchange file: it " + found};
     Refuse(app, "File is NOT an QDX file.");
     return false;
   }
   // By bits, as the format says: no other pattern counts as 1.0.
   if (std::bit_cast<std::uint32_t>(record.Version) != std::bit_cast<std::uint32_t>(kReadableVersion)) {
+    why = {.place = "byte 9",
+           .words = "the version stands as the bytes " + BytesOfVersion(record.Version) + "; those of 1.0 are " +
+                    BytesOfVersion(kReadableVersion)};
     Refuse(app, "The QDX file is a version that cannot be read with this version of the software.");
     return false;
   }
@@ -57,8 +78,9 @@ void ShowRowProgress(Masterfile& masterfile, const HeaderRecord& record, HeaderT
   masterfile.SetProgressFraction(static_cast<Single>(table == HeaderTable::kFields ? half + 0.5 : half));
 }
 
-Verdict ReadOpenFile(Masterfile& masterfile, FileStream& source, bool header_only, HeaderRecord& record) {
-  if (!IsReadable(masterfile.App(), source, record)) return Verdict::kRefused;
+Verdict ReadOpenFile(Masterfile& masterfile, FileStream& source, bool header_only, HeaderRecord& record,
+                     StopReason& why) {
+  if (!IsReadable(masterfile.App(), source, record, why)) return Verdict::kRefused;
   masterfile.BeginProgress("Reading QDX File Header");
   const auto progress = [&](HeaderTable table, Integer row) { ShowRowProgress(masterfile, record, table, row); };
   ReadHeaderItems(source, HeadItems(), record, progress);
@@ -85,19 +107,25 @@ Text NamedCreationDate(const Text& text) {
 }  // namespace
 
 bool MyReadQDXHeader(Masterfile& masterfile, const Text& filename, Integer& file_number, bool header_only,
-                     HeaderRecord& record) {
+                     HeaderRecord& record, StopReason* why) {
   HostApp& app = masterfile.App();
+  StopReason unasked;
+  StopReason& reason = why != nullptr ? *why : unasked;
   Verdict verdict = Verdict::kRefused;
   if (FileExists(filename)) {
-    if (!OpenForReading(app, filename, file_number)) return false;
+    if (!OpenForReading(app, filename, file_number, reason)) return false;
     Statements at(Policy::kLeave, [&](const Failure& failure) {
+      reason = ReasonOf(failure);
+      reason.place = "byte " + std::to_string(FileOf(file_number).Position());
       LogExchangeFailure(app, failure, "MyReadQDXHeader");
       CloseFileEx(file_number);
       return false;
     });
-    if (!at.Run([&] { verdict = ReadOpenFile(masterfile, FileOf(file_number), header_only, record); })) {
+    if (!at.Run([&] { verdict = ReadOpenFile(masterfile, FileOf(file_number), header_only, record, reason); })) {
       verdict = Verdict::kRefused;
     }
+  } else {
+    reason = {.words = "there is no such file"};
   }
   masterfile.EndProgress();
   return verdict == Verdict::kRead;

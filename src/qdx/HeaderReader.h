@@ -10,6 +10,7 @@
 namespace tallybook {
 
 class Masterfile;
+struct StopReason;
 
 // Opens one named file and reads its header into `record`.
 //   file_number  in and out, see OpenFileEx; a number that is open is closed first
@@ -17,10 +18,11 @@ class Masterfile;
 //   gives        true: the file stands open behind what was read. False: there is no such file (nothing is told), it
 //                could not be opened and the user gave up, it is no exchange file or of another version (told by
 //                message), or it could not be read (logged with " - CDataExchange:MyReadQDXHeader"; the file is closed)
+//   why          where given, what the false is about, in more words than the message has; untouched on true
 //   meant        the two refusals by message leave the file open under `file_number`; the next open through that number
 //                closes it
 [[nodiscard]] bool MyReadQDXHeader(Masterfile& masterfile, const Text& filename, Integer& file_number, bool header_only,
-                                   HeaderRecord& record);
+                                   HeaderRecord& record, StopReason* why = nullptr);
 
 // The file that a name stands for: the file of exactly that name; otherwise the one with the earliest modification time
 // among those that match the name as a pattern (the first found of equal ones; never one stamped in the future);

@@ -6,6 +6,8 @@
 #include <system_error>
 #include <utility>
 
+#include "support/Platform.h"
+
 namespace tallybook {
 
 namespace {
@@ -38,7 +40,17 @@ Failure CurrentFailure() {
   }
 }
 
-void StopProgram() {
+StopReason ReasonOf(const Failure& failure) {
+  return {.words = failure.Description(), .number = failure.Code(), .statement = failure.Statement()};
+}
+
+void StopProgram(const StopReason& reason) {
+  try {
+    StopWitness* const witness = IsPlatformInstalled() ? ThePlatform().stop_witness : nullptr;
+    if (witness != nullptr) witness->ProgramStops(reason);
+  } catch (...) {
+    // Meant: a witness that fails must not keep the process going.
+  }
   std::_Exit(EXIT_FAILURE);
 }
 

@@ -55,8 +55,23 @@ class Failure : public std::exception {
 // library become the failure that fits them (a missing file 53, memory 7, anything else 51 with its own words).
 [[nodiscard]] Failure CurrentFailure();
 
+// Why an operation ended before its end, for the application that has to tell it in full: the boxes and reports of the
+// component have few words, and some ways out have none. `file` is the file under way, `place` how far in it the
+// operation was ("record 3", "byte 1204"), `words` what is wrong, with the value found. `number` and `statement` are
+// those of the failure that ended it; 0 where none did. Each may be empty.
+struct StopReason {
+  Text file = {};
+  Text place = {};
+  Text words = {};
+  Integer number = 0;
+  Long statement = 0;
+};
+
+// The reason that a failure gives; file and place are the operation's to add.
+[[nodiscard]] StopReason ReasonOf(const Failure& failure);
+
 // Ends the process at once, without unwinding or flushing: the answer to a record that cannot be read while figures are
-// written or exported. Tests see it as a death.
-[[noreturn]] void StopProgram();
+// written or exported. The platform's stop witness is told before. Tests see it as a death.
+[[noreturn]] void StopProgram(const StopReason& reason = {});
 
 }  // namespace tallybook

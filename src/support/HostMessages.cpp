@@ -1,7 +1,10 @@
 #include "support/HostMessages.h"
 
+#include <string>
+
 #include "host/HostLog.h"
 #include "host/Masterfile.h"
+#include "support/Dates.h"
 #include "support/WinAPI.h"
 
 namespace tallybook {
@@ -55,6 +58,13 @@ void LogFailure(Masterfile& masterfile, const Failure& failure, const Text& suff
 
 void LogExchangeFailure(Masterfile& masterfile, const Failure& failure, const Text& operation) {
   LogFailure(masterfile, failure, " - CDataExchange:" + operation);
+}
+
+StopReason MissingRecord(const Masterfile& masterfile, Long account_number, Date date, Long statement) {
+  return {.words = "the database has no record of its account " + std::to_string(account_number) + " on " +
+                   DateText(date) + "; its dates are " + DateText(masterfile.FirstDate()) + " to " +
+                   DateText(masterfile.LastDate()),
+          .statement = statement};
 }
 
 }  // namespace tallybook

@@ -34,4 +34,7 @@ void LogExchangeFailure(HostApp& app, const Failure& failure, const Text& operat
 void LogFailure(Masterfile& masterfile, const Failure& failure, const Text& suffix);
 void LogExchangeFailure(Masterfile& masterfile, const Failure& failure, const Text& operation);
 
+// The reason of an operation that stops at a record which the database does not have.
+[[nodiscard]] StopReason MissingRecord(const Masterfile& masterfile, Long account_number, Date date, Long statement);
+
 }  // namespace tallybook

@@ -287,6 +287,16 @@ class Shell {
   [[nodiscard]] virtual Long PlatformId() = 0;
 };
 
+struct StopReason;
+
+// Told of a record that cannot be read while figures are written or exported, right before the process ends
+// (StopProgram). It may tell the user and write what he waits for, a report or a log; the database is not to be touched.
+class StopWitness {
+ public:
+  virtual ~StopWitness() = default;
+  virtual void ProgramStops(const StopReason& reason) = 0;
+};
+
 struct Platform {
   Clock* clock = nullptr;
   FileSystem* files = nullptr;
@@ -297,6 +307,7 @@ struct Platform {
   Shell* shell = nullptr;
   Text application_title;                              // the caption of a message box that is given none
   TextEncoding text_encoding = TextEncoding::kDetect;  // of the text files that imports read
+  StopWitness* stop_witness = nullptr;                 // may be null
 };
 
 // Installs the platform for the process. Failure 91 (object not set), with what was installed before left in place,

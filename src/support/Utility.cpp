@@ -35,6 +35,7 @@ struct OpenEntry {
 struct OpenFilesTable {
   std::vector<OpenEntry> entries;  // file number N stands at N - 1
   bool no_file_sharing = false;
+  std::optional<Failure> last_failure;  // of an open that gave false
 
   void Create() {
     if (entries.empty()) entries.resize(kTableStep);
@@ -117,12 +118,12 @@ std::unique_ptr<FileStream> OpenOnce(const OpenMode& mode, const Text& name) {
 }
 
 // What an attempt to open met; nothing where it succeeded.
-std::optional<FailureNumber> TryOpen(const OpenMode& mode, const Text& name, std::unique_ptr<FileStream>& stream) {
+std::optional<Failure> TryOpen(const OpenMode& mode, const Text& name, std::unique_ptr<FileStream>& stream) {
   try {
     stream = OpenOnce(mode, name);
     return std::nullopt;
   } catch (...) {
-    return CurrentFailure().Number();
+    return CurrentFailure();
   }
 }
 
@@ -278,12 +279,18 @@ bool OpenFileEx(const Text& mode, Integer& file_number, Text& file_name, [[maybe
 
   std::unique_ptr<FileStream> stream;
   Retries retries;
-  while (const auto failure = TryOpen(*how, file_name, stream))
-    if (!retries.Allow(*failure, file_name)) return false;
+  while (const auto failure = TryOpen(*how, file_name, stream)) {
+    table.last_failure = failure;
+    if (!retries.Allow(failure->Number(), file_name)) return false;
+  }
 
   table.Put(number, {std::move(stream), file_name});
   file_number = number;
   return true;
+}
+
+const std::optional<Failure>& LastOpenFailure() {
+  return OpenFiles().last_failure;
 }
 
 bool CloseFileEx(Integer& file_number) {

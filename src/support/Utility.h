@@ -4,8 +4,10 @@
 // files is one per process; ResetOpenFiles empties it for tests.
 #pragma once
 
+#include <optional>
 #include <vector>
 
+#include "support/Failure.h"
 #include "support/FileStream.h"
 #include "support/Types.h"
 
@@ -35,6 +37,9 @@ namespace tallybook {
 //   tells        nothing, save "ERROR WITH FILE TYPE: " and the mode, with the stop icon, for a mode that is none of
 //                these
 [[nodiscard]] bool OpenFileEx(const Text& mode, Integer& file_number, Text& file_name, Integer record_length = 0);
+
+// What the last open that gave false met; nothing before the first.
+[[nodiscard]] const std::optional<Failure>& LastOpenFailure();
 
 // Closes a number above 0 and not above the table's top: true, the number becomes 0, and pending input is handled. Any
 // other number: false. A failure to close is passed over: who must know whether the last bytes were written asks

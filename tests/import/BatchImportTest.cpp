@@ -72,7 +72,7 @@ class BatchImportTest : public ::testing::Test {
  protected:
   bool Run(const Text& import_type) {
     return ImportBatch({.owner_window = 4711, .masterfile = host_->book, .import_type = import_type}, definitions_,
-                       host_->factory, printer_);
+                       host_->factory, printer_, stop_);
   }
   // The report of the run; each run makes one printer.
   const PrintedReport& Report() { return *host_->factory.reports.back(); }
@@ -86,6 +86,7 @@ class BatchImportTest : public ::testing::Test {
   std::unique_ptr<MemoryHost> host_ = SmallBook();
   ScriptedDefinitions definitions_;
   std::unique_ptr<Printer> printer_;
+  std::optional<StopReason> stop_;
 };
 
 const Text kSomeFailed =
@@ -371,9 +372,10 @@ TEST_F(BatchImportTest, EveryCallOfTheHostMayFailAndTheRunStillEndsInOrder) {
     ScriptedDefinitions definitions;
     definitions.definitions = {{.description = "One"}, {.description = "Two", .files = 0}};
     std::unique_ptr<Printer> printer;
+    std::optional<StopReason> stop;
     host->record.FailOn(kAnyOperation, ++nth, SomeFailure());
     const bool done = ImportBatch({.owner_window = 0, .masterfile = host->book, .import_type = "ALL"}, definitions,
-                                  host->factory, printer);
+                                  host->factory, printer, stop);
     struck = host->record.AllFaultsStruck();
     EXPECT_TRUE(done || struck) << nth;
     EXPECT_EQ(printer, nullptr) << nth;

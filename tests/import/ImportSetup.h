@@ -87,12 +87,13 @@ class ImportSetup {
                          .math = math,
                          .write_rollback = write_rollback,
                          .read_header =
-                             [this](const Text& file) {
+                             [this](const Text& file, StopReason& why) {
                                const bool header_only = false;
-                               return MyReadQDXHeader(host->book, file, file_number, header_only, *header);
+                               return MyReadQDXHeader(host->book, file, file_number, header_only, *header, &why);
                              },
                          .archive_name = [] { return kArchive; }};
-    return ImportQDX(means, host->printer);
+    record = {};
+    return ImportQDX(means, host->printer, record);
   }
 
   // The rows of the definition's tables, for the manual modes.
@@ -121,6 +122,7 @@ class ImportSetup {
   std::vector<Text> file_list;
   Integer math = static_cast<Integer>(eMath::mAdd);
   bool write_rollback = true;
+  QDXDefinitionImport record;  // of the last import
 };
 
 }  // namespace tallybook::testing

@@ -6,6 +6,8 @@
 #include <system_error>
 
 #include "support/Failure.h"
+#include "support/Platform.h"
+#include "tests/support/ScriptedPlatform.h"
 
 namespace tallybook::testing {
 namespace {
@@ -86,6 +88,20 @@ TEST(FailureDeathTest, StopProgramEndsTheProcessWithoutUnwinding) {
         StopProgram();
       },
       ::testing::ExitedWithCode(1), ::testing::Not(::testing::HasSubstr("unwound")));
+}
+
+TEST(FailureDeathTest, TheStopWitnessIsToldBeforeTheProcessEndsAndCannotKeepIt) {
+  class Witness : public StopWitness {
+   public:
+    void ProgramStops(const StopReason& reason) override {
+      std::fputs(("witness: " + reason.words).c_str(), stderr);
+      throw Failure(FailureNumber::kInternal, "odd");
+    }
+  };
+  ScriptedPlatform platform;
+  Witness witness;
+  ThePlatform().stop_witness = &witness;
+  EXPECT_EXIT(StopProgram({.words = "no record"}), ::testing::ExitedWithCode(1), "^witness: no record$");
 }
 
 }  // namespace

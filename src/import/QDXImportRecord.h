@@ -1,0 +1,52 @@
+// What imports of exchange files came to, for the application to tell: their reports have no counts, and of what stops
+// them they have little or nothing.
+#pragma once
+
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "support/Failure.h"
+#include "support/Types.h"
+
+namespace tallybook {
+
+// How the body of a file ended.
+enum class BodyEnd {
+  kUnread,  // it was not read to its end, or not at all
+  kMarked,  // by the writer's mark
+  kCut,     // with the file, before that mark: the file is shorter than it was to be, or its export was cancelled
+  kStray,   // at an account index outside the file's table; what lies behind was passed over
+};
+
+struct QDXFileImport {
+  Text file = {};
+  bool done = false;
+  // Of the database: what figures of the file were applied to.
+  std::set<Long> accounts = {};
+  std::set<Long> fields = {};
+  std::set<Date> dates = {};
+  long long applied = 0;     // figures
+  long long not_mapped = 0;  // figures of accounts and fields that the definition sends nowhere
+  long long zeroed = 0;      // figures set to 0 before
+  BodyEnd body_end = BodyEnd::kUnread;
+  long long body_end_at = 0;  // in bytes from the start of the file
+  // By the file's header.
+  Date first_date = kNoDate;
+  Date last_date = kNoDate;
+};
+
+struct QDXDefinitionImport {
+  Text title = {};
+  Text pattern = {};                      // of the definition's files
+  std::vector<QDXFileImport> files = {};  // those that were begun; empty where none matched
+  std::optional<StopReason> stop = {};    // of the last of them; those behind it were not looked at
+};
+
+// A run of one definition or of several.
+struct QDXImportRecord {
+  std::vector<QDXDefinitionImport> definitions;  // in the order in which they ran
+  std::optional<StopReason> stop;                // of the run itself, outside all of them
+};
+
+}  // namespace tallybook
