@@ -23,6 +23,10 @@ class FileLog : public HostLog {
   Integer LogError(const Text& message, Long line_number, Integer detail) override;
   Integer AuditEntry(const Text& who, const Text& what, const Text& subject, const std::vector<Text>& items) override;
 
+  // Why an operation ended before its end, in one text:
+  //   2004-02-03 14:05:11 stop january.txt: record 3: "x" is not a number
+  Integer StopEntry(const Text& reason) { return Append("stop " + reason); }
+
   [[nodiscard]] Long LostEntries() const { return lost_entries_; }
 
  private:

@@ -30,6 +30,8 @@ class ReferenceApp : public HostApp {
 
   [[nodiscard]] Text Title() const override { return title_; }
   HostLog& Log() override { return log_; }
+  // The log file, whatever a derived application puts before it.
+  [[nodiscard]] FileLog& OwnLog() { return log_; }
   [[nodiscard]] const Text& LogFileName() const { return log_.Path(); }
 
   [[nodiscard]] Text SettingsFileName() const override { return settings_file_; }

@@ -13,7 +13,36 @@ namespace {
   throw Failure(FailureNumber::kFeatureUnavailable, Text(what) + " needs the windowed application", "ReferenceFactory");
 }
 
+// A printer that is in the factory's set while it lives.
+class KnownPrinter : public report::ReportPrinter {
+ public:
+  using Set = std::shared_ptr<std::set<report::ReportPrinter*>>;
+
+  KnownPrinter(const report::Destination& destination, engine::ProgressDisplay* progress, Set printers)
+      : ReportPrinter(destination, progress), printers_(std::move(printers)) {
+    printers_->insert(this);
+  }
+  ~KnownPrinter() override { printers_->erase(this); }
+  KnownPrinter(const KnownPrinter&) = delete;
+  KnownPrinter& operator=(const KnownPrinter&) = delete;
+
+ private:
+  Set printers_;
+};
+
 }  // namespace
+
+void ReferenceFactory::EndReports(const Text& last_line) {
+  const std::set<report::ReportPrinter*> printers = *printers_;
+  for (report::ReportPrinter* printer : printers) {
+    try {
+      printer->PrintLine(last_line);
+      printer->EndReport();
+    } catch (const Failure&) {
+      // Meant: it has not begun, or its place takes no more; there is nobody left to tell.
+    }
+  }
+}
 
 void ReferenceFactory::SetReportDestination(const report::Destination& destination) {
   // A printer tells a path that no form fits; better here, before any work, than when the report begins.
@@ -26,7 +55,7 @@ std::unique_ptr<IniFile> ReferenceFactory::NewIniFile() {
 }
 
 std::unique_ptr<Printer> ReferenceFactory::NewPrinter() {
-  return std::make_unique<report::ReportPrinter>(destination_, progress_);
+  return std::make_unique<KnownPrinter>(destination_, progress_, printers_);
 }
 
 std::shared_ptr<DataExportObject> ReferenceFactory::NewDataExportObject() {

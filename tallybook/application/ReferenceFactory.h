@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <utility>
 
 #include "host/DataExportObject.h"
@@ -29,6 +30,10 @@ class ReferenceFactory : public HostFactory {
   // Shows the progress of printers made from now on; null for none. It must outlive them.
   void SetProgressDisplay(engine::ProgressDisplay* display) { progress_ = display; }
 
+  // Writes the reports that have begun and not ended, with a last line: for a process that is about to stop. One that
+  // cannot be written is passed over.
+  void EndReports(const Text& last_line);
+
   void SetListWindowMaker(ListWindowMaker maker) { list_window_maker_ = std::move(maker); }
   void SetSequenceMaker(SequenceMaker maker) { sequence_maker_ = std::move(maker); }
 
@@ -44,6 +49,7 @@ class ReferenceFactory : public HostFactory {
  private:
   report::Destination destination_;
   engine::ProgressDisplay* progress_ = nullptr;
+  std::shared_ptr<std::set<report::ReportPrinter*>> printers_ = std::make_shared<std::set<report::ReportPrinter*>>();
   ListWindowMaker list_window_maker_;
   SequenceMaker sequence_maker_;
 };

@@ -32,6 +32,12 @@ TEST_F(FileLogTest, WritesAnAuditEntryWithoutItems) {
   EXPECT_EQ(folder_.Read("t.log"), "2004-02-03 14:05:09 audit Sales: Import: System Fields\n");
 }
 
+TEST_F(FileLogTest, WritesTheReasonOfAnOperationThatStopped) {
+  FileLog log(folder_.Path("t.log"));
+  EXPECT_EQ(log.StopEntry("january.txt: record 3: \"x\" is not a number"), 1);
+  EXPECT_EQ(folder_.Read("t.log"), "2004-02-03 14:05:09 stop january.txt: record 3: \"x\" is not a number\n");
+}
+
 TEST_F(FileLogTest, KeepsAnEntryOnOneLine) {
   FileLog log(folder_.Path("t.log"));
   log.LogError("first\r\nsecond", 0, -1);

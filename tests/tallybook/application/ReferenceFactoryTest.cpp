@@ -47,6 +47,24 @@ TEST_F(ReferenceFactoryTest, MakesPrintersForTheDestination) {
   EXPECT_THAT(folder_.Read("r.html"), ::testing::HasSubstr("<p>line</p>"));
 }
 
+TEST_F(ReferenceFactoryTest, WritesTheReportsThatAreUnderWayWithALastLine) {
+  std::ostringstream out;
+  factory_.SetReportDestination({.path = {}, .stream = &out});
+  const auto ended = factory_.NewPrinter();
+  ASSERT_TRUE(ended->BeginReport(0, "Ended"));
+  ended->EndReport();
+  const auto never_begun = factory_.NewPrinter();
+  { const auto gone = factory_.NewPrinter(); }
+  const auto under_way = factory_.NewPrinter();
+  ASSERT_TRUE(under_way->BeginReport(0, "Under way"));
+  under_way->PrintLine("line");
+  out.str("");
+  factory_.EndReports("Stopped: here");
+  EXPECT_THAT(out.str(), ::testing::StartsWith("Under way\n"));
+  EXPECT_THAT(out.str(), ::testing::HasSubstr("line\nStopped: here\n"));
+  EXPECT_THAT(out.str(), ::testing::Not(::testing::HasSubstr("Ended")));
+}
+
 TEST_F(ReferenceFactoryTest, RefusesADestinationThatNamesNoForm) {
   EXPECT_THAT([&] { factory_.SetReportDestination({.path = "r.doc"}); },
               FailsWith(FailureNumber::kInvalidArgument, "r.doc"));

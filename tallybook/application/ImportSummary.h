@@ -1,0 +1,30 @@
+// What an import of exchange files came to, in words: what was applied, and what was left out without a word of the
+// report.
+#pragma once
+
+#include <vector>
+
+#include "import/QDXImportRecord.h"
+#include "support/Types.h"
+
+namespace tallybook::application {
+
+// A line for the user. A warning tells of something that is not as he may think.
+struct ImportNote {
+  Text text = {};
+  bool warning = false;
+  bool no_file = false;  // it tells of a definition that no file matched
+};
+
+// A line for each file that was imported whole, "Imported year.QDX: 2 accounts, 1 field, 12 dates; 20 figures applied, 4
+// not mapped.", with a warning behind it where the file is shorter than its header's range or has more than was read; a
+// warning for each definition that no file matched; and where there are several files, their sum.
+[[nodiscard]] std::vector<ImportNote> NotesOf(const QDXImportRecord& record);
+
+// Whether a definition of the run had no file.
+[[nodiscard]] bool LacksFiles(const QDXImportRecord& record);
+
+// What stopped the run, in the order in which it happened: a failing definition does not stop those behind it.
+[[nodiscard]] std::vector<StopReason> StopsOf(const QDXImportRecord& record);
+
+}  // namespace tallybook::application
