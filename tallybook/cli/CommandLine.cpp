@@ -3,10 +3,12 @@
 #include <iostream>
 
 #include "support/Failure.h"
+#include "tallybook/application/StopText.h"
 #include "tallybook/cli/ArgumentParser.h"
 #include "tallybook/cli/Colours.h"
 #include "tallybook/cli/Help.h"
 #include "tallybook/cli/Program.h"
+#include "tallybook/cli/Reasons.h"
 
 namespace tallybook::cli {
 
@@ -14,9 +16,22 @@ namespace {
 
 constexpr const char* kVersion = "tallybook " TALLYBOOK_VERSION;
 
+// A command's own places for reasons; those of the command that runs it come back.
+class OwnReasonPlaces {
+ public:
+  OwnReasonPlaces() : before_(ForgetReasonPlaces()) {}
+  ~OwnReasonPlaces() { SetReasonPlaces(before_); }
+  OwnReasonPlaces(const OwnReasonPlaces&) = delete;
+  OwnReasonPlaces& operator=(const OwnReasonPlaces&) = delete;
+
+ private:
+  ReasonPlaces before_;
+};
+
 ExitStatus Tell(const Text& trouble, ExitStatus status) {
   std::cout << std::flush;
   std::cerr << TroubleText("tallybook:") << ' ' << trouble << '\n' << std::flush;
+  KeepReason(application::OnOneLine(trouble));
   return status;
 }
 
@@ -46,6 +61,7 @@ ExitStatus RunWords(const std::vector<Text>& words) {
 }  // namespace
 
 ExitStatus RunCommandLine(const std::vector<Text>& arguments) {
+  const OwnReasonPlaces places;
   try {
     const ExitStatus status = RunWords(arguments);
     if (std::cout << std::flush) return status;

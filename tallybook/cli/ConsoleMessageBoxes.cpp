@@ -12,6 +12,7 @@
 #include "import/TextImport.h"
 #include "support/Failure.h"
 #include "support/Utility.h"
+#include "tallybook/cli/Reasons.h"
 #include "tallybook/cli/Terminal.h"
 
 namespace tallybook::cli {
@@ -107,6 +108,9 @@ void ConsoleMessageBoxes::StartMessages() {
 
 Integer ConsoleMessageBoxes::Show(const Text& text, Long style, const Text& caption) {
   const bool confirms = (style & kButtonsMask) == kOkCancel || (style & kButtonsMask) == kYesNo;
+  constexpr std::size_t kRemembered = 16;
+  shown_.push_back(text);
+  if (shown_.size() > kRemembered) shown_.pop_front();
   const bool audits = text.ends_with(kContinueAuditQuestion);
   const Integer answer = audits ? AnswerAudit(text, style, caption) : Ask(text, style, caption);
   if (confirms && !audits && answer == RefusingButton(style)) refused_ = true;
@@ -190,6 +194,16 @@ Integer ConsoleMessageBoxes::AskOnTerminal(Long style) {
   }
 }
 
+bool ConsoleMessageBoxes::HasTold(const std::vector<Text>& words) const {
+  return std::ranges::any_of(shown_, [&](const Text& text) {
+    return std::ranges::all_of(words, [&](const Text& word) { return text.find(word) != Text::npos; });
+  });
+}
+
+void ConsoleMessageBoxes::NoteReason(const Text& reason) {
+  if (!messages_path_.empty()) WriteMessage(ReasonMessage(reason));
+}
+
 void ConsoleMessageBoxes::Record(const Text& text, Long style, Integer answer, const Text& path) {
   nlohmann::ordered_json box;
   box["text"] = text;
@@ -198,11 +212,15 @@ void ConsoleMessageBoxes::Record(const Text& text, Long style, Integer answer, c
   for (const Button& button : ButtonsOf(style)) box["buttons"].push_back(button.word);
   box["answer"] = ButtonOf(answer).word;
   if (!path.empty()) box["path"] = path;
+  WriteMessage(box.dump());
+}
+
+void ConsoleMessageBoxes::WriteMessage(const Text& line) {
   if (!messages_.is_open()) {
-    waiting_messages_ += box.dump() + "\n";
+    waiting_messages_ += line + "\n";
     return;
   }
-  messages_ << box.dump() << std::endl;
+  messages_ << line << std::endl;
   if (!messages_) throw Failure(FailureNumber::kDeviceError, "The messages file cannot be written: " + messages_path_);
 }
 

@@ -46,6 +46,13 @@ class ConsoleMessageBoxes : public MessageBoxes {
   // messages file. Cancel is a refusal; a path takes back refusals of other names within the dialog.
   void NoteDialog(const Text& title, Integer answer, const Text& path);
 
+  // Keeps the reason of an operation's end in the messages file, as a box without an icon and buttons.
+  void NoteReason(const Text& reason);
+  // A box has told all of these.
+  [[nodiscard]] bool HasTold(const std::vector<Text>& words) const;
+  // The text of the last box; empty before the first.
+  [[nodiscard]] Text LastText() const { return shown_.empty() ? Text() : shown_.back(); }
+
   // A question with OK and Cancel, or Yes and No, was answered by the button that refuses. No to going on with an audit
   // is no refusal: the file has an error, and nobody has cancelled.
   [[nodiscard]] bool WasRefused() const { return refused_; }
@@ -62,6 +69,7 @@ class ConsoleMessageBoxes : public MessageBoxes {
   // Shows a box as it stands and lets a button be chosen.
   [[nodiscard]] Integer Ask(const Text& text, Long style, const Text& caption);
   void Record(const Text& text, Long style, Integer answer, const Text& path = "");
+  void WriteMessage(const Text& line);
 
   bool yes_;
   bool keep_auditing_;
@@ -70,6 +78,7 @@ class ConsoleMessageBoxes : public MessageBoxes {
   std::ofstream messages_;
   Text waiting_messages_;  // until the file is made
   ConsoleProgress& progress_;
+  std::deque<Text> shown_;  // the last boxes
   bool refused_ = false;
   bool misanswered_ = false;
   bool audit_stopped_ = false;

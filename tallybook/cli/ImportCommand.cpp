@@ -5,9 +5,11 @@
 #include "exchange/CDataExchange.h"
 #include "support/Failure.h"
 #include "tallybook/application/DefinitionLook.h"
+#include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/WholeFiles.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DefinitionList.h"
+#include "tallybook/cli/JournalMark.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/Terminal.h"
 #include "tallybook/report/ReportPrinter.h"
@@ -23,6 +25,7 @@ struct ImportQdxOptions {
   bool all = false;
   Integer math = static_cast<Integer>(eMath::mAdd);
   Text report;
+  bool expect_files = false;
   AskOptions asking;
 };
 
@@ -85,6 +88,20 @@ class ReportFile {
   std::optional<application::WholeOutput> output_;
 };
 
+// What the engine's record tells: what was applied and left out, and what stopped the run. A definition without a file
+// is what --expect-files calls a failure. True where there is none.
+bool TellRecord(Session& session, const QDXImportRecord& record, bool expect_files) {
+  for (const application::ImportNote& note : application::NotesOf(record)) {
+    if (note.no_file && expect_files) {
+      session.TellStop({.words = note.text});
+    } else {
+      session.Note(note.text, note.warning);
+    }
+  }
+  for (const StopReason& stop : application::StopsOf(record)) session.TellStop(stop);
+  return !expect_files || !application::LacksFiles(record);
+}
+
 ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   Session session(options.asking, {.book = options.book, .report = options.report, .more_inputs = true});
   SendReportTo(session, options.report);
@@ -98,9 +115,12 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   book->SetOperationName(options.all ? "import qdx all" : fmt::format("import qdx #{}", options.definition));
   exchange.SetMath(options.math);
   const Long no_window = 0;
+  const JournalMark mark(*book);
   const bool done = exchange.ImportQDXFileEX(no_window, *book, type);
+  const bool complete = TellRecord(session, exchange.LastQDXImport(), options.expect_files);
+  if (!done) mark.TellWhatStays();
   book->Close();
-  return report.Finish(session.StatusOf(done));
+  return report.Finish(session.StatusOf(done && complete));
 }
 
 CommandTable ImportQdxCommand() {
@@ -123,6 +143,7 @@ CommandTable ImportQdxCommand() {
   Exclude(command, "--math", "--all");
   AddText(command, "--report", options->report, "FILE", "Write the report to FILE: .txt, .html or .pdf")
       .As(ArgumentKind::kFile);
+  AddFlag(command, "--expect-files", options->expect_files, "A definition that no file matches is a failure: status 1");
   AddAsking(command, options->asking);
   return command;
 }

@@ -9,6 +9,9 @@
 #include "support/Utility.h"
 #include "tallybook/application/FileKind.h"
 #include "tallybook/application/StandardStreams.h"
+#include "tallybook/application/StopText.h"
+#include "tallybook/cli/Colours.h"
+#include "tallybook/cli/Reasons.h"
 #include "tallybook/settings/SettingsFile.h"
 
 namespace tallybook::cli {
@@ -34,7 +37,9 @@ std::size_t CacheBytes(const Text& settings_file) {
 Integer ConsoleLog::LogError(const Text& message, Long line_number, Integer detail) {
   progress_.Hide();
   // Whoever logs is handling the failure, so it is still there to be asked.
+  last_failure_ = message;
   if (std::current_exception()) {
+    last_failure_ = CurrentFailure().Description();
     std::cerr << fmt::format("tallybook: {} ({}, statement {})\n", CurrentFailure().Description(), message,
                              line_number);
   } else {
@@ -43,8 +48,11 @@ Integer ConsoleLog::LogError(const Text& message, Long line_number, Integer deta
   return log_.LogError(message, line_number, detail);
 }
 
-Session::Session(const AskOptions& asking, const NamedFiles& files) : platform_(asking), app_(platform_.Progress()) {
+Session::Session(const AskOptions& asking, const NamedFiles& files)
+    : messages_file_(asking.messages_file), report_file_(files.report), platform_(asking), app_(platform_.Progress()) {
   factory_.SetProgressDisplay(&platform_.Progress());
+  ThePlatform().stop_witness = this;
+  SetReasonPlaces({.messages_file = {}, .log_file = app_.LogFileName()});
   Files().UseRules(rules_);
   if (!files.book.empty()) rules_.ProtectBook(BookPath(files.book));
   AddInput(files.input);
@@ -53,6 +61,11 @@ Session::Session(const AskOptions& asking, const NamedFiles& files) : platform_(
   CheckInPlace(asking.messages_file, "the messages file");
   // Whatever wrote there before this line would have written onto somebody's file.
   if (!files.more_inputs) AllInputsKnown();
+}
+
+void Session::AllInputsKnown() {
+  platform_.Boxes().StartMessages();
+  SetReasonPlaces({.messages_file = messages_file_, .log_file = app_.LogFileName()});
 }
 
 void Session::AddInput(const Text& path) {
@@ -79,6 +92,31 @@ void Session::CheckInPlace(const Text& path, const Text& what) {
   rules_.ProtectOutput(path, what);
 }
 
+Session::~Session() {
+  ThePlatform().stop_witness = nullptr;
+}
+
+void Session::TellStop(const StopReason& reason) {
+  stop_told_ = true;
+  const Text text = application::StopText(reason);
+  app_.OwnLog().StopEntry(text);
+  if (platform_.Boxes().HasTold({reason.file, reason.place, reason.words})) return;
+  const bool logged = reason.file.empty() && reason.place.empty() && app_.Log().LastFailure() == reason.words;
+  if (!logged) Note(text, true);
+  platform_.Boxes().NoteReason(text);
+}
+
+void Session::Note(const Text& line, bool warning) {
+  platform_.Progress().Hide();
+  std::cerr << (warning ? TroubleText("tallybook:") + " " : Text()) << line << '\n' << std::flush;
+}
+
+void Session::ProgramStops(const StopReason& reason) {
+  TellStop(reason);
+  factory_.EndReports("Stopped: " + application::StopText(reason));
+  if (!report_file_.empty()) Files().Keep(report_file_);
+}
+
 std::unique_ptr<engine::Book> Session::OpenToRead(const Text& path) {
   engine::BookOptions options;
   options.read_only = true;
@@ -103,6 +141,23 @@ std::unique_ptr<engine::Book> Session::Open(const Text& path, engine::BookOption
 }
 
 ExitStatus Session::StatusOf(bool done) {
+  const ExitStatus status = StatusFor(done);
+  if (status != ExitStatus::kDone && !stop_told_) KeepLastTold(status);
+  return status;
+}
+
+void Session::KeepLastTold(ExitStatus status) {
+  Text text = platform_.Boxes().LastText();
+  if (text.empty()) text = app_.Log().LastFailure();
+  if (text.empty()) text = status == ExitStatus::kCancelled ? "cancelled" : "";
+  if (text.empty()) {
+    TellStop({});
+  } else {
+    app_.OwnLog().StopEntry(application::OnOneLine(text));
+  }
+}
+
+ExitStatus Session::StatusFor(bool done) {
   if (platform_.Progress().WasCancelled()) return ExitStatus::kCancelled;
   if (platform_.Boxes().WasMisanswered()) return ExitStatus::kWrongUse;
   if (done) return ExitStatus::kDone;

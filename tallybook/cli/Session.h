@@ -25,15 +25,19 @@ class ConsoleLog : public HostLog {
     return log_.AuditEntry(who, what, subject, items);
   }
 
+  // The last failure that was logged; empty before the first.
+  [[nodiscard]] const Text& LastFailure() const { return last_failure_; }
+
  private:
   HostLog& log_;
   ConsoleProgress& progress_;
+  Text last_failure_;
 };
 
 class ConsoleApp : public application::ReferenceApp {
  public:
   explicit ConsoleApp(ConsoleProgress& progress) : console_log_(ReferenceApp::Log(), progress) {}
-  HostLog& Log() override { return console_log_; }
+  ConsoleLog& Log() override { return console_log_; }
 
  private:
   ConsoleLog console_log_;
@@ -48,12 +52,16 @@ struct NamedFiles {
   bool more_inputs = false;  // others are found on the way: the messages file waits for AllInputsKnown
 };
 
-class Session {
+// While it lives it is also told of a record that stops the process, and writes what the user waits for.
+class Session : private StopWitness {
  public:
   // Looks at the command's files before anything is opened. Fails with Failure 75 where the input is no regular file, or
   // an output, the messages file among them, must not go where it is to go (OutputRules); and where the messages file
   // cannot be made.
   explicit Session(const AskOptions& asking = {}, const NamedFiles& files = {});
+  ~Session() override;
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
 
   // For a file that becomes known on the way, before it is opened: the same looks.
   void AddInput(const Text& path);
@@ -61,7 +69,7 @@ class Session {
   // For a file that the operation deletes or replaces on the way: Failure 75 where it is no regular file, or a book.
   void NeedReplaceable(const Text& path) const;
   // Makes the messages file of a session with more inputs.
-  void AllInputsKnown() { platform_.Boxes().StartMessages(); }
+  void AllInputsKnown();
 
   // The files as the component sees them.
   [[nodiscard]] application::WholeFiles& Files() { return platform_.Files(); }
@@ -76,20 +84,33 @@ class Session {
   // The boxes shown so far.
   [[nodiscard]] const ConsoleMessageBoxes& Boxes() { return platform_.Boxes(); }
 
-  // The status of an operation that gave `done`: cancelled where the user stopped it or refused its question, wrong use
-  // where an answer of --answer had no button.
+  // Tells why an operation ended before its end: on standard error, where no box has told all of it, in the messages
+  // file and in the log.
+  void TellStop(const StopReason& reason);
+  // A line of the application's own on standard error, "tallybook: ..." for a warning.
+  void Note(const Text& line, bool warning);
+
+  // The status of an operation that gave `done`, to be asked once, at its end: where it is another than 0 and nobody has
+  // told why, the last box or failure is what the log keeps. Cancelled where the user stopped it or refused its
+  // question, wrong use where an answer of --answer had no button.
   [[nodiscard]] ExitStatus StatusOf(bool done);
 
  private:
+  void ProgramStops(const StopReason& reason) override;
+  [[nodiscard]] ExitStatus StatusFor(bool done);
+  void KeepLastTold(ExitStatus status);
   [[nodiscard]] std::unique_ptr<engine::Book> Open(const Text& path, engine::BookOptions options);
 
   void CheckInPlace(const Text& path, const Text& what);
 
+  Text messages_file_;
+  Text report_file_;
   ConsolePlatform platform_;
   application::OutputRules rules_;
   ConsoleApp app_;
   application::ReferenceFactory factory_;
   application::ReportHeads report_heads_;
+  bool stop_told_ = false;
 };
 
 // The path of a book as the user named it: the file of exactly that name where there is one, else with ".tbk" where there

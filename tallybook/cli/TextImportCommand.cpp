@@ -9,14 +9,17 @@
 #include "host/HostLog.h"
 #include "import/DelimitedImport.h"
 #include "support/Platform.h"
+#include "support/Utility.h"
+#include "tallybook/application/LineEnds.h"
 #include "tallybook/application/StandardStreams.h"
+#include "tallybook/application/StopText.h"
 #include "tallybook/application/WholeFiles.h"
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FileQuestion.h"
+#include "tallybook/cli/JournalMark.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
-#include "tallybook/engine/Journal.h"
 
 namespace tallybook::cli {
 
@@ -47,6 +50,7 @@ struct ImportDelimitedOptions : TextImportOptions {
   Integer date_order = kMonthDayYear;
   bool date_parts = false;
   bool system_fields = false;
+  bool any_line_end = false;
 };
 
 // Flags by datafield number; position 0 is not looked at.
@@ -76,21 +80,26 @@ void TellApplied(engine::Book& book, const Text& file, const TextImportTally& ta
                            Counted(static_cast<long long>(RecordDates(book, tally.dates)), "date"));
 }
 
-void TellFindings(const ConsoleMessageBoxes& boxes, const Text& file, bool keep_auditing) {
-  if (boxes.AuditErrors() == 0) return;
-  if (keep_auditing) {
-    std::cerr << fmt::format("tallybook: {}: {} found by the audit\n", file, Counted(boxes.AuditErrors(), "error"));
-  } else if (boxes.WasAuditStopped()) {
-    std::cerr << fmt::format("tallybook: {}: the audit was stopped; --keep-auditing lists every error\n", file);
+// Why the import ended, where the engine or the look at the file before says it, with what the audit's questions and
+// answers came to.
+StopReason ReasonFor(const StopReason& stop, const ConsoleMessageBoxes& boxes, const Text& file) {
+  StopReason reason = stop;
+  reason.file = file;
+  if (boxes.WasAuditStopped()) {
+    reason.words += "; the audit was stopped, --keep-auditing lists every error";
+  } else if (reason.words == AuditFoundErrors().words) {
+    reason.words = Counted(boxes.AuditErrors(), "error") + " found by the audit";
   }
+  return reason;
 }
 
-// What ran is told in the journal. A failure in the second pass leaves the entry open, and what was written stands.
-void TellWhatStays(engine::Book& book, std::size_t entries_before) {
-  const auto entries = engine::Journal(book).Entries();
-  if (entries.size() <= entries_before || entries.back().state != engine::JournalState::kOpen) return;
-  std::cerr << fmt::format("tallybook: the import ended half way; `tallybook journal undo {}` takes it back\n",
-                           book.Path());
+// The delimited import renames its file on nearly every way out, also where nothing was imported.
+void TellNewName(Session& session, const Text& file, bool there_before) {
+  const Text renamed = file + ".bak";
+  if (there_before && !FileExists(file) && FileExists(renamed)) {
+    session.Note(fmt::format("{} is called {} now", application::OnOneLine(file), application::OnOneLine(renamed)),
+                 true);
+  }
 }
 
 // Standard input, read to its end into a private file that "-" stands for. Nothing for a file that the user named.
@@ -109,8 +118,9 @@ class SpooledInput {
 
 // Opens the book, lets `import` run on it with the file, and tells what came of it. `kind` names the import in the
 // journal, with the file.
-template <typename Import>
-ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& question, const Text& kind,
+//   look  says what is wrong with the file before anything is asked; nothing where it may be imported
+template <typename Look, typename Import>
+ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& question, const Text& kind, Look look,
                          Import import) {
   NeedFileOrTerminal(options.file);
   Session session(options.asking, {.book = options.book, .input = options.file, .more_inputs = options.file.empty()});
@@ -122,19 +132,30 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   if (options.file.empty()) session.AddInput(*file);
   if (kind == kDelimited) session.NeedReplaceable(*file + ".bak");
   session.AllInputsKnown();
-  const std::size_t entries_before = engine::Journal(*book).Entries().size();
+  if (const std::optional<Text> trouble = look(*file)) {
+    session.TellStop({.file = *file, .words = *trouble});
+    return session.StatusOf(false);
+  }
+  const JournalMark mark(*book);
+  const bool there_before = FileExists(*file);
   CDataExchange exchange(session.Factory());
   exchange.SetOwner(book.get());
   book->SetOperationName(kind + " " + *file);
   const bool done = import(*book, exchange, *file);
-  TellFindings(session.Boxes(), *file, options.asking.keep_auditing);
+  const TextImportTally& tally = exchange.LastTextImport();
   if (done) {
-    TellApplied(*book, *file, exchange.LastTextImport());
+    TellApplied(*book, *file, tally);
   } else {
-    TellWhatStays(*book, entries_before);
+    session.TellStop(ReasonFor(tally.stop.value_or(StopReason{}), session.Boxes(), *file));
+    TellNewName(session, *file, there_before);
+    mark.TellWhatStays();
   }
   book->Close();
   return session.StatusOf(done);
+}
+
+std::optional<Text> NothingToLookAt(const Text& /*file*/) {
+  return std::nullopt;
 }
 
 ExitStatus RunImportCsv(const ImportCsvOptions& options) {
@@ -146,7 +167,7 @@ ExitStatus RunImportCsv(const ImportCsvOptions& options) {
     const bool no_prompts = false;
     return exchange.ImportCSVFile(file, no_prompts, ClearFlags(book, options.clear), options.math);
   };
-  return RunTextImport(options, question, "import csv", import);
+  return RunTextImport(options, question, "import csv", NothingToLookAt, import);
 }
 
 ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {
@@ -154,6 +175,8 @@ ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {
   question.title = "Import Delimited File";
   question.filter = "Text Files|*.txt";
   const auto import = [&](engine::Book& book, CDataExchange& exchange, const Text& file) {
+    std::optional<application::AnyLineEnd> any_line_end;
+    if (options.any_line_end) any_line_end.emplace();
     const Integer date_fields = options.date_parts ? kDateInThreeFields : kDateInOneField;
     const bool done =
         exchange.ImportDelimitedFile(file, options.math, options.date_order, date_fields, options.system_fields);
@@ -164,7 +187,12 @@ ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {
     }
     return done;
   };
-  return RunTextImport(options, question, kDelimited, import);
+  const auto look = [&](const Text& file) -> std::optional<Text> {
+    if (options.any_line_end) return std::nullopt;
+    const auto trouble = application::BadLineEnds(file);
+    return trouble ? std::optional(*trouble + " (--line-ends any reads them)") : std::nullopt;
+  };
+  return RunTextImport(options, question, kDelimited, look, import);
 }
 
 Argument& AddMath(CommandTable& command, TextImportOptions& options, const Text& what) {
@@ -207,6 +235,7 @@ CommandTable ImportCsvCommand() {
 
 CommandTable ImportDelimitedCommand() {
   static const Choices<Integer> orders = {{"mdy", kMonthDayYear}, {"dmy", kDayMonthYear}, {"ymd", kYearMonthDay}};
+  static const Choices<bool> line_ends = {{"crlf", false}, {"any", true}};
   const auto options = std::make_shared<ImportDelimitedOptions>();
   CommandTable command = MakeCommand("delimited", "Import a text file of one line for a date and an account",
                                      {"tallybook import delimited north january.txt --math replace",
@@ -215,6 +244,8 @@ CommandTable ImportDelimitedCommand() {
   AddBookAndFile(command, *options);
   AddMath(command, *options, "add, subtract or replace").Required();
   AddChoice(command, "--date-order", options->date_order, orders, "MDY (the default), DMY or YMD");
+  AddChoice(command, "--line-ends", options->any_line_end, line_ends,
+            "crlf (the default: CR, alone or with LF) or any: LF ends a line, too");
   AddFlag(command, "--date-parts", options->date_parts, "The date stands in three fields, not in one");
   AddFlag(command, "--system-fields", options->system_fields, "Import fields that the system keeps by itself, too");
   AddEncodingAndAsking(command, *options);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "support/Types.h"
+#include "tallybook/application/Counts.h"
 
 namespace tallybook::cli {
 
@@ -30,9 +31,7 @@ class TextTable {
   std::vector<std::vector<Text>> rows_;  // the headings first
 };
 
-// A count with a comma between thousands.
-[[nodiscard]] Text WithCommas(long long count);
-// "1 account", "2 accounts".
-[[nodiscard]] Text Counted(long long count, const Text& noun);
+using application::Counted;
+using application::WithCommas;
 
 }  // namespace tallybook::cli

@@ -4,7 +4,7 @@
   import_stop_test.py TALLYBOOK
 
 The files pass every check before their first figure; behind figures that have been written already stands a date that
-the book does not hold. The process ends there, without a word and without closing its book.
+the book does not hold. The process ends there, without closing its book; it tells the reason, and writes the report.
 """
 
 import json
@@ -50,14 +50,16 @@ def put_delimited_file(book):
     (book.folder / "bad.txt").write_text("".join(lines) + ";the end\r", encoding="ascii", newline="")
 
 
-def stops(book, told, *arguments):
-    """Runs a command that is to stop and tell nothing behind `told`; undone, the book is as it was."""
+def stops(book, told, report, *arguments):
+    """Runs a command that is to stop, with `told` at the end of standard error; undone, the book is as it was."""
     before = book.figures()
     known = book.last_entry()
     done = subprocess.run([book.tallybook, *arguments], cwd=book.folder, env=book.env, stdin=subprocess.DEVNULL,
                           capture_output=True, text=True, timeout=TIMEOUT, check=False)
-    if (done.returncode, done.stderr, done.stdout) != (1, told, ""):
-        raise AssertionError(f"{arguments}: was to stop without a word, and ended with {done}")
+    if done.returncode != 1 or not done.stderr.endswith(f"tallybook: {told}\n"):
+        raise AssertionError(f"{arguments}: was to stop and tell why, and ended with {done}")
+    if report != (done.stdout.startswith("QDX Import Report\n") and done.stdout.endswith(f"Stopped: {told}\n")):
+        raise AssertionError(f"{arguments}: the report is not as it was to be: {done.stdout}")
     entry = book.last_entry()
     if entry != known:
         if entry[1] != "open":
@@ -73,12 +75,17 @@ def main():
         book = Book(sys.argv[1], pathlib.Path(folder))
         make_book(book)
         put_exchange_file(book)
+        dates = "its dates are 2003-01-01 to 2003-12-31"
+        size = (book.folder / "bad.QDX").stat().st_size
+        told = (f"bad.QDX: byte {size - 26}, account 200: the database has no record of its account 9 on 1903-02-28; "
+                f"{dates} (statement 204)")
         for math in ("add", "replace"):
-            stops(book, "", "import", "qdx", "book", "--definition", "1", "--math", math)
+            stops(book, told, True, "import", "qdx", "book", "--definition", "1", "--math", math)
             assert (book.folder / "bad.QDX").exists(), "a run that stopped disposes of nothing"
         put_delimited_file(book)
-        confirmed = "Tallybook: OK to Add data from the import file to the database?\n  OK/Cancel: OK\n"
-        stops(book, confirmed, "import", "delimited", "book", "bad.txt", "--math", "add", "--date-parts",
+        told = (f"bad.txt: record {2 * len(DAYS) + 1}: the database has no record of its account 9 on 1999-11-30; "
+                f"{dates} (statement 105)")
+        stops(book, told, False, "import", "delimited", "book", "bad.txt", "--math", "add", "--date-parts",
               "--date-order", "MDY", "--yes")
         assert (book.folder / "bad.txt").exists(), "a run that stopped renames nothing"
         book.run("set", "book", "100", "2003-03-01", "1", "4")  # it takes changes again
