@@ -4,6 +4,7 @@
 
 #include "support/Dates.h"
 #include "tallybook/application/EntryDates.h"
+#include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
@@ -12,8 +13,6 @@
 namespace tallybook::cli {
 
 namespace {
-
-constexpr Long kNewest = 0;
 
 struct JournalOptions {
   Text book;
@@ -33,6 +32,20 @@ Text StateText(engine::JournalState state) {
   return "";
 }
 
+Text StateText(const engine::JournalEntry& entry) {
+  const bool final = !entry.keeps_images && entry.state == engine::JournalState::kClosed;
+  return final ? "done for good" : StateText(entry.state);
+}
+
+Text UndoneLine(const engine::JournalEntry& entry) {
+  const Text what = entry.what_ran.empty() ? Text() : ", " + entry.what_ran;
+  return fmt::format("Undone: journal entry {}{}.\n", entry.id, what);
+}
+
+Text WhatRan(const engine::JournalEntry& entry) {
+  return entry.undoes == 0 ? entry.what_ran : fmt::format("{} of {}", entry.what_ran, entry.undoes);
+}
+
 ExitStatus RunList(const JournalOptions& options) {
   Session session;
   const auto book = session.OpenToRead(options.book);
@@ -44,8 +57,8 @@ ExitStatus RunList(const JournalOptions& options) {
   TextTable table({{"ID", Align::kRight}, {"Time"}, {"From"}, {"To"}, {"State"}, {"What ran"}});
   for (const engine::JournalEntry& entry : entries) {
     const application::EntryDates dates = application::EntryDatesOf(entry);
-    table.AddRow({std::to_string(entry.id), DateTimeText(entry.time), dates.first, dates.last, StateText(entry.state),
-                  entry.what_ran});
+    table.AddRow({std::to_string(entry.id), DateTimeText(entry.time), dates.first, dates.last, StateText(entry),
+                  WhatRan(entry)});
   }
   table.Print(std::cout);
   return ExitStatus::kDone;
@@ -56,16 +69,20 @@ ExitStatus RunUndo(const JournalOptions& options) {
     throw WrongUse(fmt::format("ID: {} is no journal entry; they count from 1", *options.id));
   Session session;
   const auto book = session.OpenToChange(options.book, options.wait);
-  const Long undone = engine::Journal(*book).Undo(options.id.value_or(kNewest));
-  book->Close();
-  std::cout << fmt::format("Undone: journal entry {}.\n", undone);
+  book->SetOperation(engine::JournalKind::kUndo, "journal undo");
+  engine::Journal journal(*book);
+  const auto undone = options.id ? journal.Undo(*options.id) : journal.UndoNewest();
+  DoAfterCommit([&] {
+    for (const engine::JournalEntry& entry : undone) std::cout << UndoneLine(entry);
+  });
+  DoAfterCommit([&] { book->Close(); });
   return ExitStatus::kDone;
 }
 
 CommandTable ListCommand() {
   const auto options = std::make_shared<JournalOptions>();
-  CommandTable command =
-      MakeCommand("list", "List the imports that kept a journal", {"tallybook journal list office"}, options, RunList);
+  CommandTable command = MakeCommand("list", "List what changed figures, oldest first",
+                                     {"tallybook journal list office"}, options, RunList);
   AddBook(command, options->book);
   return command;
 }
@@ -73,10 +90,10 @@ CommandTable ListCommand() {
 CommandTable UndoCommand() {
   const auto options = std::make_shared<JournalOptions>();
   CommandTable command =
-      MakeCommand("undo", "Put the figures back to what they were before the newest import",
+      MakeCommand("undo", "Put the figures back to what they were before the newest command",
                   {"tallybook journal undo office", "tallybook journal undo office 3"}, options, RunUndo);
   AddBookToChange(command, options->book, options->wait);
-  AddNumber(command, "ID", options->id, "", "The entry; only the newest that is left can be undone")
+  AddNumber(command, "ID", options->id, "", "This entry alone; nothing later may stand on it")
       .As(ArgumentKind::kJournalEntry);
   return command;
 }
@@ -84,7 +101,7 @@ CommandTable UndoCommand() {
 }  // namespace
 
 CommandTable JournalCommand() {
-  return MakeGroup("journal", "List what imports have changed, and take it back", {ListCommand(), UndoCommand()});
+  return MakeGroup("journal", "List what has changed figures, and take it back", {ListCommand(), UndoCommand()});
 }
 
 }  // namespace tallybook::cli

@@ -4,6 +4,7 @@
 #include "host/FiscalCalendar.h"
 #include "support/Dates.h"
 #include "support/Failure.h"
+#include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FigurePrinter.h"
@@ -22,23 +23,42 @@ struct SetOptions {
   Double value = 0;
 };
 
+// Gives the figure from before. One transaction takes the figure and its journal entry; where it fails nothing of both
+// is kept for a later commit.
+Double SetFigure(engine::Book& book, const SetOptions& options, Long account) {
+  try {
+    book.SetOperation(engine::JournalKind::kSet, fmt::format("set {} {} {} {}", options.code, DateText(options.date),
+                                                             options.field, ShortestText(options.value)));
+    const Date record_date = book.FiscalCalendar().LevelDate(options.date, kOwnLevel);
+    book.BeginRollback(record_date, record_date);
+    if (!book.ReadRecord(account, options.date)) {
+      throw Failure(FailureNumber::kInternal, fmt::format("{}: the record of account '{}' and {} cannot be read",
+                                                          book.Path(), options.code, DateText(options.date)));
+    }
+    const Double before = book.FieldValue(options.field);
+    book.SetFieldValue(options.field, options.value);
+    book.WriteRecord();
+    book.EndRollback();
+    return before;
+  } catch (...) {
+    book.Abandon();
+    throw;
+  }
+}
+
 ExitStatus RunSet(const SetOptions& options) {
   Session session;
   const auto book = session.OpenToChange(options.book, options.wait);
   const Long account = AccountNumberOf(*book, options.code);
   NeedField(*book, options.field);
   NeedDate(*book, options.date);
-  if (!book->ReadRecord(account, options.date)) {
-    throw Failure(FailureNumber::kInternal, fmt::format("{}: the record of account '{}' and {} cannot be read",
-                                                        book->Path(), options.code, DateText(options.date)));
-  }
-  const Double before = book->FieldValue(options.field);
-  book->SetFieldValue(options.field, options.value);
-  book->WriteRecord();
   const Date record_date = book->FiscalCalendar().LevelDate(options.date, kOwnLevel);
-  book->Close();
-  std::cout << fmt::format("{} {} field {}: {} becomes {}\n", options.code, DateText(record_date), options.field,
-                           ShortestText(before), ShortestText(options.value));
+  const Double before = SetFigure(*book, options, account);
+  DoAfterCommit([&] {
+    std::cout << fmt::format("{} {} field {}: {} becomes {}\n", options.code, DateText(record_date), options.field,
+                             ShortestText(before), ShortestText(options.value));
+  });
+  DoAfterCommit([&] { book->Close(); });
   return ExitStatus::kDone;
 }
 

@@ -191,6 +191,7 @@ std::unique_ptr<Book> Book::Open(const Text& path, HostApp& app, const BookOptio
   const Text place = ResolvedBookPath(path);
   auto store =
       std::make_unique<FigureStore>(BookFile(place, options.read_only, options.wait_seconds), options.cache_bytes);
+  store->File().SetNotice(options.notice);
   return std::unique_ptr<Book>(new Book(place, app, options, std::move(store)));
 }
 
@@ -220,7 +221,12 @@ void Book::Commit() {
 }
 
 void Book::Close() {
+  if (store_ != nullptr) EndOwnEntry();
   Commit();
+  Abandon();
+}
+
+void Book::Abandon() {
   DropCurrentRecord();
   store_.reset();
 }
@@ -291,8 +297,12 @@ Integer Book::FieldPosition(Integer field_number) const {
   return PositionIn(position_of_field_, field_number);
 }
 
-void Book::SetOperationName(const Text& name) {
+void Book::SetOperation(JournalKind kind, const Text& name) {
+  EndOwnEntry();
+  operation_kind_ = kind;
   operation_name_ = name;
+  in_command_ = true;
+  command_has_entry_ = false;
 }
 
 std::unique_ptr<AccountRecord> Book::NewAccountRecord() {
@@ -341,13 +351,16 @@ bool Book::ReadRecord(Long account_number, Date date) {
 bool Book::WriteRecord() {
   if (row_ == nullptr) return false;
   RequireWritable();
-  if (changed_) store_->WriteRow(changed_row_.data());
+  if (changed_) {
+    if (!store_->EntryIsOpen() && store_->Differs(changed_row_.data())) OpenOwnEntry();
+    store_->WriteRow(changed_row_.data());
+  }
   KeepWritten();
   return true;
 }
 
 void Book::KeepWritten() {
-  const bool running = progress_open_ || store_->EntryIsOpen();
+  const bool running = progress_open_ || (store_->EntryIsOpen() && !own_entry_);
   ++written_records_;
   if (store_->ChangedBytes() < kCommitBytes) {
     if (store_->ChangedBytes() == 0 || (running && written_records_ % kRecordsOfAClockLook != 0)) return;
@@ -422,18 +435,65 @@ void Book::EndProgress() {
   progress_open_ = false;
   // The display ends even where the commit fails, so it goes first.
   if (options_.progress != nullptr) options_.progress->End();
+  if (store_ != nullptr) EndOwnEntry();
   Commit();
+}
+
+void Book::BeginEntry(Date first, Date last, bool keeps_images) {
+  EndOwnEntry();
+  FigureStore& store = Store();
+  store.Commit();  // so that the entry before has its command
+  JournalEntry entry;
+  entry.command = command_has_entry_ ? store.Command() : 0;
+  entry.kind = operation_kind_;
+  entry.time = Now();
+  entry.first = first;
+  entry.last = last;
+  entry.what_ran = operation_name_.empty() && progress_open_ ? progress_title_ : operation_name_;
+  entry.keeps_images = keeps_images;
+  store.BeginEntry(entry);
+  command_has_entry_ = in_command_;
+}
+
+void Book::OpenOwnEntry() {
+  const bool keeps_images = false;
+  BeginEntry(kNoDate, kNoDate, keeps_images);
+  own_entry_ = true;
+  if (progress_open_ && options_.notice) {
+    options_.notice(path_ +
+                    ": what is written now cannot be taken back, since no figures from before are kept "
+                    "(WriteRollback)");
+  }
+}
+
+void Book::EndOwnEntry() {
+  if (!own_entry_) return;
+  store_->EndEntry();
+  own_entry_ = false;
+}
+
+void Book::TakeBack(const std::vector<JournalEntry>& entries) {
+  EndOwnEntry();
+  DropCurrentRecord();
+  JournalEntry undo;
+  undo.kind = JournalKind::kUndo;
+  undo.time = Now();
+  undo.what_ran = operation_kind_ == JournalKind::kUndo ? operation_name_ : Text("undo");
+  undo.state = JournalState::kClosed;
+  Store().Undo(entries, undo);
 }
 
 Integer Book::BeginRollback(Date first, Date last) {
   RequireWritable();
-  const Text& what_ran = operation_name_.empty() && progress_open_ ? progress_title_ : operation_name_;
-  Store().BeginEntry(Now(), first, last, what_ran);
+  const bool keeps_images = true;
+  BeginEntry(first, last, keeps_images);
   return 1;
 }
 
 void Book::EndRollback() {
-  if (!ReadOnly()) Store().EndEntry();
+  if (ReadOnly()) return;
+  Store().EndEntry();
+  own_entry_ = false;
 }
 
 bool Book::AccessRight(const Text& right) const {

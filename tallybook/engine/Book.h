@@ -30,6 +30,7 @@
 #include "support/Types.h"
 #include "tallybook/engine/BookDescription.h"
 #include "tallybook/engine/Calendar.h"
+#include "tallybook/engine/Journal.h"
 #include "tallybook/engine/Notice.h"
 #include "tallybook/engine/ProgressDisplay.h"
 #include "tallybook/engine/ReportServices.h"
@@ -37,7 +38,6 @@
 namespace tallybook::engine {
 
 class FigureStore;
-class Journal;
 
 // Masterfile::FileVersion, which exchange files carry. The format of the book's file has a number of its own
 // (BookFormat.h).
@@ -50,7 +50,8 @@ struct BookOptions {
   double wait_seconds = 0;    // the longest that a book to be written is waited for while it is open elsewhere
   ProgressDisplay* progress = nullptr;
   ReportServices* reports = nullptr;
-  Notice notice;  // what the user should see: a book was brought up to date, or its companion files were
+  // What the user should see: a book was brought up to date, or its companion files were, or nothing can be taken back.
+  Notice notice;
 };
 
 // Which figures a walk visits. A record is in the range when it holds one of the dates.
@@ -93,6 +94,8 @@ class Book final : public Masterfile, public CalendarSource {
   void Commit();
   // Commits and closes the file. Nothing but the destructor may follow. A journal entry that is open stays unclosed.
   void Close();
+  // Closes the file and drops what has not been committed. As Close otherwise.
+  void Abandon();
 
   [[nodiscard]] const Text& Path() const { return path_; }
   [[nodiscard]] bool ReadOnly() const { return options_.read_only; }
@@ -114,8 +117,11 @@ class Book final : public Masterfile, public CalendarSource {
   [[nodiscard]] Integer AccountPosition(Long account_number) const;
   [[nodiscard]] Integer FieldPosition(Integer field_number) const;
 
-  // What the journal entries from here on say that ran. Where it is empty they bear the title of the progress display.
-  void SetOperationName(const Text& name);
+  // Begins a command: what the journal entries from here on say that ran, and of what kind it is. They belong together
+  // until the next call; without one each entry is a command of its own. Where the name is empty they bear the title of
+  // the progress display.
+  void SetOperation(JournalKind kind, const Text& name);
+  void SetOperationName(const Text& name) { SetOperation(JournalKind::kImport, name); }
 
   // CalendarSource.
   [[nodiscard]] const Calendar& CalendarRules() const override;
@@ -181,8 +187,9 @@ class Book final : public Masterfile, public CalendarSource {
   [[nodiscard]] bool ProgressCancelled() const override;
   void EndProgress() override;
 
-  // Commits, ends an entry that is still open as unclosed, and opens a new one. Gives 1. Failure 70 for a book open to
-  // read.
+  // Commits, ends an entry that is still open as unclosed, and opens a new one, which reaches the file with the first
+  // commit under it. Gives 1. Failure 70 for a book open to read. What is written while no entry is open gets one from
+  // the book itself that keeps no images (Journal.h); it ends with the operation, or when the book is closed.
   Integer BeginRollback(Date first, Date last) override;
   void EndRollback() override;
 
@@ -207,6 +214,10 @@ class Book final : public Masterfile, public CalendarSource {
   void RequireWritable() const;
   [[noreturn]] void FailField(Integer field_number) const;
   void KeepWritten();
+  void BeginEntry(Date first, Date last, bool keeps_images);
+  void OpenOwnEntry();
+  void EndOwnEntry();
+  void TakeBack(const std::vector<JournalEntry>& entries);
   void DropCurrentRecord();
 
   Text path_;
@@ -231,7 +242,11 @@ class Book final : public Masterfile, public CalendarSource {
   std::vector<Double> changed_row_;
   bool changed_ = false;
   unsigned written_records_ = 0;
+  JournalKind operation_kind_ = JournalKind::kImport;
   Text operation_name_;
+  bool in_command_ = false;         // SetOperation has begun one
+  bool command_has_entry_ = false;  // and an entry of it was the last that was opened
+  bool own_entry_ = false;          // the open entry is one that the book opened by itself
   Text progress_title_;
 };
 

@@ -1,8 +1,10 @@
 #include "tallybook/engine/BookFile.h"
 
+#include <string>
 #include <utility>
 
 #include "support/Failure.h"
+#include "tallybook/engine/BookUpgrade.h"
 #include "tallybook/engine/DescriptionTables.h"
 #include "tallybook/engine/PrivateCopy.h"
 
@@ -30,7 +32,7 @@ BookFile::BookFile(const Text& path, const BookDescription& description) : path_
   database.Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
   Transaction transaction(database);
   CreateTables(database);
-  SaveDescription(database, *description_, rows_of_chunk_);
+  SaveDescription(database, {*description_, rows_of_chunk_}, kBookFormat);
   transaction.Commit();
 }
 
@@ -49,9 +51,39 @@ BookFile::BookFile(const Text& path, bool read_only, double wait_seconds) : path
         "PRAGMA cache_size = -16384");
   }
   format_ = FormatOf(*database_);
-  StoredDescription stored = LoadDescription(*database_);
+  LoadDescription();
+}
+
+BookFile BookFile::OpenToCheck(const Text& path) {
+  return BookFile(path);
+}
+
+BookFile::BookFile(const Text& path) : path_(path), read_only_(true) {
+  OpenToLook();
+  database_->BeginReading();
+  format_ = FormatOf(*database_);
+  try {
+    LoadDescription();
+  } catch (const Failure& failure) {
+    description_trouble_ = failure.Description();
+  }
+}
+
+void BookFile::LoadDescription() {
+  StoredDescription stored = engine::LoadDescription(*database_, format_);
   *description_ = std::move(stored.description);
   rows_of_chunk_ = stored.rows_of_chunk;
+}
+
+void BookFile::BringUpToDate() {
+  if (format_ == kBookFormat) return;
+  const Text backup = UpgradeBook(*database_, format_);
+  const Long before = format_;
+  format_ = kBookFormat;
+  if (notice_) {
+    notice_(path_ + ": the book is brought from format " + std::to_string(before) + " to " +
+            std::to_string(kBookFormat) + "; as it was it stands in " + backup);
+  }
 }
 
 void BookFile::OpenToChange(double wait_seconds) {

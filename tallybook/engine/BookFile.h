@@ -5,12 +5,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 #include "support/Types.h"
 #include "tallybook/engine/BookDescription.h"
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/BookHold.h"
 #include "tallybook/engine/Database.h"
+#include "tallybook/engine/Notice.h"
 
 namespace tallybook::engine {
 
@@ -23,6 +25,11 @@ class BookFile {
   // written that is in use elsewhere is waited for so many seconds at most.
   BookFile(const Text& path, bool read_only, double wait_seconds = 0);
 
+  // Opens a file to look for damage: a description that is damaged is no failure then, but told by DescriptionTrouble,
+  // and empty.
+  static BookFile OpenToCheck(const Text& path);
+  [[nodiscard]] const Text& DescriptionTrouble() const { return description_trouble_; }
+
   [[nodiscard]] const Text& Path() const { return database_->Path(); }
   [[nodiscard]] Database& Db() { return *database_; }
   [[nodiscard]] bool ReadOnly() const { return read_only_; }
@@ -32,12 +39,18 @@ class BookFile {
   [[nodiscard]] std::shared_ptr<const BookDescription> SharedDescription() const { return description_; }
   // The format that the file has.
   [[nodiscard]] Long Format() const { return format_; }
+  // Due before the first write: brings a file of an older format to the present one (BookUpgrade.h) and says so by
+  // `notice`. No statement may stand on a row.
+  void BringUpToDate();
+  void SetNotice(Notice notice) { notice_ = std::move(notice); }
   // How many records a chunk has; fixed when the book was made.
   [[nodiscard]] std::size_t RowsOfChunk() const { return rows_of_chunk_; }
 
  private:
   BookFile(const Text& path, const BookDescription& description);
+  explicit BookFile(const Text& path);
 
+  void LoadDescription();
   void OpenToChange(double wait_seconds);
   void OpenToLook();
   [[nodiscard]] bool OpenShared();
@@ -52,6 +65,8 @@ class BookFile {
   std::unique_ptr<Database> database_;
   std::shared_ptr<BookDescription> description_ = std::make_shared<BookDescription>();
   Long format_ = kBookFormat;
+  Notice notice_;
+  Text description_trouble_;
   std::size_t rows_of_chunk_ = 1;
 };
 

@@ -9,13 +9,14 @@ namespace tallybook::engine {
 
 namespace {
 
-// A page, and what of it is left for one chunk when a row's head and its bytes outside the figures are taken off.
-constexpr std::size_t kPageSize = 16384;
-constexpr std::size_t kPageRoom = 16256;
+// A page of 16,384 bytes, and what of it is left for the figures of one chunk when the page's head (8), the row's own
+// (2 + 3 + 9 + 6 + 8: place, lengths, row, types, key) and the chunk's bytes outside the figures (5 + 8) are taken off.
+// The room is a whole number of eighths so small that eight chunks of an eighth fit a page as well:
+// 8 + 8 x (2 + 2 + 3 + 5 + 6 + 2,029) is 16,384.
+constexpr std::size_t kPageRoom = kLargestChunkRoom;
 // One chunk of every account together stays below this, so that a walk from date to date over all accounts finds its
 // chunks in a cache of the usual size.
 constexpr std::size_t kChunksOfAllAccounts = std::size_t{128} << 20;
-constexpr std::size_t kSmallestChunk = 2032;
 
 constexpr const char* kSchema = R"sql(
 CREATE TABLE property (name TEXT PRIMARY KEY, value) WITHOUT ROWID;
@@ -25,11 +26,25 @@ CREATE TABLE account (position INTEGER PRIMARY KEY, number INTEGER NOT NULL UNIQ
 CREATE TABLE field (position INTEGER PRIMARY KEY, number INTEGER NOT NULL UNIQUE, description TEXT NOT NULL,
                     system INTEGER NOT NULL);
 CREATE TABLE chunk (id INTEGER PRIMARY KEY, key INTEGER NOT NULL UNIQUE, figures BLOB NOT NULL);
-CREATE TABLE journal (id INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, first REAL NOT NULL, last REAL NOT NULL,
-                      what TEXT NOT NULL, state INTEGER NOT NULL, chunks INTEGER NOT NULL);
+CREATE TABLE account_sum (block INTEGER PRIMARY KEY, sums BLOB NOT NULL);
+CREATE TABLE image (id INTEGER PRIMARY KEY, figures BLOB NOT NULL);
+)sql";
+
+constexpr const char* kJournalSchema = R"sql(
+CREATE TABLE command (id INTEGER PRIMARY KEY AUTOINCREMENT, time REAL NOT NULL, what TEXT NOT NULL, who TEXT NOT NULL,
+                      checksum INTEGER NOT NULL);
+CREATE TABLE journal (id INTEGER PRIMARY KEY AUTOINCREMENT, command INTEGER NOT NULL, kind INTEGER NOT NULL,
+                      time REAL NOT NULL, first REAL NOT NULL, last REAL NOT NULL, what TEXT NOT NULL,
+                      state INTEGER NOT NULL, images INTEGER NOT NULL, undoes INTEGER NOT NULL,
+                      chunks INTEGER NOT NULL, marks INTEGER NOT NULL, marks_sum INTEGER NOT NULL,
+                      checksum INTEGER NOT NULL);
+CREATE TABLE journal_text (entry INTEGER NOT NULL, name TEXT NOT NULL, value, checksum INTEGER NOT NULL,
+                           PRIMARY KEY (entry, name)) WITHOUT ROWID;
+CREATE TABLE journal_file (entry INTEGER NOT NULL, position INTEGER NOT NULL, path TEXT NOT NULL, size INTEGER,
+                           xxh3 BLOB, sha256 BLOB, checksum INTEGER NOT NULL, PRIMARY KEY (entry, position))
+                          WITHOUT ROWID;
 CREATE TABLE journal_chunk (entry INTEGER NOT NULL, key INTEGER NOT NULL, rows BLOB NOT NULL, image INTEGER,
                             PRIMARY KEY (entry, key)) WITHOUT ROWID;
-CREATE TABLE image (id INTEGER PRIMARY KEY, figures BLOB NOT NULL);
 )sql";
 
 }  // namespace
@@ -37,7 +52,7 @@ CREATE TABLE image (id INTEGER PRIMARY KEY, figures BLOB NOT NULL);
 // The record size decides how many records fit; a record larger than a page has a chunk of its own.
 std::size_t ChooseRowsOfChunk(const BookDescription& description) {
   std::size_t room = kPageRoom;
-  while (room > kSmallestChunk && room * description.accounts.size() > kChunksOfAllAccounts) room /= 2;
+  while (room > kSmallestChunkRoom && room * description.accounts.size() > kChunksOfAllAccounts) room /= 2;
   const std::size_t record = std::max<std::size_t>(description.fields.size(), 1) * sizeof(Double);
   return std::max<std::size_t>(room / record, 1);
 }
@@ -50,6 +65,11 @@ void CreateTables(Database& database) {
   database.Execute(("PRAGMA application_id = " + std::to_string(kBookApplicationId)).c_str());
   database.Execute(("PRAGMA user_version = " + std::to_string(kBookFormat)).c_str());
   database.Execute(kSchema);
+  CreateJournalTables(database);
+}
+
+void CreateJournalTables(Database& database) {
+  database.Execute(kJournalSchema);
 }
 
 Long FormatOf(Database& database) {

@@ -13,12 +13,19 @@ namespace tallybook::engine {
 // The mark of a book among SQLite files ("Tbk1").
 inline constexpr std::int64_t kBookApplicationId = 0x54626B31;
 // The format that this engine writes, and the newest that it reads.
-inline constexpr Long kBookFormat = 1;
+inline constexpr Long kBookFormat = 2;
+
+inline constexpr std::size_t kPageSize = 16'384;
+// The least that a chunk's figures may take, in bytes, where its records are small enough.
+inline constexpr std::size_t kSmallestChunkRoom = 2'016;
+inline constexpr std::size_t kLargestChunkRoom = 8 * kSmallestChunkRoom;
 
 // For a new file, before anything is in it.
 void SetPageSize(Database& database);
 // Makes the tables of a new book, and marks the file as one of this format. Within a transaction.
 void CreateTables(Database& database);
+// The journal's tables alone.
+void CreateJournalTables(Database& database);
 
 // The format of a file.
 //   fails   75 for a file that is no book, 73 for a format newer than ours, 57 for a number that no format has

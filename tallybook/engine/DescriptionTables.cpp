@@ -4,6 +4,7 @@
 
 #include "support/Failure.h"
 #include "support/Narrow.h"
+#include "tallybook/engine/Checksums.h"
 
 namespace tallybook::engine {
 
@@ -24,13 +25,14 @@ constexpr const char* kWeekEndsOn = "week_ends_on";
 constexpr const char* kMaxAccounts = "max_accounts";
 constexpr const char* kMaxFields = "max_fields";
 constexpr const char* kRowsOfChunk = "rows_of_chunk";
+constexpr const char* kChecksum = "checksum";  // of all of it, and of the format's number
 
 class Properties {
  public:
   explicit Properties(Database& database)
       : database_(database),
         read_(database, "SELECT value FROM property WHERE name = ?1"),
-        write_(database, "INSERT INTO property (name, value) VALUES (?1, ?2)") {}
+        write_(database, "INSERT OR REPLACE INTO property (name, value) VALUES (?1, ?2)") {}
 
   void Put(const Text& name, const Text& value) { write_.Bind(1, name).Bind(2, value).Run(); }
   void Put(const Text& name, std::int64_t value) { write_.Bind(1, name).Bind(2, value).Run(); }
@@ -62,9 +64,34 @@ class Properties {
   DbStatement write_;
 };
 
+Checksum DescriptionChecksum(const StoredDescription& stored, Long format) {
+  const BookDescription& description = stored.description;
+  const CalendarDescription& calendar = description.calendar;
+  Digest digest;
+  digest.Add(std::int64_t{format}).Add(static_cast<std::int64_t>(stored.rows_of_chunk));
+  digest.Add(description.system_name).Add(description.type_name).Add(std::int64_t{description.data_level});
+  digest.Add(static_cast<std::int64_t>(calendar.kind)).Add(calendar.first_date);
+  for (const Integer number : {calendar.first_year, calendar.years, calendar.years_in_use, calendar.week_ends_on}) {
+    digest.Add(std::int64_t{number});
+  }
+  digest.Add(std::int64_t{description.max_accounts}).Add(std::int64_t{description.max_fields});
+  digest.Add(static_cast<std::int64_t>(calendar.periods.size()));
+  for (const PeriodDescription& row : calendar.periods) digest.Add(row.name).Add(std::int64_t{row.length});
+  digest.Add(static_cast<std::int64_t>(description.accounts.size()));
+  for (const AccountDescription& row : description.accounts) {
+    digest.Add(std::int64_t{row.number}).Add(row.code).Add(row.description);
+  }
+  digest.Add(static_cast<std::int64_t>(description.fields.size()));
+  for (const FieldDescription& row : description.fields) {
+    digest.Add(std::int64_t{row.number}).Add(row.description).Add(std::int64_t{row.system});
+  }
+  return digest.Value();
+}
+
 }  // namespace
 
-void SaveDescription(Database& database, const BookDescription& description, std::size_t rows_of_chunk) {
+void SaveDescription(Database& database, const StoredDescription& stored, Long format) {
+  const BookDescription& description = stored.description;
   Properties properties(database);
   const CalendarDescription& calendar = description.calendar;
   properties.Put(kSystemName, description.system_name);
@@ -78,7 +105,7 @@ void SaveDescription(Database& database, const BookDescription& description, std
   properties.Put(kWeekEndsOn, calendar.week_ends_on);
   properties.Put(kMaxAccounts, description.max_accounts);
   properties.Put(kMaxFields, description.max_fields);
-  properties.Put(kRowsOfChunk, static_cast<std::int64_t>(rows_of_chunk));
+  properties.Put(kRowsOfChunk, static_cast<std::int64_t>(stored.rows_of_chunk));
 
   DbStatement period(database, "INSERT INTO period (name, length) VALUES (?1, ?2)");
   for (const PeriodDescription& row : calendar.periods) {
@@ -92,9 +119,14 @@ void SaveDescription(Database& database, const BookDescription& description, std
   for (const FieldDescription& row : description.fields) {
     field.Bind(1, std::int64_t{row.number}).Bind(2, row.description).Bind(3, std::int64_t{row.system}).Run();
   }
+  SealDescription(database, stored, format);
 }
 
-StoredDescription LoadDescription(Database& database) {
+void SealDescription(Database& database, const StoredDescription& stored, Long format) {
+  Properties(database).Put(kChecksum, ToColumn(DescriptionChecksum(stored, format)));
+}
+
+StoredDescription LoadDescription(Database& database, Long format) {
   StoredDescription stored;
   BookDescription& description = stored.description;
   Properties properties(database);
@@ -121,6 +153,10 @@ StoredDescription LoadDescription(Database& database) {
   DbStatement field(database, "SELECT number, description, system FROM field ORDER BY position");
   while (field.Step()) {
     description.fields.push_back({ToInteger(field.Int(0)), field.String(1), field.Int(2) != 0});
+  }
+  if (format > 1 && FromColumn(properties.Number(kChecksum)) != DescriptionChecksum(stored, format)) {
+    throw Failure(FailureNumber::kDeviceError,
+                  database.Path() + ": the book is damaged: its description does not agree with its checksum", kSource);
   }
   // A file that was changed by something else must not lead to positions and dates that no table has.
   CheckBookDescription(description, database.Path());

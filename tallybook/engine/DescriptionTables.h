@@ -14,10 +14,13 @@ struct StoredDescription {
   std::size_t rows_of_chunk = 1;
 };
 
-// Writes into the tables of a new book. Takes the description as sound.
-void SaveDescription(Database& database, const BookDescription& description, std::size_t rows_of_chunk);
+// Writes into the tables of a new book of this format. Takes the description as sound; its values are not looked at.
+void SaveDescription(Database& database, const StoredDescription& stored, Long format);
+// Writes the checksum of what is stored already.
+void SealDescription(Database& database, const StoredDescription& stored, Long format);
 
-// Reads it. What it gives is sound: a file that was changed by something else is failure 5 or 57.
-[[nodiscard]] StoredDescription LoadDescription(Database& database);
+// Reads it. What it gives is sound: failure 57 for what does not agree with its checksum (from format 2 on), 5 or 57 for
+// a file that was changed by something else.
+[[nodiscard]] StoredDescription LoadDescription(Database& database, Long format);
 
 }  // namespace tallybook::engine

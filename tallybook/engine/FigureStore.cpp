@@ -9,14 +9,13 @@
 #include "support/Failure.h"
 #include "support/Narrow.h"
 #include "tallybook/engine/ChunkCodec.h"
+#include "tallybook/engine/ChunkKey.h"
 
 namespace tallybook::engine {
 
 namespace {
 
-// A chunk's key: the account's number above, the chunk's number from 0 below. The numbers stand in book files.
-constexpr int kChunkNumberBits = 24;
-constexpr std::int64_t kChunkNumberMask = (std::int64_t{1} << kChunkNumberBits) - 1;
+constexpr const char* kSource = "Tallybook.Book";
 
 // About what a chunk in memory takes beside its figures: itself, and its entry in the table by key.
 constexpr std::size_t kBytesOfAChunk = 192;
@@ -42,12 +41,23 @@ FigureStore::FigureStore(BookFile file, std::size_t cache_bytes)
       insert_chunk_(file_.Db(), "INSERT INTO chunk (key, figures) VALUES (?1, ?2)"),
       update_chunk_(file_.Db(), "UPDATE chunk SET figures = ?2 WHERE id = ?1"),
       delete_chunk_(file_.Db(), "DELETE FROM chunk WHERE id = ?1"),
-      find_rows_(file_.Db(), "SELECT rows FROM journal_chunk WHERE entry = ?1 AND key = ?2"),
-      write_rows_(file_.Db(), "INSERT INTO journal_chunk (entry, key, rows, image) VALUES (?1, ?2, ?3, ?4)"),
-      update_rows_(file_.Db(), "UPDATE journal_chunk SET rows = ?3 WHERE entry = ?1 AND key = ?2"),
-      write_image_(file_.Db(), "INSERT INTO image (figures) SELECT figures FROM chunk WHERE id = ?1") {
+      directory_(file_.Db()),
+      journal_(file_.Db()) {
   BuildTables();
   file_is_empty_ = file_.Db().Number("SELECT count(*) FROM (SELECT 1 FROM chunk LIMIT 1)") == 0;
+  LoadSums();
+}
+
+void FigureStore::LoadSums() {
+  std::vector<Long> accounts;
+  for (const AccountDescription& account : file_.Description().accounts) accounts.push_back(account.number);
+  sums_ = AccountSums(accounts);
+  if (file_.Format() == 1) return;
+  sums_.Load(file_.Db());
+  if (sums_.Empty() != file_is_empty_) {
+    throw Failure(FailureNumber::kDeviceError,
+                  file_.Path() + ": the book is damaged: its chunks and the sums beside them do not agree", kSource);
+  }
 }
 
 void FigureStore::BuildTables() {
@@ -63,7 +73,7 @@ void FigureStore::BuildTables() {
     day = last + 1;
   }
   for (const AccountDescription& account : file_.Description().accounts) {
-    base_key_of_account_.push_back(std::int64_t{account.number} << kChunkNumberBits);
+    base_key_of_account_.push_back(FirstKeyOf(account.number));
   }
   last_of_account_.assign(base_key_of_account_.size(), nullptr);
 }
@@ -79,7 +89,7 @@ void FigureStore::FetchEarly(std::size_t account, std::size_t row) const {
   const Chunk* chunk = account < last_of_account_.size() ? last_of_account_[account] : nullptr;
   const Double* figures = chunk == nullptr ? nullptr : chunk->rows.Find(row, shape_.fields);
   if (figures == nullptr) return;
-  if (!chunk->touched.empty()) __builtin_prefetch(chunk->touched.data() + row / 8, 1);
+  if (!chunk->mark.rows.empty()) __builtin_prefetch(chunk->mark.rows.data() + row / 8, 1);
   constexpr std::size_t kFiguresOfACacheLine = 8;
   constexpr std::size_t kMostFigures = 64;  // of a long row the processor fetches the rest by itself
   for (std::size_t index = 0; index < std::min(shape_.fields, kMostFigures); index += kFiguresOfACacheLine) {
@@ -123,9 +133,14 @@ FigureStore::Chunk& FigureStore::Load(std::int64_t key) {
 void FigureStore::LoadStored(Chunk& chunk) {
   file_.Db().BeginReading();
   const std::optional<StoredChunk> stored = stored_chunks_.Find(chunk.key);
-  if (!stored) return;
+  const AccountSum sum = sums_.Of(AccountOf(chunk.key));
+  if (!stored) {
+    if (directory_.Has(chunk.key, sum)) FailDamaged(chunk.key, "a chunk is not found where the index has it");
+    return;
+  }
+  if (file_.Format() > 1 && sum.chunks == 0) FailDamaged(chunk.key, "a chunk is there that was not written");
   ChunkRows rows;
-  Decode(chunk.key, stored->figures, rows);
+  chunk.checksum = Decode(chunk.key, stored->figures, rows);
   held_bytes_ += rows.Bytes();
   chunk.rows = std::move(rows);
   chunk.stored = stored->row;
@@ -161,7 +176,7 @@ void FigureStore::GiveUpOne() {
 }
 
 void FigureStore::Forget(Chunk& chunk) {
-  if (entry_ != 0 && chunk.touched_entry == entry_) images_given_up_ = true;
+  if (entry_ != 0 && chunk.touched_entry == entry_) marks_given_up_ = true;
   by_key_.erase(chunk.key);
   held_bytes_ -= kBytesOfAChunk + chunk.rows.Bytes();
   chunk = {};
@@ -175,25 +190,46 @@ void FigureStore::ForgetAll() {
   }
 }
 
-void FigureStore::Decode(std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const {
-  try {
-    DecodeChunk(shape_, bytes, rows);
-  } catch (const Failure& failure) {
-    const auto first_record = static_cast<std::size_t>(key & kChunkNumberMask) * shape_.rows;
-    const Text from =
-        first_record < date_of_record_.size() ? DateText(date_of_record_[first_record]) : Text("beyond the last date");
-    throw Failure(failure.Number(),
-                  file_.Path() + ": " + failure.Description() + " (account number " +
-                      std::to_string(key >> kChunkNumberBits) + ", from " + from + ")",
-                  failure.Source());
+// Of the first format no bytes have a checksum; it is told as if they had, so that the chunk can be kept in memory when
+// the file is brought up to date.
+Checksum FigureStore::Decode(std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const {
+  CheckedBytes checked;
+  if (file_.Format() == 1) {
+    checked = {bytes, ChecksumOf(bytes, key)};
+  } else if (const auto taken = TakeChecked(bytes, key)) {
+    checked = *taken;
+  } else {
+    FailDamaged(key, "a chunk does not agree with its checksum");
   }
+  try {
+    DecodeChunk(shape_, checked.bytes, rows);
+  } catch (const Failure& failure) {
+    FailDamaged(key, failure.Description());
+  }
+  return checked.checksum;
+}
+
+void FigureStore::FailDamaged(std::int64_t key, const Text& what) const {
+  const Text damaged = what.starts_with("the book is damaged") ? what : "the book is damaged: " + what;
+  const auto first_record = std::size_t{ChunkNumberOf(key)} * shape_.rows;
+  const Text from =
+      first_record < date_of_record_.size() ? DateText(date_of_record_[first_record]) : Text("beyond the last date");
+  throw Failure(FailureNumber::kDeviceError,
+                file_.Path() + ": " + damaged + " (account number " + std::to_string(key >> kChunkNumberBits) +
+                    ", from " + from + ")",
+                kSource);
+}
+
+bool FigureStore::Differs(const Double* figures) const {
+  const Double* stands = current_->rows.Find(current_row_, shape_.fields);
+  return std::memcmp(stands != nullptr ? stands : row_of_zeros_.data(), figures, shape_.fields * sizeof(Double)) != 0;
 }
 
 bool FigureStore::WriteRow(const Double* figures) {
+  if (!Differs(figures)) return false;
   Chunk& chunk = *current_;
   const std::size_t size = shape_.fields * sizeof(Double);
   const Double* stands = chunk.rows.Find(current_row_, shape_.fields);
-  if (std::memcmp(stands != nullptr ? stands : row_of_zeros_.data(), figures, size) == 0) return false;
   Double* row = stands != nullptr ? chunk.rows.Hold(current_row_, shape_) : HoldRow(chunk);
   if (entry_ != 0) Touch(chunk);
   if (!chunk.changed) {
@@ -223,89 +259,125 @@ RowRange FigureStore::LikelyRows(const Chunk& chunk) const {
 
 void FigureStore::Touch(Chunk& chunk) {
   if (chunk.touched_entry != entry_) {
-    chunk.touched.assign((shape_.rows + 7) / 8, std::byte{0});
+    chunk.mark = {};
+    chunk.mark.rows.assign((shape_.rows + 7) / 8, std::byte{0});
     chunk.touched_entry = entry_;
-    chunk.imaged = false;
+    chunk.marked = false;
   }
-  SetBit(chunk.touched, current_row_);
+  SetBit(chunk.mark.rows, current_row_);
+}
+
+void FigureStore::BringUpToDate() {
+  if (file_.Format() == kBookFormat) return;
+  file_.BringUpToDate();
+  LoadSums();
 }
 
 void FigureStore::Commit() {
+  CommitAs(entry_row_.entry.state);
+}
+
+void FigureStore::CommitAs(JournalState state) {
   stored_chunks_.EndWalk();
-  if (!changed_.empty()) {
+  const bool entry_differs = entry_ != 0 && (entry_row_.entry.id == 0 || entry_row_.entry.state != state);
+  if (!changed_.empty() || entry_differs) {
+    BringUpToDate();
     std::sort(changed_.begin(), changed_.end(), [](const Chunk* a, const Chunk* b) { return a->key < b->key; });
-    std::vector<std::int64_t> stored;
-    stored.reserve(changed_.size());
+    JournalRow entry = entry_row_;
+    entry.entry.state = state;
+    AccountSums sums = sums_;
+    std::vector<StoredAs> stored;
+    std::vector<ChunkMark> marks;
     Transaction transaction(file_.Db());
-    for (Chunk* chunk : changed_) {
-      if (entry_ != 0) WriteImage(*chunk);
-      stored.push_back(Store(chunk->stored, chunk->key, chunk->rows));
-    }
+    WriteAll(entry, sums, stored, marks);
     transaction.Commit();
     // Only now is anything of it true; a failure above leaves all chunks changed.
     for (std::size_t index = 0; index < changed_.size(); ++index) {
-      changed_[index]->changed = false;
-      changed_[index]->stored = stored[index];
-      changed_[index]->imaged = entry_ != 0;
+      Chunk& chunk = *changed_[index];
+      chunk.changed = false;
+      directory_.Note(chunk.key, stored[index].row != 0);
+      chunk.stored = stored[index].row;
+      chunk.checksum = stored[index].checksum;
+      if (entry_ == 0) continue;
+      chunk.mark = std::move(marks[index]);
+      chunk.marked = true;
     }
+    if (!changed_.empty()) file_is_empty_ = false;
     changed_.clear();
-    file_is_empty_ = false;
+    sums_ = std::move(sums);
+    entry_row_ = entry;
   }
   changed_bytes_ = 0;
   last_commit_ = std::chrono::steady_clock::now();
 }
 
 // Every chunk that is changed while an entry is open was touched under it: an entry begins and ends with a commit.
-void FigureStore::WriteImage(Chunk& chunk) {
-  bool imaged = chunk.imaged;
-  if (!imaged && images_given_up_) {
-    const EndOfWalk end(find_rows_);
-    imaged = find_rows_.Bind(1, std::int64_t{entry_}).Bind(2, chunk.key).Step();
-    if (imaged) {
-      const auto before = find_rows_.Bytes(0);
-      for (std::size_t index = 0; index < std::min(before.size(), chunk.touched.size()); ++index) {
-        chunk.touched[index] |= before[index];
-      }
-    }
+void FigureStore::WriteAll(JournalRow& entry, AccountSums& sums, std::vector<StoredAs>& stored,
+                           std::vector<ChunkMark>& marks) {
+  stored.reserve(changed_.size());
+  marks.reserve(entry_ == 0 ? 0 : changed_.size());
+  if (entry_ != 0 && entry.entry.command == 0) {
+    entry.entry.command = journal_.AddCommand(entry.entry.time, entry.entry.what_ran);
   }
-  DbStatement& statement = imaged ? update_rows_ : write_rows_;
-  statement.Bind(1, std::int64_t{entry_}).Bind(2, chunk.key).Bind(3, std::span<const std::byte>(chunk.touched));
-  if (!imaged && chunk.stored != 0) {
-    write_image_.Bind(1, chunk.stored).Run();
-    statement.Bind(4, file_.Db().LastRow());
-  } else if (!imaged) {
-    statement.BindNull(4);
+  if (entry_ != 0 && entry.entry.id == 0) journal_.Save(entry);
+  for (const Chunk* chunk : changed_) {
+    if (entry_ != 0) marks.push_back(WriteMark(*chunk, entry));
+    stored.push_back(Store({chunk->stored, chunk->checksum}, chunk->key, chunk->rows, sums));
   }
-  statement.Run();
+  sums.Save(file_.Db());
+  if (entry_ != 0) journal_.Save(entry);
 }
 
-std::int64_t FigureStore::Store(std::int64_t row, std::int64_t key, const ChunkRows& rows) {
+ChunkMark FigureStore::WriteMark(const Chunk& chunk, JournalRow& entry) {
+  const Long id = entry.entry.id;
+  std::optional<ChunkMark> stands;
+  if (chunk.marked) {
+    stands = chunk.mark;
+  } else if (marks_given_up_) {
+    stands = journal_.FindMark(id, chunk.key);
+  }
+  ChunkMark mark = chunk.mark;
+  if (stands) {
+    for (std::size_t index = 0; index < std::min(stands->rows.size(), mark.rows.size()); ++index) {
+      mark.rows[index] |= stands->rows[index];
+    }
+    mark.image = stands->image;
+    entry.marks_sum -= stands->checksum;
+    journal_.UpdateMark(id, chunk.key, mark);
+  } else {
+    mark.image = entry.entry.keeps_images && chunk.stored != 0 ? journal_.CopyImage(chunk.stored) : 0;
+    ++entry.marks;
+    ++entry.entry.chunks;
+    journal_.InsertMark(id, chunk.key, mark);
+  }
+  entry.marks_sum += mark.checksum;
+  return mark;
+}
+
+FigureStore::StoredAs FigureStore::Store(StoredAs stands, std::int64_t key, const ChunkRows& rows, AccountSums& sums) {
+  if (stands.row != 0) sums.Remove(key, stands.checksum);
   EncodeChunk(shape_, rows, bytes_);
   if (bytes_.empty()) {
-    if (row != 0) delete_chunk_.Bind(1, row).Run();
-    return 0;
+    if (stands.row != 0) delete_chunk_.Bind(1, stands.row).Run();
+    return {};
   }
-  if (row != 0) {
-    update_chunk_.Bind(1, row).Bind(2, std::span<const std::byte>(bytes_)).Run();
-    return row;
+  const Checksum checksum = AppendChecksum(bytes_, key);
+  sums.Add(key, checksum);
+  if (stands.row != 0) {
+    update_chunk_.Bind(1, stands.row).Bind(2, std::span<const std::byte>(bytes_)).Run();
+    return {stands.row, checksum};
   }
   insert_chunk_.Bind(1, key).Bind(2, std::span<const std::byte>(bytes_)).Run();
-  return file_.Db().LastRow();
+  return {file_.Db().LastRow(), checksum};
 }
 
-void FigureStore::BeginEntry(Date time, Date first, Date last, const Text& what_ran) {
+void FigureStore::BeginEntry(const JournalEntry& entry) {
   Commit();
-  entry_ = 0;
-  Transaction transaction(file_.Db());
-  DbStatement insert(file_.Db(),
-                     "INSERT INTO journal (time, first, last, what, state, chunks) VALUES (?1, ?2, ?3, ?4, ?5, 0)");
-  insert.Bind(1, time).Bind(2, first).Bind(3, last).Bind(4, what_ran);
-  insert.Bind(5, static_cast<std::int64_t>(JournalState::kOpen)).Run();
-  const Long entry = ToLong(file_.Db().LastRow());
-  transaction.Commit();
-  entry_ = entry;
-  entry_records_ = RecordsBetween(first, last);
-  images_given_up_ = false;
+  entry_ = ++last_entry_;
+  entry_row_ = {};
+  entry_row_.entry = entry;
+  entry_records_ = RecordsBetween(entry.first, entry.last);
+  marks_given_up_ = false;
 }
 
 // All of them where the dates are not the book's.
@@ -318,100 +390,124 @@ RowRange FigureStore::RecordsBetween(Date first, Date last) const {
 
 void FigureStore::EndEntry() {
   if (entry_ == 0) return;
-  Commit();
-  Transaction transaction(file_.Db());
-  DbStatement update(file_.Db(),
-                     "UPDATE journal SET state = ?2, chunks = (SELECT count(*) FROM journal_chunk WHERE entry = ?1) "
-                     "WHERE id = ?1");
-  update.Bind(1, std::int64_t{entry_}).Bind(2, static_cast<std::int64_t>(JournalState::kClosed)).Run();
-  transaction.Commit();
+  CommitAs(JournalState::kClosed);
   entry_ = 0;
 }
 
 std::vector<JournalEntry> FigureStore::Entries() {
-  DbStatement select(file_.Db(),
-                     "SELECT id, time, first, last, what, state, "
-                     "CASE state WHEN 0 THEN (SELECT count(*) FROM journal_chunk WHERE entry = id) ELSE chunks END "
-                     "FROM journal ORDER BY id");
+  if (!file_.ReadOnly()) Commit();
   std::vector<JournalEntry> entries;
-  while (select.Step()) {
-    JournalEntry& entry = entries.emplace_back();
-    entry.id = ToLong(select.Int(0));
-    entry.time = select.Real(1);
-    entry.first = select.Real(2);
-    entry.last = select.Real(3);
-    entry.what_ran = select.String(4);
-    entry.state = static_cast<JournalState>(select.Int(5));
-    entry.chunks = ToLong(select.Int(6));
-  }
+  for (JournalRow& row : journal_.Rows(file_.Format())) entries.push_back(std::move(row.entry));
   return entries;
 }
 
-void FigureStore::Undo(Long id) {
+JournalRow FigureStore::RowOfEntry(Long id) {
+  for (JournalRow& row : journal_.Rows(file_.Format())) {
+    if (row.entry.id == id) return std::move(row);
+  }
+  throw Failure(FailureNumber::kInvalidArgument, file_.Path() + ": the journal has no entry " + std::to_string(id),
+                kSource);
+}
+
+void FigureStore::Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo) {
   Commit();
   entry_ = 0;
-  Database& database = file_.Db();
-  const std::int64_t entry = id;
-  Transaction transaction(database);
+  BringUpToDate();
+  AccountSums sums = sums_;
+  JournalRow row;
+  row.entry = undo;
+  Transaction transaction(file_.Db());
+  row.entry.command = journal_.AddCommand(undo.time, undo.what_ran);
   {
     // Its own, so that a failure leaves no walk open when the transaction is rolled back.
-    StoredChunks chunks(database);
-    DbStatement walk(database,
-                     "SELECT journal_chunk.key, rows, figures FROM journal_chunk "
-                     "LEFT JOIN image ON image.id = journal_chunk.image WHERE entry = ?1 ORDER BY journal_chunk.key");
-    walk.Bind(1, entry);
-    while (walk.Step()) RestoreImage(chunks, walk.Int(0), walk.Bytes(1), walk.Bytes(2));
+    StoredChunks chunks(file_.Db());
+    for (const JournalEntry& entry : entries) UndoEntry(RowOfEntry(entry.id), row, chunks, sums);
   }
-  DbStatement update(database,
-                     "UPDATE journal SET state = ?2, chunks = (SELECT count(*) FROM journal_chunk WHERE entry = ?1) "
-                     "WHERE id = ?1");
-  update.Bind(1, entry).Bind(2, static_cast<std::int64_t>(JournalState::kUndone)).Run();
-  DbStatement(database, "DELETE FROM image WHERE id IN (SELECT image FROM journal_chunk WHERE entry = ?1)")
-      .Bind(1, entry)
-      .Run();
-  DbStatement(database, "DELETE FROM journal_chunk WHERE entry = ?1").Bind(1, entry).Run();
+  sums.Save(file_.Db());
   transaction.Commit();
+  sums_ = std::move(sums);
+  directory_.Clear();
   file_is_empty_ = false;
   ForgetAll();
 }
 
+void FigureStore::UndoEntry(JournalRow row, JournalRow undo, StoredChunks& chunks, AccountSums& sums) {
+  undo.entry.undoes = row.entry.id;
+  undo.entry.first = row.entry.first;
+  undo.entry.last = row.entry.last;
+  journal_.Save(undo);
+  journal_.VisitMarks(row, [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image) {
+    const std::optional<StoredChunk> stored = chunks.Find(key);
+    ChunkMark undone;
+    undone.rows = mark.rows;
+    undone.image = stored ? journal_.CopyImage(stored->row) : 0;
+    journal_.InsertMark(undo.entry.id, key, undone);
+    ++undo.marks;
+    ++undo.entry.chunks;
+    undo.marks_sum += undone.checksum;
+    RestoreImage(stored ? &*stored : nullptr, key, mark, image, sums);
+    chunks.EndWalk();
+  });
+  journal_.Save(undo);
+  row.entry.state = JournalState::kUndone;
+  journal_.Save(row);
+}
+
 // An empty image says that there was no chunk: zeros.
-void FigureStore::RestoreImage(StoredChunks& chunks, std::int64_t key, std::span<const std::byte> touched,
-                               std::span<const std::byte> image) {
+void FigureStore::RestoreImage(const StoredChunk* stored, std::int64_t key, const ChunkMark& mark,
+                               std::span<const std::byte> image, AccountSums& sums) {
   ChunkRows before;
   ChunkRows now;
+  StoredAs stands;
   if (!image.empty()) Decode(key, image, before);
-  const std::optional<StoredChunk> stored = chunks.Find(key);
-  if (stored) Decode(key, stored->figures, now);
-  chunks.EndWalk();
-  for (std::size_t row = 0; row < std::min(shape_.rows, touched.size() * 8); ++row) {
-    if (!HasBit(touched, row)) continue;
+  if (stored != nullptr) {
+    stands = {stored->row, Decode(key, stored->figures, now)};
+  } else if (directory_.Has(key, sums_.Of(AccountOf(key)))) {
+    FailDamaged(key, "a chunk is not found where the index has it");
+  }
+  for (std::size_t row = 0; row < std::min(shape_.rows, mark.rows.size() * 8); ++row) {
+    if (!HasBit(mark.rows, row)) continue;
     const Double* figures = before.Find(row, shape_.fields);
     std::copy_n(figures != nullptr ? figures : row_of_zeros_.data(), shape_.fields, now.Hold(row, shape_));
   }
-  Store(stored ? stored->row : 0, key, now);
+  Store(stands, key, now, sums);
 }
 
 bool FigureStore::VisitRows(std::size_t account, std::int32_t first, std::int32_t last, const RowVisitor& visit) {
   if (!file_.ReadOnly()) Commit();
   if (first > last) return true;
   const std::int64_t base = base_key_of_account_[account];
-  walk_chunks_.Bind(1, base + place_of_record_[static_cast<std::size_t>(first)].chunk);
-  walk_chunks_.Bind(2, base + place_of_record_[static_cast<std::size_t>(last)].chunk);
+  const std::int64_t first_key = base + place_of_record_[static_cast<std::size_t>(first)].chunk;
+  const std::int64_t last_key = base + place_of_record_[static_cast<std::size_t>(last)].chunk;
   const EndOfWalk end(walk_chunks_);
+  walk_chunks_.Bind(1, first_key).Bind(2, last_key);
+  AccountSum seen;
   ChunkRows rows;
   while (walk_chunks_.Step()) {
     const std::int64_t key = walk_chunks_.Int(0);
-    Decode(key, walk_chunks_.Bytes(1), rows);
-    const auto first_of_chunk =
-        static_cast<std::int32_t>(key & kChunkNumberMask) * static_cast<std::int32_t>(shape_.rows);
+    if (key < first_key || key > last_key) FailDamaged(key, "the index is out of order");
+    seen.Add(key, Decode(key, walk_chunks_.Bytes(1), rows));
+    const auto first_of_chunk = static_cast<std::int32_t>(ChunkNumberOf(key)) * static_cast<std::int32_t>(shape_.rows);
     for (std::size_t row = rows.Range().first; row < rows.Range().end; ++row) {
       const std::int32_t record = first_of_chunk + static_cast<std::int32_t>(row);
       if (record < first || record > last) continue;
       if (!visit(record, {rows.Find(row, shape_.fields), shape_.fields})) return false;
     }
   }
+  const bool whole = place_of_record_[static_cast<std::size_t>(first)].chunk == 0 &&
+                     static_cast<std::size_t>(last) + 1 == place_of_record_.size();
+  if (file_.Format() > 1) CheckSeen(first_key, last_key, whole, seen);
   return true;
+}
+
+// A walk over the whole account must have come by all its chunks; a shorter one by those that the account's index has.
+void FigureStore::CheckSeen(std::int64_t first_key, std::int64_t last_key, bool whole, const AccountSum& seen) {
+  const AccountSum sum = sums_.Of(AccountOf(first_key));
+  if (whole && seen == sum) return;
+  if (whole) FailDamaged(first_key, "the account's chunks do not agree with the sums beside them");
+  if (directory_.CountBetween(first_key, last_key, sum) != seen.chunks) {
+    FailDamaged(first_key, "a chunk is not found where the index has it");
+  }
 }
 
 }  // namespace tallybook::engine

@@ -18,11 +18,14 @@
 #include <vector>
 
 #include "support/Types.h"
+#include "tallybook/engine/AccountSums.h"
 #include "tallybook/engine/BookFile.h"
 #include "tallybook/engine/Calendar.h"
+#include "tallybook/engine/ChunkDirectory.h"
 #include "tallybook/engine/ChunkRows.h"
 #include "tallybook/engine/Database.h"
 #include "tallybook/engine/Journal.h"
+#include "tallybook/engine/JournalTables.h"
 #include "tallybook/engine/StoredChunks.h"
 
 namespace tallybook::engine {
@@ -58,6 +61,8 @@ class FigureStore {
     const Double* figures = current_->rows.Find(place.row, shape_.fields);
     return figures != nullptr ? figures : row_of_zeros_.data();
   }
+  // Whether new figures differ from what that row holds.
+  [[nodiscard]] bool Differs(const Double* figures) const;
   // Puts new figures into that row. Gives whether they differ from what it held.
   bool WriteRow(const Double* figures);
 
@@ -67,13 +72,19 @@ class FigureStore {
 
   void Commit();
 
-  // The journal. An entry that is open when another begins stays unclosed. Undo is one transaction; it ends an entry
-  // that is open, and forgets the current row. `id` must be an entry that is not undone.
-  void BeginEntry(Date time, Date first, Date last, const Text& what_ran);
+  // The journal. An entry is written with the first commit under it. One that is open when another begins stays
+  // unclosed. `entry` tells all but id and command; a command of 0 is a new one that bears the entry's words.
+  void BeginEntry(const JournalEntry& entry);
+  // Commits and closes the entry, in one transaction.
   void EndEntry();
   [[nodiscard]] bool EntryIsOpen() const { return entry_ != 0; }
+  // The number of the command of the entry that was opened last; 0 where it is not in the file yet.
+  [[nodiscard]] Long Command() const { return entry_row_.entry.command; }
   [[nodiscard]] std::vector<JournalEntry> Entries();
-  void Undo(Long id);
+  [[nodiscard]] bool ShareRecords(Long entry, Long other) { return journal_.ShareRecords(entry, other); }
+  // Takes entries back, in the order given, in one transaction; it ends an entry that is open, and forgets the current
+  // row. They must keep images and not be undone. Each leaves an entry like `undo`, all of one command.
+  void Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo);
 
   // Commits, then gives the stored rows of an account in the order of their records, from `first` to `last`; rows of
   // zeros may be left out. False from `visit` ends the walk and is given back.
@@ -89,12 +100,13 @@ class FigureStore {
   struct Chunk {
     std::int64_t key = kNoKey;
     ChunkRows rows;
-    bool changed = false;            // differs from the file
-    std::int64_t stored = 0;         // its row in the file; 0: the file has none
-    bool visited = false;            // used since the hand of the cache passed by
-    Long touched_entry = 0;          // the journal entry that the two below belong to
-    bool imaged = false;             // the file has its image from before the entry
-    std::vector<std::byte> touched;  // a bit for each row that was written under the entry
+    bool changed = false;     // differs from the file
+    std::int64_t stored = 0;  // its row in the file; 0: the file has none
+    Checksum checksum = 0;    // of its bytes there
+    bool visited = false;     // used since the hand of the cache passed by
+    Long touched_entry = 0;   // the journal entry that the two below belong to, by its serial number
+    bool marked = false;      // the file has its mark of the entry
+    ChunkMark mark;           // with a bit for each row that was written under the entry
   };
 
   static constexpr std::int64_t kNoKey = -1;
@@ -114,14 +126,33 @@ class FigureStore {
   [[nodiscard]] RowRange LikelyRows(const Chunk& chunk) const;
   [[nodiscard]] RowRange RecordsBetween(Date first, Date last) const;
   void Touch(Chunk& chunk);
-  void WriteImage(Chunk& chunk);
+  // A chunk's place in the file: its row, 0 where the file has none, and the checksum of its bytes.
+  struct StoredAs {
+    std::int64_t row = 0;
+    Checksum checksum = 0;
+  };
+
+  // Commits, and leaves the open entry in this state.
+  void CommitAs(JournalState state);
+  void WriteAll(JournalRow& entry, AccountSums& sums, std::vector<StoredAs>& stored, std::vector<ChunkMark>& marks);
+  // Gives the chunk's mark as the file has it now.
+  [[nodiscard]] ChunkMark WriteMark(const Chunk& chunk, JournalRow& entry);
   // Writes a chunk's figures into its row of the file, 0 for a new one, or takes the row away where they are all zero.
-  // Gives the row that the file has now. New rows are put at the end of the table whatever their key, so that a walk
+  // Gives what the file has now. New rows are put at the end of the table whatever their key, so that a walk
   // over dates, which writes one chunk of each account in turn, never makes room between others.
-  std::int64_t Store(std::int64_t row, std::int64_t key, const ChunkRows& rows);
-  void Decode(std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const;
-  void RestoreImage(StoredChunks& chunks, std::int64_t key, std::span<const std::byte> touched,
-                    std::span<const std::byte> image);
+  StoredAs Store(StoredAs stands, std::int64_t key, const ChunkRows& rows, AccountSums& sums);
+  // Brings the file to the present format, where it is not.
+  void BringUpToDate();
+  void LoadSums();
+  // Gives the checksum of the bytes.
+  Checksum Decode(std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const;
+  [[noreturn]] void FailDamaged(std::int64_t key, const Text& what) const;
+  [[nodiscard]] JournalRow RowOfEntry(Long id);
+  void UndoEntry(JournalRow row, JournalRow undo, StoredChunks& chunks, AccountSums& sums);
+  // Puts a chunk's marked rows back to the image.
+  void RestoreImage(const StoredChunk* stored, std::int64_t key, const ChunkMark& mark,
+                    std::span<const std::byte> image, AccountSums& sums);
+  void CheckSeen(std::int64_t first_key, std::int64_t last_key, bool whole, const AccountSum& seen);
 
   BookFile file_;
   Calendar calendar_;
@@ -151,9 +182,11 @@ class FigureStore {
   std::size_t changed_bytes_ = 0;
   std::chrono::steady_clock::time_point last_commit_ = std::chrono::steady_clock::now();
 
-  Long entry_ = 0;                // the open entry; 0: none
-  RowRange entry_records_;        // those of the entry's dates
-  bool images_given_up_ = false;  // a chunk that had an image under the entry has left the cache
+  Long entry_ = 0;               // the serial number of the open entry; 0: none
+  Long last_entry_ = 0;          // the last serial number given
+  JournalRow entry_row_;         // the open entry as the file has it; with no id where it has it not yet
+  RowRange entry_records_;       // those of the entry's dates
+  bool marks_given_up_ = false;  // a chunk that was marked under the entry has left the cache
 
   std::vector<std::byte> bytes_;
   StoredChunks stored_chunks_;
@@ -161,10 +194,9 @@ class FigureStore {
   DbStatement insert_chunk_;
   DbStatement update_chunk_;
   DbStatement delete_chunk_;
-  DbStatement find_rows_;
-  DbStatement write_rows_;
-  DbStatement update_rows_;
-  DbStatement write_image_;
+  ChunkDirectory directory_;
+  AccountSums sums_;  // as of the last commit; nothing in a file of format 1
+  JournalTables journal_;
 };
 
 }  // namespace tallybook::engine

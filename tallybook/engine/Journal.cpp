@@ -17,31 +17,63 @@ constexpr const char* kSource = "Tallybook.Journal";
   throw Failure(FailureNumber::kInvalidArgument, book.Path() + ": " + why, kSource);
 }
 
+// An undo and what it took back leave nothing to stand on.
+bool IsLeft(const JournalEntry& entry) {
+  return entry.state != JournalState::kUndone && entry.kind != JournalKind::kUndo;
+}
+
+Text Named(const JournalEntry& entry) {
+  return "journal entry " + std::to_string(entry.id);
+}
+
 }  // namespace
 
 std::vector<JournalEntry> Journal::Entries() const {
   return book_.Store().Entries();
 }
 
-Long Journal::Undo(Long id) {
+std::vector<JournalEntry> Journal::UndoNewest() {
   book_.RequireWritable();
-  const std::vector<JournalEntry> entries = Entries();
-  const auto is_left = [](const JournalEntry& entry) { return entry.state != JournalState::kUndone; };
-  const auto newest = std::find_if(entries.rbegin(), entries.rend(), is_left);
-  if (id != 0) {
-    const auto asked =
-        std::find_if(entries.begin(), entries.end(), [id](const JournalEntry& entry) { return entry.id == id; });
-    if (asked == entries.end()) Refuse(book_, "the journal has no entry " + std::to_string(id));
-    if (!is_left(*asked)) Refuse(book_, "journal entry " + std::to_string(id) + " has been undone already");
+  const std::vector<JournalEntry> all = Entries();
+  const auto newest = std::find_if(all.rbegin(), all.rend(), IsLeft);
+  if (newest == all.rend()) Refuse(book_, "the journal has nothing to undo");
+  std::vector<JournalEntry> undone;
+  std::copy_if(newest, all.rend(), std::back_inserter(undone),
+               [&](const JournalEntry& entry) { return IsLeft(entry) && entry.command == newest->command; });
+  return Undo(all, undone);
+}
+
+std::vector<JournalEntry> Journal::Undo(Long id) {
+  book_.RequireWritable();
+  const std::vector<JournalEntry> all = Entries();
+  const auto asked = std::ranges::find(all, id, &JournalEntry::id);
+  if (asked == all.end()) Refuse(book_, "the journal has no entry " + std::to_string(id));
+  if (asked->state == JournalState::kUndone) Refuse(book_, Named(*asked) + " has been undone already");
+  if (asked->kind == JournalKind::kUndo) Refuse(book_, Named(*asked) + " is an undo, which cannot be undone itself");
+  return Undo(all, {*asked});
+}
+
+std::vector<JournalEntry> Journal::Undo(const std::vector<JournalEntry>& all, const std::vector<JournalEntry>& undone) {
+  for (const JournalEntry& entry : undone) {
+    if (!entry.keeps_images) Refuse(book_, Named(entry) + " cannot be undone: it kept no figures from before");
   }
-  if (newest == entries.rend()) Refuse(book_, "the journal has nothing to undo");
-  if (id != 0 && id != newest->id) {
-    Refuse(book_, "journal entry " + std::to_string(id) + " cannot be undone while entry " +
-                      std::to_string(newest->id) + " stands on it; undo that one first");
+  // What kept no images can never be undone, so it stands on others only where it wrote the same records.
+  for (auto later = all.rbegin(); later != all.rend() && later->id > undone.back().id; ++later) {
+    if (!IsLeft(*later) || std::ranges::find(undone, later->id, &JournalEntry::id) != undone.end()) continue;
+    for (const JournalEntry& entry : undone) {
+      if (later->id < entry.id) continue;
+      if (later->keeps_images) {
+        Refuse(book_, Named(entry) + " cannot be undone while entry " + std::to_string(later->id) +
+                          " stands on it; undo that one first");
+      }
+      if (book_.Store().ShareRecords(entry.id, later->id)) {
+        Refuse(book_, Named(entry) + " cannot be undone: entry " + std::to_string(later->id) +
+                          ", which kept no figures from before, has written some of its records again");
+      }
+    }
   }
-  book_.DropCurrentRecord();
-  book_.Store().Undo(newest->id);
-  return newest->id;
+  book_.TakeBack(undone);
+  return undone;
 }
 
 }  // namespace tallybook::engine

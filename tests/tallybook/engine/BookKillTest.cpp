@@ -136,7 +136,7 @@ TEST_F(BookKillTest, CanBeTakenBackWhereverAWriterIsKilled) {
   FigureMap before;
   int killed_while_open = 0;
   const int whole_pass = Microseconds([&] { WriteUnderTheJournal(*Open(options), 0); });
-  Journal(*Open(options)).Undo();
+  Journal(*Open(options)).UndoNewest();
   for (int round = 0; round < kRounds; ++round) {
     SCOPED_TRACE("round " + std::to_string(round));
     const int pass = round + 1;
@@ -148,7 +148,7 @@ TEST_F(BookKillTest, CanBeTakenBackWhereverAWriterIsKilled) {
     const auto entries = Journal(*book).Entries();
     if (!entries.empty() && entries.back().state != JournalState::kUndone) {
       if (entries.back().state == JournalState::kOpen) ++killed_while_open;
-      Journal(*book).Undo();
+      Journal(*book).UndoNewest();
     }
     ASSERT_EQ(FiguresOf(*book), before);
     // What the next round starts from is not always the same.
@@ -168,7 +168,7 @@ TEST_F(BookKillTest, IsUndoneWhollyOrNotAtAllWhereAnUndoIsKilled) {
     before = FiguresOf(*book);
     WriteUnderTheJournal(*book, 0);
   }
-  const int whole_undo = Microseconds([&] { Journal(*Open(options)).Undo(); });
+  const int whole_undo = Microseconds([&] { Journal(*Open(options)).UndoNewest(); });
   ASSERT_EQ(FiguresOf(*Open(options)), before);
   for (int round = 0; round < kRounds; ++round) {
     SCOPED_TRACE("round " + std::to_string(round));
@@ -178,7 +178,7 @@ TEST_F(BookKillTest, IsUndoneWhollyOrNotAtAllWhereAnUndoIsKilled) {
       WriteUnderTheJournal(*book, round + 1);
       after = FiguresOf(*book);
     }
-    RunAndKill(MomentWithin(whole_undo), [&] { Journal(*Open(options)).Undo(); });
+    RunAndKill(MomentWithin(whole_undo), [&] { Journal(*Open(options)).UndoNewest(); });
     ExpectSoundFile();
     const auto book = Open(options);
     if (Journal(*book).Entries().back().state == JournalState::kUndone) {
@@ -186,7 +186,7 @@ TEST_F(BookKillTest, IsUndoneWhollyOrNotAtAllWhereAnUndoIsKilled) {
       continue;
     }
     ASSERT_EQ(FiguresOf(*book), after);
-    Journal(*book).Undo();
+    Journal(*book).UndoNewest();
     ASSERT_EQ(FiguresOf(*book), before);
   }
 }

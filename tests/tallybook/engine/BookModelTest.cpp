@@ -1,6 +1,7 @@
 // A book against a plain map of its figures: whatever is done to the book is done to the map, and both must tell the
 // same.
 
+#include <algorithm>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,6 +22,7 @@ using engine::Book;
 using engine::BookDescription;
 using engine::BookOptions;
 using engine::Journal;
+using engine::JournalKind;
 
 constexpr int kAccounts = 4;
 constexpr int kFields = 250;  // records of 2,000 bytes, so that a chunk holds eight of them
@@ -43,27 +45,62 @@ using Row = std::map<Integer, Double>;  // non-zero figures by field number
 
 class Model {
  public:
+  Model() = default;
+  // Of a book that has figures and entries already; those entries are left alone.
+  Model(const FigureMap& figures, Long entries) : last_id_(entries) {
+    for (const auto& [key, value] : figures) rows_[{std::get<0>(key), std::get<1>(key)}][std::get<2>(key)] = value;
+  }
+
   [[nodiscard]] Row RowOf(const RecordKey& key) const {
     const auto found = rows_.find(key);
     return found == rows_.end() ? Row{} : found->second;
   }
+  // What is written with no entry open gets one that keeps no images.
   void Write(const RecordKey& key, const Row& row) {
     const Row before = RowOf(key);
     if (before == row) return;
-    if (open_) entries_.back().images.emplace(key, before);
+    if (!open_) Open(false);
+    entries_.back().images.emplace(key, before);
     Set(key, row);
   }
-  void Begin() {
-    entries_.push_back({});
-    open_ = true;
+  void BeginCommand() {
+    EndOwn();
+    in_command_ = true;
+    ++command_;
   }
+  void Begin() { Open(true); }
   void End() { open_ = false; }
-  [[nodiscard]] bool CanUndo() const { return !entries_.empty(); }
-  void Undo() {
+  void Close() {
     open_ = false;
-    for (const auto& [key, row] : entries_.back().images) Set(key, row);
-    entries_.pop_back();
+    in_command_ = false;
   }
+  void EndOwn() {
+    if (open_ && !entries_.back().keeps_images) open_ = false;
+  }
+
+  // `choice` is any number; it stands for one of the entries.
+  [[nodiscard]] bool IsEmpty() const { return entries_.empty(); }
+  [[nodiscard]] Long IdAt(int choice) const { return entries_[IndexAt(choice)].id; }
+  [[nodiscard]] bool CanUndoNewest() const {
+    return !entries_.empty() && std::all_of(entries_.begin(), entries_.end(), [&](const Entry& entry) {
+      return entry.command != entries_.back().command || entry.keeps_images;
+    });
+  }
+  [[nodiscard]] bool CanUndo(int choice) const {
+    const std::size_t index = IndexAt(choice);
+    if (!entries_[index].keeps_images) return false;
+    for (std::size_t later = index + 1; later < entries_.size(); ++later) {
+      if (entries_[later].keeps_images || ShareRecords(entries_[index], entries_[later])) return false;
+    }
+    return true;
+  }
+  void UndoNewest() {
+    const int command = entries_.back().command;
+    while (!entries_.empty() && entries_.back().command == command) UndoAt(entries_.size() - 1);
+  }
+  void Undo(int choice) { UndoAt(IndexAt(choice)); }
+  [[nodiscard]] Long LastId() const { return last_id_; }
+
   [[nodiscard]] FigureMap Figures() const {
     FigureMap figures;
     for (const auto& [key, row] : rows_) {
@@ -74,9 +111,28 @@ class Model {
 
  private:
   struct Entry {
-    std::map<RecordKey, Row> images;
+    Long id = 0;
+    int command = 0;
+    bool keeps_images = true;
+    std::map<RecordKey, Row> images;  // of one that keeps none its keys count
   };
 
+  [[nodiscard]] std::size_t IndexAt(int choice) const { return static_cast<std::size_t>(choice) % entries_.size(); }
+  static bool ShareRecords(const Entry& one, const Entry& other) {
+    return std::any_of(one.images.begin(), one.images.end(),
+                       [&](const auto& image) { return other.images.contains(image.first); });
+  }
+  void Open(bool keeps_images) {
+    if (!in_command_) ++command_;
+    entries_.push_back({++last_id_, command_, keeps_images, {}});
+    open_ = true;
+  }
+  void UndoAt(std::size_t index) {
+    open_ = false;
+    for (const auto& [key, row] : entries_[index].images) Set(key, row);
+    entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(index));
+    ++last_id_;
+  }
   void Set(const RecordKey& key, const Row& row) {
     if (row.empty()) {
       rows_.erase(key);
@@ -86,11 +142,28 @@ class Model {
   }
 
   std::map<RecordKey, Row> rows_;
-  std::vector<Entry> entries_;
+  std::vector<Entry> entries_;  // that are not undone, and are no undos
+  Long last_id_ = 0;
+  int command_ = 0;
+  bool in_command_ = false;
   bool open_ = false;
 };
 
-enum class Act { kWrite, kWriteRun, kForget, kRead, kCommit, kReopen, kBegin, kEnd, kUndo, kCompare };
+enum class Act {
+  kWrite,
+  kWriteRun,
+  kForget,
+  kRead,
+  kCommit,
+  kReopen,
+  kCommand,
+  kBegin,
+  kEnd,
+  kSet,
+  kUndoNewest,
+  kUndoOne,
+  kCompare
+};
 
 struct Step {
   Act act;
@@ -114,7 +187,10 @@ rc::Gen<Step> AnyStep() {
                                                                  {1, Act::kReopen},
                                                                  {4, Act::kBegin},
                                                                  {3, Act::kEnd},
-                                                                 {3, Act::kUndo},
+                                                                 {2, Act::kCommand},
+                                                                 {3, Act::kSet},
+                                                                 {3, Act::kUndoNewest},
+                                                                 {3, Act::kUndoOne},
                                                                  {2, Act::kCompare}}),
                                   rc::gen::inRange(0, kAccounts), rc::gen::inRange(0, kDays),
                                   rc::gen::inRange(0, kFields),
@@ -130,8 +206,16 @@ class BookModelTest : public BookFixture {
 
   void Start() {
     std::filesystem::copy_file(folder.Path("empty"), BookPath(), std::filesystem::copy_options::overwrite_existing);
-    model = Model();
+    model = start;
     book = Open(options);
+  }
+  // The walk begins in a book of an older format, so that it is brought up to date somewhere on the way.
+  void StartFromSample() {
+    std::filesystem::copy_file(std::filesystem::path(SAMPLES) / "book-v1.tbk", folder.Path("empty"),
+                               std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::copy_file(folder.Path("empty"), BookPath());
+    const auto sample = OpenToRead();
+    start = Model(FiguresOf(*sample), static_cast<Long>(Journal(*sample).Entries().size()));
   }
 
   RecordKey KeyOf(const Step& step) const {
@@ -139,7 +223,7 @@ class BookModelTest : public BookFixture {
   }
 
   void WriteOne(const RecordKey& key, const Step& step) {
-    const Integer field = book->FieldNumber(static_cast<Integer>(step.field + 1));
+    const Integer field = book->FieldNumber(static_cast<Integer>(step.field % book->NumFields() + 1));
     RC_ASSERT(book->ReadRecord(key.first, key.second));
     book->SetFieldValue(field, step.value);
     RC_ASSERT(book->WriteRecord());
@@ -147,6 +231,26 @@ class BookModelTest : public BookFixture {
     row[field] = step.value;
     if (step.value == 0) row.erase(field);
     model.Write(key, row);
+  }
+
+  // What cannot be taken back is refused, and nothing changes.
+  void UndoNewest() {
+    if (model.IsEmpty()) return;
+    if (model.CanUndoNewest()) {
+      Journal(*book).UndoNewest();
+      model.UndoNewest();
+    } else {
+      RC_ASSERT_THROWS_AS(Journal(*book).UndoNewest(), Failure);
+    }
+  }
+  void UndoOne(int choice) {
+    if (model.IsEmpty()) return;
+    if (model.CanUndo(choice)) {
+      Journal(*book).Undo(model.IdAt(choice));
+      model.Undo(choice);
+    } else {
+      RC_ASSERT_THROWS_AS(Journal(*book).Undo(model.IdAt(choice)), Failure);
+    }
   }
 
   void Do(const Step& step) {
@@ -165,7 +269,7 @@ class BookModelTest : public BookFixture {
       case Act::kRead: {
         RC_ASSERT(book->ReadRecord(key.first, key.second));
         const Row row = model.RowOf(key);
-        for (Integer position = 1; position <= kFields; ++position) {
+        for (Integer position = 1; position <= book->NumFields(); ++position) {
           const auto held = row.find(book->FieldNumber(position));
           RC_ASSERT(book->FieldValue(book->FieldNumber(position)) == (held == row.end() ? 0 : held->second));
         }
@@ -177,7 +281,11 @@ class BookModelTest : public BookFixture {
       case Act::kReopen:
         book.reset();
         book = Open(options);
-        model.End();
+        model.Close();
+        break;
+      case Act::kCommand:
+        book->SetOperationName("command");
+        model.BeginCommand();
         break;
       case Act::kBegin:
         book->BeginRollback(key.second, key.second);
@@ -187,10 +295,20 @@ class BookModelTest : public BookFixture {
         book->EndRollback();
         model.End();
         break;
-      case Act::kUndo:
-        if (!model.CanUndo()) break;
-        Journal(*book).Undo();
-        model.Undo();
+      case Act::kSet:
+        book->SetOperation(JournalKind::kSet, "set");
+        model.BeginCommand();
+        book->BeginRollback(key.second, key.second);
+        model.Begin();
+        WriteOne(key, step);
+        book->EndRollback();
+        model.End();
+        break;
+      case Act::kUndoNewest:
+        UndoNewest();
+        break;
+      case Act::kUndoOne:
+        UndoOne(step.day);
         break;
       case Act::kCompare:
         RC_ASSERT(FiguresOf(*book) == model.Figures());
@@ -207,9 +325,10 @@ class BookModelTest : public BookFixture {
       book.reset();
       book = Open(options);
       RC_ASSERT(FiguresOf(*book) == model.Figures());
-      while (model.CanUndo()) {
-        Journal(*book).Undo();
-        model.Undo();
+      model.Close();
+      RC_ASSERT(Journal(*book).Entries().size() == static_cast<std::size_t>(model.LastId()));
+      while (model.CanUndoNewest()) {
+        UndoNewest();
         RC_ASSERT(FiguresOf(*book) == model.Figures());
       }
       book.reset();
@@ -217,6 +336,7 @@ class BookModelTest : public BookFixture {
   }
 
   BookOptions options;
+  Model start;
   Model model;
   std::unique_ptr<Book> book;
 };
@@ -227,6 +347,12 @@ TEST_F(BookModelTest, IsAMapOfFiguresWithACacheOfTwoChunks) {
 }
 
 TEST_F(BookModelTest, IsAMapOfFiguresWithACacheOfSomeChunks) {
+  options.cache_bytes = 10 * 2'000;
+  CheckSteps();
+}
+
+TEST_F(BookModelTest, IsAMapOfFiguresWhenItBeginsInAnOlderFormat) {
+  StartFromSample();
   options.cache_bytes = 10 * 2'000;
   CheckSteps();
 }

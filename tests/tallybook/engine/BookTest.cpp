@@ -387,7 +387,7 @@ TEST_F(BookTest, ReadingChangesNoByteOfTheBook) {
 
 TEST_F(BookTest, LeavesABookOfANewerVersionAlone) {
   Create(ShopDescription());
-  Meddle("PRAGMA user_version = 2");
+  Meddle("PRAGMA user_version = 3");
   EXPECT_THAT([&] { Open(); },
               FailsWith(FailureNumber::kFeatureUnavailable, BookPath() + ": this book was made by a newer version"));
 }
@@ -399,7 +399,9 @@ TEST_F(BookTest, NamesTheChunkThatIsDamaged) {
   book->Close();
   Meddle("UPDATE chunk SET figures = x'0900000000' WHERE key = 205 << 24");
   book = Open();
-  const Text words = BookPath() + ": the book is damaged: a chunk has the form 9 (account number 205, from 2003-01-01)";
+  const Text words =
+      BookPath() +
+      ": the book is damaged: a chunk does not agree with its checksum (account number 205, from 2003-01-01)";
   EXPECT_THAT([&] { static_cast<void>(book->ReadRecord(kCafe, Day(2003, 5, 5))); },
               FailsWith(FailureNumber::kDeviceError, words));
   EXPECT_THAT([&] { static_cast<void>(book->FieldValue(kSales)); },

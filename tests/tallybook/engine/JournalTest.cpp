@@ -13,6 +13,7 @@ using engine::Book;
 using engine::BookOptions;
 using engine::Journal;
 using engine::JournalEntry;
+using engine::JournalKind;
 using engine::JournalState;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
@@ -24,9 +25,9 @@ constexpr Integer kSales = 1;
 class JournalTest : public BookFixture {
  protected:
   void SetUp() override {
-    book = CreateAndOpen();
-    Put(*book, kShop, Day(2003, 5, 5), kSales, 1);
-    Put(*book, kShop, Day(2004, 5, 5), kSales, 2);
+    auto description = ShopDescription();
+    description.values = {{kShop, Day(2003, 5, 5), kSales, 1}, {kShop, Day(2004, 5, 5), kSales, 2}};
+    book = CreateAndOpen(description);
   }
 
   // One operation under the journal that gives a record a new figure.
@@ -42,7 +43,8 @@ class JournalTest : public BookFixture {
   }
 
   std::vector<JournalEntry> Entries() { return Journal(*book).Entries(); }
-  Long Undo(Long id = 0) { return Journal(*book).Undo(id); }
+  Long Undo() { return Journal(*book).UndoNewest().front().id; }
+  Long Undo(Long id) { return Journal(*book).Undo(id).front().id; }
 
   std::unique_ptr<Book> book;
 };
@@ -90,13 +92,13 @@ TEST_F(JournalTest, RestoresExactlyWhatWasThereBefore) {
   Put(*book, kCafe, Day(2003, 1, 1), kSales, 0);  // a chunk that goes
   book->EndRollback();
   EXPECT_NE(FiguresOf(*book), before);
-  EXPECT_EQ(Undo(), 1);
+  EXPECT_EQ(Undo(), 2);
   EXPECT_EQ(FiguresOf(*book), before);
   Reopen();
   EXPECT_EQ(FiguresOf(*book), before);
-  ASSERT_THAT(Entries(), SizeIs(1));
-  EXPECT_EQ(Entries()[0].state, JournalState::kUndone);
-  EXPECT_EQ(Entries()[0].chunks, 3);
+  ASSERT_THAT(Entries(), SizeIs(3));
+  EXPECT_EQ(Entries()[1].state, JournalState::kUndone);
+  EXPECT_EQ(Entries()[1].chunks, 3);
 }
 
 TEST_F(JournalTest, UndoesNewestFirst) {
@@ -136,7 +138,8 @@ TEST_F(JournalTest, UndoesAnEntryWhileItIsOpen) {
   book->EndRollback();
   EXPECT_EQ(Entries()[0].state, JournalState::kUndone);
   Put(*book, kShop, Day(2003, 5, 5), kSales, 11);  // no entry is open any more
-  EXPECT_THAT([&] { Undo(); }, FailsWith(FailureNumber::kInvalidArgument, "nothing to undo"));
+  EXPECT_THAT([&] { Undo(); },
+              FailsWith(FailureNumber::kInvalidArgument, "entry 3 cannot be undone: it kept no figures"));
 }
 
 TEST_F(JournalTest, EndsAnOpenEntryAsUnclosedWhenAnotherBegins) {
@@ -160,9 +163,139 @@ TEST_F(JournalTest, EndsAnOpenEntryAsUnclosedWhenAnotherBegins) {
 TEST_F(JournalTest, LeavesRecordsAloneThatWereNotWrittenUnderTheEntry) {
   Change(Day(2003, 5, 5), 10);
   Put(*book, kShop, Day(2003, 5, 6), kSales, 6);  // the same chunk, later and under no entry
-  Undo();
+  Undo(1);
   EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 1);
   EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 6), kSales), 6);
+}
+
+TEST_F(JournalTest, MarksWhatIsWrittenUnderNoEntryAndCannotTakeItBack) {
+  Change(Day(2003, 5, 5), 10);
+  Put(*book, kShop, Day(2003, 5, 5), kSales, 6);
+  Put(*book, kCafe, Day(2003, 5, 5), kSales, 6);
+  Put(*book, kCafe, Day(2003, 5, 5), kSales, 6);  // changes nothing
+  const FigureMap after = FiguresOf(*book);
+  Reopen();
+  ASSERT_THAT(Entries(), SizeIs(2));
+  EXPECT_FALSE(Entries()[1].keeps_images);
+  EXPECT_EQ(Entries()[1].state, JournalState::kClosed);
+  EXPECT_EQ(Entries()[1].chunks, 2);
+  EXPECT_EQ(Entries()[1].first, kNoDate);
+  EXPECT_THAT([&] { Undo(); }, FailsWith(FailureNumber::kInvalidArgument,
+                                         "journal entry 2 cannot be undone: it kept no figures from before"));
+  EXPECT_THAT([&] { Undo(1); },
+              FailsWith(FailureNumber::kInvalidArgument, "entry 2, which kept no figures from before, has written"));
+  EXPECT_EQ(FiguresOf(*book), after);
+}
+
+TEST_F(JournalTest, LeavesNoEntryWhereNothingChanges) {
+  Put(*book, kShop, Day(2003, 5, 5), kSales, 1);
+  Reopen();
+  EXPECT_THAT(Entries(), IsEmpty());
+}
+
+TEST_F(JournalTest, TakesBackAllEntriesOfTheNewestCommand) {
+  Change(Day(2003, 5, 5), 10);
+  const FigureMap before = FiguresOf(*book);
+  book->SetOperationName("import qdx all");
+  Change(Day(2003, 5, 5), 20);
+  Change(Day(2003, 5, 6), 30);
+  Change(Day(2003, 5, 5), 40);
+  EXPECT_NE(Entries()[0].command, Entries()[1].command);
+  EXPECT_EQ(Entries()[1].command, Entries()[3].command);
+  const auto undone = Journal(*book).UndoNewest();
+  ASSERT_THAT(undone, SizeIs(3));
+  EXPECT_EQ(undone[0].id, 4);
+  EXPECT_EQ(undone[2].id, 2);
+  EXPECT_EQ(FiguresOf(*book), before);
+  EXPECT_EQ(Undo(), 1);  // what was an undo is passed over
+}
+
+TEST_F(JournalTest, TakesBackTheRestOfACommandOfWhichOneEntryIsUndone) {
+  const FigureMap before = FiguresOf(*book);
+  book->SetOperationName("import qdx all");
+  Change(Day(2003, 5, 5), 20);
+  Change(Day(2003, 5, 6), 30);
+  Undo(2);
+  ASSERT_THAT(Journal(*book).UndoNewest(), SizeIs(1));
+  EXPECT_EQ(FiguresOf(*book), before);
+}
+
+TEST_F(JournalTest, LeavesAnEntryForEachEntryThatWasTakenBack) {
+  book->SetOperationName("import qdx all");
+  Change(Day(2003, 5, 5), 20);
+  Change(Day(2003, 5, 6), 30);
+  book->SetOperation(JournalKind::kUndo, "journal undo");
+  Undo();
+  ASSERT_THAT(Entries(), SizeIs(4));
+  const JournalEntry last = Entries()[3];
+  EXPECT_EQ(last.kind, JournalKind::kUndo);
+  EXPECT_EQ(last.undoes, 1);
+  EXPECT_EQ(Entries()[2].undoes, 2);
+  EXPECT_EQ(last.command, Entries()[2].command);
+  EXPECT_EQ(last.what_ran, "journal undo");
+  EXPECT_EQ(last.state, JournalState::kClosed);
+  EXPECT_EQ(last.first, Day(2003, 5, 5));
+  EXPECT_EQ(last.chunks, 1);
+  EXPECT_THAT([&] { Undo(4); },
+              FailsWith(FailureNumber::kInvalidArgument, "entry 4 is an undo, which cannot be undone"));
+  EXPECT_THAT([&] { Undo(); }, FailsWith(FailureNumber::kInvalidArgument, "nothing to undo"));
+}
+
+TEST_F(JournalTest, BeginsACommandWithEachOperationThatIsNamed) {
+  book->SetOperationName("import csv");
+  Change(Day(2003, 5, 5), 20);
+  book->SetOperation(JournalKind::kSet, "set");
+  Change(Day(2003, 5, 5), 30);
+  EXPECT_EQ(Entries()[1].kind, JournalKind::kSet);
+  EXPECT_NE(Entries()[0].command, Entries()[1].command);
+  EXPECT_THAT(Journal(*book).UndoNewest(), SizeIs(1));
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 20);
+}
+
+TEST_F(JournalTest, WritesAnEntryAndItsFiguresInOneTransaction) {
+  book->SetOperation(JournalKind::kSet, "set");
+  book->BeginRollback(Day(2003, 5, 5), Day(2003, 5, 5));
+  Put(*book, kShop, Day(2003, 5, 5), kSales, 10);
+  book->Abandon();
+  Reopen();
+  EXPECT_THAT(Entries(), IsEmpty());
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 1);
+}
+
+TEST_F(JournalTest, TellsAnEntryThatIsDamagedOrMissing) {
+  Change(Day(2003, 5, 5), 20);
+  Change(Day(2003, 5, 6), 30);
+  book->Close();
+  const std::string whole = folder.Read("North.tbk");
+  Meddle("UPDATE journal SET what = 'other' WHERE id = 1");
+  EXPECT_THAT([&] { static_cast<void>(Journal(*OpenToRead()).Entries()); },
+              FailsWith(FailureNumber::kDeviceError, "journal entry 1 does not agree with its checksum"));
+  folder.Write("North.tbk", whole);
+  Meddle("DELETE FROM journal WHERE id = 2");
+  EXPECT_THAT([&] { static_cast<void>(Journal(*OpenToRead()).Entries()); },
+              FailsWith(FailureNumber::kDeviceError, "the journal shows 1 of 2 entries"));
+}
+
+TEST_F(JournalTest, TakesNothingBackWhereWhatItNeedsIsDamagedOrMissing) {
+  book->BeginRollback(Day(2003, 5, 5), Day(2004, 5, 5));
+  Put(*book, kShop, Day(2003, 5, 5), kSales, 10);
+  Put(*book, kCafe, Day(2003, 5, 5), kSales, 10);
+  book->EndRollback();
+  const FigureMap after = FiguresOf(*book);
+  book->Close();
+  const std::string whole = folder.Read("North.tbk");
+  for (const char* damage : {"UPDATE journal_chunk SET rows = x'01' WHERE key = 101 << 24",
+                             "UPDATE journal_chunk SET image = NULL WHERE key = 101 << 24",
+                             "DELETE FROM journal_chunk WHERE key = 205 << 24", "DELETE FROM image",
+                             "UPDATE image SET figures = x'03' || substr(figures, 2)"}) {
+    SCOPED_TRACE(damage);
+    folder.Write("North.tbk", whole);
+    Meddle(damage);
+    Reopen();
+    EXPECT_THAT([&] { Undo(); }, FailsWith(FailureNumber::kDeviceError, "the book is damaged"));
+    EXPECT_EQ(FiguresOf(*book), after);
+    book->Close();
+  }
 }
 
 TEST_F(JournalTest, KeepsTheImageFromBeforeTheFirstChange) {
@@ -227,7 +360,7 @@ TEST_F(JournalTest, AnUndoThatMeetsDamageChangesNothingAndTheBookGoesOn) {
   book->Close();
   Meddle("UPDATE chunk SET figures = (SELECT figures FROM sound WHERE sound.key = chunk.key) WHERE key = 205 << 24");
   Reopen();
-  Undo();
+  Undo(1);
   const FigureMap figures = FiguresOf(*book);
   EXPECT_EQ(figures, (FigureMap{{{kShop, Day(2003, 5, 5), kSales}, 1},
                                 {{kShop, Day(2004, 5, 5), kSales}, 2},
@@ -246,7 +379,7 @@ TEST_F(JournalTest, UndoesNothingInABookThatIsOpenToRead) {
   Change(Day(2003, 5, 5), 10);
   const auto reader = OpenToRead();
   EXPECT_EQ(Journal(*reader).Entries().size(), 1U);
-  EXPECT_THAT([&] { Journal(*reader).Undo(); }, FailsWith(FailureNumber::kPermissionDenied, "read only"));
+  EXPECT_THAT([&] { Journal(*reader).UndoNewest(); }, FailsWith(FailureNumber::kPermissionDenied, "read only"));
 }
 
 }  // namespace

@@ -90,7 +90,7 @@ class SampleMaker {
     const auto book = Open();
     Import(*book, "import qdx #1", 1, kMoney, 90, 120);
     Import(*book, "import csv", 2, kDense, 50, 60);
-    Journal(*book).Undo();
+    Journal(*book).UndoNewest();
     Import(*book, "import qdx #2", 3, kSparse, 395, 500);
     book->BeginRollback(Day(2003, 1, 1) + 110, Day(2003, 1, 1) + 130);
     WriteDays(*book, 4, kLate, 110, 130);

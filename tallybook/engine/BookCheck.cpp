@@ -1,0 +1,275 @@
+#include "tallybook/engine/BookCheck.h"
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+
+#include "support/Failure.h"
+#include "tallybook/engine/AccountSums.h"
+#include "tallybook/engine/BookFile.h"
+#include "tallybook/engine/BookPlace.h"
+#include "tallybook/engine/Calendar.h"
+#include "tallybook/engine/Checksums.h"
+#include "tallybook/engine/ChunkCodec.h"
+#include "tallybook/engine/ChunkKey.h"
+#include "tallybook/engine/JournalTables.h"
+
+namespace tallybook::engine {
+
+namespace {
+
+// A chunk as the table and the index have it.
+struct Whereabouts {
+  std::int64_t row = 0;
+  bool in_index = false;
+  bool in_table = false;
+};
+
+class BookChecker {
+ public:
+  BookChecker(const Text& path, bool deep) : file_(BookFile::OpenToCheck(ResolvedBookPath(path))), deep_(deep) {
+    result_.format = file_.Format();
+  }
+
+  BookCheckResult Check() {
+    if (deep_) Try(FindingKind::kFile, [this] { CheckFile(); });
+    ReadDescription();
+    Try(FindingKind::kIndex, [this] { ReadIndex(); });
+    Try(FindingKind::kFile, [this] { ReadTable(); });
+    for (const auto& [key, place] : places_) CheckChunk(key, place);
+    if (HasChecksums()) Try(FindingKind::kSums, [this] { CheckSums(); });
+    CheckJournal();
+    return std::move(result_);
+  }
+
+ private:
+  [[nodiscard]] bool HasChecksums() const { return file_.Format() > 1; }
+  [[nodiscard]] Database& Db() { return file_.Db(); }
+
+  BookFinding& Find(FindingKind kind, const Text& what) {
+    BookFinding& finding = result_.findings.emplace_back();
+    finding.kind = kind;
+    finding.what = what;
+    return finding;
+  }
+
+  // What a failure says, without the path and the word that it is damage.
+  [[nodiscard]] Text Plain(Text what) const {
+    for (const Text& beginning : {file_.Path() + ": ", Text("the book is damaged: ")}) {
+      if (what.starts_with(beginning)) what.erase(0, beginning.size());
+    }
+    return what;
+  }
+
+  template <typename Act>
+  void Try(FindingKind kind, Act act) {
+    try {
+      act();
+    } catch (const Failure& failure) {
+      Find(kind, Plain(failure.Description()));
+    }
+  }
+
+  BookFinding& FindInChunk(FindingKind kind, std::int64_t key, const Text& what) {
+    BookFinding& finding = Find(kind, what);
+    finding.account = AccountOf(key);
+    const auto code = codes_.find(finding.account);
+    if (code != codes_.end()) finding.code = code->second;
+    const std::size_t first = std::size_t{ChunkNumberOf(key)} * file_.RowsOfChunk();
+    if (first >= dates_.size()) return finding;
+    finding.first = dates_[first];
+    finding.last = dates_[std::min(first + file_.RowsOfChunk(), dates_.size()) - 1];
+    return finding;
+  }
+
+  void CheckFile() {
+    DbStatement check(Db(), "PRAGMA integrity_check(100)");
+    while (check.Step()) {
+      const Text line = check.String(0);
+      if (line != "ok") Find(FindingKind::kFile, line);
+    }
+  }
+
+  void ReadDescription() {
+    if (!file_.DescriptionTrouble().empty()) {
+      Find(FindingKind::kDescription, Plain(file_.DescriptionTrouble()));
+      return;
+    }
+    const BookDescription& description = file_.Description();
+    for (const AccountDescription& account : description.accounts) codes_[account.number] = account.code;
+    const Calendar calendar(description.calendar, description.data_level);
+    for (Date day = calendar.FirstDate(); day <= calendar.LastDate(); day = dates_.back() + 1) {
+      dates_.push_back(calendar.UnitOf(day, kOwnLevel).last);
+    }
+    shape_ = ChunkShape{file_.RowsOfChunk(), std::max<std::size_t>(description.fields.size(), 1)};
+  }
+
+  void ReadIndex() {
+    DbStatement walk(Db(), "SELECT key, id FROM chunk ORDER BY key");
+    std::optional<std::int64_t> before;
+    while (walk.Step()) {
+      const std::int64_t key = walk.Int(0);
+      if (before && key <= *before) FindInChunk(FindingKind::kIndex, key, "the index is out of order here");
+      before = key;
+      Whereabouts& place = places_[key];
+      place.row = walk.Int(1);
+      place.in_index = true;
+    }
+  }
+
+  void ReadTable() {
+    DbStatement walk(Db(), "SELECT id, key FROM chunk NOT INDEXED ORDER BY id");
+    while (walk.Step()) {
+      Whereabouts& place = places_[walk.Int(1)];
+      if (place.in_index && place.row != walk.Int(0)) {
+        FindInChunk(FindingKind::kIndex, walk.Int(1), "the index leads to another row");
+      }
+      place.row = walk.Int(0);
+      place.in_table = true;
+    }
+  }
+
+  void CheckChunk(std::int64_t key, const Whereabouts& place) {
+    ++result_.chunks;
+    if (!place.in_index) FindInChunk(FindingKind::kIndex, key, "the index hides these figures");
+    if (shape_ && (!codes_.contains(AccountOf(key)) || key >> kChunkNumberBits != AccountOf(key))) {
+      FindInChunk(FindingKind::kChunk, key, "the book has no such account");
+    } else if (shape_ && std::size_t{ChunkNumberOf(key)} * shape_->rows >= dates_.size()) {
+      FindInChunk(FindingKind::kChunk, key, "the book has no such dates");
+    }
+    try {
+      DbStatement read(Db(), "SELECT figures FROM chunk WHERE id = ?1");
+      if (!read.Bind(1, place.row).Step()) {
+        FindInChunk(FindingKind::kChunk, key, "the index has these figures, and the file has not");
+        return;
+      }
+      const Checksum checksum = Look(key, read.Bytes(0));
+      // What is found by the table alone is there all the same.
+      seen_[AccountOf(key)].Add(key, checksum);
+    } catch (const Failure& failure) {
+      FindInChunk(FindingKind::kChunk, key, Plain(failure.Description()));
+      damaged_accounts_[AccountOf(key)] = true;
+    }
+  }
+
+  // Gives the checksum of a chunk's bytes; fails where they are damaged.
+  Checksum Look(std::int64_t key, std::span<const std::byte> bytes) const {
+    CheckedBytes checked{bytes, 0};
+    if (HasChecksums()) {
+      const auto taken = TakeChecked(bytes, key);
+      if (!taken) throw Failure(FailureNumber::kDeviceError, "the figures do not agree with their checksum", "");
+      checked = *taken;
+    }
+    ChunkRows rows;
+    if (shape_) DecodeChunk(*shape_, checked.bytes, rows);
+    return checked.checksum;
+  }
+
+  void CheckSums() {
+    AccountSums sums;
+    sums.Load(Db());
+    std::map<Long, AccountSum> written;
+    for (const Long account : sums.Accounts()) written[account] = sums.Of(account);
+    for (const auto& [account, seen] : seen_) written.try_emplace(account);
+    for (const auto& [account, sum] : written) {
+      const auto found = seen_.find(account);
+      const AccountSum seen = found == seen_.end() ? AccountSum() : found->second;
+      if (seen == sum || damaged_accounts_.contains(account)) continue;
+      CompareSums(account, sum, seen);
+    }
+  }
+
+  void CompareSums(Long account, const AccountSum& sum, const AccountSum& seen) {
+    if (sum.chunks == seen.chunks + 1) {
+      // The numbers added up tell which one it is.
+      const std::uint64_t number = sum.numbers - seen.numbers;
+      FindInChunk(FindingKind::kChunk, FirstKeyOf(account) + static_cast<std::int64_t>(number & kChunkNumberMask),
+                  "these figures are missing");
+      return;
+    }
+    BookFinding& finding =
+        FindInChunk(FindingKind::kSums, FirstKeyOf(account),
+                    "of " + std::to_string(sum.chunks) + " chunks that were written " + std::to_string(seen.chunks) +
+                        " are there" + (sum.chunks == seen.chunks ? ", not all as they were written last" : ""));
+    finding.first = finding.last = kNoDate;
+  }
+
+  void CheckJournal() {
+    JournalTables tables(Db());
+    std::vector<JournalRow> rows;
+    Try(FindingKind::kJournal, [&] {
+      rows = tables.Rows(file_.Format(),
+                         [this](Long entry, const Text& what) { Find(FindingKind::kJournal, what).entry = entry; });
+    });
+    result_.entries = static_cast<long long>(rows.size());
+    if (!HasChecksums()) return;
+    Try(FindingKind::kJournal,
+        [&] { tables.CheckCommands([this](const Text& what) { Find(FindingKind::kJournal, what); }); });
+    for (const JournalRow& row : rows) CheckEntry(tables, row);
+  }
+
+  void CheckEntry(JournalTables& tables, const JournalRow& row) {
+    const Long entry = row.entry.id;
+    try {
+      tables.VisitMarks(row, [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image) {
+        if (mark.image != 0) CheckImage(entry, key, image);
+      });
+    } catch (const Failure& failure) {
+      Find(FindingKind::kJournal, Plain(failure.Description())).entry = entry;
+    }
+  }
+
+  void CheckImage(Long entry, std::int64_t key, std::span<const std::byte> image) {
+    ++result_.images;
+    const auto taken = TakeChecked(image, key);
+    try {
+      if (!taken) throw Failure(FailureNumber::kDeviceError, "the figures do not agree with their checksum", "");
+      ChunkRows rows;
+      if (deep_ && shape_) DecodeChunk(*shape_, taken->bytes, rows);
+    } catch (const Failure& failure) {
+      FindInChunk(FindingKind::kImage, key, Plain(failure.Description())).entry = entry;
+    }
+  }
+
+  BookFile file_;
+  bool deep_;
+  std::optional<ChunkShape> shape_;  // none where the description is damaged
+  std::map<Long, Text> codes_;
+  std::vector<Date> dates_;  // of the records
+  std::map<std::int64_t, Whereabouts> places_;
+  std::map<Long, AccountSum> seen_;
+  std::map<Long, bool> damaged_accounts_;
+  BookCheckResult result_;
+};
+
+}  // namespace
+
+Text FindingKindName(FindingKind kind) {
+  switch (kind) {
+    case FindingKind::kFile:
+      return "file";
+    case FindingKind::kDescription:
+      return "description";
+    case FindingKind::kSums:
+      return "sums";
+    case FindingKind::kIndex:
+      return "index";
+    case FindingKind::kChunk:
+      return "chunk";
+    case FindingKind::kJournal:
+      return "journal";
+    case FindingKind::kImage:
+      return "image";
+  }
+  return "";
+}
+
+BookCheckResult CheckBook(const Text& path, bool deep) {
+  return BookChecker(path, deep).Check();
+}
+
+}  // namespace tallybook::engine

@@ -1,0 +1,39 @@
+// Looks through a book's file for damage. Unlike every other reader it goes on after what it finds.
+#pragma once
+
+#include <vector>
+
+#include "support/Types.h"
+
+namespace tallybook::engine {
+
+enum class FindingKind { kFile, kDescription, kSums, kIndex, kChunk, kJournal, kImage };
+
+// The word for a kind: "file", "description", "sums", "index", "chunk", "journal", "image".
+[[nodiscard]] Text FindingKindName(FindingKind kind);
+
+struct BookFinding {
+  FindingKind kind = FindingKind::kFile;
+  Long account = 0;      // the number of the account whose figures are concerned; 0: none
+  Text code;             // its code; empty where it is not known
+  Date first = kNoDate;  // the dates whose figures are concerned; kNoDate where they are not known
+  Date last = kNoDate;
+  Long entry = 0;  // the journal entry that is concerned; 0: none
+  Text what;       // without the book's path
+};
+
+struct BookCheckResult {
+  Long format = 0;
+  long long chunks = 0;   // that were looked at
+  long long entries = 0;  // of the journal
+  long long images = 0;
+  std::vector<BookFinding> findings;
+};
+
+// Checks that all of a book agrees with its checksums: the description, every chunk, what the index shows against what
+// was written, and the journal. A book of format 1 has no checksums, and is read for what can be read of it.
+//   deep    SQLite's own check of the whole file as well, and every image is read as figures
+//   fails   as Book::Open where the file cannot be opened as a book at all
+[[nodiscard]] BookCheckResult CheckBook(const Text& path, bool deep);
+
+}  // namespace tallybook::engine

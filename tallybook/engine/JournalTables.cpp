@@ -1,0 +1,267 @@
+#include "tallybook/engine/JournalTables.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "support/Failure.h"
+#include "support/Narrow.h"
+
+namespace tallybook::engine {
+
+namespace {
+
+Checksum MarkChecksum(Long entry, std::int64_t key, std::int64_t image, std::span<const std::byte> rows) {
+  return Digest().Add(std::int64_t{entry}).Add(key).Add(image).Add(rows).Value();
+}
+
+}  // namespace
+
+struct JournalTables::Statements {
+  explicit Statements(Database& database)
+      : insert_entry(
+            database,
+            "INSERT INTO journal (command, kind, time, first, last, what, state, images, undoes, chunks, marks, "
+            "marks_sum, checksum) VALUES (?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, 0)"),
+        update_entry(database,
+                     "UPDATE journal SET state = ?2, images = ?3, chunks = ?4, marks = ?5, marks_sum = ?6, "
+                     "checksum = ?7 WHERE id = ?1"),
+        copy_image(database, "INSERT INTO image (figures) SELECT figures FROM chunk WHERE id = ?1"),
+        find_mark(database, "SELECT rows, image FROM journal_chunk WHERE entry = ?1 AND key = ?2"),
+        insert_mark(database, "INSERT INTO journal_chunk (entry, key, rows, image) VALUES (?1, ?2, ?3, ?4)"),
+        update_mark(database, "UPDATE journal_chunk SET rows = ?3, image = ?4 WHERE entry = ?1 AND key = ?2") {}
+
+  DbStatement insert_entry;
+  DbStatement update_entry;
+  DbStatement copy_image;
+  DbStatement find_mark;
+  DbStatement insert_mark;
+  DbStatement update_mark;
+};
+
+Checksum CommandChecksum(Long id, Date time, const Text& what, const Text& who) {
+  return Digest().Add(std::int64_t{id}).Add(time).Add(what).Add(who).Value();
+}
+
+Checksum EntryChecksum(const JournalRow& row) {
+  const JournalEntry& entry = row.entry;
+  Digest digest;
+  digest.Add(std::int64_t{entry.id}).Add(std::int64_t{entry.command}).Add(static_cast<std::int64_t>(entry.kind));
+  digest.Add(entry.time).Add(entry.first).Add(entry.last).Add(entry.what_ran);
+  digest.Add(static_cast<std::int64_t>(entry.state)).Add(std::int64_t{entry.keeps_images});
+  digest.Add(std::int64_t{entry.undoes}).Add(std::int64_t{entry.chunks});
+  return digest.Add(row.marks).Add(ToColumn(row.marks_sum)).Value();
+}
+
+Checksum PackMark(Long entry, std::int64_t key, std::int64_t image, std::span<const std::byte> rows,
+                  std::vector<std::byte>& bytes) {
+  const Checksum checksum = MarkChecksum(entry, key, image, rows);
+  bytes.assign(rows.begin(), rows.end());
+  bytes.resize(rows.size() + kChecksumSize);
+  std::memcpy(bytes.data() + rows.size(), &checksum, kChecksumSize);
+  return checksum;
+}
+
+JournalTables::JournalTables(Database& database) : database_(database) {}
+
+JournalTables::~JournalTables() = default;
+
+JournalTables::Statements& JournalTables::Prepared() {
+  if (statements_ == nullptr) statements_ = std::make_unique<Statements>(database_);
+  return *statements_;
+}
+
+void JournalTables::FailDamaged(const Text& what) const {
+  throw Failure(FailureNumber::kDeviceError, database_.Path() + ": the book is damaged: " + what, "Tallybook.Journal");
+}
+
+void JournalTables::Tell(const TroubleTaker& tell, Long entry, const Text& what) const {
+  if (!tell) FailDamaged(what);
+  tell(entry, what);
+}
+
+std::vector<JournalRow> JournalTables::Rows(Long format, const TroubleTaker& tell) {
+  if (format == 1) return RowsOfFirstFormat();
+  DbStatement select(
+      database_,
+      "SELECT id, command, kind, time, first, last, what, state, images, undoes, chunks, marks, marks_sum, "
+      "checksum FROM journal ORDER BY id");
+  std::vector<JournalRow> rows;
+  std::int64_t shown = 0;
+  Long last = 0;
+  while (select.Step()) {
+    JournalRow& row = rows.emplace_back();
+    JournalEntry& entry = row.entry;
+    entry.id = ToLong(select.Int(0));
+    entry.command = ToLong(select.Int(1));
+    entry.kind = static_cast<JournalKind>(select.Int(2));
+    entry.time = select.Real(3);
+    entry.first = select.Real(4);
+    entry.last = select.Real(5);
+    entry.what_ran = select.String(6);
+    entry.state = static_cast<JournalState>(select.Int(7));
+    entry.keeps_images = select.Int(8) != 0;
+    entry.undoes = ToLong(select.Int(9));
+    entry.chunks = ToLong(select.Int(10));
+    row.marks = select.Int(11);
+    row.marks_sum = FromColumn(select.Int(12));
+    last = entry.id;
+    ++shown;
+    if (EntryChecksum(row) != FromColumn(select.Int(13))) {
+      Tell(tell, last, "journal entry " + std::to_string(last) + " does not agree with its checksum");
+      rows.pop_back();
+    }
+  }
+  // Entries are never taken away, so their numbers leave nothing out up to the last one given.
+  const std::int64_t given = database_.Number("SELECT seq FROM sqlite_sequence WHERE name = 'journal'");
+  if (given != shown || given != last) {
+    Tell(tell, 0, "the journal shows " + std::to_string(shown) + " of " + std::to_string(given) + " entries");
+  }
+  return rows;
+}
+
+void JournalTables::CheckCommands(const std::function<void(const Text& what)>& tell) {
+  DbStatement select(database_, "SELECT id, time, what, who, checksum FROM command ORDER BY id");
+  while (select.Step()) {
+    const Long id = ToLong(select.Int(0));
+    if (CommandChecksum(id, select.Real(1), select.String(2), select.String(3)) == FromColumn(select.Int(4))) continue;
+    tell("command " + std::to_string(id) + " does not agree with its checksum");
+  }
+}
+
+std::vector<JournalRow> JournalTables::RowsOfFirstFormat() {
+  DbStatement select(database_,
+                     "SELECT id, time, first, last, what, state, "
+                     "CASE state WHEN 0 THEN (SELECT count(*) FROM journal_chunk WHERE entry = id) ELSE chunks END "
+                     "FROM journal ORDER BY id");
+  std::vector<JournalRow> rows;
+  while (select.Step()) {
+    JournalEntry& entry = rows.emplace_back().entry;
+    entry.id = ToLong(select.Int(0));
+    entry.command = entry.id;
+    entry.time = select.Real(1);
+    entry.first = select.Real(2);
+    entry.last = select.Real(3);
+    entry.what_ran = select.String(4);
+    entry.state = static_cast<JournalState>(select.Int(5));
+    entry.chunks = ToLong(select.Int(6));
+  }
+  return rows;
+}
+
+Long JournalTables::AddCommand(Date time, const Text& what) {
+  const Text nobody;
+  DbStatement insert(database_, "INSERT INTO command (time, what, who, checksum) VALUES (?1, ?2, ?3, 0)");
+  insert.Bind(1, time).Bind(2, what).Bind(3, nobody).Run();
+  const Long id = ToLong(database_.LastRow());
+  DbStatement update(database_, "UPDATE command SET checksum = ?2 WHERE id = ?1");
+  update.Bind(1, std::int64_t{id}).Bind(2, ToColumn(CommandChecksum(id, time, what, nobody))).Run();
+  return id;
+}
+
+void JournalTables::Save(JournalRow& row) {
+  JournalEntry& entry = row.entry;
+  if (entry.id == 0) {
+    DbStatement& insert = Prepared().insert_entry;
+    insert.Bind(2, std::int64_t{entry.command}).Bind(3, static_cast<std::int64_t>(entry.kind));
+    insert.Bind(4, entry.time).Bind(5, entry.first).Bind(6, entry.last).Bind(7, entry.what_ran);
+    insert.Bind(8, static_cast<std::int64_t>(entry.state)).Bind(9, std::int64_t{entry.keeps_images});
+    insert.Bind(10, std::int64_t{entry.undoes}).Bind(11, std::int64_t{entry.chunks}).Bind(12, row.marks);
+    insert.Bind(13, ToColumn(row.marks_sum)).Run();
+    entry.id = ToLong(database_.LastRow());
+  }
+  // The checksum holds the number that a new entry is given only now.
+  DbStatement& update = Prepared().update_entry;
+  update.Bind(1, std::int64_t{entry.id}).Bind(2, static_cast<std::int64_t>(entry.state));
+  update.Bind(3, std::int64_t{entry.keeps_images}).Bind(4, std::int64_t{entry.chunks}).Bind(5, row.marks);
+  update.Bind(6, ToColumn(row.marks_sum)).Bind(7, ToColumn(EntryChecksum(row))).Run();
+}
+
+std::int64_t JournalTables::CopyImage(std::int64_t chunk_row) {
+  Prepared().copy_image.Bind(1, chunk_row).Run();
+  return database_.LastRow();
+}
+
+ChunkMark JournalTables::CheckedMark(Long entry, std::int64_t key, const DbStatement& statement, int column) const {
+  const auto bytes = statement.Bytes(column);
+  ChunkMark mark;
+  mark.image = statement.Int(column + 1);
+  if (bytes.size() >= kChecksumSize) {
+    const auto rows = bytes.first(bytes.size() - kChecksumSize);
+    mark.rows.assign(rows.begin(), rows.end());
+    std::memcpy(&mark.checksum, bytes.data() + rows.size(), kChecksumSize);
+  }
+  if (bytes.size() < kChecksumSize || mark.checksum != MarkChecksum(entry, key, mark.image, mark.rows)) {
+    FailDamaged("what journal entry " + std::to_string(entry) + " changed does not agree with its checksum");
+  }
+  return mark;
+}
+
+std::optional<ChunkMark> JournalTables::FindMark(Long entry, std::int64_t key) {
+  DbStatement& find = Prepared().find_mark;
+  const EndOfWalk end(find);
+  if (!find.Bind(1, std::int64_t{entry}).Bind(2, key).Step()) return std::nullopt;
+  return CheckedMark(entry, key, find, 0);
+}
+
+void JournalTables::BindMark(DbStatement& statement, Long entry, std::int64_t key, ChunkMark& mark) {
+  mark.checksum = PackMark(entry, key, mark.image, mark.rows, bytes_);
+  statement.Bind(1, std::int64_t{entry}).Bind(2, key).Bind(3, std::span<const std::byte>(bytes_));
+  if (mark.image != 0) {
+    statement.Bind(4, mark.image);
+  } else {
+    statement.BindNull(4);
+  }
+  statement.Run();
+}
+
+void JournalTables::InsertMark(Long entry, std::int64_t key, ChunkMark& mark) {
+  BindMark(Prepared().insert_mark, entry, key, mark);
+}
+
+void JournalTables::UpdateMark(Long entry, std::int64_t key, ChunkMark& mark) {
+  BindMark(Prepared().update_mark, entry, key, mark);
+}
+
+void JournalTables::VisitMarks(const JournalRow& row, const MarkVisitor& visit) {
+  const Long entry = row.entry.id;
+  DbStatement walk(
+      database_,
+      "SELECT key, rows, image, figures FROM journal_chunk LEFT JOIN image ON image.id = journal_chunk.image "
+      "WHERE entry = ?1 ORDER BY key");
+  walk.Bind(1, std::int64_t{entry});
+  std::int64_t marks = 0;
+  std::uint64_t marks_sum = 0;
+  while (walk.Step()) {
+    const std::int64_t key = walk.Int(0);
+    const ChunkMark mark = CheckedMark(entry, key, walk, 1);
+    if (mark.image != 0 && walk.IsNull(3)) {
+      FailDamaged("an image of journal entry " + std::to_string(entry) + " is missing");
+    }
+    ++marks;
+    marks_sum += mark.checksum;
+    visit(key, mark, walk.Bytes(3));
+  }
+  if (marks != row.marks || marks_sum != row.marks_sum) {
+    FailDamaged("journal entry " + std::to_string(entry) + " shows " + std::to_string(marks) + " changed chunks of " +
+                std::to_string(row.marks));
+  }
+}
+
+bool JournalTables::ShareRecords(Long entry, Long other) {
+  DbStatement walk(database_,
+                   "SELECT mine.rows, theirs.rows FROM journal_chunk AS mine JOIN journal_chunk AS theirs "
+                   "ON theirs.entry = ?2 AND theirs.key = mine.key WHERE mine.entry = ?1");
+  walk.Bind(1, std::int64_t{entry}).Bind(2, std::int64_t{other});
+  while (walk.Step()) {
+    const auto mine = walk.Bytes(0);
+    const auto theirs = walk.Bytes(1);
+    const std::size_t size = std::min(mine.size(), theirs.size());
+    for (std::size_t index = 0; index + kChecksumSize < size; ++index) {
+      if ((mine[index] & theirs[index]) != std::byte{0}) return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace tallybook::engine

@@ -1,0 +1,91 @@
+// The journal's tables in a book's file (docs/book-file.md, "The journal"): commands, entries, and which rows of which
+// chunks an entry changed, with the chunks' images from before. Every row is held against its checksum when it is read.
+//
+// The operations that write want a file of the present format, and a transaction. One thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "support/Types.h"
+#include "tallybook/engine/Checksums.h"
+#include "tallybook/engine/Database.h"
+#include "tallybook/engine/Journal.h"
+
+namespace tallybook::engine {
+
+// An entry as its row has it.
+struct JournalRow {
+  JournalEntry entry;           // id 0: not in the file yet
+  std::int64_t marks = 0;       // how many marks the file keeps of it
+  std::uint64_t marks_sum = 0;  // their checksums added up, modulo 2 to the 64th
+};
+
+// What an entry did to a chunk: a bit for each row of the chunk that was written, lowest bit first, and the row of
+// `image` that has the chunk from before.
+struct ChunkMark {
+  std::vector<std::byte> rows;
+  std::int64_t image = 0;  // 0: there was no chunk, or the entry keeps no images
+  Checksum checksum = 0;
+};
+
+class JournalTables {
+ public:
+  // `database` must outlive it.
+  explicit JournalTables(Database& database);
+  ~JournalTables();
+
+  // All entries, oldest first. Failure 57 where a row is damaged or missing; with `tell` that is told instead, and the
+  // rows are given that are whole. Entry 0 stands for the journal as a whole.
+  using TroubleTaker = std::function<void(Long entry, const Text& what)>;
+  [[nodiscard]] std::vector<JournalRow> Rows(Long format, const TroubleTaker& tell = nullptr);
+  // Tells the commands whose rows are damaged.
+  void CheckCommands(const std::function<void(const Text& what)>& tell);
+
+  // Begins a command; gives its number.
+  Long AddCommand(Date time, const Text& what);
+  // Writes an entry: a new one where its id is 0, which it is given then.
+  void Save(JournalRow& row);
+
+  // Copies a chunk from its row, and gives the image's row.
+  std::int64_t CopyImage(std::int64_t chunk_row);
+  [[nodiscard]] std::optional<ChunkMark> FindMark(Long entry, std::int64_t key);
+  // Writes a mark and puts its checksum into it.
+  void InsertMark(Long entry, std::int64_t key, ChunkMark& mark);
+  void UpdateMark(Long entry, std::int64_t key, ChunkMark& mark);
+
+  // Gives each mark of an entry with the bytes of its image, empty where there was no chunk, in the order of the keys.
+  // Failure 57 where one is damaged or missing.
+  using MarkVisitor = std::function<void(std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image)>;
+  void VisitMarks(const JournalRow& row, const MarkVisitor& visit);
+
+  // Whether both entries wrote some record.
+  [[nodiscard]] bool ShareRecords(Long entry, Long other);
+
+ private:
+  struct Statements;
+
+  [[nodiscard]] Statements& Prepared();
+  [[nodiscard]] std::vector<JournalRow> RowsOfFirstFormat();
+  [[nodiscard]] ChunkMark CheckedMark(Long entry, std::int64_t key, const DbStatement& statement, int column) const;
+  void BindMark(DbStatement& statement, Long entry, std::int64_t key, ChunkMark& mark);
+  [[noreturn]] void FailDamaged(const Text& what) const;
+  void Tell(const TroubleTaker& tell, Long entry, const Text& what) const;
+
+  Database& database_;
+  std::unique_ptr<Statements> statements_;  // made when they are needed: a file of an older format lacks their columns
+  std::vector<std::byte> bytes_;
+};
+
+// The checksums of rows as they stand in the file.
+[[nodiscard]] Checksum CommandChecksum(Long id, Date time, const Text& what, const Text& who);
+[[nodiscard]] Checksum EntryChecksum(const JournalRow& row);
+// Bits, and behind them the checksum over entry, key, image and bits.
+[[nodiscard]] Checksum PackMark(Long entry, std::int64_t key, std::int64_t image, std::span<const std::byte> rows,
+                                std::vector<std::byte>& bytes);
+
+}  // namespace tallybook::engine
