@@ -20,6 +20,7 @@ namespace tallybook::cli {
 [[nodiscard]] CommandTable DefinitionCommand();
 [[nodiscard]] CommandTable QdxCommand();
 [[nodiscard]] CommandTable JournalCommand();
+[[nodiscard]] CommandTable BookCommand();
 
 // Makes the whole program's table anew.
 using TableSource = std::function<CommandTable()>;

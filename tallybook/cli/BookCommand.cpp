@@ -1,0 +1,113 @@
+#include <fmt/format.h>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "support/Dates.h"
+#include "tallybook/cli/Commands.h"
+#include "tallybook/cli/Session.h"
+#include "tallybook/cli/Terminal.h"
+#include "tallybook/cli/TextTable.h"
+#include "tallybook/engine/BookCheck.h"
+
+namespace tallybook::cli {
+
+namespace {
+
+using engine::BookCheckResult;
+using engine::BookFinding;
+
+enum class CheckForm { kTable, kJson };
+
+struct CheckOptions {
+  Text book;
+  bool deep = false;
+  CheckForm form = CheckForm::kTable;
+  bool json = false;
+};
+
+Text DateOrNothing(Date date) {
+  return date == kNoDate ? Text() : DateText(date);
+}
+
+Text NumberOrNothing(Long number) {
+  return number == 0 ? Text() : std::to_string(number);
+}
+
+void PrintTable(const Text& path, const BookCheckResult& result) {
+  if (!result.findings.empty()) {
+    TextTable table({{"What"}, {"Account"}, {"From"}, {"To"}, {"Entry", Align::kRight}, {"Finding"}});
+    for (const BookFinding& finding : result.findings) {
+      table.AddRow({engine::FindingKindName(finding.kind),
+                    finding.code.empty() ? NumberOrNothing(finding.account) : finding.code,
+                    DateOrNothing(finding.first), DateOrNothing(finding.last), NumberOrNothing(finding.entry),
+                    finding.what});
+    }
+    table.Print(std::cout);
+  }
+  const auto found = static_cast<long long>(result.findings.size());
+  std::cout << fmt::format("{}: format {}{}, {}, {} with {}; {}\n", path, result.format,
+                           result.format == 1 ? " (without checksums)" : "", Counted(result.chunks, "chunk"),
+                           result.entries == 1 ? "1 journal entry" : WithCommas(result.entries) + " journal entries",
+                           Counted(result.images, "image"),
+                           found == 0 ? "nothing is damaged" : Counted(found, "finding"));
+}
+
+nlohmann::ordered_json JsonOf(const BookFinding& finding) {
+  nlohmann::ordered_json json;
+  json["what"] = engine::FindingKindName(finding.kind);
+  if (finding.account != 0) json["account"] = finding.account;
+  if (!finding.code.empty()) json["code"] = finding.code;
+  if (finding.first != kNoDate) json["first"] = DateText(finding.first);
+  if (finding.last != kNoDate) json["last"] = DateText(finding.last);
+  if (finding.entry != 0) json["entry"] = finding.entry;
+  json["finding"] = finding.what;
+  return json;
+}
+
+void PrintJson(const Text& path, const BookCheckResult& result) {
+  nlohmann::ordered_json json;
+  json["book"] = path;
+  json["format"] = result.format;
+  json["chunks"] = result.chunks;
+  json["entries"] = result.entries;
+  json["images"] = result.images;
+  json["findings"] = nlohmann::ordered_json::array();
+  for (const BookFinding& finding : result.findings) json["findings"].push_back(JsonOf(finding));
+  constexpr int kIndent = 2;
+  // A text that is damaged need not be UTF-8 any more.
+  std::cout << json.dump(kIndent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
+ExitStatus RunCheck(const CheckOptions& options) {
+  const Session session;
+  const Text path = BookPath(options.book);
+  const BookCheckResult result = engine::CheckBook(path, options.deep);
+  if (options.json || options.form == CheckForm::kJson) {
+    PrintJson(path, result);
+  } else {
+    PrintTable(path, result);
+  }
+  return result.findings.empty() ? ExitStatus::kDone : ExitStatus::kFailed;
+}
+
+CommandTable CheckCommand() {
+  static const Choices<CheckForm> forms = {{"table", CheckForm::kTable}, {"json", CheckForm::kJson}};
+  const auto options = std::make_shared<CheckOptions>();
+  CommandTable command =
+      MakeCommand("check", "Look for damage in a book, by account and dates; status 1 where there is any",
+                  {"tallybook book check north", "tallybook book check north --deep --json"}, options, RunCheck);
+  AddBook(command, options->book);
+  AddFlag(command, "--deep", options->deep, "Check the whole file's structure as well, and read every image");
+  AddChoice(command, "--format", options->form, forms, "table (the default) or json");
+  AddFlag(command, "--json", options->json, "Short for --format json");
+  Exclude(command, "--json", "--format");
+  return command;
+}
+
+}  // namespace
+
+CommandTable BookCommand() {
+  return MakeGroup("book", "Look after a book", {CheckCommand()});
+}
+
+}  // namespace tallybook::cli
