@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -13,6 +14,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tallybook/engine/BookCheck.h"
 #include "tallybook/engine/Journal.h"
 #include "tests/tallybook/engine/BookFixture.h"
 
@@ -23,6 +25,7 @@ using engine::Book;
 using engine::BookDescription;
 using engine::BookOptions;
 using engine::Journal;
+using engine::JournalKind;
 using engine::JournalState;
 
 constexpr int kAccounts = 30;
@@ -128,6 +131,12 @@ class BookKillTest : public BookFixture {
     return static_cast<int>(random() % static_cast<unsigned>(microseconds));
   }
 
+  static BookOptions ReadOnly() {
+    BookOptions read_only;
+    read_only.read_only = true;
+    return read_only;
+  }
+
   BookOptions options;
   std::mt19937 random{20040203};
 };
@@ -146,7 +155,8 @@ TEST_F(BookKillTest, CanBeTakenBackWhereverAWriterIsKilled) {
     const FigureMap left = FiguresOf(*book);
     ExpectNothingElse(before, left, pass);
     const auto entries = Journal(*book).Entries();
-    if (!entries.empty() && entries.back().state != JournalState::kUndone) {
+    // The pass has left no entry where it was killed before its first commit.
+    if (!entries.empty() && entries.back().kind == JournalKind::kImport && entries.back().keeps_images) {
       if (entries.back().state == JournalState::kOpen) ++killed_while_open;
       Journal(*book).UndoNewest();
     }
@@ -181,12 +191,83 @@ TEST_F(BookKillTest, IsUndoneWhollyOrNotAtAllWhereAnUndoIsKilled) {
     RunAndKill(MomentWithin(whole_undo), [&] { Journal(*Open(options)).UndoNewest(); });
     ExpectSoundFile();
     const auto book = Open(options);
-    if (Journal(*book).Entries().back().state == JournalState::kUndone) {
+    if (Journal(*book).Entries().back().kind == JournalKind::kUndo) {
       ASSERT_EQ(FiguresOf(*book), before);
       continue;
     }
     ASSERT_EQ(FiguresOf(*book), after);
     Journal(*book).UndoNewest();
+    ASSERT_EQ(FiguresOf(*book), before);
+  }
+}
+
+// Whatever of an older book's way to the present format is done, its figures are there, and a backup that bears its name
+// is whole.
+TEST_F(BookKillTest, ComesToThePresentFormatWhollyOrNotAtAll) {
+  const std::filesystem::path sample = std::filesystem::path(SAMPLES) / "book-v1.tbk";
+  const auto renew = [&] {
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) std::filesystem::remove(entry.path());
+    std::filesystem::copy_file(sample, BookPath());
+  };
+  const auto change = [&] {
+    const auto book = Open();
+    if (!book->ReadRecord(101, Day(2003, 1, 1))) std::abort();
+    book->SetFieldValue(1, 12345);
+    book->WriteRecord();
+    book->Close();
+  };
+  renew();
+  const FigureMap before = FiguresOf(*OpenToRead());
+  FigureMap after = before;
+  after[{101, Day(2003, 1, 1), 1}] = 12345;
+  const int whole_change = Microseconds(change);
+  int old_format = 0;
+  int new_format = 0;
+  for (int round = 0; round < 2 * kRounds; ++round) {
+    SCOPED_TRACE("round " + std::to_string(round));
+    renew();
+    RunAndKill(MomentWithin(whole_change + whole_change / 4), change);
+    ExpectSoundFile();
+    const bool is_old = engine::CheckBook(BookPath(), true).format == 1;
+    ++(is_old ? old_format : new_format);
+    const FigureMap left = FiguresOf(*OpenToRead());
+    EXPECT_TRUE(left == before || (!is_old && left == after));
+    EXPECT_TRUE(is_old || folder.Has("North.tbk-v1"));
+    if (folder.Has("North.tbk-v1")) {
+      std::filesystem::remove(folder.Path("North.tbk-backup-new"));  // a second name that was about to go
+      EXPECT_EQ(FiguresOf(*Book::Open(folder.Path("North.tbk-v1"), app, ReadOnly())), before);
+    }
+    change();
+    EXPECT_EQ(FiguresOf(*OpenToRead()), after);
+    EXPECT_TRUE(engine::CheckBook(BookPath(), true).findings.empty());
+  }
+  EXPECT_GT(old_format, 0) << "no round killed it before";
+  EXPECT_GT(new_format, 0) << "no round killed it afterwards";
+}
+
+// Of a command with several entries all is taken back, or nothing.
+TEST_F(BookKillTest, TakesACommandBackWhollyOrNotAtAllWhereItsUndoIsKilled) {
+  const FigureMap before;
+  const auto run_command = [&](int pass) {
+    const auto book = Open(options);
+    book->SetOperationName("import");
+    WriteUnderTheJournal(*book, pass);
+    WriteUnderTheJournal(*book, pass + 100);
+    return FiguresOf(*book);
+  };
+  run_command(0);
+  const int whole_undo = Microseconds([&] { Journal(*Open(options)).UndoNewest(); });
+  for (int round = 0; round < kRounds / 2; ++round) {
+    SCOPED_TRACE("round " + std::to_string(round));
+    const FigureMap after = run_command(round + 1);
+    RunAndKill(MomentWithin(whole_undo), [&] { Journal(*Open(options)).UndoNewest(); });
+    ExpectSoundFile();
+    const auto book = Open(options);
+    const FigureMap left = FiguresOf(*book);
+    if (left != before) {
+      ASSERT_EQ(left, after);
+      ASSERT_EQ(Journal(*book).UndoNewest().size(), 2U);
+    }
     ASSERT_EQ(FiguresOf(*book), before);
   }
 }
