@@ -28,6 +28,10 @@ class Book:
         self.tallybook = tallybook
         self.folder = folder
         self.env = {"PATH": "/usr/bin:/bin", "HOME": str(folder), "TZ": "UTC"}
+        # A cache that is too small for the book, so that an import commits on its way and its entry is open meanwhile.
+        settings = folder / ".config" / "tallybook" / "tallybook.ini"
+        settings.parent.mkdir(parents=True)
+        settings.write_text("[Files]\nCacheMiB=1\n", encoding="ascii")
 
     def start(self, *arguments):
         return subprocess.Popen([self.tallybook, *arguments], cwd=self.folder, env=self.env, stdin=subprocess.DEVNULL,
