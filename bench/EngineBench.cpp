@@ -258,7 +258,7 @@ void UndoFigures(benchmark::State& state) {
     bench.Write(*book, kAccountMajor, FigureSource(content, 2));
     bench.Write(*book, kAccountMajor, FigureSource(content, 1));
     const auto begin = std::chrono::steady_clock::now();
-    engine::Journal(*book).Undo();
+    engine::Journal(*book).UndoNewest();
     state.SetIterationTime(Seconds(begin));
   }
   state.counters["figures/s"] =
@@ -310,7 +310,7 @@ bool IsTrue(const Shape& shape, Order order, Content content) {
   book->Close();
   book = bench.Open();
   if (!bench.Holds(*book, second)) return false;
-  engine::Journal(*book).Undo();
+  engine::Journal(*book).UndoNewest();
   return bench.Holds(*book, first);
 }
 

@@ -302,7 +302,7 @@ TEST_F(ConversationsTest, ACommaSeparatedFileChangesTheBookAndCanBeTakenBack) {
   EXPECT_EQ(Stored(), expected);
   EXPECT_THAT(BookSettings(), HasSubstr(Path("day.csv")));
   ASSERT_THAT(Journal(*book_).Entries(), SizeIs(1));
-  Journal(*book_).Undo();
+  Journal(*book_).UndoNewest();
   EXPECT_EQ(Stored(), before);
   EXPECT_THAT(Log(), Not(HasSubstr("rror")));
 }
@@ -367,7 +367,7 @@ TEST_F(ConversationsTest, ADelimitedFileChangesTheBookAsTheUserSaysAndCanBeTaken
   EXPECT_EQ(Stored(), expected);
   EXPECT_FALSE(folder_.Has("days.txt"));
   EXPECT_EQ(folder_.Read("days.txt.bak"), kLines);
-  Journal(*book_).Undo();
+  Journal(*book_).UndoNewest();
   EXPECT_EQ(Stored(), before);
   User().On(kDelimited, [&](Form& form) {
     auto& shown = dynamic_cast<frmDelimited&>(form);
