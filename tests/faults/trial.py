@@ -347,7 +347,8 @@ class Expectation:
 
     def _judge_leftovers(self, place, done):
         known = self.before.names | self.after.names if done.status != 0 else self.after.names
-        left = {name for name in place.names() - known if not self._is_own(name)}
+        # An input that could not be renamed or deleted stays.
+        left = {name for name in place.names() - known - set(self.deed.inputs) if not self._is_own(name)}
         # SQLite's log may stay where closing it was made to fail; the next open takes it in.
         left = {name for name in left if not name.endswith(("-wal", "-shm", ".tbk-lock"))}
         # So may what is only there for a moment, where taking its name away was made to fail.
