@@ -10,6 +10,7 @@
 #include "support/Dates.h"
 #include "support/Failure.h"
 #include "support/FixedTable.h"
+#include "support/Narrow.h"
 #include "tallybook/engine/BookCompanions.h"
 #include "tallybook/engine/BookFile.h"
 #include "tallybook/engine/BookPlace.h"
@@ -45,7 +46,7 @@ std::vector<Integer> PositionsByNumber(const std::vector<Row>& rows) {
   for (std::size_t index = 0; index < rows.size(); ++index) {
     const auto number = static_cast<std::size_t>(rows[index].number);
     if (number >= positions.size()) positions.resize(number + 1, 0);
-    positions[number] = static_cast<Integer>(index + 1);
+    positions[number] = ToInteger(static_cast<long long>(index + 1));
   }
   return positions;
 }
@@ -58,7 +59,7 @@ Integer PositionIn(const std::vector<Integer>& positions, Long number) {
 
 template <typename Row>
 const Row& RowAt(const std::vector<Row>& rows, Integer position) {
-  const auto count = static_cast<Long>(rows.size());
+  const Long count = ToLong(static_cast<long long>(rows.size()));
   if (position < 1 || position > count) FailOutsideTable(position, count);
   return rows[static_cast<std::size_t>(position - 1)];
 }
@@ -109,9 +110,7 @@ class BookField final : public FieldRecord {
     const FieldDescription* field = Current();
     return field != nullptr && field->system;
   }
-  [[nodiscard]] Long MaxNumber() const override {
-    return static_cast<Integer>(HighestNumber(book_.Description().fields));
-  }
+  [[nodiscard]] Long MaxNumber() const override { return HighestNumber(book_.Description().fields); }
 
  private:
   [[nodiscard]] const FieldDescription* Current() const {
@@ -129,7 +128,7 @@ std::vector<Integer> PositionsAsked(const std::vector<Number>& numbers, const st
                                     Long count, const Text& what) {
   std::vector<Integer> positions;
   if (numbers.empty()) {
-    for (Long position = 1; position <= count; ++position) positions.push_back(static_cast<Integer>(position));
+    for (Long position = 1; position <= count; ++position) positions.push_back(ToInteger(position));
   }
   for (const Number number : numbers) {
     const Integer position = PositionIn(positions_by_number, number);
@@ -286,7 +285,7 @@ ValueGiver Book::Values() {
 Integer Book::AccountPositionOfCode(const Text& code) const {
   const auto& accounts = description_->accounts;
   const auto found = std::ranges::find(accounts, code, &AccountDescription::code);
-  return found == accounts.end() ? Integer{0} : static_cast<Integer>(found - accounts.begin() + 1);
+  return found == accounts.end() ? Integer{0} : ToInteger(found - accounts.begin() + 1);
 }
 
 Integer Book::AccountPosition(Long account_number) const {
@@ -376,6 +375,12 @@ void Book::FailField(Integer field_number) const {
                 path_ + ": the book has no field of number " + std::to_string(field_number), kSource);
 }
 
+void Book::FailFigure(Integer field_number, Double value) const {
+  throw Failure(FailureNumber::kOverflow,
+                path_ + ": " + std::to_string(value) + " is no figure for field " + std::to_string(field_number),
+                kSource);
+}
+
 Double Book::FieldValue(Integer field_number) const {
   // A negative number wraps to one that no table reaches.
   const auto number = static_cast<std::uint16_t>(field_number);
@@ -388,6 +393,7 @@ void Book::SetFieldValue(Integer field_number, Double value) {
   const auto number = static_cast<std::uint16_t>(field_number);
   if (row_ == nullptr || number >= position_of_field_.size() || position_of_field_[number] == 0)
     FailField(field_number);
+  if (!std::isfinite(value)) FailFigure(field_number, value);
   if (!changed_) {
     std::copy_n(row_, changed_row_.size(), changed_row_.begin());
     row_ = changed_row_.data();
@@ -403,7 +409,7 @@ bool Book::DateValid(Date date) const {
 
 Integer Book::YearCode(Integer position) const {
   if (position < 1 || position > NumYears()) FailOutsideTable(position, NumYears());
-  return static_cast<Integer>(FirstYear() + position - 1);
+  return ToInteger(FirstYear() + position - 1);
 }
 
 void Book::BeginProgress(const Text& title) {

@@ -164,6 +164,7 @@ class Book final : public Masterfile, public CalendarSource {
   // as Commit: the record is kept in memory then, and the call can be repeated.
   bool WriteRecord() override;
   [[nodiscard]] Double FieldValue(Integer field_number) const override;
+  // Fails with failure 6 for an infinity and for what is no number, with the record as it was.
   void SetFieldValue(Integer field_number, Double value) override;
 
   [[nodiscard]] bool DateValid(Date date) const override;
@@ -213,6 +214,7 @@ class Book final : public Masterfile, public CalendarSource {
   [[nodiscard]] FigureStore& Store() const;  // Failure 91 behind Close
   void RequireWritable() const;
   [[noreturn]] void FailField(Integer field_number) const;
+  [[noreturn]] void FailFigure(Integer field_number, Double value) const;
   void KeepWritten();
   void BeginEntry(Date first, Date last, bool keeps_images);
   void OpenOwnEntry();

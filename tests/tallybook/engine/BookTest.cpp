@@ -240,6 +240,16 @@ TEST_F(BookTest, TakesAFigureOfNegativeZeroForZero) {
   EXPECT_THAT(FiguresOf(*book), IsEmpty());
 }
 
+TEST_F(BookTest, StoresNoFigureThatIsNotFinite) {
+  const auto book = CreateAndOpen();
+  Put(*book, kShop, Day(2003, 5, 5), kSales, 7);
+  for (const Double value : {std::numeric_limits<Double>::infinity(), -std::numeric_limits<Double>::infinity(),
+                             std::numeric_limits<Double>::quiet_NaN()}) {
+    EXPECT_THAT([&] { Put(*book, kShop, Day(2003, 5, 5), kSales, value); }, FailsWith(FailureNumber::kOverflow));
+  }
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 7);
+}
+
 TEST_F(BookTest, GivesFiguresByAccountPositionDateAndFieldPosition) {
   const auto book = CreateAndOpen();
   Put(*book, kStore, Day(2003, 5, 5), kSales, 1);
