@@ -85,4 +85,13 @@ void NeedRegularFile(const Text& path) {
   throw Failure(FailureNumber::kPathOrAccess, path + " is " + WordsFor(kind) + "; a file is wanted", "FileSystem");
 }
 
+void NeedListable(const Text& folder) {
+  std::error_code error;
+  const fs::directory_iterator first(NativePath(folder), error);
+  if (!error || error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) return;
+  const bool denied = error == std::errc::permission_denied;
+  throw Failure(denied ? FailureNumber::kPermissionDenied : FailureNumber::kDeviceError,
+                "the folder " + folder + " cannot be listed: " + error.message(), "FileSystem");
+}
+
 }  // namespace tallybook::application

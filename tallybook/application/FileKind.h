@@ -39,4 +39,7 @@ struct FileLook {
 // the operation that wants it tells that in words of its own.
 void NeedRegularFile(const Text& path);
 
+// Failure 70 or 57 where the folder is there and cannot be listed: whoever looks for files in it would find none.
+void NeedListable(const Text& folder);
+
 }  // namespace tallybook::application

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "support/Failure.h"
+#include "support/Utility.h"
 
 namespace tallybook::application {
 
@@ -183,6 +184,15 @@ void WholeFiles::Copy(const Text& from_path, const Text& to_path) {
     to->Close();
     output->file->SetBroken(false);
   });
+}
+
+std::vector<FoundFile> WholeFiles::Find(const Text& pattern) {
+  std::vector<FoundFile> found = Below().Find(pattern);
+  if (!found.empty()) return found;
+  const Text folder = FilePath(pattern);
+  NeedListable(folder.empty() ? "." : folder);
+  // The first look may have met a folder that could not be listed just then.
+  return Below().Find(pattern);
 }
 
 void WholeFiles::Announce(const Text& path, const Text& place) {

@@ -29,6 +29,8 @@ class WholeFiles : public FileLayer {
   void Delete(const Text& path) override;
   void Rename(const Text& old_path, const Text& new_path) override;
   void Copy(const Text& from_path, const Text& to_path) override;
+  // Fails as NeedListable, too: a folder that cannot be listed is no empty one.
+  [[nodiscard]] std::vector<FoundFile> Find(const Text& pattern) override;
 
   // From now on no book is deleted, nor replaced by a copy, by way of these files. `rules` must outlive this.
   void UseRules(const OutputRules& rules) { rules_ = &rules; }

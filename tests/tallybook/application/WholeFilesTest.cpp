@@ -9,6 +9,7 @@
 #include "tallybook/application/WholeTables.h"
 #include "tallybook/tables/ExportLibrary.h"
 #include "tests/support/FailsWith.h"
+#include "tests/support/InChild.h"
 #include "tests/support/OtherProcess.h"
 #include "tests/support/ScriptedPlatform.h"
 #include "tests/support/TempFolder.h"
@@ -168,6 +169,20 @@ TEST_F(WholeFilesTest, WhatIsNoFileIsNeitherOpenedNorRenamedNorDeleted) {
     EXPECT_THAT(act, FailsWith(FailureNumber::kPathOrAccess, "is a pipe"));
   }
   EXPECT_THAT(Names(), UnorderedElementsAre("pipe"));
+}
+
+TEST_F(WholeFilesTest, AFolderThatCannotBeListedIsNoEmptyOne) {
+  std::filesystem::create_directory(folder_.Path("closed"));
+  folder_.Write("closed/a.QDX", "x");
+  ::chmod(folder_.Path().c_str(), 0777);
+  ::chmod(folder_.Path("closed").c_str(), 0311);
+  EXPECT_THAT(testing::InChild([&] {
+                testing::BecomeNobody();
+                (void)files_.Find(folder_.Path("closed/*.QDX"));
+              }),
+              HasSubstr("cannot be listed: Permission denied"));
+  EXPECT_TRUE(files_.Find(folder_.Path("missing/*.QDX")).empty());
+  EXPECT_TRUE(files_.Find(folder_.Path("*.QDX")).empty());
 }
 
 TEST_F(WholeFilesTest, AnInputThatStandsForAnotherIsReadAndNeitherRenamedNorDeleted) {
