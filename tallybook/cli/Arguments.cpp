@@ -133,6 +133,10 @@ Argument& AddFlag(CommandTable& command, const Text& name, bool& target, const T
   return Add(command, name, ArgumentKind::kFlag, "", what, [&target](const Text& /*text*/) { target = true; });
 }
 
+Argument& AddFlag(CommandTable& command, const Text& name, std::function<void()> take, const Text& what) {
+  return Add(command, name, ArgumentKind::kFlag, "", what, [take = std::move(take)](const Text& /*text*/) { take(); });
+}
+
 Argument& AddText(CommandTable& command, const Text& name, Text& target, const Text& value, const Text& what) {
   return Add(command, name, ArgumentKind::kText, value, what, [&target](const Text& text) { target = text; });
 }

@@ -126,6 +126,8 @@ void Exclude(CommandTable& command, const Text& option, const Text& other);
 // it. `target` is the member that it is bound to and lives as long as the table; `value` stands for the value in help.
 
 Argument& AddFlag(CommandTable& command, const Text& name, bool& target, const Text& what);
+// One that does something else than to set a member.
+Argument& AddFlag(CommandTable& command, const Text& name, std::function<void()> take, const Text& what);
 
 Argument& AddText(CommandTable& command, const Text& name, Text& target, const Text& value, const Text& what);
 Argument& AddText(CommandTable& command, const Text& name, std::optional<Text>& target, const Text& value,

@@ -9,6 +9,7 @@
 #include "tallybook/cli/Help.h"
 #include "tallybook/cli/Program.h"
 #include "tallybook/cli/Reasons.h"
+#include "tallybook/cli/Shown.h"
 
 namespace tallybook::cli {
 
@@ -30,7 +31,7 @@ class OwnReasonPlaces {
 
 ExitStatus Tell(const Text& trouble, ExitStatus status) {
   std::cout << std::flush;
-  std::cerr << TroubleText("tallybook:") << ' ' << trouble << '\n' << std::flush;
+  std::cerr << TroubleText("tallybook:") << ' ' << ShownLines(trouble) << '\n' << std::flush;
   KeepReason(application::OnOneLine(trouble));
   return status;
 }

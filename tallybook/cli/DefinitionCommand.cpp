@@ -1,12 +1,15 @@
 #include <fmt/format.h>
 #include <functional>
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 #include "support/Failure.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DefinitionEdit.h"
 #include "tallybook/cli/DefinitionList.h"
+#include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"
+#include "tallybook/cli/Shown.h"
 #include "tallybook/cli/TextTable.h"
 
 namespace tallybook::cli {
@@ -18,26 +21,79 @@ struct DefinitionOptions {
   Long wait = 0;
   Integer number = 0;
   DefinitionChanges changes;
+  PrintForm form = PrintForm::kTable;
   AskOptions asking;
 };
 
-ExitStatus RunList(const DefinitionOptions& options) {
-  Session session;
-  const auto book = session.OpenToRead(options.book);
-  CDataExchange exchange(session.Factory());
-  OpenDefinitions(session.Files(), exchange, *book);
+// The words of how accounts or fields are matched, without the count of rows that they show to people.
+Text Mode(const Text& shown) {
+  return shown.substr(0, shown.find(' '));
+}
+
+// The members bear the names of the options that set them.
+nlohmann::ordered_json JsonOf(const CDataExchange& exchange, engine::Book& book) {
+  const DefinitionRecord& definition = exchange.CurrentDefinition();
+  nlohmann::ordered_json json = {{"number", exchange.FileNum()},
+                                 {"title", definition.Desc},
+                                 {"file", definition.QdxFileName},
+                                 {"accounts", Mode(AccountMatchText(definition, book))},
+                                 {"fields", Mode(FieldMatchText(definition))},
+                                 {"after", AfterText(definition.Disp)},
+                                 {"map_account", nlohmann::ordered_json::array()},
+                                 {"map_field", nlohmann::ordered_json::array()}};
+  for (int i = 1; i <= definition.NumAccounts; ++i) {
+    const AccountRow& row = definition.accounts(i);
+    json["map_account"].push_back({{"from", row.from_code}, {"to", row.to_code}});
+  }
+  for (int i = 1; i <= definition.NumFields; ++i) {
+    const FieldRow& row = definition.fields(i);
+    json["map_field"].push_back({{"from", row.FieldFrom}, {"to", row.FieldTo}});
+  }
+  return json;
+}
+
+void PrintCsv(const nlohmann::ordered_json& definitions) {
+  std::cout << "number,title,file,accounts,fields,after\n";
+  for (const auto& definition : definitions) {
+    std::cout << definition.at("number").get<Integer>();
+    for (const char* name : {"title", "file", "accounts", "fields", "after"}) {
+      std::cout << ',' << CsvField(definition.at(name).get<Text>());
+    }
+    std::cout << '\n';
+  }
+}
+
+void PrintTable(CDataExchange& exchange, engine::Book& book) {
   if (exchange.NumRecs() == 0) {
     std::cout << "There are no exchange definitions.\n";
-    return ExitStatus::kDone;
+    return;
   }
   TextTable table({{"#", Align::kRight}, {"Title"}, {"File"}, {"Accounts"}, {"Fields"}, {"After"}});
   for (int i = 1; i <= exchange.NumRecs(); ++i) {
     exchange.SetFile(static_cast<Integer>(i));
     const DefinitionRecord& definition = exchange.CurrentDefinition();
     table.AddRow({std::to_string(exchange.FileNum()), definition.Desc, definition.QdxFileName,
-                  AccountMatchText(definition, *book), FieldMatchText(definition), AfterText(definition.Disp)});
+                  AccountMatchText(definition, book), FieldMatchText(definition), AfterText(definition.Disp)});
   }
   table.Print(std::cout);
+}
+
+ExitStatus RunList(const DefinitionOptions& options) {
+  Session session;
+  const auto book = session.OpenToRead(options.book);
+  CDataExchange exchange(session.Factory());
+  OpenDefinitions(session.Files(), exchange, *book);
+  if (options.form == PrintForm::kTable) {
+    PrintTable(exchange, *book);
+    return ExitStatus::kDone;
+  }
+  nlohmann::ordered_json definitions = nlohmann::ordered_json::array();
+  for (int i = 1; i <= exchange.NumRecs(); ++i) {
+    exchange.SetFile(static_cast<Integer>(i));
+    definitions.push_back(JsonOf(exchange, *book));
+  }
+  if (options.form == PrintForm::kJson) std::cout << JsonText(definitions);
+  if (options.form == PrintForm::kCsv) PrintCsv(definitions);
   return ExitStatus::kDone;
 }
 
@@ -62,9 +118,9 @@ void PrintRows(const DefinitionRecord& definition) {
 
 void PrintDefinition(CDataExchange& exchange, engine::Book& book) {
   const DefinitionRecord& definition = exchange.CurrentDefinition();
-  std::cout << fmt::format("Exchange definition {}: {}\n", exchange.FileNum(), definition.Desc);
-  std::cout << fmt::format("  File      {}\n", definition.QdxFileName);
-  std::cout << fmt::format("  Accounts  {}\n", AccountMatchText(definition, book));
+  std::cout << fmt::format("Exchange definition {}: {}\n", exchange.FileNum(), Shown(definition.Desc));
+  std::cout << fmt::format("  File      {}\n", Shown(definition.QdxFileName));
+  std::cout << fmt::format("  Accounts  {}\n", Shown(AccountMatchText(definition, book)));
   std::cout << fmt::format("  Fields    {}\n", FieldMatchText(definition));
   std::cout << fmt::format("  After     {}\n", AfterText(definition.Disp));
   PrintRows(definition);
@@ -76,7 +132,11 @@ ExitStatus RunShow(const DefinitionOptions& options) {
   CDataExchange exchange(session.Factory());
   OpenDefinitions(session.Files(), exchange, *book);
   exchange.SetFile(PositionOfDefinition(exchange, *book, options.number));
-  PrintDefinition(exchange, *book);
+  if (options.form == PrintForm::kJson) {
+    std::cout << JsonText(JsonOf(exchange, *book));
+  } else {
+    PrintDefinition(exchange, *book);
+  }
   return ExitStatus::kDone;
 }
 
@@ -123,7 +183,7 @@ ExitStatus RunAdd(const DefinitionOptions& options) {
   ApplyChanges(changes, exchange, *book);
   const auto write = [&] { return exchange.Add(position) != 0; };
   if (!WriteDefinition(session, exchange, write)) return session.StatusOf(false);
-  std::cout << fmt::format("Added exchange definition {}: {}\n", exchange.FileNum(), exchange.Desc());
+  std::cout << fmt::format("Added exchange definition {}: {}\n", exchange.FileNum(), Shown(exchange.Desc()));
   return session.StatusOf(true);
 }
 
@@ -138,7 +198,7 @@ ExitStatus RunEdit(const DefinitionOptions& options) {
   ApplyChanges(options.changes, exchange, *book);
   const auto write = [&] { return exchange.Update(position); };
   if (!WriteDefinition(session, exchange, write)) return session.StatusOf(false);
-  std::cout << fmt::format("Changed exchange definition {}: {}\n", exchange.FileNum(), exchange.Desc());
+  std::cout << fmt::format("Changed exchange definition {}: {}\n", exchange.FileNum(), Shown(exchange.Desc()));
   return session.StatusOf(true);
 }
 
@@ -153,7 +213,7 @@ ExitStatus RunDelete(const DefinitionOptions& options) {
   if (!exchange.Delete(position)) {
     throw Failure(FailureNumber::kPathOrAccess, file + ": the definition's file cannot be deleted");
   }
-  std::cout << fmt::format("Deleted exchange definition {}: {}\n", options.number, title);
+  std::cout << fmt::format("Deleted exchange definition {}: {}\n", options.number, Shown(title));
   return ExitStatus::kDone;
 }
 
@@ -189,6 +249,7 @@ CommandTable ListCommand() {
   CommandTable command =
       MakeCommand("list", "List the definitions", {"tallybook definition list office"}, options, RunList);
   AddBook(command, options->book);
+  AddForm(command, options->form);
   return command;
 }
 
@@ -198,6 +259,7 @@ CommandTable ShowCommand() {
       MakeCommand("show", "Show a definition with its rows", {"tallybook definition show office 1"}, options, RunShow);
   AddBook(command, options->book);
   AddDefinition(command, options->number);
+  AddFormWithoutCsv(command, options->form);
   return command;
 }
 

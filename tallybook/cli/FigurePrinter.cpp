@@ -12,6 +12,7 @@
 #include "support/Dates.h"
 #include "support/Failure.h"
 #include "support/Utility.h"
+#include "tallybook/cli/Shown.h"
 
 namespace tallybook::cli {
 
@@ -23,35 +24,24 @@ constexpr std::size_t kValueWidth = 20;
 constexpr int kTableDigits = 15;  // what a person reads; every amount of so many digits shows as it was entered
 constexpr std::size_t kLongestNumber = 32;  // the shortest text of a double takes 24 characters at most
 
-// RFC 4180, section 2: a field with a comma, a quote or a line break stands in quotes, and its quotes are doubled.
-std::string CsvField(const Text& text) {
-  if (text.find_first_of(",\"\r\n") == Text::npos) return text;
-  std::string quoted = "\"";
-  for (const char character : text) {
-    if (character == '"') quoted += '"';
-    quoted += character;
-  }
-  return quoted + '"';
-}
-
 }  // namespace
 
-FigurePrinter::FigurePrinter(FigureForm form, const engine::Book& book, std::ostream& out)
+FigurePrinter::FigurePrinter(PrintForm form, const engine::Book& book, std::ostream& out)
     : form_(form), book_(book), out_(out) {
   buffer_.reserve(kBufferSize + 1024);
 }
 
 void FigurePrinter::Begin() {
-  if (form_ == FigureForm::kCsv) buffer_ += "account_number,account_code,date,field,value\n";
-  if (form_ == FigureForm::kTable) {
+  if (form_ == PrintForm::kCsv) buffer_ += "account_number,account_code,date,field,value\n";
+  if (form_ == PrintForm::kTable) {
     buffer_ += fmt::format("{:<10}  {:<10}  {:<36}{:>{}}\n", "Account", "Date", "Field", "Value", kValueWidth);
     for (int position = 1; position <= book_.NumFields(); ++position) {
-      const Text name = TrimRight(book_.FieldName(static_cast<Integer>(position)));
+      const Text name = Shown(TrimRight(book_.FieldName(static_cast<Integer>(position))));
       field_texts_.push_back(fmt::format("  {:>5} {}", book_.FieldNumber(static_cast<Integer>(position)),
                                          PadRight(name, ' ', kFieldNameWidth)));
     }
   }
-  if (form_ == FigureForm::kJson) buffer_ += '[';
+  if (form_ == PrintForm::kJson) buffer_ += '[';
 }
 
 void FigurePrinter::Print(const engine::Figure& figure) {
@@ -60,15 +50,15 @@ void FigurePrinter::Print(const engine::Figure& figure) {
     date_ = figure.date;
     date_text_ = DateText(figure.date);
   }
-  if (form_ == FigureForm::kCsv) PrintCsvRow(figure);
-  if (form_ == FigureForm::kTable) PrintTableRow(figure);
-  if (form_ == FigureForm::kJson) PrintJsonRow(figure);
+  if (form_ == PrintForm::kCsv) PrintCsvRow(figure);
+  if (form_ == PrintForm::kTable) PrintTableRow(figure);
+  if (form_ == PrintForm::kJson) PrintJsonRow(figure);
   any_ = true;
   if (buffer_.size() >= kBufferSize) WriteOut();
 }
 
 void FigurePrinter::Finish() {
-  if (form_ == FigureForm::kJson) buffer_ += any_ ? "\n]\n" : "]\n";
+  if (form_ == PrintForm::kJson) buffer_ += any_ ? "\n]\n" : "]\n";
   WriteOut();
 }
 
@@ -76,9 +66,9 @@ void FigurePrinter::PrepareAccount(const engine::Figure& figure) {
   account_position_ = figure.account_position;
   const Text& code = book_.Description().accounts[static_cast<std::size_t>(figure.account_position - 1)].code;
   const Long number = figure.account_number;
-  if (form_ == FigureForm::kCsv) account_text_ = fmt::format("{},{}", number, CsvField(code));
-  if (form_ == FigureForm::kTable) account_text_ = PadRight(code, ' ', engine::kCodeWidth);
-  if (form_ == FigureForm::kJson) {
+  if (form_ == PrintForm::kCsv) account_text_ = fmt::format("{},{}", number, CsvField(code));
+  if (form_ == PrintForm::kTable) account_text_ = PadRight(Shown(code), ' ', engine::kCodeWidth);
+  if (form_ == PrintForm::kJson) {
     account_text_ = fmt::format(R"({{ "account": {}, "code": {})", number, nlohmann::json(code).dump());
   }
 }

@@ -7,18 +7,17 @@
 #include <vector>
 
 #include "support/Types.h"
+#include "tallybook/cli/PrintForm.h"
 #include "tallybook/engine/Book.h"
 
 namespace tallybook::cli {
 
 // A table shows 15 digits of a value; CSV and JSON hold the shortest text that reads back to the same number.
-enum class FigureForm { kTable, kCsv, kJson };
-
 class FigurePrinter {
  public:
   // Prints to `out`; both must outlive the printer. Begin is first, Finish last, and what stands between is the
   // figures, in the order in which they are to be printed.
-  FigurePrinter(FigureForm form, const engine::Book& book, std::ostream& out);
+  FigurePrinter(PrintForm form, const engine::Book& book, std::ostream& out);
 
   void Begin();
   // Failure 5, in JSON alone, for a value that JSON has no form for: not-a-number and the infinities.
@@ -34,7 +33,7 @@ class FigurePrinter {
   void AppendNumber(Long number);
   void WriteOut();
 
-  FigureForm form_;
+  PrintForm form_;
   const engine::Book& book_;
   std::ostream& out_;
   std::string buffer_;

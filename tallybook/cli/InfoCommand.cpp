@@ -3,7 +3,9 @@
 
 #include "support/Dates.h"
 #include "tallybook/cli/Commands.h"
+#include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"
+#include "tallybook/cli/Shown.h"
 #include "tallybook/cli/Terminal.h"
 #include "tallybook/cli/TextTable.h"
 
@@ -13,12 +15,12 @@ namespace {
 
 struct InfoOptions {
   Text book;
-  bool json = false;
+  PrintForm form = PrintForm::kTable;
 };
 
 // A line of the summary: its name in the first column.
 void PrintFact(const Text& name, const Text& value) {
-  std::cout << fmt::format("{:<10}{}\n", name, value);
+  std::cout << fmt::format("{:<10}{}\n", name, Shown(value));
 }
 
 long long CountFigures(engine::Book& book) {
@@ -33,7 +35,7 @@ long long CountFigures(engine::Book& book) {
 void PrintSummary(engine::Book& book) {
   const engine::BookDescription& description = book.Description();
   const engine::CalendarDescription& calendar = description.calendar;
-  std::cout << description.system_name << " (" << description.type_name << ")\n\n";
+  std::cout << Shown(description.system_name) << " (" << Shown(description.type_name) << ")\n\n";
   PrintFact("File", book.Path());
   PrintFact("Records", "one for each account and " + engine::DataLevelName(description.data_level));
   PrintFact("Calendar", fmt::format("{}, {} periods a year, weeks end on {}", engine::CalendarKindName(calendar.kind),
@@ -62,7 +64,7 @@ void PrintLists(const engine::BookDescription& description) {
 ExitStatus RunInfo(const InfoOptions& options) {
   Session session;
   const auto book = session.OpenToRead(options.book);
-  if (options.json) {
+  if (options.form == PrintForm::kJson) {
     engine::PrintBookDescription(book->Description(), std::cout, book->Values());
     return ExitStatus::kDone;
   }
@@ -81,7 +83,8 @@ CommandTable InfoCommand() {
       MakeCommand("info", "Tell what a book is made of",
                   {"tallybook info north", "tallybook info north --json > north.json"}, options, RunInfo);
   AddBook(command, options->book);
-  AddFlag(command, "--json", options->json, "The whole book, figures too, in the form that `new` reads");
+  AddFormWithoutCsv(command, options->form);
+  command.notes = {"As JSON it is the whole book, figures too, in the form that `new` reads."};
   return command;
 }
 

@@ -1,14 +1,18 @@
 #include <fmt/format.h>
 #include <iostream>
+#include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "qdx/HeaderReader.h"
 #include "support/Dates.h"
 #include "support/Failure.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FigurePrinter.h"
+#include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/QdxDiff.h"
 #include "tallybook/cli/QdxWalk.h"
 #include "tallybook/cli/Session.h"
+#include "tallybook/cli/Shown.h"
 #include "tallybook/cli/TextTable.h"
 
 namespace tallybook::cli {
@@ -18,6 +22,7 @@ namespace {
 struct QdxOptions {
   Text file;
   Text other;
+  PrintForm form = PrintForm::kTable;
 };
 
 // Tells what is irregular on standard error, with file and byte, as a reader of a dump needs it.
@@ -26,7 +31,7 @@ class TellingListener : public QdxListener {
   explicit TellingListener(Text path) : path_(std::move(path)) {}
   void Irregular(long long offset, const Text& what) override {
     std::cout << std::flush;
-    std::cerr << fmt::format("tallybook: {}: byte {}: {}\n", path_, offset, what);
+    std::cerr << fmt::format("tallybook: {}: byte {}: {}\n", Shown(path_), offset, Shown(what));
     sound_ = false;
   }
   [[nodiscard]] ExitStatus Status() const { return sound_ ? ExitStatus::kDone : ExitStatus::kFailed; }
@@ -48,12 +53,36 @@ class InfoListener : public TellingListener {
   TextTable items_{{{"Item"}, {"Value"}}};
 };
 
+// The header's items as members of one JSON object.
+class JsonInfoListener : public TellingListener {
+ public:
+  using TellingListener::TellingListener;
+  void Item(long long /*offset*/, std::string_view name, Integer row, const Text& value) override {
+    nlohmann::ordered_json item = {{"item", name}};
+    if (row > 0) item["row"] = row;
+    item["value"] = value;
+    items_.push_back(std::move(item));
+  }
+  [[nodiscard]] const nlohmann::ordered_json& Items() const { return items_; }
+
+ private:
+  nlohmann::ordered_json items_ = nlohmann::ordered_json::array();
+};
+
+ExitStatus RunInfoAsJson(const QdxOptions& options) {
+  JsonInfoListener listener(options.file);
+  QdxWalk walk(options.file, listener);
+  if (walk.Header()) std::cout << JsonText({{"file", options.file}, {"items", listener.Items()}});
+  return listener.Status();
+}
+
 ExitStatus RunInfo(const QdxOptions& options) {
   const Session session;
+  if (options.form == PrintForm::kJson) return RunInfoAsJson(options);
   InfoListener listener(options.file);
   QdxWalk walk(options.file, listener);
   if (walk.Header()) {
-    std::cout << DescribeHeader(walk.Record(), options.file) << "\n\n";
+    std::cout << ShownLines(DescribeHeader(walk.Record(), options.file)) << "\n\n";
     listener.Print();
   }
   return listener.Status();
@@ -76,11 +105,52 @@ class DumpListener : public TellingListener {
   void BodyEnd(long long offset) override { Line(offset, "end of the body"); }
 
  private:
-  static void Line(long long offset, const Text& text) { std::cout << fmt::format("{:>10}  {}\n", offset, text); }
+  static void Line(long long offset, const Text& text) {
+    std::cout << fmt::format("{:>10}  {}\n", offset, Shown(text));
+  }
 };
+
+// An array with one object a line, so that a file of any size passes through.
+class JsonDumpListener : public TellingListener {
+ public:
+  using TellingListener::TellingListener;
+  void Item(long long offset, std::string_view name, Integer row, const Text& value) override {
+    nlohmann::ordered_json item = {{"offset", offset}, {"item", name}};
+    if (row > 0) item["row"] = row;
+    item["value"] = value;
+    Print(item);
+  }
+  void Account(long long offset, Integer index) override { Print({{"offset", offset}, {"account_row", index}}); }
+  void DateStart(long long offset, const BodyDate& date, Integer values) override {
+    Print({{"offset", offset}, {"date", DateItemText(date)}, {"values", values}});
+  }
+  void Value(long long offset, const BodyValue& value) override {
+    Print({{"offset", offset}, {"field_row", value.field_index}, {"value", value.value}});
+  }
+  void AccountEnd(long long offset) override { Print({{"offset", offset}, {"end", "account"}}); }
+  void BodyEnd(long long offset) override { Print({{"offset", offset}, {"end", "body"}}); }
+  void Finish() const { std::cout << (any_ ? "\n]\n" : "[]\n"); }
+
+ private:
+  void Print(const nlohmann::ordered_json& object) {
+    std::cout << (any_ ? ",\n  " : "[\n  ") << JsonLine(object);
+    any_ = true;
+  }
+
+  bool any_ = false;
+};
+
+ExitStatus RunDumpAsJson(const QdxOptions& options) {
+  JsonDumpListener listener(options.file);
+  QdxWalk walk(options.file, listener);
+  if (walk.Header()) walk.Body();
+  listener.Finish();
+  return listener.Status();
+}
 
 ExitStatus RunDump(const QdxOptions& options) {
   const Session session;
+  if (options.form == PrintForm::kJson) return RunDumpAsJson(options);
   DumpListener listener(options.file);
   QdxWalk walk(options.file, listener);
   if (walk.Header()) walk.Body();
@@ -89,23 +159,37 @@ ExitStatus RunDump(const QdxOptions& options) {
 
 class CheckListener : public QdxListener {
  public:
-  explicit CheckListener(Text path) : path_(std::move(path)) {}
+  CheckListener(Text path, PrintForm form) : path_(std::move(path)), form_(form) {}
   void Account(long long /*offset*/, Integer /*index*/) override { ++accounts_; }
   void DateStart(long long /*offset*/, const BodyDate& /*date*/, Integer /*values*/) override { ++dates_; }
   void Value(long long /*offset*/, const BodyValue& /*value*/) override { ++values_; }
   void Irregular(long long offset, const Text& what) override {
-    std::cout << fmt::format("{}: byte {}: {}\n", path_, offset, what);
     ++irregularities_;
+    if (form_ == PrintForm::kJson) {
+      irregular_.push_back({{"offset", offset}, {"what", what}});
+    } else {
+      std::cout << fmt::format("{}: byte {}: {}\n", Shown(path_), offset, Shown(what));
+    }
   }
   [[nodiscard]] ExitStatus Finish() const {
-    std::cout << fmt::format("{}: {} with {} on {}; {}\n", path_, Counted(accounts_, "account"),
-                             Counted(values_, "value"), Counted(dates_, "date"),
-                             irregularities_ == 0 ? "nothing irregular" : WithCommas(irregularities_) + " irregular");
+    form_ == PrintForm::kJson ? PrintJson() : PrintSummary();
     return irregularities_ == 0 ? ExitStatus::kDone : ExitStatus::kFailed;
   }
 
  private:
+  void PrintJson() const {
+    std::cout << JsonText(
+        {{"file", path_}, {"accounts", accounts_}, {"values", values_}, {"dates", dates_}, {"irregular", irregular_}});
+  }
+  void PrintSummary() const {
+    std::cout << fmt::format("{}: {} with {} on {}; {}\n", Shown(path_), Counted(accounts_, "account"),
+                             Counted(values_, "value"), Counted(dates_, "date"),
+                             irregularities_ == 0 ? "nothing irregular" : WithCommas(irregularities_) + " irregular");
+  }
+
   Text path_;
+  PrintForm form_;
+  nlohmann::ordered_json irregular_ = nlohmann::ordered_json::array();
   long long accounts_ = 0;
   long long dates_ = 0;
   long long values_ = 0;
@@ -114,14 +198,25 @@ class CheckListener : public QdxListener {
 
 ExitStatus RunCheck(const QdxOptions& options) {
   const Session session;
-  CheckListener listener(options.file);
+  CheckListener listener(options.file, options.form);
   QdxWalk walk(options.file, listener);
   if (walk.Header()) walk.Body();
   return listener.Finish();
 }
 
+ExitStatus RunDiffAsJson(const QdxOptions& options) {
+  std::ostringstream lines;
+  const long long differences = DiffQdxFiles(options.file, options.other, lines);
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  std::istringstream read(lines.str());
+  for (Text line; std::getline(read, line);) list.push_back({{"what", line}});
+  std::cout << JsonText({{"file", options.file}, {"other", options.other}, {"differences", list}});
+  return differences == 0 ? ExitStatus::kDone : ExitStatus::kFailed;
+}
+
 ExitStatus RunDiff(const QdxOptions& options) {
   const Session session;
+  if (options.form == PrintForm::kJson) return RunDiffAsJson(options);
   const long long differences = DiffQdxFiles(options.file, options.other, std::cout);
   std::cout << (differences == 0 ? Text("No differences.") : Counted(differences, "difference") + ".") << '\n';
   return differences == 0 ? ExitStatus::kDone : ExitStatus::kFailed;
@@ -131,6 +226,7 @@ CommandTable ReaderCommand(const Text& name, const Text& what, ExitStatus (*run)
   const auto options = std::make_shared<QdxOptions>();
   CommandTable command = MakeCommand(name, what, {"tallybook qdx " + name + " year.QDX"}, options, run);
   AddText(command, "FILE", options->file, "", "The exchange file").Required().As(ArgumentKind::kExchangeFile);
+  AddFormWithoutCsv(command, options->form);
   return command;
 }
 
@@ -141,6 +237,7 @@ CommandTable DiffCommand() {
                   {"tallybook qdx diff before.QDX after.QDX"}, options, RunDiff);
   AddText(command, "FILE", options->file, "", "An exchange file").Required().As(ArgumentKind::kExchangeFile);
   AddText(command, "OTHER", options->other, "", "The one to compare with").Required().As(ArgumentKind::kExchangeFile);
+  AddFormWithoutCsv(command, options->form);
   return command;
 }
 

@@ -67,4 +67,14 @@ Text Shown(const Text& text) {
   return shown;
 }
 
+Text ShownLines(const Text& text) {
+  Text shown;
+  std::size_t start = 0;
+  for (std::size_t end = text.find('\n'); end != Text::npos; end = text.find('\n', start)) {
+    shown += Shown(text.substr(start, end - start)) + "\n";
+    start = end + 1;
+  }
+  return shown + Shown(text.substr(start));
+}
+
 }  // namespace tallybook::cli

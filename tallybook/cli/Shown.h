@@ -10,4 +10,7 @@ namespace tallybook::cli {
 // that turns the direction of the text round. A byte that is no UTF-8 is shown as its number, too.
 [[nodiscard]] Text Shown(const Text& text);
 
+// The same for a text of several lines.
+[[nodiscard]] Text ShownLines(const Text& text);
+
 }  // namespace tallybook::cli

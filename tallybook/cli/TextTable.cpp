@@ -5,6 +5,7 @@
 
 #include "support/CodePage.h"
 #include "support/Utility.h"
+#include "tallybook/cli/Shown.h"
 
 namespace tallybook::cli {
 
@@ -15,6 +16,7 @@ TextTable::TextTable(std::vector<Column> columns) : columns_(std::move(columns))
 }
 
 void TextTable::AddRow(std::vector<Text> cells) {
+  for (Text& cell : cells) cell = Shown(cell);
   rows_.push_back(std::move(cells));
 }
 

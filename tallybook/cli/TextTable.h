@@ -19,7 +19,7 @@ class TextTable {
   };
 
   explicit TextTable(std::vector<Column> columns);
-  // One text for each column.
+  // One text for each column, shown as a terminal may show it (Shown.h).
   void AddRow(std::vector<Text> cells);
   // Each line begins with `indent` blanks and ends without any.
   void Print(std::ostream& out, int indent = 0) const;

@@ -16,7 +16,7 @@ struct ValuesOptions {
   Date to = kNoDate;
   std::vector<Text> accounts;
   std::vector<Integer> fields;
-  FigureForm form = FigureForm::kTable;
+  PrintForm form = PrintForm::kTable;
 };
 
 engine::FigureQuery QueryOf(const ValuesOptions& options, const engine::Book& book) {
@@ -45,8 +45,6 @@ ExitStatus RunValues(const ValuesOptions& options) {
 }  // namespace
 
 CommandTable ValuesCommand() {
-  static const Choices<FigureForm> forms = {
-      {"table", FigureForm::kTable}, {"csv", FigureForm::kCsv}, {"json", FigureForm::kJson}};
   const auto options = std::make_shared<ValuesOptions>();
   CommandTable command = MakeCommand("values", "Print the figures that are not zero",
                                      {"tallybook values north --from 2003-01-01 --to 2003-01-31 --account 100",
@@ -59,7 +57,7 @@ CommandTable ValuesCommand() {
       .As(ArgumentKind::kAccountCode);
   AddNumber(command, "--field", options->fields, "N", "Only the field of this number; may be given again")
       .As(ArgumentKind::kFieldNumber);
-  AddChoice(command, "--format", options->form, forms, "table (the default), csv or json");
+  AddForm(command, options->form);
   return command;
 }
 
