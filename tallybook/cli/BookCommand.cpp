@@ -4,6 +4,8 @@
 
 #include "support/Dates.h"
 #include "tallybook/cli/Commands.h"
+#include "tallybook/cli/Findings.h"
+#include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/Terminal.h"
 #include "tallybook/cli/TextTable.h"
@@ -16,13 +18,10 @@ namespace {
 using engine::BookCheckResult;
 using engine::BookFinding;
 
-enum class CheckForm { kTable, kJson };
-
 struct CheckOptions {
   Text book;
   bool deep = false;
-  CheckForm form = CheckForm::kTable;
-  bool json = false;
+  PrintForm form = PrintForm::kTable;
 };
 
 Text DateOrNothing(Date date) {
@@ -35,7 +34,7 @@ Text NumberOrNothing(Long number) {
 
 void PrintTable(const Text& path, const BookCheckResult& result) {
   if (!result.findings.empty()) {
-    TextTable table({{"What"}, {"Account"}, {"From"}, {"To"}, {"Entry", Align::kRight}, {"Finding"}});
+    TextTable table({{"Kind"}, {"Account"}, {"From"}, {"To"}, {"Entry", Align::kRight}, {"Finding"}});
     for (const BookFinding& finding : result.findings) {
       table.AddRow({engine::FindingKindName(finding.kind),
                     finding.code.empty() ? NumberOrNothing(finding.account) : finding.code,
@@ -54,53 +53,48 @@ void PrintTable(const Text& path, const BookCheckResult& result) {
 
 nlohmann::ordered_json JsonOf(const BookFinding& finding) {
   nlohmann::ordered_json json;
-  json["what"] = engine::FindingKindName(finding.kind);
+  json["kind"] = engine::FindingKindName(finding.kind);
   if (finding.account != 0) json["account"] = finding.account;
   if (!finding.code.empty()) json["code"] = finding.code;
   if (finding.first != kNoDate) json["first"] = DateText(finding.first);
   if (finding.last != kNoDate) json["last"] = DateText(finding.last);
   if (finding.entry != 0) json["entry"] = finding.entry;
-  json["finding"] = finding.what;
+  json["what"] = finding.what;
   return json;
 }
 
 void PrintJson(const Text& path, const BookCheckResult& result) {
   nlohmann::ordered_json json;
-  json["book"] = path;
+  json["file"] = path;
   json["format"] = result.format;
   json["chunks"] = result.chunks;
   json["entries"] = result.entries;
   json["images"] = result.images;
   json["findings"] = nlohmann::ordered_json::array();
   for (const BookFinding& finding : result.findings) json["findings"].push_back(JsonOf(finding));
-  constexpr int kIndent = 2;
-  // A text that is damaged need not be UTF-8 any more.
-  std::cout << json.dump(kIndent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+  std::cout << JsonText(json);
 }
 
 ExitStatus RunCheck(const CheckOptions& options) {
   const Session session;
   const Text path = BookPath(options.book);
   const BookCheckResult result = engine::CheckBook(path, options.deep);
-  if (options.json || options.form == CheckForm::kJson) {
+  if (options.form == PrintForm::kJson) {
     PrintJson(path, result);
   } else {
     PrintTable(path, result);
   }
-  return result.findings.empty() ? ExitStatus::kDone : ExitStatus::kFailed;
+  return StatusOfFindings(path, static_cast<long long>(result.findings.size()), "finding");
 }
 
 CommandTable CheckCommand() {
-  static const Choices<CheckForm> forms = {{"table", CheckForm::kTable}, {"json", CheckForm::kJson}};
   const auto options = std::make_shared<CheckOptions>();
   CommandTable command =
       MakeCommand("check", "Look for damage in a book, by account and dates; status 1 where there is any",
                   {"tallybook book check north", "tallybook book check north --deep --json"}, options, RunCheck);
   AddBook(command, options->book);
   AddFlag(command, "--deep", options->deep, "Check the whole file's structure as well, and read every image");
-  AddChoice(command, "--format", options->form, forms, "table (the default) or json");
-  AddFlag(command, "--json", options->json, "Short for --format json");
-  Exclude(command, "--json", "--format");
+  AddFormWithoutCsv(command, options->form);
   return command;
 }
 

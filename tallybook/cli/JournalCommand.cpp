@@ -1,11 +1,15 @@
 #include <fmt/format.h>
 #include <iostream>
+#include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "support/Dates.h"
 #include "tallybook/application/EntryDates.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
+#include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
 #include "tallybook/engine/Journal.h"
@@ -16,6 +20,7 @@ namespace {
 
 struct JournalOptions {
   Text book;
+  PrintForm form = PrintForm::kTable;
   Long wait = 0;
   std::optional<Long> id;
 };
@@ -46,13 +51,55 @@ Text WhatRan(const engine::JournalEntry& entry) {
   return entry.undoes == 0 ? entry.what_ran : fmt::format("{} of {}", entry.what_ran, entry.undoes);
 }
 
-ExitStatus RunList(const JournalOptions& options) {
-  Session session;
-  const auto book = session.OpenToRead(options.book);
-  const auto entries = engine::Journal(*book).Entries();
+Text KindText(engine::JournalKind kind) {
+  switch (kind) {
+    case engine::JournalKind::kImport:
+      return "import";
+    case engine::JournalKind::kSet:
+      return "set";
+    case engine::JournalKind::kUndo:
+      return "undo";
+    case engine::JournalKind::kLists:
+      return "lists";
+  }
+  return "";
+}
+
+// Members that an entry has no value for are left out.
+nlohmann::ordered_json JsonOf(const engine::JournalEntry& entry) {
+  const application::EntryDates dates = application::EntryDatesOf(entry);
+  nlohmann::ordered_json json = {{"entry", entry.id},
+                                 {"command", entry.command},
+                                 {"kind", KindText(entry.kind)},
+                                 {"time", DateTimeText(entry.time)}};
+  if (entry.first != kNoDate) json.update({{"first", dates.first}, {"last", dates.last}});
+  json.update({{"state", StateText(entry)}, {"what_ran", entry.what_ran}});
+  if (entry.undoes != 0) json["undoes"] = entry.undoes;
+  return json;
+}
+
+void PrintJson(const std::vector<engine::JournalEntry>& entries) {
+  nlohmann::ordered_json json = nlohmann::ordered_json::array();
+  for (const engine::JournalEntry& entry : entries) json.push_back(JsonOf(entry));
+  std::cout << JsonText(json);
+}
+
+void PrintCsv(const std::vector<engine::JournalEntry>& entries) {
+  std::cout << "entry,command,kind,time,first,last,state,what_ran,undoes\n";
+  for (const engine::JournalEntry& entry : entries) {
+    const bool dated = entry.first != kNoDate;
+    const application::EntryDates dates = application::EntryDatesOf(entry);
+    std::cout << fmt::format("{},{},{},{},{},{},{},{},{}\n", entry.id, entry.command, KindText(entry.kind),
+                             DateTimeText(entry.time), dated ? dates.first : "", dated ? dates.last : "",
+                             StateText(entry), CsvField(entry.what_ran),
+                             entry.undoes == 0 ? "" : std::to_string(entry.undoes));
+  }
+}
+
+void PrintTable(const std::vector<engine::JournalEntry>& entries) {
   if (entries.empty()) {
     std::cout << "The journal is empty.\n";
-    return ExitStatus::kDone;
+    return;
   }
   TextTable table({{"ID", Align::kRight}, {"Time"}, {"From"}, {"To"}, {"State"}, {"What ran"}});
   for (const engine::JournalEntry& entry : entries) {
@@ -61,6 +108,23 @@ ExitStatus RunList(const JournalOptions& options) {
                   WhatRan(entry)});
   }
   table.Print(std::cout);
+}
+
+ExitStatus RunList(const JournalOptions& options) {
+  Session session;
+  const auto book = session.OpenToRead(options.book);
+  const auto entries = engine::Journal(*book).Entries();
+  switch (options.form) {
+    case PrintForm::kTable:
+      PrintTable(entries);
+      break;
+    case PrintForm::kCsv:
+      PrintCsv(entries);
+      break;
+    case PrintForm::kJson:
+      PrintJson(entries);
+      break;
+  }
   return ExitStatus::kDone;
 }
 
@@ -81,9 +145,11 @@ ExitStatus RunUndo(const JournalOptions& options) {
 
 CommandTable ListCommand() {
   const auto options = std::make_shared<JournalOptions>();
-  CommandTable command = MakeCommand("list", "List what changed figures, oldest first",
-                                     {"tallybook journal list office"}, options, RunList);
+  CommandTable command =
+      MakeCommand("list", "List what changed figures, oldest first",
+                  {"tallybook journal list office", "tallybook journal list office --json"}, options, RunList);
   AddBook(command, options->book);
+  AddForm(command, options->form);
   return command;
 }
 

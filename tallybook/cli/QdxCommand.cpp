@@ -8,6 +8,7 @@
 #include "support/Failure.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FigurePrinter.h"
+#include "tallybook/cli/Findings.h"
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/QdxDiff.h"
 #include "tallybook/cli/QdxWalk.h"
@@ -173,7 +174,7 @@ class CheckListener : public QdxListener {
   }
   [[nodiscard]] ExitStatus Finish() const {
     form_ == PrintForm::kJson ? PrintJson() : PrintSummary();
-    return irregularities_ == 0 ? ExitStatus::kDone : ExitStatus::kFailed;
+    return StatusOfFindings(path_, irregularities_, "finding");
   }
 
  private:
@@ -211,7 +212,7 @@ ExitStatus RunDiffAsJson(const QdxOptions& options) {
   std::istringstream read(lines.str());
   for (Text line; std::getline(read, line);) list.push_back({{"what", line}});
   std::cout << JsonText({{"file", options.file}, {"other", options.other}, {"differences", list}});
-  return differences == 0 ? ExitStatus::kDone : ExitStatus::kFailed;
+  return StatusOfFindings(options.file, differences, "difference");
 }
 
 ExitStatus RunDiff(const QdxOptions& options) {
@@ -219,7 +220,7 @@ ExitStatus RunDiff(const QdxOptions& options) {
   if (options.form == PrintForm::kJson) return RunDiffAsJson(options);
   const long long differences = DiffQdxFiles(options.file, options.other, std::cout);
   std::cout << (differences == 0 ? Text("No differences.") : Counted(differences, "difference") + ".") << '\n';
-  return differences == 0 ? ExitStatus::kDone : ExitStatus::kFailed;
+  return StatusOfFindings(options.file, differences, "difference");
 }
 
 CommandTable ReaderCommand(const Text& name, const Text& what, ExitStatus (*run)(const QdxOptions&)) {

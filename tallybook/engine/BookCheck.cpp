@@ -31,11 +31,13 @@ struct Whereabouts {
 
 class BookChecker {
  public:
-  BookChecker(const Text& path, bool deep) : file_(BookFile::OpenToCheck(ResolvedBookPath(path))), deep_(deep) {
+  // `path` is the file's own (ResolvedBookPath).
+  BookChecker(const Text& path, bool deep) : path_(path), file_(BookFile::OpenToCheck(path)), deep_(deep) {
     result_.format = file_.Format();
   }
 
   BookCheckResult Check() {
+    for (const Text& trouble : NameTroubles(path_)) Find(FindingKind::kName, trouble);
     if (deep_) Try(FindingKind::kFile, [this] { CheckFile(); });
     ReadDescription();
     Try(FindingKind::kIndex, [this] { ReadIndex(); });
@@ -235,6 +237,7 @@ class BookChecker {
     }
   }
 
+  Text path_;
   BookFile file_;
   bool deep_;
   std::optional<ChunkShape> shape_;  // none where the description is damaged
@@ -250,6 +253,8 @@ class BookChecker {
 
 Text FindingKindName(FindingKind kind) {
   switch (kind) {
+    case FindingKind::kName:
+      return "name";
     case FindingKind::kFile:
       return "file";
     case FindingKind::kDescription:
@@ -269,7 +274,7 @@ Text FindingKindName(FindingKind kind) {
 }
 
 BookCheckResult CheckBook(const Text& path, bool deep) {
-  return BookChecker(path, deep).Check();
+  return BookChecker(ResolvedBookPath(path), deep).Check();
 }
 
 }  // namespace tallybook::engine

@@ -7,9 +7,9 @@
 
 namespace tallybook::engine {
 
-enum class FindingKind { kFile, kDescription, kSums, kIndex, kChunk, kJournal, kImage };
+enum class FindingKind { kName, kFile, kDescription, kSums, kIndex, kChunk, kJournal, kImage };
 
-// The word for a kind: "file", "description", "sums", "index", "chunk", "journal", "image".
+// The word for a kind: "name", "file", "description", "sums", "index", "chunk", "journal", "image".
 [[nodiscard]] Text FindingKindName(FindingKind kind);
 
 struct BookFinding {
@@ -30,8 +30,8 @@ struct BookCheckResult {
   std::vector<BookFinding> findings;
 };
 
-// Checks that all of a book agrees with its checksums: the description, every chunk, what the index shows against what
-// was written, and the journal. A book of format 1 has no checksums, and is read for what can be read of it.
+// Checks that a book's name is its own (NameTroubles), and that all of it agrees with its checksums: the description, every
+// chunk, what the index shows against what was written, and the journal. A book of format 1 has no checksums, and is read for what can be read of it.
 //   deep    SQLite's own check of the whole file as well, and every image is read as figures
 //   fails   as Book::Open where the file cannot be opened as a book at all
 [[nodiscard]] BookCheckResult CheckBook(const Text& path, bool deep);

@@ -53,6 +53,14 @@ TEST_F(BookCheckTest, FindsNothingInABookThatIsWhole) {
   EXPECT_EQ(result.images, 1);
 }
 
+TEST_F(BookCheckTest, TellsThatAnotherBookInTheFolderHasTheSameNameButForCase) {
+  const std::filesystem::path book(BookPath());
+  Text name = book.filename().string();
+  name.front() = static_cast<char>(name.front() ^ ('a' ^ 'A'));
+  std::filesystem::copy_file(book, book.parent_path() / name);
+  EXPECT_THAT(Findings(kNotDeep), ElementsAre(Finding(FindingKind::kName, name)));
+}
+
 TEST_F(BookCheckTest, NamesAccountAndDatesOfEachChunkThatIsDamaged) {
   Meddle("UPDATE chunk SET figures = x'02' || substr(figures, 2) || x'00' WHERE key IN (101 << 24, (205 << 24) + 1)");
   const auto findings = Findings(kNotDeep);
