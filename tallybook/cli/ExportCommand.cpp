@@ -39,11 +39,11 @@ std::optional<Text> FileToWrite(Session& session, const ExportOptions& options, 
                                 const Text& filter, const Text& extension) {
   const Text book_file = FileBaseName(book.Path());
   const Text stem = book_file.substr(0, book_file.rfind('.'));
-  const auto file = FileOrAnswer(options.file, {.save = true,
-                                                .title = "Export from " + book_file,
-                                                .filter = filter,
-                                                .extension = extension,
-                                                .proposed_name = stem + "." + extension});
+  auto file = FileOrAnswer(options.file, {.save = true,
+                                          .title = "Export from " + book_file,
+                                          .filter = filter,
+                                          .extension = extension,
+                                          .proposed_name = stem + "." + extension});
   if (options.file.empty() && file) session.AddOutput(*file);
   return file;
 }

@@ -46,7 +46,7 @@ std::vector<Integer> PositionsByNumber(const std::vector<Row>& rows) {
   for (std::size_t index = 0; index < rows.size(); ++index) {
     const auto number = static_cast<std::size_t>(rows[index].number);
     if (number >= positions.size()) positions.resize(number + 1, 0);
-    positions[number] = ToInteger(static_cast<long long>(index + 1));
+    positions[number] = ToInteger(static_cast<long long>(index) + 1);
   }
   return positions;
 }

@@ -24,6 +24,10 @@ bool IsNumber(std::string_view text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+Text CompanionOf(const Text& stem, const Text& name) {
+  return stem + "." + name;
+}
+
 // The part of a companion's name before the point and NAME; empty where the file is no companion of that name.
 Text StemOf(const Text& file, const Text& name) {
   const Text ending = "." + name;
@@ -110,10 +114,11 @@ std::vector<Text> CopyOlderCompanions(const Text& path) {
   const Text older = OlderBookName(path);
   std::vector<Text> copied;
   for (const Text& stem : StemsOf(folder, older)) {
-    const Text to = folder + stem + "." + name;
+    const Text to = folder + CompanionOf(stem, name);
     if (Exists(to)) continue;
-    CopyFile(path, folder + stem + "." + older, to);
-    copied.push_back(stem + "." + older);
+    const Text from = CompanionOf(stem, older);
+    CopyFile(path, folder + from, to);
+    copied.push_back(from);
   }
   const Text settings = SettingsOf(folder, name);
   if (!Exists(SettingsOf(folder, older))) {
