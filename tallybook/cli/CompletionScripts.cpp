@@ -255,7 +255,7 @@ Text ZshFunction(const Text& words) {
   return "_tallybook_" + Replaced(Replaced(words, ' ', "_"), '-', "_");
 }
 
-// Text within the brackets of a specification.
+// Text within the brackets that explain an argument.
 Text ZshText(const Text& text) {
   Text escaped;
   for (const char character : text) {

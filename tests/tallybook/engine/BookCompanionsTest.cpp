@@ -120,7 +120,6 @@ TEST_F(BookCompanionsTest, IsRefusedWhereTheyCannotBeCopied) {
 }
 
 TEST_F(BookCompanionsTest, LeavesThoseOfABookThatNeverHadTheOlderName) {
-  if (engine::kBookFormat < 2) GTEST_SKIP() << "all books have the older name's format";
   PutCompanionsOfShop();
   Book::Create(folder.Path("shop.2024"), ShopDescription());
   EXPECT_EQ(OpenNamed("shop.2024", false)->FileExtension(), "shop.2024");
