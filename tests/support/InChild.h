@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <grp.h>
+#include <gtest/gtest.h>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -56,5 +58,15 @@ inline void BecomeNobody() {
   if (::setgroups(0, nullptr) != 0 || ::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)
     throw Failure(FailureNumber::kInternal, "Cannot become another user");
 }
+
+// Leaves a test out where this user cannot do what it needs. Where the project is checked as a whole nothing may be
+// left out.
+#define NEEDS_ROOT()                                                                                \
+  do {                                                                                              \
+    if (geteuid() != 0) {                                                                           \
+      if (std::getenv("CI") != nullptr) FAIL() << "files of another user can only be made by root"; \
+      GTEST_SKIP() << "files of another user can only be made by root";                             \
+    }                                                                                               \
+  } while (false)
 
 }  // namespace tallybook::testing

@@ -157,7 +157,7 @@ TEST_F(WholeFileTest, ANewFileHasTheUsualMode) {
 }
 
 TEST_F(WholeFileTest, KeepsTheOwnerOfTheOldFile) {
-  if (!testing::IsSuperuser()) GTEST_SKIP() << "only a superuser can give a file to another";
+  NEEDS_ROOT();
   folder_.Write("out", "old");
   ASSERT_EQ(::chown(folder_.Path("out").c_str(), 1234, 4321), 0);
   Write("out", "new");
@@ -166,7 +166,7 @@ TEST_F(WholeFileTest, KeepsTheOwnerOfTheOldFile) {
 }
 
 TEST_F(WholeFileTest, AnotherUsersFileThatCouldNotStayTheirsIsRefused) {
-  if (!testing::IsSuperuser()) GTEST_SKIP() << "only a superuser can make a file of another user";
+  NEEDS_ROOT();
   folder_.Write("out", "old");
   ASSERT_EQ(::chmod(folder_.Path("out").c_str(), 0666), 0);
   EXPECT_THAT(InChild([&] {

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "support/Failure.h"
+#include "tests/support/InChild.h"
 
 namespace tallybook::testing {
 
@@ -94,15 +95,5 @@ class SecondProcess {
   std::array<int, 2> done_{};
   pid_t child_ = -1;
 };
-
-// Leaves a test out where this user cannot do what it needs. Where the project is checked as a whole nothing may be
-// left out.
-#define NEEDS_ROOT()                                                                                \
-  do {                                                                                              \
-    if (geteuid() != 0) {                                                                           \
-      if (std::getenv("CI") != nullptr) FAIL() << "files of another user can only be made by root"; \
-      GTEST_SKIP() << "files of another user can only be made by root";                             \
-    }                                                                                               \
-  } while (false)
 
 }  // namespace tallybook::testing
