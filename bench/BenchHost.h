@@ -6,10 +6,11 @@
 #include <string>
 #include <utility>
 
-#include "support/Dates.h"
-#include "support/Platform.h"
+#include "base/Dates.h"
+#include "platform/MessageBoxes.h"
+#include "platform/Platform.h"
+#include "platform/posix/PosixPlatform.h"
 #include "support/Utility.h"
-#include "support/platform/posix/PosixPlatform.h"
 #include "tests/support/MemoryHost.h"
 #include "tests/support/TempFolder.h"
 

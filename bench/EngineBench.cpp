@@ -20,9 +20,10 @@
 #include <unistd.h>
 #include <vector>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
-#include "support/platform/posix/PosixPlatform.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
+#include "platform/StopProgram.h"
+#include "platform/posix/PosixPlatform.h"
 #include "tallybook/engine/Book.h"
 #include "tallybook/engine/Journal.h"
 #include "tests/support/CallRecord.h"

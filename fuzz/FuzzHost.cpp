@@ -4,9 +4,11 @@
 #include <utility>
 #include <vector>
 
+#include "base/Dates.h"
 #include "import/QDXImport.h"
+#include "platform/Clock.h"
+#include "platform/Platform.h"
 #include "qdx/HeaderReader.h"
-#include "support/Dates.h"
 #include "support/Utility.h"
 
 namespace tallybook::fuzz {

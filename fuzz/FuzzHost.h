@@ -9,7 +9,10 @@
 #include <string_view>
 
 #include "import/DefinitionRecord.h"
-#include "support/Platform.h"
+#include "platform/Clock.h"
+#include "platform/InputQueue.h"
+#include "platform/MessageBoxes.h"
+#include "platform/Screen.h"
 #include "tests/support/MemoryFileSystem.h"
 #include "tests/support/MemoryHost.h"
 

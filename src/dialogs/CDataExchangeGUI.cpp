@@ -1,11 +1,12 @@
 #include "dialogs/CDataExchangeGUI.h"
 
+#include "base/Statements.h"
 #include "dialogs/FormInstances.h"
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
+#include "platform/Platform.h"
+#include "platform/Screen.h"
 #include "support/HostMessages.h"
-#include "support/Platform.h"
-#include "support/Statements.h"
 #include "support/Utility.h"
 
 namespace tallybook {

@@ -15,7 +15,7 @@
 // begin meanwhile. The factory, the platform and the database belong to the application and outlive the call.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -4,9 +4,9 @@
 #include <array>
 #include <vector>
 
-#include "support/ModParse.h"
-#include "support/controls/Grid.h"
-#include "support/controls/ListControls.h"
+#include "base/ModParse.h"
+#include "forms/Grid.h"
+#include "forms/ListControls.h"
 
 namespace tallybook {
 

@@ -2,7 +2,7 @@
 // its file. One thread.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -1,11 +1,12 @@
 #include "dialogs/FilePrompt.h"
 
+#include "base/Failure.h"
+#include "forms/Form.h"
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
-#include "support/Failure.h"
-#include "support/Platform.h"
+#include "platform/Platform.h"
+#include "platform/Screen.h"
 #include "support/Utility.h"
-#include "support/controls/Form.h"
 
 namespace tallybook {
 

@@ -4,8 +4,8 @@
 
 #include <optional>
 
-#include "support/CCommonDialog.h"
-#include "support/Types.h"
+#include "base/Types.h"
+#include "forms/CCommonDialog.h"
 
 namespace tallybook {
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <type_traits>
 
+#include "base/Types.h"
 #include "dialogs/dlgExport.h"
 #include "dialogs/dlgQDXImp.h"
 #include "dialogs/dlgRepSaveAs.h"
@@ -12,7 +13,6 @@
 #include "dialogs/frmDelimited.h"
 #include "dialogs/frmImport.h"
 #include "reportdialog/dlgRepPrint.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

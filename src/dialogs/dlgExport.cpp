@@ -3,14 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/CodePage.h"
+#include "base/Narrow.h"
+#include "base/Texts.h"
 #include "dialogs/FilePrompt.h"
-#include "support/CodePage.h"
-#include "support/Narrow.h"
-#include "support/Platform.h"
+#include "forms/modAllUI.h"
+#include "forms/modBrowse.h"
+#include "platform/Platform.h"
 #include "support/Utility.h"
 #include "support/WinAPI.h"
-#include "support/modAllUI.h"
-#include "support/modBrowse.h"
 
 namespace tallybook {
 

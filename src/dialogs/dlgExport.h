@@ -8,13 +8,13 @@
 #include <memory>
 #include <vector>
 
+#include "base/Types.h"
+#include "forms/Form.h"
+#include "forms/HostControls.h"
+#include "forms/ListControls.h"
+#include "forms/PlainControls.h"
+#include "forms/TextBox.h"
 #include "host/DataExportObject.h"
-#include "support/Types.h"
-#include "support/controls/Form.h"
-#include "support/controls/HostControls.h"
-#include "support/controls/ListControls.h"
-#include "support/controls/PlainControls.h"
-#include "support/controls/TextBox.h"
 
 namespace tallybook {
 

@@ -2,13 +2,13 @@
 
 #include <cstdlib>
 
+#include "base/Narrow.h"
 #include "dialogs/DefinitionControls.h"
 #include "exchange/CDataExchange.h"
+#include "forms/modAllUI.h"
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
 #include "support/HostMessages.h"
-#include "support/Narrow.h"
-#include "support/modAllUI.h"
 
 namespace tallybook {
 

@@ -8,12 +8,12 @@
 // One thread. The exchange object belongs to the caller and must outlive the dialog's use; Unload lets go of it.
 #pragma once
 
-#include "support/Types.h"
-#include "support/controls/Form.h"
-#include "support/controls/Grid.h"
-#include "support/controls/HostControls.h"
-#include "support/controls/ListControls.h"
-#include "support/controls/TextBox.h"
+#include "base/Types.h"
+#include "forms/Form.h"
+#include "forms/Grid.h"
+#include "forms/HostControls.h"
+#include "forms/ListControls.h"
+#include "forms/TextBox.h"
 
 namespace tallybook {
 

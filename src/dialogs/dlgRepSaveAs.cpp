@@ -1,6 +1,6 @@
 #include "dialogs/dlgRepSaveAs.h"
 
-#include "support/modAllUI.h"
+#include "forms/modAllUI.h"
 
 namespace tallybook {
 

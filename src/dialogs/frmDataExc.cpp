@@ -1,20 +1,22 @@
 #include "dialogs/frmDataExc.h"
 
+#include "base/Narrow.h"
 #include "dialogs/FilePrompt.h"
 #include "dialogs/FormInstances.h"
 #include "exchange/CDataExchange.h"
+#include "forms/modAllUI.h"
 #include "host/DataExportObject.h"
 #include "host/HostApp.h"
 #include "host/HostFactory.h"
 #include "host/IniFile.h"
 #include "host/Masterfile.h"
+#include "platform/MessageBoxes.h"
+#include "platform/Platform.h"
+#include "platform/Screen.h"
 #include "reportdialog/ExchangeReport.h"
 #include "support/HostMessages.h"
-#include "support/Narrow.h"
-#include "support/Platform.h"
 #include "support/Utility.h"
 #include "support/WinAPI.h"
-#include "support/modAllUI.h"
 
 namespace tallybook {
 

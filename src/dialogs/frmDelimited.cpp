@@ -1,17 +1,18 @@
 #include "dialogs/frmDelimited.h"
 
+#include "base/Narrow.h"
 #include "dialogs/FilePrompt.h"
 #include "exchange/CDataExchange.h"
+#include "forms/modAllUI.h"
 #include "host/HostApp.h"
 #include "host/HostFactory.h"
 #include "host/HostLog.h"
 #include "host/IniFile.h"
 #include "host/Masterfile.h"
+#include "platform/Platform.h"
+#include "platform/Screen.h"
 #include "support/HostMessages.h"
-#include "support/Narrow.h"
-#include "support/Platform.h"
 #include "support/Utility.h"
-#include "support/modAllUI.h"
 
 namespace tallybook {
 

@@ -13,13 +13,13 @@
 
 #include <memory>
 
-#include "support/Statements.h"
-#include "support/Types.h"
-#include "support/controls/Form.h"
-#include "support/controls/HostControls.h"
-#include "support/controls/ListControls.h"
-#include "support/controls/PlainControls.h"
-#include "support/controls/TextBox.h"
+#include "base/Statements.h"
+#include "base/Types.h"
+#include "forms/Form.h"
+#include "forms/HostControls.h"
+#include "forms/ListControls.h"
+#include "forms/PlainControls.h"
+#include "forms/TextBox.h"
 
 namespace tallybook {
 

@@ -1,11 +1,13 @@
 #include "dialogs/frmImport.h"
 
+#include "base/CodePage.h"
+#include "base/Narrow.h"
+#include "base/Texts.h"
 #include "dialogs/FilePrompt.h"
-#include "support/CodePage.h"
-#include "support/Narrow.h"
+#include "forms/modAllUI.h"
+#include "platform/MessageBoxes.h"
 #include "support/Utility.h"
 #include "support/WinAPI.h"
-#include "support/modAllUI.h"
 
 namespace tallybook {
 

@@ -7,11 +7,11 @@
 
 #include <array>
 
-#include "support/Types.h"
-#include "support/controls/Form.h"
-#include "support/controls/HostControls.h"
-#include "support/controls/PlainControls.h"
-#include "support/controls/TextBox.h"
+#include "base/Types.h"
+#include "forms/Form.h"
+#include "forms/HostControls.h"
+#include "forms/PlainControls.h"
+#include "forms/TextBox.h"
 
 namespace tallybook {
 

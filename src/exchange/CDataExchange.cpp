@@ -2,6 +2,9 @@
 
 #include <utility>
 
+#include "base/Narrow.h"
+#include "base/Statements.h"
+#include "base/Texts.h"
 #include "host/HostApp.h"
 #include "host/HostFactory.h"
 #include "host/IniFile.h"
@@ -13,8 +16,6 @@
 #include "qdx/Exporter.h"
 #include "qdx/HeaderReader.h"
 #include "support/HostMessages.h"
-#include "support/Narrow.h"
-#include "support/Statements.h"
 #include "support/Utility.h"
 
 namespace tallybook {

@@ -19,13 +19,13 @@
 #include <memory>
 #include <vector>
 
+#include "base/Types.h"
 #include "exchange/DefinitionStore.h"
 #include "host/AccountRecord.h"
 #include "host/DataExportObject.h"
 #include "host/Printer.h"
 #include "import/QDXImport.h"
 #include "import/TextImport.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

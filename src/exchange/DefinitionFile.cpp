@@ -6,10 +6,11 @@
 #include <string>
 #include <string_view>
 
-#include "support/CodePage.h"
-#include "support/Failure.h"
+#include "base/CodePage.h"
+#include "base/Failure.h"
+#include "base/Narrow.h"
+#include "base/Texts.h"
 #include "support/FileNumber.h"
-#include "support/Narrow.h"
 
 namespace tallybook {
 

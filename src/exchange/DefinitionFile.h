@@ -4,8 +4,8 @@
 
 #include <functional>
 
+#include "base/Types.h"
 #include "import/DefinitionRecord.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

@@ -3,14 +3,16 @@
 #include <set>
 #include <string>
 
+#include "base/Narrow.h"
+#include "base/Statements.h"
+#include "base/Texts.h"
 #include "exchange/DefinitionFile.h"
 #include "host/AccountRecord.h"
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
 #include "support/HostMessages.h"
-#include "support/Narrow.h"
-#include "support/Platform.h"
-#include "support/Statements.h"
 #include "support/Utility.h"
 
 namespace tallybook {

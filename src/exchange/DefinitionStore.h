@@ -9,9 +9,9 @@
 
 #include <vector>
 
+#include "base/Types.h"
 #include "import/DefinitionRecord.h"
 #include "qdx/HeaderRecord.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

@@ -2,7 +2,7 @@
 // the component, hence handed around by shared pointer.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -2,7 +2,7 @@
 // Whoever asked the factory for one owns it.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

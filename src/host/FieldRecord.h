@@ -2,7 +2,7 @@
 // owned by whoever asked for it; it must not outlive the database.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

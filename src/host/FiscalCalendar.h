@@ -3,7 +3,7 @@
 // factory made belongs to whoever asked for it and must not outlive the database that it is attached to.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -2,7 +2,7 @@
 // outlives every database and every object of the component.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -2,7 +2,7 @@
 // file and section, reads or writes, and drops it.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

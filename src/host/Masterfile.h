@@ -11,7 +11,7 @@
 
 #include <memory>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -2,8 +2,8 @@
 // the look of a page head are its own. Whoever asked the factory for a printer owns it.
 #pragma once
 
+#include "base/Types.h"
 #include "host/ReportColumns.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

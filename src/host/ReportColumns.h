@@ -1,7 +1,7 @@
 // The columns of a report. They belong to their printer and live as long as it.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -2,7 +2,7 @@
 // print dialog only passes the list on and asks the control for four things.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -5,16 +5,19 @@
 #include <numeric>
 #include <vector>
 
+#include "base/Narrow.h"
+#include "base/Statements.h"
+#include "base/Texts.h"
 #include "host/HostApp.h"
 #include "host/HostFactory.h"
 #include "host/Masterfile.h"
 #include "host/Printer.h"
 #include "import/QDXImport.h"
+#include "platform/InputQueue.h"
+#include "platform/MessageBoxes.h"
+#include "platform/Platform.h"
+#include "platform/Screen.h"
 #include "support/HostMessages.h"
-#include "support/Narrow.h"
-#include "support/Platform.h"
-#include "support/Statements.h"
-#include "support/Utility.h"
 #include "support/WinAPI.h"
 
 namespace tallybook {

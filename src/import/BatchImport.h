@@ -5,8 +5,8 @@
 #include <memory>
 #include <optional>
 
-#include "support/Failure.h"
-#include "support/Types.h"
+#include "base/Failure.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -7,8 +7,8 @@
 #include <cstring>
 #include <span>
 
-#include "support/Failure.h"
-#include "support/Narrow.h"
+#include "base/Failure.h"
+#include "base/Narrow.h"
 
 namespace tallybook {
 

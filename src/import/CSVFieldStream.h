@@ -10,9 +10,9 @@
 #include <string>
 #include <string_view>
 
+#include "base/Types.h"
+#include "support/EncodedText.h"
 #include "support/FileStream.h"
-#include "support/TextEncoding.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

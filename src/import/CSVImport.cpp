@@ -5,17 +5,20 @@
 #include <optional>
 #include <string>
 
+#include "base/Dates.h"
+#include "base/Narrow.h"
+#include "base/Statements.h"
+#include "base/Texts.h"
 #include "host/AccountRecord.h"
 #include "host/FiscalCalendar.h"
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
 #include "import/CSVFieldStream.h"
-#include "support/Dates.h"
+#include "platform/Clock.h"
+#include "platform/Platform.h"
+#include "platform/Screen.h"
 #include "support/FileNumber.h"
 #include "support/HostMessages.h"
-#include "support/Narrow.h"
-#include "support/Platform.h"
-#include "support/Statements.h"
 #include "support/Utility.h"
 
 namespace tallybook {

@@ -4,8 +4,8 @@
 
 #include <vector>
 
+#include "base/Types.h"
 #include "import/TextImport.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

@@ -2,8 +2,8 @@
 // are told it; the store that keeps it on disk lives in exchange/.
 #pragma once
 
-#include "support/FixedTable.h"
-#include "support/Types.h"
+#include "base/FixedTable.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

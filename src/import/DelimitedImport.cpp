@@ -7,18 +7,22 @@
 #include <string>
 #include <vector>
 
+#include "base/Dates.h"
+#include "base/ModParse.h"
+#include "base/Narrow.h"
+#include "base/Statements.h"
+#include "base/Texts.h"
 #include "host/AccountRecord.h"
 #include "host/FieldRecord.h"
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
 #include "import/LineReader.h"
-#include "support/Dates.h"
+#include "platform/MessageBoxes.h"
+#include "platform/Platform.h"
+#include "platform/Screen.h"
+#include "platform/StopProgram.h"
 #include "support/FileNumber.h"
 #include "support/HostMessages.h"
-#include "support/ModParse.h"
-#include "support/Narrow.h"
-#include "support/Platform.h"
-#include "support/Statements.h"
 #include "support/WinAPI.h"
 
 namespace tallybook {

@@ -2,8 +2,8 @@
 // datafields and values. The file is audited in a first pass and applied in a second.
 #pragma once
 
+#include "base/Types.h"
 #include "import/TextImport.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

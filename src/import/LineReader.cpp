@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <span>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook {
 

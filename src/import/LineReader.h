@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/Types.h"
 #include "support/FileStream.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

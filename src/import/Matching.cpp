@@ -5,13 +5,14 @@
 #include <string>
 #include <unordered_map>
 
+#include "base/Narrow.h"
+#include "base/Texts.h"
 #include "host/AccountRecord.h"
 #include "host/Masterfile.h"
 #include "host/Printer.h"
 #include "qdx/HeaderReader.h"
 #include "support/FileNumber.h"
 #include "support/HostMessages.h"
-#include "support/Narrow.h"
 #include "support/StreamItems.h"
 
 namespace tallybook {

@@ -2,9 +2,9 @@
 // warning when the file's tables differ from those of the file imported last time.
 #pragma once
 
+#include "base/Types.h"
 #include "import/DefinitionRecord.h"
 #include "qdx/HeaderRecord.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

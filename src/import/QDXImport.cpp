@@ -8,18 +8,23 @@
 #include <string>
 #include <vector>
 
+#include "base/Dates.h"
+#include "base/Narrow.h"
+#include "base/Statements.h"
 #include "host/FiscalCalendar.h"
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
 #include "host/Printer.h"
 #include "import/Matching.h"
 #include "import/TextImport.h"
+#include "platform/Clock.h"
+#include "platform/FileSystem.h"
+#include "platform/MessageBoxes.h"
+#include "platform/Platform.h"
+#include "platform/Screen.h"
+#include "platform/StopProgram.h"
 #include "qdx/Body.h"
-#include "support/Dates.h"
 #include "support/HostMessages.h"
-#include "support/Narrow.h"
-#include "support/Platform.h"
-#include "support/Statements.h"
 #include "support/Utility.h"
 #include "support/WinAPI.h"
 

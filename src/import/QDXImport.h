@@ -10,10 +10,10 @@
 #include <functional>
 #include <vector>
 
+#include "base/Types.h"
 #include "import/DefinitionRecord.h"
 #include "import/QDXImportRecord.h"
 #include "qdx/HeaderRecord.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

@@ -6,8 +6,8 @@
 #include <set>
 #include <vector>
 
-#include "support/Failure.h"
-#include "support/Types.h"
+#include "base/Failure.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

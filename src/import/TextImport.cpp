@@ -4,12 +4,13 @@
 #include <sstream>
 #include <utility>
 
+#include "base/CodePage.h"
+#include "base/Failure.h"
+#include "base/FixedTable.h"
+#include "base/Statements.h"
+#include "base/Texts.h"
 #include "host/HostApp.h"
-#include "support/CodePage.h"
-#include "support/Failure.h"
-#include "support/FixedTable.h"
-#include "support/Statements.h"
-#include "support/Utility.h"
+#include "platform/MessageBoxes.h"
 #include "support/WinAPI.h"
 
 namespace tallybook {

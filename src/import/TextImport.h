@@ -11,10 +11,10 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/Failure.h"
+#include "base/Types.h"
 #include "import/QDXImport.h"
-#include "support/Failure.h"
-#include "support/TextEncoding.h"
-#include "support/Types.h"
+#include "support/EncodedText.h"
 
 namespace tallybook {
 

@@ -9,9 +9,9 @@
 #include <cstddef>
 #include <cstring>
 
-#include "support/Bytes.h"
+#include "base/Bytes.h"
+#include "base/Types.h"
 #include "support/FileStream.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

@@ -1,14 +1,15 @@
 #include <vector>
 
+#include "base/Dates.h"
+#include "base/Narrow.h"
 #include "host/AccountRecord.h"
 #include "host/Masterfile.h"
+#include "platform/Clock.h"
 #include "qdx/Body.h"
 #include "qdx/ExportTarget.h"
 #include "qdx/Exporter.h"
 #include "qdx/HeaderItems.h"
-#include "support/Dates.h"
 #include "support/FileNumber.h"
-#include "support/Narrow.h"
 
 namespace tallybook {
 

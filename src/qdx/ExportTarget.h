@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

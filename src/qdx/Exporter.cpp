@@ -1,16 +1,17 @@
 #include "qdx/Exporter.h"
 
+#include "base/Narrow.h"
+#include "base/Statements.h"
 #include "host/AccountRecord.h"
 #include "host/DataExportObject.h"
 #include "host/FiscalCalendar.h"
 #include "host/HostApp.h"
 #include "host/HostFactory.h"
 #include "host/Masterfile.h"
+#include "platform/MessageBoxes.h"
+#include "platform/StopProgram.h"
 #include "qdx/ExportTarget.h"
 #include "support/HostMessages.h"
-#include "support/Narrow.h"
-#include "support/Platform.h"
-#include "support/Statements.h"
 #include "support/Utility.h"
 
 namespace tallybook {

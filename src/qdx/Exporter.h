@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -2,10 +2,11 @@
 
 #include <type_traits>
 
+#include "base/Dates.h"
+#include "base/Narrow.h"
+#include "base/Texts.h"
 #include "host/AccountRecord.h"
 #include "host/Masterfile.h"
-#include "support/Dates.h"
-#include "support/Narrow.h"
 #include "support/StreamItems.h"
 #include "support/Utility.h"
 

@@ -13,9 +13,9 @@
 #include <variant>
 #include <vector>
 
+#include "base/Types.h"
 #include "qdx/HeaderRecord.h"
 #include "support/FileStream.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

@@ -5,14 +5,16 @@
 #include <cstdint>
 #include <string>
 
+#include "base/Bytes.h"
+#include "base/Dates.h"
+#include "base/Narrow.h"
+#include "base/Statements.h"
 #include "host/Masterfile.h"
+#include "platform/Clock.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
 #include "qdx/HeaderItems.h"
-#include "support/Bytes.h"
-#include "support/Dates.h"
 #include "support/HostMessages.h"
-#include "support/Narrow.h"
-#include "support/Platform.h"
-#include "support/Statements.h"
 #include "support/Utility.h"
 
 namespace tallybook {

@@ -4,8 +4,8 @@
 
 #include <functional>
 
+#include "base/Types.h"
 #include "qdx/HeaderRecord.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

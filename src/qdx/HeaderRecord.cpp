@@ -1,6 +1,6 @@
 #include "qdx/HeaderRecord.h"
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 
 namespace tallybook {
 

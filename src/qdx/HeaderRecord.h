@@ -5,8 +5,8 @@
 // the rows read so far, and what a shorter file does not tell stays as the read before left it. Both are meant.
 #pragma once
 
-#include "support/FixedTable.h"
-#include "support/Types.h"
+#include "base/FixedTable.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -1,15 +1,15 @@
 #include <array>
 #include <utility>
 
+#include "base/Dates.h"
+#include "base/Failure.h"
+#include "base/Narrow.h"
+#include "base/Texts.h"
 #include "host/AccountRecord.h"
 #include "host/DataExportObject.h"
 #include "host/Masterfile.h"
 #include "qdx/ExportTarget.h"
 #include "qdx/Exporter.h"
-#include "support/Dates.h"
-#include "support/Failure.h"
-#include "support/Narrow.h"
-#include "support/Utility.h"
 
 namespace tallybook {
 

@@ -1,10 +1,10 @@
 #include "reportdialog/CompareRanges.h"
 
+#include "base/Failure.h"
+#include "base/Narrow.h"
+#include "forms/modAllUI.h"
 #include "host/FiscalCalendar.h"
 #include "reportdialog/ReportObject.h"
-#include "support/Failure.h"
-#include "support/Narrow.h"
-#include "support/modAllUI.h"
 
 namespace tallybook {
 

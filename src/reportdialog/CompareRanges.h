@@ -2,10 +2,10 @@
 // through it, or whole. Works on the dialog's controls and on its date range; both must outlive it. One thread.
 #pragma once
 
+#include "base/Types.h"
 #include "reportdialog/DateRanges.h"
 #include "reportdialog/RepPrintControls.h"
 #include "reportdialog/ReportLength.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

@@ -4,14 +4,15 @@
 #include <array>
 #include <string>
 
+#include "base/Dates.h"
+#include "base/FixedTable.h"
+#include "base/Narrow.h"
+#include "base/Statements.h"
 #include "host/Masterfile.h"
+#include "platform/Clock.h"
+#include "platform/Platform.h"
 #include "reportdialog/ReportObject.h"
-#include "support/Dates.h"
-#include "support/FixedTable.h"
 #include "support/HostMessages.h"
-#include "support/Narrow.h"
-#include "support/Platform.h"
-#include "support/Statements.h"
 
 namespace tallybook {
 

@@ -6,10 +6,10 @@
 // done so far, save BuildDateList, which logs it and goes on.
 #pragma once
 
+#include "base/Types.h"
 #include "host/FiscalCalendar.h"
 #include "reportdialog/RepPrintControls.h"
 #include "reportdialog/ReportLength.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

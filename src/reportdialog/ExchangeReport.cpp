@@ -1,7 +1,7 @@
 #include "reportdialog/ExchangeReport.h"
 
+#include "base/Failure.h"
 #include "exchange/CDataExchange.h"
-#include "support/Failure.h"
 
 namespace tallybook {
 

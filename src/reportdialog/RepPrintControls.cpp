@@ -1,7 +1,7 @@
 #include "reportdialog/RepPrintControls.h"
 
+#include "base/FixedTable.h"
 #include "reportdialog/ReportLength.h"
-#include "support/FixedTable.h"
 
 namespace tallybook {
 

@@ -5,11 +5,11 @@
 
 #include <array>
 
-#include "support/controls/Form.h"
-#include "support/controls/HostControls.h"
-#include "support/controls/ListControls.h"
-#include "support/controls/OptionGroup.h"
-#include "support/controls/PlainControls.h"
+#include "forms/Form.h"
+#include "forms/HostControls.h"
+#include "forms/ListControls.h"
+#include "forms/OptionGroup.h"
+#include "forms/PlainControls.h"
 
 namespace tallybook {
 

@@ -3,7 +3,7 @@
 // report length: never renumber them.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 

@@ -6,8 +6,8 @@
 // to write. A report of a higher type may refuse them.
 #pragma once
 
+#include "base/Types.h"
 #include "host/Sequence.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

@@ -5,14 +5,16 @@
 #include <string>
 #include <utility>
 
+#include "base/Dates.h"
+#include "forms/modAllUI.h"
 #include "host/HostApp.h"
 #include "host/HostFactory.h"
 #include "host/Masterfile.h"
-#include "support/Dates.h"
+#include "platform/Clock.h"
+#include "platform/Platform.h"
+#include "platform/Screen.h"
 #include "support/HostMessages.h"
-#include "support/Platform.h"
 #include "support/Utility.h"
-#include "support/modAllUI.h"
 
 namespace tallybook {
 

@@ -20,6 +20,8 @@
 
 #include <memory>
 
+#include "base/Statements.h"
+#include "base/Types.h"
 #include "host/FiscalCalendar.h"
 #include "host/Sequence.h"
 #include "reportdialog/CompareRanges.h"
@@ -27,8 +29,6 @@
 #include "reportdialog/RepPrintControls.h"
 #include "reportdialog/ReportLength.h"
 #include "reportdialog/ReportObject.h"
-#include "support/Statements.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

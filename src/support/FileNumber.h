@@ -1,7 +1,7 @@
 // A file number with an owner: the file is closed on every way out, unless the number was handed on before.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "support/Utility.h"
 
 namespace tallybook {

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook {
 

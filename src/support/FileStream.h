@@ -9,8 +9,8 @@
 #include <span>
 #include <vector>
 
-#include "support/Platform.h"
-#include "support/Types.h"
+#include "base/Types.h"
+#include "platform/FileSystem.h"
 
 namespace tallybook {
 

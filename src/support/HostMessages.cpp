@@ -2,9 +2,10 @@
 
 #include <string>
 
+#include "base/Dates.h"
 #include "host/HostLog.h"
 #include "host/Masterfile.h"
-#include "support/Dates.h"
+#include "platform/MessageBoxes.h"
 #include "support/WinAPI.h"
 
 namespace tallybook {

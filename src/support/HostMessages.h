@@ -2,9 +2,9 @@
 // failures that a routine has caught.
 #pragma once
 
+#include "base/Failure.h"
+#include "base/Types.h"
 #include "host/HostApp.h"
-#include "support/Failure.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

@@ -3,9 +3,10 @@
 #include <span>
 #include <string>
 
-#include "support/CodePage.h"
-#include "support/Failure.h"
-#include "support/Narrow.h"
+#include "base/CodePage.h"
+#include "base/Failure.h"
+#include "base/Narrow.h"
+#include "base/Texts.h"
 #include "support/Utility.h"
 
 namespace tallybook {

@@ -5,9 +5,9 @@
 // is the end of the file; that is no failure. A get that fails has not moved.
 #pragma once
 
-#include "support/Bytes.h"
+#include "base/Bytes.h"
+#include "base/Types.h"
 #include "support/FileStream.h"
-#include "support/Types.h"
 
 namespace tallybook {
 

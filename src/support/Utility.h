@@ -1,4 +1,4 @@
-// Files by number, counted texts, waiting, and small text helpers.
+// Files by number, counted texts, waiting and paths.
 //
 // Files are opened under small numbers, as the rest of the system passes them around: 0 is no file. The table of open
 // files is one per process; ResetOpenFiles empties it for tests.
@@ -7,9 +7,9 @@
 #include <optional>
 #include <vector>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
+#include "base/Types.h"
 #include "support/FileStream.h"
-#include "support/Types.h"
 
 namespace tallybook {
 
@@ -90,29 +90,6 @@ void ReadShortString(Integer file_number, Text& text);
 void HandlePendingInput();
 // Waits until so many whole seconds have passed by the clock, handling pending input all the while.
 void WaitSeconds(Single seconds);
-
-// --- Texts -----------------------------------------------------------------------------------------------------------
-
-// The right-most `width` characters of `width` pad characters and the text; the left-most `width` characters of the
-// text and `width` pad characters. So both also cut. A width below 0 is failure 5. `pad` is an ASCII character.
-[[nodiscard]] Text PadLeft(const Text& text, char pad, Long width);
-[[nodiscard]] Text PadRight(const Text& text, char pad, Long width);
-
-// Capital letters at the start and behind a blank, a tab and each of ,.:!- and behind a "Mc"; all others small.
-[[nodiscard]] Text ProperCase(const Text& text);
-// Upper and lower case of the letters of the code page; other characters stay.
-[[nodiscard]] Text UpperCase(const Text& text);
-[[nodiscard]] Text LowerCase(const Text& text);
-
-// Without the blanks at the end, or at both ends. Blanks only, no other white space.
-[[nodiscard]] Text TrimRight(const Text& text);
-[[nodiscard]] Text TrimBoth(const Text& text);
-
-// A two-digit year as four: below 80 plus 2000, from 80 to 99 plus 1900; 100 and up unchanged.
-[[nodiscard]] Integer FixYear(Integer year);
-
-// The smaller of two; equals give `b`.
-[[nodiscard]] Single SmallerOf(Single a, Single b);
 
 // --- Paths: `/` and `\` both separate --------------------------------------------------------------------------------
 

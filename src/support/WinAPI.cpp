@@ -1,6 +1,7 @@
 #include "support/WinAPI.h"
 
-#include "support/Utility.h"
+#include "platform/MessageBoxes.h"
+#include "platform/Platform.h"
 
 namespace tallybook {
 

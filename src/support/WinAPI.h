@@ -3,13 +3,12 @@
 
 #include <string_view>
 
-#include "support/Platform.h"
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook {
 
 // Plays the sound of the style, shows the box and gives the button pressed. `style` is a sum of the bits in
-// support/Platform.h; an empty caption takes the application's title.
+// platform/MessageBoxes.h; an empty caption takes the application's title.
 [[nodiscard]] Integer AskMessage(const Text& text, Long style, const Text& caption);
 // The same with the result dropped.
 void ShowMessage(const Text& text, Long style, const Text& caption);

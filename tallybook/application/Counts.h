@@ -1,7 +1,7 @@
 // Counts as the host's lines tell them.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::application {
 

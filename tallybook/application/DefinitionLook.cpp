@@ -7,10 +7,12 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "base/Failure.h"
+#include "base/Texts.h"
 #include "exchange/DefinitionFile.h"
 #include "import/DefinitionRecord.h"
-#include "support/Failure.h"
-#include "support/Platform.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
 #include "support/Utility.h"
 #include "tallybook/application/FileKind.h"
 #include "tallybook/application/WholeFiles.h"

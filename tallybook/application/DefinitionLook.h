@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::application {
 

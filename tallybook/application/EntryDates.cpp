@@ -1,6 +1,6 @@
 #include "tallybook/application/EntryDates.h"
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tallybook/engine/Journal.h"
 
 namespace tallybook::application {

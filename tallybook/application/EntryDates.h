@@ -1,7 +1,7 @@
 // How the dates of a journal entry are told, by the command and by windows.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::engine {
 struct JournalEntry;

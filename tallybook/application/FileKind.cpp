@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <system_error>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook::application {
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::application {
 

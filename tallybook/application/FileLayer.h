@@ -2,7 +2,7 @@
 // tells only what it does otherwise. Owns nothing; the file system below must outlive it. One thread.
 #pragma once
 
-#include "support/Platform.h"
+#include "platform/FileSystem.h"
 
 namespace tallybook::application {
 

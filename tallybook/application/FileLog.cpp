@@ -4,7 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
+#include "platform/Clock.h"
 
 namespace tallybook::application {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <set>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tallybook/application/Counts.h"
 #include "tallybook/application/StopText.h"
 

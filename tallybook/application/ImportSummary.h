@@ -4,8 +4,8 @@
 
 #include <vector>
 
+#include "base/Types.h"
 #include "import/QDXImportRecord.h"
-#include "support/Types.h"
 
 namespace tallybook::application {
 

@@ -8,7 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
+#include "platform/Platform.h"
 #include "tallybook/application/Counts.h"
 
 namespace tallybook::application {

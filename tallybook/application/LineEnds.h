@@ -6,8 +6,8 @@
 #include <memory>
 #include <optional>
 
-#include "support/Platform.h"
-#include "support/Types.h"
+#include "base/Types.h"
+#include "platform/FileSystem.h"
 
 namespace tallybook::application {
 

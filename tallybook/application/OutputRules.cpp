@@ -10,9 +10,9 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "base/Failure.h"
+#include "base/Texts.h"
 #include "qdx/HeaderItems.h"
-#include "support/Failure.h"
-#include "support/Utility.h"
 #include "tallybook/engine/BookFile.h"
 
 namespace tallybook::application {

@@ -8,7 +8,7 @@
 
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/application/FileKind.h"
 
 namespace tallybook::application {

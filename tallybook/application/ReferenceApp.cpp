@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "support/Utility.h"
 
 namespace tallybook::application {

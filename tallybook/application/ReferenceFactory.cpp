@@ -1,6 +1,6 @@
 #include "tallybook/application/ReferenceFactory.h"
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/engine/Calendar.h"
 #include "tallybook/settings/SettingsFile.h"
 #include "tallybook/tables/ExportLibrary.h"

@@ -2,7 +2,7 @@
 // an output that is whole goes from one to standard output. One thread.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::application {
 

@@ -2,8 +2,8 @@
 // of the failure's number, which the component's boxes tell alone ("Error:13:107").
 #pragma once
 
-#include "support/Failure.h"
-#include "support/Types.h"
+#include "base/Failure.h"
+#include "base/Types.h"
 
 namespace tallybook::application {
 

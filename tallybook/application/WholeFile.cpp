@@ -14,7 +14,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook::application {
 

@@ -6,7 +6,7 @@
 #include <memory>
 #include <optional>
 
-#include "support/Platform.h"
+#include "platform/FileSystem.h"
 #include "tallybook/application/FileKind.h"
 
 namespace tallybook::application {

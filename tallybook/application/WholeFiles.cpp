@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "support/Utility.h"
 
 namespace tallybook::application {

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook::application {
 

@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook::cli {
 

@@ -6,8 +6,8 @@
 #include <fmt/format.h>
 #include <string_view>
 
-#include "support/Dates.h"
-#include "support/Utility.h"
+#include "base/Dates.h"
+#include "base/Texts.h"
 #include "tallybook/cli/ConsoleMessageBoxes.h"
 #include "tallybook/cli/Wording.h"
 

@@ -26,7 +26,7 @@
 #include <utility>
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/cli/ExitStatus.h"
 
 namespace tallybook::cli {

@@ -2,7 +2,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/Findings.h"
 #include "tallybook/cli/PrintForm.h"

@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 #include <limits>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
 
 namespace tallybook::cli {
 

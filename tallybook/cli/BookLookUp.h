@@ -1,7 +1,7 @@
 // Looks in a book for what the command line names.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/engine/Book.h"
 
 namespace tallybook::cli {

@@ -2,7 +2,7 @@
 // that has none (TERM is "dumb" or not set) and a user who wants none (NO_COLOR is set, see no-color.org) get plain text.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::cli {
 

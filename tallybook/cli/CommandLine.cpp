@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/application/StopText.h"
 #include "tallybook/cli/ArgumentParser.h"
 #include "tallybook/cli/Colours.h"

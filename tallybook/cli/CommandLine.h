@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/cli/ExitStatus.h"
 
 namespace tallybook::cli {

@@ -2,7 +2,7 @@
 // options and choices stand in the scripts; what a book holds is asked of the hidden command `complete`.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/cli/Arguments.h"
 
 namespace tallybook::cli {

@@ -8,11 +8,13 @@
 #include <utility>
 #include <vector>
 
-#include "support/CCommonDialog.h"
-#include "support/CodePage.h"
-#include "support/Failure.h"
+#include "base/CodePage.h"
+#include "base/Failure.h"
+#include "base/Texts.h"
+#include "forms/CCommonDialog.h"
+#include "forms/modAllUI.h"
+#include "platform/Platform.h"
 #include "support/Utility.h"
-#include "support/modAllUI.h"
 #include "tallybook/cli/Terminal.h"
 
 namespace tallybook::cli {

@@ -18,7 +18,7 @@
 #include <functional>
 #include <optional>
 
-#include "support/Platform.h"
+#include "platform/FileDialogs.h"
 #include "tallybook/cli/ConsoleMessageBoxes.h"
 #include "tallybook/cli/ConsoleProgress.h"
 

@@ -9,9 +9,9 @@
 #include <string_view>
 #include <utility>
 
+#include "base/Failure.h"
+#include "base/Texts.h"
 #include "import/TextImport.h"
-#include "support/Failure.h"
-#include "support/Utility.h"
 #include "tallybook/cli/Reasons.h"
 #include "tallybook/cli/Terminal.h"
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "support/Platform.h"
+#include "platform/MessageBoxes.h"
 #include "tallybook/cli/ConsoleProgress.h"
 
 namespace tallybook::cli {

@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 #include <string_view>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tallybook/cli/ExitStatus.h"
 
 namespace tallybook::cli {

@@ -3,9 +3,9 @@
 
 #include <optional>
 
-#include "support/Platform.h"
-#include "support/platform/posix/PosixFileSystem.h"
-#include "support/platform/posix/PosixPlatform.h"
+#include "platform/Clock.h"
+#include "platform/posix/PosixFileSystem.h"
+#include "platform/posix/PosixPlatform.h"
 #include "tallybook/application/CompanionFiles.h"
 #include "tallybook/application/WholeFiles.h"
 #include "tallybook/cli/ConsoleFileDialogs.h"

@@ -4,8 +4,8 @@
 #include <fmt/format.h>
 #include <iostream>
 
-#include "support/CodePage.h"
-#include "support/Utility.h"
+#include "base/CodePage.h"
+#include "base/Texts.h"
 #include "tallybook/cli/Terminal.h"
 
 namespace tallybook::cli {

@@ -5,7 +5,7 @@
 #include <optional>
 #include <system_error>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/cli/Terminal.h"
 
 namespace tallybook::cli {

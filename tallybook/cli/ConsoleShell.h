@@ -2,7 +2,7 @@
 // the means. The system's own folders mean nothing on a terminal.
 #pragma once
 
-#include "support/Platform.h"
+#include "platform/Shell.h"
 
 namespace tallybook::cli {
 

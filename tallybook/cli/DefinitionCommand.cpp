@@ -3,7 +3,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DefinitionEdit.h"
 #include "tallybook/cli/DefinitionList.h"

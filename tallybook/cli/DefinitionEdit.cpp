@@ -5,12 +5,14 @@
 #include <iostream>
 #include <string_view>
 
+#include "base/CodePage.h"
+#include "base/Failure.h"
+#include "base/Narrow.h"
+#include "base/Texts.h"
 #include "import/QDXImport.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
 #include "qdx/HeaderRecord.h"
-#include "support/CodePage.h"
-#include "support/Failure.h"
-#include "support/Narrow.h"
-#include "support/Platform.h"
 #include "support/Utility.h"
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/cli/BookLookUp.h"

@@ -4,8 +4,8 @@
 #include <optional>
 #include <vector>
 
+#include "base/Types.h"
 #include "exchange/CDataExchange.h"
-#include "support/Types.h"
 #include "tallybook/engine/Book.h"
 
 namespace tallybook::cli {

@@ -2,7 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
+#include "base/Texts.h"
 #include "support/Utility.h"
 #include "tallybook/cli/TextTable.h"
 

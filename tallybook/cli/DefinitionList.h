@@ -2,8 +2,8 @@
 // stays the same whatever is added and deleted. The exchange object's list goes by place instead.
 #pragma once
 
+#include "base/Types.h"
 #include "exchange/CDataExchange.h"
-#include "support/Types.h"
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/application/WholeFiles.h"
 #include "tallybook/engine/Book.h"

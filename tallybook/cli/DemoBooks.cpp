@@ -5,7 +5,7 @@
 #include <numbers>
 #include <random>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 
 namespace tallybook::cli {
 

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/engine/BookDescription.h"
 
 namespace tallybook::cli {

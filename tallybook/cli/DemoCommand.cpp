@@ -6,9 +6,9 @@
 #include <map>
 #include <set>
 
-#include "support/CodePage.h"
-#include "support/Dates.h"
-#include "support/Failure.h"
+#include "base/CodePage.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DemoBooks.h"
 #include "tallybook/cli/Session.h"

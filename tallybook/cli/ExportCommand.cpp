@@ -3,9 +3,10 @@
 #include <iostream>
 #include <optional>
 
+#include "base/Dates.h"
+#include "base/Texts.h"
 #include "exchange/CDataExchange.h"
 #include "qdx/HeaderItems.h"
-#include "support/Dates.h"
 #include "support/Utility.h"
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/application/WholeTables.h"

@@ -9,9 +9,9 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
-#include "support/Utility.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
+#include "base/Texts.h"
 #include "tallybook/cli/Shown.h"
 
 namespace tallybook::cli {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/engine/Book.h"
 

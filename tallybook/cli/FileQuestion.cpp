@@ -1,7 +1,7 @@
 #include "tallybook/cli/FileQuestion.h"
 
-#include "support/CCommonDialog.h"
-#include "support/Failure.h"
+#include "base/Failure.h"
+#include "forms/CCommonDialog.h"
 #include "tallybook/cli/ExitStatus.h"
 #include "tallybook/cli/Terminal.h"
 

@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/cli/Arguments.h"
 
 namespace tallybook::cli {

@@ -1,7 +1,7 @@
 // The end of a command that looks for something wrong and prints what it finds.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/cli/ExitStatus.h"
 
 namespace tallybook::cli {

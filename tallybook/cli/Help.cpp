@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <sstream>
 
-#include "support/CodePage.h"
-#include "support/Utility.h"
+#include "base/CodePage.h"
+#include "base/Texts.h"
 
 namespace tallybook::cli {
 

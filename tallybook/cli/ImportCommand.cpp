@@ -2,8 +2,8 @@
 #include <iostream>
 #include <optional>
 
+#include "base/Failure.h"
 #include "exchange/CDataExchange.h"
-#include "support/Failure.h"
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/WholeFiles.h"

@@ -1,7 +1,7 @@
 #include <fmt/format.h>
 #include <iostream>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"

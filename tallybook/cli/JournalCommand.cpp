@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tallybook/application/EntryDates.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"

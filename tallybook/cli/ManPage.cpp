@@ -4,7 +4,7 @@
 #include <array>
 #include <fmt/format.h>
 
-#include "support/Utility.h"
+#include "base/Texts.h"
 #include "tallybook/cli/Help.h"
 
 namespace tallybook::cli {

@@ -1,7 +1,7 @@
 // Man pages, made from the tables of the command line: one of the program, and one of each command and group.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/cli/Arguments.h"
 
 namespace tallybook::cli {

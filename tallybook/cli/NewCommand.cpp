@@ -2,7 +2,8 @@
 #include <fmt/format.h>
 #include <iostream>
 
-#include "support/Platform.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/Session.h"

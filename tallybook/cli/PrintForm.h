@@ -5,7 +5,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/cli/Arguments.h"
 
 namespace tallybook::cli {

@@ -3,9 +3,9 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "base/Dates.h"
+#include "base/Failure.h"
 #include "qdx/HeaderReader.h"
-#include "support/Dates.h"
-#include "support/Failure.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FigurePrinter.h"
 #include "tallybook/cli/Findings.h"

@@ -7,8 +7,8 @@
 #include <tuple>
 #include <vector>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
 #include "tallybook/cli/FigurePrinter.h"
 #include "tallybook/cli/QdxWalk.h"
 

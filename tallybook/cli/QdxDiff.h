@@ -4,7 +4,7 @@
 
 #include <iosfwd>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::cli {
 

@@ -7,9 +7,10 @@
 #include <utility>
 #include <variant>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
-#include "support/Platform.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
 #include "support/StreamItems.h"
 #include "support/Utility.h"
 #include "tallybook/cli/FigurePrinter.h"

@@ -8,11 +8,11 @@
 #include <span>
 #include <string_view>
 
+#include "base/Types.h"
 #include "qdx/Body.h"
 #include "qdx/HeaderItems.h"
 #include "qdx/HeaderRecord.h"
 #include "support/FileStream.h"
-#include "support/Types.h"
 
 namespace tallybook::cli {
 

@@ -3,7 +3,7 @@
 // places are kept here, one set for the process.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::cli {
 

@@ -4,8 +4,8 @@
 #include <fmt/format.h>
 #include <iostream>
 
-#include "support/Failure.h"
-#include "support/Narrow.h"
+#include "base/Failure.h"
+#include "base/Narrow.h"
 #include "support/Utility.h"
 #include "tallybook/application/FileKind.h"
 #include "tallybook/application/StandardStreams.h"

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "host/HostLog.h"
+#include "platform/StopProgram.h"
 #include "tallybook/application/OutputRules.h"
 #include "tallybook/application/ReferenceApp.h"
 #include "tallybook/application/ReferenceFactory.h"

@@ -1,9 +1,9 @@
 #include <fmt/format.h>
 #include <iostream>
 
+#include "base/Dates.h"
+#include "base/Failure.h"
 #include "host/FiscalCalendar.h"
-#include "support/Dates.h"
-#include "support/Failure.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"

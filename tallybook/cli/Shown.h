@@ -2,7 +2,7 @@
 // characters that move the cursor, change the screen or break a line.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::cli {
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::cli {
 

@@ -8,7 +8,7 @@
 #include "host/FiscalCalendar.h"
 #include "host/HostLog.h"
 #include "import/DelimitedImport.h"
-#include "support/Platform.h"
+#include "platform/Platform.h"
 #include "support/Utility.h"
 #include "tallybook/application/LineEnds.h"
 #include "tallybook/application/StandardStreams.h"

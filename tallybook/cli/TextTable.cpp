@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <ostream>
 
-#include "support/CodePage.h"
-#include "support/Utility.h"
+#include "base/CodePage.h"
+#include "base/Texts.h"
 #include "tallybook/cli/Shown.h"
 
 namespace tallybook::cli {

@@ -4,7 +4,7 @@
 #include <iosfwd>
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/application/Counts.h"
 
 namespace tallybook::cli {

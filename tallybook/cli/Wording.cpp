@@ -4,7 +4,7 @@
 #include <limits>
 #include <numeric>
 
-#include "support/Utility.h"
+#include "base/Texts.h"
 
 namespace tallybook::cli {
 

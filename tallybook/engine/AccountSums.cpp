@@ -4,8 +4,8 @@
 #include <cstring>
 #include <string>
 
-#include "support/Failure.h"
-#include "support/Narrow.h"
+#include "base/Failure.h"
+#include "base/Narrow.h"
 #include "tallybook/engine/ChunkKey.h"
 
 namespace tallybook::engine {

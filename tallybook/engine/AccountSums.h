@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/engine/Checksums.h"
 #include "tallybook/engine/Database.h"
 

@@ -6,11 +6,12 @@
 #include <string>
 #include <utility>
 
+#include "base/Dates.h"
+#include "base/Failure.h"
+#include "base/FixedTable.h"
+#include "base/Narrow.h"
 #include "host/Printer.h"
-#include "support/Dates.h"
-#include "support/Failure.h"
-#include "support/FixedTable.h"
-#include "support/Narrow.h"
+#include "platform/Clock.h"
 #include "tallybook/engine/BookCompanions.h"
 #include "tallybook/engine/BookFile.h"
 #include "tallybook/engine/BookPlace.h"

@@ -22,12 +22,12 @@
 #include <memory>
 #include <vector>
 
+#include "base/Types.h"
 #include "host/AccountRecord.h"
 #include "host/FieldRecord.h"
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
 #include "host/Sequence.h"
-#include "support/Types.h"
 #include "tallybook/engine/BookDescription.h"
 #include "tallybook/engine/Calendar.h"
 #include "tallybook/engine/Journal.h"

@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/engine/AccountSums.h"
 #include "tallybook/engine/BookFile.h"
 #include "tallybook/engine/BookPlace.h"

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/engine/BookPlace.h"
 
 namespace tallybook::engine {

@@ -16,8 +16,8 @@
 #include <unordered_set>
 #include <utility>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
 #include "tallybook/engine/Calendar.h"
 
 namespace tallybook::engine {

@@ -9,7 +9,7 @@
 #include <iosfwd>
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::engine {
 

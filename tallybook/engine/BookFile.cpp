@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/engine/BookUpgrade.h"
 #include "tallybook/engine/DescriptionTables.h"
 #include "tallybook/engine/PrivateCopy.h"

@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/engine/BookDescription.h"
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/BookHold.h"

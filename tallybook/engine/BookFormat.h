@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/engine/BookDescription.h"
 #include "tallybook/engine/Database.h"
 

@@ -17,7 +17,8 @@
 #include <utility>
 #include <vector>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
+#include "platform/Platform.h"
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/BookPlace.h"
 

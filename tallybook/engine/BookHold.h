@@ -14,8 +14,8 @@
 #include <chrono>
 #include <memory>
 
-#include "support/Platform.h"
-#include "support/Types.h"
+#include "base/Types.h"
+#include "platform/FileSystem.h"
 #include "tallybook/engine/FileState.h"
 
 namespace tallybook::engine {

@@ -6,7 +6,8 @@
 #include <string_view>
 #include <system_error>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
+#include "base/Texts.h"
 #include "support/Utility.h"
 #include "tallybook/engine/BookHold.h"
 #include "tallybook/engine/FileState.h"

@@ -11,8 +11,8 @@
 #include <unistd.h>
 #include <vector>
 
-#include "support/Failure.h"
-#include "support/Narrow.h"
+#include "base/Failure.h"
+#include "base/Narrow.h"
 #include "tallybook/engine/AccountSums.h"
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/ChunkCodec.h"

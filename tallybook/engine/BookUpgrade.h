@@ -1,7 +1,7 @@
 // The one chain of steps that brings an older book to the present format (docs/book-file.md, "Older books").
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/engine/Database.h"
 
 namespace tallybook::engine {

@@ -5,10 +5,10 @@
 #include <string>
 #include <utility>
 
+#include "base/Dates.h"
+#include "base/Failure.h"
+#include "base/FixedTable.h"
 #include "host/Masterfile.h"
-#include "support/Dates.h"
-#include "support/Failure.h"
-#include "support/FixedTable.h"
 
 namespace tallybook::engine {
 

@@ -14,8 +14,8 @@
 #include <array>
 #include <vector>
 
+#include "base/Types.h"
 #include "host/FiscalCalendar.h"
-#include "support/Types.h"
 #include "tallybook/engine/BookDescription.h"
 
 namespace tallybook::engine {

@@ -8,7 +8,7 @@
 #include <limits>
 #include <string>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook::engine {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/engine/ChunkKey.h"
 
 namespace tallybook::engine {

@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/engine/AccountSums.h"
 #include "tallybook/engine/Database.h"
 

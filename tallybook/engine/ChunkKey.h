@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::engine {
 

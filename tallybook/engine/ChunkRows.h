@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::engine {
 

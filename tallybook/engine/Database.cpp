@@ -5,7 +5,7 @@
 #include <string>
 #include <system_error>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook::engine {
 

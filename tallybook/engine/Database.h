@@ -10,7 +10,7 @@
 #include <sqlite3.h>
 #include <utility>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::engine {
 

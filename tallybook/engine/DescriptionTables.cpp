@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "support/Failure.h"
-#include "support/Narrow.h"
+#include "base/Failure.h"
+#include "base/Narrow.h"
 #include "tallybook/engine/Checksums.h"
 
 namespace tallybook::engine {

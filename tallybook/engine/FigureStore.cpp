@@ -5,9 +5,9 @@
 #include <string>
 #include <utility>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
-#include "support/Narrow.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
+#include "base/Narrow.h"
 #include "tallybook/engine/ChunkCodec.h"
 #include "tallybook/engine/ChunkKey.h"
 

@@ -11,7 +11,7 @@
 #include <span>
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/engine/Checksums.h"
 #include "tallybook/engine/Database.h"
 #include "tallybook/engine/Journal.h"

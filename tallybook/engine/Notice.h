@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::engine {
 

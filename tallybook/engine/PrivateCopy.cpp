@@ -11,7 +11,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook::engine {
 

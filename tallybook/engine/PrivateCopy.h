@@ -1,7 +1,7 @@
 // A book and its log, copied to where they can be put together by someone who may only read them.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 #include "tallybook/engine/BookHold.h"
 
 namespace tallybook::engine {

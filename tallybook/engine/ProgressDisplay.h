@@ -2,7 +2,7 @@
 // it outlives them. One display shows one operation at a time.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::engine {
 

@@ -2,10 +2,10 @@
 // the book.
 #pragma once
 
+#include "base/Types.h"
 #include "host/Masterfile.h"
 #include "host/Printer.h"
 #include "host/Sequence.h"
-#include "support/Types.h"
 
 namespace tallybook::engine {
 

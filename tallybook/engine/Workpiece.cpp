@@ -10,7 +10,7 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/engine/BookHold.h"
 #include "tallybook/engine/BookPlace.h"
 

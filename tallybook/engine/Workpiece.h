@@ -2,7 +2,7 @@
 // that no half of a book ever stands at the place, and that two who make the same book do not meet before that.
 #pragma once
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::engine {
 

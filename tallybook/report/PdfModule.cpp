@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook::report {
 

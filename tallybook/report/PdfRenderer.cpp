@@ -8,7 +8,7 @@
 #include <pango/pangocairo.h>
 #include <utility>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/report/PdfModule.h"
 
 namespace tallybook::report {

@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::report {
 

@@ -6,10 +6,13 @@
 #include <span>
 #include <utility>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
+#include "base/Texts.h"
+#include "platform/Clock.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
 #include "support/FileStream.h"
-#include "support/Platform.h"
 #include "support/Utility.h"
 #include "tallybook/report/HtmlRenderer.h"
 #include "tallybook/report/PdfModule.h"

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
-#include "support/CodePage.h"
-#include "support/Failure.h"
+#include "base/CodePage.h"
+#include "base/Failure.h"
 
 namespace tallybook::settings {
 

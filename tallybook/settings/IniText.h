@@ -13,7 +13,7 @@
 #include <optional>
 #include <vector>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::settings {
 

@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/settings/IniText.h"
 
 namespace tallybook::settings {

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook::tables {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "base/Types.h"
 #include "host/DataExportObject.h"
-#include "support/Types.h"
 
 namespace tallybook::tables {
 

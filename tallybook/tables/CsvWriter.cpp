@@ -4,7 +4,7 @@
 #include <span>
 #include <utility>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "support/FileStream.h"
 #include "tallybook/tables/TableWriter.h"
 

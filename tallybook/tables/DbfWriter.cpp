@@ -8,9 +8,11 @@
 #include <span>
 #include <utility>
 
-#include "support/CodePage.h"
-#include "support/Dates.h"
-#include "support/Failure.h"
+#include "base/CodePage.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
+#include "base/Texts.h"
+#include "platform/Clock.h"
 #include "support/FileStream.h"
 #include "support/Utility.h"
 #include "tallybook/tables/TableWriter.h"

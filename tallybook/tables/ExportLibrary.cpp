@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/tables/Formats.h"
 #include "tallybook/tables/OpenTable.h"
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <limits>
 
+#include "platform/Platform.h"
 #include "support/FileStream.h"
 
 namespace tallybook::tables {

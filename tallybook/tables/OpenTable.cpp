@@ -4,8 +4,8 @@
 #include <cmath>
 #include <utility>
 
-#include "support/CodePage.h"
-#include "support/Dates.h"
+#include "base/CodePage.h"
+#include "base/Dates.h"
 
 namespace tallybook::tables {
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tallybook/tables/Formats.h"
 
 namespace tallybook::tables {

@@ -5,9 +5,10 @@
 #include <sqlite3.h>
 #include <utility>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
-#include "support/Platform.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
 #include "tallybook/tables/TableWriter.h"
 
 namespace tallybook::tables {

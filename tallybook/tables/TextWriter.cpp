@@ -5,8 +5,8 @@
 #include <span>
 #include <utility>
 
-#include "support/CodePage.h"
-#include "support/Failure.h"
+#include "base/CodePage.h"
+#include "base/Failure.h"
 #include "support/FileStream.h"
 #include "tallybook/tables/TableWriter.h"
 

@@ -17,8 +17,9 @@
 #include <utility>
 #include <xlsxwriter.h>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
+#include "platform/Clock.h"
 #include "support/Utility.h"
 #include "tallybook/tables/TableWriter.h"
 

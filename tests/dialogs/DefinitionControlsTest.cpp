@@ -2,9 +2,9 @@
 #include <vector>
 
 #include "dialogs/DefinitionControls.h"
-#include "support/controls/Form.h"
-#include "support/controls/Grid.h"
-#include "support/controls/ListControls.h"
+#include "forms/Form.h"
+#include "forms/Grid.h"
+#include "forms/ListControls.h"
 
 namespace tallybook::testing {
 namespace {

@@ -7,12 +7,12 @@
 #include <memory>
 #include <vector>
 
+#include "base/Dates.h"
 #include "dialogs/CDataExchangeGUI.h"
 #include "dialogs/FilePrompt.h"
 #include "dialogs/FormInstances.h"
-#include "support/CCommonDialog.h"
-#include "support/Dates.h"
-#include "support/modAllUI.h"
+#include "forms/CCommonDialog.h"
+#include "forms/modAllUI.h"
 #include "tests/support/MemoryHost.h"
 #include "tests/support/ScriptedPlatform.h"
 #include "tests/support/ScriptedUser.h"

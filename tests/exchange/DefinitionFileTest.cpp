@@ -3,8 +3,8 @@
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 
+#include "base/CodePage.h"
 #include "exchange/DefinitionFile.h"
-#include "support/CodePage.h"
 #include "tests/support/FailsWith.h"
 #include "tests/support/ScriptedPlatform.h"
 

@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "base/Dates.h"
 #include "exchange/CDataExchange.h"
 #include "import/DelimitedImport.h"
-#include "support/Dates.h"
 #include "tests/import/ExchangeFile.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/MemoryHost.h"

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
 #include "tests/support/MemoryHost.h"
 
 namespace tallybook::testing {

@@ -3,8 +3,8 @@
 #include <limits>
 #include <rapidcheck.h>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
 #include "tests/support/MemoryHost.h"
 
 namespace tallybook::testing {

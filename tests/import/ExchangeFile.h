@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "support/Dates.h"
-#include "support/Types.h"
+#include "base/Dates.h"
+#include "base/Types.h"
 
 namespace tallybook::testing {
 

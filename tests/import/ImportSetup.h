@@ -5,9 +5,9 @@
 #include <memory>
 #include <vector>
 
+#include "base/Dates.h"
 #include "import/QDXImport.h"
 #include "qdx/HeaderReader.h"
-#include "support/Dates.h"
 #include "tests/import/ExchangeFile.h"
 #include "tests/support/MemoryHost.h"
 #include "tests/support/ScriptedPlatform.h"

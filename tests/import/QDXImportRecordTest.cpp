@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "import/QDXImport.h"
+#include "platform/StopProgram.h"
 #include "tests/import/ImportSetup.h"
 
 namespace tallybook::testing {

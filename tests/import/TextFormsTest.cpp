@@ -9,8 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "support/Failure.h"
-#include "support/Narrow.h"
+#include "base/Failure.h"
+#include "base/Narrow.h"
+#include "base/Texts.h"
 #include "tests/import/TextImportSetup.h"
 
 namespace tallybook::testing {

@@ -9,10 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "base/Dates.h"
 #include "import/CSVImport.h"
 #include "import/DelimitedImport.h"
-#include "support/Dates.h"
-#include "support/Utility.h"
 #include "tests/support/MemoryHost.h"
 #include "tests/support/ScriptedPlatform.h"
 

@@ -6,6 +6,7 @@
 
 #include "import/CSVImport.h"
 #include "import/DelimitedImport.h"
+#include "platform/StopProgram.h"
 #include "tests/import/TextImportSetup.h"
 
 namespace tallybook::testing {

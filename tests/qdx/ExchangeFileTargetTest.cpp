@@ -4,6 +4,7 @@
 #include <rapidcheck.h>
 #include <tuple>
 
+#include "base/Texts.h"
 #include "qdx/HeaderReader.h"
 #include "support/Utility.h"
 #include "tests/qdx/ExportFixture.h"

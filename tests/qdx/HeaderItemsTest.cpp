@@ -1,6 +1,6 @@
+#include "base/Dates.h"
 #include "host/AccountRecord.h"
 #include "qdx/HeaderItems.h"
-#include "support/Dates.h"
 #include "tests/qdx/ExchangeBytes.h"
 #include "tests/qdx/TwentyDays.h"
 #include "tests/support/FailsWith.h"

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
+#include "base/Dates.h"
 #include "qdx/HeaderReader.h"
-#include "support/Dates.h"
 #include "support/Utility.h"
 #include "tests/qdx/ExchangeBytes.h"
 #include "tests/support/FailsWith.h"

@@ -1,5 +1,5 @@
+#include "base/Dates.h"
 #include "qdx/HeaderRecord.h"
-#include "support/Dates.h"
 #include "tests/support/FailsWith.h"
 
 namespace tallybook::testing {

@@ -1,7 +1,7 @@
 // The table shape of an export: what it asks of the export library. The walk stands in ExporterTest.
 #include <gmock/gmock.h>
 
-#include "support/Utility.h"
+#include "base/Texts.h"
 #include "tests/qdx/ExportFixture.h"
 
 namespace tallybook::testing {

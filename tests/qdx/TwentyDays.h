@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tests/support/MemoryHost.h"
 
 namespace tallybook::testing {

@@ -1,5 +1,5 @@
+#include "forms/modAllUI.h"
 #include "reportdialog/CompareRanges.h"
-#include "support/modAllUI.h"
 #include "tests/reportdialog/RepPrintFixture.h"
 
 namespace tallybook::testing {

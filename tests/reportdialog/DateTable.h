@@ -6,8 +6,8 @@
 #include <ostream>
 #include <vector>
 
+#include "base/Dates.h"
 #include "reportdialog/dlgRepPrint.h"
-#include "support/Dates.h"
 
 namespace tallybook::testing {
 

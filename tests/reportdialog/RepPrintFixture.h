@@ -7,9 +7,9 @@
 #include <memory>
 #include <vector>
 
+#include "base/Dates.h"
+#include "base/Failure.h"
 #include "reportdialog/dlgRepPrint.h"
-#include "support/Dates.h"
-#include "support/Failure.h"
 #include "tests/support/FailsWith.h"
 #include "tests/support/MemoryHost.h"
 #include "tests/support/ScriptedPlatform.h"

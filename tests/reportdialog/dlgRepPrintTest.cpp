@@ -1,7 +1,7 @@
 #include <algorithm>
 
+#include "forms/modAllUI.h"
 #include "reportdialog/dlgRepPrint.h"
-#include "support/modAllUI.h"
 #include "tests/reportdialog/RepPrintFixture.h"
 
 namespace tallybook::testing {

@@ -12,10 +12,14 @@ import sys
 
 # Each row lies above the ones before it; floors of one row may include each other.
 FLOORS = (
-    ("host", "support"),
+    ("base",),
+    ("platform",),
+    ("host",),
+    ("support",),
     ("qdx",),
     ("import",),
     ("exchange",),
+    ("forms",),
     ("reportdialog",),
     ("dialogs",),
 )
@@ -24,8 +28,8 @@ RANK = {floor: rank for rank, row in enumerate(FLOORS) for floor in row}
 # The command and the desktop stand on top of the embedded host, side by side; nothing below may know them.
 APPLICATION_TOP = ("cli", "desktop")
 
-# The only place in src/ that may talk to an operating system.
-PLATFORM = "src/support/platform/"
+# The only places in src/ that may talk to an operating system: the folders in the platform, one a system.
+PLATFORM = re.compile(r"src/platform/[^/]+/")
 
 # C++20, [headers]: the library's headers and the C library's under their C++ names.
 STANDARD_HEADERS = frozenset(
@@ -58,7 +62,7 @@ def include_lines(text):
 def component_fault(root, path, name, angled):
     """What is wrong with an include of a file of src/, or None."""
     if angled:
-        if name in STANDARD_HEADERS or path.startswith(PLATFORM):
+        if name in STANDARD_HEADERS or PLATFORM.match(path):
             return None
         return f"<{name}> is no header of the C++20 standard library"
     own, target = path.split("/")[1], name.split("/")[0]

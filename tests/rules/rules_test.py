@@ -13,8 +13,8 @@ class RuleTest(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.root = pathlib.Path(folder.name)
-        self.write("src/support/Types.h")
-        self.write("src/host/Masterfile.h", '#include "support/Types.h"')
+        self.write("src/base/Types.h")
+        self.write("src/host/Masterfile.h", '#include "base/Types.h"')
         self.write("src/qdx/HeaderRecord.h", '#include "host/Masterfile.h"')
 
     def write(self, path, text=""):
@@ -73,10 +73,14 @@ class IncludesTest(RuleTest):
         self.expect_only("src/qdx/Body.cpp:1", "standard library")
 
     def test_lets_the_platform_alone_talk_to_the_system(self):
-        self.write("src/support/platform/posix/PosixPlatform.cpp", "#include <fcntl.h>")
+        self.write("src/platform/posix/PosixPlatform.cpp", "#include <fcntl.h>")
         self.assertEqual([], self.found())
-        self.write("src/support/platform/posix/PosixPlatform.cpp", '#include "qdx/HeaderRecord.h"')
-        self.expect_only("src/support/platform/posix/PosixPlatform.cpp:1", "support lies below qdx")
+        self.write("src/platform/posix/PosixPlatform.cpp", '#include "qdx/HeaderRecord.h"')
+        self.expect_only("src/platform/posix/PosixPlatform.cpp:1", "platform lies below qdx")
+
+    def test_keeps_the_platforms_seam_itself_clear_of_the_system(self):
+        self.write("src/platform/Clock.cpp", "#include <unistd.h>")
+        self.expect_only("src/platform/Clock.cpp:1", "standard library")
 
     def test_finds_an_own_header_that_is_not_there(self):
         self.write("src/qdx/Body.cpp", '#include "support/Gone.h"')

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 
 namespace tallybook::testing {
 

@@ -17,8 +17,8 @@
 #include <variant>
 #include <vector>
 
-#include "support/Failure.h"
-#include "support/Types.h"
+#include "base/Failure.h"
+#include "base/Types.h"
 
 namespace tallybook::testing {
 

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook::testing {
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "support/Failure.h"
-#include "support/Platform.h"
+#include "base/Failure.h"
+#include "platform/FileSystem.h"
 
 namespace tallybook::testing {
 

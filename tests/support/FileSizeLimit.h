@@ -4,7 +4,7 @@
 #include <csignal>
 #include <sys/resource.h>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 
 namespace tallybook::testing {
 

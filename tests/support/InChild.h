@@ -11,8 +11,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "support/Failure.h"
-#include "support/Types.h"
+#include "base/Failure.h"
+#include "base/Types.h"
 
 namespace tallybook::testing {
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
 
 namespace tallybook::testing {
 

@@ -5,8 +5,8 @@
 #include <memory>
 #include <vector>
 
+#include "base/Types.h"
 #include "host/DataExportObject.h"
-#include "support/Types.h"
 #include "tests/support/CallRecord.h"
 
 namespace tallybook::testing {

@@ -6,8 +6,8 @@
 #include <span>
 #include <utility>
 
-#include "support/Failure.h"
-#include "support/Wildcard.h"
+#include "base/Failure.h"
+#include "base/Wildcard.h"
 
 namespace tallybook::testing {
 

@@ -9,7 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "support/Platform.h"
+#include "platform/Clock.h"
+#include "platform/FileSystem.h"
 
 namespace tallybook::testing {
 

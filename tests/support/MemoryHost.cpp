@@ -4,8 +4,8 @@
 #include <exception>
 #include <stdexcept>
 
-#include "support/Dates.h"
-#include "support/Failure.h"
+#include "base/Dates.h"
+#include "base/Failure.h"
 
 namespace tallybook::testing {
 

@@ -18,13 +18,13 @@
 #include <utility>
 #include <vector>
 
+#include "base/Types.h"
 #include "host/EdtForm.h"
 #include "host/HostApp.h"
 #include "host/HostFactory.h"
 #include "host/HostLog.h"
 #include "host/IniFile.h"
 #include "host/Sequence.h"
-#include "support/Types.h"
 #include "tests/support/CallRecord.h"
 #include "tests/support/MemoryExportObject.h"
 #include "tests/support/MemoryMasterfile.h"

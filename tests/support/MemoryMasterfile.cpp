@@ -5,9 +5,9 @@
 #include <numeric>
 #include <utility>
 
+#include "base/Dates.h"
+#include "base/Failure.h"
 #include "host/Printer.h"
-#include "support/Dates.h"
-#include "support/Failure.h"
 
 namespace tallybook::testing {
 

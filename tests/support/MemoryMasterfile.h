@@ -13,12 +13,12 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/Types.h"
 #include "host/AccountRecord.h"
 #include "host/FieldRecord.h"
 #include "host/FiscalCalendar.h"
 #include "host/Masterfile.h"
 #include "host/Sequence.h"
-#include "support/Types.h"
 #include "tests/support/CallRecord.h"
 
 namespace tallybook::testing {

@@ -5,9 +5,9 @@
 #include <memory>
 #include <vector>
 
+#include "base/Types.h"
 #include "host/Printer.h"
 #include "host/ReportColumns.h"
-#include "support/Types.h"
 #include "tests/support/CallRecord.h"
 #include "tests/support/MemoryMasterfile.h"
 

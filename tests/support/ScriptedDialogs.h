@@ -12,8 +12,9 @@
 #include <initializer_list>
 #include <vector>
 
-#include "support/Failure.h"
-#include "support/Platform.h"
+#include "base/Failure.h"
+#include "platform/FileDialogs.h"
+#include "platform/Shell.h"
 
 namespace tallybook::testing {
 

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
+#include "forms/modAllUI.h"
+#include "platform/Clock.h"
 #include "support/Utility.h"
-#include "support/modAllUI.h"
 
 namespace tallybook::testing {
 

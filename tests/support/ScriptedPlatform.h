@@ -20,8 +20,11 @@
 #include <map>
 #include <vector>
 
-#include "support/Platform.h"
-#include "support/platform/posix/PosixFileSystem.h"
+#include "platform/Clock.h"
+#include "platform/InputQueue.h"
+#include "platform/MessageBoxes.h"
+#include "platform/Platform.h"
+#include "platform/posix/PosixFileSystem.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/MemoryFileSystem.h"
 #include "tests/support/ScriptedDialogs.h"

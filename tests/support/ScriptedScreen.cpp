@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "support/controls/Form.h"
+#include "forms/Form.h"
 
 namespace tallybook::testing {
 

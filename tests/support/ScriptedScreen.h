@@ -8,7 +8,7 @@
 
 #include <vector>
 
-#include "support/Platform.h"
+#include "platform/Screen.h"
 
 namespace tallybook::testing {
 

@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 #include <utility>
 
-#include "support/CodePage.h"
-#include "support/controls/HostControls.h"
-#include "support/controls/ListControls.h"
-#include "support/controls/OptionGroup.h"
-#include "support/controls/PlainControls.h"
-#include "support/controls/TextBox.h"
-#include "support/modAllUI.h"
+#include "base/CodePage.h"
+#include "forms/HostControls.h"
+#include "forms/ListControls.h"
+#include "forms/OptionGroup.h"
+#include "forms/PlainControls.h"
+#include "forms/TextBox.h"
+#include "forms/modAllUI.h"
 
 namespace tallybook::testing {
 

@@ -16,9 +16,9 @@
 #include <deque>
 #include <functional>
 
-#include "support/Types.h"
-#include "support/controls/Control.h"
-#include "support/controls/Form.h"
+#include "base/Types.h"
+#include "forms/Control.h"
+#include "forms/Form.h"
 
 namespace tallybook::testing {
 

@@ -2,12 +2,12 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "support/controls/HostControls.h"
-#include "support/controls/ListControls.h"
-#include "support/controls/OptionGroup.h"
-#include "support/controls/PlainControls.h"
-#include "support/controls/TextBox.h"
-#include "support/modAllUI.h"
+#include "forms/HostControls.h"
+#include "forms/ListControls.h"
+#include "forms/OptionGroup.h"
+#include "forms/PlainControls.h"
+#include "forms/TextBox.h"
+#include "forms/modAllUI.h"
 #include "tests/support/ScriptedPlatform.h"
 #include "tests/support/ScriptedUser.h"
 

@@ -6,7 +6,7 @@
 #include <iterator>
 #include <string>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::testing {
 

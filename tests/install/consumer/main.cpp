@@ -2,6 +2,7 @@
 #include <iostream>
 #include <memory>
 
+#include "base/Failure.h"
 #include "exchange/CDataExchange.h"
 #include "host/DataExportObject.h"
 #include "host/EdtForm.h"
@@ -10,8 +11,7 @@
 #include "host/IniFile.h"
 #include "host/Printer.h"
 #include "host/Sequence.h"
-#include "support/Failure.h"
-#include "support/platform/posix/PosixPlatform.h"
+#include "platform/posix/PosixPlatform.h"
 
 namespace {
 

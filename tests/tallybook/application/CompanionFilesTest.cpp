@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/platform/posix/PosixFileSystem.h"
+#include "platform/posix/PosixFileSystem.h"
 #include "tallybook/application/CompanionFiles.h"
 #include "tests/support/TempFolder.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tallybook/application/EntryDates.h"
 #include "tallybook/engine/Journal.h"
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tallybook/application/ImportSummary.h"
 
 namespace tallybook::application {

@@ -4,7 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "support/platform/posix/PosixFileSystem.h"
+#include "platform/posix/PosixFileSystem.h"
 #include "tallybook/application/WholeFile.h"
 #include "tests/support/FailsWith.h"
 #include "tests/support/InChild.h"

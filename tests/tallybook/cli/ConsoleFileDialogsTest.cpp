@@ -4,8 +4,8 @@
 #include <memory>
 #include <optional>
 
-#include "support/CCommonDialog.h"
-#include "support/modBrowse.h"
+#include "forms/CCommonDialog.h"
+#include "forms/modBrowse.h"
 #include "tallybook/cli/ConsoleFileDialogs.h"
 #include "tallybook/cli/ConsolePlatform.h"
 #include "tests/support/FailsWith.h"

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <sstream>
 
-#include "support/CodePage.h"
+#include "base/CodePage.h"
 #include "tallybook/cli/Help.h"
 #include "tallybook/cli/Program.h"
 

@@ -16,7 +16,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "support/Types.h"
+#include "base/Types.h"
 
 namespace tallybook::testing {
 

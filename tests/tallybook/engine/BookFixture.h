@@ -8,7 +8,7 @@
 #include <sqlite3.h>
 #include <tuple>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tallybook/engine/Book.h"
 #include "tests/support/CallRecord.h"
 #include "tests/support/FailsWith.h"

@@ -4,7 +4,7 @@
 #include <limits>
 #include <vector>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tallybook/engine/Calendar.h"
 #include "tests/support/CallRecord.h"
 #include "tests/support/FailsWith.h"

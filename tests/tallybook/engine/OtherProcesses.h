@@ -9,7 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "support/Failure.h"
+#include "base/Failure.h"
 #include "tests/support/InChild.h"
 
 namespace tallybook::testing {

@@ -5,7 +5,7 @@
 #include <sstream>
 #include <vector>
 
-#include "support/Utility.h"
+#include "base/Texts.h"
 #include "tests/tallybook/tables/TableTest.h"
 
 namespace tallybook::tables {

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tallybook/tables/ExportLibrary.h"
 #include "tests/support/FailsWith.h"
 #include "tests/support/ScriptedPlatform.h"

@@ -7,7 +7,7 @@
 #include <iostream>
 #include <memory>
 
-#include "support/Dates.h"
+#include "base/Dates.h"
 #include "tallybook/engine/Book.h"
 #include "tallybook/engine/Journal.h"
 #include "tests/support/CallRecord.h"
