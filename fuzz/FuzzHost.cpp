@@ -45,6 +45,10 @@ Date FuzzClock::UniversalNow() {
   return Now();
 }
 
+long long FuzzClock::Ticks() {
+  return static_cast<long long>(slept_ * 86'400'000);
+}
+
 void FuzzClock::Sleep(Single seconds) {
   slept_ += static_cast<double>(seconds) / 86'400;
 }

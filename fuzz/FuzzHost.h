@@ -38,6 +38,7 @@ class FuzzClock : public Clock {
  public:
   [[nodiscard]] Date Now() override;
   [[nodiscard]] Date UniversalNow() override;
+  [[nodiscard]] long long Ticks() override;
   void Sleep(Single seconds) override;
   [[nodiscard]] Text LongDate(Date date) override;
 

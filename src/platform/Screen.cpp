@@ -12,7 +12,14 @@ void ScreenWithoutWindows::HideWindow(Long /*window*/) {}
 bool ScreenWithoutWindows::IsVisible(Long /*window*/) {
   return false;
 }
+bool ScreenWithoutWindows::IsWindow(Long /*window*/) {
+  return false;
+}
+Long ScreenWithoutWindows::WindowAt(Long /*left*/, Long /*top*/) {
+  return 0;
+}
 void ScreenWithoutWindows::FreezeWindow(Long /*window*/, bool /*frozen*/) {}
+void ScreenWithoutWindows::RefreshWindow(Long /*window*/) {}
 void ScreenWithoutWindows::EnableWindow(Long /*window*/, bool /*enabled*/) {}
 Long ScreenWithoutWindows::ActiveWindow() {
   return 0;

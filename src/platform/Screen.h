@@ -34,8 +34,14 @@ class Screen {
   // Whether the window itself is shown: not hidden by HideWindow or by its host. One whose owner is hidden is shown all
   // the same. False on a screen without windows.
   [[nodiscard]] virtual bool IsVisible(Long window) = 0;
+  // Whether a window, of a form, a control or the host, has this handle now.
+  [[nodiscard]] virtual bool IsWindow(Long window) = 0;
+  // The window at a point of the screen, the innermost of the foremost one that is shown; 0 where there is none.
+  [[nodiscard]] virtual Long WindowAt(Long left, Long top) = 0;
   // While a window is frozen it looks as it did; what changed is drawn when it is thawed.
   virtual void FreezeWindow(Long window, bool frozen) = 0;
+  // Draws at once what waits to be drawn in a window, before anything else happens.
+  virtual void RefreshWindow(Long window) = 0;
   virtual void EnableWindow(Long window, bool enabled) = 0;
   // The window that has the input; bring one to the front.
   [[nodiscard]] virtual Long ActiveWindow() = 0;
@@ -64,7 +70,10 @@ class ScreenWithoutWindows : public Screen {
   void ShowWindow(Long window) override;
   void HideWindow(Long window) override;
   [[nodiscard]] bool IsVisible(Long window) override;
+  [[nodiscard]] bool IsWindow(Long window) override;
+  [[nodiscard]] Long WindowAt(Long left, Long top) override;
   void FreezeWindow(Long window, bool frozen) override;
+  void RefreshWindow(Long window) override;
   void EnableWindow(Long window, bool enabled) override;
   [[nodiscard]] Long ActiveWindow() override;
   void ActivateWindow(Long window) override;

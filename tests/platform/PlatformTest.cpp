@@ -6,6 +6,7 @@
 #include "platform/InputQueue.h"
 #include "platform/MessageBoxes.h"
 #include "platform/Platform.h"
+#include "platform/Screen.h"
 #include "platform/posix/PosixPlatform.h"
 #include "tests/support/FailsWith.h"
 #include "tests/support/ScriptedPlatform.h"
@@ -49,6 +50,13 @@ TEST(PosixPlatformTest, RefusesQuestionsAndHasNoInput) {
   EXPECT_FALSE(platform.input->HasPending(-1));
 }
 
+TEST(ScreenWithoutWindowsTest, HasNoWindowWhateverItMade) {
+  ScreenWithoutWindows screen;
+  EXPECT_FALSE(screen.IsWindow(1));
+  EXPECT_EQ(screen.WindowAt(10, 10), 0);
+  screen.RefreshWindow(1);
+}
+
 class PosixClockTest : public ::testing::Test {
  protected:
   TimeZone zone_{"UTC0"};
@@ -74,6 +82,14 @@ TEST_F(PosixClockTest, UniversalTimeIsTheSameInEveryZone) {
   EXPECT_EQ(DateTimeText(UniversalDate({moment.tv_sec, 0})), "2004-02-03 14:05:09");
   EXPECT_NEAR((UniversalDate(moment) - UniversalDate({moment.tv_sec, 0})) * 86400, 0.5, 0.001);
   EXPECT_NEAR((clock_.Now() - clock_.UniversalNow()) * 24, 5.5, 0.01);
+}
+
+TEST_F(PosixClockTest, TicksAreMillisecondsThatGoOnAndNeverBack) {
+  const long long start = clock_.Ticks();
+  clock_.Sleep(0.02F);
+  const long long end = clock_.Ticks();
+  EXPECT_GE(end - start, 19);
+  EXPECT_LT(end - start, 60'000);
 }
 
 TEST_F(PosixClockTest, DoesNotTakeItsTimeFromTheBuildsVariable) {

@@ -1,6 +1,7 @@
 #include "tests/support/ScriptedPlatform.h"
 
 #include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
 
 #include "base/Dates.h"
@@ -44,6 +45,7 @@ ScriptedClock::ScriptedClock() : now_(DateFromParts(2004, 2, 3) + TimeFromParts(
 
 void ScriptedClock::Advance(Double seconds) {
   now_ += seconds / kSecondsPerDay;
+  run_ += seconds;
 }
 
 Date ScriptedClock::Now() {
@@ -54,6 +56,11 @@ Date ScriptedClock::Now() {
 
 Date ScriptedClock::UniversalNow() {
   return Now() - hours_ahead_ / 24;
+}
+
+long long ScriptedClock::Ticks() {
+  constexpr long long kFirstTick = 5'000'000'000;  // beyond 32 bits, as on a machine that runs for two months
+  return kFirstTick + std::llround(run_ * 1000);
 }
 
 void ScriptedClock::Sleep(Single seconds) {

@@ -33,7 +33,8 @@
 
 namespace tallybook::testing {
 
-// Stands at 2004-02-03 14:05:09 until it is set. Sleep moves it on and takes no time.
+// Stands at 2004-02-03 14:05:09 until it is set. Sleep moves it on and takes no time. Its ticks go on as it is advanced
+// and sleeps; setting it leaves them.
 class ScriptedClock : public Clock {
  public:
   ScriptedClock();
@@ -54,6 +55,7 @@ class ScriptedClock : public Clock {
 
   [[nodiscard]] Date Now() override;
   [[nodiscard]] Date UniversalNow() override;
+  [[nodiscard]] long long Ticks() override;
   void Sleep(Single seconds) override;
   [[nodiscard]] Text LongDate(Date date) override;
 
@@ -61,6 +63,7 @@ class ScriptedClock : public Clock {
   Date now_;
   Double hours_ahead_ = 0;
   Double step_ = 0;
+  Double run_ = 0;  // seconds that it was advanced
   Double slept_ = 0;
   ScriptedUser* user_ = nullptr;
 };

@@ -23,6 +23,14 @@ Long ScriptedScreen::AddHostWindow(Long handle, const Place& place) {
   return taken;
 }
 
+Long ScriptedScreen::AddControlWindow(Long form_window, const Place& place) {
+  Window window{++last_handle_, nullptr, kControlClass, true, true, form_window, place, 0};
+  window.inside = true;
+  // Never the foremost: the active window is that of a form.
+  windows_.insert(windows_.begin(), window);
+  return last_handle_;
+}
+
 void ScriptedScreen::UserActivates(Long window) {
   ActivateWindow(window);
   const Window* const activated = Find(window);
@@ -35,7 +43,8 @@ Long ScriptedScreen::CreateWindow(Form& form) {
 }
 
 void ScriptedScreen::DestroyWindow(Long window) {
-  std::erase_if(windows_, [&](const Window& one) { return one.handle == window; });
+  std::erase_if(windows_,
+                [&](const Window& one) { return one.handle == window || (one.inside && one.parent == window); });
   if (active_ == window) ActivateForemost();
 }
 
@@ -52,6 +61,25 @@ void ScriptedScreen::HideWindow(Long window) {
 bool ScriptedScreen::IsVisible(Long window) {
   const Window* const one = Find(window);
   return one != nullptr && one->visible;
+}
+
+Long ScriptedScreen::WindowAt(Long left, Long top) {
+  const auto is_hit = [&](const Window& window) {
+    const Place& place = window.place;
+    return window.visible && left >= place.left && left < place.left + place.width && top >= place.top &&
+           top < place.top + place.height;
+  };
+  const auto outer = std::find_if(windows_.rbegin(), windows_.rend(),
+                                  [&](const Window& window) { return !window.inside && is_hit(window); });
+  if (outer == windows_.rend()) return 0;
+  const auto inner = std::ranges::find_if(windows_, [&](const Window& window) {
+    return window.inside && window.parent == outer->handle && is_hit(window);
+  });
+  return inner == windows_.end() ? outer->handle : inner->handle;
+}
+
+void ScriptedScreen::RefreshWindow(Long window) {
+  if (Window* const one = FindOne(window)) ++one->refreshes;
 }
 
 void ScriptedScreen::FreezeWindow(Long window, bool frozen) {
@@ -104,7 +132,7 @@ void ScriptedScreen::SetWindowState(Long window, Integer state) {
 }
 
 void ScriptedScreen::ActivateForemost() {
-  const auto usable = [](const Window& window) { return window.visible && window.enabled; };
+  const auto usable = [](const Window& window) { return window.visible && window.enabled && !window.inside; };
   const auto found = std::find_if(windows_.rbegin(), windows_.rend(), usable);
   active_ = found == windows_.rend() ? 0 : found->handle;
 }

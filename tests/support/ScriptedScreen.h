@@ -16,6 +16,7 @@ class ScriptedScreen : public Screen {
  public:
   static constexpr const char* kFormClass = "ThunderFormDC";
   static constexpr const char* kHostClass = "HostFrame";
+  static constexpr const char* kControlClass = "ControlWindow";
   static constexpr Place kWorkArea{0, 0, 1600, 1160};
   static constexpr Place kFormPlace{0, 0, 400, 300};
   static constexpr Long kScrollBarWidth = 17;
@@ -30,7 +31,9 @@ class ScriptedScreen : public Screen {
     Place place;
     Integer state = 0;
     bool frozen = false;
-    int freezes = 0;  // how often it was frozen
+    int freezes = 0;      // how often it was frozen
+    int refreshes = 0;    // how often it was drawn at once
+    bool inside = false;  // the window of a control, inside that of its form, its parent
   };
 
   // Every shape that the pointer was given, in order.
@@ -38,6 +41,8 @@ class ScriptedScreen : public Screen {
 
   // Adds a window of the host that is shown and active. A handle of 0 takes the next free one.
   Long AddHostWindow(Long handle = 0, const Place& place = {100, 100, 800, 600});
+  // Makes the window of a control inside that of its form, at a place of the screen. It is there as long as the form's.
+  Long AddControlWindow(Long form_window, const Place& place);
   // The user, or the host, brings a window to the front, hides or shows it, or switches to another program (no window
   // is active then). Hiding and showing are ShowWindow and HideWindow.
   void UserActivates(Long window);
@@ -53,7 +58,10 @@ class ScriptedScreen : public Screen {
   void ShowWindow(Long window) override;
   void HideWindow(Long window) override;
   [[nodiscard]] bool IsVisible(Long window) override;
+  [[nodiscard]] bool IsWindow(Long window) override { return Find(window) != nullptr; }
+  [[nodiscard]] Long WindowAt(Long left, Long top) override;
   void FreezeWindow(Long window, bool frozen) override;
+  void RefreshWindow(Long window) override;
   void EnableWindow(Long window, bool enabled) override;
   [[nodiscard]] Long ActiveWindow() override { return active_; }
   // Does nothing for a window that is hidden, disabled or gone.

@@ -30,6 +30,11 @@ Date PosixClock::UniversalNow() {
   return UniversalDate(MomentNow());
 }
 
+long long PosixClock::Ticks() {
+  const auto running = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(running).count();
+}
+
 void PosixClock::Sleep(Single seconds) {
   std::this_thread::sleep_for(std::chrono::duration<Single>(seconds));
 }

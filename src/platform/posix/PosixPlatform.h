@@ -18,6 +18,7 @@ class PosixClock : public Clock {
  public:
   [[nodiscard]] Date Now() override;
   [[nodiscard]] Date UniversalNow() override;
+  [[nodiscard]] long long Ticks() override;
   void Sleep(Single seconds) override;
   [[nodiscard]] Text LongDate(Date date) override;
 };
