@@ -45,9 +45,13 @@ void AppendUtf8(char32_t character, Text& text) {
   } else if (character < 0x800) {
     put(0xC0 | (character >> 6));
     put(0x80 | (character & 0x3F));
-  } else {
-    // The code page has nothing above U+FFFF.
+  } else if (character < 0x10000) {
     put(0xE0 | (character >> 12));
+    put(0x80 | ((character >> 6) & 0x3F));
+    put(0x80 | (character & 0x3F));
+  } else {
+    put(0xF0 | (character >> 18));
+    put(0x80 | ((character >> 12) & 0x3F));
     put(0x80 | ((character >> 6) & 0x3F));
     put(0x80 | (character & 0x3F));
   }
@@ -74,6 +78,24 @@ char32_t TakeCharacter(std::string_view text, std::size_t& offset) {
   if (overlong || surrogate || character > 0x10FFFF) return kNoCharacter;
   offset += length;
   return character;
+}
+
+// Characters above U+FFFF are pairs of units in UTF-16: the higher ten bits behind the first mark, the lower behind the
+// second (RFC 2781, section 2).
+constexpr char32_t kFirstOfPairs = 0x10000;
+constexpr char16_t kHighMark = 0xD800;
+constexpr char16_t kLowMark = 0xDC00;
+constexpr char16_t kMarkMask = 0xFC00;
+constexpr char32_t kHalfMask = 0x3FF;
+constexpr char32_t kReplacement = 0xFFFD;
+
+// Takes the character at `index` and moves on behind it.
+char32_t TakeUnits(std::u16string_view units, std::size_t& index) {
+  const char16_t unit = units[index++];
+  const int mark = unit & kMarkMask;
+  if (mark != kHighMark && mark != kLowMark) return unit;
+  if (mark == kLowMark || index == units.size() || (units[index] & kMarkMask) != kLowMark) return kReplacement;
+  return kFirstOfPairs + ((unit & kHalfMask) << 10) + (units[index++] & kHalfMask);
 }
 
 // The byte of a character, or -1 where the code page lacks it.
@@ -134,6 +156,29 @@ std::string ToCodePage(std::string_view text) {
     bytes += static_cast<char>(static_cast<std::uint8_t>(byte));
   }
   return bytes;
+}
+
+std::u16string ToUtf16(std::string_view text) {
+  std::u16string units;
+  units.reserve(text.size());
+  for (std::size_t offset = 0; offset < text.size();) {
+    const std::size_t start = offset;
+    const char32_t character = TakeCharacter(text, offset);
+    if (character == kNoCharacter) FailWithText(text, start, character);
+    if (character < kFirstOfPairs) {
+      units += static_cast<char16_t>(character);
+    } else {
+      units += static_cast<char16_t>(kHighMark | ((character - kFirstOfPairs) >> 10));
+      units += static_cast<char16_t>(kLowMark | (character & kHalfMask));
+    }
+  }
+  return units;
+}
+
+Text FromUtf16(std::u16string_view units) {
+  Text text;
+  for (std::size_t index = 0; index < units.size();) AppendUtf8(TakeUnits(units, index), text);
+  return text;
 }
 
 Long CharacterCount(std::string_view text) {

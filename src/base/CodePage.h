@@ -17,6 +17,11 @@ namespace tallybook {
 // are not valid UTF-8, are failure 5, told with the text; nothing is ever replaced in silence.
 [[nodiscard]] std::string ToCodePage(std::string_view text);
 
+// Text in memory as units of UTF-16, and back. Bytes that are not valid UTF-8 are failure 5; half of a pair of units is
+// the replacement character U+FFFD.
+[[nodiscard]] std::u16string ToUtf16(std::string_view text);
+[[nodiscard]] Text FromUtf16(std::u16string_view units);
+
 // How many characters a UTF-8 text has.
 [[nodiscard]] Long CharacterCount(std::string_view text);
 

@@ -12,6 +12,7 @@ class Clock;
 class FileDialogs;
 class FileSystem;
 class InputQueue;
+class Keyboard;
 class MessageBoxes;
 class Screen;
 class Shell;
@@ -23,8 +24,10 @@ struct Platform {
   MessageBoxes* message_boxes = nullptr;
   InputQueue* input = nullptr;
   Screen* screen = nullptr;
-  FileDialogs* file_dialogs = nullptr;  // these two may be null on a platform without a screen
+  // Each of these is null on a platform that has nothing of the kind.
+  FileDialogs* file_dialogs = nullptr;
   Shell* shell = nullptr;
+  Keyboard* keyboard = nullptr;
   Text application_title;                              // the caption of a message box that is given none
   TextEncoding text_encoding = TextEncoding::kDetect;  // of the text files that imports read
   StopWitness* stop_witness = nullptr;                 // may be null

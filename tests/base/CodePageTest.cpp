@@ -86,5 +86,37 @@ RC_GTEST_PROP(CodePageProperties, WhatIsNoUtf8IsNeverWritten, (const std::vector
   RC_ASSERT_THROWS_AS((void)ToCodePage(bytes), Failure);
 }
 
+TEST(Utf16Test, CharactersAreUnitsAndThoseAboveFFFFPairs) {
+  EXPECT_EQ(ToUtf16(""), u"");
+  EXPECT_EQ(ToUtf16("a\xC3\xA4\xE2\x82\xAC\xEF\xBF\xBF"), u"a\u00E4\u20AC\uFFFF");
+  EXPECT_EQ(ToUtf16("\xF0\x90\x80\x80\xF0\x9F\x93\x92\xF4\x8F\xBF\xBF"), u"\U00010000\U0001F4D2\U0010FFFF");
+}
+
+TEST(Utf16Test, WayBackGivesTheTextAgain) {
+  for (char32_t character = 1; character <= 0x10FFFF; character += 0x3FD) {
+    if (character >= 0xD800 && character <= 0xDFFF) continue;
+    std::u16string units(1, static_cast<char16_t>(character));
+    if (character >= 0x10000)
+      units = {static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10)),
+               static_cast<char16_t>(0xDC00 + (character & 0x3FF))};
+    EXPECT_EQ(ToUtf16(FromUtf16(units)), units) << static_cast<unsigned>(character);
+  }
+}
+
+TEST(Utf16Test, HalfAPairIsTheReplacementCharacter) {
+  const char16_t high = 0xD83D;
+  const char16_t low = 0xDCD2;
+  const Text replaced = "\xEF\xBF\xBD";
+  EXPECT_EQ(FromUtf16(std::u16string{high}), replaced);
+  EXPECT_EQ(FromUtf16(std::u16string{low, u'a'}), replaced + "a");
+  EXPECT_EQ(FromUtf16(std::u16string{high, u'a'}), replaced + "a");
+  EXPECT_EQ(FromUtf16(std::u16string{high, high, low}), replaced + "\xF0\x9F\x93\x92");
+}
+
+TEST(Utf16Test, BytesThatAreNoUtf8AreAnInvalidArgument) {
+  for (const char* const text : {"a\x80", "\xC3", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
+    EXPECT_THAT([&] { (void)ToUtf16(text); }, FailsWith(FailureNumber::kInvalidArgument)) << text;
+}
+
 }  // namespace
 }  // namespace tallybook::testing

@@ -157,6 +157,7 @@ ScriptedPlatform::ScriptedPlatform(FilesIn where)
                    .screen = &screen,
                    .file_dialogs = &file_dialogs,
                    .shell = &shell,
+                   .keyboard = &keyboard,
                    .application_title = kTitle});
 }
 

@@ -28,6 +28,7 @@
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/MemoryFileSystem.h"
 #include "tests/support/ScriptedDialogs.h"
+#include "tests/support/ScriptedKeyboard.h"
 #include "tests/support/ScriptedScreen.h"
 #include "tests/support/ScriptedUser.h"
 
@@ -148,6 +149,7 @@ class ScriptedPlatform {
   ScriptedScreen screen;
   ScriptedShell shell;
   ScriptedFileDialogs file_dialogs{shell};
+  ScriptedKeyboard keyboard;
   ScriptedUser user;
   PosixFileSystem machine;
   MemoryFileSystem memory{&clock};

@@ -1,0 +1,44 @@
+// A keyboard in memory. Its layout is the American one for ASCII; what programs hand to the system is kept, and goes on
+// to whoever takes keys.
+#pragma once
+
+#include <functional>
+#include <set>
+#include <vector>
+
+#include "platform/Keyboard.h"
+
+namespace tallybook::testing {
+
+class ScriptedKeyboard : public Keyboard {
+ public:
+  struct Pressed {
+    Integer key = 0;
+    Long flags = 0;
+    bool operator==(const Pressed&) const = default;
+  };
+
+  // The user holds a key or a mouse button down, or lets it go.
+  void Hold(Integer key) { held_.insert(key); }
+  void Release(Integer key) { held_.erase(key); }
+
+  // What was delivered, batch by batch, and what came by the older call.
+  [[nodiscard]] const std::vector<std::vector<KeyRecord>>& Batches() const { return batches_; }
+  [[nodiscard]] const std::vector<Pressed>& Presses() const { return presses_; }
+  // The events of all batches as words: "a" and "/a" for a press and a release of the key that carries that capital
+  // letter or figure, "[10]" for others by their code in hexadecimal, "e" in front of an extended one, "U+20AC" for
+  // characters.
+  [[nodiscard]] Text Events() const;
+
+  [[nodiscard]] Integer LayoutKey(std::uint8_t character) override;
+  void Deliver(std::span<const KeyRecord> records) override;
+  void Press(Integer key, Long flags) override { presses_.push_back({key, flags}); }
+  [[nodiscard]] bool IsDown(Integer key) override { return held_.contains(key); }
+
+ private:
+  std::set<Integer> held_;
+  std::vector<std::vector<KeyRecord>> batches_;
+  std::vector<Pressed> presses_;
+};
+
+}  // namespace tallybook::testing
