@@ -14,6 +14,7 @@ class FileSystem;
 class InputQueue;
 class Keyboard;
 class MessageBoxes;
+class RegistryOperations;
 class Screen;
 class Shell;
 class StopWitness;
@@ -28,6 +29,7 @@ struct Platform {
   FileDialogs* file_dialogs = nullptr;
   Shell* shell = nullptr;
   Keyboard* keyboard = nullptr;
+  RegistryOperations* registry = nullptr;
   Text application_title;                              // the caption of a message box that is given none
   TextEncoding text_encoding = TextEncoding::kDetect;  // of the text files that imports read
   StopWitness* stop_witness = nullptr;                 // may be null

@@ -29,6 +29,7 @@
 #include "tests/support/MemoryFileSystem.h"
 #include "tests/support/ScriptedDialogs.h"
 #include "tests/support/ScriptedKeyboard.h"
+#include "tests/support/ScriptedRegistry.h"
 #include "tests/support/ScriptedScreen.h"
 #include "tests/support/ScriptedUser.h"
 
@@ -150,6 +151,7 @@ class ScriptedPlatform {
   ScriptedShell shell;
   ScriptedFileDialogs file_dialogs{shell};
   ScriptedKeyboard keyboard;
+  ScriptedRegistry registry;
   ScriptedUser user;
   PosixFileSystem machine;
   MemoryFileSystem memory{&clock};
