@@ -18,6 +18,7 @@ class RegistryOperations;
 class Screen;
 class Shell;
 class StopWitness;
+class Wheel;
 
 struct Platform {
   Clock* clock = nullptr;
@@ -29,6 +30,7 @@ struct Platform {
   FileDialogs* file_dialogs = nullptr;
   Shell* shell = nullptr;
   Keyboard* keyboard = nullptr;
+  Wheel* wheel = nullptr;
   RegistryOperations* registry = nullptr;
   Text application_title;                              // the caption of a message box that is given none
   TextEncoding text_encoding = TextEncoding::kDetect;  // of the text files that imports read

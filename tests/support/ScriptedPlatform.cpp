@@ -158,6 +158,7 @@ ScriptedPlatform::ScriptedPlatform(FilesIn where)
                    .file_dialogs = &file_dialogs,
                    .shell = &shell,
                    .keyboard = &keyboard,
+                   .wheel = &wheel,
                    .registry = &registry,
                    .application_title = kTitle});
 }

@@ -32,6 +32,7 @@
 #include "tests/support/ScriptedRegistry.h"
 #include "tests/support/ScriptedScreen.h"
 #include "tests/support/ScriptedUser.h"
+#include "tests/support/ScriptedWheel.h"
 
 namespace tallybook::testing {
 
@@ -151,6 +152,7 @@ class ScriptedPlatform {
   ScriptedShell shell;
   ScriptedFileDialogs file_dialogs{shell};
   ScriptedKeyboard keyboard;
+  ScriptedWheel wheel;
   ScriptedRegistry registry;
   ScriptedUser user;
   PosixFileSystem machine;
