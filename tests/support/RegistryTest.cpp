@@ -255,7 +255,10 @@ TEST_F(RegistryTest, AWriteThatFailsGivesTheStatusAndClosesItsKey) {
 
 TEST_F(RegistryTest, ATextThatTheCodePageLacksIsNotWritten) {
   Text text = "\xF0\x9F\x93\x92";
+  Open();
+  EXPECT_EQ(registry_.EnumKey(), "Alpha");
   EXPECT_NE(registry_.SetStringValue("Name", text), 0);
+  EXPECT_EQ(registry_.EnumKey(), "Alpha") << "it is a write all the same";
   EXPECT_EQ(Stored("Name"), std::string("North\0", 6));
 }
 
@@ -321,7 +324,9 @@ TEST_F(RegistryTest, ThePairAsksInThisOrder) {
 TEST_F(RegistryTest, RedeemingNothingEndsTheOverrideAndDeletesNothing) {
   const Long handle = Registry::OverrideCurrentUser();
   ASSERT_NE(handle, 0);
+  store_.ForgetCalls();
   Registry::RedeemRegistry(0);
+  EXPECT_THAT(store_.Calls(), ElementsAre("OverridePredefinedKey 80000001 0"));
   EXPECT_EQ(store_.Override(kCurrentUserKey), 0);
   EXPECT_TRUE(store_.Has(kCurrentUserKey, kScratch));
 }
