@@ -1,4 +1,4 @@
-// The items that exchange files are made of, at a stream's position: numbers (support/Bytes.h), fixed texts and counted
+// The items that exchange files are made of, at a stream's position: numbers (base/Bytes.h), fixed texts and counted
 // texts in the code page. A counted text is a 16-bit length and so many bytes.
 //
 // A get gives true where the item stood whole in the file. Where it did not, the value stays as it was and the position

@@ -25,6 +25,9 @@ FLOORS = (
 )
 RANK = {floor: rank for rank, row in enumerate(FLOORS) for floor in row}
 
+# Floors that do without some of those below them.
+DO_WITHOUT = {"host": ("platform",), "forms": ("qdx", "import", "exchange")}
+
 # The command and the desktop stand on top of the embedded host, side by side; nothing below may know them.
 APPLICATION_TOP = ("cli", "desktop")
 
@@ -72,6 +75,8 @@ def component_fault(root, path, name, angled):
         return f'"{name}" is not written from a floor of src/'
     if RANK[target] > RANK[own]:
         return f'"{name}": {own} lies below {target}'
+    if target in DO_WITHOUT.get(own, ()):
+        return f'"{name}": {own} does without {target}'
     if not (root / "src" / name).is_file():
         return f'"{name}" is no file of src/'
     return None

@@ -51,6 +51,14 @@ class IncludesTest(RuleTest):
                 self.expect_only(f"src/{below[0]}/Below.cpp:1", "lies below")
                 (self.root / f"src/{below[0]}/Below.cpp").unlink()
 
+    def test_finds_a_floor_that_takes_what_it_is_to_do_without(self):
+        self.write("src/forms/Form.cpp", '#include "qdx/HeaderRecord.h"')
+        self.expect_only("src/forms/Form.cpp:1", "forms does without qdx")
+        (self.root / "src/forms/Form.cpp").unlink()
+        self.write("src/platform/Clock.h")
+        self.write("src/host/Printer.h", '#include "platform/Clock.h"')
+        self.expect_only("src/host/Printer.h:1", "host does without platform")
+
     def test_finds_the_component_knowing_the_application(self):
         self.write("tallybook/engine/Engine.h")
         self.write("src/import/QDXImport.cpp", '# include  "tallybook/engine/Engine.h"')
