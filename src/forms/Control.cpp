@@ -20,6 +20,10 @@ void Control::SetFont(const Text& name, Single size) {
   (void)size_changed;
 }
 
+void Control::SetPlace(const tallybook::Place& place) {
+  if (Set(place_, place, {Change::Kind::kPlace})) Moved.Raise();
+}
+
 void Control::SetFocus() {
   if (!IsReachable()) {
     throw Failure(FailureNumber::kInvalidArgument, name_ + " cannot take the focus: it is disabled or hidden");
@@ -49,7 +53,17 @@ bool Control::UserKeyDown(Integer key, Integer shift) {
   form_.KeyDown.Raise(key, shift);
   if (key == 0) return false;
   KeyDown.Raise(key, shift);
-  return key != 0;
+  if (key == 0) return false;
+  PressOwnKey(key, shift);
+  return true;
 }
+
+bool Control::UserKeyPress(Integer character_code) {
+  if (!IsReachable()) return false;
+  KeyPress.Raise(character_code);
+  return character_code != 0;
+}
+
+void Control::PressOwnKey(Integer /*key*/, Integer /*shift*/) {}
 
 }  // namespace tallybook

@@ -1,8 +1,10 @@
 // Something that can happen to a control or a form, and who wants to hear of it. Listeners are called in the order in
-// which they connected. One thread; a listener may connect others, and they hear the next one.
+// which they connected. One thread; a listener may connect others, and they hear the next one. A listener that has no
+// use for what an event tells may take nothing.
 #pragma once
 
 #include <functional>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -13,7 +15,14 @@ class Event {
  public:
   using Listener = std::function<void(Arguments...)>;
 
-  void Connect(Listener listener) { listeners_.push_back(std::move(listener)); }
+  template <typename Heard>
+  void Connect(Heard listener) {
+    if constexpr (std::is_invocable_v<Heard&, Arguments...>) {
+      listeners_.emplace_back(std::move(listener));
+    } else {
+      listeners_.emplace_back([listener = std::move(listener)](Arguments... /*told*/) mutable { listener(); });
+    }
+  }
 
   void Raise(Arguments... arguments) const {
     const std::vector<Listener> listeners = listeners_;

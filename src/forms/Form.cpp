@@ -139,6 +139,27 @@ bool Form::UserClose() {
   return true;
 }
 
+bool Form::UserKey(Integer key, Integer shift, Integer character_code) {
+  if (!visible_ || !enabled_) return false;
+  if (key == kTabKey && (shift == 0 || shift == kShiftState)) return UserTab(shift == kShiftState);
+  Control* const control = active_control_;
+  if (control == nullptr || !control->UserKeyDown(key, shift)) return false;
+  return character_code == 0 || control->UserKeyPress(character_code);
+}
+
+bool Form::UserTab(bool backwards) {
+  std::vector<Control*> order = controls_;
+  if (backwards) std::reverse(order.begin(), order.end());
+  // The one with the focus comes last, so that the walk begins behind it.
+  const auto active = std::find(order.begin(), order.end(), active_control_);
+  if (active != order.end()) std::rotate(order.begin(), active + 1, order.end());
+  const auto stops = [](const Control* control) {
+    return control->TakesFocus() && control->TabStop() && control->IsReachable();
+  };
+  const auto next = std::find_if(order.begin(), order.end(), stops);
+  return next != order.end() && (*next)->UserFocus();
+}
+
 void Form::Register(Control& control) {
   controls_.push_back(&control);
 }

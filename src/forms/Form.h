@@ -89,6 +89,12 @@ class Form {
 
   // The user presses the close box: true where the form was unloaded.
   bool UserClose();
+  // The user presses a key while the form is in front: Tab, with Shift or without, moves the focus, and any other key
+  // goes to the control with the focus, with the character that it gives (0 for none) where nobody consumes the key.
+  bool UserKey(Integer key, Integer shift = 0, Integer character_code = 0);
+  // Moves the focus to the next control in tab order that takes it and can be reached, or to the one before; past the
+  // last it goes on with the first. False where there is none.
+  bool UserTab(bool backwards = false);
   // The user brings it to the front.
   void UserActivate() { Activate.Raise(); }
 

@@ -17,7 +17,7 @@ void NumberBox::Configure(Double min, Double max, Double step, Integer decimals,
   step_ = step;
   decimals_ = decimals;
   spinner_ = spinner;
-  Changed.Raise();
+  Changed.Raise({});
 }
 
 bool NumberBox::UserSetValue(Double value) {

@@ -9,18 +9,21 @@ namespace tallybook {
 class Label : public Control {
  public:
   using Control::Control;
+  [[nodiscard]] bool TakesFocus() const override { return false; }
 };
 
 // A box around other controls, with its caption on the edge. Hiding it hides them.
 class Frame : public Control {
  public:
   using Control::Control;
+  [[nodiscard]] bool TakesFocus() const override { return false; }
 };
 
 // A place for an icon of the system's stock, named by its number there; 0 for none.
 class Picture : public Control {
  public:
   using Control::Control;
+  [[nodiscard]] bool TakesFocus() const override { return false; }
   [[nodiscard]] Long StandardIcon() const { return icon_; }
   void SetStandardIcon(Long icon) { Set(icon_, icon); }
   Event<> Paint;  // it is about to be drawn
@@ -77,6 +80,7 @@ class ScrollBar : public Control {
 class MenuItem : public Control {
  public:
   using Control::Control;
+  [[nodiscard]] bool TakesFocus() const override { return false; }
   [[nodiscard]] bool Checked() const { return checked_; }
   void SetChecked(bool checked) { Set(checked_, checked); }
   Event<> Click;

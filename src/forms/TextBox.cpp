@@ -35,7 +35,7 @@ void TextBox::SetText(const tallybook::Text& text) {
 void TextBox::SetSelection(Long start, Long length) {
   sel_start_ = std::max(start, Long{0});
   sel_length_ = std::max(length, Long{0});
-  Changed.Raise();
+  Changed.Raise({});
 }
 
 bool TextBox::UserSetText(const tallybook::Text& text) {

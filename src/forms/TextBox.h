@@ -35,6 +35,8 @@ class TextBox : public Control {
   // The user types one character of the files' code page: KeyDown is not raised, KeyPress is, and what it leaves of the
   // character replaces the selection. Codes below 32 are keys without a character. True where the text changed.
   bool UserType(Integer character_code);
+  // The same, for whoever presses keys in any control.
+  bool UserKeyPress(Integer character_code) override { return UserType(character_code); }
 
  private:
   void ReplaceSelection(const tallybook::Text& text);

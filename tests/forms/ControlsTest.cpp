@@ -2,6 +2,7 @@
 // each of them raises.
 #include <gmock/gmock.h>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "forms/Form.h"
@@ -17,8 +18,11 @@
 namespace tallybook::testing {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
 
 class ControlsTest : public ::testing::Test {
  protected:
@@ -162,6 +166,50 @@ TEST_F(ControlTest, ListenersAreCalledInTheOrderInWhichTheyConnected) {
   button.Click.Connect([&] { called.push_back(2); });
   button.UserClick();
   EXPECT_THAT(called, ElementsAre(1, 2)) << "who connects meanwhile hears the next one";
+}
+
+TEST_F(ControlTest, AListenerMayTakeNothingOfWhatIsTold) {
+  TextBox box(form_, "Text1");
+  int heard = 0;
+  box.KeyDown.Connect([&] { ++heard; });
+  box.KeyDown.Connect([&](Integer& key, Integer /*shift*/) { heard += key; });
+  box.UserKeyDown(10);
+  EXPECT_EQ(heard, 11);
+}
+
+TEST_F(ControlTest, ItsPlaceIsToldToTheRendererAndToTheDialog) {
+  Label label(form_, "Label1");
+  std::vector<Change> changes;
+  label.Changed.Connect([&](const Change& change) { changes.push_back(change); });
+  const auto moved = Count(label.Moved);
+  label.SetPlace({1, 2, 30, 40});
+  label.SetPlace({1, 2, 30, 40});
+  EXPECT_EQ(label.Place(), (Place{1, 2, 30, 40}));
+  EXPECT_THAT(changes, ElementsAre(Change{Change::Kind::kPlace}));
+  EXPECT_EQ(*moved, 1);
+  label.BringToFront();
+  EXPECT_EQ(changes.back(), Change{Change::Kind::kFront});
+}
+
+TEST_F(ControlTest, KeepsTheHandleOfAWindowOfItsOwn) {
+  Label label(form_, "Label1");
+  EXPECT_EQ(label.Hwnd(), 0);
+  label.SetHwnd(4711);
+  EXPECT_EQ(label.Hwnd(), 4711);
+}
+
+TEST_F(ControlTest, ACharacterIsHeardByAnyControlUnlessItIsConsumedOrOutOfReach) {
+  CommandButton button(form_, "Command1");
+  std::vector<Integer> pressed;
+  button.KeyPress.Connect([&](Integer& code) {
+    pressed.push_back(code);
+    if (code == '*') code = 0;
+  });
+  EXPECT_TRUE(button.UserKeyPress('a'));
+  EXPECT_FALSE(button.UserKeyPress('*'));
+  button.SetEnabled(false);
+  EXPECT_FALSE(button.UserKeyPress('a'));
+  EXPECT_THAT(pressed, ElementsAre('a', '*'));
 }
 
 // --- Check box, scroll bar, menu entry, picture ----------------------------------------------------------------------
@@ -368,6 +416,7 @@ class ListTest : public ControlsTest {
   }
 
   ListBox list_{form_, "List1"};
+  Long tag_ = 0;
   std::vector<Integer> chosen_;
 };
 
@@ -442,6 +491,130 @@ TEST_F(ListTest, TagsBelongToTheirEntries) {
   list_.SetItemData(1, -2);
   EXPECT_EQ(list_.ItemData(0), 10);
   EXPECT_EQ(list_.ItemData(1), -2);
+}
+
+TEST_F(ListTest, ASearchFindsTheFirstFromTheStartWithoutRegardToCaseSortedOrNot) {
+  for (const bool sorted : {false, true}) {
+    list_.Clear();
+    list_.SetSorted(sorted);
+    for (const char* text : {"1000", "Bread", "100", "bREAD", "\xC3\xA4pfel", "100"}) list_.AddItem(text, ++tag_);
+    EXPECT_EQ(list_.List(list_.FindPrefix("1")), sorted ? "100" : "1000");
+    EXPECT_EQ(list_.ItemData(list_.FindExact("100")), sorted ? 9 : 3);
+    EXPECT_EQ(list_.List(list_.FindPrefix("BR")), "Bread") << "the first of two equal ones";
+    EXPECT_EQ(list_.List(list_.FindExact("bread")), "Bread");
+    EXPECT_EQ(list_.List(list_.FindPrefix("\xC3\x84P")), "\xC3\xA4pfel");
+    EXPECT_EQ(list_.FindPrefix("2"), kNoEntry);
+    EXPECT_EQ(list_.FindPrefix("10000"), kNoEntry);
+    EXPECT_EQ(list_.FindExact("Brea"), kNoEntry);
+    EXPECT_EQ(list_.FindPrefix("zz"), kNoEntry);
+    EXPECT_EQ(list_.FindPrefix(""), 0);
+  }
+}
+
+TEST_F(ListTest, LeadingEntriesStayInFrontOfASortedList) {
+  list_.SetSorted(true, 1);
+  for (int pass = 0; pass < 2; ++pass) {
+    list_.Clear();
+    list_.AddItem(" (none)", 0);
+    for (const char* text : {"b", "", " ", "a"}) list_.AddItem(text, 1);
+    EXPECT_THAT(Entries(), ElementsAre(" (none)", "", " ", "a", "b"));
+    EXPECT_EQ(list_.FindExact(""), 1);
+    EXPECT_EQ(list_.FindPrefix(" "), 0);
+    EXPECT_EQ(list_.FindPrefix("a"), 3);
+  }
+  list_.RemoveItem(0);
+  list_.AddItem(" (none)");
+  EXPECT_THAT(Entries(), ElementsAre("", " ", " (none)", "a", "b")) << "one that is removed leads no more";
+}
+
+TEST_F(ListTest, ATagIsFoundAtItsFirstEntryWhateverHasHappenedToTheList) {
+  list_.SetSorted(true);
+  list_.AddItem("b", 5);
+  EXPECT_EQ(list_.FindTag(5), 0);
+  list_.AddItem("c", 5);
+  list_.AddItem("a", 6);
+  EXPECT_EQ(list_.FindTag(5), 1);
+  EXPECT_EQ(list_.FindTag(7), kNoEntry);
+  list_.SetItemData(0, 7);
+  EXPECT_EQ(list_.FindTag(7), 0);
+  list_.RemoveItem(1);
+  EXPECT_EQ(list_.FindTag(5), 1);
+  list_.Clear();
+  EXPECT_EQ(list_.FindTag(5), kNoEntry);
+}
+
+TEST_F(ListTest, EntriesThatGoMakeRoomForOthers) {
+  list_.SetSorted(true);
+  Fill();
+  list_.RemoveItem(1);
+  list_.RemoveItem(0);
+  for (const char* text : {"e", "d", "b"}) list_.AddItem(text);
+  EXPECT_THAT(Entries(), ElementsAre("b", "c", "d", "e"));
+  EXPECT_EQ(list_.FindExact("D"), 2);
+}
+
+TEST_F(ListTest, HoldsNoMoreEntriesThanHaveAnIndex) {
+  for (int i = 0; i < 32'767; ++i) list_.AddItem("");
+  EXPECT_THAT([&] { list_.AddItem(""); }, FailsWith(FailureNumber::kOverflow));
+  EXPECT_EQ(list_.ListCount(), 32'767);
+}
+
+TEST_F(ListTest, AChangeTellsTheEntryThatHasComeGoneOrBeenSelected) {
+  std::vector<Change> changes;
+  list_.Changed.Connect([&](const Change& change) { changes.push_back(change); });
+  Fill();
+  list_.SetListIndex(2);
+  list_.RemoveItem(0);
+  using Kind = Change::Kind;
+  EXPECT_THAT(changes, ElementsAre(Change{Kind::kAdded, 0, 0}, Change{Kind::kAdded, 1, 1}, Change{Kind::kAdded, 2, 2},
+                                   Change{Kind::kSelection, kNoEntry, 2}, Change{Kind::kRemoved, 0, 0}));
+}
+
+TEST_F(ListTest, ArrowsAndPageKeysChooseAndStayAtTheEnds) {
+  for (char text = 'a'; text <= 'z'; ++text) list_.AddItem(Text(1, text));
+  list_.SetPageLength(10);
+  for (const Integer key :
+       {kUpKey, kDownKey, kPageDownKey, kPageDownKey, kPageDownKey, kDownKey, kPageUpKey, kUpKey, kHomeKey, kEndKey}) {
+    EXPECT_TRUE(list_.UserKeyDown(key));
+  }
+  EXPECT_THAT(chosen_, ElementsAre(0, 1, 11, 21, 25, 15, 14, 0, 25));
+}
+
+TEST_F(ListTest, AKeyThatIsConsumedOrHeldWithAShiftKeyMovesNothing) {
+  Fill();
+  bool consumes = true;
+  list_.KeyDown.Connect([&](Integer& key, Integer /*shift*/) {
+    if (consumes) key = 0;
+  });
+  EXPECT_FALSE(list_.UserKeyDown(kDownKey));
+  consumes = false;
+  for (Integer shift = 1; shift <= 7; ++shift) list_.UserKeyDown(kDownKey, shift);
+  EXPECT_THAT(chosen_, IsEmpty());
+  list_.UserKeyDown(kDownKey);
+  EXPECT_THAT(chosen_, ElementsAre(0));
+}
+
+TEST_F(ListTest, AltWithAnArrowDropsItDownAndAChoiceEnterOrEscapeCloseIt) {
+  Fill();
+  const auto drop = [&] {
+    list_.UserKeyDown(kDownKey, kAltState);
+    EXPECT_TRUE(list_.DroppedDown());
+  };
+  drop();
+  list_.UserKeyDown(kUpKey, kAltState);
+  EXPECT_FALSE(list_.DroppedDown());
+  for (const Integer key : {kEnterKey, kEscapeKey}) {
+    drop();
+    list_.UserKeyDown(key);
+    EXPECT_FALSE(list_.DroppedDown());
+  }
+  EXPECT_TRUE(list_.UserDropDown(true));
+  list_.UserKeyDown(kDownKey);
+  EXPECT_TRUE(list_.DroppedDown()) << "an arrow moves in it";
+  list_.UserChoose(1);
+  EXPECT_FALSE(list_.DroppedDown());
+  list_.SetEnabled(false);
+  EXPECT_FALSE(list_.UserDropDown(true));
 }
 
 TEST_F(ListTest, ADoubleClickChoosesFirst) {
@@ -659,6 +832,156 @@ TEST_F(GridTest, ACurrentCellThatTheGridLosesMovesIntoItWithoutAWord) {
   EXPECT_EQ(grid_.Column(), 0);
 }
 
+class HeadedGridTest : public GridTest {
+ protected:
+  // Ten rows of 20 below a head of 25, of which the grid shows six as a whole; two columns, the first of them fixed.
+  HeadedGridTest() {
+    grid_.SetSize(11, 3);
+    grid_.SetFixedRows(1);
+    grid_.SetFixedColumns(1);
+    grid_.SetUsualRowHeight(20);
+    grid_.SetRowFactor(0, 1.25);
+    grid_.SetPlace({10, 100, 300, 160});
+    for (Long column = 0; column < 3; ++column) grid_.SetColumnWidth(column, 50 + column);
+    grid_.LeaveCell.Connect([this] { Note("leaves"); });
+    grid_.EnterCell.Connect([this] { Note("enters"); });
+    grid_.Scroll.Connect([this] { told_.push_back("scrolls to " + std::to_string(grid_.TopRow())); });
+  }
+  void Note(const char* what) {
+    told_.push_back(Text(what) + " " + std::to_string(grid_.Row()) + "," + std::to_string(grid_.Column()));
+  }
+  [[nodiscard]] std::vector<Text> Told() { return std::exchange(told_, {}); }
+
+  std::vector<Text> told_;
+};
+
+TEST_F(HeadedGridTest, TheCellIsLeftBeforeItMovesAndEnteredAfterwards) {
+  grid_.SetCurrent(2, 1);
+  EXPECT_THAT(Told(), ElementsAre("leaves 1,1", "enters 2,1"));
+  grid_.SetCurrent(2, 1);
+  EXPECT_THAT(Told(), IsEmpty());
+}
+
+TEST_F(HeadedGridTest, AClickEntersOnceAndOnThePresentCellLeavesNothing) {
+  EXPECT_TRUE(grid_.UserClick(3, 2));
+  EXPECT_THAT(Told(), ElementsAre("leaves 1,1", "enters 3,2"));
+  EXPECT_TRUE(grid_.UserClick(3, 2));
+  EXPECT_THAT(Told(), ElementsAre("enters 3,2"));
+}
+
+TEST_F(HeadedGridTest, TheCurrentCellIsNeverAFixedOne) {
+  EXPECT_EQ(grid_.Row(), 1);
+  EXPECT_EQ(grid_.Column(), 1);
+  EXPECT_THAT([&] { grid_.SetCurrent(0, 1); }, FailsWith(FailureNumber::kRange));
+  EXPECT_THAT([&] { grid_.SetCurrent(1, 0); }, FailsWith(FailureNumber::kRange));
+  EXPECT_TRUE(grid_.UserClick(0, 2));
+  EXPECT_TRUE(grid_.UserClick(4, 0));
+  EXPECT_THAT(Told(), ElementsAre("enters 1,1", "enters 1,1"));
+  grid_.SetSize(1, 3);
+  EXPECT_FALSE(grid_.HasCurrentCell());
+  EXPECT_TRUE(grid_.UserClick(0, 2));
+  EXPECT_THAT(Told(), IsEmpty());
+  grid_.SetSize(2, 3);
+  EXPECT_EQ(grid_.Row(), 1);
+}
+
+TEST_F(HeadedGridTest, ItsHeadIsHigherByAQuarterAndCellsHaveTheirPlaces) {
+  EXPECT_EQ(grid_.RowHeight(0), 25);
+  EXPECT_EQ(grid_.RowHeight(1), 20);
+  EXPECT_EQ(grid_.CellPlace(0, 0), (Place{10, 100, 50, 25}));
+  EXPECT_EQ(grid_.CellPlace(1, 2), (Place{111, 125, 52, 20}));
+  EXPECT_EQ(grid_.CellPlace(3, 1), (Place{60, 165, 51, 20}));
+  grid_.SetTopRow(3);
+  EXPECT_EQ(grid_.CellPlace(3, 1), (Place{60, 125, 51, 20}));
+  EXPECT_EQ(grid_.CellPlace(2, 1), (Place{60, 105, 51, 20})) << "above what is shown";
+  EXPECT_EQ(grid_.CellPlace(0, 1), (Place{60, 100, 51, 25}));
+}
+
+TEST_F(HeadedGridTest, CountsTheRowsOfItsHeightAndKnowsWhichAreInSight) {
+  EXPECT_EQ(grid_.WholeRows(), 8);
+  const auto seen = [&] {
+    std::vector<Long> rows;
+    for (Long row = 0; row < grid_.Rows(); ++row)
+      if (grid_.IsRowVisible(row)) rows.push_back(row);
+    return rows;
+  };
+  EXPECT_THAT(seen(), ElementsAre(0, 1, 2, 3, 4, 5, 6)) << "row 7 is cut";
+  grid_.SetTopRow(9);
+  EXPECT_THAT(seen(), ElementsAre(0, 9, 10));
+  grid_.SetPlace({});
+  EXPECT_EQ(grid_.WholeRows(), 0);
+  EXPECT_THAT(seen(), ElementsAre(0, 9)) << "the first row shown always is";
+}
+
+TEST_F(HeadedGridTest, AMoveBringsTheRowIntoSightBeforeItIsEnteredAndScrollsNoFarther) {
+  std::vector<Long> tops;
+  grid_.EnterCell.Connect([&] { tops.push_back(grid_.TopRow()); });
+  for (const Long row : {6, 7, 8, 4, 2, 10, 1}) grid_.MoveCurrent(row, 1);
+  EXPECT_THAT(tops, ElementsAre(1, 2, 3, 3, 2, 5, 1));
+  EXPECT_THAT(told_, Not(Contains(StartsWith("scrolls"))));
+}
+
+TEST_F(HeadedGridTest, ACellThatIsMerelySetLeavesWhatIsShown) {
+  grid_.SetCurrent(10, 1);
+  EXPECT_EQ(grid_.TopRow(), 1);
+}
+
+TEST_F(HeadedGridTest, AScrollIsToldByProgramAndByTheUserAndMovesNoCell) {
+  grid_.SetTopRow(4);
+  grid_.SetTopRow(4);
+  EXPECT_TRUE(grid_.UserScroll(10));
+  EXPECT_THAT(Told(), ElementsAre("scrolls to 4", "scrolls to 10"));
+  EXPECT_EQ(grid_.Row(), 1);
+  for (const Long row : {0, 11, -1}) {
+    EXPECT_THAT([&] { grid_.SetTopRow(row); }, FailsWith(FailureNumber::kRange)) << row;
+  }
+  grid_.SetEnabled(false);
+  EXPECT_FALSE(grid_.UserScroll(2));
+  grid_.SetSize(3, 3);
+  EXPECT_EQ(grid_.TopRow(), 2);
+}
+
+TEST_F(HeadedGridTest, AChangeTellsTheRowsThatAreToBeDrawn) {
+  std::vector<Change> changes;
+  grid_.Changed.Connect([&](const Change& change) { changes.push_back(change); });
+  grid_.SetCell(4, 2, "new");
+  grid_.SetCell(4, 2, "new");
+  grid_.SetCurrent(5, 1);
+  grid_.SetTopRow(3);
+  grid_.SetColumnWidth(1, 51);
+  using Kind = Change::Kind;
+  EXPECT_THAT(changes,
+              ElementsAre(Change{Kind::kRows, 4, 4}, Change{Kind::kSelection, 1, 5}, Change{Kind::kScroll, 1, 3}));
+}
+
+TEST_F(HeadedGridTest, TellsOnceOfManyChangesWhileItIsNotDrawn) {
+  const auto changes = Count(grid_.Changed);
+  grid_.SetRedraw(false);
+  for (Long row = 1; row < 11; ++row) grid_.SetCell(row, 1, "x");
+  EXPECT_EQ(*changes, 0);
+  grid_.SetRedraw(true);
+  EXPECT_EQ(*changes, 1);
+}
+
+TEST_F(GridTest, AFormatGivesHeadsSidesAndFirstWidths) {
+  grid_.SetCell(1, 1, "kept");
+  grid_.SetCharacterWidth(10);
+  grid_.SetFormat("<Code   |>Number|^Middle |plain");
+  EXPECT_EQ(grid_.Columns(), 4);
+  EXPECT_EQ(grid_.Cell(0, 0), "Code");
+  EXPECT_EQ(grid_.Cell(0, 3), "plain");
+  EXPECT_EQ(grid_.Cell(1, 1), "kept");
+  EXPECT_EQ(grid_.ColumnWidth(0), 70);
+  EXPECT_EQ(grid_.ColumnWidth(1), 60);
+  EXPECT_EQ(grid_.ColumnAlignment(0), Alignment::kLeft);
+  EXPECT_EQ(grid_.ColumnAlignment(1), Alignment::kRight);
+  EXPECT_EQ(grid_.ColumnAlignment(2), Alignment::kCentre);
+  EXPECT_EQ(grid_.ColumnAlignment(3), Alignment::kLeft);
+  grid_.SetColumnShaded(2, true);
+  EXPECT_TRUE(grid_.ColumnShaded(2));
+  EXPECT_FALSE(grid_.ColumnShaded(1));
+}
+
 using TabStripTest = ControlsTest;
 
 TEST_F(TabStripTest, ATabIsToldWhereItChangesByProgramAndEachTimeByTheUser) {
@@ -675,6 +998,16 @@ TEST_F(TabStripTest, ATabIsToldWhereItChangesByProgramAndEachTimeByTheUser) {
   for (const Integer tab : std::vector<Integer>{0, 4}) {
     EXPECT_THAT([&] { tabs.SetSelected(tab); }, FailsWith(FailureNumber::kRange));
   }
+}
+
+TEST_F(TabStripTest, LeftAndRightChooseTheNeighbour) {
+  TabStrip tabs(form_, "TabStrip1");
+  tabs.SetTabs({"&General", "&Accounts", "&Fields"});
+  std::vector<Integer> told;
+  tabs.Click.Connect([&] { told.push_back(tabs.Selected()); });
+  for (const Integer key : {kLeftKey, kRightKey, kRightKey, kRightKey, kLeftKey}) tabs.UserKeyDown(key);
+  tabs.UserKeyDown(kRightKey, kShiftState);
+  EXPECT_THAT(told, ElementsAre(2, 3, 2));
 }
 
 }  // namespace

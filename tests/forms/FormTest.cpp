@@ -5,6 +5,7 @@
 
 #include "base/Failure.h"
 #include "forms/Form.h"
+#include "forms/Grid.h"
 #include "forms/PlainControls.h"
 #include "forms/TextBox.h"
 #include "tests/support/FailsWith.h"
@@ -183,6 +184,55 @@ TEST_F(FormTest, F1RunsItsActionAndNoControlHearsOfIt) {
   EXPECT_TRUE(box.UserKeyDown(kF1Key + 1));
   EXPECT_EQ(helped, 1);
   EXPECT_THAT(heard, ElementsAre(Integer{kF1Key + 1}));
+}
+
+TEST_F(FormTest, TheTabKeyGoesFromStopToStopInTabOrderAndRoundTheEnds) {
+  const Label label(form_, "Label1");
+  const TextBox first(form_, "Text1");
+  TextBox hidden(form_, "Text2");
+  Grid no_stop(form_, "Grid1");
+  const CommandButton last(form_, "Command1");
+  hidden.SetVisible(false);
+  no_stop.SetTabStop(false);
+  EXPECT_FALSE(form_.UserTab()) << "it is not shown";
+  form_.Show();
+  std::vector<const Control*> reached;
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_TRUE(form_.UserKey(kTabKey));
+    reached.push_back(form_.ActiveControl());
+  }
+  EXPECT_TRUE(form_.UserKey(kTabKey, kShiftState));
+  reached.push_back(form_.ActiveControl());
+  EXPECT_THAT(reached, ElementsAre(&first, &last, &first, &last));
+}
+
+TEST_F(FormTest, TheTabKeyGoesOnFromAControlThatCannotBeReachedAnyMore) {
+  TextBox first(form_, "Text1");
+  Frame page(form_, "Page");
+  TextBox second(form_, "Text2");
+  const TextBox third(form_, "Text3");
+  second.SetContainer(&page);
+  form_.Show();
+  second.SetFocus();
+  page.SetVisible(false);
+  EXPECT_TRUE(form_.UserTab());
+  EXPECT_EQ(form_.ActiveControl(), &third);
+}
+
+TEST_F(FormTest, AKeyGoesToTheControlWithTheFocusWithItsCharacter) {
+  TextBox first(form_, "Text1");
+  TextBox second(form_, "Text2");
+  form_.Show();
+  EXPECT_FALSE(form_.UserKey('A', 0, 'a')) << "nobody has the focus";
+  second.SetFocus();
+  EXPECT_TRUE(form_.UserKey('A', 0, 'a'));
+  second.KeyDown.Connect([](Integer& key, Integer) { key = 0; });
+  EXPECT_FALSE(form_.UserKey('B', 0, 'b')) << "a key that is consumed gives no character";
+  EXPECT_EQ(second.Text(), "a");
+  EXPECT_EQ(first.Text(), "");
+  form_.SetEnabled(false);
+  EXPECT_FALSE(form_.UserKey(kTabKey));
+  EXPECT_TRUE(second.HasFocus());
 }
 
 TEST_F(FormTest, ADisabledFormHasADisabledWindow) {

@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 
 #include "base/ModParse.h"
+#include "forms/Form.h"
 #include "forms/KeyStrings.h"
+#include "forms/TextBox.h"
 #include "platform/Platform.h"
 #include "tests/support/FailsWith.h"
 #include "tests/support/ScriptedPlatform.h"
@@ -269,6 +271,25 @@ TEST_F(KeyStringsTest, PendingInputIsHandledFirst) {
     SendKeyString(keys);
     EXPECT_EQ(platform.input.Runs(), 1) << keys;
   }
+}
+
+TEST_F(KeyStringsTest, WhatIsSentReachesTheControlWithTheFocusWhenTheInputRuns) {
+  ScriptedPlatform platform;
+  Form form("frmTest");
+  TextBox first(form, "Text1");
+  TextBox second(form, "Text2");
+  form.Show();
+  first.SetFocus();
+  SendKeyString("{tab}");
+  EXPECT_TRUE(first.HasFocus()) << "not at once";
+  platform.input.RunOnce();
+  EXPECT_TRUE(second.HasFocus());
+  SendKeyString("+(ab)c{BS}");
+  platform.input.RunOnce();
+  EXPECT_EQ(second.Text(), "AB");
+  SendKeyString("+{tab}");
+  platform.input.RunOnce();
+  EXPECT_TRUE(first.HasFocus());
 }
 
 TEST_F(KeyStringsTest, WithoutAKeyboardNothingIsSentAndNothingFails) {

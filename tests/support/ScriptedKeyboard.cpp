@@ -1,13 +1,34 @@
 #include "tests/support/ScriptedKeyboard.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <utility>
+
+#include "forms/Control.h"
+#include "forms/Form.h"
+#include "platform/Platform.h"
+#include "platform/Screen.h"
 
 namespace tallybook::testing {
 
 namespace {
+
+// The form whose window is in front; null where that is none of ours.
+Form* FormInFront() {
+  const Long window = ThePlatform().screen->ActiveWindow();
+  const auto& forms = OpenForms();
+  const auto found = std::ranges::find(forms, window, &Form::Hwnd);
+  return window == 0 || found == forms.end() ? nullptr : *found;
+}
+
+Integer ShiftBit(Integer key) {
+  if (key == kShiftKey) return kShiftState;
+  if (key == kControlKey) return kControlState;
+  return key == kAltKey ? kAltState : Integer{0};
+}
 
 constexpr Integer kNoKey = -1;
 constexpr Integer kWithShift = 0x100;
@@ -60,6 +81,40 @@ Integer ScriptedKeyboard::LayoutKey(std::uint8_t character) {
 
 void ScriptedKeyboard::Deliver(std::span<const KeyRecord> records) {
   batches_.emplace_back(records.begin(), records.end());
+  for (const KeyRecord& record : records) waiting_.push_back(FromKeyRecord(record));
+}
+
+void ScriptedKeyboard::Press(Integer key, Long flags) {
+  presses_.push_back({key, flags});
+  waiting_.push_back({static_cast<std::uint16_t>(key), 0, flags});
+}
+
+void ScriptedKeyboard::TypeWaiting() {
+  for (const KeyEvent& event : std::exchange(waiting_, {})) Type(event);
+}
+
+void ScriptedKeyboard::Type(const KeyEvent& event) {
+  const auto key = static_cast<Integer>(event.key);
+  const bool released = (event.flags & kReleasedKey) != 0;
+  const Integer bit = ShiftBit(key);
+  shift_state_ = static_cast<Integer>(released ? shift_state_ & ~bit : shift_state_ | bit);
+  Form* const form = FormInFront();
+  if (released || bit != 0 || form == nullptr) return;
+  if ((event.flags & kCharacterKey) == 0) {
+    form->UserKey(key, shift_state_, CharacterOf(key));
+  } else if (form->ActiveControl() != nullptr && event.scan <= 0xFF) {
+    form->ActiveControl()->UserKeyPress(static_cast<Integer>(event.scan));
+  }
+}
+
+Integer ScriptedKeyboard::CharacterOf(Integer key) {
+  constexpr Integer kBackspace = 8;
+  if (key == kBackspace || key == kEnterKey || key == kEscapeKey) return key;
+  if ((shift_state_ & ~kShiftState) != 0) return 0;
+  const int wanted = shift_state_ == 0 ? key : key | kWithShift;
+  for (std::uint8_t character = 1; character < 0x80; ++character)
+    if (LayoutKey(character) == wanted) return character;
+  return 0;
 }
 
 }  // namespace tallybook::testing

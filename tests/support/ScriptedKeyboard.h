@@ -1,5 +1,5 @@
-// A keyboard in memory. Its layout is the American one for ASCII; what programs hand to the system is kept, and goes on
-// to whoever takes keys.
+// A keyboard in memory. Its layout is the American one for ASCII; what programs hand to the system is kept, and waits
+// until the input runs. Then the form in front gets it key by key, as from a user.
 #pragma once
 
 #include <functional>
@@ -30,13 +30,23 @@ class ScriptedKeyboard : public Keyboard {
   // characters.
   [[nodiscard]] Text Events() const;
 
+  // For the input. Whether keys wait; hand them on, all that wait now. Without a form in front they are lost.
+  [[nodiscard]] bool HasWaiting() const { return !waiting_.empty(); }
+  void TypeWaiting();
+
   [[nodiscard]] Integer LayoutKey(std::uint8_t character) override;
   void Deliver(std::span<const KeyRecord> records) override;
-  void Press(Integer key, Long flags) override { presses_.push_back({key, flags}); }
+  void Press(Integer key, Long flags) override;
   [[nodiscard]] bool IsDown(Integer key) override { return held_.contains(key); }
 
  private:
+  void Type(const KeyEvent& event);
+  // The character that a key gives; 0 for none.
+  [[nodiscard]] Integer CharacterOf(Integer key);
+
   std::set<Integer> held_;
+  std::vector<KeyEvent> waiting_;
+  Integer shift_state_ = 0;  // by the keys that were handed on
   std::vector<std::vector<KeyRecord>> batches_;
   std::vector<Pressed> presses_;
 };

@@ -114,6 +114,7 @@ bool ScriptedInput::HasPending(Long mask) {
   ++looks_;
   last_mask_ = mask;
   if (user_ != nullptr && user_->IsReady()) return true;
+  if (keyboard_ != nullptr && keyboard_->HasWaiting()) return true;
   if (pending_ == 0 || (mask & pending_mask_) == 0) return false;
   --pending_;
   return true;
@@ -123,6 +124,7 @@ void ScriptedInput::RunOnce() {
   ++runs_;
   if (on_run_) on_run_();
   TickTimers();
+  if (keyboard_ != nullptr) keyboard_->TypeWaiting();
   if (user_ != nullptr) user_->DoNext();
 }
 
@@ -149,6 +151,7 @@ ScriptedPlatform::ScriptedPlatform(FilesIn where)
     : files(where == FilesIn::kMemory ? static_cast<FileSystem&>(memory) : machine), before_(InstalledOrNone()) {
   clock.SetUser(&user);
   input.SetUser(&user);
+  input.SetKeyboard(&keyboard);
   input.SetClock(&clock);
   InstallPlatform({.clock = &clock,
                    .files = &files,

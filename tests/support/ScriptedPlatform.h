@@ -110,6 +110,8 @@ class ScriptedInput : public InputQueue {
   // The user who does a step at each run, where one can be done; null for none. Such a step counts as pending work of
   // any kind.
   void SetUser(ScriptedUser* user) { user_ = user; }
+  // The keyboard whose waiting keys a run types, and which count as pending work of any kind; null for none.
+  void SetKeyboard(ScriptedKeyboard* keyboard) { keyboard_ = keyboard; }
   // What a run does besides counting: a test's way into the middle of an operation.
   void OnRun(std::function<void()> act) { on_run_ = std::move(act); }
   [[nodiscard]] int Looks() const { return looks_; }
@@ -127,6 +129,7 @@ class ScriptedInput : public InputQueue {
   Long last_mask_ = 0;
   std::function<void()> on_run_;
   ScriptedUser* user_ = nullptr;
+  ScriptedKeyboard* keyboard_ = nullptr;
   const ScriptedClock* clock_ = nullptr;
   std::map<const Timer*, Date> ticked_;  // when a timer that runs ticked last, or was first seen
 
