@@ -60,9 +60,12 @@ class ScrollBar : public Control {
   [[nodiscard]] Long Value() const { return value_; }
   [[nodiscard]] Long Min() const { return min_; }
   [[nodiscard]] Long Max() const { return max_; }
+  // The steps of the arrows at the bar's ends, and of a click beside its thumb.
+  [[nodiscard]] Long SmallChange() const { return small_change_; }
   [[nodiscard]] Long LargeChange() const { return large_change_; }
   void SetMin(Long min) { Set(min_, min); }
   void SetMax(Long max) { Set(max_, max); }
+  void SetSmallChange(Long step) { Set(small_change_, step); }
   void SetLargeChange(Long step) { Set(large_change_, step); }
   // Held to the limits. Raises Change where it changes, also by program.
   void SetValue(Long value);
@@ -73,6 +76,7 @@ class ScrollBar : public Control {
   Long value_ = 0;
   Long min_ = 0;
   Long max_ = 32'767;
+  Long small_change_ = 1;
   Long large_change_ = 1;
 };
 
