@@ -350,6 +350,7 @@ class CSVImportRun {
       if (dirty_) masterfile_.WriteRecord();
       if (request_.write_rollback) masterfile_.EndRollback();
     });
+    tally_.stored = true;
     tally_.accounts = touched_accounts_.Marked();
     tally_.fields = touched_fields_.Marked();
   }

@@ -23,6 +23,7 @@
 #include "platform/StopProgram.h"
 #include "support/FileNumber.h"
 #include "support/HostMessages.h"
+#include "support/LastFailures.h"
 #include "support/WinAPI.h"
 
 namespace tallybook {
@@ -390,11 +391,12 @@ class DelimitedImportRun {
       masterfile_.WriteRecord();
       if (request_.write_rollback) masterfile_.EndRollback();
     });
+    tally_.stored = true;
+    tally_.accounts = touched_accounts_.Marked();
+    tally_.fields = touched_fields_.Marked();
     at(kTellEnd, [&] {
       ShowMessage(std::to_string(record_number_) + " records read from Delimited file: " + request_.file_name,
                   kInformationIcon | kOkOnly, app_.Title());
-      tally_.accounts = touched_accounts_.Marked();
-      tally_.fields = touched_fields_.Marked();
     });
   }
 
@@ -433,7 +435,9 @@ class DelimitedImportRun {
     lines_.reset();
     encoding_.reset();
     file_.Close();
-    if (error_count_ == 0) RenameFile(request_.file_name, request_.file_name + ".bak");
+    if (error_count_ == 0 && !RenameFile(request_.file_name, request_.file_name + ".bak")) {
+      if (const auto& failure = LastChangeFailure()) tally_.stays = ReasonOf(*failure);
+    }
     PassOver([&] { masterfile_.EndProgress(); });
   }
 

@@ -25,6 +25,7 @@
 #include "platform/StopProgram.h"
 #include "qdx/Body.h"
 #include "support/HostMessages.h"
+#include "support/LastFailures.h"
 #include "support/Utility.h"
 #include "support/WinAPI.h"
 
@@ -159,6 +160,7 @@ class ImportRun {
       AnnounceFiles(count);
       // A copy: what runs within an import may look for files itself.
       const std::vector<Text> files = means_.file_list;
+      record_.not_begun = files;
       for (const Text& file : files) ImportFile(file);
     });
     if (done) record_.stop.reset();  // of a failure behind which a Retry got on
@@ -234,6 +236,7 @@ class ImportRun {
   }
 
   void ImportFile(const Text& file) {
+    record_.not_begun.erase(record_.not_begun.begin());
     record_.files.push_back({.file = file});
     in_body_ = false;
     StopReason why;
@@ -251,6 +254,7 @@ class ImportRun {
     if (!go_on) Leave("cancelled: its tables have changed since the last import");
     Validate();
     ApplyFile(file);
+    record_.files.back().stored = true;
     at_(kCloseFile, [&] { CloseFileEx(means_.file_number); });
     at_(kDispose, [&] { Dispose(file); });
     PrintLine(kAnnounceEnd, "Completed Import of: " + file + " at " + DateTimeText(Now()));
@@ -352,6 +356,7 @@ class ImportRun {
       at_(kBeginRollback, [&] { masterfile_.BeginRollback(header_.StartDate(), header_.LastDate()); });
     }
     at_(kEndMatching, [&] { masterfile_.EndProgress(); });
+    told.begun = true;
     if (means_.math >= static_cast<Integer>(eMath::mReplace)) ZeroRange();
     if (means_.math == kZeroOnly) {
       EndRollback(kEndZeroOnly);
@@ -516,13 +521,19 @@ class ImportRun {
 
   // --- The end of a file ---------------------------------------------------------------------------------------------
 
-  // A file that cannot be deleted stays, and nothing is said: meant. One that cannot be renamed would be imported again
-  // by the next run, so the report says it.
+  // A file that cannot be deleted stays, and the report does not say it: meant. One that cannot be renamed would be
+  // imported again by the next run, so the report says it.
   void Dispose(const Text& file) {
-    if (definition_.Disp == kDispDelete) KillFile(file);
+    if (definition_.Disp == kDispDelete && !KillFile(file)) NoteThatItStays();
     if (definition_.Disp != kDispRename) return;
     const Text new_name = XDQName(file);
-    if (!RenameFile(file, new_name)) report_.PrintLine("The file could not be renamed to: " + new_name);
+    if (RenameFile(file, new_name)) return;
+    NoteThatItStays();
+    report_.PrintLine("The file could not be renamed to: " + new_name);
+  }
+
+  void NoteThatItStays() {
+    if (const auto& failure = LastChangeFailure()) record_.files.back().stays = ReasonOf(*failure);
   }
 
   // The last three characters are overwritten, whatever they are.

@@ -22,6 +22,10 @@ enum class BodyEnd {
 struct QDXFileImport {
   Text file = {};
   bool done = false;
+  bool begun = false;  // figures have been zeroed or applied, or were about to be
+  bool stored =
+      false;  // all of them are with the database, and its journal entry is closed: what fails then is no loss
+  std::optional<StopReason> stays = {};  // why the file was not deleted or renamed, where the definition has it so
   // Of the database: what figures of the file were applied to.
   std::set<Long> accounts = {};
   std::set<Long> fields = {};
@@ -40,7 +44,8 @@ struct QDXDefinitionImport {
   Text title = {};
   Text pattern = {};                      // of the definition's files
   std::vector<QDXFileImport> files = {};  // those that were begun; empty where none matched
-  std::optional<StopReason> stop = {};    // of the last of them; those behind it were not looked at
+  std::optional<StopReason> stop = {};    // of the last of them
+  std::vector<Text> not_begun = {};       // those behind it, which were not looked at
 };
 
 // A run of one definition or of several.

@@ -130,6 +130,9 @@ struct TextImportTally {
   std::set<Long> fields;    // numbers
   std::set<Date> dates;
   std::optional<StopReason> stop;
+  bool stored =
+      false;  // all figures are with the database, and its journal entry is closed: what fails then is no loss
+  std::optional<StopReason> stays;  // why the file has not got its new name, where the import gives it one
 };
 
 // The reason of an audit's end that has found errors, and that of one which the user stopped at an error: the first line

@@ -19,6 +19,7 @@
 #include "platform/InputQueue.h"
 #include "platform/MessageBoxes.h"
 #include "platform/Platform.h"
+#include "support/LastFailures.h"
 #include "support/StreamItems.h"
 #include "support/WinAPI.h"
 
@@ -40,7 +41,8 @@ struct OpenEntry {
 struct OpenFilesTable {
   std::vector<OpenEntry> entries;  // file number N stands at N - 1
   bool no_file_sharing = false;
-  std::optional<Failure> last_failure;  // of an open that gave false
+  std::optional<Failure> last_failure;         // of an open that gave false
+  std::optional<Failure> last_change_failure;  // of a deletion or renaming that gave false
 
   void Create() {
     if (entries.empty()) entries.resize(kTableStep);
@@ -266,8 +268,9 @@ bool KillFile(const Text& name) {
   try {
     ThePlatform().files->Delete(name);
     return true;
-  } catch (const Failure&) {
-    return false;  // the result says it all; this operation reports nothing
+  } catch (const Failure& failure) {
+    OpenFiles().last_change_failure = failure;
+    return false;
   }
 }
 
@@ -279,9 +282,14 @@ bool RenameFile(const Text& old_name, const Text& new_name) {
   try {
     ThePlatform().files->Rename(old_name, new_name);
     return true;
-  } catch (const Failure&) {
-    return false;  // the result says it all; this operation reports nothing
+  } catch (const Failure& failure) {
+    OpenFiles().last_change_failure = failure;
+    return false;
   }
+}
+
+const std::optional<Failure>& LastChangeFailure() {
+  return OpenFiles().last_change_failure;
 }
 
 bool MapRemoteDrive(Text& name) {

@@ -70,15 +70,68 @@ void AddEndOfBody(const QDXFileImport& file, std::vector<ImportNote>& notes) {
 
 void AddFiles(const QDXDefinitionImport& definition, Sum& sum, std::vector<ImportNote>& notes) {
   for (const QDXFileImport& file : definition.files) {
-    if (!file.done) continue;
+    if (!file.stored) continue;
     sum.Add(file);
     notes.push_back({.text = ImportedText(file)});
     AddEndOfBody(file, notes);
+    if (!file.stays) continue;
+    notes.push_back({.text = StaysText(file.file, *file.stays), .warning = true});
   }
+}
+
+bool HasStored(const QDXDefinitionImport& definition) {
+  return std::ranges::any_of(definition.files, &QDXFileImport::stored);
+}
+
+// Names under what became of them, "; not imported: b.QDX, c.QDX".
+class Outcomes {
+ public:
+  void Add(const Text& outcome, const Text& name) {
+    const auto found = std::ranges::find(lists_, outcome, &List::outcome);
+    List& list = found == lists_.end() ? lists_.emplace_back(List{.outcome = outcome}) : *found;
+    list.names += (list.names.empty() ? "" : ", ") + name;
+    ++count_;
+  }
+  [[nodiscard]] bool AreSeveral() const { return lists_.size() > 1; }
+  [[nodiscard]] Text Told() const {
+    Text text = "of " + Counted(count_, "file");
+    for (const List& list : lists_) text += (&list == &lists_.front() ? ", " : "; ") + list.outcome + ": " + list.names;
+    return text;
+  }
+
+ private:
+  struct List {
+    Text outcome = {};
+    Text names = {};
+  };
+  std::vector<List> lists_;
+  long long count_ = 0;
+};
+
+Text OutcomeOf(const QDXFileImport& file) {
+  if (file.stored) return "imported";
+  return file.begun ? "ended half way" : "not imported";
+}
+
+// Where a run has imported some files and others not: what became of each.
+void AddOutcomes(const QDXImportRecord& record, std::vector<ImportNote>& notes) {
+  Outcomes outcomes;
+  for (const QDXDefinitionImport& definition : record.definitions) {
+    const Text title = record.definitions.size() > 1 ? " (" + OnOneLine(definition.title) + ")" : "";
+    for (const QDXFileImport& file : definition.files) outcomes.Add(OutcomeOf(file), OnOneLine(file.file) + title);
+    for (const Text& file : definition.not_begun) outcomes.Add("not looked at", OnOneLine(file) + title);
+  }
+  const bool some_are_stored = std::ranges::any_of(record.definitions, HasStored);
+  if (some_are_stored && outcomes.AreSeveral()) notes.push_back({.text = outcomes.Told(), .warning = true});
 }
 
 bool HasNoFile(const QDXDefinitionImport& definition) {
   return definition.files.empty() && !definition.stop;
+}
+
+bool IsWholeStored(const QDXDefinitionImport& definition) {
+  return HasNoFile(definition) || (!definition.files.empty() && definition.not_begun.empty() &&
+                                   std::ranges::all_of(definition.files, &QDXFileImport::stored));
 }
 
 }  // namespace
@@ -94,8 +147,18 @@ std::vector<ImportNote> NotesOf(const QDXImportRecord& record) {
                      .warning = true,
                      .no_file = true});
   }
+  AddOutcomes(record, notes);
   if (sum.files > 1) notes.push_back({.text = "Imported " + Counted(sum.files, "file") + ": " + sum.Told() + "."});
   return notes;
+}
+
+Text StaysText(const Text& file, const StopReason& why) {
+  return OnOneLine(file) + " keeps its name, and can be imported once more: " + OnOneLine(why.words);
+}
+
+bool IsStored(const QDXImportRecord& record, std::size_t definitions) {
+  return record.definitions.size() == definitions && std::ranges::all_of(record.definitions, IsWholeStored) &&
+         std::ranges::any_of(record.definitions, HasStored);
 }
 
 bool LacksFiles(const QDXImportRecord& record) {

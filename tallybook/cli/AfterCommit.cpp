@@ -6,23 +6,40 @@
 
 namespace tallybook::cli {
 
-namespace {
-
-void Warn(const Text& what) {
-  std::cerr << "tallybook: it is done, but " << what << '\n' << std::flush;
+void CommitOrAbandon(engine::Book& book) {
+  try {
+    book.EndProgress();
+  } catch (...) {
+    book.Abandon();
+    throw;
+  }
 }
 
-}  // namespace
+std::optional<StopReason> CommitWhatStays(engine::Book& book) {
+  const Text path = book.Path();
+  try {
+    CommitOrAbandon(book);
+    return std::nullopt;
+  } catch (...) {
+    StopReason reason = ReasonOf(CurrentFailure());
+    reason.words += "; what was not committed before is not kept, `tallybook journal list " + path + "` shows what was";
+    return reason;
+  }
+}
+
+void WarnAfterCommit(const Text& what) {
+  std::cerr << "tallybook: it is done, but " << what << '\n' << std::flush;
+}
 
 void DoAfterCommit(const std::function<void()>& act) {
   try {
     act();
   } catch (...) {
-    Warn(CurrentFailure().Description());
+    WarnAfterCommit(CurrentFailure().Description());
   }
   if (std::cout.flush()) return;
   std::cout.clear();
-  Warn("standard output cannot be written");
+  WarnAfterCommit("standard output cannot be written");
 }
 
 }  // namespace tallybook::cli

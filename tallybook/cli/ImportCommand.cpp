@@ -6,7 +6,9 @@
 #include "exchange/CDataExchange.h"
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/application/ImportSummary.h"
+#include "tallybook/application/StopText.h"
 #include "tallybook/application/WholeFiles.h"
+#include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DefinitionList.h"
 #include "tallybook/cli/JournalMark.h"
@@ -73,23 +75,29 @@ class ReportFile {
   ReportFile(const ReportFile&) = delete;
   ReportFile& operator=(const ReportFile&) = delete;
 
-  // The status of a command that has imported with `status`: it fails where its report could not be written.
-  [[nodiscard]] ExitStatus Finish(ExitStatus status) {
-    if (!output_) return status;
-    const bool kept = output_->Keep();
+  // Once the import is over. A report that cannot be written takes back no figure. One that a failed import has not
+  // begun is no news.
+  void Finish(bool done) {
+    if (!output_) return;
+    try {
+      if (!output_->Keep() && done) TellUnwritten("");
+    } catch (...) {
+      TellUnwritten(": " + CurrentFailure().Description());
+    }
     output_.reset();
-    if (kept || status != ExitStatus::kDone) return status;
-    std::cerr << fmt::format("tallybook: the import is done, but its report {} was not written\n", path_);
-    return ExitStatus::kFailed;
   }
 
  private:
+  void TellUnwritten(const Text& why) const {
+    std::cerr << fmt::format("tallybook: the report {} was not written{}\n", application::OnOneLine(path_), why);
+  }
+
   Text path_;
   std::optional<application::WholeOutput> output_;
 };
 
-// What the engine's record tells: what was applied and left out, and what stopped the run. A definition without a file
-// is what --expect-files calls a failure. True where there is none.
+// What the engine's record tells: what was applied and left out. A definition without a file is what --expect-files
+// calls a failure. True where there is none.
 bool TellRecord(Session& session, const QDXImportRecord& record, bool expect_files) {
   for (const application::ImportNote& note : application::NotesOf(record)) {
     if (note.no_file && expect_files) {
@@ -98,8 +106,29 @@ bool TellRecord(Session& session, const QDXImportRecord& record, bool expect_fil
       session.Note(note.text, note.warning);
     }
   }
-  for (const StopReason& stop : application::StopsOf(record)) session.TellStop(stop);
   return !expect_files || !application::LacksFiles(record);
+}
+
+// What stopped a run of which every figure is stored came behind its last one.
+bool TellDone(Session& session, const QDXImportRecord& record, engine::Book& book, bool expect_files) {
+  CommitOrAbandon(book);
+  bool complete = true;
+  DoAfterCommit([&] { complete = TellRecord(session, record, expect_files); });
+  for (const StopReason& stop : application::StopsOf(record)) WarnAfterCommit(application::StopText(stop));
+  return complete;
+}
+
+bool TellNotDone(Session& session, const QDXImportRecord& record, engine::Book& book, const JournalMark& mark) {
+  const auto lost = CommitWhatStays(book);
+  const bool expect_files = false;  // there is another reason for the status
+  (void)TellRecord(session, record, expect_files);
+  for (const StopReason& stop : application::StopsOf(record)) session.TellStop(stop);
+  if (lost) {
+    session.TellStop(*lost);
+  } else {
+    mark.TellWhatStays();
+  }
+  return false;
 }
 
 ExitStatus RunImportQdx(const ImportQdxOptions& options) {
@@ -108,7 +137,8 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   const auto book = session.OpenToChange(options.book, options.wait);
   const CancelKey key;
   CDataExchange exchange(session.Factory());
-  LookAtExchangeFiles(session, OpenDefinitions(session.Files(), exchange, *book), options);
+  const auto definitions = OpenDefinitions(session.Files(), exchange, *book);
+  LookAtExchangeFiles(session, definitions, options);
   session.AllInputsKnown();
   ReportFile report(session.Files(), options.report);
   const Text type = ImportType(exchange, *book, options);
@@ -116,11 +146,14 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   exchange.SetMath(options.math);
   const Long no_window = 0;
   const JournalMark mark(*book);
-  const bool done = exchange.ImportQDXFileEX(no_window, *book, type);
-  const bool complete = TellRecord(session, exchange.LastQDXImport(), options.expect_files);
-  if (!done) mark.TellWhatStays();
-  book->Close();
-  return report.Finish(session.StatusOf(done && complete));
+  const bool imported = exchange.ImportQDXFileEX(no_window, *book, type);
+  const QDXImportRecord& record = exchange.LastQDXImport();
+  const bool done = imported || application::IsStored(record, options.all ? definitions.size() : 1);
+  const bool complete =
+      done ? TellDone(session, record, *book, options.expect_files) : TellNotDone(session, record, *book, mark);
+  DoAfterCommit([&] { book->Close(); });
+  report.Finish(done);
+  return session.StatusOf(complete);
 }
 
 CommandTable ImportQdxCommand() {

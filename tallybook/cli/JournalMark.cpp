@@ -1,7 +1,9 @@
 #include "tallybook/cli/JournalMark.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 #include <iostream>
+#include <span>
 
 #include "tallybook/engine/Journal.h"
 
@@ -11,9 +13,15 @@ JournalMark::JournalMark(engine::Book& book) : book_(book), entries_before_(engi
 
 void JournalMark::TellWhatStays() const {
   const auto entries = engine::Journal(book_).Entries();
-  if (entries.size() <= entries_before_ || entries.back().state != engine::JournalState::kOpen) return;
-  std::cerr << fmt::format("tallybook: the import ended half way; `tallybook journal undo {}` takes it back\n",
-                           book_.Path());
+  const auto since = std::span(entries).subspan(std::min(entries_before_, entries.size()));
+  const auto is_open = [](const engine::JournalEntry& entry) { return entry.state == engine::JournalState::kOpen; };
+  const auto is_final = [](const engine::JournalEntry& entry) { return !entry.keeps_images; };
+  if (std::ranges::any_of(since, is_final)) {
+    std::cerr << "tallybook: the import ended half way, and what it wrote stays\n";
+  } else if (std::ranges::any_of(since, is_open)) {
+    std::cerr << fmt::format("tallybook: the import ended half way; `tallybook journal undo {}` takes {} back\n",
+                             book_.Path(), since.size() > 1 ? "all of it" : "it");
+  }
 }
 
 }  // namespace tallybook::cli

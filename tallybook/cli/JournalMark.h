@@ -13,7 +13,8 @@ class JournalMark {
   explicit JournalMark(engine::Book& book);
 
   // A failure while figures are written leaves the journal's entry open, and what was written stands: tells so on standard
-  // error, with the command that takes it back.
+  // error, with the command that takes it back, and with it all other files of the import. Where WriteRollback is 0
+  // there is no way back, and that is told.
   void TellWhatStays() const;
 
  private:

@@ -10,10 +10,12 @@
 #include "import/DelimitedImport.h"
 #include "platform/Platform.h"
 #include "support/Utility.h"
+#include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/LineEnds.h"
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/application/StopText.h"
 #include "tallybook/application/WholeFiles.h"
+#include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FileQuestion.h"
@@ -93,6 +95,13 @@ StopReason ReasonFor(const StopReason& stop, const ConsoleMessageBoxes& boxes, c
   return reason;
 }
 
+// The import is done as soon as its figures are stored, whatever it answered: what failed came behind them.
+void TellDone(engine::Book& book, const Text& file, const TextImportTally& tally) {
+  DoAfterCommit([&] { TellApplied(book, file, tally); });
+  if (tally.stop) WarnAfterCommit(application::StopText(*tally.stop));
+  if (tally.stays) WarnAfterCommit(application::StaysText(file, *tally.stays));
+}
+
 // The delimited import renames its file on nearly every way out, also where nothing was imported.
 void TellNewName(Session& session, const Text& file, bool there_before) {
   const Text renamed = file + ".bak";
@@ -141,16 +150,23 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   CDataExchange exchange(session.Factory());
   exchange.SetOwner(book.get());
   book->SetOperationName(kind + " " + *file);
-  const bool done = import(*book, exchange, *file);
+  const bool imported = import(*book, exchange, *file);
   const TextImportTally& tally = exchange.LastTextImport();
+  const bool done = imported || tally.stored;
   if (done) {
-    TellApplied(*book, *file, tally);
+    CommitOrAbandon(*book);
+    TellDone(*book, *file, tally);
   } else {
+    const auto lost = CommitWhatStays(*book);
     session.TellStop(ReasonFor(tally.stop.value_or(StopReason{}), session.Boxes(), *file));
     TellNewName(session, *file, there_before);
-    mark.TellWhatStays();
+    if (lost) {
+      session.TellStop(*lost);
+    } else {
+      mark.TellWhatStays();
+    }
   }
-  book->Close();
+  DoAfterCommit([&] { book->Close(); });
   return session.StatusOf(done);
 }
 

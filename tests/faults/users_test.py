@@ -280,6 +280,29 @@ class Cases:
         if (found.st_uid, found.st_gid) != (USER, USER):
             raise Broken(f"the file belongs to {found.st_uid} now")
 
+    def an_imported_file_that_may_not_be_renamed_or_deleted_is_told(self):
+        tenant = self.tenant()
+        closed = tenant.folder / "closed"
+        closed.mkdir()
+        for name in ("a.QDX", "lines.txt"):
+            (closed / name).write_bytes((tenant.folder / name).read_bytes())
+        if self.user:
+            give(tenant.folder, self.user)
+        tenant.chmod("closed", 0o555)
+        for after in ("rename", "delete"):
+            tenant.done("definition", "edit", "office", "1", "--file", "closed/a.QDX", "--after", after, "--yes")
+            self._is_done_with_a_warning(tenant, "closed/a.QDX", "import", "qdx", "office", "--definition", "1")
+        self._is_done_with_a_warning(tenant, "closed/lines.txt", "import", "delimited", "office", "closed/lines.txt",
+                                     "--math", "add", "--date-order", "DMY", "--yes")
+
+    @staticmethod
+    def _is_done_with_a_warning(tenant, file, *arguments):
+        done = tenant.done(*arguments)
+        if f"{file} keeps its name, and can be imported once more: " not in done.err:
+            raise Broken(f"was to tell that {file} keeps its name: {done}")
+        if not (tenant.folder / file).exists():
+            raise Broken(f"{file} is gone from a folder that may not be written")
+
     def reports_and_messages_that_cannot_be_written_stop_the_import_before_it_begins(self):
         tenant = self.tenant()
         (tenant.folder / "closed").mkdir(mode=0o555)

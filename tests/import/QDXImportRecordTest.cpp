@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <tuple>
 
 #include "import/QDXImport.h"
 #include "platform/StopProgram.h"
@@ -85,6 +86,66 @@ TEST_F(QDXImportRecordTest, ADateOutsideTheHeadersRangeIsCountedToo) {
   file.blocks[0].days.push_back({February(20), {{1, 1}}});
   ASSERT_TRUE(Import(file));
   EXPECT_THAT(File().dates, ElementsAre(February(3), February(20)));
+}
+
+TEST_F(QDXImportRecordTest, AFileIsStoredThoughWhatComesBehindItsLastFigureFails) {
+  // Printed before its figures are read, and behind them.
+  setup_.host->record.FailOn("Printer.PrintLine", 2, Failure(FailureNumber::kDiskFull, "the report is full"));
+  setup_.platform.boxes.Answer({kCancel});
+  EXPECT_FALSE(Import(ManyFigures()));
+  EXPECT_TRUE(setup_.host->record.AllFaultsStruck());
+  EXPECT_TRUE(File().stored);
+  EXPECT_FALSE(File().done);
+  EXPECT_EQ(File().applied, 6);
+  EXPECT_EQ(Stop().words, "the report is full");
+}
+
+TEST_F(QDXImportRecordTest, AFileIsNotStoredWhereItsJournalEntryIsNotClosed) {
+  setup_.host->record.FailOn("EndRollback", 1, Failure(FailureNumber::kDiskFull, "no room"));
+  setup_.platform.boxes.Answer({kCancel});
+  EXPECT_FALSE(Import(ManyFigures()));
+  EXPECT_TRUE(File().begun);
+  EXPECT_FALSE(File().stored);
+}
+
+TEST_F(QDXImportRecordTest, AFileThatIsRefusedIsNotBegunAndThoseBehindItAreNamed) {
+  setup_.Put("A.QDX", OneFigure(), 0);
+  setup_.Put("B.QDX", ShopFile(February(1), DateFromParts(2099, 1, 1)), 1);
+  setup_.Put("C.QDX", OneFigure(), 2);
+  setup_.Put("D.QDX", OneFigure(), 3);
+  setup_.platform.boxes.Answer({kOk, kOk});
+  EXPECT_FALSE(setup_.Import());
+  ASSERT_EQ(setup_.record.files.size(), 2U);
+  EXPECT_TRUE(setup_.record.files[0].stored);
+  EXPECT_FALSE(setup_.record.files[1].begun);
+  EXPECT_THAT(setup_.record.not_begun, ElementsAre("/in/C.QDX", "/in/D.QDX"));
+}
+
+TEST_F(QDXImportRecordTest, ARunToItsEndLeavesNoFile) {
+  setup_.Put("A.QDX", OneFigure(), 0);
+  setup_.Put("B.QDX", OneFigure(), 1);
+  ASSERT_TRUE(setup_.Import());
+  EXPECT_THAT(setup_.record.not_begun, IsEmpty());
+  EXPECT_TRUE(setup_.record.files[1].stored);
+  EXPECT_FALSE(setup_.record.files[1].stays);
+}
+
+TEST_F(QDXImportRecordTest, AFileThatCannotBeDeletedOrRenamedHasTheReason) {
+  const FailureNumber denied = FailureNumber::kPermissionDenied;
+  for (const auto& [disposal, call, name] :
+       {std::tuple{kDispDelete, FileCall::kDelete, "DAY.QDX"}, std::tuple{kDispRename, FileCall::kRename, "DAY.QDX"},
+        std::tuple{kDispRename, FileCall::kDelete, "DAY.XDQ"}}) {
+    ImportSetup setup;
+    setup.definition.Disp = disposal;
+    setup.Put("DAY.QDX", OneFigure());
+    setup.Put("DAY.XDQ", "of last week");
+    setup.platform.files.FailPath(call, name, denied);
+    ASSERT_TRUE(setup.Import());
+    const std::optional<StopReason>& stays = setup.record.files.at(0).stays;
+    ASSERT_TRUE(stays) << name;
+    EXPECT_EQ(stays->number, static_cast<Integer>(denied));
+    EXPECT_THAT(stays->words, HasSubstr(name));
+  }
 }
 
 TEST_F(QDXImportRecordTest, EveryCutOfTheBodyIsNoticed) {

@@ -12,6 +12,7 @@
 namespace tallybook::testing {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::MatchesRegex;
 using ::testing::StartsWith;
 
@@ -109,6 +110,38 @@ TEST_F(TextImportStopTest, AFileThatCannotBeOpenedTellsTheFailure) {
   EXPECT_FALSE(ImportDelimited(setup_.book(), {.file_name = kPath, .math = eMath::mAdd}, setup_.tally));
   EXPECT_EQ(setup_.tally.stop.value().number, 75);
   EXPECT_EQ(setup_.tally.stop.value().file, kPath);
+}
+
+TEST_F(TextImportStopTest, FiguresAreStoredThoughWhatComesBehindThemFails) {
+  setup_.platform.memory.Put(kPath, "2,3,2004,100,1,5\r");
+  Record().FailOn("App.Title", 2, Fault());  // of the closing message; the first is the question's
+  Answer({kOk, kOk});
+  EXPECT_FALSE(ImportDelimited(setup_.book(), {.file_name = kPath, .math = eMath::mAdd}, setup_.tally));
+  EXPECT_TRUE(Record().AllFaultsStruck());
+  EXPECT_TRUE(setup_.tally.stored);
+  EXPECT_EQ(setup_.tally.stop.value().statement, 120);
+  EXPECT_THAT(setup_.tally.accounts, ElementsAre(101));
+  EXPECT_THAT(setup_.tally.fields, ElementsAre(1));
+}
+
+TEST_F(TextImportStopTest, FiguresAreNotStoredWhereTheJournalEntryIsNotClosed) {
+  Answer({kOk, kOk});
+  Record().FailOn("EndRollback", 1, Fault());
+  (void)StopOfDelimited("2,3,2004,100,1,5\r");
+  EXPECT_FALSE(setup_.tally.stored);
+  Answer({kOk});
+  Record().FailOn("EndRollback", 1, Fault());
+  (void)StopOfCSV("2,3,2004,1,1\r\n100,1,5\r\n");
+  EXPECT_FALSE(setup_.tally.stored);
+}
+
+TEST_F(TextImportStopTest, AFileThatKeepsItsNameHasTheReason) {
+  setup_.platform.memory.Put(kPath, "2,3,2004,100,1,5\r");
+  setup_.platform.files.FailPath(FileCall::kRename, "figures.txt", FailureNumber::kPermissionDenied);
+  Answer({kOk});
+  EXPECT_TRUE(ImportDelimited(setup_.book(), {.file_name = kPath, .math = eMath::mAdd}, setup_.tally));
+  ASSERT_TRUE(setup_.tally.stays);
+  EXPECT_EQ(setup_.tally.stays->number, 70);
 }
 
 class PrintsTheReason : public StopWitness {

@@ -14,6 +14,8 @@ QDXFileImport WholeFile(const Text& name) {
   QDXFileImport file;
   file.file = name;
   file.done = true;
+  file.begun = true;
+  file.stored = true;
   file.accounts = {1, 2};
   file.fields = {5};
   file.dates = {DateFromParts(2003, 1, 31)};
@@ -70,6 +72,48 @@ TEST(ImportSummaryTest, WhatWasPassedOverIsTold) {
                           "! odd.QDX: what stands behind byte 5,678 was not read: no account of its table does"));
 }
 
+TEST(ImportSummaryTest, AFileThatKeepsItsNameIsToldWithTheReason) {
+  QDXFileImport file = WholeFile("year.QDX");
+  file.stays = StopReason{.words = "Cannot rename \"year.QDX\": Permission denied"};
+  EXPECT_THAT(Lines(RecordOf({file})), ElementsAre(::testing::StartsWith("Imported year.QDX: "),
+                                                   "! year.QDX keeps its name, and can be imported once more: "
+                                                   "Cannot rename \"year.QDX\": Permission denied"));
+}
+
+TEST(ImportSummaryTest, WhatBecameOfEachFileIsToldWhereSomeAreImportedAndOthersNot) {
+  QDXFileImport half = WholeFile("b.QDX");
+  half.stored = half.done = false;
+  QDXFileImport refused = half;
+  refused.file = "c.QDX";
+  refused.begun = false;
+  QDXImportRecord record = RecordOf({WholeFile("a.QDX"), half});
+  record.definitions[0].not_begun = {"d.QDX", "e.QDX"};
+  EXPECT_THAT(Lines(record), ElementsAre(::testing::StartsWith("Imported a.QDX: "),
+                                         "! of 4 files, imported: a.QDX; ended half way: b.QDX; "
+                                         "not looked at: d.QDX, e.QDX"));
+  record.definitions.push_back({.title = "South", .pattern = "c.QDX", .files = {refused}});
+  EXPECT_THAT(Lines(record), ElementsAre(::testing::StartsWith("Imported a.QDX: "),
+                                         "! of 5 files, imported: a.QDX (North); ended half way: b.QDX (North); "
+                                         "not looked at: d.QDX (North), e.QDX (North); not imported: c.QDX (South)"));
+  EXPECT_THAT(Lines(RecordOf({half})), IsEmpty()) << "the reason says it all";
+}
+
+TEST(ImportSummaryTest, ARunIsStoredWhereEachFileOfEachDefinitionIs) {
+  QDXFileImport half = WholeFile("b.QDX");
+  half.stored = half.done = false;
+  QDXImportRecord record = RecordOf({WholeFile("a.QDX")});
+  record.definitions[0].stop = StopReason{.words = "the report is full"};
+  EXPECT_TRUE(IsStored(record, 1));
+  EXPECT_FALSE(IsStored(record, 2)) << "a definition has not been run";
+  record.definitions.push_back({.title = "None", .pattern = "none.QDX"});
+  EXPECT_TRUE(IsStored(record, 2)) << "where there is no file there is nothing to store";
+  record.definitions[0].not_begun = {"c.QDX"};
+  EXPECT_FALSE(IsStored(record, 2));
+  EXPECT_FALSE(IsStored(RecordOf({WholeFile("a.QDX"), half}), 1));
+  EXPECT_FALSE(IsStored(RecordOf({}), 1)) << "nothing is stored";
+  EXPECT_FALSE(IsStored({}, 0));
+}
+
 TEST(ImportSummaryTest, ZeroingAloneHasCountsOfItsOwn) {
   QDXFileImport file = WholeFile("year.QDX");
   file.applied = file.not_mapped = 0;
@@ -87,7 +131,7 @@ TEST(ImportSummaryTest, ADefinitionWithoutFilesIsTold) {
 
 TEST(ImportSummaryTest, AFileThatStoppedTheRunIsNoImport) {
   QDXFileImport half = WholeFile("half.QDX");
-  half.done = false;
+  half.stored = half.done = false;
   QDXImportRecord record = RecordOf({half});
   record.definitions[0].stop = StopReason{.file = "half.QDX", .words = "broken"};
   record.stop = StopReason{.words = "the batch, too"};
