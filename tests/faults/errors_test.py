@@ -24,10 +24,16 @@ FAULTS = (("open", errno.EACCES, "once"), ("read", errno.EIO, "once"), ("write",
 MOST = 10
 
 
+def concerns(deed, only):
+    """Whether a trial of the deed can hold the text, which may be that of one whole trial."""
+    starts = [f"{deed.name}: {kind}" for kind, _, _ in FAULTS]
+    return any(only in start or only.startswith(start + " ") for start in starts)
+
+
 def trials(workshop, share, only):
     number = 0
     for deed in all_deeds() + looks():
-        if not any(only in f"{deed.name}: {kind}" for kind, _, _ in FAULTS):
+        if not concerns(deed, only):
             continue
         expectation = workshop.expectation(deed)
         for kind, error, mode in FAULTS:
