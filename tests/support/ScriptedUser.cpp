@@ -6,6 +6,7 @@
 
 #include "base/CodePage.h"
 #include "forms/HostControls.h"
+#include "forms/KeyStrings.h"
 #include "forms/ListControls.h"
 #include "forms/OptionGroup.h"
 #include "forms/PlainControls.h"
@@ -123,6 +124,10 @@ ScriptedUser& ScriptedUser::Press(const Text& form, const Text& control, Integer
         return true;
       },
       "press a key in");
+}
+
+ScriptedUser& ScriptedUser::Keys(const Text& form, const Text& keys) {
+  return On(form, [keys](Form& /*shown*/) { SendKeysEx(keys, false); });
 }
 
 ScriptedUser& ScriptedUser::Close(const Text& form) {

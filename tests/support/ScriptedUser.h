@@ -45,6 +45,9 @@ class ScriptedUser {
   ScriptedUser& Click(const Text& form, const Text& control, Integer index = kNoIndex);
   // Presses a key while the control has the focus: KeyDown alone. Shift 1, control 2, alt 4.
   ScriptedUser& Press(const Text& form, const Text& control, Integer key, Integer shift = 0, Integer index = kNoIndex);
+  // Presses keys, in the language of forms/KeyStrings.h, wherever the focus is: "{DOWN}", "%{DOWN}", "*", "{+}". They
+  // have been pressed when the next step is done.
+  ScriptedUser& Keys(const Text& form, const Text& keys);
   // Presses the close box.
   ScriptedUser& Close(const Text& form);
 

@@ -72,6 +72,15 @@ TEST_F(ScriptedUserTest, TypesKeyByKeyThroughTheFilterOfTheBox) {
   EXPECT_EQ(sample_.box.Text(), "12");
 }
 
+TEST_F(ScriptedUserTest, PressesKeysWhereverTheFocusIsBeforeTheNextStep) {
+  user_.On("dlgSample", [&](Form& /*form*/) { sample_.box.SetFocus(); })
+      .Keys("dlgSample", "ab{TAB}{DOWN 2}")
+      .On("dlgSample", [&](Form& /*form*/) { EXPECT_EQ(sample_.list.SelectedText(), "Second"); })
+      .Close("dlgSample");
+  ShowLikeModal(sample_.form, 0);
+  EXPECT_EQ(sample_.box.Text(), "ab");
+}
+
 TEST_F(ScriptedUserTest, DoesOneStepATurn) {
   std::vector<Double> slept;
   const auto look = [&](Form& /*form*/) { slept.push_back(platform_.clock.Slept()); };
