@@ -18,6 +18,11 @@ class PrinterEvents {
   virtual void PrintHeader(Printer& printer) = 0;
 };
 
+// Looks of a report, for SetRowStyle and SetHeadStyle; a printer takes a value that it does not know for the usual one.
+inline constexpr Integer kUsualStyle = 0;
+inline constexpr Integer kCloseRows = 4;  // rows stand close together, with nothing drawn between them
+inline constexpr Integer kRuledHead = 1;  // a table's head has a rule above it as well as below
+
 class Printer {
  public:
   virtual ~Printer() = default;
@@ -27,6 +32,10 @@ class Printer {
 
   // The value of HostApp::UserOption, set before BeginReport.
   virtual void SetOutputOption(Integer option) = 0;
+
+  // How the rows and the heads of tables look from now on; kUsualStyle at first. Set before BeginReport, and kept.
+  virtual void SetRowStyle(Integer style) = 0;
+  virtual void SetHeadStyle(Integer style) = 0;
 
   // Opens the report. `owner` is the handle of the window that it belongs to, 0 for none.
   // False: the user declined, and nothing is printed. EndReport is harmless then.
@@ -44,6 +53,12 @@ class Printer {
   // The text of the columns as one row, or as a heading row that closes a table's head.
   virtual void PrintRow() = 0;
   virtual void PrintHeadingRow() = 0;
+
+  // Begins a new page, which ends a table; on a page that holds nothing yet it does nothing.
+  virtual void NewPage() = 0;
+  // Sees to it that what was printed last, a table's head as a rule, with up to three lines above it, stands on one page
+  // with what is printed next. A form without pages has nothing to do.
+  virtual void CheckPage() = 0;
 
   // The report's own progress display. BeginProgress opens or retitles it; the fraction runs from 0 to 1; EndProgress
   // must be harmless when none is open.

@@ -24,16 +24,22 @@ h1 { font-size: 1.45rem; margin: 0 0 0.25rem; }
 p { margin: 0; min-height: 1.45em; white-space: pre-wrap; overflow-wrap: anywhere; }
 .created { color: var(--soft); font-size: 0.85rem; }
 table { width: 100%; table-layout: fixed; border-collapse: collapse; margin: 0.25rem 0 1rem; }
-th, td { text-align: left; vertical-align: top; padding: 0.3rem 0.6rem; white-space: pre-wrap; overflow-wrap: anywhere; }
+th, td { text-align: left; vertical-align: top; padding: 0.3rem calc(0.3rem + 0.3rem * var(--gap, 1)); white-space: pre-wrap; overflow-wrap: anywhere; }
 thead tr:last-child th { border-bottom: 2px solid var(--soft); }
 tbody tr { border-bottom: 1px solid var(--line); }
 tbody tr:nth-child(even) { background: var(--band); }
+table.close td { padding-top: 0.05rem; padding-bottom: 0.05rem; }
+table.close tbody tr:nth-child(n) { border: none; background: none; }
+table.ruled thead tr:first-child th { border-top: 2px solid var(--soft); }
+hr.page { border: none; border-top: 1px dashed var(--line); margin: 2rem 0; }
 @page { size: A4; margin: 18mm 16mm; }
 @media print {
   :root { --ink: #000000; --paper: #ffffff; --soft: #444444; --line: #999999; --band: transparent; }
   body { max-width: none; padding: 0; font-size: 9.5pt; }
   thead { display: table-header-group; }
   tr { break-inside: avoid; }
+  p.kept { break-after: avoid; }
+  hr.page { break-after: page; border: none; margin: 0; }
 }
 )";
 
@@ -44,13 +50,28 @@ void AppendCells(const Cells& cells, std::string_view tag, std::string_view attr
 }
 
 void AppendBlock(const Line& line, std::string& out) {
-  out += fmt::format("<p>{}</p>\n", HtmlEscaped(line.text));
+  out += fmt::format("<p{}>{}</p>\n", line.keeps_with_next ? " class=\"kept\"" : "", HtmlEscaped(line.text));
+}
+
+void AppendBlock(const PageBreak& /*page*/, std::string& out) {
+  out += "<hr class=\"page\">\n";
+}
+
+// What the start of a table says of a look that is not the usual one.
+std::string LookAttributes(const TableLook& look) {
+  std::string attributes;
+  if (look.close_rows || look.ruled_head) {
+    attributes = fmt::format(" class=\"{}{}{}\"", look.close_rows ? "close" : "",
+                             look.close_rows && look.ruled_head ? " " : "", look.ruled_head ? "ruled" : "");
+  }
+  if (look.spacing != 1) attributes += fmt::format(" style=\"--gap: {:g}\"", std::max(0.0F, look.spacing));
+  return attributes;
 }
 
 void AppendBlock(const Table& table, std::string& out) {
   double total = 0;
   for (const Single width : table.widths) total += std::max(0.0F, width);
-  out += "<table>\n<colgroup>";
+  out += fmt::format("<table{}>\n<colgroup>", LookAttributes(table.look));
   for (const Single width : table.widths)
     out += fmt::format("<col style=\"width: {:.2f}%\">", total > 0 ? std::max(0.0F, width) / total * 100 : 0.0);
   out += "</colgroup>\n";

@@ -27,8 +27,9 @@ constexpr double kBodyWidth = kPageWidth - 2 * kSideMargin;
 
 constexpr double kColumnGap = 10;
 constexpr double kRowPadding = 2.5;  // above and below the text of a table's row
-constexpr double kHeadGap = 8;       // around the rule below a page's head
-constexpr double kBlockGap = 5;      // above and below a table
+constexpr double kClosePadding = 0.6;
+constexpr double kHeadGap = 8;   // around the rule below a page's head
+constexpr double kBlockGap = 5;  // above and below a table
 
 constexpr double kInk = 0.08;  // shades of grey, 0 black
 constexpr double kSoftInk = 0.38;
@@ -130,16 +131,18 @@ struct ColumnPlace {
   double width;
 };
 
-std::vector<ColumnPlace> PlacesOf(const std::vector<Single>& units) {
+std::vector<ColumnPlace> PlacesOf(const Table& table) {
+  const std::vector<Single>& units = table.widths;
+  const double gap = kColumnGap * std::max(0.0F, table.look.spacing);
   double total = 0;
   for (const Single unit : units) total += std::max(0.0F, unit);
-  const double free = std::max(0.0, kBodyWidth - kColumnGap * static_cast<double>(units.size() - 1));
+  const double free = std::max(0.0, kBodyWidth - gap * static_cast<double>(units.size() - 1));
   std::vector<ColumnPlace> places;
   double x = kSideMargin;
   for (const Single unit : units) {
     const double width = total > 0 ? std::max(0.0F, unit) / total * free : 0;
     places.push_back({x, width});
-    x += width + kColumnGap;
+    x += width + gap;
   }
   return places;
 }
@@ -152,13 +155,18 @@ class Pages {
 
   void Add(const Blocks& blocks) {
     if (pages_.empty()) Begin();
-    for (const Block& block : blocks) std::visit([&](const auto& part) { Add(part); }, block);
+    for (auto block = blocks.begin(); block != blocks.end(); ++block) {
+      const Line* const line = std::get_if<Line>(&*block);
+      if (line != nullptr && line->keeps_with_next) Need(HeightWithNext(block, blocks.end()));
+      std::visit([&](const auto& part) { Add(part); }, *block);
+    }
   }
 
   [[nodiscard]] std::string Document() const;
 
  private:
   void Begin() {
+    break_due_ = false;
     const cairo_rectangle_t sheet{0, 0, kPageWidth, kPageHeight};
     Owned<cairo_surface_t> page(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, &sheet));
     context_.reset(cairo_create(page.get()));
@@ -187,8 +195,26 @@ class Pages {
     return in_page_head_ || y_ + height <= kBodyBottom || y_ <= body_top_;
   }
   void Need(double height) {
-    if (!Fits(height)) Begin();
+    if (break_due_ || !Fits(height)) Begin();
   }
+
+  // How much room a line needs with what it is kept with.
+  [[nodiscard]] double HeightWithNext(Blocks::const_iterator block, Blocks::const_iterator end) {
+    double height = 0;
+    for (; block != end; ++block) {
+      const Line* const line = std::get_if<Line>(&*block);
+      if (line == nullptr) break;
+      height += SetText(context_.get(), line->text, kBody, kBodyWidth).Height();
+      if (!line->keeps_with_next) return height;
+    }
+    const Table* const table = block == end ? nullptr : std::get_if<Table>(&*block);
+    if (table == nullptr) return height;
+    const std::vector<ColumnPlace> places = PlacesOf(*table);
+    return height + kBlockGap + HeightOfStart(*table, places);
+  }
+
+  // The break is made when something follows. A page's head has none.
+  void Add(const PageBreak& /*page*/) { break_due_ = !in_page_head_; }
 
   void Put(const Text& text, const Style& style) {
     const SetText set(context_.get(), text, style, kBodyWidth);
@@ -206,23 +232,26 @@ class Pages {
 
   struct SetRow {
     std::vector<SetText> cells;
+    double padding = kRowPadding;
     double height = 0;  // with the padding
   };
 
-  SetRow SetCells(const Cells& cells, const std::vector<ColumnPlace>& places, const Style& style) {
+  SetRow SetCells(const Cells& cells, const std::vector<ColumnPlace>& places, const Style& style,
+                  double padding = kRowPadding) {
     SetRow row;
+    row.padding = padding;
     const double most = (kBodyBottom - kTopMargin) / 2;
     for (std::size_t i = 0; i < places.size() && i < cells.size(); ++i) {
       row.cells.emplace_back(context_.get(), cells[i], style, places[i].width);
       if (row.cells.back().Height() > most) row.cells.back().CutAt(most);
       row.height = std::max(row.height, row.cells.back().Height());
     }
-    row.height += 2 * kRowPadding;
+    row.height += 2 * padding;
     return row;
   }
 
   void Draw(const SetRow& row, const std::vector<ColumnPlace>& places) {
-    for (std::size_t i = 0; i < row.cells.size(); ++i) row.cells[i].Draw(context_.get(), places[i].x, y_ + kRowPadding);
+    for (std::size_t i = 0; i < row.cells.size(); ++i) row.cells[i].Draw(context_.get(), places[i].x, y_ + row.padding);
     y_ += row.height;
   }
 
@@ -232,27 +261,36 @@ class Pages {
     return height;
   }
 
+  // The head stays together with the first row.
+  [[nodiscard]] double HeightOfStart(const Table& table, const std::vector<ColumnPlace>& places) {
+    const double first = table.body.empty() ? 0 : SetCells(table.body.front(), places, kBody, PaddingOf(table)).height;
+    return HeadHeight(table, places) + first;
+  }
+
+  [[nodiscard]] static double PaddingOf(const Table& table) {
+    return table.look.close_rows ? kClosePadding : kRowPadding;
+  }
+
   void DrawHead(const Table& table, const std::vector<ColumnPlace>& places) {
     if (table.head.empty()) return;
+    if (table.look.ruled_head) DrawRule(context_.get(), y_, 0.8, kRule);
     for (const Cells& cells : table.head) Draw(SetCells(cells, places, kTableHead), places);
     DrawRule(context_.get(), y_, 0.8, kRule);
   }
 
   void Add(const Table& table) {
-    const std::vector<ColumnPlace> places = PlacesOf(table.widths);
+    const std::vector<ColumnPlace> places = PlacesOf(table);
     y_ += kBlockGap;
-    // The head stays together with the first row.
-    const double first = table.body.empty() ? 0 : SetCells(table.body.front(), places, kBody).height;
-    Need(HeadHeight(table, places) + first);
+    Need(HeightOfStart(table, places));
     DrawHead(table, places);
     for (const Cells& cells : table.body) {
-      const SetRow row = SetCells(cells, places, kBody);
+      const SetRow row = SetCells(cells, places, kBody, PaddingOf(table));
       if (!Fits(row.height)) {
         Begin();
         DrawHead(table, places);
       }
       Draw(row, places);
-      DrawRule(context_.get(), y_, 0.3, kRowRule);
+      if (!table.look.close_rows) DrawRule(context_.get(), y_, 0.3, kRowRule);
     }
     y_ += kBlockGap;
   }
@@ -272,6 +310,7 @@ class Pages {
   double y_ = 0;            // where the next thing goes
   double body_top_ = 0;     // where the page's body begins
   bool in_page_head_ = false;
+  bool break_due_ = false;  // what comes next begins a page
   const Style* line_style_ = &kBody;
 };
 

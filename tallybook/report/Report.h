@@ -13,9 +13,17 @@ namespace tallybook::report {
 // One line of free text. It may be empty.
 struct Line {
   Text text;
+  bool keeps_with_next = false;  // on one page with the line, or the head and first row of the table, that follows
 };
 
 using Cells = std::vector<Text>;  // one text for each column
+
+// How a table looks.
+struct TableLook {
+  Single spacing = 1;       // the room between columns, as a multiple of the form's own
+  bool close_rows = false;  // little room between the rows, and nothing drawn there
+  bool ruled_head = false;  // a rule above the head too
+};
 
 // A table. The head is the heading row and the rows printed before it; it is repeated on every page that the table
 // reaches.
@@ -23,9 +31,13 @@ struct Table {
   std::vector<Single> widths;  // of the columns, in report units; only their proportions count
   std::vector<Cells> head;     // may be empty: a table without a heading row
   std::vector<Cells> body;
+  TableLook look = {};
 };
 
-using Block = std::variant<Line, Table>;
+// What follows stands on a new page.
+struct PageBreak {};
+
+using Block = std::variant<Line, Table, PageBreak>;
 using Blocks = std::vector<Block>;
 
 struct Report {

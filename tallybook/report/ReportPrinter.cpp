@@ -23,6 +23,8 @@ namespace tallybook::report {
 namespace {
 
 constexpr const char* kSource = "ReportPrinter";
+// The most lines above a table's head that a check of the page keeps with it.
+constexpr int kKeptLines = 3;
 
 std::unique_ptr<Renderer> RendererFor(const Text& path) {
   if (path.empty()) return std::make_unique<TextRenderer>();
@@ -205,7 +207,11 @@ Blocks& ReportPrinter::Target() {
 
 Table& ReportPrinter::OpenTable() {
   Blocks& target = Target();
-  if (!table_open_) target.emplace_back(Table{.widths = columns_.Widths(), .head = {}, .body = {}});
+  if (!table_open_) {
+    const TableLook look{
+        .spacing = columns_.Spacing(), .close_rows = row_style_ == kCloseRows, .ruled_head = head_style_ == kRuledHead};
+    target.emplace_back(Table{.widths = columns_.Widths(), .head = {}, .body = {}, .look = look});
+  }
   table_open_ = true;
   return std::get<Table>(target.back());
 }
@@ -249,6 +255,28 @@ void ReportPrinter::PrintHeadingRow() {
   Table& table = OpenTable();
   table.head = std::exchange(table.body, {});
   table.head.push_back(std::move(cells));
+}
+
+void ReportPrinter::NewPage() {
+  NeedReport("NewPage");
+  RaiseFirstHead();
+  Blocks& blocks = report_.blocks;
+  if (in_head_ || blocks.empty() || std::holds_alternative<PageBreak>(blocks.back())) return;
+  table_open_ = false;
+  blocks.emplace_back(PageBreak{});
+}
+
+// A table keeps its head with its first row by itself.
+void ReportPrinter::CheckPage() {
+  NeedReport("CheckPage");
+  if (in_head_) return;
+  auto block = report_.blocks.rbegin();
+  if (table_open_) ++block;
+  for (int kept = 0; kept < kKeptLines && block != report_.blocks.rend(); ++kept, ++block) {
+    Line* const line = std::get_if<Line>(&*block);
+    if (line == nullptr) return;
+    line->keeps_with_next = true;
+  }
 }
 
 // --- The progress display --------------------------------------------------------------------------------------------

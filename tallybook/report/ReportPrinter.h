@@ -39,6 +39,8 @@ class ReportPrinter : public Printer {
   // Kept and given back; a report looks the same under every option.
   void SetOutputOption(Integer option) override { output_option_ = option; }
   [[nodiscard]] Integer OutputOption() const { return output_option_; }
+  void SetRowStyle(Integer style) override { row_style_ = style; }
+  void SetHeadStyle(Integer style) override { head_style_ = style; }
 
   // Opens the destination, so that a place that cannot be written shows before any work is done, and raises PrintInit.
   // Always true: nobody is asked. A report that is still open is ended first.
@@ -59,6 +61,9 @@ class ReportPrinter : public Printer {
   void PrintLine(const Text& line) override;
   void PrintRow() override;
   void PrintHeadingRow() override;
+  // Both fail with Failure 91 where no report is open, and do nothing within a page's head.
+  void NewPage() override;
+  void CheckPage() override;
 
   void BeginProgress(const Text& title) override;
   void SetProgressFraction(Single fraction) override;
@@ -84,12 +89,15 @@ class ReportPrinter : public Printer {
     ReportColumn& Item(Integer position) override;
     void Clear() override { columns_.clear(); }
     void ClearText() override;
+    [[nodiscard]] Single Spacing() const override { return spacing_; }
+    void SetSpacing(Single spacing) override { spacing_ = spacing; }
     [[nodiscard]] std::vector<Single> Widths() const;
     [[nodiscard]] Cells Texts() const;
     void SetTexts(const Cells& texts);
 
    private:
     std::deque<Column> columns_;  // a deque: columns that were handed out stay where they are
+    Single spacing_ = 1;
   };
 
   void NeedReport(const char* what) const;
@@ -105,6 +113,8 @@ class ReportPrinter : public Printer {
   engine::ProgressDisplay* progress_ = nullptr;
   PrinterEvents* listener_ = nullptr;
   Integer output_option_ = 0;
+  Integer row_style_ = kUsualStyle;
+  Integer head_style_ = kUsualStyle;
 
   ColumnSet columns_;
   std::unique_ptr<FileStream> file_;

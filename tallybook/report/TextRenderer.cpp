@@ -9,7 +9,10 @@ namespace tallybook::report {
 
 namespace {
 
-constexpr int kGap = 2;  // blanks between two columns
+// Blanks between two columns, two where the spacing is the usual one.
+int GapOf(Single spacing) {
+  return 1 + static_cast<int>(std::lround(std::clamp(spacing, 0.0F, 100.0F)));
+}
 
 // One character of a UTF-8 text: its bytes and the columns it takes. A byte that is no UTF-8 counts as one character.
 struct Character {
@@ -41,8 +44,8 @@ std::size_t EndOfFit(const Text& text, std::size_t offset, int width) {
 // The places of a table's columns on a line of `width` characters.
 class Layout {
  public:
-  Layout(const std::vector<Single>& units, int width) {
-    const int free = std::max(0, width - kGap * (static_cast<int>(units.size()) - 1));
+  Layout(const std::vector<Single>& units, Single spacing, int width) : gap_(GapOf(spacing)) {
+    const int free = std::max(0, width - gap_ * (static_cast<int>(units.size()) - 1));
     double total = 0;
     for (const Single unit : units) total += std::max(0.0F, unit);
     double passed = 0;
@@ -68,7 +71,7 @@ class Layout {
 
   void AppendRule(std::string& out) const {
     for (std::size_t i = 0; i < widths_.size(); ++i) {
-      if (i > 0) out.append(kGap, ' ');
+      if (i > 0) out.append(static_cast<std::size_t>(gap_), ' ');
       out.append(static_cast<std::size_t>(widths_[i]), '-');
     }
     out += '\n';
@@ -85,12 +88,13 @@ class Layout {
         line += text;
         missing = 0;
       }
-      missing += widths_[i] - DisplayWidth(text) + kGap;
+      missing += widths_[i] - DisplayWidth(text) + gap_;
     }
     out += line;
     out += '\n';
   }
 
+  int gap_;
   std::vector<int> widths_;
 };
 
@@ -100,11 +104,15 @@ void AppendBlock(const Line& line, int /*width*/, std::string& out) {
 }
 
 void AppendBlock(const Table& table, int width, std::string& out) {
-  const Layout layout(table.widths, width);
+  const Layout layout(table.widths, table.look.spacing, width);
+  if (table.look.ruled_head && !table.head.empty()) layout.AppendRule(out);
   for (const Cells& row : table.head) layout.Append(row, out);
   if (!table.head.empty()) layout.AppendRule(out);
   for (const Cells& row : table.body) layout.Append(row, out);
 }
+
+// A break is the report's to print: it knows the page that follows.
+void AppendBlock(const PageBreak& /*page*/, int /*width*/, std::string& /*out*/) {}
 
 void AppendBlocks(const Blocks& blocks, int width, std::string& out) {
   for (const Block& block : blocks) std::visit([&](const auto& part) { AppendBlock(part, width, out); }, block);
@@ -144,9 +152,20 @@ std::string TextRenderer::Render(const Report& report, const PageHeads& page_hea
   std::string out = report.title + '\n';
   out.append(static_cast<std::size_t>(DisplayWidth(report.title)), '=');
   out += '\n' + report.created + '\n';
-  AppendBlocks(page_heads(1), width_, out);
-  out += '\n';
-  AppendBlocks(report.blocks, width_, out);
+  int page = 1;
+  const auto begin_page = [&] {
+    AppendBlocks(page_heads(page), width_, out);
+    out += '\n';
+  };
+  begin_page();
+  for (const Block& block : report.blocks) {
+    if (std::holds_alternative<PageBreak>(block)) {
+      out += '\f';
+      ++page;
+      begin_page();
+    }
+    std::visit([&](const auto& part) { AppendBlock(part, width_, out); }, block);
+  }
   return out;
 }
 

@@ -4,6 +4,8 @@
 //
 // The columns of a table share the width by their report units, with two blanks between them; each has room for one
 // character at least. A text that is too long goes on in further lines of its cell, broken at blanks where it has any.
+// Two blanks are the usual room; a spacing of n leaves n + 1. Rows stand close together in every style. A new page is a
+// form feed, the page head and an empty line; without one, text has no pages.
 // Free lines are left whole: they hold file names. Wide characters (East Asian) count as two columns, combining ones as
 // none.
 #pragma once

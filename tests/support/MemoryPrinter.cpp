@@ -27,8 +27,15 @@ std::vector<Text> PrintedReport::Lines() const {
 
 std::vector<Text> PrintedReport::Everything() const {
   std::vector<Text> texts;
-  for (const Entry& entry : entries)
-    texts.push_back((entry.kind == Kind::kHeadingRow ? "# " : "") + JoinedCells(entry.cells));
+  for (const Entry& entry : entries) {
+    if (entry.kind == Kind::kNewPage) {
+      texts.emplace_back("<new page>");
+    } else if (entry.kind == Kind::kPageCheck) {
+      texts.emplace_back("<page check>");
+    } else {
+      texts.push_back((entry.kind == Kind::kHeadingRow ? "# " : "") + JoinedCells(entry.cells));
+    }
+  }
   return texts;
 }
 
@@ -57,6 +64,11 @@ void MemoryColumns::ClearText() {
   for (const auto& column : columns_) column->SetText("");
 }
 
+void MemoryColumns::SetSpacing(Single spacing) {
+  record_.Tell("Columns.Spacing", spacing);
+  spacing_ = spacing;
+}
+
 std::vector<Single> MemoryColumns::Widths() const {
   std::vector<Single> widths;
   for (const auto& column : columns_) widths.push_back(column->Width());
@@ -76,10 +88,21 @@ void MemoryPrinter::SetOutputOption(Integer option) {
   printed_->output_option = option;
 }
 
+void MemoryPrinter::SetRowStyle(Integer style) {
+  record_.Tell("Printer.RowStyle", style);
+  printed_->row_style = style;
+}
+
+void MemoryPrinter::SetHeadStyle(Integer style) {
+  record_.Tell("Printer.HeadStyle", style);
+  printed_->head_style = style;
+}
+
 bool MemoryPrinter::BeginReport(Long owner, const Text& title) {
   const bool accepted = record_.Ask("Printer.BeginReport", owner, title);
   printed_->owner = owner;
   printed_->title = title;
+  printed_->spacing = columns_.Spacing();
   printed_->declined = !accepted;
   if (!accepted) return false;
   printed_->open = true;
@@ -107,6 +130,7 @@ void MemoryPrinter::ApplyColumns() {
   record_.Tell("Printer.ApplyColumns");
   printed_->columns_applied = true;
   printed_->widths = columns_.Widths();
+  printed_->layouts.push_back(printed_->widths);
 }
 
 void MemoryPrinter::PrintLine(const Text& line) {
@@ -122,6 +146,17 @@ void MemoryPrinter::PrintRow() {
 void MemoryPrinter::PrintHeadingRow() {
   record_.Tell("Printer.PrintHeadingRow", JoinedCells(columns_.Cells()));
   Print(PrintedReport::Kind::kHeadingRow, columns_.Cells());
+}
+
+void MemoryPrinter::NewPage() {
+  record_.Tell("Printer.NewPage");
+  Print(PrintedReport::Kind::kNewPage, {});
+  if (printed_->open) BeginPage();
+}
+
+void MemoryPrinter::CheckPage() {
+  record_.Tell("Printer.CheckPage");
+  Print(PrintedReport::Kind::kPageCheck, {});
 }
 
 void MemoryPrinter::Print(PrintedReport::Kind kind, std::vector<Text> cells) {

@@ -15,28 +15,33 @@ namespace tallybook::testing {
 
 // What one printer printed.
 struct PrintedReport {
-  enum class Kind { kLine, kRow, kHeadingRow };
+  enum class Kind { kLine, kRow, kHeadingRow, kNewPage, kPageCheck };
   struct Entry {
     Kind kind = Kind::kLine;
-    std::vector<Text> cells;  // of a line: the line itself
+    std::vector<Text> cells;  // of a line: the line itself; of the last two kinds: none
     bool operator==(const Entry&) const = default;
   };
 
   Text title;
   Long owner = 0;
   Integer output_option = 0;
+  Integer row_style = kUsualStyle;
+  Integer head_style = kUsualStyle;
+  Single spacing = 1;  // of the columns, at BeginReport
   Integer column_mode = 0;
   bool columns_applied = false;
   bool open = false;   // between BeginReport and EndReport
   bool ended = false;  // EndReport was called
   bool declined = false;
-  std::vector<Single> widths;  // of the columns
+  std::vector<Single> widths;                // of the columns
+  std::vector<std::vector<Single>> layouts;  // the same, for each ApplyColumns
   std::vector<Entry> entries;
   ProgressDisplay progress;
 
   // The free lines alone, in order.
   [[nodiscard]] std::vector<Text> Lines() const;
-  // Everything in order, a row as its cells with " | " between, a heading row with "# " in front.
+  // Everything in order, a row as its cells with " | " between, a heading row with "# " in front, a new page as
+  // "<new page>" and a check of the page as "<page check>".
   [[nodiscard]] std::vector<Text> Everything() const;
 };
 
@@ -59,6 +64,8 @@ class MemoryColumns : public ReportColumns {
   ReportColumn& Item(Integer position) override;
   void Clear() override;
   void ClearText() override;
+  [[nodiscard]] Single Spacing() const override { return spacing_; }
+  void SetSpacing(Single spacing) override;
 
   [[nodiscard]] std::vector<Single> Widths() const;
   [[nodiscard]] std::vector<Text> Cells() const;
@@ -66,6 +73,7 @@ class MemoryColumns : public ReportColumns {
  private:
   CallRecord& record_;
   std::vector<std::unique_ptr<MemoryColumn>> columns_;
+  Single spacing_ = 1;
 };
 
 // Its operations are "Printer.BeginReport", "Printer.PrintLine", "Printer.PrintRow" and so on; a row is recorded with
@@ -83,6 +91,8 @@ class MemoryPrinter : public Printer {
 
   void SetEvents(PrinterEvents* listener) override { listener_ = listener; }
   void SetOutputOption(Integer option) override;
+  void SetRowStyle(Integer style) override;
+  void SetHeadStyle(Integer style) override;
   // Raises PrintInit and then, for the first page, PrintHeader, both before it returns.
   [[nodiscard]] bool BeginReport(Long owner, const Text& title) override;
   void EndReport() override;
@@ -94,6 +104,8 @@ class MemoryPrinter : public Printer {
   void PrintLine(const Text& line) override;
   void PrintRow() override;
   void PrintHeadingRow() override;
+  void NewPage() override;
+  void CheckPage() override;
   void BeginProgress(const Text& title) override;
   void SetProgressFraction(Single fraction) override;
   [[nodiscard]] bool ProgressCancelled() const override;

@@ -41,6 +41,24 @@ TEST(HtmlRenderer, HoldsTitleHeadLinesAndTables) {
   EXPECT_THAT(page, HasSubstr("<tbody>\n<tr><td>007</td><td>Front of shop</td>"));
 }
 
+TEST(HtmlRenderer, MarksTheLookOfATableThatIsNotTheUsualOne) {
+  Report report = SampleReport();
+  EXPECT_THAT(HtmlRenderer().Render(report, SampleHead()), HasSubstr("<table>\n"));
+  auto& look = std::get<Table>(report.blocks[2]).look;
+  look.ruled_head = true;
+  EXPECT_THAT(HtmlRenderer().Render(report, SampleHead()), HasSubstr("<table class=\"ruled\">\n"));
+  look = {.spacing = 4, .close_rows = true, .ruled_head = true};
+  EXPECT_THAT(HtmlRenderer().Render(report, SampleHead()),
+              HasSubstr("<table class=\"close ruled\" style=\"--gap: 4\">\n"));
+}
+
+TEST(HtmlRenderer, BreaksPagesWhereTheReportDoesAndKeepsLinesWithWhatFollows) {
+  Report report;
+  report.blocks = {Line{"one"}, PageBreak{}, Line{.text = "two", .keeps_with_next = true}};
+  EXPECT_THAT(HtmlRenderer().Render(report, SampleHead()),
+              HasSubstr("<p>one</p>\n<hr class=\"page\">\n<p class=\"kept\">two</p>\n"));
+}
+
 TEST(HtmlRenderer, FollowsADarkScreenAndPrintsOnWhite) {
   const std::string page = HtmlRenderer().Render(SampleReport(), SampleHead());
   EXPECT_THAT(page, AllOf(HasSubstr("color-scheme: light dark"), HasSubstr("prefers-color-scheme: dark"),

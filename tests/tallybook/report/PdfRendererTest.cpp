@@ -30,6 +30,10 @@ class PdfRendererTest : public ::testing::Test {
     EXPECT_EQ(::pclose(reader), 0) << found;
     return found;
   }
+  [[nodiscard]] int PageCount() const {
+    const std::string info = Run("pdfinfo FILE | grep Pages");
+    return std::stoi(info.substr(info.find_first_of("0123456789")));
+  }
   [[nodiscard]] std::string TextOfPage(int page) const {
     const std::string number = std::to_string(page);
     return Run("pdftotext -layout -f " + number + " -l " + number + " FILE -");
@@ -59,8 +63,7 @@ TEST_F(PdfRendererTest, HoldsItsTextsOnAPageOfA4) {
 
 TEST_F(PdfRendererTest, RepeatsHeadsAndCountsPages) {
   Render(LongReport(120));
-  const std::string info = Run("pdfinfo FILE | grep Pages");
-  const int pages = std::stoi(info.substr(info.find_first_of("0123456789")));
+  const int pages = PageCount();
   ASSERT_GE(pages, 3);
   for (int page = 1; page <= pages; ++page) {
     EXPECT_THAT(TextOfPage(page), HasSubstr("Page " + std::to_string(page) + " of " + std::to_string(pages)));
@@ -100,6 +103,56 @@ TEST_F(PdfRendererTest, EndsWithAHeadAndARowThatAreLongerThanAPage) {
   const Blocks head(100, Line{"A head that fills the page"});
   Render(report, [&](int) -> const Blocks& { return head; });
   EXPECT_THAT(Run("pdfinfo FILE"), HasSubstr("Pages:"));
+}
+
+TEST_F(PdfRendererTest, BeginsANewPageWhereTheReportDoes) {
+  Report report = SampleReport();
+  report.blocks.emplace_back(PageBreak{});
+  report.blocks.emplace_back(Line{"On the second"});
+  report.blocks.emplace_back(PageBreak{});
+  Render(report);
+  EXPECT_EQ(PageCount(), 2) << "a break with nothing behind it makes no page";
+  EXPECT_THAT(TextOfPage(2), AllOf(HasSubstr("North Shop - QDX Import"), HasSubstr("On the second")));
+}
+
+TEST_F(PdfRendererTest, KeepsLinesWithTheTableThatFollows) {
+  // However much stands above them, the lines and the first row are on one page.
+  for (int lines = 58; lines < 66; ++lines) {
+    Report report{.title = "Kept", .created = "2004-02-03 14:05:09", .blocks = {}};
+    for (int line = 0; line < lines; ++line) report.blocks.emplace_back(Line{"Line"});
+    report.blocks.emplace_back(Line{.text = "Heading of it", .keeps_with_next = true});
+    report.blocks.emplace_back(Line{.text = "", .keeps_with_next = true});
+    report.blocks.emplace_back(Table{.widths = {1}, .head = {{"Head of it"}}, .body = {{"First row"}}});
+    Render(report);
+    for (int page = 1; page <= PageCount(); ++page) {
+      const std::string text = TextOfPage(page);
+      EXPECT_EQ(text.find("Heading of it") == std::string::npos, text.find("First row") == std::string::npos)
+          << lines << " lines, page " << page;
+    }
+  }
+}
+
+TEST_F(PdfRendererTest, HasRoomForMoreRowsWhereTheyStandClose) {
+  Report report = LongReport(200);
+  Render(report);
+  const int usual = PageCount();
+  auto& look = std::get<Table>(report.blocks[2]).look;
+  look = {.spacing = 4, .close_rows = true, .ruled_head = true};
+  Render(report);
+  EXPECT_LT(PageCount(), usual);
+  EXPECT_THAT(TextOfPage(1), HasSubstr("Account Description"));
+}
+
+TEST_F(PdfRendererTest, MovesColumnsApartWithTheSpacing) {
+  const auto gap = [&](Single spacing) {
+    Report report;
+    report.blocks = {Table{.widths = {1, 1}, .head = {}, .body = {{"left", "right"}}, .look = {.spacing = spacing}}};
+    Render(report);
+    const std::string words = Run("pdftotext -bbox FILE -");
+    const auto right = words.rfind("xMin=\"", words.find(">right<"));
+    return std::stod(words.substr(right + 6));
+  };
+  EXPECT_NEAR(gap(4) - gap(1), 15, 0.5) << "half of thirty points";
 }
 
 TEST_F(PdfRendererTest, TakesTextsThatAreNoUtf8) {

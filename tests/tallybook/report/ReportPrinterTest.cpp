@@ -28,11 +28,15 @@ class Listener : public PrinterEvents {
     ++heads;
     printer.PrintLine("North Shop - QDX Import");
     if (clears_columns) printer.Columns().ClearText();
+    if (!breaks_pages) return;
+    printer.NewPage();
+    printer.CheckPage();
   }
 
   int inits = 0;
   int heads = 0;
   bool clears_columns = false;
+  bool breaks_pages = false;
 };
 
 class Display : public engine::ProgressDisplay {
@@ -149,6 +153,67 @@ TEST_F(ReportPrinterTest, BreaksALineAtLineBreaksOfEitherKind) {
   EXPECT_THAT(out_.str(), EndsWith("\na\nb\nc\n"));
 }
 
+TEST_F(ReportPrinterTest, PrintsTablesInTheLookThatWasSet) {
+  printer_.SetRowStyle(kCloseRows);
+  printer_.SetHeadStyle(kRuledHead);
+  printer_.Columns().SetSpacing(printer_.Columns().Spacing() * 4);
+  Begin(printer_);
+  EXPECT_EQ(printer_.Columns().Spacing(), 4.0F) << "a report begins without columns, but keeps the spacing";
+  SetCells(printer_, {"A", "", "", ""});
+  printer_.PrintHeadingRow();
+  printer_.EndReport();
+  const std::string rule = "--------     -------------------------     --------     ------------------------\n";
+  EXPECT_THAT(out_.str(), EndsWith("\n\n" + rule + "A\n" + rule));
+}
+
+TEST_F(ReportPrinterTest, TakesAStyleThatItDoesNotKnowForTheUsualOne) {
+  printer_.SetRowStyle(77);
+  printer_.SetHeadStyle(-1);
+  Begin(printer_);
+  SetCells(printer_, {"A", "", "", ""});
+  printer_.PrintHeadingRow();
+  printer_.EndReport();
+  EXPECT_THAT(out_.str(),
+              EndsWith("\n\nA\n---------  ----------------------------  ---------  ----------------------------\n"));
+}
+
+TEST_F(ReportPrinterTest, BeginsANewPageAndWithItAnotherTable) {
+  Begin(printer_);
+  printer_.NewPage();
+  SetCells(printer_, {"1", "", "", ""});
+  printer_.PrintRow();
+  printer_.NewPage();
+  printer_.NewPage();
+  SetCells(printer_, {"2", "", "", ""});
+  printer_.PrintRow();
+  printer_.EndReport();
+  EXPECT_THAT(out_.str(), EndsWith("Import\n\n1\n\fNorth Shop - QDX Import\n\n2\n"));
+  EXPECT_EQ(listener_.heads, 2) << "nothing is printed on a page of its own";
+}
+
+TEST_F(ReportPrinterTest, KeepsAHeadAndTheLinesAboveItTogether) {
+  ReportPrinter printer({.path = folder_.Path("report.html")});
+  Begin(printer);
+  printer.CheckPage();
+  for (const char* line : {"far", "one", "two", "three"}) printer.PrintLine(line);
+  SetCells(printer, {"A", "", "", ""});
+  printer.PrintHeadingRow();
+  printer.CheckPage();
+  printer.EndReport();
+  const std::string page = folder_.Read("report.html");
+  EXPECT_THAT(page, HasSubstr("<p>far</p>"));
+  for (const char* line : {"one", "two", "three"})
+    EXPECT_THAT(page, HasSubstr("<p class=\"kept\">" + std::string(line) + "</p>"));
+}
+
+TEST_F(ReportPrinterTest, LetsAPageHeadNeitherBreakNorCheckAPage) {
+  listener_.breaks_pages = true;
+  Begin(printer_);
+  printer_.PrintLine("a");
+  printer_.EndReport();
+  EXPECT_THAT(out_.str(), EndsWith("North Shop - QDX Import\n\na\n"));
+}
+
 TEST_F(ReportPrinterTest, TakesTheFormFromTheExtensionInAnyCase) {
   for (const auto& [name, start] : {std::pair{"r.txt", "QDX Import"}, std::pair{"r.HTML", "<!DOCTYPE html>"},
                                     std::pair{"r.htm", "<!DOCTYPE html>"}, std::pair{"r.Pdf", "%PDF-"}}) {
@@ -224,6 +289,8 @@ TEST_F(ReportPrinterTest, NeedsAReportThatHasBegun) {
   EXPECT_THAT([&] { printer_.PrintLine("a"); }, FailsWith(FailureNumber::kObjectNotSet));
   EXPECT_THAT([&] { printer_.PrintRow(); }, FailsWith(FailureNumber::kObjectNotSet));
   EXPECT_THAT([&] { printer_.PrintHeadingRow(); }, FailsWith(FailureNumber::kObjectNotSet));
+  EXPECT_THAT([&] { printer_.NewPage(); }, FailsWith(FailureNumber::kObjectNotSet));
+  EXPECT_THAT([&] { printer_.CheckPage(); }, FailsWith(FailureNumber::kObjectNotSet));
   EXPECT_NO_THROW(printer_.EndReport());
   EXPECT_EQ(out_.str(), "");
 }

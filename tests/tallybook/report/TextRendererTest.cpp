@@ -47,6 +47,32 @@ TEST(TextRenderer, PrintsRowsWithFewerCellsThanColumns) {
   EXPECT_THAT(TextRenderer(10).Render(report, SampleHead()), ::testing::EndsWith("\n\na\n\n"));
 }
 
+TEST(TextRenderer, PutsTheRoomBetweenColumnsAndTheRuleAboveAHeadWhereTheyAreWanted) {
+  Report report;
+  report.blocks = {Table{.widths = {1, 1},
+                         .head = {{"A", "B"}},
+                         .body = {{"a", "b"}},
+                         .look = {.spacing = 4, .close_rows = true, .ruled_head = true}}};
+  EXPECT_THAT(TextRenderer(15).Render(report, SampleHead()), ::testing::EndsWith("\n\n"
+                                                                                 "-----     -----\n"
+                                                                                 "A         B\n"
+                                                                                 "-----     -----\n"
+                                                                                 "a         b\n"));
+}
+
+TEST(TextRenderer, BeginsANewPageWithAFormFeedAndItsHead) {
+  Report report;
+  report.blocks = {Line{"one"}, PageBreak{}, Line{"two"}};
+  std::vector<int> asked;
+  const Blocks head = {Line{"Head"}};
+  const std::string text = TextRenderer().Render(report, [&](int page) -> const Blocks& {
+    asked.push_back(page);
+    return head;
+  });
+  EXPECT_THAT(text, ::testing::EndsWith("\nHead\n\none\n\fHead\n\ntwo\n"));
+  EXPECT_THAT(asked, ElementsAre(1, 2));
+}
+
 TEST(Wrapped, BreaksAtBlanksAndDropsThem) {
   EXPECT_THAT(Wrapped("one two  three", 7), ElementsAre("one two", "three"));
   EXPECT_THAT(Wrapped("one two", 4), ElementsAre("one", "two"));
