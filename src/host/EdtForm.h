@@ -1,5 +1,9 @@
 // The list window in which the exchange definitions are shown: rows with cells, three action buttons, a totals line.
 // Whoever asked the factory for one owns it.
+//
+// A window asks for its totals when it is shown, and after each event that has changed its rows. It hands its events
+// through GuardedEdtFormEvents (support/GuardedEdtFormEvents.h): what a listener throws is told, and the window stays
+// open.
 #pragma once
 
 #include "base/Types.h"
@@ -11,7 +15,7 @@ namespace tallybook {
 class EdtFormEvents {
  public:
   virtual ~EdtFormEvents() = default;
-  // The totals line is due; `text` is taken as it stands afterwards.
+  // The totals line is asked for; `text` is taken as it stands afterwards.
   virtual void ShowTotals(Text& text) = 0;
   // Action button 1 to 3 was pressed.
   virtual void ActionButton(Integer button, Integer record) = 0;
@@ -23,7 +27,7 @@ class EdtFormEvents {
   virtual void EditSave(bool& result) = 0;
   virtual void ShowHelp(Long topic) = 0;
   // The window asks whether it is to close because the application does.
-  virtual void NeedToShutdown(bool& flag) = 0;
+  virtual void NeedtoShutdown(bool& flag) = 0;
 };
 
 class EdtForm {
@@ -51,9 +55,9 @@ class EdtForm {
   virtual void AddRow(const Text& key, Integer record, const Text& title) = 0;
   // The next column of the row just added.
   virtual void AddCell(const Text& text) = 0;
-  // A key that no row has does nothing.
+  // Of several rows of one key the first goes. A key that no row has does nothing.
   virtual void RemoveRow(const Text& key) = 0;
-  // Told when the totals text has been set.
+  // Draws the totals line again; asks for nothing.
   virtual void RefreshTotals() = 0;
 
   [[nodiscard]] virtual Long Hwnd() const = 0;

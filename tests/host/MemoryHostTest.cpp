@@ -359,7 +359,8 @@ TEST_F(MemoryExportObjectTest, AnyCallCanBeRefusedOrFail) {
 class NotedEvents : public EdtFormEvents {
  public:
   std::vector<Text> noted;
-  void ShowTotals(Text& text) override { text = "2 layouts"; }
+  int totals = 0;
+  void ShowTotals(Text& text) override { text = std::to_string(++totals) + ". totals"; }
   void ActionButton(Integer button, Integer record) override {
     noted.push_back("Action " + std::to_string(button) + " " + std::to_string(record));
   }
@@ -368,7 +369,7 @@ class NotedEvents : public EdtFormEvents {
   void DeleteRec(Integer record) override { noted.push_back("Delete " + std::to_string(record)); }
   void EditSave(bool& result) override { result = true; }
   void ShowHelp(Long topic) override { noted.push_back("Help " + std::to_string(topic)); }
-  void NeedToShutdown(bool& flag) override { flag = false; }
+  void NeedtoShutdown(bool& flag) override { flag = false; }
 };
 
 TEST_F(MemoryHostTest, AListWindowRunsTheUsersActsWhileItIsOpen) {
@@ -397,13 +398,47 @@ TEST_F(MemoryHostTest, AListWindowRunsTheUsersActsWhileItIsOpen) {
   const ListWindow& window = *host_->factory.windows.at(0);
   EXPECT_THAT(events.noted, ElementsAre("Action 2 2"));
   EXPECT_THAT(window.rows, ElementsAre(ListWindow::Row{"B", 2, {"Second", "12"}}));
-  EXPECT_EQ(window.totals, "2 layouts");
+  EXPECT_EQ(window.totals, "1. totals");
   EXPECT_EQ(window.title, "Layouts");
   EXPECT_EQ(window.action_buttons.at(2), "Import");
   EXPECT_EQ(window.owner, 8);
   EXPECT_EQ(window.shown, 1);
   EXPECT_FALSE(window.open);
   EXPECT_THAT(record_.calls, Contains("EdtForm.AddRow B 2 Second"));
+}
+
+TEST_F(MemoryHostTest, AListWindowAsksForItsTotalsWhenItIsShownAndAfterItsRowsHaveChanged) {
+  NotedEvents events;
+  MemoryEdtForm form(record_);
+  form.SetEvents(&events);
+  std::vector<int> asked;
+  form.acts = {[&](MemoryEdtForm& window, EdtFormEvents&) {
+                 asked.push_back(window->totals_asked);
+                 window.RefreshTotals();
+               },
+               [&](MemoryEdtForm& window, EdtFormEvents&) {
+                 asked.push_back(window->totals_asked);
+                 window.AddRow("A", 1, "First");
+                 window.AddRow("B", 2, "Second");
+               },
+               [&](MemoryEdtForm& window, EdtFormEvents&) {
+                 asked.push_back(window->totals_asked);
+                 window.RemoveRow("none");
+               },
+               [&](MemoryEdtForm& window, EdtFormEvents&) { window.RemoveRow("A"); },
+               [&](MemoryEdtForm& window, EdtFormEvents&) { window.ClearList(); }};
+  form.Show(0);
+  EXPECT_THAT(asked, ElementsAre(1, 1, 2)) << "once for all that one event changes";
+  EXPECT_EQ(form->totals_asked, 4);
+  EXPECT_EQ(form->totals, "4. totals");
+  EXPECT_EQ(form->totals_drawn, 1) << "drawing asks for nothing";
+}
+
+TEST_F(MemoryHostTest, AListWindowRemovesTheFirstOfRowsWithOneKey) {
+  MemoryEdtForm form(record_);
+  for (const Integer record : {Integer{1}, Integer{2}, Integer{3}}) form.AddRow(record == 2 ? "B" : "A", record, "");
+  form.RemoveRow("A");
+  EXPECT_THAT(form->rows, ElementsAre(ListWindow::Row{"B", 2, {""}}, ListWindow::Row{"A", 3, {""}}));
 }
 
 TEST_F(MemoryHostTest, AListWindowRefusesACellWithoutARowAndActsThatNobodyHears) {

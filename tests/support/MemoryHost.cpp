@@ -6,6 +6,7 @@
 
 #include "base/Dates.h"
 #include "base/Failure.h"
+#include "support/GuardedEdtFormEvents.h"
 
 namespace tallybook::testing {
 
@@ -187,11 +188,13 @@ void MemoryEdtForm::SetFontSize(Single points) {
 
 void MemoryEdtForm::ClearList() {
   record_.Tell("EdtForm.ClearList");
+  *rows_changed_ = true;
   window_->rows.clear();
 }
 
 void MemoryEdtForm::AddRow(const Text& key, Integer record, const Text& title) {
   record_.Tell("EdtForm.AddRow", key, record, title);
+  *rows_changed_ = true;
   window_->rows.push_back({key, record, {title}});
 }
 
@@ -204,12 +207,15 @@ void MemoryEdtForm::AddCell(const Text& text) {
 
 void MemoryEdtForm::RemoveRow(const Text& key) {
   record_.Tell("EdtForm.RemoveRow", key);
-  std::erase_if(window_->rows, [&](const ListWindow::Row& row) { return row.key == key; });
+  const auto row = std::ranges::find(window_->rows, key, &ListWindow::Row::key);
+  if (row == window_->rows.end()) return;
+  window_->rows.erase(row);
+  *rows_changed_ = true;
 }
 
 void MemoryEdtForm::RefreshTotals() {
   record_.Tell("EdtForm.RefreshTotals");
-  if (listener_ != nullptr) listener_->ShowTotals(window_->totals);
+  ++window_->totals_drawn;
 }
 
 Long MemoryEdtForm::Hwnd() const {
@@ -222,12 +228,22 @@ void MemoryEdtForm::Show(Long owner) {
   if (!acts.empty() && listener_ == nullptr) throw std::logic_error("A list window with acts has no listener");
   // The listener may drop this window within an act, so what the walk needs is held by hand.
   const std::shared_ptr<ListWindow> shown = window_;
+  const std::shared_ptr<bool> rows_changed = rows_changed_;
   const std::vector<Act> todo = acts;
-  EdtFormEvents* const events = listener_;
+  GuardedEdtFormEvents events(listener_);
+  const auto ask_for_totals = [&] {
+    *rows_changed = false;
+    ++shown->totals_asked;
+    events.ShowTotals(shown->totals);
+  };
   shown->owner = owner;
   ++shown->shown;
   shown->open = true;
-  for (const Act& act : todo) act(*this, *events);
+  ask_for_totals();
+  for (const Act& act : todo) {
+    act(*this, events);
+    if (*rows_changed) ask_for_totals();
+  }
   shown->open = false;
 }
 

@@ -149,14 +149,16 @@ struct ListWindow {
   Text font_name;
   Single font_size = 0;
   std::vector<Row> rows;
-  Long owner = 0;     // of the last Show
-  Text totals;        // what the listener answered the last RefreshTotals; starts empty
-  int shown = 0;      // how many times
+  Long owner = 0;        // of the last Show
+  Text totals;           // what the listener answered last; starts empty
+  int totals_asked = 0;  // how many times
+  int totals_drawn = 0;  // by RefreshTotals
+  int shown = 0;
   bool open = false;  // within Show
 };
 
-// Its operations are "EdtForm.AddRow", "EdtForm.Show" and so on. Show runs the acts that the test gave, in order, and
-// returns; without an act it returns at once.
+// Its operations are "EdtForm.AddRow", "EdtForm.Show" and so on. Show asks for the totals, runs the acts that the test
+// gave, in order, and returns. What an act reaches the listener with goes through the guard that every list window has.
 class MemoryEdtForm : public EdtForm {
  public:
   // What the user does while the window is open: calls the events of the listener, looks at the rows.
@@ -188,7 +190,6 @@ class MemoryEdtForm : public EdtForm {
   // Without a row it is failure 5.
   void AddCell(const Text& text) override;
   void RemoveRow(const Text& key) override;
-  // Asks the listener for the totals at once.
   void RefreshTotals() override;
   [[nodiscard]] Long Hwnd() const override;
   // Acts without a listener are std::logic_error: nobody would hear them.
@@ -198,6 +199,7 @@ class MemoryEdtForm : public EdtForm {
   CallRecord& record_;
   EdtFormEvents* listener_ = nullptr;
   std::shared_ptr<ListWindow> window_ = std::make_shared<ListWindow>();
+  std::shared_ptr<bool> rows_changed_ = std::make_shared<bool>(false);  // since the totals were asked for
 };
 
 // Its operations are "PrintSequence.LoadSequences", "PrintSequence.SetSequenceFixed" and so on.
