@@ -60,9 +60,21 @@ Integer PositionIn(const std::vector<Integer>& positions, Long number) {
 
 template <typename Row>
 const Row& RowAt(const std::vector<Row>& rows, Integer position) {
-  const Long count = ToLong(static_cast<long long>(rows.size()));
-  if (position < 1 || position > count) FailOutsideTable(position, count);
+  if (position < 1 || static_cast<std::size_t>(position) > rows.size())
+    FailOutsideTable(position, ToLong(static_cast<long long>(rows.size())));
   return rows[static_cast<std::size_t>(position - 1)];
+}
+
+// Adding zero takes the sign from a negative zero, which is no figure of its own.
+void Put(Double& figure, Double value) {
+  figure = value + 0.0;
+}
+
+// The first figure that is put into a record. Apart, so that those that follow, of which an import puts millions, need no
+// registers for it.
+[[gnu::noinline]] void CopyThenPut(const Double* row, std::vector<Double>& changed_row, Double& figure, Double value) {
+  std::copy_n(row, changed_row.size(), changed_row.begin());
+  Put(figure, value);
 }
 
 template <typename Row>
@@ -395,13 +407,12 @@ void Book::SetFieldValue(Integer field_number, Double value) {
   if (row_ == nullptr || number >= position_of_field_.size() || position_of_field_[number] == 0)
     FailField(field_number);
   if (!std::isfinite(value)) FailFigure(field_number, value);
+  Double& figure = changed_row_.data()[position_of_field_[number] - 1];
   if (!changed_) {
-    std::copy_n(row_, changed_row_.size(), changed_row_.begin());
-    row_ = changed_row_.data();
     changed_ = true;
+    return CopyThenPut(std::exchange(row_, changed_row_.data()), changed_row_, figure, value);
   }
-  // Adding zero takes the sign from a negative zero, which is no figure of its own.
-  changed_row_[static_cast<std::size_t>(position_of_field_[number] - 1)] = value + 0.0;
+  Put(figure, value);
 }
 
 bool Book::DateValid(Date date) const {

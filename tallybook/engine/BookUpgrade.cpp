@@ -82,12 +82,8 @@ void ConvertMarks(Database& database, JournalTables& tables, JournalRow& row) {
   DbStatement select(database, "SELECT key, rows, image FROM old_journal_chunk WHERE entry = ?1 ORDER BY key");
   select.Bind(1, std::int64_t{row.entry.id});
   while (select.Step()) {
-    ChunkMark mark;
-    mark.rows.assign(select.Bytes(1).begin(), select.Bytes(1).end());
-    mark.image = select.Int(2);
-    tables.InsertMark(row.entry.id, select.Int(0), mark);
+    row.marks_sum += tables.InsertMark(row.entry.id, select.Int(0), select.Bytes(1), select.Int(2));
     ++row.marks;
-    row.marks_sum += mark.checksum;
   }
 }
 

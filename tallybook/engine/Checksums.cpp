@@ -1,5 +1,7 @@
 #include "tallybook/engine/Checksums.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstring>
 
 // The library's functions become part of this source, so that nothing need be linked.
@@ -28,17 +30,20 @@ std::optional<CheckedBytes> TakeChecked(std::span<const std::byte> bytes, std::i
   return CheckedBytes{checked, stored};
 }
 
+void Digest::Append(const void* from, std::size_t size) {
+  constexpr std::size_t kFirstRoom = 256;
+  if (used_ + size > bytes_.size()) bytes_.resize(std::max(kFirstRoom, 2 * (used_ + size)));
+  if (size != 0) std::memcpy(bytes_.data() + used_, from, size);
+  used_ += size;
+}
+
 Digest& Digest::Add(std::int64_t number) {
-  const std::size_t end = bytes_.size();
-  bytes_.resize(end + sizeof number);
-  std::memcpy(bytes_.data() + end, &number, sizeof number);
+  Append(&number, sizeof number);
   return *this;
 }
 
 Digest& Digest::Add(Double number) {
-  std::int64_t bits = 0;
-  std::memcpy(&bits, &number, sizeof bits);
-  return Add(bits);
+  return Add(std::bit_cast<std::int64_t>(number));
 }
 
 Digest& Digest::Add(const Text& text) {
@@ -47,12 +52,12 @@ Digest& Digest::Add(const Text& text) {
 
 Digest& Digest::Add(std::span<const std::byte> bytes) {
   Add(static_cast<std::int64_t>(bytes.size()));
-  bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+  Append(bytes.data(), bytes.size());
   return *this;
 }
 
 Checksum Digest::Value() const {
-  return ChecksumOf(bytes_, 0);
+  return ChecksumOf(std::span(bytes_).first(used_), 0);
 }
 
 }  // namespace tallybook::engine

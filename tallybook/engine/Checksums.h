@@ -40,7 +40,10 @@ class Digest {
   [[nodiscard]] Checksum Value() const;
 
  private:
-  std::vector<std::byte> bytes_;
+  void Append(const void* from, std::size_t size);
+
+  std::vector<std::byte> bytes_;  // room; the first `used_` of it count
+  std::size_t used_ = 0;
 };
 
 // A checksum as SQLite keeps it in a column, and back.

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <type_traits>
 
 #include "base/Failure.h"
 
@@ -46,12 +47,27 @@ RowRange Trimmed(const ChunkShape& shape, const ChunkRows& rows) {
   return range;
 }
 
-// The nearest whole number, ties to even, for values below 2 to the 51st; others give something far off. Adding and
-// taking away this number is a pair of instructions that can be done for several values at a time, which no library
-// call is.
+// Added to a value below 2 to the 51st, 1.5 times 2 to the 52nd leaves the nearest whole number, ties to even, in the
+// lowest bits of the sum; taken away again it leaves that number as a value. For other values both give something far
+// off. These are instructions that can be done for several values at a time, which no library call is.
+constexpr Double kShift = 6755399441055744.0;
+
 Double NearestWhole(Double value) {
-  constexpr Double kShift = 6755399441055744.0;  // 1.5 times 2 to the 52nd
   return (value + kShift) - kShift;
+}
+
+std::uint64_t BitsOf(Double value) {
+  return std::bit_cast<std::uint64_t>(value);
+}
+
+// What is to be taken from the bits of a value with kShift added, so that the rest has no bit beyond those of `Whole`
+// just where the whole number is one of `Whole`.
+template <typename Whole>
+constexpr std::uint64_t kLeastBits = std::bit_cast<std::uint64_t>(kShift + std::numeric_limits<Whole>::min());
+
+template <typename Whole>
+bool AreWithin(std::uint64_t bits) {
+  return bits <= std::numeric_limits<std::make_unsigned_t<Whole>>::max();
 }
 
 // Which whole numbers hold all values exactly, when each is divided by the power of ten that was asked.
@@ -62,36 +78,32 @@ struct DecimalFit {
   [[nodiscard]] std::size_t Width() const { return wide ? (narrow ? sizeof(std::int16_t) : sizeof(std::int32_t)) : 0; }
 };
 
-template <typename Whole>
-bool AreWithin(Double lowest, Double highest, Double power) {
-  return lowest >= std::numeric_limits<Whole>::min() * power && highest <= std::numeric_limits<Whole>::max() * power;
-}
-
-// One pass finds out all of it. Operators that stop early would keep the inner loop from being done several figures at a
-// time. Not-a-number equals nothing, so it fits in no form.
+// One pass finds out all of it: bits are gathered that are zero, or few, as long as all values fit. What stops early, and
+// comparisons, would keep the inner loop from being done several figures at a time. Infinities and not-a-number have bits
+// beyond any whole number's.
 DecimalFit FitOf(std::span<const Double> values, std::size_t decimals) {
   constexpr std::size_t kBlock = 256;
   const Double power = kPowersOfTen[decimals];
-  DecimalFit fit;
-  while (!values.empty() && fit.wide) {
+  std::uint64_t other = 0;  // bits that differ when the whole number is divided again
+  std::uint64_t fraction = 0;
+  std::uint64_t wide = 0;
+  std::uint64_t narrow = 0;
+  std::uint64_t undivided = 0;
+  const auto all_fit = [&] { return other == 0 && AreWithin<std::int32_t>(wide); };
+  while (!values.empty() && all_fit()) {
     const auto block = values.first(std::min(kBlock, values.size()));
-    bool exact = true;
-    bool whole = true;
-    Double lowest = 0;
-    Double highest = 0;
     for (const Double value : block) {
-      const Double scaled = NearestWhole(value * power);
-      exact &= scaled / power == value;
-      whole &= NearestWhole(value) == value;
-      lowest = std::min(lowest, scaled);
-      highest = std::max(highest, scaled);
+      const Double scaled = value * power + kShift;
+      const Double plain = value + kShift;
+      other |= BitsOf((scaled - kShift) / power) ^ BitsOf(value);
+      fraction |= BitsOf(plain - kShift) ^ BitsOf(value);
+      wide |= BitsOf(scaled) - kLeastBits<std::int32_t>;
+      narrow |= BitsOf(scaled) - kLeastBits<std::int16_t>;
+      undivided |= BitsOf(plain) - kLeastBits<std::int16_t>;
     }
-    fit.wide = exact && AreWithin<std::int32_t>(lowest, highest, 1);
-    fit.narrow &= AreWithin<std::int16_t>(lowest, highest, 1);
-    fit.undivided &= whole && AreWithin<std::int16_t>(lowest, highest, power);
     values = values.subspan(block.size());
   }
-  return fit;
+  return {all_fit(), AreWithin<std::int16_t>(narrow), fraction == 0 && AreWithin<std::int16_t>(undivided)};
 }
 
 template <typename Whole>

@@ -28,6 +28,12 @@ bool HasBit(std::span<const std::byte> bits, std::size_t index) {
   return (bits[index / 8] & (std::byte{1} << (index % 8))) != std::byte{0};
 }
 
+// Bits with those of another row set besides.
+std::vector<std::byte> WithBits(std::vector<std::byte> bits, std::span<const std::byte> others) {
+  for (std::size_t index = 0; index < std::min(bits.size(), others.size()); ++index) bits[index] |= others[index];
+  return bits;
+}
+
 }  // namespace
 
 FigureStore::FigureStore(BookFile file, std::size_t cache_bytes)
@@ -220,16 +226,11 @@ void FigureStore::FailDamaged(std::int64_t key, const Text& what) const {
                 kSource);
 }
 
-bool FigureStore::Differs(const Double* figures) const {
-  const Double* stands = current_->rows.Find(current_row_, shape_.fields);
-  return std::memcmp(stands != nullptr ? stands : row_of_zeros_.data(), figures, shape_.fields * sizeof(Double)) != 0;
-}
-
 bool FigureStore::WriteRow(const Double* figures) {
-  if (!Differs(figures)) return false;
   Chunk& chunk = *current_;
-  const std::size_t size = shape_.fields * sizeof(Double);
   const Double* stands = chunk.rows.Find(current_row_, shape_.fields);
+  if (!DifferFrom(stands, figures)) return false;
+  const std::size_t size = shape_.fields * sizeof(Double);
   Double* row = stands != nullptr ? chunk.rows.Hold(current_row_, shape_) : HoldRow(chunk);
   if (entry_ != 0) Touch(chunk);
   if (!chunk.changed) {
@@ -259,7 +260,8 @@ RowRange FigureStore::LikelyRows(const Chunk& chunk) const {
 
 void FigureStore::Touch(Chunk& chunk) {
   if (chunk.touched_entry != entry_) {
-    chunk.mark = {};
+    chunk.mark.image = 0;
+    chunk.mark.checksum = 0;
     chunk.mark.rows.assign((shape_.rows + 7) / 8, std::byte{0});
     chunk.touched_entry = entry_;
     chunk.marked = false;
@@ -287,7 +289,7 @@ void FigureStore::CommitAs(JournalState state) {
     entry.entry.state = state;
     AccountSums sums = sums_;
     std::vector<StoredAs> stored;
-    std::vector<ChunkMark> marks;
+    std::vector<MarkedAs> marks;
     Transaction transaction(file_.Db());
     WriteAll(entry, sums, stored, marks);
     transaction.Commit();
@@ -299,7 +301,10 @@ void FigureStore::CommitAs(JournalState state) {
       chunk.stored = stored[index].row;
       chunk.checksum = stored[index].checksum;
       if (entry_ == 0) continue;
-      chunk.mark = std::move(marks[index]);
+      MarkedAs& mark = marks[index];
+      chunk.mark.image = mark.image;
+      chunk.mark.checksum = mark.checksum;
+      if (mark.rows) chunk.mark.rows = std::move(*mark.rows);
       chunk.marked = true;
     }
     if (!changed_.empty()) file_is_empty_ = false;
@@ -313,7 +318,7 @@ void FigureStore::CommitAs(JournalState state) {
 
 // Every chunk that is changed while an entry is open was touched under it: an entry begins and ends with a commit.
 void FigureStore::WriteAll(JournalRow& entry, AccountSums& sums, std::vector<StoredAs>& stored,
-                           std::vector<ChunkMark>& marks) {
+                           std::vector<MarkedAs>& marks) {
   stored.reserve(changed_.size());
   marks.reserve(entry_ == 0 ? 0 : changed_.size());
   if (entry_ != 0 && entry.entry.command == 0) {
@@ -328,30 +333,27 @@ void FigureStore::WriteAll(JournalRow& entry, AccountSums& sums, std::vector<Sto
   if (entry_ != 0) journal_.Save(entry);
 }
 
-ChunkMark FigureStore::WriteMark(const Chunk& chunk, JournalRow& entry) {
+FigureStore::MarkedAs FigureStore::WriteMark(const Chunk& chunk, JournalRow& entry) {
   const Long id = entry.entry.id;
-  std::optional<ChunkMark> stands;
+  const ChunkMark& mark = chunk.mark;
+  MarkedAs marked;
   if (chunk.marked) {
-    stands = chunk.mark;
-  } else if (marks_given_up_) {
-    stands = journal_.FindMark(id, chunk.key);
-  }
-  ChunkMark mark = chunk.mark;
-  if (stands) {
-    for (std::size_t index = 0; index < std::min(stands->rows.size(), mark.rows.size()); ++index) {
-      mark.rows[index] |= stands->rows[index];
-    }
-    mark.image = stands->image;
+    entry.marks_sum -= mark.checksum;
+    marked.image = mark.image;
+    marked.checksum = journal_.UpdateMark(id, chunk.key, mark.rows, marked.image);
+  } else if (auto stands = marks_given_up_ ? journal_.FindMark(id, chunk.key) : std::nullopt) {
     entry.marks_sum -= stands->checksum;
-    journal_.UpdateMark(id, chunk.key, mark);
+    marked.image = stands->image;
+    marked.rows = WithBits(std::move(stands->rows), mark.rows);
+    marked.checksum = journal_.UpdateMark(id, chunk.key, *marked.rows, marked.image);
   } else {
-    mark.image = entry.entry.keeps_images && chunk.stored != 0 ? journal_.CopyImage(chunk.stored) : 0;
+    marked.image = entry.entry.keeps_images && chunk.stored != 0 ? journal_.CopyImage(chunk.stored) : 0;
+    marked.checksum = journal_.InsertMark(id, chunk.key, mark.rows, marked.image);
     ++entry.marks;
     ++entry.entry.chunks;
-    journal_.InsertMark(id, chunk.key, mark);
   }
-  entry.marks_sum += mark.checksum;
-  return mark;
+  entry.marks_sum += marked.checksum;
+  return marked;
 }
 
 FigureStore::StoredAs FigureStore::Store(StoredAs stands, std::int64_t key, const ChunkRows& rows, AccountSums& sums) {
@@ -438,13 +440,10 @@ void FigureStore::UndoEntry(JournalRow row, JournalRow undo, StoredChunks& chunk
   journal_.Save(undo);
   journal_.VisitMarks(row, [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image) {
     const std::optional<StoredChunk> stored = chunks.Find(key);
-    ChunkMark undone;
-    undone.rows = mark.rows;
-    undone.image = stored ? journal_.CopyImage(stored->row) : 0;
-    journal_.InsertMark(undo.entry.id, key, undone);
+    const std::int64_t image_of_undo = stored ? journal_.CopyImage(stored->row) : 0;
+    undo.marks_sum += journal_.InsertMark(undo.entry.id, key, mark.rows, image_of_undo);
     ++undo.marks;
     ++undo.entry.chunks;
-    undo.marks_sum += undone.checksum;
     RestoreImage(stored ? &*stored : nullptr, key, mark, image, sums);
     chunks.EndWalk();
   });

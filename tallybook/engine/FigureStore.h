@@ -11,8 +11,10 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <span>
 #include <unordered_map>
 #include <vector>
@@ -62,7 +64,9 @@ class FigureStore {
     return figures != nullptr ? figures : row_of_zeros_.data();
   }
   // Whether new figures differ from what that row holds.
-  [[nodiscard]] bool Differs(const Double* figures) const;
+  [[nodiscard]] bool Differs(const Double* figures) const {
+    return DifferFrom(current_->rows.Find(current_row_, shape_.fields), figures);
+  }
   // Puts new figures into that row. Gives whether they differ from what it held.
   bool WriteRow(const Double* figures);
 
@@ -125,18 +129,30 @@ class FigureStore {
   Double* HoldRow(Chunk& chunk);
   [[nodiscard]] RowRange LikelyRows(const Chunk& chunk) const;
   [[nodiscard]] RowRange RecordsBetween(Date first, Date last) const;
+  // Whether figures differ from those of a row; null stands for a row of zeros.
+  [[nodiscard]] bool DifferFrom(const Double* row, const Double* figures) const {
+    const Double* stands = row != nullptr ? row : row_of_zeros_.data();
+    return std::memcmp(stands, figures, shape_.fields * sizeof(Double)) != 0;
+  }
   void Touch(Chunk& chunk);
   // A chunk's place in the file: its row, 0 where the file has none, and the checksum of its bytes.
   struct StoredAs {
     std::int64_t row = 0;
     Checksum checksum = 0;
   };
+  // A chunk's mark as the file has it: bits that differ from the chunk's own only where the file had some that the chunk
+  // lost with the cache.
+  struct MarkedAs {
+    std::int64_t image = 0;
+    Checksum checksum = 0;
+    std::optional<std::vector<std::byte>> rows;
+  };
 
   // Commits, and leaves the open entry in this state.
   void CommitAs(JournalState state);
-  void WriteAll(JournalRow& entry, AccountSums& sums, std::vector<StoredAs>& stored, std::vector<ChunkMark>& marks);
+  void WriteAll(JournalRow& entry, AccountSums& sums, std::vector<StoredAs>& stored, std::vector<MarkedAs>& marks);
   // Gives the chunk's mark as the file has it now.
-  [[nodiscard]] ChunkMark WriteMark(const Chunk& chunk, JournalRow& entry);
+  [[nodiscard]] MarkedAs WriteMark(const Chunk& chunk, JournalRow& entry);
   // Writes a chunk's figures into its row of the file, 0 for a new one, or takes the row away where they are all zero.
   // Gives what the file has now. New rows are put at the end of the table whatever their key, so that a walk
   // over dates, which writes one chunk of each account in turn, never makes room between others.

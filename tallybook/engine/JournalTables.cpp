@@ -11,8 +11,25 @@ namespace tallybook::engine {
 
 namespace {
 
-Checksum MarkChecksum(Long entry, std::int64_t key, std::int64_t image, std::span<const std::byte> rows) {
-  return Digest().Add(std::int64_t{entry}).Add(key).Add(image).Add(rows).Value();
+// What stands before a mark's bits while its checksum is made, and not in the file. Both are the items of a Digest; there
+// is a mark for each chunk that an import writes, so they are put together in one place that is used again.
+struct MarkHead {
+  std::int64_t entry;
+  std::int64_t key;
+  std::int64_t image;
+  std::int64_t rows_size;
+};
+
+// Puts head and bits into `bytes`; gives the checksum over both.
+Checksum PutMark(const MarkHead& head, std::span<const std::byte> rows, std::vector<std::byte>& bytes) {
+  bytes.resize(sizeof head + rows.size());
+  std::memcpy(bytes.data(), &head, sizeof head);
+  std::copy(rows.begin(), rows.end(), bytes.begin() + sizeof head);
+  return ChecksumOf(bytes, 0);
+}
+
+MarkHead HeadOf(Long entry, std::int64_t key, std::int64_t image, std::span<const std::byte> rows) {
+  return {entry, key, image, static_cast<std::int64_t>(rows.size())};
 }
 
 }  // namespace
@@ -51,15 +68,6 @@ Checksum EntryChecksum(const JournalRow& row) {
   digest.Add(static_cast<std::int64_t>(entry.state)).Add(std::int64_t{entry.keeps_images});
   digest.Add(std::int64_t{entry.undoes}).Add(std::int64_t{entry.chunks});
   return digest.Add(row.marks).Add(ToColumn(row.marks_sum)).Value();
-}
-
-Checksum PackMark(Long entry, std::int64_t key, std::int64_t image, std::span<const std::byte> rows,
-                  std::vector<std::byte>& bytes) {
-  const Checksum checksum = MarkChecksum(entry, key, image, rows);
-  bytes.assign(rows.begin(), rows.end());
-  bytes.resize(rows.size() + kChecksumSize);
-  std::memcpy(bytes.data() + rows.size(), &checksum, kChecksumSize);
-  return checksum;
 }
 
 JournalTables::JournalTables(Database& database) : database_(database) {}
@@ -182,7 +190,7 @@ std::int64_t JournalTables::CopyImage(std::int64_t chunk_row) {
   return database_.LastRow();
 }
 
-ChunkMark JournalTables::CheckedMark(Long entry, std::int64_t key, const DbStatement& statement, int column) const {
+ChunkMark JournalTables::CheckedMark(Long entry, std::int64_t key, const DbStatement& statement, int column) {
   const auto bytes = statement.Bytes(column);
   ChunkMark mark;
   mark.image = statement.Int(column + 1);
@@ -191,7 +199,8 @@ ChunkMark JournalTables::CheckedMark(Long entry, std::int64_t key, const DbState
     mark.rows.assign(rows.begin(), rows.end());
     std::memcpy(&mark.checksum, bytes.data() + rows.size(), kChecksumSize);
   }
-  if (bytes.size() < kChecksumSize || mark.checksum != MarkChecksum(entry, key, mark.image, mark.rows)) {
+  if (bytes.size() < kChecksumSize ||
+      mark.checksum != PutMark(HeadOf(entry, key, mark.image, mark.rows), mark.rows, bytes_)) {
     FailDamaged("what journal entry " + std::to_string(entry) + " changed does not agree with its checksum");
   }
   return mark;
@@ -204,23 +213,28 @@ std::optional<ChunkMark> JournalTables::FindMark(Long entry, std::int64_t key) {
   return CheckedMark(entry, key, find, 0);
 }
 
-void JournalTables::BindMark(DbStatement& statement, Long entry, std::int64_t key, ChunkMark& mark) {
-  mark.checksum = PackMark(entry, key, mark.image, mark.rows, bytes_);
-  statement.Bind(1, std::int64_t{entry}).Bind(2, key).Bind(3, std::span<const std::byte>(bytes_));
-  if (mark.image != 0) {
-    statement.Bind(4, mark.image);
+Checksum JournalTables::WriteMark(DbStatement& statement, Long entry, std::int64_t key, std::span<const std::byte> rows,
+                                  std::int64_t image) {
+  const Checksum checksum = PutMark(HeadOf(entry, key, image, rows), rows, bytes_);
+  bytes_.resize(bytes_.size() + kChecksumSize);
+  std::memcpy(bytes_.data() + bytes_.size() - kChecksumSize, &checksum, kChecksumSize);
+  statement.Bind(1, std::int64_t{entry}).Bind(2, key);
+  statement.Bind(3, std::span<const std::byte>(bytes_).subspan(sizeof(MarkHead)));
+  if (image != 0) {
+    statement.Bind(4, image);
   } else {
     statement.BindNull(4);
   }
   statement.Run();
+  return checksum;
 }
 
-void JournalTables::InsertMark(Long entry, std::int64_t key, ChunkMark& mark) {
-  BindMark(Prepared().insert_mark, entry, key, mark);
+Checksum JournalTables::InsertMark(Long entry, std::int64_t key, std::span<const std::byte> rows, std::int64_t image) {
+  return WriteMark(Prepared().insert_mark, entry, key, rows, image);
 }
 
-void JournalTables::UpdateMark(Long entry, std::int64_t key, ChunkMark& mark) {
-  BindMark(Prepared().update_mark, entry, key, mark);
+Checksum JournalTables::UpdateMark(Long entry, std::int64_t key, std::span<const std::byte> rows, std::int64_t image) {
+  return WriteMark(Prepared().update_mark, entry, key, rows, image);
 }
 
 void JournalTables::VisitMarks(const JournalRow& row, const MarkVisitor& visit) {

@@ -54,9 +54,9 @@ class JournalTables {
   // Copies a chunk from its row, and gives the image's row.
   std::int64_t CopyImage(std::int64_t chunk_row);
   [[nodiscard]] std::optional<ChunkMark> FindMark(Long entry, std::int64_t key);
-  // Writes a mark and puts its checksum into it.
-  void InsertMark(Long entry, std::int64_t key, ChunkMark& mark);
-  void UpdateMark(Long entry, std::int64_t key, ChunkMark& mark);
+  // Writes a mark of these bits and this image. Gives its checksum.
+  Checksum InsertMark(Long entry, std::int64_t key, std::span<const std::byte> rows, std::int64_t image);
+  Checksum UpdateMark(Long entry, std::int64_t key, std::span<const std::byte> rows, std::int64_t image);
 
   // Gives each mark of an entry with the bytes of its image, empty where there was no chunk, in the order of the keys.
   // Failure 57 where one is damaged or missing.
@@ -71,21 +71,19 @@ class JournalTables {
 
   [[nodiscard]] Statements& Prepared();
   [[nodiscard]] std::vector<JournalRow> RowsOfFirstFormat();
-  [[nodiscard]] ChunkMark CheckedMark(Long entry, std::int64_t key, const DbStatement& statement, int column) const;
-  void BindMark(DbStatement& statement, Long entry, std::int64_t key, ChunkMark& mark);
+  [[nodiscard]] ChunkMark CheckedMark(Long entry, std::int64_t key, const DbStatement& statement, int column);
+  Checksum WriteMark(DbStatement& statement, Long entry, std::int64_t key, std::span<const std::byte> rows,
+                     std::int64_t image);
   [[noreturn]] void FailDamaged(const Text& what) const;
   void Tell(const TroubleTaker& tell, Long entry, const Text& what) const;
 
   Database& database_;
   std::unique_ptr<Statements> statements_;  // made when they are needed: a file of an older format lacks their columns
-  std::vector<std::byte> bytes_;
+  std::vector<std::byte> bytes_;            // of a mark
 };
 
 // The checksums of rows as they stand in the file.
 [[nodiscard]] Checksum CommandChecksum(Long id, Date time, const Text& what, const Text& who);
 [[nodiscard]] Checksum EntryChecksum(const JournalRow& row);
-// Bits, and behind them the checksum over entry, key, image and bits.
-[[nodiscard]] Checksum PackMark(Long entry, std::int64_t key, std::int64_t image, std::span<const std::byte> rows,
-                                std::vector<std::byte>& bytes);
 
 }  // namespace tallybook::engine
