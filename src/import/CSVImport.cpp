@@ -14,6 +14,7 @@
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
 #include "import/CSVFieldStream.h"
+#include "import/Combine.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
 #include "platform/Screen.h"

@@ -16,6 +16,7 @@
 #include "host/FieldRecord.h"
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
+#include "import/Combine.h"
 #include "import/LineReader.h"
 #include "platform/MessageBoxes.h"
 #include "platform/Platform.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <set>
@@ -15,8 +16,8 @@
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
 #include "host/Printer.h"
+#include "import/Combine.h"
 #include "import/Matching.h"
-#include "import/TextImport.h"
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/MessageBoxes.h"
@@ -95,7 +96,7 @@ class ImportMap {
   [[nodiscard]] std::set<Long> UsedNumbers() const {
     std::set<Long> numbers;
     for (std::size_t i = 0; i < kColumns; ++i) {
-      if (used_[i]) numbers.insert(numbers_[i]);
+      if (used_[i]) numbers.insert(numbers.end(), numbers_[i]);  // most rise
     }
     return numbers;
   }
@@ -103,7 +104,9 @@ class ImportMap {
  private:
   static constexpr std::size_t kColumns = 10'000;
   static std::size_t Checked(Integer position) {
-    if (position >= 0 && static_cast<std::size_t>(position) < kColumns) return static_cast<std::size_t>(position);
+    // A negative number wraps to one that no table reaches.
+    const std::size_t place = static_cast<std::uint16_t>(position);
+    if (place < kColumns) return place;
     FailOutsideTable(position, static_cast<Long>(kColumns - 1));
   }
   std::array<Integer, kColumns> numbers_{};
@@ -117,13 +120,14 @@ class DateMarks {
   void Clear(Date first, Date last) {
     constexpr Date kMostDays = 400'000;  // a header may hold any dates
     first_ = first;
-    days_.assign(static_cast<std::size_t>(std::clamp(last - first + 1, 0.0, kMostDays)), false);
+    day_count_ = std::floor(std::clamp(last - first + 1, 0.0, kMostDays));
+    days_.assign(static_cast<std::size_t>(day_count_), 0);
     others_.clear();
   }
   void Mark(Date date) {
     const Date day = date - first_;
-    if (day >= 0 && day < static_cast<Date>(days_.size())) {
-      days_[static_cast<std::size_t>(day)] = true;
+    if (day >= 0 && day < day_count_) {
+      days_[static_cast<std::size_t>(static_cast<Long>(day))] = 1;
     } else {
       others_.insert(date);
     }
@@ -131,14 +135,15 @@ class DateMarks {
   [[nodiscard]] std::set<Date> Marked() const {
     std::set<Date> dates = others_;
     for (std::size_t day = 0; day < days_.size(); ++day) {
-      if (days_[day]) dates.insert(first_ + static_cast<Date>(day));
+      if (days_[day] != 0) dates.insert(first_ + static_cast<Date>(day));
     }
     return dates;
   }
 
  private:
   Date first_ = kNoDate;
-  std::vector<bool> days_;
+  Date day_count_ = 0;
+  std::vector<unsigned char> days_;  // one of bits would take longer to mark
   std::set<Date> others_;
 };
 
@@ -152,6 +157,8 @@ class ImportRun {
         definition_(means.definition),
         header_(means.header),
         report_(report),
+        math_(static_cast<Integer>(means.math == static_cast<Integer>(eMath::mSubtract) ? eMath::mSubtract
+                                                                                        : eMath::mAdd)),
         at_(Policy::kAsk, [this](const Failure& failure) { return TellFailure(failure); }) {}
 
   bool Run() {
@@ -186,7 +193,8 @@ class ImportRun {
   [[nodiscard]] Text Place() const {
     if (!in_body_) return record_.files.empty() ? "" : "before its first figure";
     if (means_.file_number == 0) return "behind its last figure";
-    Text place = "byte " + std::to_string(FileOf(means_.file_number).Position());
+    const auto ahead = static_cast<long long>(BytesOf<BodyValue>()) * values_ahead_;
+    Text place = "byte " + std::to_string(FileOf(means_.file_number).Position() - ahead);
     if (block_.account.account_index >= 1 && block_.account.account_index <= header_.NumAccounts) {
       place += ", account " + header_.AccountCodes(block_.account.account_index);
     }
@@ -433,6 +441,7 @@ class ImportRun {
     FileStream& stream = *at_(kBeginData, [&] { return &FileOf(means_.file_number); });
     const auto file_length = static_cast<Double>(at_(kBeginData, [&] { return stream.Size(); }));
     block_ = {};
+    values_ahead_ = 0;
     in_body_ = true;
     QDXFileImport& told = record_.files.back();
     told.body_end = ReadBlocks(stream, file_length);
@@ -488,12 +497,31 @@ class ImportRun {
   bool ReadValues(FileStream& stream, Integer target) {
     BodyCount count;
     if (!at_(kReadCount, [&] { return GetItem(stream, count); })) return false;
-    for (int i = 1; i <= count.values; ++i) {
+    if (const std::byte* const values = TakeValues(stream, count)) {
+      ApplyTaken(target, values, count);
+      return true;
+    }
+    for (int left = count.values; left > 0; --left) {
       BodyValue item;
       if (!at_(kReadValue, [&] { return GetItem(stream, item); })) return false;
       ApplyValue(target, item);
     }
     return true;
+  }
+
+  // All values of a date at once; null where there are none, or the stream does not hold them whole at the moment.
+  static const std::byte* TakeValues(FileStream& stream, const BodyCount& count) {
+    return count.values > 0 ? stream.Take(BytesOf<BodyValue>() * static_cast<std::size_t>(count.values)) : nullptr;
+  }
+
+  void ApplyTaken(Integer target, const std::byte* bytes, const BodyCount& count) {
+    values_ahead_ = count.values;
+    while (values_ahead_ > 0) {
+      BodyValue item;
+      bytes = Scan(bytes, item);
+      --values_ahead_;
+      ApplyValue(target, item);
+    }
   }
 
   // The record before is stored where it was changed.
@@ -511,9 +539,7 @@ class ImportRun {
       return;
     }
     const Double stored = at_(kGetValue, [&] { return masterfile_.FieldValue(field); });
-    const bool subtract = means_.math == static_cast<Integer>(eMath::mSubtract);
-    const auto math = static_cast<Integer>(subtract ? eMath::mSubtract : eMath::mAdd);
-    at_(kSetValue, [&] { masterfile_.SetFieldValue(field, Combine(math, stored, item.value)); });
+    at_(kSetValue, [&] { masterfile_.SetFieldValue(field, Combine(math_, stored, item.value)); });
     fields_.Use(item.field_index);
     ++applied_;
     dirty_ = true;
@@ -564,6 +590,7 @@ class ImportRun {
   DefinitionRecord& definition_;
   HeaderRecord& header_;
   Printer& report_;
+  const Integer math_;  // how figures meet those that stand
   Statements at_;
   ImportMap accounts_;
   ImportMap fields_;
@@ -574,6 +601,7 @@ class ImportRun {
   // Of the file under way, for the record.
   bool in_body_ = false;
   BodyBlockStart block_;  // the account under way
+  int values_ahead_ = 0;  // taken from the stream and not applied yet
   DateMarks dates_;
   long long applied_ = 0;
   long long not_mapped_ = 0;

@@ -1,7 +1,5 @@
 #include "import/TextImport.h"
 
-#include <cmath>
-#include <sstream>
 #include <utility>
 
 #include "base/CodePage.h"
@@ -16,19 +14,6 @@
 namespace tallybook {
 
 namespace {
-
-Double Combined(Integer math, Double stored, Double value) {
-  if (math == static_cast<Integer>(eMath::mAdd)) return stored + value;
-  if (math == static_cast<Integer>(eMath::mSubtract)) return stored - value;
-  return value;
-}
-
-// Six digits are enough to see why.
-Text InShort(Double value) {
-  std::ostringstream text;
-  text << value;
-  return text.str();
-}
 
 void TellNotImportedUnder(const Text& title, Integer failure_code, Long statement) {
   ShowMessage(
@@ -48,13 +33,6 @@ std::optional<Text> WordOfMath(Integer math) {
   if (math == static_cast<Integer>(eMath::mSubtract)) return "Subtract";
   if (math == static_cast<Integer>(eMath::mReplace)) return "Replace";
   return std::nullopt;
-}
-
-Double Combine(Integer math, Double stored, Double value) {
-  const Double figure = Combined(math, stored, value);
-  if (std::isfinite(figure)) return figure;
-  throw Failure(FailureNumber::kOverflow, "No figure comes of " + InShort(value) + " where " + InShort(stored) +
-                                              " stands: it is beyond a number");
 }
 
 void TellNotImported(HostApp& app, Integer failure_code, Long statement) {

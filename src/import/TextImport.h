@@ -34,10 +34,6 @@ inline constexpr std::string_view kContinueAuditQuestion = "Ok to continue audit
 // "Add", "Subtract" or "Replace"; nothing for a value that is none of 1 to 3.
 [[nodiscard]] std::optional<Text> WordOfMath(Integer math);
 
-// A figure combined with the one that stands: added, subtracted, or for every other mode in its place. Every figure that
-// an import stores passes here: one that is no number or beyond a number's range is failure 6.
-[[nodiscard]] Double Combine(Integer math, Double stored, Double value);
-
 // "Error:", the failure's number, ":", its statement, a line break, "Information not imported."
 void TellNotImported(HostApp& app, Integer failure_code, Long statement);
 

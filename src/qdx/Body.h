@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <span>
 
 #include "base/Bytes.h"
 #include "base/Types.h"
@@ -91,39 +92,60 @@ constexpr std::size_t BytesOf() {
   return size;
 }
 
+// Puts an item's bytes there, BytesOf of them. Gives the place behind.
+template <typename Item>
+std::byte* Fill(std::byte* bytes, const Item& item) {
+  VisitNumbers(item, [&](const auto& number) {
+    const auto part = ToBytes(number);
+    std::memcpy(bytes, part.data(), part.size());
+    bytes += part.size();
+  });
+  return bytes;
+}
+
 template <typename Item>
 void PutItem(FileStream& stream, const Item& item) {
-  const auto fill = [&](std::byte* bytes) {
-    VisitNumbers(item, [&](const auto& number) {
-      const auto part = ToBytes(number);
-      std::memcpy(bytes, part.data(), part.size());
-      bytes += part.size();
-    });
-  };
   if (std::byte* const place = stream.Claim(BytesOf<Item>())) {
-    fill(place);
+    Fill(place, item);
     return;
   }
   std::array<std::byte, BytesOf<Item>()> bytes{};
-  fill(bytes.data());
+  Fill(bytes.data(), item);
   stream.Write(bytes);
+}
+
+// The same for many at a time, which cost little more than their bytes where the stream's buffer has room for all.
+template <typename Item>
+void PutItems(FileStream& stream, std::span<const Item> items) {
+  std::byte* place = stream.Claim(BytesOf<Item>() * items.size());
+  for (const Item& item : items) {
+    if (place != nullptr) {
+      place = Fill(place, item);
+    } else {
+      PutItem(stream, item);
+    }
+  }
+}
+
+// Reads an item from its bytes, BytesOf of them. Gives the place behind.
+template <typename Item>
+const std::byte* Scan(const std::byte* bytes, Item& item) {
+  VisitNumbers(item, [&]<typename Number>(Number& number) {
+    number = FromBytes<Number>(bytes);
+    bytes += sizeof(Number);
+  });
+  return bytes;
 }
 
 template <typename Item>
 [[nodiscard]] bool GetItem(FileStream& stream, Item& item) {
-  const auto read = [&](const std::byte* bytes) {
-    VisitNumbers(item, [&]<typename Number>(Number& number) {
-      number = FromBytes<Number>(bytes);
-      bytes += sizeof(Number);
-    });
-  };
   if (const std::byte* const place = stream.Take(BytesOf<Item>())) {
-    read(place);
+    Scan(place, item);
     return true;
   }
   std::array<std::byte, BytesOf<Item>()> bytes{};
   if (!stream.ReadWhole(bytes)) return false;
-  read(bytes.data());
+  Scan(bytes.data(), item);
   return true;
 }
 

@@ -1,3 +1,4 @@
+#include <span>
 #include <vector>
 
 #include "base/Dates.h"
@@ -53,16 +54,11 @@ class ExchangeFileTarget : public ExportTarget {
 
   // The count stands before the values, so they are gathered first; a date without any has no record.
   void WriteDate(Date date) override {
-    values_.clear();
-    for (Integer position = 1; const Integer number : field_numbers_) {
-      const Double value = masterfile_.FieldValue(number);
-      if (value != 0) values_.push_back({position, value});
-      ++position;
-    }
-    if (values_.empty()) return;
+    const std::span<const BodyValue> values = GatherValues();
+    if (values.empty()) return;
     PutItem(*stream_, BodyDateOf(date));
-    PutItem(*stream_, BodyCount{static_cast<Integer>(values_.size())});
-    for (const BodyValue& value : values_) PutItem(*stream_, value);
+    PutItem(*stream_, BodyCount{static_cast<Integer>(values.size())});
+    PutItems(*stream_, values);
   }
 
   void EndAccount() override { PutBlockEnd(*stream_); }
@@ -75,12 +71,24 @@ class ExchangeFileTarget : public ExportTarget {
   }
 
  private:
+  // Each value is put where the next one that counts goes, so that nothing depends on which do.
+  std::span<const BodyValue> GatherValues() {
+    BodyValue* next = values_.data();
+    for (Integer position = 1; const Integer number : field_numbers_) {
+      *next = {position, masterfile_.FieldValue(number)};
+      if (next->value != 0) ++next;
+      ++position;
+    }
+    return {values_.data(), next};
+  }
+
   // Once, for they are asked for at every date of every account.
   void ReadFieldNumbers() {
     const Integer fields = ToInteger(masterfile_.NumFields());
     for (int position = 1; position <= fields; ++position) {
       field_numbers_.push_back(masterfile_.FieldNumber(static_cast<Integer>(position)));
     }
+    values_.resize(field_numbers_.size());
   }
 
   void ShowTableProgress(HeaderTable table, Integer row) {
@@ -97,7 +105,7 @@ class ExchangeFileTarget : public ExportTarget {
   FileNumber file_;
   FileStream* stream_ = nullptr;        // of file_, from WriteHead on
   std::vector<Integer> field_numbers_;  // by position, from WriteHead on
-  std::vector<BodyValue> values_;       // of the date under way
+  std::vector<BodyValue> values_;       // room for those of a date
 };
 
 }  // namespace

@@ -46,6 +46,25 @@ TEST_F(BodyTest, WritesTheDocumentedExample) {
   EXPECT_EQ(Written(), expected);
 }
 
+TEST_F(BodyTest, WritesManyItemsAsItWritesEach) {
+  std::string expected;
+  const auto stream = Open();
+  // Of sizes that do not go into a buffer evenly, and one that goes into none.
+  for (const std::size_t count :
+       {std::size_t{0}, std::size_t{1}, std::size_t{700}, std::size_t{999}, std::size_t{30'000}}) {
+    for (int round = 0; round < 30; ++round) {
+      std::vector<BodyValue> values;
+      for (std::size_t i = 0; i < count; ++i) {
+        values.push_back({static_cast<Integer>(i % 99), static_cast<Double>(i + 1) / 4});
+        expected += Bytes().I2(values.back().field_index).R8(values.back().value).All();
+      }
+      PutItems(*stream, std::span<const BodyValue>(values));
+    }
+  }
+  stream->Close();
+  EXPECT_TRUE(Written() == expected);
+}
+
 TEST_F(BodyTest, TakesAsManyBytesAsTheFormatSays) {
   EXPECT_EQ(BytesOf<BodyAccount>(), 2U);
   EXPECT_EQ(BytesOf<BodyDate>(), 6U);
