@@ -31,6 +31,8 @@ class CSVFieldStream {
   [[nodiscard]] Integer NextInteger();
   [[nodiscard]] Long NextLong();
   [[nodiscard]] Double NextDouble();
+  // Passes over the next field. Fails where NextDouble would.
+  void PassDouble();
 
   // How the bytes of fields become text.
   [[nodiscard]] EncodedText& Encoding() { return encoding_; }
@@ -44,6 +46,7 @@ class CSVFieldStream {
  private:
   static constexpr int kNone = -1;
 
+  [[noreturn]] void FailTooLarge(std::string_view field);
   bool TakeFromBuffer(std::string_view& field);
   std::string_view TakeSlowly();
   // Makes at least one byte more stand behind those from `next_` on. False at the end of the file.

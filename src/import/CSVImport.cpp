@@ -260,7 +260,7 @@ class CSVImportRun {
     record_number_ = ToLong(static_cast<long long>(record_number_) + 1);
     if (!ReadAccountAndField()) return false;
     // What the value is counts in the second pass only; any text reads as some number, unless that is too large for one.
-    static_cast<void>(fields_->NextDouble());
+    fields_->PassDouble();
     ShowFileProgress(0);
     return true;
   }

@@ -115,6 +115,16 @@ TEST_F(CSVFieldStreamTest, ANumberBeyondItsWidthIsAnOverflow) {
   EXPECT_THAT([&] { (void)Open("2147483648").NextLong(); }, FailsWith(FailureNumber::kOverflow));
 }
 
+TEST_F(CSVFieldStreamTest, ANumberIsPassedOverUnlessItIsTooLarge) {
+  const std::string many(299, '9');
+  CSVFieldStream& fields = Open("12.5,1e300,kg,,-" + many + ",1e999,-2E308x," + many + "0123456789,last");
+  for (int i = 0; i < 5; ++i) fields.PassDouble();
+  for (const char* what : {"\"1e999\"", "\"-2E308x\"", "90123456789\""}) {
+    EXPECT_THAT([&] { fields.PassDouble(); }, FailsWith(FailureNumber::kOverflow, what));
+  }
+  EXPECT_EQ(NextText(fields), "last");
+}
+
 TEST_F(CSVFieldStreamTest, AFieldThatWouldBeginAtTheEndIsAFailedRead) {
   CSVFieldStream& fields = Open("a\n");
   EXPECT_EQ(NextText(fields), "a");
