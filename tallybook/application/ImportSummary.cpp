@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <vector>
 
 #include "base/Dates.h"
 #include "tallybook/application/Counts.h"
@@ -11,15 +12,24 @@ namespace tallybook::application {
 
 namespace {
 
-// What was touched, and how many figures came in.
+// What was touched, and how many figures came in. Touched are a set of each kind, of one file or of several.
+template <typename Touched>
+Text ToldOf(const Touched& touched) {
+  const auto count = [](const auto& set, const Text& noun) {
+    return Counted(static_cast<long long>(set.size()), noun);
+  };
+  return count(touched.accounts, "account") + ", " + count(touched.fields, "field") + ", " +
+         count(touched.dates, "date") + "; " + Counted(touched.applied, "figure") + " applied, " +
+         WithCommas(touched.not_mapped) + " not mapped";
+}
+
+// Of several files. One file's sets can be large, and are not copied.
 struct Sum {
-  std::set<Long> accounts;
-  std::set<Long> fields;
-  std::set<Date> dates;
+  std::set<Long> accounts = {};
+  std::set<Long> fields = {};
+  std::set<Date> dates = {};
   long long applied = 0;
   long long not_mapped = 0;
-  long long zeroed = 0;
-  long long files = 0;
 
   void Add(const QDXFileImport& file) {
     accounts.insert(file.accounts.begin(), file.accounts.end());
@@ -27,18 +37,16 @@ struct Sum {
     dates.insert(file.dates.begin(), file.dates.end());
     applied += file.applied;
     not_mapped += file.not_mapped;
-    zeroed += file.zeroed;
-    ++files;
-  }
-
-  [[nodiscard]] Text Told() const {
-    const auto count = [](const auto& set, const Text& noun) {
-      return Counted(static_cast<long long>(set.size()), noun);
-    };
-    return count(accounts, "account") + ", " + count(fields, "field") + ", " + count(dates, "date") + "; " +
-           Counted(applied, "figure") + " applied, " + WithCommas(not_mapped) + " not mapped";
   }
 };
+
+using Files = std::vector<const QDXFileImport*>;
+
+Text ImportedText(const Files& files) {
+  Sum sum;
+  for (const QDXFileImport* file : files) sum.Add(*file);
+  return "Imported " + Counted(static_cast<long long>(files.size()), "file") + ": " + ToldOf(sum) + ".";
+}
 
 // An import that only zeroes reads nothing of the file.
 bool OnlyZeroed(const QDXFileImport& file) {
@@ -48,9 +56,7 @@ bool OnlyZeroed(const QDXFileImport& file) {
 Text ImportedText(const QDXFileImport& file) {
   const Text name = OnOneLine(file.file);
   if (OnlyZeroed(file)) return "Zeroed the range of " + name + ": " + Counted(file.zeroed, "figure") + ".";
-  Sum sum;
-  sum.Add(file);
-  return "Imported " + name + ": " + sum.Told() + ".";
+  return "Imported " + name + ": " + ToldOf(file) + ".";
 }
 
 void AddEndOfBody(const QDXFileImport& file, std::vector<ImportNote>& notes) {
@@ -68,10 +74,10 @@ void AddEndOfBody(const QDXFileImport& file, std::vector<ImportNote>& notes) {
   }
 }
 
-void AddFiles(const QDXDefinitionImport& definition, Sum& sum, std::vector<ImportNote>& notes) {
+void AddFiles(const QDXDefinitionImport& definition, Files& files, std::vector<ImportNote>& notes) {
   for (const QDXFileImport& file : definition.files) {
     if (!file.stored) continue;
-    sum.Add(file);
+    files.push_back(&file);
     notes.push_back({.text = ImportedText(file)});
     AddEndOfBody(file, notes);
     if (!file.stays) continue;
@@ -138,9 +144,9 @@ bool IsWholeStored(const QDXDefinitionImport& definition) {
 
 std::vector<ImportNote> NotesOf(const QDXImportRecord& record) {
   std::vector<ImportNote> notes;
-  Sum sum;
+  Files files;
   for (const QDXDefinitionImport& definition : record.definitions) {
-    AddFiles(definition, sum, notes);
+    AddFiles(definition, files, notes);
     if (!HasNoFile(definition)) continue;
     notes.push_back({.text = "no file for the definition \"" + OnOneLine(definition.title) + "\": none matches " +
                              OnOneLine(definition.pattern),
@@ -148,7 +154,7 @@ std::vector<ImportNote> NotesOf(const QDXImportRecord& record) {
                      .no_file = true});
   }
   AddOutcomes(record, notes);
-  if (sum.files > 1) notes.push_back({.text = "Imported " + Counted(sum.files, "file") + ": " + sum.Told() + "."});
+  if (files.size() > 1) notes.push_back({.text = ImportedText(files)});
   return notes;
 }
 

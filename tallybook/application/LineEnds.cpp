@@ -1,8 +1,8 @@
 #include "tallybook/application/LineEnds.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
+#include <cstring>
 #include <span>
 #include <string>
 #include <utility>
@@ -17,56 +17,90 @@ namespace tallybook::application {
 namespace {
 
 constexpr std::size_t kBlock = 64 * 1024;
-constexpr auto kCarriageReturn = static_cast<std::byte>('\r');
-constexpr auto kLineFeed = static_cast<std::byte>('\n');
+constexpr std::byte kCarriageReturn{'\r'};
+constexpr std::byte kLineFeed{'\n'};
 
-// Looks for a line feed that ends a line, byte after byte.
+using Bytes = std::span<const std::byte>;
+
+bool IsBlank(std::byte byte) {
+  return byte == std::byte{' '} || byte == std::byte{'\t'};
+}
+
+// The place of a byte; the size where there is none.
+std::size_t PlaceOf(std::byte byte, Bytes bytes) {
+  const void* found = std::memchr(bytes.data(), std::to_integer<int>(byte), bytes.size());
+  return found == nullptr ? bytes.size()
+                          : static_cast<std::size_t>(static_cast<const std::byte*>(found) - bytes.data());
+}
+
+// Looks for a line feed that ends a line, block after block. One behind a carriage return, or with only blanks, tabs and
+// line feeds between, stands at the start of a line.
 class LineEndSearch {
  public:
-  // True: the byte is such a line feed. One behind a carriage return, or with only blanks, tabs and line feeds between,
-  // stands at the start of a line.
-  bool Finds(std::byte byte) {
-    if (byte == kCarriageReturn) {
-      ++lines_;
-      line_has_text_ = false;
-      return false;
+  // The place of the first such line feed in the next bytes of the file; none where they hold none.
+  std::optional<std::size_t> Find(Bytes bytes) {
+    for (std::size_t from = 0; from < bytes.size();) {
+      const std::size_t length = PlaceOf(kLineFeed, bytes.subspan(from));
+      const std::size_t place = from + length;
+      Pass(bytes.subspan(from, length));
+      if (place < bytes.size() && line_has_text_) return place;
+      from = place + 1;
     }
-    if (byte == kLineFeed) return line_has_text_;
-    if (byte != static_cast<std::byte>(' ') && byte != static_cast<std::byte>('\t')) line_has_text_ = true;
-    return false;
+    return std::nullopt;
   }
 
-  // The line under way, from 1.
-  [[nodiscard]] long long Line() const { return lines_ + 1; }
-
  private:
-  long long lines_ = 0;  // carriage returns so far
+  // Bytes without a line feed. What comes behind the last that is no blank does not count.
+  void Pass(Bytes bytes) {
+    while (!bytes.empty() && IsBlank(bytes.back())) bytes = bytes.first(bytes.size() - 1);
+    if (!bytes.empty()) line_has_text_ = bytes.back() != kCarriageReturn;
+  }
+
   bool line_has_text_ = false;
 };
 
-bool HasCarriageReturn(OpenFile& file, long long offset) {
+// Gives `take` the file's bytes from one offset up to another, in blocks.
+template <typename Take>
+void VisitBlocks(OpenFile& file, long long from, long long to, Take take) {
   std::vector<std::byte> block(kBlock);
-  while (const std::size_t count = file.ReadAt(offset, block)) {
-    if (std::ranges::find(std::span(block).first(count), kCarriageReturn) != std::span(block).first(count).end()) {
-      return true;
-    }
-    offset += static_cast<long long>(count);
+  while (from < to) {
+    const auto wanted = static_cast<std::size_t>(std::min<long long>(kBlock, to - from));
+    const std::size_t count = file.ReadAt(from, std::span(block).first(wanted));
+    if (count == 0 || !take(Bytes(block).first(count))) return;
+    from += static_cast<long long>(count);
   }
-  return false;
 }
 
-// The place of the first line feed that ends a line, and the line's number.
-std::optional<std::pair<long long, long long>> FindLineFeed(OpenFile& file) {
-  std::vector<std::byte> block(kBlock);
+bool HasCarriageReturn(OpenFile& file, long long from) {
+  bool found = false;
+  VisitBlocks(file, from, file.Size(), [&](Bytes bytes) {
+    found = PlaceOf(kCarriageReturn, bytes) < bytes.size();
+    return !found;
+  });
+  return found;
+}
+
+// The number, from 1, of the line at an offset.
+long long LineAt(OpenFile& file, long long offset) {
+  long long line = 1;
+  VisitBlocks(file, 0, offset, [&](Bytes bytes) {
+    line += std::ranges::count(bytes, kCarriageReturn);
+    return true;
+  });
+  return line;
+}
+
+// The place of the first line feed that ends a line.
+std::optional<long long> FindLineFeed(OpenFile& file) {
   LineEndSearch search;
+  std::optional<long long> found;
   long long offset = 0;
-  while (const std::size_t count = file.ReadAt(offset, block)) {
-    for (std::size_t i = 0; i < count; ++i) {
-      if (search.Finds(block[i])) return std::pair(offset + static_cast<long long>(i), search.Line());
-    }
-    offset += static_cast<long long>(count);
-  }
-  return std::nullopt;
+  VisitBlocks(file, 0, file.Size(), [&](Bytes bytes) {
+    if (const auto place = search.Find(bytes)) found = offset + static_cast<long long>(*place);
+    offset += static_cast<long long>(bytes.size());
+    return !found;
+  });
+  return found;
 }
 
 // An open file that shows line feeds as carriage returns.
@@ -114,8 +148,8 @@ std::optional<Text> BadLineEnds(const Text& file) {
     const auto open = ThePlatform().files->Open(file, Access::kRead, Sharing::kShared, Creation::kMustExist);
     const auto found = FindLineFeed(*open);
     if (!found) return std::nullopt;
-    const auto [offset, line] = *found;
-    const bool others_end_well = line > 1 || HasCarriageReturn(*open, offset);
+    const long long line = LineAt(*open, *found);
+    const bool others_end_well = line > 1 || HasCarriageReturn(*open, *found);
     const Text which = others_end_well ? "line " + WithCommas(line) + " ends" : Text("lines end");
     return which + " in LF; wanted are CR or CR LF";
   } catch (const Failure&) {

@@ -53,6 +53,19 @@ TEST_F(LineEndsTest, ALineFeedIsFoundBeyondTheFirstBlock) {
   EXPECT_EQ(Look(bytes + "a\nb\r\n"), "line 20,001 ends in LF; wanted are CR or CR LF");
 }
 
+TEST_F(LineEndsTest, TheSameIsFoundWhereverABlockEnds) {
+  constexpr std::size_t kBlock = 64 * 1024;
+  for (std::size_t length = kBlock - 6; length <= kBlock; ++length) {
+    const std::string line = std::string(length, 'x');
+    EXPECT_EQ(Look(line + "\r \n\t\nb\r\n"), std::nullopt) << length;
+    EXPECT_EQ(Look("a\r" + line + " \t\nb\r"), "line 2 ends in LF; wanted are CR or CR LF") << length;
+  }
+}
+
+TEST_F(LineEndsTest, ManyLineFeedsCostNoMoreThanOtherBytes) {
+  EXPECT_EQ(Look("a\r" + std::string(2'000'000, '\n') + "b\r"), std::nullopt);
+}
+
 TEST_F(LineEndsTest, AFileThatCannotBeOpenedIsTheImportsToTell) {
   EXPECT_EQ(BadLineEnds(folder_.Path("none.txt")), std::nullopt);
 }
