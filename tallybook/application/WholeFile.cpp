@@ -15,6 +15,8 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "platform/posix/SystemError.h"
+#include "tallybook/files/FileNames.h"
 
 namespace tallybook::application {
 
@@ -35,29 +37,13 @@ constexpr off_t kWriterOffset = std::numeric_limits<off_t>::max() - 64;
   throw Failure(number, path + ": " + reason, kSource);
 }
 
+// What is missing here is a folder.
 FailureNumber NumberOf(int error) {
-  switch (error) {
-    case ENOENT:
-    case ENOTDIR:
-      return FailureNumber::kPathNotFound;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-    case EBUSY:
-      return FailureNumber::kPermissionDenied;
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-      return FailureNumber::kDiskFull;
-    case EIO:
-      return FailureNumber::kDeviceError;
-    default:
-      return FailureNumber::kPathOrAccess;
-  }
+  return error == ENOENT ? FailureNumber::kPathNotFound : FailureNumberOf(error);
 }
 
 [[noreturn]] void FailWithError(int error, const Text& path, const Text& deed) {
-  Fail(NumberOf(error), path, deed + ": " + std::generic_category().message(error));
+  Fail(NumberOf(error), path, deed + ": " + WordsOfError(error));
 }
 
 bool Permits(const Text& path, int rights) {
@@ -113,14 +99,6 @@ void ClearDatabaseCompanions(int file, const Text& place) {
   if (::pread(file, head.data(), head.size(), 0) != static_cast<ssize_t>(head.size())) return;
   if (std::string_view(head.data(), head.size()) != kMark) return;
   for (const char* ending : {"-journal", "-wal", "-shm"}) ::unlink((place + ending).c_str());
-}
-
-// The new name is on the disk when its folder is. Some file systems cannot do that, and then do it by themselves.
-void SyncFolder(const Text& folder) {
-  const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (file < 0) return;
-  ::fsync(file);
-  ::close(file);
 }
 
 }  // namespace
@@ -197,8 +175,7 @@ void WholeFile::MakeWorkFile() {
         ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, old_ ? kOwnerOnly : kReadWriteForAll);
     if (file < 0 && errno == EEXIST) continue;
     if (file < 0) {
-      throw Failure(NumberOf(errno), "Cannot open \"" + path_ + "\": " + std::generic_category().message(errno),
-                    kSource);
+      throw Failure(NumberOf(errno), "Cannot open \"" + path_ + "\": " + WordsOfError(errno), kSource);
     }
     work_ = file;
     work_path_ = name;
@@ -239,7 +216,7 @@ bool WholeFile::Keep() {
   }
   ::close(std::exchange(work_, -1));
   work_path_.clear();
-  SyncFolder(FolderOf(place_));
+  files::StoreFolder(FolderOf(place_));
   return true;
 }
 

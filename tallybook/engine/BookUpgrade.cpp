@@ -4,7 +4,6 @@
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
-#include <filesystem>
 #include <string>
 #include <sys/stat.h>
 #include <system_error>
@@ -13,12 +12,15 @@
 
 #include "base/Failure.h"
 #include "base/Narrow.h"
+#include "platform/posix/SystemError.h"
 #include "tallybook/engine/AccountSums.h"
 #include "tallybook/engine/BookFormat.h"
+#include "tallybook/engine/BookPlace.h"
 #include "tallybook/engine/ChunkCodec.h"
 #include "tallybook/engine/ChunkKey.h"
 #include "tallybook/engine/DescriptionTables.h"
 #include "tallybook/engine/JournalTables.h"
+#include "tallybook/files/FileNames.h"
 
 namespace tallybook::engine {
 
@@ -152,19 +154,17 @@ class BackupFile {
   [[nodiscard]] const Text& Path() const { return path_; }
   void Keep() { kept_ = true; }
 
-  // Gives the file a name that no other has. A link never replaces a file.
+  // Gives the file a name that no other has, and from which nothing is taken: at no moment has it two, which a book may
+  // not have.
   void MoveTo(const Text& name) {
     Sync(work_path_);
-    for (int number = 1;; ++number) {
+    for (int number = 1; path_.empty(); ++number) {
       const Text path = number == 1 ? name : name + "-" + std::to_string(number);
-      if (link(work_path_.c_str(), path.c_str()) == 0) {
-        path_ = path;
-        break;
-      }
-      if (errno != EEXIST) FailBackup(path, std::error_code(errno, std::generic_category()).message());
+      const std::error_code error = files::RenameToFreeName(work_path_, path);
+      if (!error) path_ = path;
+      if (error && error != std::errc::file_exists) FailBackup(path, error.message());
     }
-    unlink(work_path_.c_str());
-    Sync(std::filesystem::absolute(path_).parent_path().string());
+    Sync(BookFolder(path_));
   }
 
  private:
@@ -176,7 +176,7 @@ class BackupFile {
     const bool synced = file >= 0 && fsync(file) == 0;
     const int error = errno;
     if (file >= 0) close(file);
-    if (!synced) FailBackup(path, std::error_code(error, std::generic_category()).message());
+    if (!synced) FailBackup(path, WordsOfError(error));
   }
 
   Text work_path_;
@@ -193,7 +193,7 @@ void MakeAsReadable(const Text& book, const Text& path) {
   // Another user's book is changed by an administrator at most, who may give files away; for others it is theirs already.
   if (made && fchown(file, about.st_uid, about.st_gid) != 0) errno = 0;
   if (file >= 0) close(file);
-  if (!made) FailBackup(path, std::error_code(error, std::generic_category()).message());
+  if (!made) FailBackup(path, WordsOfError(error));
 }
 
 // The pages as the book's connection sees them, with what its log holds.

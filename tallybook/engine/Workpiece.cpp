@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <random>
@@ -11,8 +10,10 @@
 #include <unistd.h>
 
 #include "base/Failure.h"
+#include "platform/posix/SystemError.h"
 #include "tallybook/engine/BookHold.h"
 #include "tallybook/engine/BookPlace.h"
+#include "tallybook/files/FileNames.h"
 
 namespace tallybook::engine {
 
@@ -25,10 +26,6 @@ constexpr const char* kEnding = "-new-";
 constexpr mode_t kMode = 0644;
 // A workpiece that has not been touched for so long may be a leftover; whether it is, its lock tells.
 constexpr std::chrono::seconds kLeftoverAge{10};
-
-Text WordsOf(int error) {
-  return std::generic_category().message(error);
-}
 
 constexpr std::size_t kWordLength = 16;
 
@@ -59,22 +56,6 @@ void RemoveIfNobodyHasIt(const Text& path) {
   }
 }
 
-// Gives a file its name where nothing has that name. False with errno set.
-bool RenameToFreeName(const Text& from, const Text& to) {
-  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
-  if (errno != EINVAL && errno != ENOSYS) return false;
-  // This file system cannot refuse by itself to replace a file; a second name it refuses everywhere.
-  return ::link(from.c_str(), to.c_str()) == 0 && ::unlink(from.c_str()) == 0;
-}
-
-// Makes the new name last through a loss of power; where the folder cannot be told so, it lasts by the system's own time.
-void StoreFolder(const Text& folder) {
-  const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return;
-  ::fsync(descriptor);
-  ::close(descriptor);
-}
-
 }  // namespace
 
 Workpiece::Workpiece(const Text& path) : path_(path), work_path_(path + kEnding + RandomWord()) {
@@ -84,12 +65,12 @@ Workpiece::Workpiece(const Text& path) : path_(path), work_path_(path + kEnding 
     const int error = errno;
     const bool no_folder = error == ENOENT || error == ENOTDIR;
     const bool full = error == ENOSPC || error == EDQUOT;
-    throw Failure(
-        no_folder ? FailureNumber::kPathNotFound
-        : full    ? FailureNumber::kDiskFull
-                  : FailureNumber::kPathOrAccess,
-        path_ + (no_folder ? Text(": the folder does not exist") : ": the new book cannot be made: " + WordsOf(error)),
-        kSource);
+    throw Failure(no_folder ? FailureNumber::kPathNotFound
+                  : full    ? FailureNumber::kDiskFull
+                            : FailureNumber::kPathOrAccess,
+                  path_ + (no_folder ? Text(": the folder does not exist")
+                                     : ": the new book cannot be made: " + WordsOfError(error)),
+                  kSource);
   }
   ::close(made);
   RemoveLeftovers();
@@ -128,13 +109,12 @@ void Workpiece::RefuseWithLog() const {
 
 void Workpiece::MoveToPlace() {
   RefuseWithLog();
-  if (!RenameToFreeName(work_path_, path_)) {
-    const int error = errno;
+  if (const std::error_code error = files::RenameToFreeName(work_path_, path_)) {
     RefuseTakenName();
     throw Failure(FailureNumber::kPathOrAccess,
-                  path_ + ": the new book cannot be moved to its place: " + WordsOf(error), kSource);
+                  path_ + ": the new book cannot be moved to its place: " + error.message(), kSource);
   }
-  StoreFolder(BookFolder(path_));
+  files::StoreFolder(BookFolder(path_));
 }
 
 }  // namespace tallybook::engine

@@ -8,13 +8,13 @@
 #include <fcntl.h>
 #include <limits>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
 #include "base/Failure.h"
 #include "base/Wildcard.h"
 #include "platform/posix/PosixPlatform.h"
+#include "platform/posix/SystemError.h"
 
 namespace tallybook {
 
@@ -22,51 +22,13 @@ namespace {
 
 // --- Failures --------------------------------------------------------------------------------------------------------
 
-FailureNumber NumberOf(int error) {
-  switch (error) {
-    case ENOENT:
-      return FailureNumber::kFileNotFound;
-    case ENOTDIR:
-      return FailureNumber::kPathNotFound;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-    case EBUSY:
-    case ETXTBSY:
-    case EAGAIN:
-      return FailureNumber::kPermissionDenied;
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-      return FailureNumber::kDiskFull;
-    case ENOLCK:
-    case EOPNOTSUPP:
-    case ENOSYS:
-      return FailureNumber::kFeatureUnavailable;
-    case EISDIR:
-    case EEXIST:
-    case EINVAL:
-    case ELOOP:
-    case EMFILE:
-    case ENAMETOOLONG:
-    case ENFILE:
-    case ENOTEMPTY:
-    case EXDEV:
-      return FailureNumber::kPathOrAccess;
-    case ENOMEM:
-      return FailureNumber::kOutOfMemory;
-    default:
-      return FailureNumber::kDeviceError;
-  }
-}
-
 // Tells what was tried ("open", "delete") on which file and what the system answered.
 [[noreturn]] void Fail(FailureNumber number, const Text& deed, const Text& path, const Text& reason) {
   throw Failure(number, "Cannot " + deed + " \"" + path + "\": " + reason, "FileSystem");
 }
 
 [[noreturn]] void FailWithError(int error, const Text& deed, const Text& path) {
-  Fail(NumberOf(error), deed, path, std::generic_category().message(error));
+  Fail(FailureNumberOf(error), deed, path, WordsOfError(error));
 }
 
 [[noreturn]] void FailInUse(const Text& deed, const Text& path) {
