@@ -11,6 +11,7 @@
 #include "base/CodePage.h"
 #include "base/Failure.h"
 #include "base/Texts.h"
+#include "forms/BusyPointer.h"
 #include "host/HostApp.h"
 #include "host/Masterfile.h"
 #include "platform/Clock.h"
@@ -355,15 +356,6 @@ Integer FilterKey(Integer key_code, const Text& allowed) {
 // --- The desktop -----------------------------------------------------------------------------------------------------
 
 namespace {
-
-// The busy pointer for as long as it lives.
-class BusyPointer {
- public:
-  BusyPointer() { TheScreen().SetPointer(Pointer::kBusy); }
-  ~BusyPointer() { TheScreen().SetPointer(Pointer::kDefault); }
-  BusyPointer(const BusyPointer&) = delete;
-  BusyPointer& operator=(const BusyPointer&) = delete;
-};
 
 Shell& TheShell() {
   if (Shell* const shell = ThePlatform().shell) return *shell;
