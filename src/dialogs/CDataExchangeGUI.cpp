@@ -48,6 +48,11 @@ bool CDataExchangeGUI::Converse(Masterfile& masterfile, const char* member, Conv
   });
 }
 
+bool CDataExchangeGUI::ImportQDX(Long hwnd_owner, Masterfile& masterfile, Integer data_type, Integer /*index*/) {
+  return Converse(masterfile, "ImportQDX",
+                  [&] { TheForms().DataExc.Get(factory_).ShowLayoutBrowser(hwnd_owner, masterfile, data_type); });
+}
+
 bool CDataExchangeGUI::ExportQDX(Long hwnd_owner, Masterfile& masterfile, bool csv_style, Date& current_date) {
   return Converse(masterfile, "ExportQDX", [&] {
     TheForms().DataExc.Get(factory_).OutputQDXFile(hwnd_owner, masterfile, csv_style, current_date);

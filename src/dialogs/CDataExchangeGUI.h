@@ -26,6 +26,9 @@ class CDataExchangeGUI {
  public:
   explicit CDataExchangeGUI(HostFactory& factory) : factory_(factory) {}
 
+  // Shows the list of exchange definitions, to be edited and imported; see DefinitionBrowser. `data_type` goes to
+  // CDataExchange::OpenDefinitions; `index` is not looked at: meant.
+  [[nodiscard]] bool ImportQDX(Long hwnd_owner, Masterfile& masterfile, Integer data_type, Integer index);
   // Asks for a range of dates, a file and, with `csv_style`, a type of table, and exports. `current_date` is where the
   // range starts out and where the user left it; see frmDataExc::OutputQDXFile.
   [[nodiscard]] bool ExportQDX(Long hwnd_owner, Masterfile& masterfile, bool csv_style, Date& current_date);

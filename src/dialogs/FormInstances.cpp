@@ -15,6 +15,7 @@ void ReleaseForms() noexcept {
   forms.QDXImp.Release();
   forms.RepSaveAs.Release();
   forms.Delimited.Release();
+  forms.Editor.Release();
   forms.DataExc.Release();
 }
 

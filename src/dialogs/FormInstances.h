@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "base/Types.h"
+#include "dialogs/DefinitionEditor.h"
 #include "dialogs/dlgExport.h"
 #include "dialogs/dlgQDXImp.h"
 #include "dialogs/dlgRepSaveAs.h"
@@ -52,6 +53,7 @@ struct FormInstances {
   OnlyInstance<dlgQDXImp> QDXImp;
   OnlyInstance<dlgRepSaveAs> RepSaveAs;
   OnlyInstance<frmDelimited> Delimited;
+  OnlyInstance<DefinitionEditor> Editor;
   OnlyInstance<frmDataExc> DataExc;
   // The file that the component's help requests open: the host's, once a conversation has begun.
   Text HelpFile;

@@ -1,6 +1,7 @@
 #include "dialogs/frmDataExc.h"
 
 #include "base/Narrow.h"
+#include "dialogs/DefinitionBrowser.h"
 #include "dialogs/FilePrompt.h"
 #include "dialogs/FormInstances.h"
 #include "exchange/CDataExchange.h"
@@ -85,6 +86,10 @@ void frmDataExc::End() noexcept {
   report_.reset();
   exchange_.reset();
   masterfile_ = nullptr;
+}
+
+void frmDataExc::ShowLayoutBrowser(Long hwnd_owner, Masterfile& masterfile, Integer data_type) {
+  DefinitionBrowser(factory_, masterfile).ShowLayoutBrowser(hwnd_owner, data_type);
 }
 
 void frmDataExc::ImportCSVFile(Long hwnd_owner, Masterfile& masterfile) {

@@ -1,6 +1,7 @@
-// The conversations that run without a window of their own: the import of a comma-separated file and the export. Each
-// makes a fresh exchange object, asks through the dialogs of the process, and remembers the user's choices in the
-// database's settings file once it has succeeded.
+// The conversations over the exchange object: the list of definitions, the import of a comma-separated file and the
+// export. Each makes a fresh exchange object and asks through the dialogs of the process. The last two have no window of
+// their own, and remember the user's choices in the database's settings file once they have succeeded; the form of that
+// name, the editor of a definition (dialogs/DefinitionEditor.h), is made for the list alone.
 //
 // Settings, section "CSV", or "QDX" for the export of an exchange file:
 //   "ImportFile"  CSV only: the last file imported; at first the default folder and "Import.CSV"
@@ -30,6 +31,9 @@ class frmDataExc {
   ~frmDataExc();
   frmDataExc(const frmDataExc&) = delete;
   frmDataExc& operator=(const frmDataExc&) = delete;
+
+  // Shows the exchange definitions until the user closes their window; see DefinitionBrowser.
+  void ShowLayoutBrowser(Long hwnd_owner, Masterfile& masterfile, Integer data_type);
 
   // Asks for a file and imports it, with all questions and nothing cleared, again and again until an import has gone
   // through or the user cancels. Only the former is remembered.

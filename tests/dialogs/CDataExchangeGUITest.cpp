@@ -60,6 +60,44 @@ TEST_F(CDataExchangeGUITest, TakesOverTheHostsHelpFile) {
   }
 }
 
+TEST_F(CDataExchangeGUITest, MakesTheEditorOfDefinitionsForTheirListAlone) {
+  for (const Entry& entry : Entries()) {
+    user().On(entry.first_form, [&](Form&) { EXPECT_EQ(TheForms().Editor.IfThere(), nullptr) << entry.name; });
+    user().Close(entry.first_form);
+    EXPECT_TRUE(entry.call());
+  }
+  host->factory.prepare_form = [](MemoryEdtForm& form) {
+    form.acts = {[](MemoryEdtForm&, EdtFormEvents&) { EXPECT_NE(TheForms().Editor.IfThere(), nullptr); }};
+  };
+  EXPECT_TRUE(gui.ImportQDX(owner, book(), 1, 0));
+  EXPECT_EQ(TheForms().Editor.IfThere(), nullptr);
+  EXPECT_THAT(OpenForms(), IsEmpty());
+}
+
+TEST_F(CDataExchangeGUITest, ShowsTheSameListOfDefinitionsForEveryIndex) {
+  for (const Integer index : {Integer{-1}, Integer{0}, Integer{7}}) EXPECT_TRUE(gui.ImportQDX(owner, book(), 1, index));
+  for (const auto& window : host->factory.windows) {
+    EXPECT_EQ(window->title, "QDX Import Layouts - North Shop Tallybook");
+    EXPECT_EQ(window->shown, 1);
+    EXPECT_EQ(window->owner, owner);
+    EXPECT_EQ(window->help_file, "/installation/tallybook.hlp");
+  }
+  EXPECT_THAT(host->factory.windows, SizeIs(3));
+  EXPECT_EQ(TheForms().HelpFile, "/installation/tallybook.hlp");
+}
+
+TEST_F(CDataExchangeGUITest, SetsTheNormalPointerWhereTheListOfDefinitionsIsShown) {
+  bool was_busy = false;
+  platform.input.SetPending(1);
+  platform.input.OnRun([&] { was_busy |= platform.screen.Pointers().back() == Pointer::kBusy; });
+  host->factory.prepare_form = [this](MemoryEdtForm& form) {
+    form.acts = {
+        [this](MemoryEdtForm&, EdtFormEvents&) { EXPECT_EQ(platform.screen.Pointers().back(), Pointer::kDefault); }};
+  };
+  EXPECT_TRUE(gui.ImportQDX(owner, book(), 1, 0));
+  EXPECT_TRUE(was_busy);
+}
+
 TEST_F(CDataExchangeGUITest, PutsTheHostsTitleOverBoxesThatAreGivenNone) {
   host->app.title = "North Office";
   user().Type("frmImport", "Text1", " ").Click("frmImport", "SaveButtons1", SaveButtons::kMainButton);
@@ -115,6 +153,11 @@ TEST_F(CDataExchangeGUITest, LogsWhatFailsBeforeTheFirstWindow) {
     ASSERT_THAT(Logged(), SizeIs(1)) << entry.name;
     EXPECT_EQ(Logged()[0].message, "Engine - CDataExchangeGUI:" + entry.name);
   }
+  host->app.log.errors.clear();
+  host->record.FailOn("NewEdtForm", 1, Failure(FailureNumber::kFeatureUnavailable, "no windows", "Factory"));
+  EXPECT_FALSE(gui.ImportQDX(owner, book(), 1, 0));
+  ASSERT_THAT(Logged(), SizeIs(1));
+  EXPECT_EQ(Logged()[0].message, "Factory - CDataExchangeGUI:ImportQDX");
   EXPECT_THAT(Boxes(), IsEmpty());
 }
 

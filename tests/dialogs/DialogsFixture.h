@@ -25,7 +25,7 @@ inline constexpr Long kPlainFlags = kHideReadOnly | kPathMustExist | kLongNames;
 
 class DialogsFixture : public ::testing::Test {
  protected:
-  explicit DialogsFixture(const BookShape& shape = {}) : host(SmallBook(shape)) {
+  explicit DialogsFixture(const BookShape& shape = {}) : host(SmallBook(Beside(shape, folder))) {
     host->app.default_folder = folder.Path();
   }
   ~DialogsFixture() override {
@@ -54,6 +54,12 @@ class DialogsFixture : public ::testing::Test {
   DialogsFixture& Look(const Text& form, std::function<void(Dialog&)> look) {
     user().On(form, [look](Form& shown) { look(dynamic_cast<Dialog&>(shown)); });
     return *this;
+  }
+
+  // The book's companion files lie in the folder as well.
+  [[nodiscard]] static BookShape Beside(BookShape shape, const TempFolder& folder) {
+    shape.data_path = folder.Path();
+    return shape;
   }
 
   TempFolder folder;
