@@ -98,9 +98,11 @@ WholeFiles::Output* WholeFiles::OutputOf(const Text& path) {
   return found == outputs_.end() ? nullptr : &found->second;
 }
 
-const Text* WholeFiles::PlaceOf(const Text& path) const {
-  const auto found = places_.find(path);
-  return found == places_.end() ? nullptr : &found->second;
+std::optional<Text> WholeFiles::PlaceOf(const Text& path) const {
+  for (const auto& [name, place] : places_) {
+    if (path == name || path.starts_with(name + ".")) return place + path.substr(name.size());
+  }
+  return std::nullopt;
 }
 
 // Runs an operation on an announced output and keeps the reason where it is refused.
@@ -116,7 +118,7 @@ auto WholeFiles::Noted(const Operation& operation) {
 }
 
 std::unique_ptr<OpenFile> WholeFiles::Open(const Text& path, Access access, Sharing sharing, Creation creation) {
-  if (const Text* const place = PlaceOf(path)) return Below().Open(*place, access, sharing, creation);
+  if (const auto place = PlaceOf(path)) return Below().Open(*place, access, sharing, creation);
   const auto shown = shown_.find(path);
   if (shown != shown_.end() && access == Access::kRead) return std::make_unique<ShownFile>(shown->second);
   if (shown != shown_.end()) shown_.erase(shown);
@@ -132,7 +134,7 @@ std::unique_ptr<OpenFile> WholeFiles::Open(const Text& path, Access access, Shar
 }
 
 FileAttributes WholeFiles::Attributes(const Text& path) {
-  if (const Text* const place = PlaceOf(path)) return Below().Attributes(*place);
+  if (const auto place = PlaceOf(path)) return Below().Attributes(*place);
   if (const Output* const output = OutputOf(path)) {
     if (!output->file->WorkPath().empty()) return Below().Attributes(output->file->WorkPath());
     return output->deleted ? FileAttributes{} : Below().Attributes(output->file->Path());
@@ -141,7 +143,7 @@ FileAttributes WholeFiles::Attributes(const Text& path) {
 }
 
 void WholeFiles::Delete(const Text& path) {
-  if (PlaceOf(path) != nullptr) return;
+  if (PlaceOf(path)) return;
   shown_.erase(path);
   Output* const output = OutputOf(path);
   if (output == nullptr) {
@@ -155,7 +157,7 @@ void WholeFiles::Delete(const Text& path) {
 }
 
 void WholeFiles::Rename(const Text& old_path, const Text& new_path) {
-  if (PlaceOf(old_path) != nullptr) return;
+  if (PlaceOf(old_path)) return;
   NeedRegularFile(old_path);
   shown_.erase(old_path);
   Below().Rename(old_path, new_path);

@@ -58,8 +58,8 @@ class WholeFiles : public FileLayer {
   // so that what was looked at is what is read.
   void Show(const Text& path, Text contents) { shown_[path] = std::move(contents); }
 
-  // The name stands for the input at `place` from now on. Renaming or deleting it does nothing, for the file is not the
-  // user's.
+  // The name stands for the input at `place` from now on, and a name that is made from it by an ending, such as "-.bak",
+  // for one beside that. Renaming or deleting them does nothing, for the files are not the user's.
   void StandFor(const Text& name, const Text& place);
 
  private:
@@ -71,7 +71,8 @@ class WholeFiles : public FileLayer {
   class Stream;
 
   [[nodiscard]] Output* OutputOf(const Text& path);
-  [[nodiscard]] const Text* PlaceOf(const Text& path) const;
+  // Where a path leads that stands for an input elsewhere; nothing for any other.
+  [[nodiscard]] std::optional<Text> PlaceOf(const Text& path) const;
   template <typename Operation>
   auto Noted(const Operation& operation);
 

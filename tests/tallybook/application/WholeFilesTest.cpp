@@ -194,9 +194,12 @@ TEST_F(WholeFilesTest, AnInputThatStandsForAnotherIsReadAndNeitherRenamedNorDele
                 ->ReadAt(0, std::as_writable_bytes(std::span(bytes))),
             4U);
   EXPECT_EQ(bytes, "text");
+  folder_.Write("spooled.bak", "beside it");
+  EXPECT_TRUE(files_.Attributes("-.bak").found);
+  EXPECT_FALSE(files_.Attributes("-other").found);
   EXPECT_TRUE(RenameFile("-", "-.bak"));
   EXPECT_TRUE(KillFile("-"));
-  EXPECT_THAT(Names(), UnorderedElementsAre("spooled"));
+  EXPECT_THAT(Names(), UnorderedElementsAre("spooled", "spooled.bak"));
 }
 
 // --- Tables ----------------------------------------------------------------------------------------------------------
