@@ -109,7 +109,7 @@ MatchGrids::MatchGrids(MatchGridsParts parts)
     : parts_(std::move(parts)),
       accounts_(parts_.form, MatchPage::kAccounts),
       fields_(parts_.form, MatchPage::kFields),
-      lstFields_(parts_.form, "lstFields") {
+      file_fields_(parts_.form, "lstFields") {
   Build(accounts_, kAccountColumns);
   Build(fields_, kFieldColumns);
   accounts_.list.SetHint("Use * to match by Code");
@@ -118,8 +118,8 @@ MatchGrids::MatchGrids(MatchGridsParts parts)
   fields_.list.SetHint("Use * to match by number.  Use + to match by Description");
   fields_.note.SetCaption(
       "Note: Press \"*\" to match Description.  Press  \"+\" to match Number.  Press \"0\" to not send.");
-  lstFields_.SetVisible(false);
-  lstFields_.SetSorted(true);
+  file_fields_.SetVisible(false);
+  file_fields_.SetSorted(true);
   ClearEntries();
   parts_.tabs.Click.Connect(
       [this] { Guarded([this] { SelectPage(static_cast<Integer>(parts_.tabs.Selected() - 1)); }); });
@@ -192,7 +192,7 @@ void MatchGrids::BeginLoad() {
   loading_ = true;
   matches_.Reset();
   type_ahead_.Reset();
-  lstFields_.Clear();
+  file_fields_.Clear();
   for (Page* const page : {&accounts_, &fields_}) {
     page->open = false;
     page->list.SetDroppedDown(false);
@@ -223,15 +223,15 @@ void MatchGrids::FillAccounts(const HeaderRecord& header) {
 }
 
 void MatchGrids::FillFields(const HeaderRecord& header) {
-  lstFields_.Clear();
-  for (Long i = 1; i <= header.NumFields; ++i) lstFields_.AddItem(header.FieldDescs(i), header.FieldNumbers(i));
+  file_fields_.Clear();
+  for (Long i = 1; i <= header.NumFields; ++i) file_fields_.AddItem(header.FieldDescs(i), header.FieldNumbers(i));
   Grid& grid = fields_.grid;
   const Redrawn redrawn(grid);
-  grid.SetSize(lstFields_.ListCount() + 1, kColumns);
-  for (Integer entry = 0; entry < lstFields_.ListCount(); ++entry) {
+  grid.SetSize(file_fields_.ListCount() + 1, kColumns);
+  for (Integer entry = 0; entry < file_fields_.ListCount(); ++entry) {
     const Long row = entry + 1;
-    grid.SetCell(row, kFileName, std::to_string(lstFields_.ItemData(entry)));
-    grid.SetCell(row, kFileDescription, lstFields_.List(entry));
+    grid.SetCell(row, kFileName, std::to_string(file_fields_.ItemData(entry)));
+    grid.SetCell(row, kFileDescription, file_fields_.List(entry));
     ShowMatchRow(fields_, row);
   }
 }

@@ -93,7 +93,7 @@ class MatchGrids {
   // the load has none.
   void CommitOpenCells();
   // The datafields of the file in the order of their descriptions, their numbers as tags.
-  [[nodiscard]] const ListControl& FileFields() const { return lstFields_; }
+  [[nodiscard]] const ListControl& FileFields() const { return file_fields_; }
 
   // --- Pages ---
 
@@ -161,7 +161,7 @@ class MatchGrids {
   MatchGridsParts parts_;
   Page accounts_;
   Page fields_;
-  ListBox lstFields_;
+  ListBox file_fields_;
   AccountRecord* account_record_ = nullptr;
   FieldRecord* field_record_ = nullptr;
   MatchTable matches_;
