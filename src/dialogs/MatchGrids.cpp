@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/Narrow.h"
+#include "base/Raised.h"
 #include "base/Texts.h"
 #include "forms/KeyStrings.h"
 #include "host/AccountRecord.h"
@@ -44,18 +45,6 @@ constexpr Integer kOneForOnePosition = 1;
 Long PickColumn(MatchPage page) {
   return page == MatchPage::kAccounts ? kOurName : kOurDescription;
 }
-
-// A flag that is up for as long as it lives.
-class Raised {
- public:
-  explicit Raised(bool& flag) : flag_(flag) { flag_ = true; }
-  ~Raised() { flag_ = false; }
-  Raised(const Raised&) = delete;
-  Raised& operator=(const Raised&) = delete;
-
- private:
-  bool& flag_;
-};
 
 // A grid that tells of its changes at the end.
 class Redrawn {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/Raised.h"
 #include "forms/Control.h"
 #include "platform/Platform.h"
 #include "platform/Screen.h"
@@ -19,18 +20,6 @@ std::vector<Form*>& FormList() {
 Screen& TheScreen() {
   return *ThePlatform().screen;
 }
-
-// A flag that is up for as long as it lives.
-class Raised {
- public:
-  explicit Raised(bool& flag) : flag_(flag) { flag_ = true; }
-  ~Raised() { flag_ = false; }
-  Raised(const Raised&) = delete;
-  Raised& operator=(const Raised&) = delete;
-
- private:
-  bool& flag_;
-};
 
 }  // namespace
 
