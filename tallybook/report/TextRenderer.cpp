@@ -16,16 +16,39 @@ int GapOf(Single spacing) {
 
 // One character of a UTF-8 text: its bytes and the columns it takes. A byte that is no UTF-8 counts as one character.
 struct Character {
-  std::size_t bytes;
-  int columns;
+  std::size_t bytes = 0;
+  int columns = 0;
+  bool control = false;  // or no UTF-8
 };
+
+// The line and paragraph separators, and what turns the direction of text round.
+bool BreaksOrTurns(gunichar code) {
+  return (code >= 0x200E && code <= 0x200F) || (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
 
 Character CharacterAt(const Text& text, std::size_t offset) {
   const gunichar code = g_utf8_get_char_validated(text.data() + offset, static_cast<gssize>(text.size() - offset));
-  if (code == static_cast<gunichar>(-1) || code == static_cast<gunichar>(-2)) return {1, 1};
+  if (code == static_cast<gunichar>(-1) || code == static_cast<gunichar>(-2)) return {1, 1, true};
   const auto bytes = static_cast<std::size_t>(g_unichar_to_utf8(code, nullptr));
+  if (g_unichar_iscntrl(code) || BreaksOrTurns(code)) return {bytes, 1, true};
   if (g_unichar_iszerowidth(code)) return {bytes, 0};
   return {bytes, g_unichar_iswide(code) ? 2 : 1};
+}
+
+// The text with a blank for each line break and tab, and U+FFFD for each other control character and each byte that is no
+// UTF-8: the report may go to a terminal.
+Text Readable(const Text& text) {
+  Text readable;
+  for (std::size_t at = 0; at < text.size();) {
+    const Character next = CharacterAt(text, at);
+    if (!next.control) {
+      readable += text.substr(at, next.bytes);
+    } else {
+      readable += g_ascii_isspace(text[at]) ? " " : "\xEF\xBF\xBD";
+    }
+    at += next.bytes;
+  }
+  return readable;
 }
 
 // How much of `text` from `offset` fits into `width` columns: the offset behind it. At least one character.
@@ -63,7 +86,7 @@ class Layout {
     std::vector<std::vector<Text>> columns;
     std::size_t height = 1;
     for (std::size_t i = 0; i < widths_.size(); ++i) {
-      columns.push_back(Wrapped(i < cells.size() ? cells[i] : Text(), widths_[i]));
+      columns.push_back(Wrapped(i < cells.size() ? Readable(cells[i]) : Text(), widths_[i]));
       height = std::max(height, columns.back().size());
     }
     for (std::size_t row = 0; row < height; ++row) AppendLine(columns, row, out);
@@ -99,7 +122,7 @@ class Layout {
 };
 
 void AppendBlock(const Line& line, int /*width*/, std::string& out) {
-  out += line.text;
+  out += Readable(line.text);
   out += '\n';
 }
 
@@ -149,8 +172,9 @@ std::vector<Text> Wrapped(const Text& text, int width) {
 }
 
 std::string TextRenderer::Render(const Report& report, const PageHeads& page_heads) const {
-  std::string out = report.title + '\n';
-  out.append(static_cast<std::size_t>(DisplayWidth(report.title)), '=');
+  const Text title = Readable(report.title);
+  std::string out = title + '\n';
+  out.append(static_cast<std::size_t>(DisplayWidth(title)), '=');
   out += '\n' + report.created + '\n';
   int page = 1;
   const auto begin_page = [&] {

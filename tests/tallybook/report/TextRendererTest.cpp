@@ -73,6 +73,15 @@ TEST(TextRenderer, BeginsANewPageWithAFormFeedAndItsHead) {
   EXPECT_THAT(asked, ElementsAre(1, 2));
 }
 
+TEST(TextRenderer, ShowsNoControlCharacterToATerminal) {
+  Report report;
+  report.title = "a\x1b[2J";
+  report.blocks = {Line{.text = "b\nc\xC2\x9B\u202E"}, Table{.widths = {1}, .head = {}, .body = {{"d\te\xFF"}}}};
+  const Blocks no_head;
+  const std::string text = TextRenderer().Render(report, [&](int) -> const Blocks& { return no_head; });
+  EXPECT_EQ(text, "a\uFFFD[2J\n=====\n\n\nb c\uFFFD\uFFFD\nd e\uFFFD\n");
+}
+
 TEST(Wrapped, BreaksAtBlanksAndDropsThem) {
   EXPECT_THAT(Wrapped("one two  three", 7), ElementsAre("one two", "three"));
   EXPECT_THAT(Wrapped("one two", 4), ElementsAre("one", "two"));
