@@ -120,7 +120,7 @@ void NeedReadableDefinitions(const std::vector<SeenDefinition>& definitions) {
   Text troubles;
   for (const SeenDefinition& seen : definitions) {
     if (seen.trouble.empty()) continue;
-    troubles += (troubles.empty() ? "" : "\n") + ("exchange definition " + std::to_string(seen.number)) + " (" +
+    troubles += (troubles.empty() ? "" : "; ") + ("exchange definition " + std::to_string(seen.number)) + " (" +
                 seen.path + ") cannot be read: " + seen.trouble;
   }
   if (!troubles.empty()) throw Failure(FailureNumber::kPathOrAccess, troubles, "DefinitionLook");

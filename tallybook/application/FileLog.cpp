@@ -1,11 +1,11 @@
 #include "tallybook/application/FileLog.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
 #include "base/Dates.h"
 #include "platform/Clock.h"
+#include "tallybook/application/Shown.h"
 
 namespace tallybook::application {
 
@@ -23,10 +23,7 @@ Integer FileLog::Append(const Text& entry) noexcept {
   try {
     const std::filesystem::path path(path_);
     if (path.has_parent_path()) std::filesystem::create_directories(path.parent_path());
-    Text line = DateTimeText(Now()) + " " + entry;
-    std::ranges::replace_if(
-        line, [](char c) { return c == '\r' || c == '\n'; }, ' ');
-    line += '\n';
+    const Text line = DateTimeText(Now()) + " " + OnOneLine(entry) + '\n';
     std::ofstream file(path, std::ios::app | std::ios::binary);
     // In one piece, so that the entries of two processes do not run into each other.
     file.write(line.data(), static_cast<std::streamsize>(line.size()));

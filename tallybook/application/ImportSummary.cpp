@@ -6,7 +6,7 @@
 
 #include "base/Dates.h"
 #include "tallybook/application/Counts.h"
-#include "tallybook/application/StopText.h"
+#include "tallybook/application/Shown.h"
 
 namespace tallybook::application {
 

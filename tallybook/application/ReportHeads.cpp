@@ -1,5 +1,7 @@
 #include "tallybook/application/ReportHeads.h"
 
+#include "tallybook/application/Shown.h"
+
 namespace tallybook::application {
 
 void ReportHeads::InitReportPrinter(Masterfile& /*book*/, Printer& printer) {
@@ -7,7 +9,7 @@ void ReportHeads::InitReportPrinter(Masterfile& /*book*/, Printer& printer) {
 }
 
 void ReportHeads::PrintReportHeader(Masterfile& book, Printer& printer, const Text& name) {
-  printer.PrintLine(book.SystemName() + " - " + name);
+  printer.PrintLine(Shown(book.SystemName()) + " - " + name);  // a line break in it would make a line of its own
 }
 
 SequenceList& ReportHeads::PrintSequences(Masterfile& /*book*/) {

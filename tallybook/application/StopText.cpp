@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "tallybook/application/Shown.h"
+
 namespace tallybook::application {
 
 namespace {
@@ -30,17 +32,6 @@ constexpr std::array<std::pair<FailureNumber, std::string_view>, 18> kWords = {{
     {FailureNumber::kObjectNotSet, "object not set"},
     {FailureNumber::kDialogCancelled, "dialog cancelled"},
 }};
-
-bool IsControl(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte < 0x20 || byte == 0x7F;
-}
-
-Text Escaped(char c) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  const auto byte = static_cast<unsigned char>(c);
-  return Text("\\x") + kDigits[byte >> 4U] + kDigits[byte & 0xFU];
-}
 
 // Values may be whole files; what is cut ends before a character, not within one.
 Text Shortened(Text text) {
@@ -70,21 +61,6 @@ Text WordsOfNumber(Integer number) {
   const auto* const found =
       std::ranges::find_if(kWords, [&](const auto& entry) { return static_cast<Integer>(entry.first) == number; });
   return found == kWords.end() ? Text() : Text(found->second);
-}
-
-Text OnOneLine(const Text& text) {
-  Text line;
-  for (const char c : text) {
-    if (c == '\r') continue;
-    if (c == '\n') {
-      line += ' ';
-    } else if (IsControl(c)) {
-      line += Escaped(c);
-    } else {
-      line += c;
-    }
-  }
-  return line;
 }
 
 Text StopText(const StopReason& reason) {

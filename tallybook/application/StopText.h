@@ -11,10 +11,7 @@ namespace tallybook::application {
 [[nodiscard]] Text WordsOfNumber(Integer number);
 
 // "january.txt: record 3: "x" is not a number (error 13: type mismatch, statement 107)", on one line. What the reason
-// does not tell is left out. Control characters show as "\x1B"; words without end are cut.
+// does not tell is left out. Control characters are shown (Shown.h); words without end are cut.
 [[nodiscard]] Text StopText(const StopReason& reason);
-
-// A text on one line as it can be shown: line breaks become blanks, other control characters "\x1B".
-[[nodiscard]] Text OnOneLine(const Text& text);
 
 }  // namespace tallybook::application

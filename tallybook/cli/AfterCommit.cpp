@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "base/Failure.h"
+#include "tallybook/cli/Lines.h"
 
 namespace tallybook::cli {
 
@@ -28,7 +29,7 @@ std::optional<StopReason> CommitWhatStays(engine::Book& book) {
 }
 
 void WarnAfterCommit(const Text& what) {
-  std::cerr << "tallybook: it is done, but " << what << '\n' << std::flush;
+  Warn("it is done, but " + what);
 }
 
 void DoAfterCommit(const std::function<void()>& act) {

@@ -1,10 +1,10 @@
 #include <fmt/format.h>
-#include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "base/Dates.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/Findings.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/Terminal.h"
@@ -41,14 +41,14 @@ void PrintTable(const Text& path, const BookCheckResult& result) {
                     DateOrNothing(finding.first), DateOrNothing(finding.last), NumberOrNothing(finding.entry),
                     finding.what});
     }
-    table.Print(std::cout);
+    table.Print();
   }
   const auto found = static_cast<long long>(result.findings.size());
-  std::cout << fmt::format("{}: format {}{}, {}, {} with {}; {}\n", path, result.format,
-                           result.format == 1 ? " (without checksums)" : "", Counted(result.chunks, "chunk"),
-                           result.entries == 1 ? "1 journal entry" : WithCommas(result.entries) + " journal entries",
-                           Counted(result.images, "image"),
-                           found == 0 ? "nothing is damaged" : Counted(found, "finding"));
+  PrintLine(fmt::format("{}: format {}{}, {}, {} with {}; {}", path, result.format,
+                        result.format == 1 ? " (without checksums)" : "", Counted(result.chunks, "chunk"),
+                        result.entries == 1 ? "1 journal entry" : WithCommas(result.entries) + " journal entries",
+                        Counted(result.images, "image"),
+                        found == 0 ? "nothing is damaged" : Counted(found, "finding")));
 }
 
 nlohmann::ordered_json JsonOf(const BookFinding& finding) {
@@ -72,7 +72,7 @@ void PrintJson(const Text& path, const BookCheckResult& result) {
   json["images"] = result.images;
   json["findings"] = nlohmann::ordered_json::array();
   for (const BookFinding& finding : result.findings) json["findings"].push_back(JsonOf(finding));
-  std::cout << JsonText(json);
+  PrintAsItStands(JsonText(json));
 }
 
 ExitStatus RunCheck(const CheckOptions& options) {

@@ -3,13 +3,13 @@
 #include <iostream>
 
 #include "base/Failure.h"
-#include "tallybook/application/StopText.h"
+#include "tallybook/application/Shown.h"
 #include "tallybook/cli/ArgumentParser.h"
 #include "tallybook/cli/Colours.h"
 #include "tallybook/cli/Help.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Program.h"
 #include "tallybook/cli/Reasons.h"
-#include "tallybook/cli/Shown.h"
 
 namespace tallybook::cli {
 
@@ -30,10 +30,18 @@ class OwnReasonPlaces {
 };
 
 ExitStatus Tell(const Text& trouble, ExitStatus status) {
-  std::cout << std::flush;
-  std::cerr << TroubleText("tallybook:") << ' ' << ShownLines(trouble) << '\n' << std::flush;
+  Warn(trouble);
   KeepReason(application::OnOneLine(trouble));
   return status;
+}
+
+// The help to read stands in the last line of its text.
+ExitStatus TellWrongUse(const Text& text) {
+  const std::size_t help = text.rfind('\n');
+  Warn(text.substr(0, help));
+  if (help != Text::npos) TellLine(text.substr(help + 1));
+  KeepReason(application::OnOneLine(text));
+  return ExitStatus::kWrongUse;
 }
 
 // The command, told apart from the words that led to it: what it finds wrong with them is wrong use, too.
@@ -49,11 +57,11 @@ ExitStatus RunWords(const std::vector<Text>& words) {
   const CommandTable program = Program();
   const UnderstoodLine line = UnderstandLine(program, words);
   if (line.wants_help) {
-    std::cout << HelpText(line.path, HeadingText);
+    PrintAsItStands(HelpText(line.path, HeadingText));
     return ExitStatus::kDone;
   }
   if (line.wants_version) {
-    std::cout << kVersion << '\n';
+    PrintLine(kVersion);
     return ExitStatus::kDone;
   }
   return RunCommand(line.path);
@@ -65,10 +73,10 @@ ExitStatus RunCommandLine(const std::vector<Text>& arguments) {
   const OwnReasonPlaces places;
   try {
     const ExitStatus status = RunWords(arguments);
-    if (std::cout << std::flush) return status;
+    if (std::cout.flush()) return status;
     return Tell("standard output cannot be written", ExitStatus::kFailed);
   } catch (const WrongUse& error) {
-    return Tell(error.what(), ExitStatus::kWrongUse);
+    return TellWrongUse(error.what());
   } catch (...) {
     return Tell(CurrentFailure().Description(), ExitStatus::kFailed);
   }

@@ -1,12 +1,12 @@
-#include <iostream>
 
 #include "exchange/CDataExchange.h"
+#include "tallybook/application/Shown.h"
 #include "tallybook/cli/ArgumentParser.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/CompletionScripts.h"
 #include "tallybook/cli/DefinitionList.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Session.h"
-#include "tallybook/cli/Shown.h"
 #include "tallybook/engine/Journal.h"
 
 namespace tallybook::cli {
@@ -19,9 +19,9 @@ struct CompleteOptions {
   TableSource program;
 };
 
-// A value, and what it means behind a tab. A value that a line cannot hold is none that could be typed.
+// A value, and what it means behind a tab. A value that a terminal cannot show is none that could be typed.
 void Offer(const Text& value, const Text& about) {
-  if (value.find_first_of("\t\r\n") == Text::npos) std::cout << value << '\t' << Shown(about) << '\n';
+  if (application::Shown(value) == value) PrintAsItStands(value + '\t' + application::Shown(about) + '\n');
 }
 
 void OfferDefinitions(Session& session, engine::Book& book) {
@@ -77,8 +77,9 @@ ExitStatus RunComplete(const CompleteOptions& options) {
 
 CommandTable CompleteCommand(const TableSource& program) {
   Choices<ArgumentKind> kinds;
-  for (const ArgumentKind kind : {ArgumentKind::kAccountCode, ArgumentKind::kFieldNumber, ArgumentKind::kDefinition,
-                                  ArgumentKind::kJournalEntry, ArgumentKind::kCommand}) {
+  for (const ArgumentKind kind :
+       {ArgumentKind::kAccountCode, ArgumentKind::kFieldNumber, ArgumentKind::kDefinition, ArgumentKind::kJournalEntry,
+        ArgumentKind::kCommand}) {
     kinds.emplace_back(AskedKind(kind), kind);
   }
   const auto options = std::make_shared<CompleteOptions>();

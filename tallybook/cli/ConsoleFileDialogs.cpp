@@ -3,18 +3,19 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <iomanip>
-#include <iostream>
 #include <sstream>
 #include <utility>
 #include <vector>
 
 #include "base/CodePage.h"
 #include "base/Failure.h"
+#include "base/ModParse.h"
 #include "base/Texts.h"
 #include "forms/CCommonDialog.h"
 #include "forms/modAllUI.h"
 #include "platform/Platform.h"
 #include "support/Utility.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Terminal.h"
 
 namespace tallybook::cli {
@@ -30,8 +31,10 @@ constexpr std::size_t kMostListed = 20;
   throw Failure(FailureNumber::kFeatureUnavailable, Text("A terminal has no dialog for ") + name);
 }
 
+// Lines end in "\r\n", as those of a box do.
 void Tell(const Text& text) {
-  if (!text.empty()) std::cerr << "  " << text << '\n' << std::flush;
+  if (text.empty()) return;
+  for (const Text& line : SplitText(text, "\r\n")) TellLine("  " + line);
 }
 
 Text InFolder(const Text& folder, const Text& name) {
@@ -111,8 +114,8 @@ class FileTaker {
     if (found.empty()) return "No file matches " + InFolder(folder_, pattern);
     Text lines;
     for (std::size_t i = 0; i < std::min(found.size(), kMostListed); ++i)
-      lines += (i == 0 ? "" : "\n  ") + found[i].name;
-    if (found.size() > kMostListed) lines += fmt::format("\n  and {} more", found.size() - kMostListed);
+      lines += (i == 0 ? "" : "\r\n") + found[i].name;
+    if (found.size() > kMostListed) lines += fmt::format("\r\nand {} more", found.size() - kMostListed);
     return lines;
   }
 
@@ -140,8 +143,8 @@ class FileTaker {
   [[nodiscard]] bool IsConfirmed(const Text& path) {
     const bool there = FileExists(path);
     Text question;
-    if (there && request_.save && Has(kPromptToOverwrite)) question = " already exists.\nDo you want to replace it?";
-    if (!there && Has(kPromptToCreate)) question = " does not exist.\nDo you want to create it?";
+    if (there && request_.save && Has(kPromptToOverwrite)) question = " already exists.\r\nDo you want to replace it?";
+    if (!there && Has(kPromptToCreate)) question = " does not exist.\r\nDo you want to create it?";
     return question.empty() || boxes_.Show(path + question, kYesNo | kExclamationIcon, request_.title) == kYes;
   }
 
@@ -179,7 +182,7 @@ Long ConsoleFileDialogs::ShowFile(FileDialogRequest& request) {
   const Text filters = FilterWords(request.filter);
   Question question;
   question.title = request.title.empty() ? Text(request.save ? "Save As" : "Open") : request.title;
-  question.about = (filters.empty() ? "" : "  Files:  " + filters + "\n") + "  Folder: " + folder + "\n";
+  question.about = (filters.empty() ? "" : "Files:  " + filters + "\r\n") + "Folder: " + folder;
   question.wanted = (request.flags & kSeveralFiles) == 0 ? "File name" : "File names";
   question.proposal = request.file_name;
   FileTaker taker(request, boxes_, folder);
@@ -195,7 +198,7 @@ Text ConsoleFileDialogs::ShowFolder(FolderDialogRequest& request) {
   const Text in_force = CurrentFolder();
   Question question;
   question.title = request.title.empty() ? "Browse for Folder" : request.title;
-  question.about = "  Folder: " + in_force + "\n";
+  question.about = "Folder: " + in_force;
   question.wanted = "Folder";
   question.proposal = StartFolder(request.initial_folder);
   Text chosen;
@@ -215,11 +218,12 @@ void ConsoleFileDialogs::Note(const Question& question, Outcome outcome, const T
 
 ConsoleFileDialogs::Outcome ConsoleFileDialogs::Ask(const Question& question, const Taker& take) {
   progress_.Hide();
-  std::cerr << question.title << '\n' << question.about << std::flush;
+  TellLine(question.title);
+  Tell(question.about);
   const std::optional<Integer> given = boxes_.GivenAnswer(kOkCancel);
   if (!given) return AskOnTerminal(question, take);
   const bool ok = *given == kOk;
-  std::cerr << fmt::format("  {}: {}\n", question.wanted, ok ? question.proposal : "Cancel") << std::flush;
+  TellLine(fmt::format("  {}: {}", question.wanted, ok ? question.proposal : "Cancel"));
   if (!ok) return Outcome::kCancelled;
   const std::optional<Text> trouble = question.proposal.empty() ? "No name is proposed here" : take(question.proposal);
   if (!trouble) return Outcome::kTaken;
@@ -232,9 +236,9 @@ ConsoleFileDialogs::Outcome ConsoleFileDialogs::AskOnTerminal(const Question& qu
   const CancelKey key;
   const Text offer = question.proposal.empty() ? Text() : fmt::format(", {} for {}", kTheProposal, question.proposal);
   for (;;) {
-    std::cerr << fmt::format("  {}{} [Cancel]? ", question.wanted, offer) << std::flush;
+    Prompt(fmt::format("  {}{} [Cancel]? ", question.wanted, offer));
     const std::optional<Text> typed = ReadTypedLine();
-    if (!typed) std::cerr << '\n' << std::flush;
+    if (!typed) TellLine("");
     const Text name = TrimBoth(typed.value_or(""));
     if (name.empty()) return Outcome::kCancelled;
     const bool proposed = name == kTheProposal && !question.proposal.empty();

@@ -50,7 +50,7 @@ class ConsoleFileDialogs : public FileDialogs {
  private:
   struct Question {
     Text title;
-    Text about;   // lines below the title
+    Text about;   // below the title, lines that end in "\r\n"
     Text wanted;  // what is to be typed: "File name"
     Text proposal;
   };

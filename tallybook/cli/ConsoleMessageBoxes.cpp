@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <fmt/format.h>
-#include <iostream>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string_view>
@@ -12,6 +11,7 @@
 #include "base/Failure.h"
 #include "base/Texts.h"
 #include "import/TextImport.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Reasons.h"
 #include "tallybook/cli/Terminal.h"
 
@@ -67,17 +67,39 @@ Text LabelsOf(Long style) {
   return labels;
 }
 
+// The lines of a box.
+std::vector<Text> LinesOf(std::string_view text) {
+  constexpr std::string_view kLineEnd = "\r\n";
+  std::vector<Text> lines;
+  for (std::size_t end = text.find(kLineEnd); end != Text::npos; end = text.find(kLineEnd)) {
+    lines.emplace_back(text.substr(0, end));
+    text.remove_prefix(end + kLineEnd.size());
+  }
+  lines.emplace_back(text);
+  return lines;
+}
+
 // An audit's error as one line: its lines trimmed and joined, without the question.
 Text ErrorOnOneLine(std::string_view text) {
   text.remove_suffix(kContinueAuditQuestion.size());
   Text line;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find("\r\n"), text.size());
-    const Text part = TrimBoth(Text(text.substr(0, end)));
-    if (!part.empty()) line += (line.empty() ? "" : ". ") + part;
-    text.remove_prefix(std::min(end + 2, text.size()));
+  for (const Text& part : LinesOf(text)) {
+    if (const Text trimmed = TrimBoth(part); !trimmed.empty()) line += (line.empty() ? "" : ". ") + trimmed;
   }
   return line;
+}
+
+// Below the first line the others stand further in, so that none can be taken for a message of its own.
+void TellBox(const Text& caption, const Text& text, bool is_error) {
+  const std::vector<Text> lines = LinesOf(text);
+  TellUnder(caption, lines.front(), is_error);
+  for (std::size_t i = 1; i < lines.size(); ++i) TellLine(lines[i].empty() ? Text() : "  " + lines[i]);
+}
+
+// A warning that asks is a question.
+bool IsError(Long style) {
+  const bool asks = (style & kButtonsMask) != kOkOnly;
+  return (style & kIconMask) == kStopIcon || ((style & kIconMask) == kExclamationIcon && !asks);
 }
 
 }  // namespace
@@ -129,15 +151,14 @@ Integer ConsoleMessageBoxes::AnswerAudit(const Text& text, Long style, const Tex
   }
   if (repeated) return kYes;
   progress_.Hide();
-  std::cerr << caption << ": " << ErrorOnOneLine(text) << '\n';
+  const bool is_error = true;
+  TellUnder(caption, ErrorOnOneLine(text), is_error);
   return kYes;
 }
 
 Integer ConsoleMessageBoxes::Ask(const Text& text, Long style, const Text& caption) {
-  Text shown = text;
-  std::erase(shown, '\r');
   progress_.Hide();
-  std::cerr << caption << ": " << shown << '\n' << std::flush;
+  TellBox(caption, text, IsError(style) || text.ends_with(kContinueAuditQuestion));
   const bool asks = (style & kButtonsMask) != kOkOnly;
   return asks ? Choose(style) : kOk;
 }
@@ -158,7 +179,7 @@ std::optional<Integer> ConsoleMessageBoxes::GivenAnswer(Long style) {
     answers_.pop_front();
     if (!has(word)) {
       misanswered_ = true;
-      std::cerr << fmt::format("tallybook: --answer '{}' is no button here\n", word);
+      Warn(fmt::format("--answer '{}' is no button here", word));
     }
   } else if (yes_ && !has("ok")) {
     has("yes");
@@ -174,7 +195,7 @@ void ConsoleMessageBoxes::NoteDialog(const Text& title, Integer answer, const Te
 Integer ConsoleMessageBoxes::Choose(Long style) {
   const std::optional<Integer> answer = GivenAnswer(style);
   if (!answer) return AskOnTerminal(style);
-  std::cerr << fmt::format("  {}: {}\n", LabelsOf(style), ButtonOf(*answer).label) << std::flush;
+  TellLine(fmt::format("  {}: {}", LabelsOf(style), ButtonOf(*answer).label));
   return *answer;
 }
 
@@ -183,9 +204,9 @@ Integer ConsoleMessageBoxes::AskOnTerminal(Long style) {
   const CancelKey key;
   const Integer refusing = RefusingButton(style);
   for (;;) {
-    std::cerr << fmt::format("  {} [{}]? ", LabelsOf(style), ButtonOf(refusing).label) << std::flush;
+    Prompt(fmt::format("  {} [{}]? ", LabelsOf(style), ButtonOf(refusing).label));
     const std::optional<Text> typed = ReadTypedLine();
-    if (!typed) std::cerr << '\n' << std::flush;
+    if (!typed) TellLine("");
     if (!typed || typed->empty()) return refusing;
     for (const Button& button : ButtonsOf(style)) {
       const char letter = static_cast<char>(button.word.front());

@@ -6,6 +6,7 @@
 
 #include "base/CodePage.h"
 #include "base/Texts.h"
+#include "tallybook/application/Shown.h"
 #include "tallybook/cli/Terminal.h"
 
 namespace tallybook::cli {
@@ -18,26 +19,19 @@ constexpr int kBarWidth = 20;
 constexpr int kRoomForBar = kBarWidth + 10;  // brackets, percentage, blanks and the last column
 constexpr const char* kEraseLine = "\r\x1b[K";
 
-// A text of several lines on one.
-Text OnOneLine(Text text) {
-  std::erase(text, '\r');
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  return text;
-}
-
 }  // namespace
 
 ConsoleProgress::ConsoleProgress() : visible_(ErrorsAreShownOnTerminal()) {}
 
 void ConsoleProgress::Begin(const tallybook::Text& title) {
   open_ = true;
-  title_ = OnOneLine(title);
+  title_ = application::OnOneLine(title);
   fraction_ = 0;
   if (visible_) Draw();
 }
 
 void ConsoleProgress::Text(const tallybook::Text& text) {
-  if (visible_) title_ = OnOneLine(text);
+  if (visible_) title_ = application::OnOneLine(text);
 }
 
 void ConsoleProgress::ShowFraction(Single fraction) {

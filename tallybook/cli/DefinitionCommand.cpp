@@ -1,15 +1,14 @@
 #include <fmt/format.h>
 #include <functional>
-#include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "base/Failure.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DefinitionEdit.h"
 #include "tallybook/cli/DefinitionList.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"
-#include "tallybook/cli/Shown.h"
 #include "tallybook/cli/TextTable.h"
 
 namespace tallybook::cli {
@@ -53,19 +52,19 @@ nlohmann::ordered_json JsonOf(const CDataExchange& exchange, engine::Book& book)
 }
 
 void PrintCsv(const nlohmann::ordered_json& definitions) {
-  std::cout << "number,title,file,accounts,fields,after\n";
+  PrintAsItStands("number,title,file,accounts,fields,after\n");
   for (const auto& definition : definitions) {
-    std::cout << definition.at("number").get<Integer>();
+    Text row = std::to_string(definition.at("number").get<Integer>());
     for (const char* name : {"title", "file", "accounts", "fields", "after"}) {
-      std::cout << ',' << CsvField(definition.at(name).get<Text>());
+      row += "," + CsvField(definition.at(name).get<Text>());
     }
-    std::cout << '\n';
+    PrintAsItStands(row + "\n");
   }
 }
 
 void PrintTable(CDataExchange& exchange, engine::Book& book) {
   if (exchange.NumRecs() == 0) {
-    std::cout << "There are no exchange definitions.\n";
+    PrintLine("There are no exchange definitions.");
     return;
   }
   TextTable table({{"#", Align::kRight}, {"Title"}, {"File"}, {"Accounts"}, {"Fields"}, {"After"}});
@@ -75,7 +74,7 @@ void PrintTable(CDataExchange& exchange, engine::Book& book) {
     table.AddRow({std::to_string(exchange.FileNum()), definition.Desc, definition.QdxFileName,
                   AccountMatchText(definition, book), FieldMatchText(definition), AfterText(definition.Disp)});
   }
-  table.Print(std::cout);
+  table.Print();
 }
 
 ExitStatus RunList(const DefinitionOptions& options) {
@@ -92,7 +91,7 @@ ExitStatus RunList(const DefinitionOptions& options) {
     exchange.SetFile(static_cast<Integer>(i));
     definitions.push_back(JsonOf(exchange, *book));
   }
-  if (options.form == PrintForm::kJson) std::cout << JsonText(definitions);
+  if (options.form == PrintForm::kJson) PrintAsItStands(JsonText(definitions));
   if (options.form == PrintForm::kCsv) PrintCsv(definitions);
   return ExitStatus::kDone;
 }
@@ -103,26 +102,26 @@ void PrintRows(const DefinitionRecord& definition) {
     for (int i = 1; i <= definition.NumAccounts; ++i) {
       accounts.AddRow({definition.accounts(i).from_code, definition.accounts(i).to_code});
     }
-    std::cout << '\n';
-    accounts.Print(std::cout);
+    PrintLine("");
+    accounts.Print();
   }
   if (definition.NumFields > 0) {
     TextTable fields({{"Field in the file", Align::kRight}, {"Field here", Align::kRight}});
     for (int i = 1; i <= definition.NumFields; ++i) {
       fields.AddRow({std::to_string(definition.fields(i).FieldFrom), std::to_string(definition.fields(i).FieldTo)});
     }
-    std::cout << '\n';
-    fields.Print(std::cout);
+    PrintLine("");
+    fields.Print();
   }
 }
 
 void PrintDefinition(CDataExchange& exchange, engine::Book& book) {
   const DefinitionRecord& definition = exchange.CurrentDefinition();
-  std::cout << fmt::format("Exchange definition {}: {}\n", exchange.FileNum(), Shown(definition.Desc));
-  std::cout << fmt::format("  File      {}\n", Shown(definition.QdxFileName));
-  std::cout << fmt::format("  Accounts  {}\n", Shown(AccountMatchText(definition, book)));
-  std::cout << fmt::format("  Fields    {}\n", FieldMatchText(definition));
-  std::cout << fmt::format("  After     {}\n", AfterText(definition.Disp));
+  PrintLine(fmt::format("Exchange definition {}: {}", exchange.FileNum(), definition.Desc));
+  PrintLine(fmt::format("  File      {}", definition.QdxFileName));
+  PrintLine(fmt::format("  Accounts  {}", AccountMatchText(definition, book)));
+  PrintLine(fmt::format("  Fields    {}", FieldMatchText(definition)));
+  PrintLine(fmt::format("  After     {}", AfterText(definition.Disp)));
   PrintRows(definition);
 }
 
@@ -133,7 +132,7 @@ ExitStatus RunShow(const DefinitionOptions& options) {
   OpenDefinitions(session.Files(), exchange, *book);
   exchange.SetFile(PositionOfDefinition(exchange, *book, options.number));
   if (options.form == PrintForm::kJson) {
-    std::cout << JsonText(JsonOf(exchange, *book));
+    PrintAsItStands(JsonText(JsonOf(exchange, *book)));
   } else {
     PrintDefinition(exchange, *book);
   }
@@ -157,7 +156,7 @@ bool WriteDefinition(Session& session, const CDataExchange& exchange, const std:
   application::WholeFiles& files = session.Files();
   application::WholeOutput definition(files, exchange.Filename());
   if (!write()) {
-    if (!files.LastRefusal().empty()) std::cerr << fmt::format("tallybook: {}\n", files.LastRefusal());
+    if (!files.LastRefusal().empty()) Warn(files.LastRefusal());
     return false;
   }
   application::WholeOutput copy(files, exchange.QDXBackupName());
@@ -183,7 +182,7 @@ ExitStatus RunAdd(const DefinitionOptions& options) {
   ApplyChanges(changes, exchange, *book);
   const auto write = [&] { return exchange.Add(position) != 0; };
   if (!WriteDefinition(session, exchange, write)) return session.StatusOf(false);
-  std::cout << fmt::format("Added exchange definition {}: {}\n", exchange.FileNum(), Shown(exchange.Desc()));
+  PrintLine(fmt::format("Added exchange definition {}: {}", exchange.FileNum(), exchange.Desc()));
   return session.StatusOf(true);
 }
 
@@ -198,7 +197,7 @@ ExitStatus RunEdit(const DefinitionOptions& options) {
   ApplyChanges(options.changes, exchange, *book);
   const auto write = [&] { return exchange.Update(position); };
   if (!WriteDefinition(session, exchange, write)) return session.StatusOf(false);
-  std::cout << fmt::format("Changed exchange definition {}: {}\n", exchange.FileNum(), Shown(exchange.Desc()));
+  PrintLine(fmt::format("Changed exchange definition {}: {}", exchange.FileNum(), exchange.Desc()));
   return session.StatusOf(true);
 }
 
@@ -213,7 +212,7 @@ ExitStatus RunDelete(const DefinitionOptions& options) {
   if (!exchange.Delete(position)) {
     throw Failure(FailureNumber::kPathOrAccess, file + ": the definition's file cannot be deleted");
   }
-  std::cout << fmt::format("Deleted exchange definition {}: {}\n", options.number, Shown(title));
+  PrintLine(fmt::format("Deleted exchange definition {}: {}", options.number, title));
   return ExitStatus::kDone;
 }
 

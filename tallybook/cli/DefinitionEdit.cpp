@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <fmt/format.h>
-#include <iostream>
 #include <string_view>
 
 #include "base/CodePage.h"
@@ -17,6 +16,7 @@
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/ExitStatus.h"
+#include "tallybook/cli/Lines.h"
 
 namespace tallybook::cli {
 
@@ -97,11 +97,10 @@ Integer PositionInHeader(const Text& code, const Text& file) {
 // looked at then.
 void CheckFieldsFrom(const std::vector<Integer>& numbers, CDataExchange& exchange) {
   if (!ReadHeader(exchange)) {
-    std::cerr << fmt::format(
-        "tallybook: '{}' cannot be read, nor is there an archive copy: whether it has the fields of --map-field was "
-        "not "
-        "looked at\n",
-        exchange.QdxFileName());
+    Warn(
+        fmt::format("'{}' cannot be read, nor is there an archive copy: whether it has the fields of --map-field was "
+                    "not looked at",
+                    exchange.QdxFileName()));
     return;
   }
   const HeaderRecord& header = SharedHeader();

@@ -5,12 +5,15 @@
 #include <iostream>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "base/CodePage.h"
 #include "base/Dates.h"
 #include "base/Failure.h"
+#include "base/ModParse.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DemoBooks.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
 
@@ -43,20 +46,21 @@ Text ShellWord(const Text& word) {
 }
 
 // A command line as the user would type it, broken before an option where it is long.
-Text TypedLine(const std::vector<Text>& arguments) {
-  Text typed;
+std::vector<Text> TypedLines(const std::vector<Text>& arguments) {
+  std::vector<Text> typed;
   Text line = "$ tallybook";
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     Text part = ShellWord(arguments[i]);
     const bool has_value = part.starts_with("--") && i + 1 < arguments.size() && !arguments[i + 1].starts_with("--");
     if (has_value) part += " " + ShellWord(arguments[++i]);
     if (line.size() + 1 + part.size() + 2 > kLineWidth) {
-      typed += line + " \\\n";
+      typed.push_back(line + " \\");
       line = "   ";
     }
     line += " " + part;
   }
-  return typed + line;
+  typed.push_back(line);
+  return typed;
 }
 
 // Ends the demo when one of its steps did not end well; what there was to tell stands on the screen.
@@ -85,30 +89,29 @@ class Demo {
   }
 
  private:
-  static void Heading(const Text& text) { std::cout << "\n" << text << "\n" << Text(text.size(), '-') << "\n"; }
+  static void Heading(const Text& text) {
+    PrintLine("");
+    PrintHeading(text);
+    PrintLine(Text(text.size(), '-'));
+  }
 
   // A paragraph, broken at blanks.
   static void Say(const Text& text) {
-    std::size_t column = 0;
-    for (std::size_t start = 0; start < text.size();) {
-      const std::size_t end = std::min(text.find(' ', start), text.size());
-      if (column > 0 && column + 1 + (end - start) > kLineWidth) {
-        std::cout << '\n';
-        column = 0;
-      }
-      if (column > 0) std::cout << ' ';
-      std::cout << text.substr(start, end - start);
-      column += (column > 0 ? 1 : 0) + end - start;
-      start = end + 1;
+    Text line;
+    for (const Text& word : SplitText(text, " ")) {
+      if (!line.empty() && line.size() + 1 + word.size() > kLineWidth) PrintLine(std::exchange(line, {}));
+      line += (line.empty() ? "" : " ") + word;
     }
-    std::cout << "\n\n";
+    PrintLine(line);
+    PrintLine("");
   }
 
   void Type(const std::vector<Text>& arguments) {
-    std::cout << TypedLine(arguments) << '\n' << std::flush;
+    for (const Text& line : TypedLines(arguments)) PrintLine(line);
+    std::cout.flush();
     const ExitStatus status = run_line_(arguments);
     if (status != ExitStatus::kDone) throw StepFailed{status};
-    std::cout << '\n';
+    PrintLine("");
   }
 
   static void WriteDescription(const Text& path, const engine::BookDescription& description) {
@@ -224,8 +227,8 @@ class Demo {
                       fmt::format("{:.2f}", sent), fmt::format("{:.2f}", received), agree ? "=" : "differs"});
       }
     }
-    table.Print(std::cout);
-    std::cout << '\n';
+    table.Print();
+    PrintLine("");
     if (!all_agree) throw Failure(FailureNumber::kInternal, "the sums of the two books differ");
   }
 
@@ -241,7 +244,7 @@ class Demo {
     Say("They hold a row for each figure. The workbook opens in any spreadsheet program:");
     for (const char* name : {"north-2024.xlsx", "north-2024.csv", "north-2024.dbf"}) {
       const fs::path path = folder / name;
-      std::cout << fmt::format("  {} ({} bytes)\n", path.string(), WithCommas(static_cast<long long>(file_size(path))));
+      PrintLine(fmt::format("  {} ({} bytes)", path.string(), WithCommas(static_cast<long long>(file_size(path)))));
     }
   }
 
@@ -250,8 +253,9 @@ class Demo {
     Say("Imports keep a journal, by which they can be taken back:");
     Type({"journal", "list", kOffice});
     Say("To undo the import and look again:");
-    std::cout << "  cd " << ShellWord(folder.string()) << "\n  tallybook journal undo " << kOffice
-              << "\n  tallybook values " << kOffice << " --account 4110\n";
+    PrintLine("  cd " + ShellWord(folder.string()));
+    PrintLine(fmt::format("  tallybook journal undo {}", kOffice));
+    PrintLine(fmt::format("  tallybook values {} --account 4110", kOffice));
   }
 
   const LineRunner& run_line_;

@@ -1,6 +1,5 @@
 #include <charconv>
 #include <fmt/format.h>
-#include <iostream>
 #include <optional>
 
 #include "base/Dates.h"
@@ -14,6 +13,7 @@
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/ExportOutput.h"
 #include "tallybook/cli/FileQuestion.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/Terminal.h"
 #include "tallybook/cli/Wording.h"
@@ -62,7 +62,7 @@ void TellExport(const Text& file, const ExportOptions& options, ExitStatus statu
   const Text range = DateText(options.from) + " to " + DateText(options.to);
   // What goes to standard output stands there alone.
   const bool to_stream = options.file == application::kStandardStream;
-  (to_stream ? std::cerr : std::cout) << fmt::format("Wrote {}: {}.\n", to_stream ? "standard output" : file, range);
+  to_stream ? TellLine("Wrote standard output: " + range + ".") : PrintLine(fmt::format("Wrote {}: {}.", file, range));
 }
 
 ExitStatus RunExportQdx(const ExportOptions& options) {
@@ -151,8 +151,7 @@ ExitStatus RunExportTable(const ExportOptions& options) {
   ExportOutput output(session.Files(), file, to_stream);
   const bool as_table = true;
   const bool done = exchange.WriteQDXFile(file, options.from, options.to, as_table, kReadableVersion, format.code);
-  if (!done && !library->LastError().empty())
-    std::cerr << "tallybook: " << session.Files().WithUsersNames(library->LastError()) << '\n';
+  if (!done && !library->LastError().empty()) Warn(session.Files().WithUsersNames(library->LastError()));
   const ExitStatus status = output.Finish(done, session.StatusOf(done));
   TellExport(file, options, status);
   return status;

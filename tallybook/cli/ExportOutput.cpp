@@ -1,7 +1,8 @@
 #include "tallybook/cli/ExportOutput.h"
 
 #include <fmt/format.h>
-#include <iostream>
+
+#include "tallybook/cli/Lines.h"
 
 namespace tallybook::cli {
 
@@ -20,7 +21,7 @@ ExportOutput::ExportOutput(application::WholeFiles& files, const Text& file, boo
 ExitStatus ExportOutput::Finish(bool done, ExitStatus status) {
   const Text refusal = files_.LastRefusal();
   if (!done) {
-    if (!refusal.empty()) std::cerr << fmt::format("tallybook: {}\n", refusal);
+    if (!refusal.empty()) Warn(refusal);
     if (output_->Drop()) TellDropped();
     return status;
   }
@@ -29,12 +30,12 @@ ExitStatus ExportOutput::Finish(bool done, ExitStatus status) {
     return ExitStatus::kFailed;
   }
   if (folder_) application::CopyToStandardOutput(folder_->Path(kPlace));
-  if (status == ExitStatus::kCancelled) std::cerr << fmt::format("tallybook: cancelled; {} is a part only\n", file_);
+  if (status == ExitStatus::kCancelled) Warn(fmt::format("cancelled; {} is a part only", file_));
   return status;
 }
 
 void ExportOutput::TellDropped() const {
-  std::cerr << fmt::format("tallybook: {} was not written; what there was of it is removed\n", file_);
+  Warn(fmt::format("{} was not written; what there was of it is removed", file_));
 }
 
 }  // namespace tallybook::cli

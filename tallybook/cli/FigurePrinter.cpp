@@ -12,7 +12,8 @@
 #include "base/Dates.h"
 #include "base/Failure.h"
 #include "base/Texts.h"
-#include "tallybook/cli/Shown.h"
+#include "tallybook/application/Shown.h"
+#include "tallybook/cli/Colours.h"
 
 namespace tallybook::cli {
 
@@ -34,9 +35,11 @@ FigurePrinter::FigurePrinter(PrintForm form, const engine::Book& book, std::ostr
 void FigurePrinter::Begin() {
   if (form_ == PrintForm::kCsv) buffer_ += "account_number,account_code,date,field,value\n";
   if (form_ == PrintForm::kTable) {
-    buffer_ += fmt::format("{:<10}  {:<10}  {:<36}{:>{}}\n", "Account", "Date", "Field", "Value", kValueWidth);
+    buffer_ +=
+        HeadingText(fmt::format("{:<10}  {:<10}  {:<36}{:>{}}", "Account", "Date", "Field", "Value", kValueWidth));
+    buffer_ += '\n';
     for (int position = 1; position <= book_.NumFields(); ++position) {
-      const Text name = Shown(TrimRight(book_.FieldName(static_cast<Integer>(position))));
+      const Text name = application::Shown(TrimRight(book_.FieldName(static_cast<Integer>(position))));
       field_texts_.push_back(fmt::format("  {:>5} {}", book_.FieldNumber(static_cast<Integer>(position)),
                                          PadRight(name, ' ', kFieldNameWidth)));
     }
@@ -67,7 +70,7 @@ void FigurePrinter::PrepareAccount(const engine::Figure& figure) {
   const Text& code = book_.Description().accounts[static_cast<std::size_t>(figure.account_position - 1)].code;
   const Long number = figure.account_number;
   if (form_ == PrintForm::kCsv) account_text_ = fmt::format("{},{}", number, CsvField(code));
-  if (form_ == PrintForm::kTable) account_text_ = PadRight(Shown(code), ' ', engine::kCodeWidth);
+  if (form_ == PrintForm::kTable) account_text_ = PadRight(application::Shown(code), ' ', engine::kCodeWidth);
   if (form_ == PrintForm::kJson) {
     account_text_ = fmt::format(R"({{ "account": {}, "code": {})", number, nlohmann::json(code).dump());
   }

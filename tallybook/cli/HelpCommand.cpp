@@ -1,9 +1,9 @@
-#include <iostream>
 
 #include "tallybook/cli/ArgumentParser.h"
 #include "tallybook/cli/Colours.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/Help.h"
+#include "tallybook/cli/Lines.h"
 
 namespace tallybook::cli {
 
@@ -16,7 +16,7 @@ struct HelpOptions {
 
 ExitStatus RunHelp(const HelpOptions& options) {
   const CommandTable program = options.program();
-  std::cout << HelpText(FindCommand(program, options.command), HeadingText);
+  PrintAsItStands(HelpText(FindCommand(program, options.command), HeadingText));
   return ExitStatus::kDone;
 }
 

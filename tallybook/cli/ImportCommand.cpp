@@ -1,5 +1,4 @@
 #include <fmt/format.h>
-#include <iostream>
 #include <optional>
 
 #include "base/Failure.h"
@@ -12,6 +11,7 @@
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DefinitionList.h"
 #include "tallybook/cli/JournalMark.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/Terminal.h"
 #include "tallybook/report/ReportPrinter.h"
@@ -88,9 +88,7 @@ class ReportFile {
   }
 
  private:
-  void TellUnwritten(const Text& why) const {
-    std::cerr << fmt::format("tallybook: the report {} was not written{}\n", application::OnOneLine(path_), why);
-  }
+  void TellUnwritten(const Text& why) const { Warn(fmt::format("the report {} was not written{}", path_, why)); }
 
   Text path_;
   std::optional<application::WholeOutput> output_;

@@ -3,9 +3,9 @@
 
 #include "base/Dates.h"
 #include "tallybook/cli/Commands.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"
-#include "tallybook/cli/Shown.h"
 #include "tallybook/cli/Terminal.h"
 #include "tallybook/cli/TextTable.h"
 
@@ -20,7 +20,7 @@ struct InfoOptions {
 
 // A line of the summary: its name in the first column.
 void PrintFact(const Text& name, const Text& value) {
-  std::cout << fmt::format("{:<10}{}\n", name, Shown(value));
+  PrintLine(fmt::format("{:<10}{}", name, value));
 }
 
 long long CountFigures(engine::Book& book) {
@@ -35,7 +35,8 @@ long long CountFigures(engine::Book& book) {
 void PrintSummary(engine::Book& book) {
   const engine::BookDescription& description = book.Description();
   const engine::CalendarDescription& calendar = description.calendar;
-  std::cout << Shown(description.system_name) << " (" << Shown(description.type_name) << ")\n\n";
+  PrintLine(fmt::format("{} ({})", description.system_name, description.type_name));
+  PrintLine("");
   PrintFact("File", book.Path());
   PrintFact("Records", "one for each account and " + engine::DataLevelName(description.data_level));
   PrintFact("Calendar", fmt::format("{}, {} periods a year, weeks end on {}", engine::CalendarKindName(calendar.kind),
@@ -47,18 +48,20 @@ void PrintSummary(engine::Book& book) {
 }
 
 void PrintLists(const engine::BookDescription& description) {
-  std::cout << "\nAccounts (" << description.accounts.size() << ")\n";
+  PrintLine("");
+  PrintHeading(fmt::format("Accounts ({})", description.accounts.size()));
   TextTable accounts({{"Number", Align::kRight}, {"Code"}, {"Description"}});
   for (const auto& account : description.accounts) {
     accounts.AddRow({std::to_string(account.number), account.code, account.description});
   }
-  accounts.Print(std::cout, 2);
-  std::cout << "\nFields (" << description.fields.size() << ")\n";
+  accounts.Print(2);
+  PrintLine("");
+  PrintHeading(fmt::format("Fields ({})", description.fields.size()));
   TextTable fields({{"Number", Align::kRight}, {"Description"}});
   for (const auto& field : description.fields) {
     fields.AddRow({std::to_string(field.number), field.description + (field.system ? " (kept by the book)" : "")});
   }
-  fields.Print(std::cout, 2);
+  fields.Print(2);
 }
 
 ExitStatus RunInfo(const InfoOptions& options) {

@@ -1,5 +1,4 @@
 #include <fmt/format.h>
-#include <iostream>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -9,6 +8,7 @@
 #include "tallybook/application/EntryDates.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
@@ -44,7 +44,7 @@ Text StateText(const engine::JournalEntry& entry) {
 
 Text UndoneLine(const engine::JournalEntry& entry) {
   const Text what = entry.what_ran.empty() ? Text() : ", " + entry.what_ran;
-  return fmt::format("Undone: journal entry {}{}.\n", entry.id, what);
+  return fmt::format("Undone: journal entry {}{}.", entry.id, what);
 }
 
 Text WhatRan(const engine::JournalEntry& entry) {
@@ -81,24 +81,24 @@ nlohmann::ordered_json JsonOf(const engine::JournalEntry& entry) {
 void PrintJson(const std::vector<engine::JournalEntry>& entries) {
   nlohmann::ordered_json json = nlohmann::ordered_json::array();
   for (const engine::JournalEntry& entry : entries) json.push_back(JsonOf(entry));
-  std::cout << JsonText(json);
+  PrintAsItStands(JsonText(json));
 }
 
 void PrintCsv(const std::vector<engine::JournalEntry>& entries) {
-  std::cout << "entry,command,kind,time,first,last,state,what_ran,undoes\n";
+  PrintAsItStands("entry,command,kind,time,first,last,state,what_ran,undoes\n");
   for (const engine::JournalEntry& entry : entries) {
     const bool dated = entry.first != kNoDate;
     const application::EntryDates dates = application::EntryDatesOf(entry);
-    std::cout << fmt::format("{},{},{},{},{},{},{},{},{}\n", entry.id, entry.command, KindText(entry.kind),
-                             DateTimeText(entry.time), dated ? dates.first : "", dated ? dates.last : "",
-                             StateText(entry), CsvField(entry.what_ran),
-                             entry.undoes == 0 ? "" : std::to_string(entry.undoes));
+    PrintAsItStands(fmt::format("{},{},{},{},{},{},{},{},{}\n", entry.id, entry.command, KindText(entry.kind),
+                                DateTimeText(entry.time), dated ? dates.first : "", dated ? dates.last : "",
+                                StateText(entry), CsvField(entry.what_ran),
+                                entry.undoes == 0 ? "" : std::to_string(entry.undoes)));
   }
 }
 
 void PrintTable(const std::vector<engine::JournalEntry>& entries) {
   if (entries.empty()) {
-    std::cout << "The journal is empty.\n";
+    PrintLine("The journal is empty.");
     return;
   }
   TextTable table({{"ID", Align::kRight}, {"Time"}, {"From"}, {"To"}, {"State"}, {"What ran"}});
@@ -107,7 +107,7 @@ void PrintTable(const std::vector<engine::JournalEntry>& entries) {
     table.AddRow({std::to_string(entry.id), DateTimeText(entry.time), dates.first, dates.last, StateText(entry),
                   WhatRan(entry)});
   }
-  table.Print(std::cout);
+  table.Print();
 }
 
 ExitStatus RunList(const JournalOptions& options) {
@@ -137,7 +137,7 @@ ExitStatus RunUndo(const JournalOptions& options) {
   engine::Journal journal(*book);
   const auto undone = options.id ? journal.Undo(*options.id) : journal.UndoNewest();
   DoAfterCommit([&] {
-    for (const engine::JournalEntry& entry : undone) std::cout << UndoneLine(entry);
+    for (const engine::JournalEntry& entry : undone) PrintLine(UndoneLine(entry));
   });
   DoAfterCommit([&] { book->Close(); });
   return ExitStatus::kDone;

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <fmt/format.h>
-#include <iostream>
 #include <span>
 
+#include "tallybook/cli/Lines.h"
 #include "tallybook/engine/Journal.h"
 
 namespace tallybook::cli {
@@ -17,10 +17,10 @@ void JournalMark::TellWhatStays() const {
   const auto is_open = [](const engine::JournalEntry& entry) { return entry.state == engine::JournalState::kOpen; };
   const auto is_final = [](const engine::JournalEntry& entry) { return !entry.keeps_images; };
   if (std::ranges::any_of(since, is_final)) {
-    std::cerr << "tallybook: the import ended half way, and what it wrote stays\n";
+    Warn("the import ended half way, and what it wrote stays");
   } else if (std::ranges::any_of(since, is_open)) {
-    std::cerr << fmt::format("tallybook: the import ended half way; `tallybook journal undo {}` takes {} back\n",
-                             book_.Path(), since.size() > 1 ? "all of it" : "it");
+    Warn(fmt::format("the import ended half way; `tallybook journal undo {}` takes {} back", book_.Path(),
+                     since.size() > 1 ? "all of it" : "it"));
   }
 }
 

@@ -1,11 +1,11 @@
 #include <array>
 #include <fmt/format.h>
-#include <iostream>
 
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/cli/Commands.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
 #include "tallybook/engine/BookDescription.h"
@@ -41,10 +41,10 @@ ExitStatus RunNew(const NewOptions& options) {
                                    from_stream ? "standard input" : options.description);
   const Text path = BookPath(options.book);
   engine::Book::Create(path, description);
-  std::cout << fmt::format("Made {} with {}, {} and {}.\n", path,
-                           Counted(static_cast<long long>(description.accounts.size()), "account"),
-                           Counted(static_cast<long long>(description.fields.size()), "field"),
-                           Counted(static_cast<long long>(description.values.size()), "figure"));
+  PrintLine(fmt::format("Made {} with {}, {} and {}.", path,
+                        Counted(static_cast<long long>(description.accounts.size()), "account"),
+                        Counted(static_cast<long long>(description.fields.size()), "field"),
+                        Counted(static_cast<long long>(description.values.size()), "figure")));
   return ExitStatus::kDone;
 }
 

@@ -1,19 +1,19 @@
 #include <fmt/format.h>
-#include <iostream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 #include "base/Dates.h"
 #include "base/Failure.h"
+#include "base/ModParse.h"
 #include "qdx/HeaderReader.h"
+#include "tallybook/application/Shown.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FigurePrinter.h"
 #include "tallybook/cli/Findings.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/QdxDiff.h"
 #include "tallybook/cli/QdxWalk.h"
 #include "tallybook/cli/Session.h"
-#include "tallybook/cli/Shown.h"
 #include "tallybook/cli/TextTable.h"
 
 namespace tallybook::cli {
@@ -31,8 +31,7 @@ class TellingListener : public QdxListener {
  public:
   explicit TellingListener(Text path) : path_(std::move(path)) {}
   void Irregular(long long offset, const Text& what) override {
-    std::cout << std::flush;
-    std::cerr << fmt::format("tallybook: {}: byte {}: {}\n", Shown(path_), offset, Shown(what));
+    Warn(fmt::format("{}: byte {}: {}", path_, offset, what));
     sound_ = false;
   }
   [[nodiscard]] ExitStatus Status() const { return sound_ ? ExitStatus::kDone : ExitStatus::kFailed; }
@@ -48,7 +47,7 @@ class InfoListener : public TellingListener {
   void Item(long long /*offset*/, std::string_view name, Integer row, const Text& value) override {
     items_.AddRow({Text(name) + (row > 0 ? " " + std::to_string(row) : ""), value});
   }
-  void Print() const { items_.Print(std::cout); }
+  void Print() const { items_.Print(); }
 
  private:
   TextTable items_{{{"Item"}, {"Value"}}};
@@ -73,8 +72,16 @@ class JsonInfoListener : public TellingListener {
 ExitStatus RunInfoAsJson(const QdxOptions& options) {
   JsonInfoListener listener(options.file);
   QdxWalk walk(options.file, listener);
-  if (walk.Header()) std::cout << JsonText({{"file", options.file}, {"items", listener.Items()}});
+  if (walk.Header()) PrintAsItStands(JsonText({{"file", options.file}, {"items", listener.Items()}}));
   return listener.Status();
+}
+
+// Names with line breaks make no lines of their own.
+void PrintDescription(HeaderRecord record, const Text& file) {
+  record.SystemName = application::Shown(record.SystemName);
+  record.CreateTime = application::Shown(record.CreateTime);
+  for (const Text& line : SplitText(DescribeHeader(record, application::Shown(file)), "\n")) PrintLine(line);
+  PrintLine("");
 }
 
 ExitStatus RunInfo(const QdxOptions& options) {
@@ -83,7 +90,7 @@ ExitStatus RunInfo(const QdxOptions& options) {
   InfoListener listener(options.file);
   QdxWalk walk(options.file, listener);
   if (walk.Header()) {
-    std::cout << ShownLines(DescribeHeader(walk.Record(), options.file)) << "\n\n";
+    PrintDescription(walk.Record(), options.file);
     listener.Print();
   }
   return listener.Status();
@@ -106,9 +113,7 @@ class DumpListener : public TellingListener {
   void BodyEnd(long long offset) override { Line(offset, "end of the body"); }
 
  private:
-  static void Line(long long offset, const Text& text) {
-    std::cout << fmt::format("{:>10}  {}\n", offset, Shown(text));
-  }
+  static void Line(long long offset, const Text& text) { PrintLine(fmt::format("{:>10}  {}", offset, text)); }
 };
 
 // An array with one object a line, so that a file of any size passes through.
@@ -130,11 +135,11 @@ class JsonDumpListener : public TellingListener {
   }
   void AccountEnd(long long offset) override { Print({{"offset", offset}, {"end", "account"}}); }
   void BodyEnd(long long offset) override { Print({{"offset", offset}, {"end", "body"}}); }
-  void Finish() const { std::cout << (any_ ? "\n]\n" : "[]\n"); }
+  void Finish() const { PrintAsItStands(any_ ? "\n]\n" : "[]\n"); }
 
  private:
   void Print(const nlohmann::ordered_json& object) {
-    std::cout << (any_ ? ",\n  " : "[\n  ") << JsonLine(object);
+    PrintAsItStands((any_ ? ",\n  " : "[\n  ") + JsonLine(object));
     any_ = true;
   }
 
@@ -169,7 +174,7 @@ class CheckListener : public QdxListener {
     if (form_ == PrintForm::kJson) {
       irregular_.push_back({{"offset", offset}, {"what", what}});
     } else {
-      std::cout << fmt::format("{}: byte {}: {}\n", Shown(path_), offset, Shown(what));
+      PrintLine(fmt::format("{}: byte {}: {}", path_, offset, what));
     }
   }
   [[nodiscard]] ExitStatus Finish() const {
@@ -179,13 +184,16 @@ class CheckListener : public QdxListener {
 
  private:
   void PrintJson() const {
-    std::cout << JsonText(
-        {{"file", path_}, {"accounts", accounts_}, {"values", values_}, {"dates", dates_}, {"irregular", irregular_}});
+    PrintAsItStands(JsonText({{"file", path_},
+                              {"accounts", accounts_},
+                              {"values", values_},
+                              {"dates", dates_},
+                              {"irregular", irregular_}}));
   }
   void PrintSummary() const {
-    std::cout << fmt::format("{}: {} with {} on {}; {}\n", Shown(path_), Counted(accounts_, "account"),
-                             Counted(values_, "value"), Counted(dates_, "date"),
-                             irregularities_ == 0 ? "nothing irregular" : WithCommas(irregularities_) + " irregular");
+    PrintLine(fmt::format("{}: {} with {} on {}; {}", path_, Counted(accounts_, "account"), Counted(values_, "value"),
+                          Counted(dates_, "date"),
+                          irregularities_ == 0 ? "nothing irregular" : WithCommas(irregularities_) + " irregular"));
   }
 
   Text path_;
@@ -206,20 +214,19 @@ ExitStatus RunCheck(const QdxOptions& options) {
 }
 
 ExitStatus RunDiffAsJson(const QdxOptions& options) {
-  std::ostringstream lines;
-  const long long differences = DiffQdxFiles(options.file, options.other, lines);
   nlohmann::ordered_json list = nlohmann::ordered_json::array();
-  std::istringstream read(lines.str());
-  for (Text line; std::getline(read, line);) list.push_back({{"what", line}});
-  std::cout << JsonText({{"file", options.file}, {"other", options.other}, {"differences", list}});
+  const long long differences = DiffQdxFiles(options.file, options.other, [&](const Text& line) {
+    list.push_back({{"what", line}});
+  });
+  PrintAsItStands(JsonText({{"file", options.file}, {"other", options.other}, {"differences", list}}));
   return StatusOfFindings(options.file, differences, "difference");
 }
 
 ExitStatus RunDiff(const QdxOptions& options) {
   const Session session;
   if (options.form == PrintForm::kJson) return RunDiffAsJson(options);
-  const long long differences = DiffQdxFiles(options.file, options.other, std::cout);
-  std::cout << (differences == 0 ? Text("No differences.") : Counted(differences, "difference") + ".") << '\n';
+  const long long differences = DiffQdxFiles(options.file, options.other, PrintLine);
+  PrintLine(differences == 0 ? "No differences." : Counted(differences, "difference") + ".");
   return StatusOfFindings(options.file, differences, "difference");
 }
 

@@ -79,8 +79,8 @@ class IndexedFile : private QdxListener {
 
 class Diff {
  public:
-  Diff(const Text& first_path, const Text& second_path, std::ostream& out)
-      : first_path_(first_path), second_path_(second_path), first_(first_path), second_(second_path), out_(out) {}
+  Diff(const Text& first_path, const Text& second_path, const std::function<void(const Text& line)>& tell)
+      : first_path_(first_path), second_path_(second_path), first_(first_path), second_(second_path), tell_(tell) {}
 
   long long Run() {
     CompareHeads();
@@ -96,7 +96,7 @@ class Diff {
 
  private:
   void Tell(const Text& line) {
-    out_ << line << '\n';
+    tell_(line);
     ++differences_;
   }
   void TellPair(const Text& what, const Text& first, const Text& second) {
@@ -203,14 +203,15 @@ class Diff {
   Text second_path_;
   IndexedFile first_;
   IndexedFile second_;
-  std::ostream& out_;
+  const std::function<void(const Text& line)>& tell_;
   long long differences_ = 0;
 };
 
 }  // namespace
 
-long long DiffQdxFiles(const Text& first_path, const Text& second_path, std::ostream& out) {
-  return Diff(first_path, second_path, out).Run();
+long long DiffQdxFiles(const Text& first_path, const Text& second_path,
+                       const std::function<void(const Text& line)>& tell) {
+  return Diff(first_path, second_path, tell).Run();
 }
 
 }  // namespace tallybook::cli

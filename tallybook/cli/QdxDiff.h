@@ -2,14 +2,15 @@
 // by account code, date and field number. When each was made does not count.
 #pragma once
 
-#include <iosfwd>
+#include <functional>
 
 #include "base/Types.h"
 
 namespace tallybook::cli {
 
-// Prints one line for each difference and gives their number.
+// Tells a line for each difference and gives their number.
 //   fails  as opening does, and Failure 57 with path, byte and reason for a file that cannot be followed to its end
-[[nodiscard]] long long DiffQdxFiles(const Text& first_path, const Text& second_path, std::ostream& out);
+[[nodiscard]] long long DiffQdxFiles(const Text& first_path, const Text& second_path,
+                                     const std::function<void(const Text& line)>& tell);
 
 }  // namespace tallybook::cli

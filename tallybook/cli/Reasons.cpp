@@ -2,9 +2,12 @@
 
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
 
+#include "platform/Platform.h"
 #include "tallybook/application/FileLog.h"
+#include "tallybook/cli/ConsolePlatform.h"
 
 namespace tallybook::cli {
 
@@ -13,6 +16,13 @@ namespace {
 ReasonPlaces& Places() {
   static ReasonPlaces places;
   return places;
+}
+
+void KeepInLog(const Text& log_file, const Text& reason) {
+  // A session takes its platform with it, and an entry of the log needs the clock.
+  std::optional<ConsolePlatform> platform;
+  if (!IsPlatformInstalled()) platform.emplace(AskOptions{});
+  application::FileLog(log_file).StopEntry(reason);
 }
 
 }  // namespace
@@ -27,7 +37,7 @@ void SetReasonPlaces(const ReasonPlaces& places) {
 
 void KeepReason(const Text& reason) {
   const ReasonPlaces& places = Places();
-  if (!places.log_file.empty()) application::FileLog(places.log_file).StopEntry(reason);
+  if (!places.log_file.empty()) KeepInLog(places.log_file, reason);
   if (places.messages_file.empty()) return;
   std::ofstream messages(places.messages_file, std::ios::app);
   messages << ReasonMessage(reason) << '\n';

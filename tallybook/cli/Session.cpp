@@ -2,15 +2,15 @@
 
 #include <exception>
 #include <fmt/format.h>
-#include <iostream>
 
 #include "base/Failure.h"
 #include "base/Narrow.h"
 #include "support/Utility.h"
 #include "tallybook/application/FileKind.h"
+#include "tallybook/application/Shown.h"
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/application/StopText.h"
-#include "tallybook/cli/Colours.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Reasons.h"
 #include "tallybook/settings/SettingsFile.h"
 
@@ -40,10 +40,9 @@ Integer ConsoleLog::LogError(const Text& message, Long line_number, Integer deta
   last_failure_ = message;
   if (std::current_exception()) {
     last_failure_ = CurrentFailure().Description();
-    std::cerr << fmt::format("tallybook: {} ({}, statement {})\n", CurrentFailure().Description(), message,
-                             line_number);
+    Warn(fmt::format("{} ({}, statement {})", last_failure_, message, line_number));
   } else {
-    std::cerr << fmt::format("tallybook: {} (statement {})\n", message, line_number);
+    Warn(fmt::format("{} (statement {})", message, line_number));
   }
   return log_.LogError(message, line_number, detail);
 }
@@ -108,7 +107,7 @@ void Session::TellStop(const StopReason& reason) {
 
 void Session::Note(const Text& line, bool warning) {
   platform_.Progress().Hide();
-  std::cerr << (warning ? TroubleText("tallybook:") + " " : Text()) << line << '\n' << std::flush;
+  warning ? Warn(line) : TellLine(line);
 }
 
 void Session::ProgramStops(const StopReason& reason) {
@@ -133,10 +132,8 @@ std::unique_ptr<engine::Book> Session::Open(const Text& path, engine::BookOption
   options.cache_bytes = CacheBytes(app_.SettingsFileName());
   options.progress = &platform_.Progress();
   options.reports = &report_heads_;
-  options.notice = [this](const Text& line) {
-    platform_.Progress().Hide();
-    std::cerr << "tallybook: " << line << '\n' << std::flush;
-  };
+  const bool warning = true;
+  options.notice = [this](const Text& line) { Note(line, warning); };
   return engine::Book::Open(BookPath(path), app_, options);
 }
 

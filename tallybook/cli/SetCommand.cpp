@@ -1,5 +1,4 @@
 #include <fmt/format.h>
-#include <iostream>
 
 #include "base/Dates.h"
 #include "base/Failure.h"
@@ -8,6 +7,7 @@
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FigurePrinter.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Session.h"
 
 namespace tallybook::cli {
@@ -55,8 +55,8 @@ ExitStatus RunSet(const SetOptions& options) {
   const Date record_date = book->FiscalCalendar().LevelDate(options.date, kOwnLevel);
   const Double before = SetFigure(*book, options, account);
   DoAfterCommit([&] {
-    std::cout << fmt::format("{} {} field {}: {} becomes {}\n", options.code, DateText(record_date), options.field,
-                             ShortestText(before), ShortestText(options.value));
+    PrintLine(fmt::format("{} {} field {}: {} becomes {}", options.code, DateText(record_date), options.field,
+                          ShortestText(before), ShortestText(options.value)));
   });
   DoAfterCommit([&] { book->Close(); });
   return ExitStatus::kDone;

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <fmt/format.h>
-#include <iostream>
 #include <optional>
 #include <set>
 
@@ -20,6 +19,7 @@
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FileQuestion.h"
 #include "tallybook/cli/JournalMark.h"
+#include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
 
@@ -76,10 +76,10 @@ std::size_t RecordDates(engine::Book& book, const std::set<Date>& dates) {
 }
 
 void TellApplied(engine::Book& book, const Text& file, const TextImportTally& tally) {
-  std::cerr << fmt::format("Imported {}: {}, {}, {}, {}.\n", file, Counted(tally.records, "record"),
-                           Counted(static_cast<long long>(tally.accounts.size()), "account"),
-                           Counted(static_cast<long long>(tally.fields.size()), "field"),
-                           Counted(static_cast<long long>(RecordDates(book, tally.dates)), "date"));
+  TellLine(fmt::format("Imported {}: {}, {}, {}, {}.", file, Counted(tally.records, "record"),
+                       Counted(static_cast<long long>(tally.accounts.size()), "account"),
+                       Counted(static_cast<long long>(tally.fields.size()), "field"),
+                       Counted(static_cast<long long>(RecordDates(book, tally.dates)), "date")));
 }
 
 // Why the import ended, where the engine or the look at the file before says it, with what the audit's questions and
@@ -106,8 +106,7 @@ void TellDone(engine::Book& book, const Text& file, const TextImportTally& tally
 void TellNewName(Session& session, const Text& file, bool there_before) {
   const Text renamed = file + ".bak";
   if (there_before && !FileExists(file) && FileExists(renamed)) {
-    session.Note(fmt::format("{} is called {} now", application::OnOneLine(file), application::OnOneLine(renamed)),
-                 true);
+    session.Note(fmt::format("{} is called {} now", file, renamed), true);
   }
 }
 

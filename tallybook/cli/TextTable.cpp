@@ -1,11 +1,11 @@
 #include "tallybook/cli/TextTable.h"
 
 #include <algorithm>
-#include <ostream>
 
 #include "base/CodePage.h"
 #include "base/Texts.h"
-#include "tallybook/cli/Shown.h"
+#include "tallybook/application/Shown.h"
+#include "tallybook/cli/Lines.h"
 
 namespace tallybook::cli {
 
@@ -16,27 +16,27 @@ TextTable::TextTable(std::vector<Column> columns) : columns_(std::move(columns))
 }
 
 void TextTable::AddRow(std::vector<Text> cells) {
-  for (Text& cell : cells) cell = Shown(cell);
+  for (Text& cell : cells) cell = application::Shown(cell);
   rows_.push_back(std::move(cells));
 }
 
-void TextTable::Print(std::ostream& out, int indent) const {
+void TextTable::Print(int indent) const {
   std::vector<Long> widths(columns_.size(), 0);
   for (const auto& row : rows_) {
     for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], CharacterCount(row[i]));
   }
-  for (const auto& row : rows_) PrintLine(out, indent, row, widths);
+  PrintHeading(LineOf(indent, rows_.front(), widths));
+  for (std::size_t i = 1; i < rows_.size(); ++i) PrintLine(LineOf(indent, rows_[i], widths));
 }
 
-void TextTable::PrintLine(std::ostream& out, int indent, const std::vector<Text>& cells,
-                          const std::vector<Long>& widths) const {
+Text TextTable::LineOf(int indent, const std::vector<Text>& cells, const std::vector<Long>& widths) const {
   Text line(static_cast<std::size_t>(indent), ' ');
   for (std::size_t i = 0; i < cells.size(); ++i) {
     if (i > 0) line += "  ";
     const bool right = columns_[i].align == Align::kRight;
     line += right ? PadLeft(cells[i], ' ', widths[i]) : PadRight(cells[i], ' ', widths[i]);
   }
-  out << TrimRight(line) << '\n';
+  return TrimRight(line);
 }
 
 }  // namespace tallybook::cli

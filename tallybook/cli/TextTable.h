@@ -1,7 +1,6 @@
 // A small table for the terminal: columns as wide as their widest cell, two blanks between them, headings above.
 #pragma once
 
-#include <iosfwd>
 #include <vector>
 
 #include "base/Types.h"
@@ -19,13 +18,13 @@ class TextTable {
   };
 
   explicit TextTable(std::vector<Column> columns);
-  // One text for each column, shown as a terminal may show it (Shown.h).
+  // One text for each column, shown as a terminal may show it (application/Shown.h).
   void AddRow(std::vector<Text> cells);
-  // Each line begins with `indent` blanks and ends without any.
-  void Print(std::ostream& out, int indent = 0) const;
+  // To standard output. Each line begins with `indent` blanks and ends without any.
+  void Print(int indent = 0) const;
 
  private:
-  void PrintLine(std::ostream& out, int indent, const std::vector<Text>& cells, const std::vector<Long>& widths) const;
+  [[nodiscard]] Text LineOf(int indent, const std::vector<Text>& cells, const std::vector<Long>& widths) const;
 
   std::vector<Column> columns_;
   std::vector<std::vector<Text>> rows_;  // the headings first

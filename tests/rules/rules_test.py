@@ -5,6 +5,7 @@ import tempfile
 import unittest
 
 import check_includes
+import check_lines
 import check_sources_built
 
 
@@ -141,6 +142,22 @@ class SourcesBuiltTest(RuleTest):
         self.write("tests/qdx/BodyTest.cpp")
         self.write("tests/import/BodyTest.cpp")
         self.assertEqual(["tests/import/BodyTest.cpp: named in no CMakeLists.txt"], self.found())
+
+
+class LinesTest(RuleTest):
+    def test_accepts_lines_that_go_the_one_way_and_printers_of_standard_output(self):
+        self.write("tallybook/cli/Lines.cpp", "std::cerr << line;")
+        self.write("tallybook/cli/A.cpp", 'Warn("a");\ntable.Print(std::cout);\nstd::cout.flush();  // not std::cerr << a')
+        self.assertEqual([], check_lines.violations(self.root))
+
+    def test_finds_a_line_that_goes_another_way(self):
+        for line in ("std::cerr << a;", "std::cout << a;", "std::cout\n    << a;", 'printf("%s", a);', "fmt::print(a);",
+                     "std::ostream& out = std::cerr;"):
+            with self.subTest(line=line):
+                self.write("tallybook/cli/A.cpp", "\n" + line)
+                found = check_lines.violations(self.root)
+                self.assertEqual(1, len(found), found)
+                self.assertTrue(found[0].startswith("tallybook/cli/A.cpp:"), found)
 
 
 if __name__ == "__main__":

@@ -100,7 +100,7 @@ TEST_F(DefinitionLookTest, EveryTroubleIsToldByNumber) {
   folder_.Write("TBQDX3.shop", "x");
   EXPECT_THAT([&] { NeedReadableDefinitions(Look()); },
               FailsWith(FailureNumber::kPathOrAccess, "exchange definition 1 (" + folder_.Path("TBQDX1.shop") +
-                                                          ") cannot be read: it is cut short\nexchange definition 3"));
+                                                          ") cannot be read: it is cut short; exchange definition 3"));
 }
 
 TEST_F(DefinitionLookTest, WhatWasSeenIsWhatIsReadAfterwardsUntilItIsWritten) {

@@ -41,7 +41,13 @@ TEST_F(FileLogTest, WritesTheReasonOfAnOperationThatStopped) {
 TEST_F(FileLogTest, KeepsAnEntryOnOneLine) {
   FileLog log(folder_.Path("t.log"));
   log.LogError("first\r\nsecond", 0, -1);
-  EXPECT_EQ(folder_.Read("t.log"), "2004-02-03 14:05:09 error first  second (statement 0)\n");
+  EXPECT_EQ(folder_.Read("t.log"), "2004-02-03 14:05:09 error first second (statement 0)\n");
+}
+
+TEST_F(FileLogTest, ShowsControlCharactersOfNames) {
+  FileLog log(folder_.Path("t.log"));
+  log.AuditEntry("North\x1b[2J", "Import", "System Fields", {"a\nb"});
+  EXPECT_EQ(folder_.Read("t.log"), "2004-02-03 14:05:09 audit North\\x1b[2J: Import: System Fields: a b\n");
 }
 
 TEST_F(FileLogTest, MakesTheFoldersThatAreMissing) {

@@ -34,7 +34,7 @@ TEST(StopTextTest, EveryNumberOfAFailureHasWords) {
 }
 
 TEST(StopTextTest, StaysOnOneLineAndShowsControlCharacters) {
-  EXPECT_EQ(StopText({.file = "a\x1B[2J.txt", .words = "first\r\nsecond\ttab"}), "a\\x1B[2J.txt: first second\\x09tab");
+  EXPECT_EQ(StopText({.file = "a\x1B[2J.txt", .words = "first\r\nsecond\ttab"}), "a\\x1b[2J.txt: first second\\ttab");
 }
 
 TEST(StopTextTest, CutsWordsWithoutEndBetweenTwoCharacters) {

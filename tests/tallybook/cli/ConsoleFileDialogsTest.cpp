@@ -181,7 +181,7 @@ TEST_F(ConsoleFileDialogsTest, AnOldFileIsReplacedAfterAQuestionWhereTheFlagAsks
   dialog.SetFlags(kExplorerStyle | kPathMustExist | kPromptToOverwrite);
   EXPECT_EQ(Save("old.csv\ny\n"), here + "/old.csv");
   EXPECT_THAT(shown, HasSubstr("Export Data: " + here +
-                               "/old.csv already exists.\nDo you want to replace it?\n  Yes/No [No]? "));
+                               "/old.csv already exists.\n  Do you want to replace it?\n  Yes/No [No]? "));
   EXPECT_EQ(Save("old.csv\nn\nnew.csv\n"), here + "/new.csv");
   EXPECT_FALSE(refused) << "the name that was taken at last counts";
   EXPECT_EQ(Open("old.csv\n"), here + "/old.csv");
@@ -191,7 +191,7 @@ TEST_F(ConsoleFileDialogsTest, AnOldFileIsReplacedAfterAQuestionWhereTheFlagAsks
 TEST_F(ConsoleFileDialogsTest, ANewFileIsMadeAfterAQuestionWhereTheFlagAsksForIt) {
   dialog.SetFlags(kExplorerStyle | kPathMustExist | kPromptToCreate);
   EXPECT_EQ(Save("new.csv\nn\nnew.csv\ny\n"), here + "/new.csv");
-  EXPECT_THAT(shown, HasSubstr(here + "/new.csv does not exist.\nDo you want to create it?\n"));
+  EXPECT_THAT(shown, HasSubstr(here + "/new.csv does not exist.\n  Do you want to create it?\n"));
 }
 
 TEST_F(ConsoleFileDialogsTest, TheDefaultExtensionGoesOntoANameWithoutOne) {

@@ -203,7 +203,7 @@ class ConsoleTest(unittest.TestCase):
         terminal = self.terminal("export", "table", "shop", "--type", "CSV", *self.DATES)
         terminal.wait_for("File name, = for shop.csv [Cancel]? ")
         terminal.type("=\n")
-        terminal.wait_for("shop.csv already exists.\r\nDo you want to replace it?\r\n  Yes/No [No]? ")
+        terminal.wait_for("shop.csv already exists.\r\n  Do you want to replace it?\r\n  Yes/No [No]? ")
         terminal.type("n\n")
         terminal.wait_for("Yes/No [No]? n\r\n  File name, = for shop.csv [Cancel]? ")
         terminal.type("other\n")
@@ -343,6 +343,14 @@ class ConsoleTest(unittest.TestCase):
     def test_headings_and_errors_are_coloured_on_a_terminal(self):
         self.assertIn("\x1b[1mUsage:\x1b[0m tallybook values BOOK", self.shown("values", "--help"))
         self.assertIn("\x1b[1;31mtallybook:\x1b[0m 'sell' is no command", self.shown("sell"))
+
+    def test_boxes_lists_of_errors_and_tables_are_coloured_alike(self):
+        self.make_text_import("B,1,1\n")
+        wrong = self.shown("import", "csv", "shop", "figures.csv", "--yes", "--keep-auditing")
+        self.assertIn("\x1b[1;31mTallybook:\x1b[0m Invalid Account Code B", wrong)
+        self.assertIn("\x1b[1;31mtallybook:\x1b[0m figures.csv: ", wrong)
+        self.assertIn("\nTallybook: OK to Add data", "\n" + wrong)  # a question is no error
+        self.assertIn("\x1b[1mAccounts (1)\x1b[0m", self.shown("info", "shop"))
 
     def test_nothing_is_coloured_where_no_colour_is_wanted(self):
         for env in {"NO_COLOR": "1"}, {"TERM": "dumb"}, {"TERM": ""}:

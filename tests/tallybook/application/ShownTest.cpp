@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "tallybook/cli/Shown.h"
+#include "tallybook/application/Shown.h"
 
-namespace tallybook::cli {
+namespace tallybook::application {
 namespace {
 
 TEST(ShownTest, LeavesTextThatCanBeReadAsItIs) {
@@ -29,5 +29,9 @@ TEST(ShownTest, ShowsBytesThatAreNoCharacters) {
   EXPECT_EQ(Shown("\xF4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80") << "beyond the last";
 }
 
+TEST(ShownTest, ATextOfSeveralLinesFitsOnOne) {
+  EXPECT_EQ(OnOneLine("first\r\nsecond\nthird\x1b"), "first second third\\x1b");
+}
+
 }  // namespace
-}  // namespace tallybook::cli
+}  // namespace tallybook::application

@@ -1,10 +1,10 @@
-#include "tallybook/cli/Shown.h"
+#include "tallybook/application/Shown.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <fmt/format.h>
 
-namespace tallybook::cli {
+namespace tallybook::application {
 
 namespace {
 
@@ -67,14 +67,12 @@ Text Shown(const Text& text) {
   return shown;
 }
 
-Text ShownLines(const Text& text) {
-  Text shown;
-  std::size_t start = 0;
-  for (std::size_t end = text.find('\n'); end != Text::npos; end = text.find('\n', start)) {
-    shown += Shown(text.substr(start, end - start)) + "\n";
-    start = end + 1;
+Text OnOneLine(const Text& text) {
+  Text line;
+  for (const char character : text) {
+    if (character != '\r') line += character == '\n' ? ' ' : character;
   }
-  return shown + Shown(text.substr(start));
+  return Shown(line);
 }
 
-}  // namespace tallybook::cli
+}  // namespace tallybook::application
