@@ -51,6 +51,8 @@ enum class ArgumentKind {
   kDefinition,    // an exchange definition of that book
   kCommand,       // words of the command line
   kJournalEntry,  // an entry of that book's journal
+  kAccountPair,   // an account of an exchange file and one of that book: FROM=TO
+  kFieldPair,     // a datafield of an exchange file and one of that book: N=M
 };
 
 // One argument of a command.

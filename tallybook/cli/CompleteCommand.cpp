@@ -1,11 +1,17 @@
 
+#include <fmt/format.h>
+
+#include "base/Narrow.h"
 #include "exchange/CDataExchange.h"
+#include "import/QDXImport.h"
+#include "support/Utility.h"
 #include "tallybook/application/Shown.h"
 #include "tallybook/cli/ArgumentParser.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/CompletionScripts.h"
 #include "tallybook/cli/DefinitionList.h"
 #include "tallybook/cli/Lines.h"
+#include "tallybook/cli/QdxWalk.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/engine/Journal.h"
 
@@ -30,6 +36,71 @@ void OfferDefinitions(Session& session, engine::Book& book) {
   for (int i = 1; i <= exchange.NumRecs(); ++i) {
     const auto position = static_cast<Integer>(i);
     Offer(std::to_string(exchange.FileNum(position)), exchange.Desc(position));
+  }
+}
+
+bool IsPair(ArgumentKind kind) {
+  return kind == ArgumentKind::kAccountPair || kind == ArgumentKind::kFieldPair;
+}
+
+// The exchange file whose accounts and fields stand in front of a pair's sign: that of --file, or that of the definition
+// or its archive copy. Empty where there is none.
+Text ExchangeFileOf(Session& session, engine::Book& book, const CommandTable& program, const std::vector<Text>& words) {
+  std::vector<Text> files = GivenTexts(program, words, ArgumentKind::kExchangeFile);
+  const std::vector<Text> numbers = GivenTexts(program, words, ArgumentKind::kDefinition);
+  CDataExchange exchange(session.Factory());
+  if (!numbers.empty()) {
+    exchange.OpenDefinitions(book, kDefinitionDataType);
+    exchange.SetFile(PositionOfDefinition(exchange, book, ToInteger(LeadingLong(numbers.front()))));
+    files.insert(files.end(), {exchange.QdxFileName(), exchange.QDXBackupName()});
+  }
+  for (const Text& file : files) {
+    std::vector<Text> matches;
+    if (FileExists(file)) return file;
+    if (MatchFiles(file, matches) > 0) return matches.front();
+  }
+  return "";
+}
+
+// The first halves of pairs: what the exchange file has, or the book where there is no such file yet.
+void OfferFirstHalves(ArgumentKind kind, const engine::BookDescription& description, const Text& file) {
+  QdxListener nobody;
+  HeaderRecord header;
+  if (!file.empty()) {
+    QdxWalk walk(file, nobody);
+    if (!walk.Header()) return;
+    header = walk.Record();
+  }
+  if (kind == ArgumentKind::kAccountPair && file.empty()) {
+    for (const auto& account : description.accounts) Offer(account.code + "=", account.description);
+  } else if (kind == ArgumentKind::kAccountPair) {
+    for (int i = 1; i <= header.NumAccounts; ++i) Offer(header.AccountCodes(i) + "=", header.AccountDescs(i));
+  } else if (file.empty()) {
+    for (const auto& field : description.fields) Offer(fmt::format("{}=", field.number), field.description);
+  } else {
+    for (int i = 1; i <= header.NumFields; ++i) Offer(fmt::format("{}=", header.FieldNumbers(i)), header.FieldDescs(i));
+  }
+}
+
+// The last of `words` is what stands of the pair. Behind its sign the book says what there is.
+void OfferPairs(ArgumentKind kind, const CommandTable& program, std::vector<Text> words) {
+  const Text begun = words.empty() ? Text() : words.back();
+  if (!words.empty()) words.pop_back();
+  const std::vector<Text> books = GivenTexts(program, words, ArgumentKind::kBook);
+  if (books.empty()) return;
+  Session session;
+  const auto book = session.OpenToRead(books.front());
+  const engine::BookDescription& description = book->Description();
+  const std::size_t sign = begun.find('=');
+  if (sign == Text::npos) {
+    OfferFirstHalves(kind, description, ExchangeFileOf(session, *book, program, words));
+    return;
+  }
+  const Text first = begun.substr(0, sign + 1);
+  if (kind == ArgumentKind::kAccountPair) {
+    for (const auto& account : description.accounts) Offer(first + account.code, account.description);
+  } else {
+    for (const auto& field : description.fields) Offer(first + std::to_string(field.number), field.description);
   }
 }
 
@@ -63,6 +134,8 @@ ExitStatus RunComplete(const CompleteOptions& options) {
     const CommandTable program = options.program();
     if (options.kind == ArgumentKind::kCommand) {
       OfferCommands(program, options.words);
+    } else if (IsPair(options.kind)) {
+      OfferPairs(options.kind, program, options.words);
     } else {
       const std::vector<Text> books = GivenTexts(program, options.words, ArgumentKind::kBook);
       if (!books.empty()) OfferFromBook(options.kind, books.front());
@@ -79,7 +152,7 @@ CommandTable CompleteCommand(const TableSource& program) {
   Choices<ArgumentKind> kinds;
   for (const ArgumentKind kind :
        {ArgumentKind::kAccountCode, ArgumentKind::kFieldNumber, ArgumentKind::kDefinition, ArgumentKind::kJournalEntry,
-        ArgumentKind::kCommand}) {
+        ArgumentKind::kAccountPair, ArgumentKind::kFieldPair, ArgumentKind::kCommand}) {
     kinds.emplace_back(AskedKind(kind), kind);
   }
   const auto options = std::make_shared<CompleteOptions>();

@@ -129,15 +129,19 @@ _tallybook_files() {
   done < <(compgen -f -- "$1")
 }
 
-# What the book of this command line holds: values, with what they mean behind them where there are several.
+# What the book of this command line holds: values, with what they mean behind them where there are several. The line
+# editor parts a word at its sign, and takes what belongs behind it.
 _tallybook_ask() {
   local line value about
   local -a values=() lines=()
+  if [[ $2 == *-pair ]]; then typed+=("$whole"); fi
   while IFS=$'\t' read -r value about; do
-    [[ $value == "$1"* ]] || continue
+    [[ $value == "$whole"* ]] || continue
+    value=${value:${#whole} - ${#1}}
     values+=("$value")
     lines+=("$value${about:+  ($about)}")
   done < <("$program" complete "$2" -- "${typed[@]}" 2>/dev/null)
+  if [[ ${values[0]} == *= ]]; then compopt -o nospace 2>/dev/null; fi
   if ((${#values[@]} == 1)); then
     printf -v line %q "${values[0]}"
     COMPREPLY=("$line")
@@ -160,15 +164,28 @@ _tallybook_complete_as() {
 }
 
 _tallybook() {
-  local IFS=$' \t\n' program=$1 current=${COMP_WORDS[COMP_CWORD]} place='' kind='' awaited='' words_only=''
-  local commands options word
+  local IFS=$' \t\n' program=$1 current=${COMP_WORDS[COMP_CWORD]} whole='' joins='' place='' kind='' awaited=''
+  local commands options word words_only=''
   local -i position=0 i
   local -a typed=()
   COMPREPLY=()
-  # The line editor parts "--name=value" at its sign.
-  for ((i = 1; i < COMP_CWORD; i++)); do
-    if [[ ${COMP_WORDS[i]} != '=' || ${COMP_WORDS[i - 1]} != --* ]]; then typed+=("${COMP_WORDS[i]}"); fi
+  # The line editor parts "--name=value" and "this=that" at their signs.
+  for ((i = 1; i <= COMP_CWORD; i++)); do
+    word=${COMP_WORDS[i]}
+    if [[ $word == '=' && ${COMP_WORDS[i - 1]} == --* ]]; then
+      if ((i == COMP_CWORD)); then typed+=(''); fi
+    elif [[ $word == '=' && ${#typed[@]} != 0 ]]; then
+      typed[-1]+='='
+      joins=1
+    elif [[ $joins ]]; then
+      typed[-1]+=$word
+      joins=''
+    else
+      typed+=("$word")
+    fi
   done
+  whole=${typed[-1]}
+  unset 'typed[-1]'
   if [[ $current == '=' ]]; then current=''; fi
   _tallybook_table "$place"
   for word in "${typed[@]}"; do
@@ -230,12 +247,14 @@ constexpr const char* kZshHead = R"sh(#compdef tallybook
 # What the book of this command line holds: values, with what they mean.
 _tallybook_ask() {
   local line
-  local -a values
-  for line in "${(@f)$("$tallybook_program" complete "$1" -- "${(@)tallybook_typed}" 2>/dev/null)}"; do
+  local -a values suffix asked=("${(@)tallybook_typed}")
+  if [[ $1 == *-pair ]]; then asked+=("${(Q)PREFIX}"); fi
+  for line in "${(@f)$("$tallybook_program" complete "$1" -- "${(@)asked}" 2>/dev/null)}"; do
     [[ -n $line ]] || continue
     values+=("${${line%%$'\t'*}//:/\\:}:${line#*$'\t'}")
+    if [[ ${line%%$'\t'*} == *= ]]; then suffix=(-S ''); fi
   done
-  _describe -t values "$1" values
+  _describe -t values "$1" values "${suffix[@]}"
 }
 
 )sh";
@@ -344,6 +363,10 @@ constexpr const char* kFishHead =
 # What the book of this command line holds: values, with what they mean.
 function __tallybook_ask
     set -l typed (commandline -opc)
+    if string match -q -- '*-pair' $argv[1]
+        set -l current (commandline -ct)
+        set typed $typed (string replace -r -- '^--[a-z-]+=' '' "$current")
+    end
     $typed[1] complete $argv[1] -- $typed[2..-1] 2>/dev/null
 end
 
@@ -496,6 +519,10 @@ Text AskedKind(ArgumentKind kind) {
       return "journal";
     case ArgumentKind::kCommand:
       return "command";
+    case ArgumentKind::kAccountPair:
+      return "account-pair";
+    case ArgumentKind::kFieldPair:
+      return "field-pair";
     default:
       return "";
   }

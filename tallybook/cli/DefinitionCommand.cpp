@@ -238,9 +238,11 @@ void AddChanges(CommandTable& command, DefinitionChanges& changes, bool is_new) 
   AddChoice(command, "--fields", changes.fields, field_modes, "one-for-one or manual");
   AddText(command, "--map-account", changes.map_account, "FROM=TO",
           "A row of manual matches: code in the file, code in the book; may be given again. The rows given replace "
-          "those that are there");
+          "those that are there")
+      .As(ArgumentKind::kAccountPair);
   AddText(command, "--map-field", changes.map_field, "N=M",
-          "A row of manual matches: field number in the file, field number in the book; may be given again");
+          "A row of manual matches: field number in the file, field number in the book; may be given again")
+      .As(ArgumentKind::kFieldPair);
 }
 
 CommandTable ListCommand() {

@@ -20,9 +20,10 @@ PAGES = pathlib.Path(sys.argv.pop(2)).resolve()
 TALLYBOOK = pathlib.Path(sys.argv.pop(1)).resolve()
 TIMEOUT = 30
 
+# The line editor parts words at their signs of equality.
 BASH = r"""
 source "$1"
-read -ra COMP_WORDS <<<"$2"
+read -ra COMP_WORDS <<<"${2//=/ = }"
 [[ $2 == *' ' ]] && COMP_WORDS+=('')
 COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
 _tallybook tallybook
@@ -53,6 +54,12 @@ class CompletionTest(unittest.TestCase):
         cls.run_command("definition", "add", "shop", "--title", "North Shop", "--file", "north.QDX")
         cls.run_command("definition", "add", "shop", "--title", "South Shop", "--file", "south.QDX")
         (cls.folder / "year.QDX").write_text("", encoding="utf-8")
+        book["accounts"] = [{"number": 7, "code": "A7", "description": "Till"}, {"number": 8, "code": "B8"}]
+        book["fields"] = [{"number": 3, "description": "Takings"}, {"number": 4, "description": "Weather"}]
+        (cls.folder / "till.json").write_text(json.dumps(book), encoding="utf-8")
+        cls.run_command("new", "till", "--from", "till.json")
+        cls.run_command("export", "qdx", "till", "till.QDX", "--from", "2003-01-01", "--to", "2003-01-31")
+        cls.run_command("definition", "add", "shop", "--title", "Till", "--file", "till.QDX", "--after", "keep")
 
     @classmethod
     def tearDownClass(cls):
@@ -132,6 +139,36 @@ class CompletionTest(unittest.TestCase):
         self.expect_offers("tallybook values shop --account 1", "100", "150", but=["200"])
         self.expect_offers("tallybook set shop ", "100", "150", "200")
         self.expect_offers("tallybook values shop --field ", "1", "5")
+
+    def test_offers_the_exchange_files_accounts_and_fields_before_a_pairs_sign(self):
+        edit = "tallybook definition edit shop 3 --map-"
+        self.expect_offers(edit + "account ", "A7=", "B8=", but=["100=", "100"])
+        self.expect_offers(edit + "field ", "3=", "4=", but=["1="])
+        add = "tallybook definition add shop --title T --file till.QDX --map-"
+        self.expect_offers(add + "account A", "A7=", but=["B8="])
+        self.expect_offers(add + "field 4", "4=", but=["3="])
+
+    def test_offers_the_books_own_where_there_is_no_exchange_file_yet(self):
+        self.expect_offers("tallybook definition edit shop 1 --map-account ", "100=", "150=", "200=", but=["A7="])
+        self.expect_offers("tallybook definition add shop --title T --file none.QDX --map-field ", "1=", "5=")
+
+    def test_offers_the_books_accounts_and_fields_behind_a_pairs_sign(self):
+        edit = "tallybook definition edit shop 3 --map-"
+        for line, values in (edit + "account A7=", ["100", "150", "200"]), (edit + "account A7=2", ["200"]), \
+                            (edit + "account A7=100 --map-account B8=1", ["100", "150"]), (edit + "field 3=", ["1", "5"]), \
+                            (edit + "account=A7=", ["100", "150", "200"]), (edit + "field 3=1 --map-field=4=", ["1", "5"]):
+            with self.subTest(line=line):
+                self.assertEqual([offer.split()[0] for offer in self.bash(line)], values)
+                self.assertEqual([offer.split("=")[-1] for offer in self.fish(line)], values)
+        for line, values in (edit + "account A7=1", ["A7=100", "A7=150"]), (edit + "field=3=", ["3=1", "3=5"]):
+            with self.subTest(line=line):
+                shown = self.zsh(line)
+                for value in values:
+                    self.assertIn(value, shown)
+
+    def test_counts_the_arguments_behind_a_pair(self):
+        line = "tallybook definition edit --map-account A7=100 shop "
+        self.expect_offers(line, "1", "2", "3")
 
     def test_offers_titles_with_definitions(self):
         self.assertIn("1  (North Shop)", self.bash("tallybook definition show shop "))
