@@ -128,7 +128,7 @@ class JsonDumpListener : public TellingListener {
   }
   void Account(long long offset, Integer index) override { Print({{"offset", offset}, {"account_row", index}}); }
   void DateStart(long long offset, const BodyDate& date, Integer values) override {
-    Print({{"offset", offset}, {"date", DateItemText(date)}, {"values", values}});
+    Print({{"offset", offset}, {"date", DateItemText(date)}, {"value_count", values}});
   }
   void Value(long long offset, const BodyValue& value) override {
     Print({{"offset", offset}, {"field_row", value.field_index}, {"value", value.value}});
@@ -185,9 +185,9 @@ class CheckListener : public QdxListener {
  private:
   void PrintJson() const {
     PrintAsItStands(JsonText({{"file", path_},
-                              {"accounts", accounts_},
-                              {"values", values_},
-                              {"dates", dates_},
+                              {"account_count", accounts_},
+                              {"value_count", values_},
+                              {"date_count", dates_},
                               {"irregular", irregular_}}));
   }
   void PrintSummary() const {

@@ -1,0 +1,175 @@
+#!/usr/bin/env python3
+"""In JSON a name means the same in every command.
+
+  json_names_test.py TALLYBOOK PAGE        PAGE is the user's page, which lists the names
+
+NAMES is all that occur, each with what its values are. Every command that has --json is run; a name that is not listed
+here, a value of another kind, a listed name that no command prints, and one that the page does not tell of fail. A book's
+description (`info --json`) is the file that `new` reads and has its own list.
+"""
+
+import json
+import os
+import pathlib
+import re
+import shutil
+import sqlite3
+import subprocess
+import sys
+import tempfile
+import unittest
+
+PAGE = pathlib.Path(sys.argv.pop(2)).resolve()
+TALLYBOOK = str(pathlib.Path(sys.argv.pop(1)).resolve())
+TIMEOUT = 60
+
+
+def text(value):
+    return isinstance(value, str)
+
+
+def count(value):
+    return isinstance(value, int) and not isinstance(value, bool) and value >= 0
+
+
+def number(value):
+    return count(value) and value >= 1
+
+
+def figure(value):
+    return isinstance(value, (int, float)) and not isinstance(value, bool)
+
+
+def words(*allowed):
+    return lambda value: value in allowed
+
+
+def like(pattern):
+    return lambda value: isinstance(value, str) and re.fullmatch(pattern, value) is not None
+
+
+def rows(*names):
+    """Objects, each with these names at least."""
+    return lambda value: isinstance(value, list) and all(set(names) <= set(row) for row in value)
+
+
+DATE = r"\d{4}-\d{2}-\d{2}"
+
+NAMES = {
+    "file": text, "other": text,
+    "account": number, "code": like(r"A7|B8|C9"), "field": number, "date": like(DATE), "value": lambda value: figure(value) or text(value),
+    "number": number, "title": text, "accounts": like("one-for-one|all-to-one:.+|manual"), "fields": words("one-for-one", "manual"),
+    "after": words("delete", "rename", "keep"), "map_account": rows("from", "to"), "map_field": rows("from", "to"),
+    "from": lambda value: number(value) or like(r"A7|B8|C9")(value), "to": lambda value: number(value) or like(r"A7|B8|C9")(value),
+    "items": rows("item", "value"), "item": like(r"[A-Za-z ]+"), "offset": count, "row": number, "account_row": number, "field_row": number,
+    "end": words("account", "body"),
+    "account_count": count, "value_count": count, "date_count": count, "irregular": rows("offset", "what"), "differences": rows("what"),
+    "entry": number, "command": number, "kind": words("import", "set", "undo", "lists", "name", "file", "description", "sums", "index",
+                                                      "chunk", "journal", "image"),
+    "time": like(DATE + r" \d\d:\d\d:\d\d"), "first": like(DATE), "last": like(DATE),
+    "state": words("done", "undone", "not finished", "done for good"), "what_ran": text, "undoes": number,
+    "format": number, "chunks": count, "entries": count, "images": count, "findings": rows("kind", "what"), "what": text,
+}
+
+# Of a book's description (docs/book-file.md).
+DESCRIPTION = {"system_name", "type_name", "data_level", "calendar", "max_accounts", "max_fields", "accounts", "fields", "values",
+               "kind", "first_date", "first_year", "years", "years_in_use", "week_ends_on", "periods", "name", "length",
+               "number", "code", "description", "system", "account", "date", "field", "value"}
+
+
+def book(code):
+    return {"system_name": "Shop", "data_level": "day", "calendar": {"kind": "months", "first_date": "2003-01-01", "years": 1},
+            "accounts": [{"number": 7, "code": code, "description": "Till"}, {"number": 8, "code": "B8"}],
+            "fields": [{"number": 3, "description": "Takings"}],
+            "values": [{"account": 7, "date": "2003-01-05", "field": 3, "value": 2.5}]}
+
+
+def names_in(value):
+    """Each name that occurs, with its value."""
+    if isinstance(value, dict):
+        for name, inner in value.items():
+            yield name, inner
+            yield from names_in(inner)
+    elif isinstance(value, list):
+        for inner in value:
+            yield from names_in(inner)
+
+
+class JsonNamesTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        temporary = tempfile.TemporaryDirectory(prefix="tallybook-names-")
+        cls.addClassCleanup(temporary.cleanup)
+        cls.folder = pathlib.Path(temporary.name)
+        cls.env = {"PATH": "/usr/bin:/bin", "HOME": temporary.name, "LC_ALL": "C.UTF-8", "TZ": "UTC",
+                   **{name: value for name, value in os.environ.items() if name.endswith("SAN_OPTIONS")}}
+        for name, code in ("shop", "A7"), ("other", "C9"):
+            (cls.folder / f"{name}.json").write_text(json.dumps(book(code)), encoding="utf-8")
+            cls.run_line("new", name, "--from", f"{name}.json")
+            cls.run_line("export", "qdx", name, f"{name}.QDX", "--from", "2003-01-01", "--to", "2003-01-31")
+        cls.run_line("definition", "add", "shop", "--title", "One", "--file", "shop.QDX", "--after", "keep")
+        cls.run_line("definition", "add", "shop", "--title", "Rows", "--file", "other.QDX", "--after", "keep", "--map-account", "C9=A7",
+                     "--map-field", "3=3")
+        cls.run_line("set", "shop", "A7", "2003-01-06", "3", "4")
+        cls.run_line("journal", "undo", "shop")
+        cls.run_line("import", "qdx", "shop", "--definition", "1")
+        cut = (cls.folder / "shop.QDX").read_bytes()
+        (cls.folder / "cut.QDX").write_bytes(cut[:-5])
+        shutil.copy(cls.folder / "shop.tbk", cls.folder / "bad.tbk")
+        bad = sqlite3.connect(cls.folder / "bad.tbk")
+        bad.execute("UPDATE chunk SET figures = zeroblob(length(figures))")
+        bad.execute("UPDATE journal SET what = 'x' WHERE id = 1")
+        bad.commit()
+        bad.close()
+
+    @classmethod
+    def run_line(cls, *line):
+        done = subprocess.run([TALLYBOOK, *line], cwd=cls.folder, env=cls.env, stdin=subprocess.DEVNULL, capture_output=True,
+                              text=True, timeout=TIMEOUT, check=False)
+        if done.returncode not in (0, 1):
+            raise AssertionError(f"{line}: {done.stderr}")
+        return done.stdout
+
+    LINES = (["values", "shop"], ["definition", "list", "shop"], ["definition", "show", "shop", "2"], ["qdx", "info", "shop.QDX"],
+             ["qdx", "dump", "shop.QDX"], ["qdx", "dump", "cut.QDX"], ["qdx", "check", "shop.QDX"], ["qdx", "check", "cut.QDX"],
+             ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"], ["book", "check", "shop"],
+             ["book", "check", "bad", "--deep"])
+
+    def names_of_line(self, line):
+        return list(names_in(json.loads(self.run_line(*line, "--json"))))
+
+    def test_every_name_is_listed_and_means_what_the_list_says(self):
+        for line in self.LINES:
+            for name, value in self.names_of_line(line):
+                with self.subTest(line=line, name=name):
+                    self.assertIn(name, NAMES)
+                    self.assertTrue(NAMES[name](value), value)
+
+    def test_every_listed_name_occurs(self):
+        found = {name for line in self.LINES for name, _ in self.names_of_line(line)}
+        self.assertEqual(set(NAMES) - found, set())
+
+    def test_a_books_description_has_the_names_that_new_reads(self):
+        self.assertEqual({name for name, _ in self.names_of_line(["info", "shop"])} - DESCRIPTION, set())
+
+    def test_every_command_that_has_json_is_run(self):
+        """The program is asked for its commands, so that a new one cannot be left out."""
+        def commands(*path):
+            for line in self.run_line("complete", "command", "--", "help", *path).splitlines():
+                name = line.split("\t")[0]
+                yield [*path, name]
+                yield from commands(*path, name)
+        with_json = [path for path in commands() if re.search(r"\n +--json ", self.run_line("help", *path))]
+        self.assertIn(["qdx", "diff"], with_json)
+        tried = [line[:1] for line in self.LINES] + [line[:2] for line in self.LINES] + [["info"]]
+        self.assertEqual([path for path in with_json if path not in tried], [])
+
+    def test_the_page_tells_of_every_name(self):
+        section = PAGE.read_text(encoding="utf-8").split("## Results for programs")[1].split("\n## ")[0]
+        told = {name for row in section.splitlines() if row.startswith("| `") for name in re.findall(r"`(\w+)`", row.split("|")[1])}
+        self.assertEqual(set(NAMES) - told, set())
+        self.assertEqual(told - set(NAMES), set())
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
