@@ -300,6 +300,7 @@ class CSVImportRun {
   }
 
   void AskOrLeave(const Text& text) {
+    tally_.asked_record = record_number_;
     if (AskContinueAudit(app_, text)) return;
     tally_.stop = AuditStoppedAt(text);
     tally_.stop->place = Place();

@@ -326,6 +326,7 @@ class DelimitedImportRun {
   // No leaves at once; whether the error has been counted then decides about the file's new name.
   void TellError(const Text& text, Count count) {
     if (count == Count::kBeforeAsking) error_count_ = ToInteger(error_count_ + 1);
+    tally_.asked_record = record_number_;
     if (!AskContinueAudit(app_, text)) {
       tally_.stop = AuditStoppedAt(text);
       tally_.stop->place = Place();

@@ -119,7 +119,8 @@ class NumberTable {
   std::vector<bool> marked_;
 };
 
-// What a run applied, for a closing summary; and what stopped one that gave false.
+// What a run applied, for a closing summary; and what stopped one that gave false. Filled while it runs, so that whoever
+// shows the audit's questions can look up what their words leave out.
 struct TextImportTally {
   long long records = 0;
   std::set<Long> accounts;  // numbers
@@ -129,6 +130,7 @@ struct TextImportTally {
   bool stored =
       false;  // all figures are with the database, and its journal entry is closed: what fails then is no loss
   std::optional<StopReason> stays;  // why the file has not got its new name, where the import gives it one
+  Long asked_record = 0;  // the record of the audit's last question, as "In record number" counts; 0 before the first
 };
 
 // The reason of an audit's end that has found errors, and that of one which the user stopped at an error: the first line

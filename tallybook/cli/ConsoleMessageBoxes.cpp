@@ -10,7 +10,6 @@
 
 #include "base/Failure.h"
 #include "base/Texts.h"
-#include "import/TextImport.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Reasons.h"
 #include "tallybook/cli/Terminal.h"
@@ -152,8 +151,15 @@ Integer ConsoleMessageBoxes::AnswerAudit(const Text& text, Long style, const Tex
   if (repeated) return kYes;
   progress_.Hide();
   const bool is_error = true;
-  TellUnder(caption, ErrorOnOneLine(text), is_error);
+  TellUnder(caption, ErrorOnOneLine(text) + MissingRecord(text), is_error);
   return kYes;
+}
+
+Text ConsoleMessageBoxes::MissingRecord(const Text& text) const {
+  constexpr std::string_view kRecord = "In record number";
+  const bool told = text.find(kRecord) != Text::npos;
+  if (told || audit_ == nullptr || audit_->asked_record == 0) return "";
+  return fmt::format(". {}: {}", kRecord, audit_->asked_record);
 }
 
 Integer ConsoleMessageBoxes::Ask(const Text& text, Long style, const Text& caption) {

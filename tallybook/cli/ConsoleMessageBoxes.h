@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "import/TextImport.h"
 #include "platform/MessageBoxes.h"
 #include "tallybook/cli/ConsoleProgress.h"
 
@@ -46,6 +47,10 @@ class ConsoleMessageBoxes : public MessageBoxes {
   // messages file. Cancel is a refusal; a path takes back refusals of other names within the dialog.
   void NoteDialog(const Text& title, Integer answer, const Text& path);
 
+  // With `keep_auditing` an error that does not tell its record gets that of the tally, which a text import fills. Null, or
+  // alive while boxes of an audit are shown.
+  void FollowAudit(const TextImportTally* tally) { audit_ = tally; }
+
   // Keeps the reason of an operation's end in the messages file, as a box without an icon and buttons.
   void NoteReason(const Text& reason);
   // A box has told all of these.
@@ -66,6 +71,8 @@ class ConsoleMessageBoxes : public MessageBoxes {
   [[nodiscard]] Integer Choose(Long style);
   [[nodiscard]] Integer AskOnTerminal(Long style);
   [[nodiscard]] Integer AnswerAudit(const Text& text, Long style, const Text& caption);
+  // What an audit's error leaves out, to stand behind it.
+  [[nodiscard]] Text MissingRecord(const Text& text) const;
   // Shows a box as it stands and lets a button be chosen.
   [[nodiscard]] Integer Ask(const Text& text, Long style, const Text& caption);
   void Record(const Text& text, Long style, Integer answer, const Text& path = "");
@@ -79,6 +86,7 @@ class ConsoleMessageBoxes : public MessageBoxes {
   Text waiting_messages_;  // until the file is made
   ConsoleProgress& progress_;
   std::deque<Text> shown_;  // the last boxes
+  const TextImportTally* audit_ = nullptr;
   bool refused_ = false;
   bool misanswered_ = false;
   bool audit_stopped_ = false;

@@ -85,6 +85,9 @@ class Session : private StopWitness {
   // The boxes shown so far.
   [[nodiscard]] const ConsoleMessageBoxes& Boxes() { return platform_.Boxes(); }
 
+  // Of an audit that lists its errors: ConsoleMessageBoxes::FollowAudit.
+  void FollowAudit(const TextImportTally* tally) { platform_.Boxes().FollowAudit(tally); }
+
   // Tells why an operation ended before its end: on standard error, where no box has told all of it, in the messages
   // file and in the log.
   void TellStop(const StopReason& reason);

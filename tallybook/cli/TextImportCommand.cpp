@@ -149,7 +149,9 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   CDataExchange exchange(session.Factory());
   exchange.SetOwner(book.get());
   book->SetOperationName(kind + " " + *file);
+  session.FollowAudit(&exchange.LastTextImport());
   const bool imported = import(*book, exchange, *file);
+  session.FollowAudit(nullptr);
   const TextImportTally& tally = exchange.LastTextImport();
   const bool done = imported || tally.stored;
   if (done) {
