@@ -24,20 +24,15 @@ struct DefinitionOptions {
   AskOptions asking;
 };
 
-// The words of how accounts or fields are matched, without the count of rows that they show to people.
-Text Mode(const Text& shown) {
-  return shown.substr(0, shown.find(' '));
-}
-
 // The members bear the names of the options that set them.
 nlohmann::ordered_json JsonOf(const CDataExchange& exchange, engine::Book& book) {
   const DefinitionRecord& definition = exchange.CurrentDefinition();
   nlohmann::ordered_json json = {{"number", exchange.FileNum()},
                                  {"title", definition.Desc},
                                  {"file", definition.QdxFileName},
-                                 {"accounts", Mode(AccountMatchText(definition, book))},
-                                 {"fields", Mode(FieldMatchText(definition))},
-                                 {"after", AfterText(definition.Disp)},
+                                 {"accounts", AccountMatchWord(definition, book)},
+                                 {"fields", FieldMatchWord(definition)},
+                                 {"after", AfterWord(definition.Disp)},
                                  {"map_account", nlohmann::ordered_json::array()},
                                  {"map_field", nlohmann::ordered_json::array()}};
   for (int i = 1; i <= definition.NumAccounts; ++i) {
@@ -72,7 +67,7 @@ void PrintTable(CDataExchange& exchange, engine::Book& book) {
     exchange.SetFile(static_cast<Integer>(i));
     const DefinitionRecord& definition = exchange.CurrentDefinition();
     table.AddRow({std::to_string(exchange.FileNum()), definition.Desc, definition.QdxFileName,
-                  AccountMatchText(definition, book), FieldMatchText(definition), AfterText(definition.Disp)});
+                  AccountMatchText(definition, book), FieldMatchText(definition), AfterWord(definition.Disp)});
   }
   table.Print();
 }
@@ -121,7 +116,7 @@ void PrintDefinition(CDataExchange& exchange, engine::Book& book) {
   PrintLine(fmt::format("  File      {}", definition.QdxFileName));
   PrintLine(fmt::format("  Accounts  {}", AccountMatchText(definition, book)));
   PrintLine(fmt::format("  Fields    {}", FieldMatchText(definition)));
-  PrintLine(fmt::format("  After     {}", AfterText(definition.Disp)));
+  PrintLine(fmt::format("  After     {}", AfterWord(definition.Disp)));
   PrintRows(definition);
 }
 
@@ -171,7 +166,7 @@ bool WriteDefinition(Session& session, const CDataExchange& exchange, const std:
 ExitStatus RunAdd(const DefinitionOptions& options) {
   DefinitionChanges changes = options.changes;
   // Without a word on how accounts and fields are matched, all of them are, one for one.
-  if (!changes.accounts && changes.map_account.empty()) changes.accounts = "one-for-one";
+  if (!changes.accounts && changes.map_account.empty()) changes.accounts = kOneForOneWord;
   if (!changes.fields && changes.map_field.empty()) changes.fields = kOneForOne;
   CheckChanges(changes);
   Session session(options.asking, {.book = options.book});
@@ -224,18 +219,16 @@ void AddDefinition(CommandTable& command, Integer& number) {
 
 // A new definition needs its title and its file.
 void AddChanges(CommandTable& command, DefinitionChanges& changes, bool is_new) {
-  static const Choices<Integer> afters = {{"delete", kDispDelete}, {"rename", kDispRename}, {"keep", kDispKeep}};
-  static const Choices<Integer> field_modes = {{"one-for-one", kOneForOne}, {"manual", kManually}};
   AddText(command, "--title", changes.title, "TEXT", "The definition's title").required = is_new;
   AddText(command, "--file", changes.file, "PATTERN",
           "The exchange file: a path as the import is to see it; its name may hold * and ?")
       .As(ArgumentKind::kExchangeFile)
       .required = is_new;
-  AddChoice(command, "--after", changes.after, afters,
+  AddChoice(command, "--after", changes.after, AfterChoices(),
             "What becomes of an imported file: delete, rename (*.XDQ), keep");
   AddText(command, "--accounts", changes.accounts, "MODE", "one-for-one, all-to-one:CODE or manual").words = {
-      "one-for-one", "all-to-one:", "manual"};
-  AddChoice(command, "--fields", changes.fields, field_modes, "one-for-one or manual");
+      kOneForOneWord, kAllToOnePrefix, kManualWord};
+  AddChoice(command, "--fields", changes.fields, FieldMatchChoices(), "one-for-one or manual");
   AddText(command, "--map-account", changes.map_account, "FROM=TO",
           "A row of manual matches: code in the file, code in the book; may be given again. The rows given replace "
           "those that are there")

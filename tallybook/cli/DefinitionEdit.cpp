@@ -15,16 +15,13 @@
 #include "support/Utility.h"
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/cli/BookLookUp.h"
+#include "tallybook/cli/DefinitionList.h"
 #include "tallybook/cli/ExitStatus.h"
 #include "tallybook/cli/Lines.h"
 
 namespace tallybook::cli {
 
 namespace {
-
-constexpr std::string_view kOneForOneWord = "one-for-one";
-constexpr std::string_view kManualWord = "manual";
-constexpr std::string_view kAllToOnePrefix = "all-to-one:";
 
 [[noreturn]] void Fail(const Text& what) {
   throw Failure(FailureNumber::kInvalidArgument, what);
@@ -154,8 +151,9 @@ void ApplyAccounts(const DefinitionChanges& changes, CDataExchange& exchange, en
   const Text word = changes.accounts.value_or("");
   if (word == kOneForOneWord || word.starts_with(kAllToOnePrefix)) {
     const bool all_to_one = word != kOneForOneWord;
-    exchange.SetAcctAll(all_to_one ? ToInteger(AccountNumberOf(book, TrimRight(word.substr(kAllToOnePrefix.size()))))
-                                   : Integer{0});
+    exchange.SetAcctAll(all_to_one
+                            ? ToInteger(AccountNumberOf(book, TrimRight(word.substr(Text(kAllToOnePrefix).size()))))
+                            : Integer{0});
     exchange.SetAcctMatch(all_to_one ? kAllToOne : kOneForOne);
     exchange.SetNumAccounts(0);
     return;
@@ -200,7 +198,7 @@ void CheckChanges(const DefinitionChanges& changes) {
   CheckFileText("--file", changes.file);
   if (changes.accounts) {
     const Text& word = *changes.accounts;
-    const bool all_to_one = word.starts_with(kAllToOnePrefix) && word.size() > kAllToOnePrefix.size();
+    const bool all_to_one = word.starts_with(kAllToOnePrefix) && word.size() > Text(kAllToOnePrefix).size();
     if (word != kOneForOneWord && word != kManualWord && !all_to_one) {
       throw WrongUse(fmt::format("--accounts: '{}' is none of one-for-one, all-to-one:CODE, manual", word));
     }

@@ -9,6 +9,22 @@
 
 namespace tallybook::cli {
 
+namespace {
+
+// A file may hold a code that no word stands for.
+Text WordOr(const Choices<Integer>& choices, Integer code, const Text& other) {
+  for (const auto& [word, meaning] : choices) {
+    if (meaning == code) return word;
+  }
+  return other;
+}
+
+Text WithRows(const Text& word, Integer rows) {
+  return word == kManualWord ? word + " (" + Counted(rows, "row") + ")" : word;
+}
+
+}  // namespace
+
 std::vector<application::SeenDefinition> OpenDefinitions(application::WholeFiles& files, CDataExchange& exchange,
                                                          engine::Book& book) {
   auto definitions = application::LookAtDefinitions(files, book.DataPath(), book.FileExtension());
@@ -29,36 +45,46 @@ Integer PositionOfDefinition(const CDataExchange& exchange, const engine::Book& 
                             numbers.empty() ? "there are none" : "the numbers in use are " + numbers));
 }
 
-Text AccountMatchText(const DefinitionRecord& definition, engine::Book& book) {
+const Choices<Integer>& FieldMatchChoices() {
+  static const Choices<Integer> choices = {{kOneForOneWord, kOneForOne}, {kManualWord, kManually}};
+  return choices;
+}
+
+const Choices<Integer>& AfterChoices() {
+  static const Choices<Integer> choices = {{"delete", kDispDelete}, {"rename", kDispRename}, {"keep", kDispKeep}};
+  return choices;
+}
+
+Text AccountMatchWord(const DefinitionRecord& definition, engine::Book& book) {
   switch (definition.AcctMatch) {
     case kOneForOne:
-      return "one-for-one";
+      return kOneForOneWord;
     case kAllToOne: {
       const auto account = book.NewAccountRecord();
       account->SetSelect(definition.AcctAll);
-      return "all-to-one:" + TrimRight(account->Code());
+      return kAllToOnePrefix + TrimRight(account->Code());
     }
     case kManually:
-      return "manual (" + Counted(definition.NumAccounts, "row") + ")";
+      return kManualWord;
     default:
       return std::to_string(definition.AcctMatch);
   }
 }
 
-Text FieldMatchText(const DefinitionRecord& definition) {
-  if (definition.FldMatch != kManually) return "one-for-one";
-  return "manual (" + Counted(definition.NumFields, "row") + ")";
+Text FieldMatchWord(const DefinitionRecord& definition) {
+  return WordOr(FieldMatchChoices(), definition.FldMatch, kOneForOneWord);
 }
 
-Text AfterText(Integer disp) {
-  switch (disp) {
-    case kDispDelete:
-      return "delete";
-    case kDispRename:
-      return "rename";
-    default:
-      return "keep";
-  }
+Text AfterWord(Integer disp) {
+  return WordOr(AfterChoices(), disp, "keep");
+}
+
+Text AccountMatchText(const DefinitionRecord& definition, engine::Book& book) {
+  return WithRows(AccountMatchWord(definition, book), definition.NumAccounts);
+}
+
+Text FieldMatchText(const DefinitionRecord& definition) {
+  return WithRows(FieldMatchWord(definition), definition.NumFields);
 }
 
 }  // namespace tallybook::cli

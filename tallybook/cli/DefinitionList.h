@@ -6,6 +6,7 @@
 #include "exchange/CDataExchange.h"
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/application/WholeFiles.h"
+#include "tallybook/cli/Arguments.h"
 #include "tallybook/engine/Book.h"
 
 namespace tallybook::cli {
@@ -22,9 +23,18 @@ std::vector<application::SeenDefinition> OpenDefinitions(application::WholeFiles
 // no such definition.
 [[nodiscard]] Integer PositionOfDefinition(const CDataExchange& exchange, const engine::Book& book, Integer number);
 
-// The words that a definition's codes have on the command line.
+// The words that a definition's codes have on the command line: options take them, and lists show them.
+inline constexpr const char* kOneForOneWord = "one-for-one";
+inline constexpr const char* kManualWord = "manual";
+inline constexpr const char* kAllToOnePrefix = "all-to-one:";  // in front of an account's code
+[[nodiscard]] const Choices<Integer>& FieldMatchChoices();
+[[nodiscard]] const Choices<Integer>& AfterChoices();
+
+[[nodiscard]] Text AccountMatchWord(const DefinitionRecord& definition, engine::Book& book);
+[[nodiscard]] Text FieldMatchWord(const DefinitionRecord& definition);
+[[nodiscard]] Text AfterWord(Integer disp);
+// For people, with the number of rows: "manual (6 rows)".
 [[nodiscard]] Text AccountMatchText(const DefinitionRecord& definition, engine::Book& book);
 [[nodiscard]] Text FieldMatchText(const DefinitionRecord& definition);
-[[nodiscard]] Text AfterText(Integer disp);
 
 }  // namespace tallybook::cli
