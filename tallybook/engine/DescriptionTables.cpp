@@ -1,6 +1,7 @@
 #include "tallybook/engine/DescriptionTables.h"
 
 #include <string>
+#include <type_traits>
 
 #include "base/Failure.h"
 #include "base/Narrow.h"
@@ -12,20 +13,26 @@ namespace {
 
 constexpr const char* kSource = "Tallybook.Book";
 
-// The names under which a description's single items are kept.
-constexpr const char* kSystemName = "system_name";
-constexpr const char* kTypeName = "type_name";
-constexpr const char* kDataLevel = "data_level";
-constexpr const char* kCalendarKind = "calendar_kind";
-constexpr const char* kFirstDate = "first_date";
-constexpr const char* kFirstYear = "first_year";
-constexpr const char* kYears = "years";
-constexpr const char* kYearsInUse = "years_in_use";
-constexpr const char* kWeekEndsOn = "week_ends_on";
-constexpr const char* kMaxAccounts = "max_accounts";
-constexpr const char* kMaxFields = "max_fields";
-constexpr const char* kRowsOfChunk = "rows_of_chunk";
 constexpr const char* kChecksum = "checksum";  // of all of it, and of the format's number
+
+// The single items of a description under the names by which they are kept, in the order of the checksum.
+template <typename Stored, typename Take>
+void ForEachItem(Stored& stored, Take take) {
+  auto& description = stored.description;
+  auto& calendar = description.calendar;
+  take("rows_of_chunk", stored.rows_of_chunk);
+  take("system_name", description.system_name);
+  take("type_name", description.type_name);
+  take("data_level", description.data_level);
+  take("calendar_kind", calendar.kind);
+  take("first_date", calendar.first_date);
+  take("first_year", calendar.first_year);
+  take("years", calendar.years);
+  take("years_in_use", calendar.years_in_use);
+  take("week_ends_on", calendar.week_ends_on);
+  take("max_accounts", description.max_accounts);
+  take("max_fields", description.max_fields);
+}
 
 class Properties {
  public:
@@ -64,17 +71,48 @@ class Properties {
   DbStatement write_;
 };
 
+// An item read into the member that it belongs to.
+void Read(Properties& properties, const Text& name, Text& item) {
+  item = properties.String(name);
+}
+void Read(Properties& properties, const Text& name, Integer& item) {
+  item = ToInteger(properties.Number(name));
+}
+void Read(Properties& properties, const Text& name, Long& item) {
+  item = ToLong(properties.Number(name));
+}
+void Read(Properties& properties, const Text& name, Date& item) {
+  item = static_cast<Date>(properties.Number(name));
+}
+void Read(Properties& properties, const Text& name, std::size_t& item) {
+  item = static_cast<std::size_t>(properties.Number(name));
+}
+void Read(Properties& properties, const Text& name, CalendarKind& item) {
+  item = static_cast<CalendarKind>(ToInteger(properties.Number(name)));
+}
+
+// An item as it is kept: a text or a whole number.
+const Text& Kept(const Text& item) {
+  return item;
+}
+template <typename Number>
+std::int64_t Kept(Number item) {
+  return static_cast<std::int64_t>(item);
+}
+
 Checksum DescriptionChecksum(const StoredDescription& stored, Long format) {
   const BookDescription& description = stored.description;
   const CalendarDescription& calendar = description.calendar;
   Digest digest;
-  digest.Add(std::int64_t{format}).Add(static_cast<std::int64_t>(stored.rows_of_chunk));
-  digest.Add(description.system_name).Add(description.type_name).Add(std::int64_t{description.data_level});
-  digest.Add(static_cast<std::int64_t>(calendar.kind)).Add(calendar.first_date);
-  for (const Integer number : {calendar.first_year, calendar.years, calendar.years_in_use, calendar.week_ends_on}) {
-    digest.Add(std::int64_t{number});
-  }
-  digest.Add(std::int64_t{description.max_accounts}).Add(std::int64_t{description.max_fields});
+  digest.Add(std::int64_t{format});
+  ForEachItem(stored, [&](const char* /*name*/, const auto& item) {
+    // Meant: the date goes in as the number with a point that it is in memory.
+    if constexpr (std::is_same_v<decltype(item), const Date&>) {
+      digest.Add(item);
+    } else {
+      digest.Add(Kept(item));
+    }
+  });
   digest.Add(static_cast<std::int64_t>(calendar.periods.size()));
   for (const PeriodDescription& row : calendar.periods) digest.Add(row.name).Add(std::int64_t{row.length});
   digest.Add(static_cast<std::int64_t>(description.accounts.size()));
@@ -94,18 +132,7 @@ void SaveDescription(Database& database, const StoredDescription& stored, Long f
   const BookDescription& description = stored.description;
   Properties properties(database);
   const CalendarDescription& calendar = description.calendar;
-  properties.Put(kSystemName, description.system_name);
-  properties.Put(kTypeName, description.type_name);
-  properties.Put(kDataLevel, description.data_level);
-  properties.Put(kCalendarKind, static_cast<std::int64_t>(calendar.kind));
-  properties.Put(kFirstDate, static_cast<std::int64_t>(calendar.first_date));
-  properties.Put(kFirstYear, calendar.first_year);
-  properties.Put(kYears, calendar.years);
-  properties.Put(kYearsInUse, calendar.years_in_use);
-  properties.Put(kWeekEndsOn, calendar.week_ends_on);
-  properties.Put(kMaxAccounts, description.max_accounts);
-  properties.Put(kMaxFields, description.max_fields);
-  properties.Put(kRowsOfChunk, static_cast<std::int64_t>(stored.rows_of_chunk));
+  ForEachItem(stored, [&](const char* name, const auto& item) { properties.Put(name, Kept(item)); });
 
   DbStatement period(database, "INSERT INTO period (name, length) VALUES (?1, ?2)");
   for (const PeriodDescription& row : calendar.periods) {
@@ -131,18 +158,7 @@ StoredDescription LoadDescription(Database& database, Long format) {
   BookDescription& description = stored.description;
   Properties properties(database);
   CalendarDescription& calendar = description.calendar;
-  description.system_name = properties.String(kSystemName);
-  description.type_name = properties.String(kTypeName);
-  description.data_level = ToInteger(properties.Number(kDataLevel));
-  calendar.kind = static_cast<CalendarKind>(ToInteger(properties.Number(kCalendarKind)));
-  calendar.first_date = static_cast<Date>(properties.Number(kFirstDate));
-  calendar.first_year = ToInteger(properties.Number(kFirstYear));
-  calendar.years = ToInteger(properties.Number(kYears));
-  calendar.years_in_use = ToInteger(properties.Number(kYearsInUse));
-  calendar.week_ends_on = ToInteger(properties.Number(kWeekEndsOn));
-  description.max_accounts = ToLong(properties.Number(kMaxAccounts));
-  description.max_fields = ToLong(properties.Number(kMaxFields));
-  stored.rows_of_chunk = static_cast<std::size_t>(properties.Number(kRowsOfChunk));
+  ForEachItem(stored, [&](const char* name, auto& item) { Read(properties, name, item); });
 
   DbStatement period(database, "SELECT name, length FROM period ORDER BY position");
   while (period.Step()) calendar.periods.push_back({period.String(0), ToInteger(period.Int(1))});
