@@ -46,24 +46,18 @@ AccountSums::AccountSums(const std::vector<Long>& accounts) : accounts_(accounts
   sums_.resize(accounts_.size());
 }
 
-void AccountSums::Load(Database& database) {
-  std::fill(sums_.begin(), sums_.end(), AccountSum());
-  changed_blocks_.clear();
-  DbStatement select(database, "SELECT block, sums FROM account_sum ORDER BY block");
-  while (select.Step()) {
-    const std::int64_t block = select.Int(0);
-    const auto checked = TakeChecked(select.Bytes(1), block);
-    if (!checked || checked->bytes.size() % kEntrySize != 0) {
-      throw Failure(FailureNumber::kDeviceError,
-                    database.Path() + ": the book is damaged: the sums of the accounts from number " +
-                        std::to_string(block << kBlockBits) + " on do not agree with their checksum",
-                    "Tallybook.Book");
-    }
-    for (std::size_t at = 0; at < checked->bytes.size(); at += kEntrySize) {
-      Entry entry{};
-      std::memcpy(&entry, checked->bytes.data() + at, kEntrySize);
-      sums_[MakePlace(ToLong(std::int64_t{entry.account}))] = {entry.chunks, entry.numbers, entry.checksums};
-    }
+void AccountSums::Take(std::int64_t block, std::span<const std::byte> bytes, const Text& path) {
+  const auto checked = TakeChecked(bytes, block);
+  if (!checked || checked->bytes.size() % kEntrySize != 0) {
+    throw Failure(FailureNumber::kDeviceError,
+                  path + ": the book is damaged: the sums of the accounts from number " +
+                      std::to_string(block << kBlockBits) + " on do not agree with their checksum",
+                  "Tallybook.Book");
+  }
+  for (std::size_t at = 0; at < checked->bytes.size(); at += kEntrySize) {
+    Entry entry{};
+    std::memcpy(&entry, checked->bytes.data() + at, kEntrySize);
+    sums_[MakePlace(ToLong(std::int64_t{entry.account}))] = {entry.chunks, entry.numbers, entry.checksums};
   }
 }
 
@@ -101,11 +95,9 @@ AccountSum& AccountSums::Changing(std::int64_t key) {
   return sums_[MakePlace(account)];
 }
 
-void AccountSums::Save(Database& database) {
+void AccountSums::GiveChanged(const RowTaker& take) {
   std::sort(changed_blocks_.begin(), changed_blocks_.end());
   changed_blocks_.erase(std::unique(changed_blocks_.begin(), changed_blocks_.end()), changed_blocks_.end());
-  DbStatement write(database, "INSERT OR REPLACE INTO account_sum (block, sums) VALUES (?1, ?2)");
-  DbStatement remove(database, "DELETE FROM account_sum WHERE block = ?1");
   std::vector<std::byte> bytes;
   for (const Long block : changed_blocks_) {
     bytes.clear();
@@ -117,12 +109,8 @@ void AccountSums::Save(Database& database) {
       bytes.resize(bytes.size() + kEntrySize);
       std::memcpy(bytes.data() + bytes.size() - kEntrySize, &entry, kEntrySize);
     }
-    if (bytes.empty()) {
-      remove.Bind(1, std::int64_t{block}).Run();
-      continue;
-    }
-    AppendChecksum(bytes, block);
-    write.Bind(1, std::int64_t{block}).Bind(2, std::span<const std::byte>(bytes)).Run();
+    if (!bytes.empty()) AppendChecksum(bytes, block);
+    take(block, bytes);
   }
   changed_blocks_.clear();
 }

@@ -5,11 +5,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <span>
 #include <vector>
 
 #include "base/Types.h"
 #include "tallybook/engine/Checksums.h"
-#include "tallybook/engine/Database.h"
 
 namespace tallybook::engine {
 
@@ -27,8 +28,9 @@ class AccountSums {
  public:
   // No chunks. `accounts` are numbers that are likely to be asked for.
   explicit AccountSums(const std::vector<Long>& accounts = {});
-  // Reads the file's sums. Failure 57 where they are damaged.
-  void Load(Database& database);
+  // Takes a row of what is stored, in the order of the rows. `path` is what failures call the book: 57 where the row is
+  // damaged.
+  void Take(std::int64_t block, std::span<const std::byte> bytes, const Text& path);
 
   [[nodiscard]] AccountSum Of(Long account) const;
   // Whether no account has a chunk.
@@ -38,8 +40,9 @@ class AccountSums {
 
   void Add(std::int64_t key, Checksum checksum) { Changing(key).Add(key, checksum); }
   void Remove(std::int64_t key, Checksum checksum) { Changing(key).Remove(key, checksum); }
-  // Writes the rows that have changed. Within a transaction.
-  void Save(Database& database);
+  // Gives the rows that have changed since the last call, to be stored; no bytes for one that is to be taken away.
+  using RowTaker = std::function<void(std::int64_t block, std::span<const std::byte> bytes)>;
+  void GiveChanged(const RowTaker& take);
 
  private:
   [[nodiscard]] std::size_t PlaceOf(Long account) const;  // where it stands, or would

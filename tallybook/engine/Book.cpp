@@ -16,6 +16,7 @@
 #include "tallybook/engine/BookFile.h"
 #include "tallybook/engine/BookPlace.h"
 #include "tallybook/engine/FigureStore.h"
+#include "tallybook/engine/SqliteStorage.h"
 #include "tallybook/engine/Workpiece.h"
 
 namespace tallybook::engine {
@@ -170,10 +171,17 @@ void StoreValues(FigureStore& store, const BookDescription& description) {
   store.Commit();
 }
 
+// Without what only the storage need know, and kept when the store is gone.
+std::shared_ptr<const BookDescription> DescriptionOf(const FigureStore& store) {
+  auto stored = store.Description();
+  const BookDescription* description = &stored->description;
+  return {std::move(stored), description};
+}
+
 // Under which name a book's companions stand. One that is open to be changed gets copies of those of before.
-Text NameOf(const Text& path, const BookFile& file, const Notice& notice) {
-  if (file.Format() >= kFirstFormatOfWholeNames || HasTakenItsName(path)) return BookName(path);
-  if (file.ReadOnly()) return HasOlderCompanions(path) ? OlderBookName(path) : BookName(path);
+Text NameOf(const Text& path, const BookStorage& storage, const Notice& notice) {
+  if (storage.Format() >= kFirstFormatOfWholeNames || HasTakenItsName(path)) return BookName(path);
+  if (storage.ReadOnly()) return HasOlderCompanions(path) ? OlderBookName(path) : BookName(path);
   const std::vector<Text> copied = CopyOlderCompanions(path);
   if (notice && !copied.empty()) {
     Text names;
@@ -193,7 +201,8 @@ void Book::Create(const Text& path, const BookDescription& description) {
   const std::vector<Text> troubles = NameTroubles(place);
   if (!troubles.empty()) throw Failure(FailureNumber::kPathOrAccess, place + ": " + troubles.front(), kSource);
   {
-    FigureStore store(BookFile::Create(workpiece.Path(), description), BookOptions().cache_bytes);
+    FigureStore store(std::make_unique<SqliteStorage>(BookFile::Create(workpiece.Path(), description)),
+                      BookOptions().cache_bytes);
     StoreValues(store, description);
   }
   workpiece.MoveToPlace();
@@ -201,20 +210,20 @@ void Book::Create(const Text& path, const BookDescription& description) {
 
 std::unique_ptr<Book> Book::Open(const Text& path, HostApp& app, const BookOptions& options) {
   const Text place = ResolvedBookPath(path);
-  auto store =
-      std::make_unique<FigureStore>(BookFile(place, options.read_only, options.wait_seconds), options.cache_bytes);
-  store->File().SetNotice(options.notice);
+  auto storage = std::make_unique<SqliteStorage>(BookFile(place, options.read_only, options.wait_seconds));
+  storage->SetNotice(options.notice);
+  auto store = std::make_unique<FigureStore>(std::move(storage), options.cache_bytes);
   return std::unique_ptr<Book>(new Book(place, app, options, std::move(store)));
 }
 
 Book::Book(const Text& path, HostApp& app, const BookOptions& options, std::unique_ptr<FigureStore> store)
     : path_(path),
       folder_(BookFolder(path_)),
-      name_(NameOf(path_, store->File(), options.notice)),
+      name_(NameOf(path_, store->Storage(), options.notice)),
       app_(app),
       options_(options),
       store_(std::move(store)),
-      description_(store_->File().SharedDescription()),
+      description_(DescriptionOf(*store_)),
       cursor_(store_->Rules()),
       position_of_account_(PositionsByNumber(description_->accounts)),
       position_of_field_(PositionsByNumber(description_->fields)),

@@ -17,6 +17,7 @@
 #include "tallybook/engine/ChunkCodec.h"
 #include "tallybook/engine/ChunkKey.h"
 #include "tallybook/engine/JournalTables.h"
+#include "tallybook/engine/SumTable.h"
 
 namespace tallybook::engine {
 
@@ -173,7 +174,7 @@ class BookChecker {
 
   void CheckSums() {
     AccountSums sums;
-    sums.Load(Db());
+    SumTable(Db()).Visit([&](std::int64_t block, std::span<const std::byte> bytes) { sums.Take(block, bytes, path_); });
     std::map<Long, AccountSum> written;
     for (const Long account : sums.Accounts()) written[account] = sums.Of(account);
     for (const auto& [account, seen] : seen_) written.try_emplace(account);

@@ -24,15 +24,17 @@ BookFile::BookFile(const Text& path, const BookDescription& description) : path_
   hold_ = std::make_unique<BookHold>(path, BookHold::Purpose::kChange);
   hold_->TakeRightToWrite(0);
   database_ = std::make_unique<Database>(path, Database::Mode::kReadWrite);
-  *description_ = description;
-  description_->values.clear();
-  rows_of_chunk_ = ChooseRowsOfChunk(description);
+  auto stored = std::make_shared<StoredDescription>();
+  stored->description = description;
+  stored->description.values.clear();
+  stored->rows_of_chunk = ChooseRowsOfChunk(description);
+  stored_ = stored;
   Database& database = *database_;
   SetPageSize(database);
   database.Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
   Transaction transaction(database);
   CreateTables(database);
-  SaveDescription(database, {*description_, rows_of_chunk_}, kBookFormat);
+  SaveDescription(database, *stored_, kBookFormat);
   transaction.Commit();
 }
 
@@ -70,13 +72,11 @@ BookFile::BookFile(const Text& path) : path_(path), read_only_(true) {
 }
 
 void BookFile::LoadDescription() {
-  StoredDescription stored = engine::LoadDescription(*database_, format_);
-  *description_ = std::move(stored.description);
-  rows_of_chunk_ = stored.rows_of_chunk;
+  stored_ = std::make_shared<StoredDescription>(engine::LoadDescription(*database_, format_));
 }
 
-void BookFile::BringUpToDate() {
-  if (format_ == kBookFormat) return;
+bool BookFile::BringUpToDate() {
+  if (format_ == kBookFormat) return false;
   const Text backup = UpgradeBook(*database_, format_);
   const Long before = format_;
   format_ = kBookFormat;
@@ -84,6 +84,7 @@ void BookFile::BringUpToDate() {
     notice_(path_ + ": the book is brought from format " + std::to_string(before) + " to " +
             std::to_string(kBookFormat) + "; as it was it stands in " + backup);
   }
+  return true;
 }
 
 void BookFile::OpenToChange(double wait_seconds) {

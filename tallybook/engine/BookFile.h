@@ -13,6 +13,7 @@
 #include "tallybook/engine/BookHold.h"
 #include "tallybook/engine/Database.h"
 #include "tallybook/engine/Notice.h"
+#include "tallybook/engine/StoredDescription.h"
 
 namespace tallybook::engine {
 
@@ -34,17 +35,17 @@ class BookFile {
   [[nodiscard]] Database& Db() { return *database_; }
   [[nodiscard]] bool ReadOnly() const { return read_only_; }
 
-  // The description without its values; who keeps the shared one has it when the file is gone.
-  [[nodiscard]] const BookDescription& Description() const { return *description_; }
-  [[nodiscard]] std::shared_ptr<const BookDescription> SharedDescription() const { return description_; }
+  // The description; who keeps the shared one has it when the file is gone.
+  [[nodiscard]] const BookDescription& Description() const { return stored_->description; }
+  [[nodiscard]] std::shared_ptr<const StoredDescription> Stored() const { return stored_; }
   // The format that the file has.
   [[nodiscard]] Long Format() const { return format_; }
   // Due before the first write: brings a file of an older format to the present one (BookUpgrade.h) and says so by
-  // `notice`. No statement may stand on a row.
-  void BringUpToDate();
+  // `notice`. No statement may stand on a row. Gives whether that had to be done.
+  bool BringUpToDate();
   void SetNotice(Notice notice) { notice_ = std::move(notice); }
   // How many records a chunk has; fixed when the book was made.
-  [[nodiscard]] std::size_t RowsOfChunk() const { return rows_of_chunk_; }
+  [[nodiscard]] std::size_t RowsOfChunk() const { return stored_->rows_of_chunk; }
 
  private:
   BookFile(const Text& path, const BookDescription& description);
@@ -63,11 +64,10 @@ class BookFile {
   bool read_only_;
   std::unique_ptr<BookHold> hold_;  // declared first, so given up last
   std::unique_ptr<Database> database_;
-  std::shared_ptr<BookDescription> description_ = std::make_shared<BookDescription>();
+  std::shared_ptr<const StoredDescription> stored_ = std::make_shared<StoredDescription>();
   Long format_ = kBookFormat;
   Notice notice_;
   Text description_trouble_;
-  std::size_t rows_of_chunk_ = 1;
 };
 
 }  // namespace tallybook::engine

@@ -20,6 +20,7 @@
 #include "tallybook/engine/ChunkKey.h"
 #include "tallybook/engine/DescriptionTables.h"
 #include "tallybook/engine/JournalTables.h"
+#include "tallybook/engine/SumTable.h"
 #include "tallybook/files/FileNames.h"
 
 namespace tallybook::engine {
@@ -123,7 +124,8 @@ void ToFormat2(Database& database) {
   AccountSums sums;
   AddChecksums(database, shape, KeyedRows(database, "SELECT id, key FROM chunk ORDER BY key"), "chunk",
                [&](std::int64_t key, Checksum checksum) { sums.Add(key, checksum); });
-  sums.Save(database);
+  SumTable table(database);
+  sums.GiveChanged([&](std::int64_t block, std::span<const std::byte> bytes) { table.Put(block, bytes); });
   AddChecksums(database, shape,
                KeyedRows(database, "SELECT image, key FROM journal_chunk WHERE image IS NOT NULL ORDER BY image"),
                "image", [](std::int64_t, Checksum) {});

@@ -8,9 +8,6 @@
 
 namespace tallybook::engine {
 
-ChunkDirectory::ChunkDirectory(Database& database)
-    : database_(database), walk_(database, "SELECT key FROM chunk WHERE key BETWEEN ?1 AND ?2 ORDER BY key") {}
-
 bool ChunkDirectory::Has(std::int64_t key, const AccountSum& sum) {
   if (sum.chunks == 0) return false;
   const Numbers& numbers = NumbersOf(AccountOf(key), sum);
@@ -33,15 +30,13 @@ const ChunkDirectory::Numbers& ChunkDirectory::NumbersOf(Long account, const Acc
 ChunkDirectory::Numbers ChunkDirectory::Read(Long account, const AccountSum& sum) {
   Numbers numbers;
   AccountSum seen;
-  const EndOfWalk end(walk_);
-  walk_.Bind(1, FirstKeyOf(account)).Bind(2, FirstKeyOf(account) + kChunkNumberMask);
-  while (walk_.Step()) {
-    numbers.push_back(ChunkNumberOf(walk_.Int(0)));
-    seen.Add(walk_.Int(0), 0);
-  }
+  storage_.VisitKeys(FirstKeyOf(account), FirstKeyOf(account) + kChunkNumberMask, [&](std::int64_t key) {
+    numbers.push_back(ChunkNumberOf(key));
+    seen.Add(key, 0);
+  });
   if (seen.chunks != sum.chunks || seen.numbers != sum.numbers || !std::is_sorted(numbers.begin(), numbers.end())) {
     throw Failure(FailureNumber::kDeviceError,
-                  database_.Path() + ": the book is damaged: its index shows " + std::to_string(seen.chunks) +
+                  storage_.Path() + ": the book is damaged: its index shows " + std::to_string(seen.chunks) +
                       " chunks of account number " + std::to_string(account) + ", not the " +
                       std::to_string(sum.chunks) + " that were written",
                   "Tallybook.Book");

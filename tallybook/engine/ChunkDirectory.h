@@ -1,4 +1,4 @@
-// Which chunks a book's file has, account by account: the account's keys in the index, held against the account's sums
+// Which chunks a book has stored, account by account: the account's keys in the index, held against the account's sums
 // when they are first asked for. It answers whether a chunk that was not found is none, or is hidden by a damaged index.
 // One thread.
 #pragma once
@@ -9,14 +9,14 @@
 
 #include "base/Types.h"
 #include "tallybook/engine/AccountSums.h"
-#include "tallybook/engine/Database.h"
+#include "tallybook/engine/BookStorage.h"
 
 namespace tallybook::engine {
 
 class ChunkDirectory {
  public:
-  // `database` must outlive it.
-  explicit ChunkDirectory(Database& database);
+  // `storage` must outlive it.
+  explicit ChunkDirectory(BookStorage& storage) : storage_(storage) {}
 
   // Whether the file has the chunk of this key.
   //   sum     of the key's account
@@ -36,8 +36,7 @@ class ChunkDirectory {
   [[nodiscard]] const Numbers& NumbersOf(Long account, const AccountSum& sum);
   [[nodiscard]] Numbers Read(Long account, const AccountSum& sum);
 
-  Database& database_;
-  DbStatement walk_;
+  BookStorage& storage_;
   std::unordered_map<Long, Numbers> numbers_of_account_;
 };
 

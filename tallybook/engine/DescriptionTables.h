@@ -2,17 +2,11 @@
 // description").
 #pragma once
 
-#include <cstddef>
-
-#include "tallybook/engine/BookDescription.h"
+#include "base/Types.h"
 #include "tallybook/engine/Database.h"
+#include "tallybook/engine/StoredDescription.h"
 
 namespace tallybook::engine {
-
-struct StoredDescription {
-  BookDescription description;  // without values
-  std::size_t rows_of_chunk = 1;
-};
 
 // Writes into the tables of a new book of this format. Takes the description as sound; its values are not looked at.
 void SaveDescription(Database& database, const StoredDescription& stored, Long format);

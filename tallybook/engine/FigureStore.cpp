@@ -36,34 +36,35 @@ std::vector<std::byte> WithBits(std::vector<std::byte> bits, std::span<const std
 
 }  // namespace
 
-FigureStore::FigureStore(BookFile file, std::size_t cache_bytes)
-    : file_(std::move(file)),
-      calendar_(file_.Description().calendar, file_.Description().data_level),
-      shape_{file_.RowsOfChunk(), std::max<std::size_t>(file_.Description().fields.size(), 1)},
+FigureStore::FigureStore(std::unique_ptr<BookStorage> storage, std::size_t cache_bytes)
+    : storage_(std::move(storage)),
+      description_(storage_->Description()),
+      calendar_(description_->description.calendar, description_->description.data_level),
+      shape_{description_->rows_of_chunk, std::max<std::size_t>(description_->description.fields.size(), 1)},
       row_of_zeros_(shape_.fields),
       cache_bytes_(cache_bytes),
-      stored_chunks_(file_.Db()),
-      walk_chunks_(file_.Db(), "SELECT key, figures FROM chunk WHERE key BETWEEN ?1 AND ?2 ORDER BY key"),
-      insert_chunk_(file_.Db(), "INSERT INTO chunk (key, figures) VALUES (?1, ?2)"),
-      update_chunk_(file_.Db(), "UPDATE chunk SET figures = ?2 WHERE id = ?1"),
-      delete_chunk_(file_.Db(), "DELETE FROM chunk WHERE id = ?1"),
-      directory_(file_.Db()),
-      journal_(file_.Db()) {
+      directory_(*storage_) {
   BuildTables();
-  file_is_empty_ = file_.Db().Number("SELECT count(*) FROM (SELECT 1 FROM chunk LIMIT 1)") == 0;
+  file_is_empty_ = !storage_->HasChunks();
   LoadSums();
 }
 
 void FigureStore::LoadSums() {
   std::vector<Long> accounts;
-  for (const AccountDescription& account : file_.Description().accounts) accounts.push_back(account.number);
+  for (const AccountDescription& account : description_->description.accounts) accounts.push_back(account.number);
   sums_ = AccountSums(accounts);
-  if (file_.Format() == 1) return;
-  sums_.Load(file_.Db());
+  if (storage_->Format() == 1) return;
+  storage_->VisitSums(
+      [this](std::int64_t block, std::span<const std::byte> bytes) { sums_.Take(block, bytes, storage_->Path()); });
   if (sums_.Empty() != file_is_empty_) {
     throw Failure(FailureNumber::kDeviceError,
-                  file_.Path() + ": the book is damaged: its chunks and the sums beside them do not agree", kSource);
+                  storage_->Path() + ": the book is damaged: its chunks and the sums beside them do not agree",
+                  kSource);
   }
+}
+
+void FigureStore::SaveSums(AccountSums& sums) {
+  sums.GiveChanged([this](std::int64_t block, std::span<const std::byte> bytes) { storage_->PutSums(block, bytes); });
 }
 
 void FigureStore::BuildTables() {
@@ -78,7 +79,7 @@ void FigureStore::BuildTables() {
                           static_cast<std::int32_t>(record));
     day = last + 1;
   }
-  for (const AccountDescription& account : file_.Description().accounts) {
+  for (const AccountDescription& account : description_->description.accounts) {
     base_key_of_account_.push_back(FirstKeyOf(account.number));
   }
   last_of_account_.assign(base_key_of_account_.size(), nullptr);
@@ -137,14 +138,14 @@ FigureStore::Chunk& FigureStore::Load(std::int64_t key) {
 }
 
 void FigureStore::LoadStored(Chunk& chunk) {
-  file_.Db().BeginReading();
-  const std::optional<StoredChunk> stored = stored_chunks_.Find(chunk.key);
+  storage_->BeginReading();
+  const std::optional<StoredChunk> stored = storage_->FindChunk(chunk.key);
   const AccountSum sum = sums_.Of(AccountOf(chunk.key));
   if (!stored) {
     if (directory_.Has(chunk.key, sum)) FailDamaged(chunk.key, "a chunk is not found where the index has it");
     return;
   }
-  if (file_.Format() > 1 && sum.chunks == 0) FailDamaged(chunk.key, "a chunk is there that was not written");
+  if (storage_->Format() > 1 && sum.chunks == 0) FailDamaged(chunk.key, "a chunk is there that was not written");
   ChunkRows rows;
   chunk.checksum = Decode(chunk.key, stored->figures, rows);
   held_bytes_ += rows.Bytes();
@@ -200,7 +201,7 @@ void FigureStore::ForgetAll() {
 // the file is brought up to date.
 Checksum FigureStore::Decode(std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const {
   CheckedBytes checked;
-  if (file_.Format() == 1) {
+  if (storage_->Format() == 1) {
     checked = {bytes, ChecksumOf(bytes, key)};
   } else if (const auto taken = TakeChecked(bytes, key)) {
     checked = *taken;
@@ -221,7 +222,7 @@ void FigureStore::FailDamaged(std::int64_t key, const Text& what) const {
   const Text from =
       first_record < date_of_record_.size() ? DateText(date_of_record_[first_record]) : Text("beyond the last date");
   throw Failure(FailureNumber::kDeviceError,
-                file_.Path() + ": " + damaged + " (account number " + std::to_string(key >> kChunkNumberBits) +
+                storage_->Path() + ": " + damaged + " (account number " + std::to_string(key >> kChunkNumberBits) +
                     ", from " + from + ")",
                 kSource);
 }
@@ -270,9 +271,7 @@ void FigureStore::Touch(Chunk& chunk) {
 }
 
 void FigureStore::BringUpToDate() {
-  if (file_.Format() == kBookFormat) return;
-  file_.BringUpToDate();
-  LoadSums();
+  if (storage_->BringUpToDate()) LoadSums();
 }
 
 void FigureStore::Commit() {
@@ -280,7 +279,7 @@ void FigureStore::Commit() {
 }
 
 void FigureStore::CommitAs(JournalState state) {
-  stored_chunks_.EndWalk();
+  storage_->EndWalk();
   const bool entry_differs = entry_ != 0 && (entry_row_.entry.id == 0 || entry_row_.entry.state != state);
   if (!changed_.empty() || entry_differs) {
     BringUpToDate();
@@ -290,7 +289,7 @@ void FigureStore::CommitAs(JournalState state) {
     AccountSums sums = sums_;
     std::vector<StoredAs> stored;
     std::vector<MarkedAs> marks;
-    Transaction transaction(file_.Db());
+    WriteTransaction transaction(*storage_);
     WriteAll(entry, sums, stored, marks);
     transaction.Commit();
     // Only now is anything of it true; a failure above leaves all chunks changed.
@@ -322,15 +321,15 @@ void FigureStore::WriteAll(JournalRow& entry, AccountSums& sums, std::vector<Sto
   stored.reserve(changed_.size());
   marks.reserve(entry_ == 0 ? 0 : changed_.size());
   if (entry_ != 0 && entry.entry.command == 0) {
-    entry.entry.command = journal_.AddCommand(entry.entry.time, entry.entry.what_ran);
+    entry.entry.command = storage_->AddCommand(entry.entry.time, entry.entry.what_ran);
   }
-  if (entry_ != 0 && entry.entry.id == 0) journal_.Save(entry);
+  if (entry_ != 0 && entry.entry.id == 0) storage_->SaveEntry(entry);
   for (const Chunk* chunk : changed_) {
     if (entry_ != 0) marks.push_back(WriteMark(*chunk, entry));
     stored.push_back(Store({chunk->stored, chunk->checksum}, chunk->key, chunk->rows, sums));
   }
-  sums.Save(file_.Db());
-  if (entry_ != 0) journal_.Save(entry);
+  SaveSums(sums);
+  if (entry_ != 0) storage_->SaveEntry(entry);
 }
 
 FigureStore::MarkedAs FigureStore::WriteMark(const Chunk& chunk, JournalRow& entry) {
@@ -340,15 +339,15 @@ FigureStore::MarkedAs FigureStore::WriteMark(const Chunk& chunk, JournalRow& ent
   if (chunk.marked) {
     entry.marks_sum -= mark.checksum;
     marked.image = mark.image;
-    marked.checksum = journal_.UpdateMark(id, chunk.key, mark.rows, marked.image);
-  } else if (auto stands = marks_given_up_ ? journal_.FindMark(id, chunk.key) : std::nullopt) {
+    marked.checksum = storage_->UpdateMark(id, chunk.key, mark.rows, marked.image);
+  } else if (auto stands = marks_given_up_ ? storage_->FindMark(id, chunk.key) : std::nullopt) {
     entry.marks_sum -= stands->checksum;
     marked.image = stands->image;
     marked.rows = WithBits(std::move(stands->rows), mark.rows);
-    marked.checksum = journal_.UpdateMark(id, chunk.key, *marked.rows, marked.image);
+    marked.checksum = storage_->UpdateMark(id, chunk.key, *marked.rows, marked.image);
   } else {
-    marked.image = entry.entry.keeps_images && chunk.stored != 0 ? journal_.CopyImage(chunk.stored) : 0;
-    marked.checksum = journal_.InsertMark(id, chunk.key, mark.rows, marked.image);
+    marked.image = entry.entry.keeps_images && chunk.stored != 0 ? storage_->CopyImage(chunk.stored) : 0;
+    marked.checksum = storage_->InsertMark(id, chunk.key, mark.rows, marked.image);
     ++entry.marks;
     ++entry.entry.chunks;
   }
@@ -360,17 +359,16 @@ FigureStore::StoredAs FigureStore::Store(StoredAs stands, std::int64_t key, cons
   if (stands.row != 0) sums.Remove(key, stands.checksum);
   EncodeChunk(shape_, rows, bytes_);
   if (bytes_.empty()) {
-    if (stands.row != 0) delete_chunk_.Bind(1, stands.row).Run();
+    if (stands.row != 0) storage_->DeleteChunk(stands.row);
     return {};
   }
   const Checksum checksum = AppendChecksum(bytes_, key);
   sums.Add(key, checksum);
   if (stands.row != 0) {
-    update_chunk_.Bind(1, stands.row).Bind(2, std::span<const std::byte>(bytes_)).Run();
+    storage_->UpdateChunk(stands.row, bytes_);
     return {stands.row, checksum};
   }
-  insert_chunk_.Bind(1, key).Bind(2, std::span<const std::byte>(bytes_)).Run();
-  return {file_.Db().LastRow(), checksum};
+  return {storage_->InsertChunk(key, bytes_), checksum};
 }
 
 void FigureStore::BeginEntry(const JournalEntry& entry) {
@@ -397,17 +395,17 @@ void FigureStore::EndEntry() {
 }
 
 std::vector<JournalEntry> FigureStore::Entries() {
-  if (!file_.ReadOnly()) Commit();
+  if (!storage_->ReadOnly()) Commit();
   std::vector<JournalEntry> entries;
-  for (JournalRow& row : journal_.Rows(file_.Format())) entries.push_back(std::move(row.entry));
+  for (JournalRow& row : storage_->Entries()) entries.push_back(std::move(row.entry));
   return entries;
 }
 
 JournalRow FigureStore::RowOfEntry(Long id) {
-  for (JournalRow& row : journal_.Rows(file_.Format())) {
+  for (JournalRow& row : storage_->Entries()) {
     if (row.entry.id == id) return std::move(row);
   }
-  throw Failure(FailureNumber::kInvalidArgument, file_.Path() + ": the journal has no entry " + std::to_string(id),
+  throw Failure(FailureNumber::kInvalidArgument, storage_->Path() + ": the journal has no entry " + std::to_string(id),
                 kSource);
 }
 
@@ -418,14 +416,10 @@ void FigureStore::Undo(const std::vector<JournalEntry>& entries, const JournalEn
   AccountSums sums = sums_;
   JournalRow row;
   row.entry = undo;
-  Transaction transaction(file_.Db());
-  row.entry.command = journal_.AddCommand(undo.time, undo.what_ran);
-  {
-    // Its own, so that a failure leaves no walk open when the transaction is rolled back.
-    StoredChunks chunks(file_.Db());
-    for (const JournalEntry& entry : entries) UndoEntry(RowOfEntry(entry.id), row, chunks, sums);
-  }
-  sums.Save(file_.Db());
+  WriteTransaction transaction(*storage_);
+  row.entry.command = storage_->AddCommand(undo.time, undo.what_ran);
+  for (const JournalEntry& entry : entries) UndoEntry(RowOfEntry(entry.id), row, sums);
+  SaveSums(sums);
   transaction.Commit();
   sums_ = std::move(sums);
   directory_.Clear();
@@ -433,23 +427,23 @@ void FigureStore::Undo(const std::vector<JournalEntry>& entries, const JournalEn
   ForgetAll();
 }
 
-void FigureStore::UndoEntry(JournalRow row, JournalRow undo, StoredChunks& chunks, AccountSums& sums) {
+void FigureStore::UndoEntry(JournalRow row, JournalRow undo, AccountSums& sums) {
   undo.entry.undoes = row.entry.id;
   undo.entry.first = row.entry.first;
   undo.entry.last = row.entry.last;
-  journal_.Save(undo);
-  journal_.VisitMarks(row, [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image) {
-    const std::optional<StoredChunk> stored = chunks.Find(key);
-    const std::int64_t image_of_undo = stored ? journal_.CopyImage(stored->row) : 0;
-    undo.marks_sum += journal_.InsertMark(undo.entry.id, key, mark.rows, image_of_undo);
+  storage_->SaveEntry(undo);
+  storage_->VisitMarks(row, [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image) {
+    const std::optional<StoredChunk> stored = storage_->FindChunk(key);
+    const std::int64_t image_of_undo = stored ? storage_->CopyImage(stored->row) : 0;
+    undo.marks_sum += storage_->InsertMark(undo.entry.id, key, mark.rows, image_of_undo);
     ++undo.marks;
     ++undo.entry.chunks;
     RestoreImage(stored ? &*stored : nullptr, key, mark, image, sums);
-    chunks.EndWalk();
+    storage_->EndWalk();
   });
-  journal_.Save(undo);
+  storage_->SaveEntry(undo);
   row.entry.state = JournalState::kUndone;
-  journal_.Save(row);
+  storage_->SaveEntry(row);
 }
 
 // An empty image says that there was no chunk: zeros.
@@ -473,29 +467,28 @@ void FigureStore::RestoreImage(const StoredChunk* stored, std::int64_t key, cons
 }
 
 bool FigureStore::VisitRows(std::size_t account, std::int32_t first, std::int32_t last, const RowVisitor& visit) {
-  if (!file_.ReadOnly()) Commit();
+  if (!storage_->ReadOnly()) Commit();
   if (first > last) return true;
   const std::int64_t base = base_key_of_account_[account];
   const std::int64_t first_key = base + place_of_record_[static_cast<std::size_t>(first)].chunk;
   const std::int64_t last_key = base + place_of_record_[static_cast<std::size_t>(last)].chunk;
-  const EndOfWalk end(walk_chunks_);
-  walk_chunks_.Bind(1, first_key).Bind(2, last_key);
   AccountSum seen;
   ChunkRows rows;
-  while (walk_chunks_.Step()) {
-    const std::int64_t key = walk_chunks_.Int(0);
+  const auto visit_chunk = [&](std::int64_t key, std::span<const std::byte> bytes) {
     if (key < first_key || key > last_key) FailDamaged(key, "the index is out of order");
-    seen.Add(key, Decode(key, walk_chunks_.Bytes(1), rows));
+    seen.Add(key, Decode(key, bytes, rows));
     const auto first_of_chunk = static_cast<std::int32_t>(ChunkNumberOf(key)) * static_cast<std::int32_t>(shape_.rows);
     for (std::size_t row = rows.Range().first; row < rows.Range().end; ++row) {
       const std::int32_t record = first_of_chunk + static_cast<std::int32_t>(row);
       if (record < first || record > last) continue;
       if (!visit(record, {rows.Find(row, shape_.fields), shape_.fields})) return false;
     }
-  }
+    return true;
+  };
+  if (!storage_->VisitChunks(first_key, last_key, visit_chunk)) return false;
   const bool whole = place_of_record_[static_cast<std::size_t>(first)].chunk == 0 &&
                      static_cast<std::size_t>(last) + 1 == place_of_record_.size();
-  if (file_.Format() > 1) CheckSeen(first_key, last_key, whole, seen);
+  if (storage_->Format() > 1) CheckSeen(first_key, last_key, whole, seen);
   return true;
 }
 

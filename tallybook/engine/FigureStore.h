@@ -14,6 +14,7 @@
 #include <cstring>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <unordered_map>
@@ -21,25 +22,24 @@
 
 #include "base/Types.h"
 #include "tallybook/engine/AccountSums.h"
-#include "tallybook/engine/BookFile.h"
+#include "tallybook/engine/BookStorage.h"
 #include "tallybook/engine/Calendar.h"
 #include "tallybook/engine/ChunkDirectory.h"
 #include "tallybook/engine/ChunkRows.h"
-#include "tallybook/engine/Database.h"
 #include "tallybook/engine/Journal.h"
-#include "tallybook/engine/JournalTables.h"
-#include "tallybook/engine/StoredChunks.h"
+#include "tallybook/engine/JournalRow.h"
 
 namespace tallybook::engine {
 
 class FigureStore {
  public:
   // `cache_bytes` bounds what is kept in memory; two chunks are kept at least.
-  FigureStore(BookFile file, std::size_t cache_bytes);
+  FigureStore(std::unique_ptr<BookStorage> storage, std::size_t cache_bytes);
   FigureStore(const FigureStore&) = delete;
   FigureStore& operator=(const FigureStore&) = delete;
 
-  [[nodiscard]] BookFile& File() { return file_; }
+  [[nodiscard]] BookStorage& Storage() { return *storage_; }
+  [[nodiscard]] std::shared_ptr<const StoredDescription> Description() const { return description_; }
   [[nodiscard]] const Calendar& Rules() const { return calendar_; }
 
   // The record that holds a date, and its level date. A date that no record of the book holds gives -1. The last record
@@ -85,7 +85,7 @@ class FigureStore {
   // The number of the command of the entry that was opened last; 0 where it is not in the file yet.
   [[nodiscard]] Long Command() const { return entry_row_.entry.command; }
   [[nodiscard]] std::vector<JournalEntry> Entries();
-  [[nodiscard]] bool ShareRecords(Long entry, Long other) { return journal_.ShareRecords(entry, other); }
+  [[nodiscard]] bool ShareRecords(Long entry, Long other) { return storage_->ShareRecords(entry, other); }
   // Takes entries back, in the order given, in one transaction; it ends an entry that is open, and forgets the current
   // row. They must keep images and not be undone. Each leaves an entry like `undo`, all of one command.
   void Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo);
@@ -154,23 +154,24 @@ class FigureStore {
   // Gives the chunk's mark as the file has it now.
   [[nodiscard]] MarkedAs WriteMark(const Chunk& chunk, JournalRow& entry);
   // Writes a chunk's figures into its row of the file, 0 for a new one, or takes the row away where they are all zero.
-  // Gives what the file has now. New rows are put at the end of the table whatever their key, so that a walk
-  // over dates, which writes one chunk of each account in turn, never makes room between others.
+  // Gives what the file has now.
   StoredAs Store(StoredAs stands, std::int64_t key, const ChunkRows& rows, AccountSums& sums);
   // Brings the file to the present format, where it is not.
   void BringUpToDate();
   void LoadSums();
+  void SaveSums(AccountSums& sums);
   // Gives the checksum of the bytes.
   Checksum Decode(std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const;
   [[noreturn]] void FailDamaged(std::int64_t key, const Text& what) const;
   [[nodiscard]] JournalRow RowOfEntry(Long id);
-  void UndoEntry(JournalRow row, JournalRow undo, StoredChunks& chunks, AccountSums& sums);
+  void UndoEntry(JournalRow row, JournalRow undo, AccountSums& sums);
   // Puts a chunk's marked rows back to the image.
   void RestoreImage(const StoredChunk* stored, std::int64_t key, const ChunkMark& mark,
                     std::span<const std::byte> image, AccountSums& sums);
   void CheckSeen(std::int64_t first_key, std::int64_t last_key, bool whole, const AccountSum& seen);
 
-  BookFile file_;
+  std::unique_ptr<BookStorage> storage_;
+  std::shared_ptr<const StoredDescription> description_;
   Calendar calendar_;
   ChunkShape shape_;
   std::vector<Double> row_of_zeros_;
@@ -205,14 +206,8 @@ class FigureStore {
   bool marks_given_up_ = false;  // a chunk that was marked under the entry has left the cache
 
   std::vector<std::byte> bytes_;
-  StoredChunks stored_chunks_;
-  DbStatement walk_chunks_;
-  DbStatement insert_chunk_;
-  DbStatement update_chunk_;
-  DbStatement delete_chunk_;
   ChunkDirectory directory_;
   AccountSums sums_;  // as of the last commit; nothing in a file of format 1
-  JournalTables journal_;
 };
 
 }  // namespace tallybook::engine

@@ -14,24 +14,9 @@
 #include "base/Types.h"
 #include "tallybook/engine/Checksums.h"
 #include "tallybook/engine/Database.h"
-#include "tallybook/engine/Journal.h"
+#include "tallybook/engine/JournalRow.h"
 
 namespace tallybook::engine {
-
-// An entry as its row has it.
-struct JournalRow {
-  JournalEntry entry;           // id 0: not in the file yet
-  std::int64_t marks = 0;       // how many marks the file keeps of it
-  std::uint64_t marks_sum = 0;  // their checksums added up, modulo 2 to the 64th
-};
-
-// What an entry did to a chunk: a bit for each row of the chunk that was written, lowest bit first, and the row of
-// `image` that has the chunk from before.
-struct ChunkMark {
-  std::vector<std::byte> rows;
-  std::int64_t image = 0;  // 0: there was no chunk, or the entry keeps no images
-  Checksum checksum = 0;
-};
 
 class JournalTables {
  public:
@@ -60,7 +45,6 @@ class JournalTables {
 
   // Gives each mark of an entry with the bytes of its image, empty where there was no chunk, in the order of the keys.
   // Failure 57 where one is damaged or missing.
-  using MarkVisitor = std::function<void(std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image)>;
   void VisitMarks(const JournalRow& row, const MarkVisitor& visit);
 
   // Whether both entries wrote some record.

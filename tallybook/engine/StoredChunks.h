@@ -5,23 +5,18 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 
+#include "tallybook/engine/BookStorage.h"
 #include "tallybook/engine/Database.h"
 
 namespace tallybook::engine {
-
-struct StoredChunk {
-  std::int64_t row = 0;                // of the table
-  std::span<const std::byte> figures;  // as ChunkCodec.h tells; until the next call
-};
 
 class StoredChunks {
  public:
   // `database` must outlive it.
   explicit StoredChunks(Database& database);
 
-  // The chunk of a key; none where the file has none.
+  // The chunk of a key; none where the file has none. Its bytes last until the next call.
   [[nodiscard]] std::optional<StoredChunk> Find(std::int64_t key);
 
   // Ends the walk that Find leaves open. Due before chunks are written.

@@ -3,35 +3,34 @@
 
 #include "tallybook/engine/ChunkDirectory.h"
 #include "tallybook/engine/ChunkKey.h"
+#include "tallybook/engine/SqliteStorage.h"
 #include "tests/support/FailsWith.h"
-#include "tests/support/TempFolder.h"
+#include "tests/tallybook/engine/BookFixture.h"
 
 namespace tallybook::testing {
 namespace {
 
 using engine::AccountSum;
 using engine::ChunkDirectory;
-using engine::Database;
 using engine::FirstKeyOf;
 
-class ChunkDirectoryTest : public ::testing::Test {
+class ChunkDirectoryTest : public BookFixture {
  protected:
   void SetUp() override {
-    database.Execute("CREATE TABLE chunk (id INTEGER PRIMARY KEY, key INTEGER NOT NULL UNIQUE, figures BLOB NOT NULL)");
     for (const std::uint32_t number : {2U, 5U, 9U}) {
       const std::int64_t key = FirstKeyOf(7) + number;
-      database.Execute(("INSERT INTO chunk (key, figures) VALUES (" + std::to_string(key) + ", x'00')").c_str());
+      static_cast<void>(storage.InsertChunk(key, figures));
       sum.Add(key, 0);
     }
   }
 
-  TempFolder folder;
-  Database database{folder.Path("chunks.tbk"), Database::Mode::kCreate};
+  engine::SqliteStorage storage{engine::BookFile((Create(ShopDescription()), BookPath()), false)};
+  std::vector<std::byte> figures{std::byte{0}};
   AccountSum sum;
 };
 
 TEST_F(ChunkDirectoryTest, TellsWhichChunksThereAre) {
-  ChunkDirectory directory(database);
+  ChunkDirectory directory(storage);
   EXPECT_TRUE(directory.Has(FirstKeyOf(7) + 5, sum));
   EXPECT_FALSE(directory.Has(FirstKeyOf(7) + 6, sum));
   EXPECT_FALSE(directory.Has(FirstKeyOf(8), AccountSum()));
@@ -40,7 +39,7 @@ TEST_F(ChunkDirectoryTest, TellsWhichChunksThereAre) {
 }
 
 TEST_F(ChunkDirectoryTest, KeepsUpWithWhatIsTold) {
-  ChunkDirectory directory(database);
+  ChunkDirectory directory(storage);
   EXPECT_FALSE(directory.Has(FirstKeyOf(7) + 6, sum));
   directory.Note(FirstKeyOf(7) + 6, true);
   directory.Note(FirstKeyOf(7) + 2, false);
@@ -51,12 +50,12 @@ TEST_F(ChunkDirectoryTest, KeepsUpWithWhatIsTold) {
 TEST_F(ChunkDirectoryTest, RefusesAnIndexThatDoesNotShowWhatWasWritten) {
   AccountSum more = sum;
   more.Add(FirstKeyOf(7) + 1, 0);
-  EXPECT_THAT([&] { static_cast<void>(ChunkDirectory(database).Has(FirstKeyOf(7), more)); },
+  EXPECT_THAT([&] { static_cast<void>(ChunkDirectory(storage).Has(FirstKeyOf(7), more)); },
               FailsWith(FailureNumber::kDeviceError, "its index shows 3 chunks of account number 7, not the 4"));
   AccountSum other = sum;
   other.Remove(FirstKeyOf(7) + 5, 0);
   other.Add(FirstKeyOf(7) + 6, 0);
-  EXPECT_THAT([&] { static_cast<void>(ChunkDirectory(database).Has(FirstKeyOf(7), other)); },
+  EXPECT_THAT([&] { static_cast<void>(ChunkDirectory(storage).Has(FirstKeyOf(7), other)); },
               FailsWith(FailureNumber::kDeviceError, "the book is damaged"));
 }
 
