@@ -93,11 +93,13 @@ class ImportMap {
 
   // A position that figures were applied from, one that has been looked up; and the numbers that such positions gave.
   void Use(Integer position) { used_[static_cast<std::size_t>(position)] = true; }
-  [[nodiscard]] std::set<Long> UsedNumbers() const {
-    std::set<Long> numbers;
+  [[nodiscard]] std::vector<Long> UsedNumbers() const {
+    std::vector<Long> numbers;
     for (std::size_t i = 0; i < kColumns; ++i) {
-      if (used_[i]) numbers.insert(numbers.end(), numbers_[i]);  // most rise
+      if (used_[i]) numbers.push_back(numbers_[i]);
     }
+    std::sort(numbers.begin(), numbers.end());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
     return numbers;
   }
 

@@ -26,9 +26,9 @@ struct QDXFileImport {
   bool stored =
       false;  // all of them are with the database, and its journal entry is closed: what fails then is no loss
   std::optional<StopReason> stays = {};  // why the file was not deleted or renamed, where the definition has it so
-  // Of the database: what figures of the file were applied to.
-  std::set<Long> accounts = {};
-  std::set<Long> fields = {};
+  // Of the database: what figures of the file were applied to. Numbers rise and are told once each.
+  std::vector<Long> accounts = {};
+  std::vector<Long> fields = {};
   std::set<Date> dates = {};
   long long applied = 0;     // figures
   long long not_mapped = 0;  // figures of accounts and fields that the definition sends nowhere

@@ -120,10 +120,10 @@ void NumberTable::Mark(Long number) {
   marked_[static_cast<std::size_t>(number)] = true;
 }
 
-std::set<Long> NumberTable::Marked() const {
-  std::set<Long> numbers;
+std::vector<Long> NumberTable::Marked() const {
+  std::vector<Long> numbers;
   for (Long number = 1; number <= Highest(); ++number) {
-    if (Holds(number)) numbers.insert(number);
+    if (Holds(number)) numbers.push_back(number);
   }
   return numbers;
 }

@@ -108,7 +108,7 @@ class NumberTable {
   // Marks a number from 0 on; a table that is too small for it grows.
   void Touch(Long number);
   // The marked numbers from 1 on, in order.
-  [[nodiscard]] std::set<Long> Marked() const;
+  [[nodiscard]] std::vector<Long> Marked() const;
   // False for a number outside the table too.
   [[nodiscard]] bool Holds(Long number) const {
     return number >= 1 && static_cast<std::size_t>(number) < marked_.size() &&
@@ -123,8 +123,8 @@ class NumberTable {
 // shows the audit's questions can look up what their words leave out.
 struct TextImportTally {
   long long records = 0;
-  std::set<Long> accounts;  // numbers
-  std::set<Long> fields;    // numbers
+  std::vector<Long> accounts;  // numbers, each once, rising
+  std::vector<Long> fields;    // likewise
   std::set<Date> dates;
   std::optional<StopReason> stop;
   bool stored =

@@ -12,18 +12,18 @@ namespace tallybook::application {
 
 namespace {
 
-// What was touched, and how many figures came in. Touched are a set of each kind, of one file or of several.
+// What was touched, and how many figures came in. Touched is a list of each kind, of one file or of several.
 template <typename Touched>
 Text ToldOf(const Touched& touched) {
-  const auto count = [](const auto& set, const Text& noun) {
-    return Counted(static_cast<long long>(set.size()), noun);
+  const auto count = [](const auto& list, const Text& noun) {
+    return Counted(static_cast<long long>(list.size()), noun);
   };
   return count(touched.accounts, "account") + ", " + count(touched.fields, "field") + ", " +
          count(touched.dates, "date") + "; " + Counted(touched.applied, "figure") + " applied, " +
          WithCommas(touched.not_mapped) + " not mapped";
 }
 
-// Of several files. One file's sets can be large, and are not copied.
+// Of several files. One file's lists can be large, and are not copied.
 struct Sum {
   std::set<Long> accounts = {};
   std::set<Long> fields = {};

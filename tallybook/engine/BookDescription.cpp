@@ -7,7 +7,6 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <ostream>
-#include <set>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -233,6 +232,31 @@ struct Indexed {
   operator Text() const { return Text(list) + "[" + std::to_string(index) + "]." + key; }
 };
 
+// Values of which each is to come once. Lists rise for the most part, and of what rises nothing but the value is kept.
+template <typename Value>
+class Distinct {
+ public:
+  // False for a value that has come before.
+  bool Add(Value value) {
+    if (Has(value)) return false;
+    if (rising_.empty() || rising_.back() < value) {
+      rising_.push_back(value);
+    } else {
+      others_.insert(value);
+    }
+    return true;
+  }
+  [[nodiscard]] bool Has(Value value) const {
+    const bool among_rising =
+        !rising_.empty() && !(rising_.back() < value) && std::binary_search(rising_.begin(), rising_.end(), value);
+    return among_rising || (!others_.empty() && others_.count(value) != 0);
+  }
+
+ private:
+  std::vector<Value> rising_;
+  std::unordered_set<Value> others_;
+};
+
 // Checks of a description as a whole.
 class Checker {
  public:
@@ -332,11 +356,11 @@ class Checker {
 
   void CheckAccounts() {
     InLength("accounts", book_.accounts.size());
-    std::unordered_set<Text> codes;
+    Distinct<std::string_view> codes;
     for (std::size_t index = 0; index < book_.accounts.size(); ++index) {
       const AccountDescription& account = book_.accounts[index];
       InRange(Indexed{"accounts", index, "number"}, account.number, 1, book_.max_accounts);
-      if (!accounts_.insert(account.number).second) {
+      if (!accounts_.Add(account.number)) {
         Refuse(source_, Indexed{"accounts", index, "number"}, std::to_string(account.number),
                "an account above has this number");
       }
@@ -345,8 +369,7 @@ class Checker {
         Refuse(source_, path, Quoted(account.code),
                "a code has 1 to " + std::to_string(kCodeWidth) + " characters and does not end in a blank");
       }
-      if (!codes.insert(account.code).second)
-        Refuse(source_, path, Quoted(account.code), "an account above has this code");
+      if (!codes.Add(account.code)) Refuse(source_, path, Quoted(account.code), "an account above has this code");
     }
   }
 
@@ -355,7 +378,7 @@ class Checker {
     for (std::size_t index = 0; index < book_.fields.size(); ++index) {
       const Integer number = book_.fields[index].number;
       InRange(Indexed{"fields", index, "number"}, number, 1, book_.max_fields);
-      if (!fields_.insert(number).second) {
+      if (!fields_.Add(number)) {
         Refuse(source_, Indexed{"fields", index, "number"}, std::to_string(number), "a field above has this number");
       }
     }
@@ -367,11 +390,11 @@ class Checker {
     std::map<std::tuple<Long, Date, Integer>, std::size_t> seen;
     for (std::size_t index = 0; index < book_.values.size(); ++index) {
       const ValueDescription& value = book_.values[index];
-      if (accounts_.count(value.account) == 0) {
+      if (!accounts_.Has(value.account)) {
         Refuse(source_, Indexed{"values", index, "account"}, std::to_string(value.account),
                "no account has this number");
       }
-      if (fields_.count(value.field) == 0) {
+      if (!fields_.Has(value.field)) {
         Refuse(source_, Indexed{"values", index, "field"}, std::to_string(value.field), "no field has this number");
       }
       if (!std::isfinite(value.value)) {
@@ -394,8 +417,8 @@ class Checker {
 
   const BookDescription& book_;
   const Text& source_;
-  std::unordered_set<Long> accounts_;
-  std::unordered_set<Integer> fields_;
+  Distinct<Long> accounts_;
+  Distinct<Integer> fields_;
 };
 
 json ParseJson(const Text& text, const Text& source_name) {

@@ -162,6 +162,7 @@ StoredDescription LoadDescription(Database& database, Long format) {
 
   DbStatement period(database, "SELECT name, length FROM period ORDER BY position");
   while (period.Step()) calendar.periods.push_back({period.String(0), ToInteger(period.Int(1))});
+  description.accounts.reserve(static_cast<std::size_t>(database.Number("SELECT count(*) FROM account")));
   DbStatement account(database, "SELECT number, code, description FROM account ORDER BY position");
   while (account.Step()) {
     description.accounts.push_back({ToLong(account.Int(0)), account.String(1), account.String(2)});
