@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "base/Failure.h"
+#include "platform/posix/SystemError.h"
 
 namespace tallybook::application {
 
@@ -28,12 +29,7 @@ FileKind KindOf(mode_t mode) {
 }
 
 [[noreturn]] void FailToLook(int error, const Text& path) {
-  const bool denied = error == EACCES || error == EPERM;
-  const bool bad_path = error == ELOOP || error == ENAMETOOLONG || error == EINVAL;
-  const FailureNumber number = denied     ? FailureNumber::kPermissionDenied
-                               : bad_path ? FailureNumber::kPathOrAccess
-                                          : FailureNumber::kDeviceError;
-  throw Failure(number, path + " cannot be looked at: " + std::generic_category().message(error), "FileSystem");
+  throw Failure(FailureNumberOf(error), path + " cannot be looked at: " + WordsOfError(error), "FileSystem");
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 
 #include "base/Failure.h"
 #include "base/Texts.h"
+#include "platform/posix/SystemError.h"
 #include "qdx/HeaderItems.h"
 #include "tallybook/engine/BookFile.h"
 
@@ -43,8 +44,7 @@ std::string HeadOf(const Text& path) {
   if (file >= 0) ::close(file);
   if (count < 0) {
     throw Failure(FailureNumber::kPermissionDenied,
-                  path + " cannot be looked at before it is replaced: " + std::generic_category().message(error),
-                  "FileSystem");
+                  path + " cannot be looked at before it is replaced: " + WordsOfError(error), "FileSystem");
   }
   head.resize(static_cast<std::size_t>(count));
   return head;

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "platform/posix/SystemError.h"
 
 namespace tallybook::application {
 
@@ -22,12 +23,7 @@ namespace fs = std::filesystem;
 constexpr const char* kSource = "StandardStreams";
 
 [[noreturn]] void Fail(int error, const Text& what) {
-  const bool full = error == ENOSPC || error == EDQUOT || error == EFBIG;
-  const bool denied = error == EACCES || error == EPERM || error == EROFS;
-  const FailureNumber number = full     ? FailureNumber::kDiskFull
-                               : denied ? FailureNumber::kPermissionDenied
-                                        : FailureNumber::kDeviceError;
-  throw Failure(number, what + ": " + std::generic_category().message(error), kSource);
+  throw Failure(FailureNumberOf(error), what + ": " + WordsOfError(error), kSource);
 }
 
 class Descriptor {

@@ -11,7 +11,6 @@
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
-#include <system_error>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -19,6 +18,7 @@
 
 #include "base/Failure.h"
 #include "platform/Platform.h"
+#include "platform/posix/SystemError.h"
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/BookPlace.h"
 
@@ -40,10 +40,6 @@ constexpr off_t kSqliteByteCount = 512;
 // The head of a database (SQLite file format, "The Database Header"): its magic, and where its application's mark stands.
 constexpr std::string_view kSqliteHead = "SQLite format 3";
 constexpr std::size_t kMarkOffset = 68;
-
-Text WordsOf(int error) {
-  return std::generic_category().message(error);
-}
 
 // --- The table of descriptors ----------------------------------------------------------------------------------------
 
@@ -174,7 +170,7 @@ BookHold::BookHold(Text path, Purpose purpose) : path_(std::move(path)) {
   }
   if (descriptor_ >= 0) return;
   throw Failure(FailureNumber::kPermissionDenied,
-                path_ + ": the file may not be " + (may_write_ ? "written" : "read") + " (" + WordsOf(errno) + ")",
+                path_ + ": the file may not be " + (may_write_ ? "written" : "read") + " (" + WordsOfError(errno) + ")",
                 kSource);
 }
 
@@ -197,7 +193,7 @@ bool BookHold::TryRight() const {
   if (error == EAGAIN || error == EACCES) return false;
   throw Failure(
       FailureNumber::kFeatureUnavailable,
-      path_ + ": its file system cannot lock files, which a book to be written needs (" + WordsOf(error) + ")",
+      path_ + ": its file system cannot lock files, which a book to be written needs (" + WordsOfError(error) + ")",
       kSource);
 }
 

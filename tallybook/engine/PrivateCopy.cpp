@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "base/Failure.h"
+#include "platform/posix/SystemError.h"
 
 namespace tallybook::engine {
 
@@ -22,12 +23,7 @@ constexpr int kTries = 30;
 constexpr std::chrono::milliseconds kBetweenTries{100};
 
 [[noreturn]] void Fail(int error, const Text& what) {
-  const bool full = error == ENOSPC || error == EDQUOT || error == EFBIG;
-  const bool refused = error == EACCES || error == EPERM || error == ELOOP;
-  throw Failure(full      ? FailureNumber::kDiskFull
-                : refused ? FailureNumber::kPermissionDenied
-                          : FailureNumber::kDeviceError,
-                what + ": " + std::generic_category().message(error), kSource);
+  throw Failure(FailureNumberOf(error), what + ": " + WordsOfError(error), kSource);
 }
 
 class File {

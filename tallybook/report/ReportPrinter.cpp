@@ -1,7 +1,6 @@
 #include "tallybook/report/ReportPrinter.h"
 
 #include <cerrno>
-#include <cstring>
 #include <iostream>
 #include <span>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "platform/posix/SystemError.h"
 #include "support/FileStream.h"
 #include "support/Utility.h"
 #include "tallybook/report/HtmlRenderer.h"
@@ -158,8 +158,8 @@ void ReportPrinter::Write(const std::string& document, FileStream* file) {
   errno = 0;
   stream.write(document.data(), static_cast<std::streamsize>(document.size())).flush();
   if (!stream)
-    throw Failure(errno == ENOSPC ? FailureNumber::kDiskFull : FailureNumber::kDeviceError,
-                  Text("The report cannot be written to its stream: ") + std::strerror(errno), kSource);
+    throw Failure(FailureNumberOf(errno), "The report cannot be written to its stream: " + WordsOfError(errno),
+                  kSource);
 }
 
 // --- The page heads --------------------------------------------------------------------------------------------------

@@ -2,13 +2,13 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "base/Failure.h"
+#include "platform/posix/SystemError.h"
 #include "tallybook/settings/IniText.h"
 
 namespace tallybook::settings {
@@ -17,27 +17,13 @@ namespace {
 
 constexpr mode_t kNewFileMode = 0644;
 
+// A file that is to be made has no folder where its name is missing.
 FailureNumber NumberOf(int error) {
-  switch (error) {
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-      return FailureNumber::kDiskFull;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-      return FailureNumber::kPermissionDenied;
-    case ENOENT:
-      return FailureNumber::kPathNotFound;
-    case EIO:
-      return FailureNumber::kDeviceError;
-    default:
-      return FailureNumber::kPathOrAccess;
-  }
+  return error == ENOENT ? FailureNumber::kPathNotFound : FailureNumberOf(error);
 }
 
 [[noreturn]] void Fail(const char* what, const Text& path, int error) {
-  throw Failure(NumberOf(error), Text("The settings file ") + path + " cannot be " + what + ": " + std::strerror(error),
+  throw Failure(NumberOf(error), Text("The settings file ") + path + " cannot be " + what + ": " + WordsOfError(error),
                 "SettingsFile");
 }
 

@@ -9,6 +9,7 @@
 #include "base/Failure.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
+#include "platform/posix/SystemError.h"
 #include "tallybook/tables/TableWriter.h"
 
 namespace tallybook::tables {
@@ -125,7 +126,7 @@ class SqliteWriter : public TableWriter {
   [[noreturn]] void Fail() const {
     const int code = sqlite3_errcode(database_.get());
     const int system_error = sqlite3_system_errno(database_.get());
-    const bool full = code == SQLITE_FULL || system_error == ENOSPC || system_error == EFBIG || system_error == EDQUOT;
+    const bool full = code == SQLITE_FULL || FailureNumberOf(system_error) == FailureNumber::kDiskFull;
     throw Failure(full ? FailureNumber::kDiskFull : FailureNumber::kDeviceError, sqlite3_errmsg(database_.get()),
                   "ExportLibrary");
   }

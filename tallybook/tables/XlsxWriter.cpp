@@ -20,6 +20,7 @@
 #include "base/Dates.h"
 #include "base/Failure.h"
 #include "platform/Clock.h"
+#include "platform/posix/SystemError.h"
 #include "support/Utility.h"
 #include "tallybook/tables/TableWriter.h"
 
@@ -38,11 +39,9 @@ constexpr Double kSecondsPerDay = 86'400;
 [[noreturn]] void Fail(lxw_error error) {
   const bool memory = error == LXW_ERROR_MEMORY_MALLOC_FAILED;
   const bool file = error >= LXW_ERROR_CREATING_XLSX_FILE && error <= LXW_ERROR_ZIP_CLOSE;
-  const FailureNumber number = memory                    ? FailureNumber::kOutOfMemory
-                               : file && errno == ENOSPC ? FailureNumber::kDiskFull
-                               : file && errno == EFBIG  ? FailureNumber::kDiskFull
-                               : file                    ? FailureNumber::kDeviceError
-                                                         : FailureNumber::kInvalidArgument;
+  const FailureNumber number = memory ? FailureNumber::kOutOfMemory
+                               : file ? FailureNumberOf(errno)
+                                      : FailureNumber::kInvalidArgument;
   throw Failure(number, lxw_strerror(error), "ExportLibrary");
 }
 
