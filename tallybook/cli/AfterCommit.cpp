@@ -1,5 +1,6 @@
 #include "tallybook/cli/AfterCommit.h"
 
+#include <fmt/format.h>
 #include <iostream>
 
 #include "base/Failure.h"
@@ -25,6 +26,18 @@ std::optional<StopReason> CommitWhatStays(engine::Book& book) {
     StopReason reason = ReasonOf(CurrentFailure());
     reason.words += "; what was not committed before is not kept, `tallybook journal list " + path + "` shows what was";
     return reason;
+  }
+}
+
+void TellWhatStays(const application::JournalMark& mark, const engine::Book& book) {
+  switch (mark.LeftHalfWay()) {
+    case application::JournalMark::Left::kNothing:
+      return;
+    case application::JournalMark::Left::kForGood:
+      return Warn("the import ended half way, and what it wrote stays");
+    case application::JournalMark::Left::kUndoable:
+      Warn(fmt::format("the import ended half way; `tallybook journal undo {}` takes {} back", book.Path(),
+                       mark.Since().size() > 1 ? "all of it" : "it"));
   }
 }
 

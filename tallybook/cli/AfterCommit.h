@@ -7,6 +7,7 @@
 
 #include "base/Failure.h"
 #include "base/Types.h"
+#include "tallybook/application/JournalMark.h"
 #include "tallybook/engine/Book.h"
 
 namespace tallybook::cli {
@@ -17,6 +18,9 @@ void CommitOrAbandon(engine::Book& book);
 
 // The same for an operation that failed half way, where what it wrote stays: why that could not be committed.
 [[nodiscard]] std::optional<StopReason> CommitWhatStays(engine::Book& book);
+
+// Of an import that failed: says on standard error what it left half way, with the command that takes it back.
+void TellWhatStays(const application::JournalMark& mark, const engine::Book& book);
 
 // Does it; what fails is warned of.
 void DoAfterCommit(const std::function<void()>& act);

@@ -11,8 +11,8 @@
 #include "base/Dates.h"
 #include "base/Failure.h"
 #include "base/ModParse.h"
+#include "tallybook/application/DemoBooks.h"
 #include "tallybook/cli/Commands.h"
-#include "tallybook/cli/DemoBooks.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
@@ -125,8 +125,8 @@ class Demo {
     Heading("1. Two books");
     Say("North Shop keeps a record for every department and day. Head Office keeps one a month, under account codes "
         "of its own, and has no field for waste.");
-    WriteDescription(Text(kShop) + ".json", DemoShop());
-    WriteDescription(Text(kOffice) + ".json", DemoOffice());
+    WriteDescription(Text(kShop) + ".json", application::DemoShop());
+    WriteDescription(Text(kOffice) + ".json", application::DemoOffice());
     Type({"new", kShop, "--from", Text(kShop) + ".json"});
     Type({"new", kOffice, "--from", Text(kOffice) + ".json"});
     Type({"info", kOffice});
@@ -159,10 +159,10 @@ class Demo {
         "figures add up; waste is not matched and stays behind.");
     std::vector<Text> line = {"definition", "add",         kOffice,   "--title", "North Shop",
                               "--file",     kExchangeFile, "--after", "keep"};
-    for (const DemoMatch& match : DemoMatches()) {
+    for (const application::DemoMatch& match : application::DemoMatches()) {
       line.insert(line.end(), {"--map-account", match.shop_code + "=" + match.office_code});
     }
-    for (const Integer field : DemoSharedFields()) {
+    for (const Integer field : application::DemoSharedFields()) {
       line.insert(line.end(), {"--map-field", fmt::format("{0}={0}", field)});
     }
     Type(line);
@@ -188,8 +188,8 @@ class Demo {
   static Sums SumsOf(engine::Book& book) {
     Sums sums;
     engine::FigureQuery year;
-    year.first = DateFromParts(kDemoYear, 1, 1);
-    year.last = DateFromParts(kDemoYear, 12, 31);
+    year.first = DateFromParts(application::kDemoYear, 1, 1);
+    year.last = DateFromParts(application::kDemoYear, 12, 31);
     book.VisitFigures(year, [&](const engine::Figure& figure) {
       const auto& account = book.Description().accounts[static_cast<std::size_t>(figure.account_position - 1)];
       sums[{account.code, figure.field_number}] += figure.value;
@@ -213,7 +213,7 @@ class Demo {
                      {""}});
     bool all_agree = true;
     for (const auto& [office_code, shop_codes] : Receivers()) {
-      for (const Integer field : DemoSharedFields()) {
+      for (const Integer field : application::DemoSharedFields()) {
         Double sent = 0;
         Text senders;
         for (const Text& code : shop_codes) {
@@ -235,7 +235,8 @@ class Demo {
   // The shop's codes that go to each account of the office.
   static std::map<Text, std::set<Text>> Receivers() {
     std::map<Text, std::set<Text>> receivers;
-    for (const DemoMatch& match : DemoMatches()) receivers[match.office_code].insert(match.shop_code);
+    for (const application::DemoMatch& match : application::DemoMatches())
+      receivers[match.office_code].insert(match.shop_code);
     return receivers;
   }
 

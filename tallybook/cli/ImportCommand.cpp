@@ -10,7 +10,6 @@
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DefinitionList.h"
-#include "tallybook/cli/JournalMark.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/Terminal.h"
@@ -116,7 +115,8 @@ bool TellDone(Session& session, const QDXImportRecord& record, engine::Book& boo
   return complete;
 }
 
-bool TellNotDone(Session& session, const QDXImportRecord& record, engine::Book& book, const JournalMark& mark) {
+bool TellNotDone(Session& session, const QDXImportRecord& record, engine::Book& book,
+                 const application::JournalMark& mark) {
   const auto lost = CommitWhatStays(book);
   const bool expect_files = false;  // there is another reason for the status
   (void)TellRecord(session, record, expect_files);
@@ -124,7 +124,7 @@ bool TellNotDone(Session& session, const QDXImportRecord& record, engine::Book& 
   if (lost) {
     session.TellStop(*lost);
   } else {
-    mark.TellWhatStays();
+    TellWhatStays(mark, book);
   }
   return false;
 }
@@ -143,7 +143,7 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   book->SetOperationName(options.all ? "import qdx all" : fmt::format("import qdx #{}", options.definition));
   exchange.SetMath(options.math);
   const Long no_window = 0;
-  const JournalMark mark(*book);
+  const application::JournalMark mark(*book);
   const bool imported = exchange.ImportQDXFileEX(no_window, *book, type);
   const QDXImportRecord& record = exchange.LastQDXImport();
   const bool done = imported || application::IsStored(record, options.all ? definitions.size() : 1);

@@ -4,35 +4,16 @@
 #include <fmt/format.h>
 
 #include "base/Failure.h"
-#include "base/Narrow.h"
 #include "support/Utility.h"
 #include "tallybook/application/FileKind.h"
+#include "tallybook/application/HostSettings.h"
 #include "tallybook/application/Shown.h"
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/application/StopText.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Reasons.h"
-#include "tallybook/settings/SettingsFile.h"
 
 namespace tallybook::cli {
-
-namespace {
-
-// How much of a book is kept in memory, by the installation's settings: section "Files", key "CacheMiB".
-std::size_t CacheBytes(const Text& settings_file) {
-  constexpr Double kMostMiB = 1 << 20;
-  settings::SettingsFile settings(settings_file);
-  settings.SetSection("Files");
-  const Text text = settings.ReadValue("CacheMiB", "256");
-  const Double mebibytes = LeadingNumber(text);
-  if (mebibytes < 1 || mebibytes > kMostMiB) {
-    throw Failure(FailureNumber::kInvalidArgument, settings_file + ": [Files] CacheMiB is \"" + text +
-                                                       "\"; a number of mebibytes from 1 to 1,048,576 is wanted");
-  }
-  return static_cast<std::size_t>(mebibytes) << 20U;
-}
-
-}  // namespace
 
 Integer ConsoleLog::LogError(const Text& message, Long line_number, Integer detail) {
   progress_.Hide();
@@ -129,7 +110,7 @@ std::unique_ptr<engine::Book> Session::OpenToChange(const Text& path, Long wait_
 }
 
 std::unique_ptr<engine::Book> Session::Open(const Text& path, engine::BookOptions options) {
-  options.cache_bytes = CacheBytes(app_.SettingsFileName());
+  options.cache_bytes = application::CacheBytes(app_.SettingsFileName());
   options.progress = &platform_.Progress();
   options.reports = &report_heads_;
   const bool warning = true;

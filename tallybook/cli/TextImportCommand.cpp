@@ -18,7 +18,6 @@
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FileQuestion.h"
-#include "tallybook/cli/JournalMark.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
@@ -144,7 +143,7 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
     session.TellStop({.file = *file, .words = *trouble});
     return session.StatusOf(false);
   }
-  const JournalMark mark(*book);
+  const application::JournalMark mark(*book);
   const bool there_before = FileExists(*file);
   CDataExchange exchange(session.Factory());
   exchange.SetOwner(book.get());
@@ -164,7 +163,7 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
     if (lost) {
       session.TellStop(*lost);
     } else {
-      mark.TellWhatStays();
+      TellWhatStays(mark, *book);
     }
   }
   DoAfterCommit([&] { book->Close(); });

@@ -8,7 +8,7 @@
 #include "base/Types.h"
 #include "tallybook/engine/BookDescription.h"
 
-namespace tallybook::cli {
+namespace tallybook::application {
 
 [[nodiscard]] engine::BookDescription DemoShop();
 [[nodiscard]] engine::BookDescription DemoOffice();
@@ -26,4 +26,4 @@ struct DemoMatch {
 // The year that the demo moves from one book to the other.
 inline constexpr int kDemoYear = 2024;
 
-}  // namespace tallybook::cli
+}  // namespace tallybook::application

@@ -1,4 +1,4 @@
-#include "tallybook/cli/DemoBooks.h"
+#include "tallybook/application/DemoBooks.h"
 
 #include <array>
 #include <cmath>
@@ -7,7 +7,7 @@
 
 #include "base/Dates.h"
 
-namespace tallybook::cli {
+namespace tallybook::application {
 
 namespace {
 
@@ -156,4 +156,4 @@ const std::vector<Integer>& DemoSharedFields() {
   return fields;
 }
 
-}  // namespace tallybook::cli
+}  // namespace tallybook::application
