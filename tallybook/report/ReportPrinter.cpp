@@ -26,16 +26,6 @@ constexpr const char* kSource = "ReportPrinter";
 // The most lines above a table's head that a check of the page keeps with it.
 constexpr int kKeptLines = 3;
 
-std::unique_ptr<Renderer> RendererFor(const Text& path) {
-  if (path.empty()) return std::make_unique<TextRenderer>();
-  const Text extension = LowerCase(FileExtension(FileBaseName(path)));
-  if (extension == "txt") return std::make_unique<TextRenderer>();
-  if (extension == "html" || extension == "htm") return std::make_unique<HtmlRenderer>();
-  if (extension == "pdf") return NewPdfRenderer();
-  throw Failure(FailureNumber::kInvalidArgument,
-                "The report file " + path + " must end in .txt, .html or .pdf: the extension names its form", kSource);
-}
-
 // Runs a step of writing the report file; a failure is told anew with the path in front.
 template <typename Step>
 void WithPath(const Text& path, Step&& step) {
@@ -60,6 +50,16 @@ std::vector<Text> LinesOf(const Text& text) {
 }
 
 }  // namespace
+
+std::unique_ptr<Renderer> RendererFor(const Text& path) {
+  if (path.empty()) return std::make_unique<TextRenderer>();
+  const Text extension = LowerCase(FileExtension(FileBaseName(path)));
+  if (extension == "txt") return std::make_unique<TextRenderer>();
+  if (extension == "html" || extension == "htm") return std::make_unique<HtmlRenderer>();
+  if (extension == "pdf") return NewPdfRenderer();
+  throw Failure(FailureNumber::kInvalidArgument,
+                "The report file " + path + " must end in .txt, .html or .pdf: the extension names its form", kSource);
+}
 
 // --- The columns -----------------------------------------------------------------------------------------------------
 
@@ -125,18 +125,19 @@ bool ReportPrinter::BeginReport(Long /*owner*/, const Text& title) {
 
 void ReportPrinter::EndReport() {
   if (!open_) return;
-  std::string document;
   try {
     RaiseFirstHead();
-    document = renderer_->Render(report_, [this](int page) -> const Blocks& { return HeadOfPage(page); });
+    Finish(report_, [this](int page) -> const Blocks& { return HeadOfPage(page); });
   } catch (...) {
+    // A report that cannot be written is not tried again by whoever cleans up.
     Drop();
     throw;
   }
-  const std::unique_ptr<FileStream> file = std::move(file_);
-  // Dropped before the writing, so that a report that cannot be written is not tried again by whoever cleans up.
   Drop();
-  Write(document, file.get());
+}
+
+void ReportPrinter::Finish(Report& report, const PageHeads& page_heads) {
+  Write(renderer_->Render(report, page_heads), file_.get());
 }
 
 void ReportPrinter::Drop() {

@@ -25,6 +25,10 @@ struct Destination {
   std::ostream* stream = nullptr;
 };
 
+// The renderer of the form that the extension of a file names; text for an empty path.
+// Fails with Failure 5 for a path whose extension names no form.
+[[nodiscard]] std::unique_ptr<Renderer> RendererFor(const Text& path);
+
 class ReportPrinter : public Printer {
  public:
   // `progress` may be null: then nothing is shown and nothing cancels.
@@ -69,6 +73,11 @@ class ReportPrinter : public Printer {
   void SetProgressFraction(Single fraction) override;
   [[nodiscard]] bool ProgressCancelled() const override;
   void EndProgress() override;
+
+ protected:
+  // What is done with the whole report when it ends: it is rendered and written. One who shows reports instead may take
+  // it away. The heads of pages are there during the call alone.
+  virtual void Finish(Report& report, const PageHeads& page_heads);
 
  private:
   class Column : public ReportColumn {
