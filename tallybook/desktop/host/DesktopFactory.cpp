@@ -1,0 +1,66 @@
+#include "tallybook/desktop/host/DesktopFactory.h"
+
+#include <utility>
+
+#include "host/Sequence.h"
+
+namespace tallybook::desktop {
+
+namespace {
+
+// Books of the reference host keep no sequences, so there is nothing to choose.
+class NoSequence : public PrintSequence {
+ public:
+  void LoadSequences(SequenceReport& /*report*/) override {}
+  [[nodiscard]] bool SequenceFixed() const override { return fixed_; }
+  void SetSequenceFixed(bool fixed) override { fixed_ = fixed; }
+  void RefreshSequences() override {}
+  void ApplySequences() override {}
+
+ private:
+  bool fixed_ = false;
+};
+
+// A window's printer that says when its report begins.
+class ListenedPrinter : public WindowPrinter {
+ public:
+  ListenedPrinter(Display display, engine::ProgressDisplay* progress, std::function<void()> begun)
+      : WindowPrinter(std::move(display), progress), begun_(std::move(begun)) {}
+
+  bool BeginReport(Long owner, const Text& title) override {
+    if (begun_) begun_();
+    return WindowPrinter::BeginReport(owner, title);
+  }
+
+ private:
+  std::function<void()> begun_;
+};
+
+}  // namespace
+
+DesktopFactory::DesktopFactory(WindowHandles& handles, engine::ProgressDisplay& progress)
+    : handles_(handles), progress_(progress) {
+  SetProgressDisplay(&progress_);
+  SetSequenceMaker([] { return std::make_unique<NoSequence>(); });
+  SetListWindowMaker([this] {
+    auto window = std::make_unique<ListWindow>(handles_);
+    if (list_listener_) list_listener_(*window);
+    return window;
+  });
+}
+
+std::unique_ptr<Printer> DesktopFactory::NewPrinter() {
+  const auto display = [this](report::Report report, report::Blocks head) {
+    if (display_) display_(std::move(report), std::move(head));
+  };
+  return std::make_unique<ListenedPrinter>(display, &progress_, [this] {
+    if (report_listener_) report_listener_();
+  });
+}
+
+std::shared_ptr<DataExportObject> DesktopFactory::NewDataExportObject() {
+  auto library = ReferenceFactory::NewDataExportObject();
+  return wrapper_ ? wrapper_(std::move(library)) : library;
+}
+
+}  // namespace tallybook::desktop

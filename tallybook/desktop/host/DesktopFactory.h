@@ -1,0 +1,40 @@
+// Makes the objects that the component asks of the desktop: those of the reference host, list windows, and printers whose
+// reports are shown. While a conversation runs it may have them made its own way. One thread.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "tallybook/application/ReferenceFactory.h"
+#include "tallybook/desktop/host/ListWindow.h"
+#include "tallybook/desktop/host/WindowPrinter.h"
+
+namespace tallybook::desktop {
+
+class DesktopFactory : public application::ReferenceFactory {
+ public:
+  // Both outlive the factory and what it makes.
+  DesktopFactory(WindowHandles& handles, engine::ProgressDisplay& progress);
+
+  // Who shows reports that have ended; a report that nobody shows is dropped.
+  void SetReportDisplay(WindowPrinter::Display display) { display_ = std::move(display); }
+  // Told of each list window that is made, before it is handed out, and of each printer whose report begins.
+  void SetListListener(std::function<void(ListWindow&)> listener) { list_listener_ = std::move(listener); }
+  void SetReportListener(std::function<void()> listener) { report_listener_ = std::move(listener); }
+  // Makes another export library of the usual one: its tables go elsewhere. Empty for none.
+  using TableWrapper = std::function<std::shared_ptr<DataExportObject>(std::shared_ptr<DataExportObject>)>;
+  void SetTableWrapper(TableWrapper wrapper) { wrapper_ = std::move(wrapper); }
+
+  std::unique_ptr<Printer> NewPrinter() override;
+  std::shared_ptr<DataExportObject> NewDataExportObject() override;
+
+ private:
+  WindowHandles& handles_;
+  engine::ProgressDisplay& progress_;
+  WindowPrinter::Display display_;
+  std::function<void(ListWindow&)> list_listener_;
+  std::function<void()> report_listener_;
+  TableWrapper wrapper_;
+};
+
+}  // namespace tallybook::desktop

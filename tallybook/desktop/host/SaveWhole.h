@@ -1,0 +1,15 @@
+// Files that the application writes on the user's word: a report, a picture of a chart.
+#pragma once
+
+#include <string>
+
+#include "base/Types.h"
+
+namespace tallybook::desktop {
+
+// Writes the bytes to `path` whole: until they are on the disk the old file stands as it was. Never onto a book, a
+// companion of one, or an exchange definition.
+//   fails  as application::OutputRules::Check and application::WholeFile do, each with the path
+void SaveWhole(const Text& path, const std::string& bytes);
+
+}  // namespace tallybook::desktop
