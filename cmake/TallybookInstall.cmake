@@ -1,6 +1,6 @@
 # What `cmake --install` gives: the component's headers, its static libraries, a CMake package and a pkg-config file;
-# with the application, the command `tallybook` and the documents as well. Three install components: Development, Runtime
-# and Documentation.
+# with the application, the command `tallybook` and the documents as well, and where it is built the desktop application
+# with what makes it known to the system. Install components: Development, Runtime, Desktop and Documentation.
 #
 #   find_package(Tallybook REQUIRED)
 #   target_link_libraries(program PRIVATE Tallybook::exchange)
@@ -63,6 +63,28 @@ if(TALLYBOOK_BUILD_APPLICATION)
   install(TARGETS tallybook RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime)
   install(TARGETS tallybook_pdf LIBRARY DESTINATION ${TALLYBOOK_MODULE_FOLDER} COMPONENT Runtime)
 
+  if(TARGET tallybook-desktop)
+    set(desktop ${PROJECT_SOURCE_DIR}/packaging/desktop)
+    set_target_properties(tallybook-desktop PROPERTIES INSTALL_RPATH "${TALLYBOOK_MODULE_PATHS}")
+    install(TARGETS tallybook-desktop RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Desktop)
+    install(FILES ${desktop}/tallybook-desktop.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT Desktop)
+    install(FILES ${desktop}/tallybook.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages COMPONENT Desktop)
+    set(icons ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
+    install(FILES ${desktop}/tallybook-desktop.svg DESTINATION ${icons}/scalable/apps COMPONENT Desktop)
+    foreach(size 16 24 32 48 64 128 256)
+      install(FILES ${desktop}/icons/${size}.png DESTINATION ${icons}/${size}x${size}/apps
+              RENAME tallybook-desktop.png COMPONENT Desktop)
+    endforeach()
+    string(TIMESTAMP TALLYBOOK_RELEASE_DATE %Y-%m-%d UTC)
+    set(id example.tallybook.Tallybook)
+    configure_file(${desktop}/${id}.metainfo.xml.in ${PROJECT_BINARY_DIR}/package/${id}.metainfo.xml @ONLY)
+    configure_file(${desktop}/tallybook-desktop.1.in ${PROJECT_BINARY_DIR}/package/tallybook-desktop.1 @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/package/${id}.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo
+            COMPONENT Desktop)
+    install(FILES ${PROJECT_BINARY_DIR}/package/tallybook-desktop.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+            COMPONENT Desktop)
+  endif()
+
   # The documents point to each other as they do in the project's folder.
   set(TALLYBOOK_DOCUMENT_FOLDER ${CMAKE_INSTALL_DATAROOTDIR}/doc/tallybook)
   install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/ARCHITECTURE.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
@@ -73,6 +95,9 @@ if(TALLYBOOK_BUILD_APPLICATION)
   # Everything that is installed, and nothing that only tests or benchmarks need.
   add_custom_target(installed)
   add_dependencies(installed tallybook tallybook_pdf)
+  if(TARGET tallybook-desktop)
+    add_dependencies(installed tallybook-desktop)
+  endif()
   if(TARGET tallybook_man_and_completion)
     add_dependencies(installed tallybook_man_and_completion)
   endif()

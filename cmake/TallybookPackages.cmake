@@ -1,6 +1,7 @@
 # The Debian packages that `cpack` makes of what is installed, one a component:
 #
 #   tallybook         Runtime        the command, the module that makes its PDF reports, its pages and completions
+#   tallybook-desktop Desktop        the application with windows, where Qt is found
 #   libtallybook-dev  Development    headers, static libraries, the CMake package and the pkg-config file
 #   tallybook-doc     Documentation  the documents of docs/, with examples
 #
@@ -23,6 +24,9 @@ set(CPACK_TALLYBOOK_PACKAGING ${PROJECT_SOURCE_DIR}/packaging)
 set(CPACK_TALLYBOOK_ARCHITECTURE ${CMAKE_LIBRARY_ARCHITECTURE})
 
 set(CPACK_COMPONENTS_ALL Runtime Development Documentation)
+if(TARGET tallybook-desktop)
+  list(APPEND CPACK_COMPONENTS_ALL Desktop)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
@@ -42,6 +46,21 @@ an exchange file or a spreadsheet, into another book through saved exchange
 definitions that say which account and field goes where, and in from the text
 files of other programs. Imports check everything before one figure changes,
 and every import can be taken back.")
+
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_NAME tallybook-desktop)
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_SECTION misc)
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_SHLIBDEPS ON)
+# The module that makes PDF lies there.
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_DEPENDS "tallybook (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_RECOMMENDS "fonts-dejavu-core, xdg-utils")
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_SUGGESTS tallybook-doc)
+set(CPACK_DEBIAN_DESKTOP_DESCRIPTION
+"application that keeps operating figures and exchanges them
+A business keeps its operating figures per account, per datafield and per
+date. This application keeps them in books and shows them as tables and
+charts; it exports them to exchange files and spreadsheets, and imports them
+through exchange definitions and from the text files of other programs. Every
+import can be taken back, and everything can be done with the keyboard.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtallybook-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)

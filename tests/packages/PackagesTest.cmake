@@ -7,7 +7,11 @@ include(${CMAKE_CURRENT_LIST_DIR}/../install/Steps.cmake)
 
 file(REMOVE_RECURSE ${WORK})
 run(${CPACK} --config ${BUILD}/CPackConfig.cmake -B ${WORK}/packages)
-foreach(name tallybook libtallybook-dev tallybook-doc)
+set(names tallybook libtallybook-dev tallybook-doc)
+if(DESKTOP)
+  list(APPEND names tallybook-desktop)
+endif()
+foreach(name IN LISTS names)
   file(GLOB package ${WORK}/packages/${name}_${VERSION}_*.deb)
   list(LENGTH package count)
   if(NOT count EQUAL 1)
@@ -32,6 +36,16 @@ foreach(wanted bin/tallybook share/man/man1/tallybook.1.gz ${LIBDIR}/tallybook/t
     message(FATAL_ERROR "no package has ${wanted}")
   endif()
 endforeach()
+
+if(DESKTOP)
+  foreach(wanted bin/tallybook-desktop share/man/man1/tallybook-desktop.1.gz share/applications/tallybook-desktop.desktop
+          share/mime/packages/tallybook.xml share/icons/hicolor/scalable/apps/tallybook-desktop.svg
+          share/metainfo/example.tallybook.Tallybook.metainfo.xml)
+    if(NOT wanted IN_LIST unpacked)
+      message(FATAL_ERROR "no package has ${wanted}")
+    endif()
+  endforeach()
+endif()
 
 # The development files are found from where they lie.
 set(ENV{PKG_CONFIG_PATH} ${root}/usr/${LIBDIR}/pkgconfig)
