@@ -108,6 +108,13 @@ class Workbench {
   [[nodiscard]] std::unique_ptr<Book> Open() { return Book::Open(path_, app_); }
   [[nodiscard]] std::uintmax_t FileSize() const { return std::filesystem::file_size(path_); }
 
+  // One field more, as `field add` does it.
+  static void AddField(Book& book) {
+    BookDescription after = book.Description();
+    after.fields.push_back({static_cast<Integer>(after.fields.size() + 1), "New", false});
+    book.Grow(after, "field add");
+  }
+
   // As an import does it: everything is reached through the abstract class.
   void Write(Masterfile& book, Order order, const FigureSource& source) const {
     book.BeginProgress("Bench");
@@ -171,7 +178,7 @@ Shape ShapeOf(const benchmark::State& state) {
   return {state.range(0), state.range(1), state.range(2)};
 }
 
-void WriteFigures(benchmark::State& state, bool over_others) {
+void WriteFigures(benchmark::State& state, bool over_others, bool grown = false) {
   const Shape shape = ShapeOf(state);
   const auto order = static_cast<Order>(state.range(3));
   const FigureSource source(static_cast<Content>(state.range(4)), 1);
@@ -184,6 +191,7 @@ void WriteFigures(benchmark::State& state, bool over_others) {
     if (over_others) {
       const auto book = bench.Open();
       bench.Write(*book, kAccountMajor, before);
+      if (grown) Workbench::AddField(*book);
       book->Close();
     }
     const auto book = bench.Open();
@@ -211,13 +219,39 @@ void WriteOverFigures(benchmark::State& state) {
   WriteFigures(state, true);
 }
 
-void ReadFigures(benchmark::State& state) {
+// Over figures that were written before a field came.
+void WriteOverFiguresGrown(benchmark::State& state) {
+  const bool over_others = true;
+  const bool grown = true;
+  WriteFigures(state, over_others, grown);
+}
+
+// What `field add` takes in a book with all its figures, from opening it to closing it.
+void AddField(benchmark::State& state) {
+  const Shape shape = ShapeOf(state);
+  Workbench bench(shape);
+  {
+    const auto book = bench.Open();
+    bench.Write(*book, kAccountMajor, FigureSource(static_cast<Content>(state.range(4)), 1));
+    book->Close();
+  }
+  for (auto _ : state) {
+    const auto begin = std::chrono::steady_clock::now();
+    const auto book = bench.Open();
+    Workbench::AddField(*book);
+    book->Close();
+    state.SetIterationTime(Seconds(begin));
+  }
+}
+
+void ReadFigures(benchmark::State& state, bool grown) {
   const Shape shape = ShapeOf(state);
   const auto order = static_cast<Order>(state.range(3));
   Workbench bench(shape);
   {
     const auto book = bench.Open();
     bench.Write(*book, kAccountMajor, FigureSource(static_cast<Content>(state.range(4)), 1));
+    if (grown) Workbench::AddField(*book);
     book->Close();
   }
   for (auto _ : state) {
@@ -228,6 +262,16 @@ void ReadFigures(benchmark::State& state) {
   }
   state.counters["figures/s"] =
       benchmark::Counter(static_cast<double>(shape.Figures() * state.iterations()), benchmark::Counter::kIsRate);
+}
+
+void ReadFigures(benchmark::State& state) {
+  const bool grown = false;
+  ReadFigures(state, grown);
+}
+// Written before a field came.
+void ReadFiguresGrown(benchmark::State& state) {
+  const bool grown = true;
+  ReadFigures(state, grown);
 }
 
 void WalkFigures(benchmark::State& state) {
@@ -293,8 +337,14 @@ BENCHMARK(WriteNewFigures)->Apply(Large);
 BENCHMARK(WriteOverFigures)->Apply(Large);
 BENCHMARK(ReadFigures)->Apply(Large);
 BENCHMARK(WalkFigures)->Apply(Large);
+BENCHMARK(AddField)->Apply(Large);
+BENCHMARK(WriteOverFiguresGrown)->Apply(Large);
+BENCHMARK(ReadFiguresGrown)->Apply(Large);
 BENCHMARK(UndoFigures)->Apply(Large);
 BENCHMARK(WriteNewFigures)->Name("WriteNewFiguresTiny")->Apply(Tiny);
+BENCHMARK(AddField)->Name("AddFieldTiny")->Apply(Tiny);
+BENCHMARK(WriteOverFiguresGrown)->Name("WriteOverFiguresGrownTiny")->Apply(Tiny);
+BENCHMARK(ReadFiguresGrown)->Name("ReadFiguresGrownTiny")->Apply(Tiny);
 BENCHMARK(WriteOverFigures)->Name("WriteOverFiguresTiny")->Apply(Tiny);
 BENCHMARK(ReadFigures)->Name("ReadFiguresTiny")->Apply(Tiny);
 BENCHMARK(WalkFigures)->Name("WalkFiguresTiny")->Apply(Tiny);

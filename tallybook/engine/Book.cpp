@@ -14,6 +14,7 @@
 #include "platform/Clock.h"
 #include "tallybook/engine/BookCompanions.h"
 #include "tallybook/engine/BookFile.h"
+#include "tallybook/engine/BookGrowth.h"
 #include "tallybook/engine/BookPlace.h"
 #include "tallybook/engine/FigureStore.h"
 #include "tallybook/engine/SqliteStorage.h"
@@ -160,6 +161,7 @@ std::vector<Integer> PositionsAsked(const std::vector<Number>& numbers, const st
 void StoreValues(FigureStore& store, const BookDescription& description) {
   const std::vector<Integer> accounts = PositionsByNumber(description.accounts);
   const std::vector<Integer> fields = PositionsByNumber(description.fields);
+  // In a new book every field has the slot of its position.
   std::vector<Double> row(std::max<std::size_t>(description.fields.size(), 1));
   for (const ValueDescription& value : description.values) {
     const auto account = static_cast<std::size_t>(PositionIn(accounts, value.account) - 1);
@@ -169,13 +171,6 @@ void StoreValues(FigureStore& store, const BookDescription& description) {
     store.WriteRow(row.data());
   }
   store.Commit();
-}
-
-// Without what only the storage need know, and kept when the store is gone.
-std::shared_ptr<const BookDescription> DescriptionOf(const FigureStore& store) {
-  auto stored = store.Description();
-  const BookDescription* description = &stored->description;
-  return {std::move(stored), description};
 }
 
 // Under which name a book's companions stand. One that is open to be changed gets copies of those of before.
@@ -223,11 +218,9 @@ Book::Book(const Text& path, HostApp& app, const BookOptions& options, std::uniq
       app_(app),
       options_(options),
       store_(std::move(store)),
-      description_(DescriptionOf(*store_)),
-      cursor_(store_->Rules()),
-      position_of_account_(PositionsByNumber(description_->accounts)),
-      position_of_field_(PositionsByNumber(description_->fields)),
-      changed_row_(std::max<std::size_t>(description_->fields.size(), 1)) {}
+      cursor_(store_->Rules()) {
+  TakeStored();
+}
 
 Book::~Book() {
   try {
@@ -235,6 +228,18 @@ Book::~Book() {
   } catch (const Failure&) {
     // Said quietly: whoever needs to know calls Close.
   }
+}
+
+void Book::TakeStored() {
+  stored_ = store_->Description();
+  position_of_account_ = PositionsByNumber(Description().accounts);
+  position_of_field_ = PositionsByNumber(Description().fields);
+  place_of_field_.assign(position_of_field_.size(), 0);
+  for (std::size_t index = 0; index < stored_->slot_of_field.size(); ++index) {
+    const auto number = static_cast<std::size_t>(Description().fields[index].number);
+    place_of_field_[number] = static_cast<std::uint16_t>(stored_->slot_of_field[index] + 1);
+  }
+  changed_row_.assign(ShapeOf(*stored_).fields, 0);
 }
 
 void Book::Commit() {
@@ -279,10 +284,11 @@ void Book::VisitFigures(const FigureQuery& query, const FigureVisitor& visit) {
   const auto visit_row = [&](std::int32_t record, std::span<const Double> figures) {
     figure.date = store.DateOfRecord(record);
     for (const Integer position : fields) {
-      figure.value = figures[static_cast<std::size_t>(position - 1)];
+      const auto index = static_cast<std::size_t>(position - 1);
+      figure.value = figures[stored_->slot_of_field[index]];
       if (figure.value == 0) continue;
       figure.field_position = position;
-      figure.field_number = description_->fields[static_cast<std::size_t>(position - 1)].number;
+      figure.field_number = Description().fields[index].number;
       if (!visit(figure)) return false;
     }
     return true;
@@ -290,9 +296,53 @@ void Book::VisitFigures(const FigureQuery& query, const FigureVisitor& visit) {
   for (const Integer position : accounts) {
     const auto index = static_cast<std::size_t>(position - 1);
     figure.account_position = position;
-    figure.account_number = description_->accounts[index].number;
+    figure.account_number = Description().accounts[index].number;
     if (!store.VisitRows(index, store.RecordOf(first), store.RecordOf(last), visit_row)) return;
   }
+}
+
+long long Book::CountFigures(const FigureQuery& query) {
+  long long count = 0;
+  VisitFigures(query, [&](const Figure&) {
+    ++count;
+    return true;
+  });
+  return count;
+}
+
+std::vector<FiguresLost> Book::LostBy(const BookDescription& after) {
+  const BookDifference difference = FindDifference(Description(), after);
+  std::vector<FiguresLost> lost;
+  for (const auto& account : difference.accounts.removed) {
+    FigureQuery query;
+    query.accounts = {account.row.number};
+    lost.push_back({false, account.row.number, account.row.code, CountFigures(query)});
+  }
+  for (const auto& field : difference.fields.removed) {
+    FigureQuery query;
+    query.fields = {field.row.number};
+    lost.push_back({true, field.row.number, field.row.description, CountFigures(query)});
+  }
+  std::erase_if(lost, [](const FiguresLost& row) { return row.figures == 0; });
+  return lost;
+}
+
+void Book::Grow(const BookDescription& after, const Text& what_ran) {
+  RequireWritable();
+  FigureStore& store = Store();
+  CheckGrowth(*stored_, after, path_);
+  const auto grown = std::make_shared<StoredDescription>(Grown(*stored_, after));
+  if (*grown == *stored_) return;
+  EndOwnEntry();
+  DropCurrentRecord();
+  JournalEntry entry;
+  entry.kind = JournalKind::kLists;
+  entry.time = Now();
+  entry.what_ran = what_ran;
+  entry.state = JournalState::kClosed;
+  store.ChangeDescription(grown, entry, ChangeText(*stored_, *grown));
+  command_has_entry_ = false;
+  TakeStored();
 }
 
 ValueGiver Book::Values() {
@@ -305,7 +355,7 @@ ValueGiver Book::Values() {
 }
 
 Integer Book::AccountPositionOfCode(const Text& code) const {
-  const auto& accounts = description_->accounts;
+  const auto& accounts = Description().accounts;
   const auto found = std::ranges::find(accounts, code, &AccountDescription::code);
   return found == accounts.end() ? Integer{0} : ToInteger(found - accounts.begin() + 1);
 }
@@ -339,19 +389,19 @@ SequenceList& Book::PrintSequences() {
 }
 
 Text Book::MasterFileTypeName(Integer type) const {
-  return type == 0 ? description_->type_name : Text();
+  return type == 0 ? Description().type_name : Text();
 }
 
 Long Book::AccountNumber(Integer position) const {
-  return RowAt(description_->accounts, position).number;
+  return RowAt(Description().accounts, position).number;
 }
 
 Integer Book::FieldNumber(Integer position) const {
-  return RowAt(description_->fields, position).number;
+  return RowAt(Description().fields, position).number;
 }
 
 Text Book::FieldName(Integer position) const {
-  return RowAt(description_->fields, position).description;
+  return RowAt(Description().fields, position).description;
 }
 
 void Book::DropCurrentRecord() {
@@ -406,17 +456,15 @@ void Book::FailFigure(Integer field_number, Double value) const {
 Double Book::FieldValue(Integer field_number) const {
   // A negative number wraps to one that no table reaches.
   const auto number = static_cast<std::uint16_t>(field_number);
-  if (row_ == nullptr || number >= position_of_field_.size() || position_of_field_[number] == 0)
-    FailField(field_number);
-  return row_[position_of_field_[number] - 1];
+  if (row_ == nullptr || number >= place_of_field_.size() || place_of_field_[number] == 0) FailField(field_number);
+  return row_[place_of_field_[number] - 1];
 }
 
 void Book::SetFieldValue(Integer field_number, Double value) {
   const auto number = static_cast<std::uint16_t>(field_number);
-  if (row_ == nullptr || number >= position_of_field_.size() || position_of_field_[number] == 0)
-    FailField(field_number);
+  if (row_ == nullptr || number >= place_of_field_.size() || place_of_field_[number] == 0) FailField(field_number);
   if (!std::isfinite(value)) FailFigure(field_number, value);
-  Double& figure = changed_row_.data()[position_of_field_[number] - 1];
+  Double& figure = changed_row_.data()[place_of_field_[number] - 1];
   if (!changed_) {
     changed_ = true;
     return CopyThenPut(std::exchange(row_, changed_row_.data()), changed_row_, figure, value);
@@ -508,6 +556,39 @@ void Book::TakeBack(const std::vector<JournalEntry>& entries) {
   undo.what_ran = operation_kind_ == JournalKind::kUndo ? operation_name_ : Text("undo");
   undo.state = JournalState::kClosed;
   Store().Undo(entries, undo);
+}
+
+void Book::RefuseToTakeBack(const JournalEntry& entry, const Text& why) const {
+  throw Failure(FailureNumber::kInvalidArgument,
+                path_ + ": journal entry " + std::to_string(entry.id) + " cannot be undone: " + why, kSource);
+}
+
+// What goes away again must have no figures: they came after it.
+void Book::TakeListsBack(const JournalEntry& entry) {
+  EndOwnEntry();
+  DropCurrentRecord();
+  FigureStore& store = Store();
+  const auto before = std::make_shared<StoredDescription>(TakenBack(*stored_, store.ChangeOf(entry.id), path_));
+  for (const FiguresLost& lost : LostBy(before->description)) {
+    RefuseToTakeBack(entry, (lost.is_field ? "field " + std::to_string(lost.number) : "account " + lost.name) +
+                                ", which it added, has " + std::to_string(lost.figures) +
+                                (lost.figures == 1 ? " figure" : " figures") + " since");
+  }
+  const Calendar calendar(before->description.calendar, before->description.data_level);
+  FigureQuery later;
+  later.first = calendar.LastRecordDate() + 1;
+  if (const long long figures = CountFigures(later); figures != 0) {
+    RefuseToTakeBack(entry, "the years that it added have " + std::to_string(figures) +
+                                (figures == 1 ? " figure" : " figures") + " since");
+  }
+  JournalEntry undo;
+  undo.kind = JournalKind::kUndo;
+  undo.time = Now();
+  undo.what_ran = operation_kind_ == JournalKind::kUndo ? operation_name_ : Text("undo");
+  undo.state = JournalState::kClosed;
+  undo.undoes = entry.id;
+  store.ChangeDescription(before, undo, "");
+  TakeStored();
 }
 
 Integer Book::BeginRollback(Date first, Date last) {

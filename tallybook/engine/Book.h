@@ -18,6 +18,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -34,6 +35,7 @@
 #include "tallybook/engine/Notice.h"
 #include "tallybook/engine/ProgressDisplay.h"
 #include "tallybook/engine/ReportServices.h"
+#include "tallybook/engine/StoredDescription.h"
 
 namespace tallybook::engine {
 
@@ -71,6 +73,14 @@ struct Figure {
   Double value = 0;
 };
 
+// An account or field that is to be removed, by what a user calls it.
+struct FiguresLost {
+  bool is_field = false;
+  Long number = 0;
+  Text name;  // of an account its code, of a field its description
+  long long figures = 0;
+};
+
 class Book final : public Masterfile, public CalendarSource {
  public:
   // Makes a new book of a sound description, with its values, and closes it.
@@ -100,14 +110,27 @@ class Book final : public Masterfile, public CalendarSource {
   [[nodiscard]] const Text& Path() const { return path_; }
   [[nodiscard]] bool ReadOnly() const { return options_.read_only; }
 
-  // What the book was made from, without its values.
-  [[nodiscard]] const BookDescription& Description() const { return *description_; }
+  // What the book is made of, without its values, and with what only its storage knows. A reference lasts until the book
+  // grows or a change of its lists is undone.
+  [[nodiscard]] const BookDescription& Description() const { return stored_->description; }
+  [[nodiscard]] const StoredDescription& Stored() const { return *stored_; }
+
+  // What the book would lose by becoming `after`: accounts and fields that have figures and are not in it any more, with
+  // the number of figures; in the order of the lists, accounts first. CheckGrowth has found that the book may become it.
+  [[nodiscard]] std::vector<FiguresLost> LostBy(const BookDescription& after);
+  // Changes the book's names, lists and years to those of `after`, in one entry of the journal that `what_ran` names.
+  // Values of `after` are not looked at. Where there is no difference nothing is done. Figures of what is removed stay in
+  // the file for the way back; whoever calls has asked LostBy. The book has no current record afterwards.
+  //   fails   5 for what CheckGrowth refuses, before anything is changed; 70 for a book open to read; else as Commit
+  void Grow(const BookDescription& after, const Text& what_ran);
 
   // Gives every non-zero figure of the query, ordered by account position, date and field position. What was written
   // so far is committed first. The visitor must not change the book. False from the visitor ends the walk.
   //   fails   5 for an account or field number that the book has not, 57 for a damaged book
   using FigureVisitor = std::function<bool(const Figure&)>;
   void VisitFigures(const FigureQuery& query, const FigureVisitor& visit);
+  // How many figures that are not zero the query visits.
+  [[nodiscard]] long long CountFigures(const FigureQuery& query);
   // A giver for PrintBookDescription that streams the book's figures.
   [[nodiscard]] ValueGiver Values();
 
@@ -133,26 +156,26 @@ class Book final : public Masterfile, public CalendarSource {
   std::unique_ptr<FieldRecord> NewFieldRecord() override;
   SequenceList& PrintSequences() override;
 
-  [[nodiscard]] Text SystemName() const override { return description_->system_name; }
+  [[nodiscard]] Text SystemName() const override { return Description().system_name; }
   [[nodiscard]] Text DataPath() const override { return folder_; }
   [[nodiscard]] Text FileExtension() const override { return name_; }
   [[nodiscard]] Text SettingsFileName() const override { return folder_ + name_ + ".ini"; }
   [[nodiscard]] Text MasterFileTypeName(Integer type) const override;
   const TitleLookup& TitleSource() const override { return title_lookup_; }
-  [[nodiscard]] Text TitleContext() const override { return description_->system_name; }
+  [[nodiscard]] Text TitleContext() const override { return Description().system_name; }
 
   [[nodiscard]] Long FileVersion() const override { return kFileVersion; }
-  [[nodiscard]] Integer DataLevel() const override { return description_->data_level; }
-  [[nodiscard]] Integer CalendarType() const override { return static_cast<Integer>(description_->calendar.kind); }
+  [[nodiscard]] Integer DataLevel() const override { return Description().data_level; }
+  [[nodiscard]] Integer CalendarType() const override { return static_cast<Integer>(Description().calendar.kind); }
   [[nodiscard]] Integer YearField() const override { return 0; }
   [[nodiscard]] Long FieldSlots() const override { return NumFields(); }
   [[nodiscard]] Long AccountSlots() const override { return NumAccounts(); }
 
-  [[nodiscard]] Long MaxAccounts() const override { return description_->max_accounts; }
-  [[nodiscard]] Long NumAccounts() const override { return static_cast<Long>(description_->accounts.size()); }
+  [[nodiscard]] Long MaxAccounts() const override { return Description().max_accounts; }
+  [[nodiscard]] Long NumAccounts() const override { return static_cast<Long>(Description().accounts.size()); }
   [[nodiscard]] Long AccountNumber(Integer position) const override;
-  [[nodiscard]] Long MaxFields() const override { return description_->max_fields; }
-  [[nodiscard]] Long NumFields() const override { return static_cast<Long>(description_->fields.size()); }
+  [[nodiscard]] Long MaxFields() const override { return Description().max_fields; }
+  [[nodiscard]] Long NumFields() const override { return static_cast<Long>(Description().fields.size()); }
   [[nodiscard]] Integer FieldNumber(Integer position) const override;
   [[nodiscard]] Text FieldName(Integer position) const override;
 
@@ -171,9 +194,9 @@ class Book final : public Masterfile, public CalendarSource {
   [[nodiscard]] Date FirstDate() const override { return CalendarRules().FirstDate(); }
   [[nodiscard]] Date LastDate() const override { return CalendarRules().LastDate(); }
   [[nodiscard]] Date FirstSystemDate() const override { return CalendarRules().FirstDate(); }
-  [[nodiscard]] Integer FirstYear() const override { return description_->calendar.first_year; }
-  [[nodiscard]] Long NumYears() const override { return description_->calendar.years; }
-  [[nodiscard]] Long YearsInUse() const override { return description_->calendar.years_in_use; }
+  [[nodiscard]] Integer FirstYear() const override { return Description().calendar.first_year; }
+  [[nodiscard]] Long NumYears() const override { return Description().calendar.years; }
+  [[nodiscard]] Long YearsInUse() const override { return Description().calendar.years_in_use; }
   [[nodiscard]] Integer YearCode(Integer position) const override;  // the year's name
   [[nodiscard]] Date YearStart(Integer year) const override { return CalendarRules().YearStart(year); }
   [[nodiscard]] Integer NumPeriods() const override { return CalendarRules().NumPeriods(); }
@@ -220,6 +243,9 @@ class Book final : public Masterfile, public CalendarSource {
   void OpenOwnEntry();
   void EndOwnEntry();
   void TakeBack(const std::vector<JournalEntry>& entries);
+  void TakeListsBack(const JournalEntry& entry);
+  void RefuseToTakeBack(const JournalEntry& entry, const Text& why) const;
+  void TakeStored();
   void DropCurrentRecord();
 
   Text path_;
@@ -228,17 +254,18 @@ class Book final : public Masterfile, public CalendarSource {
   HostApp& app_;
   BookOptions options_;
   std::unique_ptr<FigureStore> store_;
-  std::shared_ptr<const BookDescription> description_;  // without values; known when the book is closed, too
+  std::shared_ptr<const StoredDescription> stored_;  // known when the book is closed, too
   BookCalendar cursor_;
   SystemTitle title_lookup_;
   NoSequences no_sequences_;
   bool progress_open_ = false;
 
-  // Fixed tables for the walk over records: by account number, by field number.
+  // Tables for the walk over records: by account number, by field number.
   std::vector<Integer> position_of_account_;  // 0: no such account
   std::vector<Integer> position_of_field_;
+  std::vector<std::uint16_t> place_of_field_;  // in a row, from 1; 0: no such field
 
-  // The current record. `row_` points at its figures, in field position order: into the cache until the first figure is
+  // The current record. `row_` points at its figures, each in its field's slot: into the cache until the first figure is
   // set, into `changed_row_` from then on; null where no record is current.
   const Double* row_ = nullptr;
   std::vector<Double> changed_row_;

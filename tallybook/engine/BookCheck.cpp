@@ -108,7 +108,7 @@ class BookChecker {
     for (Date day = calendar.FirstDate(); day <= calendar.LastDate(); day = dates_.back() + 1) {
       dates_.push_back(calendar.UnitOf(day, kOwnLevel).last);
     }
-    shape_ = ChunkShape{file_.RowsOfChunk(), std::max<std::size_t>(description.fields.size(), 1)};
+    shape_ = ShapeOf(*file_.Stored());
   }
 
   void ReadIndex() {
@@ -139,7 +139,7 @@ class BookChecker {
   void CheckChunk(std::int64_t key, const Whereabouts& place) {
     ++result_.chunks;
     if (!place.in_index) FindInChunk(FindingKind::kIndex, key, "the index hides these figures");
-    if (shape_ && (!codes_.contains(AccountOf(key)) || key >> kChunkNumberBits != AccountOf(key))) {
+    if (shape_ && (!HasOrHad(AccountOf(key)) || key >> kChunkNumberBits != AccountOf(key))) {
       FindInChunk(FindingKind::kChunk, key, "the book has no such account");
     } else if (shape_ && std::size_t{ChunkNumberOf(key)} * shape_->rows >= dates_.size()) {
       FindInChunk(FindingKind::kChunk, key, "the book has no such dates");
@@ -157,6 +157,12 @@ class BookChecker {
       FindInChunk(FindingKind::kChunk, key, Plain(failure.Description()));
       damaged_accounts_[AccountOf(key)] = true;
     }
+  }
+
+  // An account that was removed keeps its figures for the way back.
+  [[nodiscard]] bool HasOrHad(Long account) const {
+    const std::vector<Long>& retired = file_.Stored()->retired_accounts;
+    return codes_.contains(account) || std::binary_search(retired.begin(), retired.end(), account);
   }
 
   // Gives the checksum of a chunk's bytes; fails where they are damaged.
@@ -218,6 +224,7 @@ class BookChecker {
   void CheckEntry(JournalTables& tables, const JournalRow& row) {
     const Long entry = row.entry.id;
     try {
+      if (row.entry.kind == JournalKind::kLists) static_cast<void>(tables.TextOf(entry, kChangeText));
       tables.VisitMarks(row, [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image) {
         if (mark.image != 0) CheckImage(entry, key, image);
       });

@@ -24,11 +24,10 @@ BookFile::BookFile(const Text& path, const BookDescription& description) : path_
   hold_ = std::make_unique<BookHold>(path, BookHold::Purpose::kChange);
   hold_->TakeRightToWrite(0);
   database_ = std::make_unique<Database>(path, Database::Mode::kReadWrite);
-  auto stored = std::make_shared<StoredDescription>();
-  stored->description = description;
-  stored->description.values.clear();
-  stored->rows_of_chunk = ChooseRowsOfChunk(description);
-  stored_ = stored;
+  BookDescription without_values = description;
+  without_values.values.clear();
+  stored_ =
+      std::make_shared<StoredDescription>(WithFirstSlots(std::move(without_values), ChooseRowsOfChunk(description)));
   Database& database = *database_;
   SetPageSize(database);
   database.Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");

@@ -24,7 +24,8 @@ CREATE TABLE period (position INTEGER PRIMARY KEY, name TEXT NOT NULL, length IN
 CREATE TABLE account (position INTEGER PRIMARY KEY, number INTEGER NOT NULL UNIQUE, code TEXT NOT NULL UNIQUE,
                       description TEXT NOT NULL);
 CREATE TABLE field (position INTEGER PRIMARY KEY, number INTEGER NOT NULL UNIQUE, description TEXT NOT NULL,
-                    system INTEGER NOT NULL);
+                    system INTEGER NOT NULL, slot INTEGER NOT NULL);
+CREATE TABLE retired (list INTEGER NOT NULL, number INTEGER NOT NULL, PRIMARY KEY (list, number)) WITHOUT ROWID;
 CREATE TABLE chunk (id INTEGER PRIMARY KEY, key INTEGER NOT NULL UNIQUE, figures BLOB NOT NULL);
 CREATE TABLE account_sum (block INTEGER PRIMARY KEY, sums BLOB NOT NULL);
 CREATE TABLE image (id INTEGER PRIMARY KEY, figures BLOB NOT NULL);

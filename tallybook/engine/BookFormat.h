@@ -13,7 +13,7 @@ namespace tallybook::engine {
 // The mark of a book among SQLite files ("Tbk1").
 inline constexpr std::int64_t kBookApplicationId = 0x54626B31;
 // The format that this engine writes, and the newest that it reads.
-inline constexpr Long kBookFormat = 2;
+inline constexpr Long kBookFormat = 3;
 
 inline constexpr std::size_t kPageSize = 16'384;
 // The least that a chunk's figures may take, in bytes, where its records are small enough.

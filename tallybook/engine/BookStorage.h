@@ -41,11 +41,15 @@ class BookStorage {
   [[nodiscard]] virtual bool ReadOnly() const = 0;
 
   // The format that is stored, and bringing it to the present one, which is due before the first write and outside a
-  // transaction: gives whether that had to be done, and `notice` is told of it. What is given of the description stays as it is when another one is saved.
+  // transaction: gives whether that had to be done, and `notice` is told of it. Description gives what was stored when the
+  // storage was opened.
   [[nodiscard]] virtual Long Format() const = 0;
   virtual bool BringUpToDate() = 0;
   virtual void SetNotice(Notice notice) = 0;
   [[nodiscard]] virtual std::shared_ptr<const StoredDescription> Description() const = 0;
+
+  // Stores a description in the place of `before`, the one that is stored. Within a transaction.
+  virtual void SaveDescription(const StoredDescription& before, const StoredDescription& after) = 0;
 
   // The chunk of a key; none where there is none. Keys that are asked for in rising order cost a step each, any other a
   // search. The walk that this leaves open is ended before anything is written.
@@ -83,6 +87,9 @@ class BookStorage {
   [[nodiscard]] virtual Long AddCommand(Date time, const Text& what) = 0;
   // Writes an entry: a new one where its id is 0, which it is given then.
   virtual void SaveEntry(JournalRow& row) = 0;
+  // A text of an entry under a name, each once. Failure 57 where there is none.
+  virtual void SaveText(Long entry, const Text& name, const Text& value) = 0;
+  [[nodiscard]] virtual Text TextOf(Long entry, const Text& name) = 0;
   // Copies a chunk from its row, and gives the image's row.
   [[nodiscard]] virtual std::int64_t CopyImage(std::int64_t chunk_row) = 0;
   [[nodiscard]] virtual std::optional<ChunkMark> FindMark(Long entry, std::int64_t key) = 0;

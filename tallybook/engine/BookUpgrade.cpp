@@ -119,7 +119,7 @@ void ConvertJournal(Database& database) {
 void ToFormat2(Database& database) {
   const Long first_format = 1;
   const StoredDescription stored = LoadDescription(database, first_format);
-  const ChunkShape shape = {stored.rows_of_chunk, std::max<std::size_t>(stored.description.fields.size(), 1)};
+  const ChunkShape shape = ShapeOf(stored);
   database.Execute("CREATE TABLE account_sum (block INTEGER PRIMARY KEY, sums BLOB NOT NULL)");
   AccountSums sums;
   AddChecksums(database, shape, KeyedRows(database, "SELECT id, key FROM chunk ORDER BY key"), "chunk",
@@ -133,9 +133,24 @@ void ToFormat2(Database& database) {
   SealDescription(database, stored, 2);
 }
 
+// Format 3: lists that change. Chunks and images stay as they are.
+void ToFormat3(Database& database) {
+  const StoredDescription stored = LoadDescription(database, 2);
+  database.Execute(
+      "ALTER TABLE field ADD COLUMN slot INTEGER NOT NULL DEFAULT 0;"
+      "CREATE TABLE retired (list INTEGER NOT NULL, number INTEGER NOT NULL, PRIMARY KEY (list, number)) WITHOUT "
+      "ROWID");
+  DbStatement put(database, "UPDATE field SET slot = ?2 WHERE number = ?1");
+  for (std::size_t index = 0; index < stored.slot_of_field.size(); ++index) {
+    put.Bind(1, std::int64_t{stored.description.fields[index].number});
+    put.Bind(2, static_cast<std::int64_t>(stored.slot_of_field[index])).Run();
+  }
+  SealDescription(database, stored, 3);
+}
+
 // The step from each format to the next; the first is from format 1.
 using UpgradeStep = void (*)(Database&);
-constexpr std::array<UpgradeStep, kBookFormat - 1> kSteps = {ToFormat2};
+constexpr std::array<UpgradeStep, kBookFormat - 1> kSteps = {ToFormat2, ToFormat3};
 
 [[noreturn]] void FailBackup(const Text& path, const Text& why) {
   throw Failure(FailureNumber::kPathOrAccess, path + ": the backup of the book cannot be made: " + why, kSource);

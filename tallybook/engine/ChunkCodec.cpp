@@ -20,8 +20,10 @@ namespace {
 constexpr std::byte kDense{1};
 constexpr std::byte kSparse{2};
 constexpr std::byte kDecimals{3};
+constexpr std::byte kTellsWidth{0x80};  // added to a form
 constexpr std::size_t kHeadSize = 5;
-constexpr std::size_t kDecimalHeadSize = kHeadSize + 2;
+constexpr std::size_t kWidthSize = 2;
+constexpr std::size_t kDecimalHeadSize = 2;  // behind the head
 constexpr std::array<Double, 4> kPowersOfTen = {1, 10, 100, 1000};
 constexpr std::size_t kUsualDecimals = 2;
 
@@ -29,10 +31,18 @@ constexpr std::size_t kUsualDecimals = 2;
   throw Failure(FailureNumber::kDeviceError, "the book is damaged: a chunk " + what, "Tallybook.Book");
 }
 
-void PutHead(std::byte form, RowRange rows, std::vector<std::byte>& bytes) {
-  const std::uint16_t head[] = {static_cast<std::uint16_t>(rows.first), static_cast<std::uint16_t>(rows.Count())};
-  bytes[0] = form;
-  std::memcpy(&bytes[1], head, sizeof head);
+// What stands before the figures.
+struct Head {
+  RowRange rows;
+  std::size_t width = 0;  // figures of a stored row; 0 where the chunk does not tell it
+  [[nodiscard]] std::size_t Size() const { return width == 0 ? kHeadSize : kHeadSize + kWidthSize; }
+};
+
+void PutHead(std::byte form, const Head& head, std::vector<std::byte>& bytes) {
+  const std::uint16_t items[] = {static_cast<std::uint16_t>(head.rows.first),
+                                 static_cast<std::uint16_t>(head.rows.Count()), static_cast<std::uint16_t>(head.width)};
+  bytes[0] = head.width == 0 ? form : form | kTellsWidth;
+  std::memcpy(&bytes[1], items, head.Size() - 1);
 }
 
 // The rows held without the rows of zeros at both ends.
@@ -107,13 +117,15 @@ DecimalFit FitOf(std::span<const Double> values, std::size_t decimals) {
 }
 
 template <typename Whole>
-void PutDecimals(std::span<const Double> values, std::size_t decimals, RowRange rows, std::vector<std::byte>& bytes) {
-  bytes.resize(kDecimalHeadSize + values.size() * sizeof(Whole));
-  PutHead(kDecimals, rows, bytes);
-  bytes[kHeadSize] = static_cast<std::byte>(decimals);
-  bytes[kHeadSize + 1] = static_cast<std::byte>(sizeof(Whole));
+void PutDecimals(std::span<const Double> values, std::size_t decimals, const Head& head,
+                 std::vector<std::byte>& bytes) {
+  const std::size_t begin = head.Size() + kDecimalHeadSize;
+  bytes.resize(begin + values.size() * sizeof(Whole));
+  PutHead(kDecimals, head, bytes);
+  bytes[head.Size()] = static_cast<std::byte>(decimals);
+  bytes[head.Size() + 1] = static_cast<std::byte>(sizeof(Whole));
   const Double power = kPowersOfTen[decimals];
-  std::byte* out = bytes.data() + kDecimalHeadSize;
+  std::byte* out = bytes.data() + begin;
   for (std::size_t index = 0; index < values.size(); ++index) {
     const auto whole = static_cast<Whole>(NearestWhole(values[index] * power));
     std::memcpy(out + index * sizeof(Whole), &whole, sizeof(Whole));
@@ -138,20 +150,21 @@ DecimalForm FindDecimalForm(std::span<const Double> values) {
   return {};
 }
 
-void PutDense(std::span<const Double> values, RowRange rows, std::vector<std::byte>& bytes) {
-  bytes.resize(kHeadSize + values.size_bytes());
-  PutHead(kDense, rows, bytes);
-  std::memcpy(bytes.data() + kHeadSize, values.data(), values.size_bytes());
+void PutDense(std::span<const Double> values, const Head& head, std::vector<std::byte>& bytes) {
+  bytes.resize(head.Size() + values.size_bytes());
+  PutHead(kDense, head, bytes);
+  std::memcpy(bytes.data() + head.Size(), values.data(), values.size_bytes());
 }
 
-void PutSparse(std::span<const Double> values, std::size_t held, RowRange rows, std::vector<std::byte>& bytes) {
+void PutSparse(std::span<const Double> values, std::size_t held, const Head& head, std::vector<std::byte>& bytes) {
   const std::size_t map_size = (values.size() + 7) / 8;
-  bytes.assign(kHeadSize + map_size + held * sizeof(Double), std::byte{0});
-  PutHead(kSparse, rows, bytes);
-  std::byte* out = bytes.data() + kHeadSize + map_size;
+  bytes.assign(head.Size() + map_size + held * sizeof(Double), std::byte{0});
+  PutHead(kSparse, head, bytes);
+  std::byte* map = bytes.data() + head.Size();
+  std::byte* out = map + map_size;
   for (std::size_t index = 0; index < values.size(); ++index) {
     if (values[index] == 0) continue;
-    bytes[kHeadSize + index / 8] |= std::byte{1} << (index % 8);
+    map[index / 8] |= std::byte{1} << (index % 8);
     std::memcpy(out, &values[index], sizeof(Double));
     out += sizeof(Double);
   }
@@ -170,29 +183,124 @@ void TakeSparse(std::span<const std::byte> bytes, std::span<Double> values) {
   if (!held.empty()) FailDamaged("holds more figures than its map says");
 }
 
+// Rows as they are stored and where they go: `width` figures each, and so many places from one row to the next. Rows without
+// a gap between them are one long row.
+struct RowLayout {
+  std::size_t rows = 0;
+  std::size_t width = 0;
+  std::size_t stride = 0;
+  [[nodiscard]] std::size_t Figures() const { return rows * width; }
+};
+
+RowLayout LayoutOf(std::size_t rows, std::size_t width, std::size_t fields) {
+  return width == fields ? RowLayout{1, rows * width, rows * width} : RowLayout{rows, width, fields};
+}
+
 template <typename Whole>
-void TakeDecimals(std::span<const std::byte> bytes, Double power, std::span<Double> values) {
-  if (bytes.size() != values.size() * sizeof(Whole)) FailDamaged("has the wrong length");
-  for (std::size_t index = 0; index < values.size(); ++index) {
-    Whole whole = 0;
-    std::memcpy(&whole, bytes.data() + index * sizeof(Whole), sizeof(Whole));
-    values[index] = static_cast<Double>(whole) / power;
+void TakeDecimals(std::span<const std::byte> bytes, Double power, const RowLayout& layout, std::span<Double> values) {
+  if (bytes.size() != layout.Figures() * sizeof(Whole)) FailDamaged("has the wrong length");
+  for (std::size_t row = 0; row < layout.rows; ++row) {
+    const std::byte* from = bytes.data() + row * layout.width * sizeof(Whole);
+    Double* to = values.data() + row * layout.stride;
+    for (std::size_t index = 0; index < layout.width; ++index) {
+      Whole whole = 0;
+      std::memcpy(&whole, from + index * sizeof(Whole), sizeof(Whole));
+      to[index] = static_cast<Double>(whole) / power;
+    }
   }
 }
 
-void TakeDecimals(std::span<const std::byte> bytes, std::span<Double> values) {
+void TakeDecimals(std::span<const std::byte> bytes, const RowLayout& layout, std::span<Double> values) {
   if (bytes.size() < 2) FailDamaged("is shorter than its head");
   const auto decimals = std::to_integer<std::size_t>(bytes[0]);
   const auto width = std::to_integer<std::size_t>(bytes[1]);
   if (decimals >= kPowersOfTen.size()) FailDamaged("has " + std::to_string(decimals) + " decimals");
   const auto wholes = bytes.subspan(2);
   if (width == sizeof(std::int16_t)) {
-    TakeDecimals<std::int16_t>(wholes, kPowersOfTen[decimals], values);
+    TakeDecimals<std::int16_t>(wholes, kPowersOfTen[decimals], layout, values);
   } else if (width == sizeof(std::int32_t)) {
-    TakeDecimals<std::int32_t>(wholes, kPowersOfTen[decimals], values);
+    TakeDecimals<std::int32_t>(wholes, kPowersOfTen[decimals], layout, values);
   } else {
     FailDamaged("has numbers of " + std::to_string(width) + " bytes");
   }
+}
+
+// Writes figures in the shortest form.
+void PutShortest(std::span<const Double> values, const Head& head, std::vector<std::byte>& bytes) {
+  const auto zeros = static_cast<std::size_t>(std::count(values.begin(), values.end(), 0.0));
+  const std::size_t held = values.size() - zeros;
+  const std::size_t sparse_size = (values.size() + 7) / 8 + held * sizeof(Double);
+  // Decimals cost two bytes a figure at the least, so a chunk that is mostly empty need not be tried.
+  const DecimalForm decimal = sparse_size > values.size() * 2 ? FindDecimalForm(values) : DecimalForm{};
+  if (decimal.width != 0 && values.size() * decimal.width < sparse_size) {
+    if (decimal.width == sizeof(std::int16_t)) {
+      PutDecimals<std::int16_t>(values, decimal.decimals, head, bytes);
+    } else {
+      PutDecimals<std::int32_t>(values, decimal.decimals, head, bytes);
+    }
+  } else if (sparse_size < values.size_bytes()) {
+    PutSparse(values, held, head, bytes);
+  } else {
+    PutDense(values, head, bytes);
+  }
+}
+
+// How many figures of each row are to be stored: the usual ones, and more up to the last that is not zero.
+std::size_t WidthOf(std::span<const Double> values, const ChunkShape& shape) {
+  std::size_t width = shape.UsualWidth();
+  for (std::size_t row = 0; width < shape.fields && row < values.size(); row += shape.fields) {
+    std::size_t used = shape.fields;
+    while (used > width && values[row + used - 1] == 0) --used;
+    width = used;
+  }
+  return width;
+}
+
+// The first `width` figures of each row.
+std::vector<Double> Narrowed(std::span<const Double> values, std::size_t fields, std::size_t width) {
+  std::vector<Double> narrow;
+  narrow.reserve(values.size() / fields * width);
+  for (std::size_t row = 0; row < values.size(); row += fields) {
+    const auto figures = values.subspan(row, width);
+    narrow.insert(narrow.end(), figures.begin(), figures.end());
+  }
+  return narrow;
+}
+
+// Puts rows that lie one behind another at their places, from the last one on, with zeros behind each.
+void Widen(std::span<Double> values, std::size_t rows, std::size_t width, std::size_t fields) {
+  for (std::size_t row = rows; row-- > 0;) {
+    Double* place = values.data() + row * fields;
+    std::memmove(place, values.data() + row * width, width * sizeof(Double));
+    std::fill(place + width, place + fields, 0.0);
+  }
+}
+
+// `values` are zeros.
+void TakeFigures(std::byte form, std::span<const std::byte> body, const RowLayout& layout, std::span<Double> values) {
+  if (form == kDecimals) return TakeDecimals(body, layout, values);
+  const std::span<Double> stored = values.first(layout.Figures());
+  if (form == kDense) {
+    if (body.size() != stored.size_bytes()) FailDamaged("has the wrong length");
+    std::memcpy(stored.data(), body.data(), body.size());
+  } else if (form == kSparse) {
+    TakeSparse(body, stored);
+  } else {
+    FailDamaged("has the form " + std::to_string(std::to_integer<int>(form)));
+  }
+  if (layout.width != layout.stride) Widen(values, layout.rows, layout.width, layout.stride);
+}
+
+// The figures of a stored row, as the chunk tells them or as usual.
+std::size_t TakeWidth(const ChunkShape& shape, std::span<const std::byte>& body) {
+  if (body.size() < kWidthSize) FailDamaged("is shorter than its head");
+  std::uint16_t width = 0;
+  std::memcpy(&width, body.data(), sizeof width);
+  body = body.subspan(kWidthSize);
+  if (width <= shape.UsualWidth() || width > shape.fields) {
+    FailDamaged("tells of rows of " + std::to_string(width) + " figures");
+  }
+  return width;
 }
 
 }  // namespace
@@ -202,21 +310,12 @@ void EncodeChunk(const ChunkShape& shape, const ChunkRows& rows, std::vector<std
   const RowRange range = Trimmed(shape, rows);
   if (range.Count() == 0) return;
   const std::span<const Double> values(rows.Find(range.first, shape.fields), range.Count() * shape.fields);
-  const auto zeros = static_cast<std::size_t>(std::count(values.begin(), values.end(), 0.0));
-  const std::size_t held = values.size() - zeros;
-  const std::size_t sparse_size = (values.size() + 7) / 8 + held * sizeof(Double);
-  // Decimals cost two bytes a figure at the least, so a chunk that is mostly empty need not be tried.
-  const DecimalForm decimal = sparse_size > values.size() * 2 ? FindDecimalForm(values) : DecimalForm{};
-  if (decimal.width != 0 && values.size() * decimal.width < sparse_size) {
-    if (decimal.width == sizeof(std::int16_t)) {
-      PutDecimals<std::int16_t>(values, decimal.decimals, range, bytes);
-    } else {
-      PutDecimals<std::int32_t>(values, decimal.decimals, range, bytes);
-    }
-  } else if (sparse_size < values.size_bytes()) {
-    PutSparse(values, held, range, bytes);
+  const std::size_t width = WidthOf(values, shape);
+  const Head head = {range, width == shape.UsualWidth() ? 0 : width};
+  if (width == shape.fields) {
+    PutShortest(values, head, bytes);
   } else {
-    PutDense(values, range, bytes);
+    PutShortest(Narrowed(values, shape.fields, width), head, bytes);
   }
 }
 
@@ -227,18 +326,11 @@ void DecodeChunk(const ChunkShape& shape, std::span<const std::byte> bytes, Chun
   const RowRange range = {head[0], std::size_t{head[0]} + head[1]};
   if (range.end > shape.rows)
     FailDamaged("tells of row " + std::to_string(range.end) + ", and has " + std::to_string(shape.rows));
+  const bool tells_width = (bytes[0] & kTellsWidth) != std::byte{0};
+  auto body = bytes.subspan(kHeadSize);
+  const std::size_t width = tells_width ? TakeWidth(shape, body) : shape.UsualWidth();
   const std::span<Double> values = rows.Renew(range, shape.fields);
-  const auto body = bytes.subspan(kHeadSize);
-  if (bytes[0] == kDense) {
-    if (body.size() != values.size_bytes()) FailDamaged("has the wrong length");
-    std::memcpy(values.data(), body.data(), body.size());
-  } else if (bytes[0] == kSparse) {
-    TakeSparse(body, values);
-  } else if (bytes[0] == kDecimals) {
-    TakeDecimals(body, values);
-  } else {
-    FailDamaged("has the form " + std::to_string(std::to_integer<int>(bytes[0])));
-  }
+  TakeFigures(bytes[0] & ~kTellsWidth, body, LayoutOf(range.Count(), width, shape.fields), values);
 }
 
 }  // namespace tallybook::engine

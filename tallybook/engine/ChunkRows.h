@@ -10,10 +10,13 @@
 
 namespace tallybook::engine {
 
-// How many rows (records) a chunk has, and how many figures a row.
+// How many rows (records) a chunk has, and how many figures a row in memory. `first_fields` are those that a stored row
+// has unless the chunk tells more: the figures that a row had when the book was made; 0 where no field came since.
 struct ChunkShape {
   std::size_t rows = 1;
   std::size_t fields = 1;
+  std::size_t first_fields = 0;
+  [[nodiscard]] std::size_t UsualWidth() const { return first_fields == 0 ? fields : first_fields; }
 };
 
 // A run of rows, counted from 0; `end` is one past the last.

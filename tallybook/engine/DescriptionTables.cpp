@@ -1,7 +1,10 @@
 #include "tallybook/engine/DescriptionTables.h"
 
+#include <algorithm>
 #include <string>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "base/Failure.h"
 #include "base/Narrow.h"
@@ -15,9 +18,16 @@ constexpr const char* kSource = "Tallybook.Book";
 
 constexpr const char* kChecksum = "checksum";  // of all of it, and of the format's number
 
+// From this format on lists can change: fields have slots, and numbers are retired.
+constexpr Long kFirstFormatOfGrowth = 3;
+
+// The lists of `retired`. The numbers stand in book files.
+constexpr std::int64_t kAccountList = 1;
+constexpr std::int64_t kFieldList = 2;
+
 // The single items of a description under the names by which they are kept, in the order of the checksum.
 template <typename Stored, typename Take>
-void ForEachItem(Stored& stored, Take take) {
+void ForEachItem(Stored& stored, Long format, Take take) {
   auto& description = stored.description;
   auto& calendar = description.calendar;
   take("rows_of_chunk", stored.rows_of_chunk);
@@ -32,6 +42,9 @@ void ForEachItem(Stored& stored, Take take) {
   take("week_ends_on", calendar.week_ends_on);
   take("max_accounts", description.max_accounts);
   take("max_fields", description.max_fields);
+  if (format < kFirstFormatOfGrowth) return;
+  take("first_slots", stored.first_slots);
+  take("slots", stored.slots);
 }
 
 class Properties {
@@ -100,12 +113,25 @@ std::int64_t Kept(Number item) {
   return static_cast<std::int64_t>(item);
 }
 
+// Positions count from 1.
+std::int64_t PositionOf(std::size_t index) {
+  return static_cast<std::int64_t>(index) + 1;
+}
+
+void AddGrowth(Digest& digest, const StoredDescription& stored) {
+  for (const std::size_t slot : stored.slot_of_field) digest.Add(static_cast<std::int64_t>(slot));
+  for (const auto* retired : {&stored.retired_accounts, &stored.retired_fields}) {
+    digest.Add(static_cast<std::int64_t>(retired->size()));
+    for (const Long number : *retired) digest.Add(std::int64_t{number});
+  }
+}
+
 Checksum DescriptionChecksum(const StoredDescription& stored, Long format) {
   const BookDescription& description = stored.description;
   const CalendarDescription& calendar = description.calendar;
   Digest digest;
   digest.Add(std::int64_t{format});
-  ForEachItem(stored, [&](const char* /*name*/, const auto& item) {
+  ForEachItem(stored, format, [&](const char* /*name*/, const auto& item) {
     // Meant: the date goes in as the number with a point that it is in memory.
     if constexpr (std::is_same_v<decltype(item), const Date&>) {
       digest.Add(item);
@@ -123,34 +149,119 @@ Checksum DescriptionChecksum(const StoredDescription& stored, Long format) {
   for (const FieldDescription& row : description.fields) {
     digest.Add(std::int64_t{row.number}).Add(row.description).Add(std::int64_t{row.system});
   }
+  if (format >= kFirstFormatOfGrowth) AddGrowth(digest, stored);
   return digest.Value();
+}
+
+// Writes the rows of a list from `first` on, counted from 0.
+void PutPeriods(Database& database, const StoredDescription& stored, std::size_t first) {
+  const auto& rows = stored.description.calendar.periods;
+  DbStatement put(database, "INSERT INTO period (position, name, length) VALUES (?1, ?2, ?3)");
+  for (std::size_t index = first; index < rows.size(); ++index) {
+    put.Bind(1, PositionOf(index)).Bind(2, rows[index].name).Bind(3, std::int64_t{rows[index].length}).Run();
+  }
+}
+
+void PutAccounts(Database& database, const StoredDescription& stored, std::size_t first) {
+  const auto& rows = stored.description.accounts;
+  DbStatement put(database, "INSERT INTO account (position, number, code, description) VALUES (?1, ?2, ?3, ?4)");
+  for (std::size_t index = first; index < rows.size(); ++index) {
+    put.Bind(1, PositionOf(index)).Bind(2, std::int64_t{rows[index].number});
+    put.Bind(3, rows[index].code).Bind(4, rows[index].description).Run();
+  }
+}
+
+void PutFields(Database& database, const StoredDescription& stored, std::size_t first) {
+  const auto& rows = stored.description.fields;
+  DbStatement put(database,
+                  "INSERT INTO field (position, number, description, system, slot) VALUES (?1, ?2, ?3, ?4, ?5)");
+  for (std::size_t index = first; index < rows.size(); ++index) {
+    put.Bind(1, PositionOf(index)).Bind(2, std::int64_t{rows[index].number}).Bind(3, rows[index].description);
+    put.Bind(4, std::int64_t{rows[index].system});
+    put.Bind(5, static_cast<std::int64_t>(stored.slot_of_field[index])).Run();
+  }
+}
+
+void PutRetired(Database& database, const StoredDescription& stored) {
+  DbStatement put(database, "INSERT INTO retired (list, number) VALUES (?1, ?2)");
+  for (const Long number : stored.retired_accounts) put.Bind(1, kAccountList).Bind(2, std::int64_t{number}).Run();
+  for (const Long number : stored.retired_fields) put.Bind(1, kFieldList).Bind(2, std::int64_t{number}).Run();
+}
+
+// How many rows both lists begin with. Codes and numbers are each there once, so the rows behind are taken away together
+// before new ones come.
+template <typename Row>
+std::size_t CommonRows(const std::vector<Row>& before, const std::vector<Row>& after) {
+  const auto places = std::mismatch(before.begin(), before.end(), after.begin(), after.end());
+  return static_cast<std::size_t>(places.first - before.begin());
+}
+
+void TakeRowsAway(Database& database, const char* sql, std::size_t first) {
+  DbStatement(database, sql).Bind(1, PositionOf(first)).Run();
+}
+
+// Slots and retired numbers are each there once, and none is both in use and retired.
+bool GrowthIsSound(const StoredDescription& stored) {
+  std::vector<bool> taken(stored.slots, false);
+  for (const std::size_t slot : stored.slot_of_field) {
+    if (slot >= stored.slots || taken[slot]) return false;
+    taken[slot] = true;
+  }
+  const auto is_retired = [](const std::vector<Long>& retired, Long number) {
+    return std::binary_search(retired.begin(), retired.end(), number);
+  };
+  const BookDescription& description = stored.description;
+  return stored.slots <= kMostSlots && stored.first_slots <= stored.slots &&
+         std::none_of(description.accounts.begin(), description.accounts.end(),
+                      [&](const auto& row) { return is_retired(stored.retired_accounts, row.number); }) &&
+         std::none_of(description.fields.begin(), description.fields.end(),
+                      [&](const auto& row) { return is_retired(stored.retired_fields, row.number); });
+}
+
+// What formats before it lack: every field has the slot of its position.
+void LoadGrowth(Database& database, StoredDescription& stored) {
+  DbStatement slot(database, "SELECT slot FROM field ORDER BY position");
+  while (slot.Step()) stored.slot_of_field.push_back(static_cast<std::size_t>(slot.Int(0)));
+  DbStatement retired(database, "SELECT list, number FROM retired ORDER BY list, number");
+  while (retired.Step()) {
+    (retired.Int(0) == kAccountList ? stored.retired_accounts : stored.retired_fields)
+        .push_back(ToLong(retired.Int(1)));
+  }
 }
 
 }  // namespace
 
 void SaveDescription(Database& database, const StoredDescription& stored, Long format) {
-  const BookDescription& description = stored.description;
-  Properties properties(database);
-  const CalendarDescription& calendar = description.calendar;
-  ForEachItem(stored, [&](const char* name, const auto& item) { properties.Put(name, Kept(item)); });
-
-  DbStatement period(database, "INSERT INTO period (name, length) VALUES (?1, ?2)");
-  for (const PeriodDescription& row : calendar.periods) {
-    period.Bind(1, row.name).Bind(2, std::int64_t{row.length}).Run();
-  }
-  DbStatement account(database, "INSERT INTO account (number, code, description) VALUES (?1, ?2, ?3)");
-  for (const AccountDescription& row : description.accounts) {
-    account.Bind(1, std::int64_t{row.number}).Bind(2, row.code).Bind(3, row.description).Run();
-  }
-  DbStatement field(database, "INSERT INTO field (number, description, system) VALUES (?1, ?2, ?3)");
-  for (const FieldDescription& row : description.fields) {
-    field.Bind(1, std::int64_t{row.number}).Bind(2, row.description).Bind(3, std::int64_t{row.system}).Run();
-  }
+  PutPeriods(database, stored, 0);
+  PutAccounts(database, stored, 0);
+  PutFields(database, stored, 0);
+  PutRetired(database, stored);
   SealDescription(database, stored, format);
 }
 
+void ReplaceDescription(Database& database, const StoredDescription& before, const StoredDescription& after,
+                        Long format) {
+  const BookDescription& was = before.description;
+  const BookDescription& is = after.description;
+  const std::size_t periods = CommonRows(was.calendar.periods, is.calendar.periods);
+  TakeRowsAway(database, "DELETE FROM period WHERE position >= ?1", periods);
+  PutPeriods(database, after, periods);
+  const std::size_t accounts = CommonRows(was.accounts, is.accounts);
+  TakeRowsAway(database, "DELETE FROM account WHERE position >= ?1", accounts);
+  PutAccounts(database, after, accounts);
+  const std::size_t fields =
+      std::min(CommonRows(was.fields, is.fields), CommonRows(before.slot_of_field, after.slot_of_field));
+  TakeRowsAway(database, "DELETE FROM field WHERE position >= ?1", fields);
+  PutFields(database, after, fields);
+  database.Execute("DELETE FROM retired");
+  PutRetired(database, after);
+  SealDescription(database, after, format);
+}
+
 void SealDescription(Database& database, const StoredDescription& stored, Long format) {
-  Properties(database).Put(kChecksum, ToColumn(DescriptionChecksum(stored, format)));
+  Properties properties(database);
+  ForEachItem(stored, format, [&](const char* name, const auto& item) { properties.Put(name, Kept(item)); });
+  properties.Put(kChecksum, ToColumn(DescriptionChecksum(stored, format)));
 }
 
 StoredDescription LoadDescription(Database& database, Long format) {
@@ -158,7 +269,7 @@ StoredDescription LoadDescription(Database& database, Long format) {
   BookDescription& description = stored.description;
   Properties properties(database);
   CalendarDescription& calendar = description.calendar;
-  ForEachItem(stored, [&](const char* name, auto& item) { Read(properties, name, item); });
+  ForEachItem(stored, format, [&](const char* name, auto& item) { Read(properties, name, item); });
 
   DbStatement period(database, "SELECT name, length FROM period ORDER BY position");
   while (period.Step()) calendar.periods.push_back({period.String(0), ToInteger(period.Int(1))});
@@ -171,12 +282,23 @@ StoredDescription LoadDescription(Database& database, Long format) {
   while (field.Step()) {
     description.fields.push_back({ToInteger(field.Int(0)), field.String(1), field.Int(2) != 0});
   }
+  if (format >= kFirstFormatOfGrowth) {
+    LoadGrowth(database, stored);
+  } else {
+    stored = WithFirstSlots(std::move(stored.description), stored.rows_of_chunk);
+  }
   if (format > 1 && FromColumn(properties.Number(kChecksum)) != DescriptionChecksum(stored, format)) {
     throw Failure(FailureNumber::kDeviceError,
                   database.Path() + ": the book is damaged: its description does not agree with its checksum", kSource);
   }
   // A file that was changed by something else must not lead to positions and dates that no table has.
   CheckBookDescription(description, database.Path());
+  if (!GrowthIsSound(stored)) {
+    throw Failure(
+        FailureNumber::kDeviceError,
+        database.Path() + ": the book is damaged: its fields' slots and retired numbers do not agree with its lists",
+        kSource);
+  }
   constexpr std::size_t kMostRows = 65'535;
   if (stored.rows_of_chunk < 1 || stored.rows_of_chunk > kMostRows) {
     throw Failure(

@@ -10,7 +10,10 @@ namespace tallybook::engine {
 
 // Writes into the tables of a new book of this format. Takes the description as sound; its values are not looked at.
 void SaveDescription(Database& database, const StoredDescription& stored, Long format);
-// Writes the checksum of what is stored already.
+// Brings tables of this format from one description to another. Within a transaction, and as SaveDescription.
+void ReplaceDescription(Database& database, const StoredDescription& before, const StoredDescription& after,
+                        Long format);
+// Writes single items and the checksum of what is stored already.
 void SealDescription(Database& database, const StoredDescription& stored, Long format);
 
 // Reads it. What it gives is sound: failure 57 for what does not agree with its checksum (from format 2 on), 5 or 57 for

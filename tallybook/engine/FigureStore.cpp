@@ -40,7 +40,7 @@ FigureStore::FigureStore(std::unique_ptr<BookStorage> storage, std::size_t cache
     : storage_(std::move(storage)),
       description_(storage_->Description()),
       calendar_(description_->description.calendar, description_->description.data_level),
-      shape_{description_->rows_of_chunk, std::max<std::size_t>(description_->description.fields.size(), 1)},
+      shape_(ShapeOf(*description_)),
       row_of_zeros_(shape_.fields),
       cache_bytes_(cache_bytes),
       directory_(*storage_) {
@@ -67,7 +67,21 @@ void FigureStore::SaveSums(AccountSums& sums) {
   sums.GiveChanged([this](std::int64_t block, std::span<const std::byte> bytes) { storage_->PutSums(block, bytes); });
 }
 
+void FigureStore::TakeDescription(const std::shared_ptr<const StoredDescription>& description) {
+  ForgetAll();
+  directory_.Clear();
+  description_ = description;
+  calendar_ = Calendar(description_->description.calendar, description_->description.data_level);
+  shape_ = ShapeOf(*description_);
+  row_of_zeros_.assign(shape_.fields, 0);
+  BuildTables();
+}
+
 void FigureStore::BuildTables() {
+  date_of_record_.clear();
+  place_of_record_.clear();
+  record_of_day_.clear();
+  base_key_of_account_.clear();
   first_date_ = calendar_.FirstDate();
   for (Date day = first_date_; day <= calendar_.LastDate();) {
     const Date last = calendar_.UnitOf(day, kOwnLevel).last;
@@ -433,6 +447,7 @@ void FigureStore::UndoEntry(JournalRow row, JournalRow undo, AccountSums& sums) 
   undo.entry.last = row.entry.last;
   storage_->SaveEntry(undo);
   storage_->VisitMarks(row, [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image) {
+    CheckCanRestore(row.entry.id, key, mark);
     const std::optional<StoredChunk> stored = storage_->FindChunk(key);
     const std::int64_t image_of_undo = stored ? storage_->CopyImage(stored->row) : 0;
     undo.marks_sum += storage_->InsertMark(undo.entry.id, key, mark.rows, image_of_undo);
@@ -444,6 +459,45 @@ void FigureStore::UndoEntry(JournalRow row, JournalRow undo, AccountSums& sums) 
   storage_->SaveEntry(undo);
   row.entry.state = JournalState::kUndone;
   storage_->SaveEntry(row);
+}
+
+void FigureStore::ChangeDescription(const std::shared_ptr<const StoredDescription>& changed, const JournalEntry& entry,
+                                    const Text& change) {
+  Commit();
+  entry_ = 0;
+  BringUpToDate();
+  JournalRow row;
+  row.entry = entry;
+  WriteTransaction transaction(*storage_);
+  row.entry.command = storage_->AddCommand(entry.time, entry.what_ran);
+  storage_->SaveEntry(row);
+  if (entry.undoes == 0) {
+    storage_->SaveText(row.entry.id, kChangeText, change);
+  } else {
+    JournalRow undone = RowOfEntry(entry.undoes);
+    undone.entry.state = JournalState::kUndone;
+    storage_->SaveEntry(undone);
+  }
+  storage_->SaveDescription(*description_, *changed);
+  transaction.Commit();
+  TakeDescription(changed);
+}
+
+void FigureStore::CheckCanRestore(Long entry, std::int64_t key, const ChunkMark& mark) const {
+  const auto refuse = [&](const Text& why) {
+    throw Failure(FailureNumber::kInvalidArgument,
+                  storage_->Path() + ": journal entry " + std::to_string(entry) + " cannot be undone: " + why, kSource);
+  };
+  const std::vector<Long>& retired = description_->retired_accounts;
+  if (std::binary_search(retired.begin(), retired.end(), AccountOf(key))) {
+    refuse("account number " + std::to_string(AccountOf(key)) + ", whose figures it changed, has been removed");
+  }
+  const std::size_t first = std::size_t{ChunkNumberOf(key)} * shape_.rows;
+  for (std::size_t row = 0; row < mark.rows.size() * 8; ++row) {
+    if (HasBit(mark.rows, row) && first + row >= date_of_record_.size()) {
+      refuse("the years that it changed have been taken away");
+    }
+  }
 }
 
 // An empty image says that there was no chunk: zeros.

@@ -2,7 +2,7 @@
 // bounded cache and written back in large transactions, with the images that the rollback journal needs.
 //
 // An account is told by its position in the list, counted from 0 (`account`), a record by its number from 0 (`record`):
-// the n-th level date from the first date on. A row has a figure for each field, in position order.
+// the n-th level date from the first date on. A row has a figure for each slot (StoredDescription.h).
 //
 // Nothing reaches the file but by Commit, which writes all changed chunks and their images in one transaction. A commit
 // that fails leaves the file as the one before left it and keeps every change in memory. One thread.
@@ -81,6 +81,13 @@ class FigureStore {
   void BeginEntry(const JournalEntry& entry);
   // Commits and closes the entry, in one transaction.
   void EndEntry();
+  // Stores another description with an entry of its own, in one transaction; ends an entry that is open, and forgets the
+  // current row. `change` tells an entry of kind kLists what it was; an undo takes back the entry that it names. All
+  // positions, rows and records are those of the new description from then on.
+  void ChangeDescription(const std::shared_ptr<const StoredDescription>& changed, const JournalEntry& entry,
+                         const Text& change);
+  // What the change of an entry of kind kLists was.
+  [[nodiscard]] Text ChangeOf(Long entry) { return storage_->TextOf(entry, kChangeText); }
   [[nodiscard]] bool EntryIsOpen() const { return entry_ != 0; }
   // The number of the command of the entry that was opened last; 0 where it is not in the file yet.
   [[nodiscard]] Long Command() const { return entry_row_.entry.command; }
@@ -116,6 +123,7 @@ class FigureStore {
   static constexpr std::int64_t kNoKey = -1;
 
   void BuildTables();
+  void TakeDescription(const std::shared_ptr<const StoredDescription>& description);
   void SwitchTo(std::size_t account, std::int64_t key, std::size_t row);
   void FetchEarly(std::size_t account, std::size_t row) const;
   Chunk& Load(std::int64_t key);
@@ -168,6 +176,8 @@ class FigureStore {
   // Puts a chunk's marked rows back to the image.
   void RestoreImage(const StoredChunk* stored, std::int64_t key, const ChunkMark& mark,
                     std::span<const std::byte> image, AccountSums& sums);
+  // What a mark names must still be there.
+  void CheckCanRestore(Long entry, std::int64_t key, const ChunkMark& mark) const;
   void CheckSeen(std::int64_t first_key, std::int64_t last_key, bool whole, const AccountSum& seen);
 
   std::unique_ptr<BookStorage> storage_;

@@ -6,6 +6,10 @@
 //
 // The entries of one command (Book::SetOperation) belong together. Undo is newest first: the figures of an older entry
 // have had later changes put on top of them. It leaves an entry of its own.
+//
+// A change of the book's lists or years (Book::Grow) is an entry as well. Such changes stand on each other, and neither
+// on figures nor figures on them: figures are kept by the numbers of account and field. Where one has taken away what the
+// other needs, the undo is refused.
 #pragma once
 
 #include <vector>
@@ -48,13 +52,16 @@ class Journal {
   // stay as they are. Done wholly or not at all, whatever ends the process meanwhile. The book has no current record
   // afterwards. Give the entries taken back, newest first.
   //   fails   5 where there is nothing to undo, for an id that is none, is undone or is an undo, for an entry that keeps
-  //           no images, and where a later entry stands on it (the text names that one); 70 for a book open to read; 57
+  //           no images, where a later entry stands on it (the text names that one), where an account or the years that
+  //           it wrote are gone, and where what it added to the lists has figures since (the text counts them); 70 for a book open to read; 57
   //           where what it needs is damaged; else as Book::Commit
   std::vector<JournalEntry> UndoNewest();
   std::vector<JournalEntry> Undo(Long id);
 
  private:
   std::vector<JournalEntry> Undo(const std::vector<JournalEntry>& all, const std::vector<JournalEntry>& undone);
+  std::vector<JournalEntry> UndoLists(const std::vector<JournalEntry>& all, const JournalEntry& undone);
+  [[noreturn]] void RefuseToPass(const JournalEntry& entry, const JournalEntry& later) const;
 
   Book& book_;
 };

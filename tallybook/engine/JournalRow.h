@@ -28,6 +28,9 @@ struct ChunkMark {
   Checksum checksum = 0;
 };
 
+// The name of the text that tells what an entry of kind kLists changed (BookGrowth.h, ChangeText).
+inline constexpr const char* kChangeText = "change";
+
 // Takes a mark with the bytes of its image, empty where there was no chunk.
 using MarkVisitor = std::function<void(std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image)>;
 

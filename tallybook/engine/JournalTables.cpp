@@ -32,6 +32,10 @@ MarkHead HeadOf(Long entry, std::int64_t key, std::int64_t image, std::span<cons
   return {entry, key, image, static_cast<std::int64_t>(rows.size())};
 }
 
+Checksum TextChecksum(Long entry, const Text& name, const Text& value) {
+  return Digest().Add(std::int64_t{entry}).Add(name).Add(value).Value();
+}
+
 }  // namespace
 
 struct JournalTables::Statements {
@@ -183,6 +187,24 @@ void JournalTables::Save(JournalRow& row) {
   update.Bind(1, std::int64_t{entry.id}).Bind(2, static_cast<std::int64_t>(entry.state));
   update.Bind(3, std::int64_t{entry.keeps_images}).Bind(4, std::int64_t{entry.chunks}).Bind(5, row.marks);
   update.Bind(6, ToColumn(row.marks_sum)).Bind(7, ToColumn(EntryChecksum(row))).Run();
+}
+
+void JournalTables::SaveText(Long entry, const Text& name, const Text& value) {
+  DbStatement insert(database_, "INSERT INTO journal_text (entry, name, value, checksum) VALUES (?1, ?2, ?3, ?4)");
+  insert.Bind(1, std::int64_t{entry}).Bind(2, name).Bind(3, value).Bind(4, ToColumn(TextChecksum(entry, name, value)));
+  insert.Run();
+}
+
+Text JournalTables::TextOf(Long entry, const Text& name) {
+  DbStatement select(database_, "SELECT value, checksum FROM journal_text WHERE entry = ?1 AND name = ?2");
+  if (!select.Bind(1, std::int64_t{entry}).Bind(2, name).Step()) {
+    FailDamaged("the " + name + " of journal entry " + std::to_string(entry) + " is missing");
+  }
+  Text value = select.String(0);
+  if (TextChecksum(entry, name, value) != FromColumn(select.Int(1))) {
+    FailDamaged("the " + name + " of journal entry " + std::to_string(entry) + " does not agree with its checksum");
+  }
+  return value;
 }
 
 std::int64_t JournalTables::CopyImage(std::int64_t chunk_row) {

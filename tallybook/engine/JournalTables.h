@@ -36,6 +36,10 @@ class JournalTables {
   // Writes an entry: a new one where its id is 0, which it is given then.
   void Save(JournalRow& row);
 
+  // A text of an entry under a name. Failure 57 where there is none, or it is damaged.
+  void SaveText(Long entry, const Text& name, const Text& value);
+  [[nodiscard]] Text TextOf(Long entry, const Text& name);
+
   // Copies a chunk from its row, and gives the image's row.
   std::int64_t CopyImage(std::int64_t chunk_row);
   [[nodiscard]] std::optional<ChunkMark> FindMark(Long entry, std::int64_t key);

@@ -2,6 +2,9 @@
 
 #include <utility>
 
+#include "tallybook/engine/BookFormat.h"
+#include "tallybook/engine/DescriptionTables.h"
+
 namespace tallybook::engine {
 
 SqliteStorage::SqliteStorage(BookFile file)
@@ -14,6 +17,10 @@ SqliteStorage::SqliteStorage(BookFile file)
       delete_chunk_(Db(), "DELETE FROM chunk WHERE id = ?1"),
       sums_(Db()),
       journal_(Db()) {}
+
+void SqliteStorage::SaveDescription(const StoredDescription& before, const StoredDescription& after) {
+  ReplaceDescription(Db(), before, after, kBookFormat);
+}
 
 bool SqliteStorage::HasChunks() {
   return Db().Number("SELECT count(*) FROM (SELECT 1 FROM chunk LIMIT 1)") != 0;

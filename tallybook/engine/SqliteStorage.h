@@ -27,6 +27,8 @@ class SqliteStorage final : public BookStorage {
   void SetNotice(Notice notice) override { file_.SetNotice(std::move(notice)); }
   [[nodiscard]] std::shared_ptr<const StoredDescription> Description() const override { return file_.Stored(); }
 
+  void SaveDescription(const StoredDescription& before, const StoredDescription& after) override;
+
   [[nodiscard]] std::optional<StoredChunk> FindChunk(std::int64_t key) override { return chunks_.Find(key); }
   void EndWalk() override { chunks_.EndWalk(); }
   [[nodiscard]] bool HasChunks() override;
@@ -50,6 +52,8 @@ class SqliteStorage final : public BookStorage {
   [[nodiscard]] std::vector<JournalRow> Entries() override { return journal_.Rows(file_.Format()); }
   [[nodiscard]] Long AddCommand(Date time, const Text& what) override { return journal_.AddCommand(time, what); }
   void SaveEntry(JournalRow& row) override { journal_.Save(row); }
+  void SaveText(Long entry, const Text& name, const Text& value) override { journal_.SaveText(entry, name, value); }
+  [[nodiscard]] Text TextOf(Long entry, const Text& name) override { return journal_.TextOf(entry, name); }
   [[nodiscard]] std::int64_t CopyImage(std::int64_t chunk_row) override { return journal_.CopyImage(chunk_row); }
   [[nodiscard]] std::optional<ChunkMark> FindMark(Long entry, std::int64_t key) override {
     return journal_.FindMark(entry, key);

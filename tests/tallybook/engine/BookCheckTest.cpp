@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "tallybook/engine/BookCheck.h"
+#include "tallybook/engine/BookFormat.h"
 #include "tests/tallybook/engine/FlipTrial.h"
 
 namespace tallybook::testing {
@@ -47,7 +48,7 @@ class BookCheckTest : public BookFixture {
 TEST_F(BookCheckTest, FindsNothingInABookThatIsWhole) {
   const BookCheckResult result = CheckBook(BookPath(), kDeep);
   EXPECT_THAT(result.findings, IsEmpty());
-  EXPECT_EQ(result.format, 2);
+  EXPECT_EQ(result.format, engine::kBookFormat);
   EXPECT_GT(result.chunks, 10);
   EXPECT_EQ(result.entries, 1);
   EXPECT_EQ(result.images, 1);

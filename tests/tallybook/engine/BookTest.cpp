@@ -397,7 +397,7 @@ TEST_F(BookTest, ReadingChangesNoByteOfTheBook) {
 
 TEST_F(BookTest, LeavesABookOfANewerVersionAlone) {
   Create(ShopDescription());
-  Meddle("PRAGMA user_version = 3");
+  Meddle("PRAGMA user_version = 4");
   EXPECT_THAT([&] { Open(); },
               FailsWith(FailureNumber::kFeatureUnavailable, BookPath() + ": this book was made by a newer version"));
 }

@@ -142,6 +142,68 @@ TEST(ChunkCodec, GivesBackWhateverItWasGiven) {
   }));
 }
 
+// Rows got more figures since they were written.
+constexpr ChunkShape kGrown = {kShape.rows, 7, kShape.fields};
+
+std::vector<Double> WithRoom(const std::vector<Double>& figures) {
+  std::vector<Double> grown(kGrown.rows * kGrown.fields);
+  for (std::size_t index = 0; index < figures.size(); ++index) {
+    grown[index / kShape.fields * kGrown.fields + index % kShape.fields] = figures[index];
+  }
+  return grown;
+}
+
+TEST(ChunkCodec, ReadsRowsThatHadFewerFiguresWithZerosBehindThem) {
+  for (const auto& figures : {Filled(kShape, 0.1, 1e-7), Filled(kShape, 1.25, 3), Filled(kShape, 0, 1)}) {
+    EXPECT_TRUE(SameBits(Decoded(kGrown, Encoded(kShape, figures)), WithRoom(figures)));
+  }
+}
+
+TEST(ChunkCodec, WritesTheSameBytesAsBeforeWhileWhatCameSinceIsZero) {
+  const std::vector<Double> figures = Filled(kShape, 1.25, 3);
+  EXPECT_EQ(Encoded(kGrown, WithRoom(figures)), Encoded(kShape, figures));
+}
+
+TEST(ChunkCodec, TellsHowManyFiguresARowHasUpToTheLastThatIsNotZero) {
+  std::vector<Double> figures = WithRoom(Filled(kShape, 1.25, 3));
+  figures[2 * kGrown.fields + 5] = 8.5;
+  const std::vector<std::byte> bytes = Encoded(kGrown, figures);
+  EXPECT_EQ(bytes[0], std::byte{0x83});
+  EXPECT_EQ(bytes[5], std::byte{6});
+  EXPECT_TRUE(SameBits(Decoded(kGrown, bytes), figures));
+  constexpr ChunkShape kGrownMore = {kShape.rows, 9, kShape.fields};
+  const std::vector<Double> more = Decoded(kGrownMore, bytes);
+  EXPECT_EQ(more[2 * kGrownMore.fields + 5], 8.5);
+  EXPECT_EQ(more[2 * kGrownMore.fields + 6], 0);
+}
+
+TEST(ChunkCodec, RefusesAWidthThatItsRowsNeverHad) {
+  std::vector<Double> figures = WithRoom(Filled(kShape, 1.25, 3));
+  figures[6] = 8.5;
+  std::vector<std::byte> bytes = Encoded(kGrown, figures);
+  for (const int width : {0, 3, 4, 8, 255}) {
+    bytes[5] = static_cast<std::byte>(width);
+    ChunkRows rows;
+    EXPECT_THAT([&] { DecodeChunk(kGrown, bytes, rows); }, FailsWith(FailureNumber::kDeviceError, "tells of rows of"));
+  }
+}
+
+TEST(ChunkCodec, GivesBackWhateverItWasGivenWhenRowsHaveGrown) {
+  EXPECT_TRUE(rc::check([] {
+    const auto first = static_cast<std::size_t>(*rc::gen::inRange(1, 8));
+    const ChunkShape shape = {static_cast<std::size_t>(*rc::gen::inRange(1, 20)),
+                              first + static_cast<std::size_t>(*rc::gen::inRange(0, 6)), first};
+    const bool money = *rc::gen::arbitrary<bool>();
+    const int share = *rc::gen::element(1, 5, 50, 100);
+    std::vector<Double> figures(shape.rows * shape.fields);
+    for (Double& figure : figures) {
+      if (*rc::gen::inRange(0, 100) >= share) continue;
+      figure = money ? *rc::gen::inRange(-100'000'000, 100'000'000) / 100.0 : *rc::gen::arbitrary<Double>() + 0.0;
+    }
+    RC_ASSERT(SameBits(Decoded(shape, Encoded(shape, figures)), figures));
+  }));
+}
+
 // Damage: every prefix and every flipped byte either fails as damaged or gives figures, and nothing else.
 TEST(ChunkCodec, ToldAsDamageOrReadWhateverHappensToItsBytes) {
   std::vector<Double> thin(kFigures);

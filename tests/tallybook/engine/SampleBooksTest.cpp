@@ -72,7 +72,28 @@ TEST_P(SampleBooksTest, CanBeTakenBackToWhatStoodBeforeTheLastEntry) {
   for (const auto& [key, value] : FiguresOf(*book)) ASSERT_NE(std::get<0>(key), 512);
 }
 
-INSTANTIATE_TEST_SUITE_P(OfEachVersion, SampleBooksTest, ::testing::Values("book-v1.tbk", "book-v2.tbk"));
+INSTANTIATE_TEST_SUITE_P(OfEachVersion, SampleBooksTest,
+                         ::testing::Values("book-v1.tbk", "book-v2.tbk", "book-v3.tbk"));
+
+using GrownSampleTest = BookFixture;
+
+TEST_F(GrownSampleTest, HoldsItsListsAndTheWayBackToThoseOfBefore) {
+  std::filesystem::copy_file(Sample("book-v3.tbk"), BookPath());
+  const auto book = Open();
+  EXPECT_EQ(book->AccountNumber(1), 950);
+  EXPECT_EQ(book->FieldNumber(1), 50);
+  EXPECT_EQ(book->FieldNumber(2), 20);
+  EXPECT_THAT(book->Stored().retired_accounts, ::testing::ElementsAre(960));
+  EXPECT_THAT(book->Stored().retired_fields, ::testing::ElementsAre(60));
+  std::vector<Long> changes;
+  for (const JournalEntry& entry : Journal(*book).Entries()) {
+    if (entry.kind == engine::JournalKind::kLists) changes.push_back(entry.id);
+  }
+  ASSERT_EQ(changes.size(), 2U);
+  Journal(*book).Undo(changes[1]);
+  EXPECT_EQ(Get(*book, 960, Day(2003, 1, 1), 60), 1.5);
+  EXPECT_EQ(Get(*book, 101, Day(2003, 1, 1), 60), 1.5);
+}
 
 }  // namespace
 }  // namespace tallybook::testing

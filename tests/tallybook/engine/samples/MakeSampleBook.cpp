@@ -91,6 +91,8 @@ class SampleMaker {
     Import(*book, "import qdx #1", 1, kMoney, 90, 120);
     Import(*book, "import csv", 2, kDense, 50, 60);
     Journal(*book).UndoNewest();
+    book->SetOperationName("");
+    Grow(*book);
     Import(*book, "import qdx #2", 3, kSparse, 395, 500);
     book->BeginRollback(Day(2003, 1, 1) + 110, Day(2003, 1, 1) + 130);
     WriteDays(*book, 4, kLate, 110, 130);
@@ -117,6 +119,29 @@ class SampleMaker {
     book.BeginRollback(Day(2003, 1, 1) + first_day, Day(2003, 1, 1) + end_day - 1);
     WriteDays(book, pass, account, first_day, end_day);
     book.EndRollback();
+  }
+
+  // Lists change between imports: a field and an account come before the others, one more of each comes and goes with the
+  // figure that it had, and the last field becomes the second.
+  static void Grow(Book& book) {
+    engine::BookDescription after = book.Description();
+    after.fields.insert(after.fields.begin(), {50, "New field", false});
+    after.fields.push_back({60, "Short-lived field", false});
+    after.accounts.insert(after.accounts.begin(), {950, "950", "New account"});
+    after.accounts.push_back({960, "960", "Short-lived account"});
+    after.calendar.years_in_use = 1;
+    book.Grow(after, "");
+    for (const Long account : {kMoney, Long{960}}) {
+      if (!book.ReadRecord(account, Day(2003, 1, 1))) throw std::runtime_error("no such record");
+      book.SetFieldValue(60, 1.5);
+      book.WriteRecord();
+    }
+    after.fields.pop_back();
+    after.accounts.pop_back();
+    const engine::FieldDescription last = after.fields.back();
+    after.fields.pop_back();
+    after.fields.insert(after.fields.begin() + 1, last);
+    book.Grow(after, "");
   }
 
   Text path_;
