@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -22,6 +23,18 @@ class Event {
     } else {
       listeners_.emplace_back([listener = std::move(listener)](Arguments... /*told*/) mutable { listener(); });
     }
+  }
+
+  // The same, for a listener that may be gone before the event is: heard as long as something else holds `life`.
+  template <typename Heard>
+  void ConnectWhile(const std::shared_ptr<const void>& life, Heard listener) {
+    Connect([alive = std::weak_ptr<const void>(life), listener = std::move(listener)](Arguments... told) mutable {
+      if (alive.expired()) return;
+      if constexpr (std::is_invocable_v<Heard&, Arguments...>)
+        listener(std::forward<Arguments>(told)...);
+      else
+        listener();
+    });
   }
 
   void Raise(Arguments... arguments) const {
