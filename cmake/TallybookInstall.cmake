@@ -10,7 +10,7 @@
 include(CMakePackageConfigHelpers)
 
 # The floors that are libraries, each above what it links. The linker is told them in the opposite order.
-set(TALLYBOOK_FLOORS base platform host support qdx import exchange forms reportdialog dialogs)
+set(TALLYBOOK_FLOORS base platform host support qdx import exchange forms reportdialog dialogs views)
 set(TALLYBOOK_PACKAGE_FOLDER ${CMAKE_INSTALL_LIBDIR}/cmake/Tallybook)
 
 set(TALLYBOOK_PKGCONFIG_LIBRARIES)

@@ -22,11 +22,21 @@ FLOORS = (
     ("forms",),
     ("reportdialog",),
     ("dialogs",),
+    ("views",),
 )
 RANK = {floor: rank for rank, row in enumerate(FLOORS) for floor in row}
 
 # Floors that do without some of those below them.
-DO_WITHOUT = {"host": ("platform",), "forms": ("qdx", "import", "exchange")}
+DO_WITHOUT = {
+    "host": ("platform",),
+    "forms": ("qdx", "import", "exchange"),
+    # Data about forms, told by their names.
+    "views": ("platform", "host", "support", "qdx", "import", "exchange", "forms", "reportdialog", "dialogs"),
+}
+
+# What only renderers of windows read, and who of the application's folders those are.
+FOR_RENDERERS = "views"
+RENDERERS = ("desktop",)
 
 # The command and the desktop stand on top of the embedded host, side by side; nothing below may know them.
 APPLICATION_TOP = ("cli", "desktop")
@@ -85,6 +95,8 @@ def component_fault(root, path, name, angled):
 def application_fault(path, name, angled):
     """What is wrong with an include of a file of tallybook/, or None."""
     parts = name.split("/")
+    if not angled and parts[0] == FOR_RENDERERS and path.split("/")[1] not in RENDERERS:
+        return f'"{name}": {FOR_RENDERERS} is for renderers alone'
     if angled or parts[0] != "tallybook" or len(parts) < 3:
         return None
     own, target = path.split("/")[1], parts[1]

@@ -111,6 +111,18 @@ class IncludesTest(RuleTest):
         self.write("tallybook/engine/Engine.cpp", '#include "tallybook/cli/Console.h"')
         self.expect_only("tallybook/engine/Engine.cpp:1", "engine lies below cli")
 
+    def test_keeps_the_views_for_renderers(self):
+        self.write("src/views/Views.h")
+        self.write("tallybook/desktop/forms/ViewLayout.cpp", '#include "views/Views.h"')
+        self.assertEqual([], self.found())
+        self.write("tallybook/application/ReferenceApp.cpp", '#include "views/Views.h"')
+        self.expect_only("tallybook/application/ReferenceApp.cpp:1", "for renderers alone")
+
+    def test_keeps_the_views_clear_of_the_dialogs(self):
+        self.write("src/dialogs/dlgExport.h")
+        self.write("src/views/Views.cpp", '#include "dialogs/dlgExport.h"')
+        self.expect_only("src/views/Views.cpp:1", "views does without dialogs")
+
     def test_finds_tests_that_reach_up(self):
         self.write("tests/qdx/ExporterTest.cpp", '#include "exchange/CDataExchange.h"')
         self.expect_only("tests/qdx/ExporterTest.cpp:1", "the tests of qdx reach up to exchange")
