@@ -1,0 +1,154 @@
+#include "tallybook/desktop/forms/HostBinders.h"
+
+#include <QCalendarWidget>
+#include <QDate>
+#include <QDoubleSpinBox>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <cmath>
+
+#include "forms/HostControls.h"
+#include "tallybook/desktop/forms/Fonts.h"
+#include "tallybook/desktop/forms/Words.h"
+
+namespace tallybook::desktop {
+
+namespace {
+
+// Dates count days from here.
+QDate FirstDay() {
+  return {1899, 12, 30};
+}
+
+QDate DayOf(Date date) {
+  return FirstDay().addDays(static_cast<qint64>(std::floor(date)));
+}
+
+Date DateOf(const QDate& date) {
+  return static_cast<Date>(FirstDay().daysTo(date));
+}
+
+}  // namespace
+
+// --- Number box ------------------------------------------------------------------------------------------------------
+
+NumberBoxBinder::NumberBoxBinder(NumberBox& box, QWidget& parent)
+    : ControlBinder(box, *new QDoubleSpinBox(&parent)), box_(box), spin_(static_cast<QDoubleSpinBox&>(Widget())) {
+  spin_.setFocusPolicy(Qt::StrongFocus);
+  QObject::connect(&spin_, &QDoubleSpinBox::valueChanged, &Receiver(), [this](double value) {
+    if (IsFollowing()) return;
+    User([&] { box_.UserSetValue(value); });
+    Follow({});
+  });
+}
+
+void NumberBoxBinder::Follow(const Change& /*change*/) {
+  const Following following(*this);
+  spin_.setDecimals(box_.Decimals());
+  spin_.setRange(box_.Min(), std::max(box_.Min(), box_.Max()));
+  spin_.setSingleStep(box_.Step());
+  spin_.setButtonSymbols(box_.HasSpinner() ? QAbstractSpinBox::UpDownArrows : QAbstractSpinBox::NoButtons);
+  if (spin_.value() != box_.Value()) spin_.setValue(box_.Value());
+}
+
+// --- Save buttons ----------------------------------------------------------------------------------------------------
+
+SaveButtonsBinder::SaveButtonsBinder(SaveButtons& buttons, QWidget& parent)
+    : ControlBinder(buttons, *new QWidget(&parent)),
+      buttons_(buttons),
+      main_(*new QPushButton(&Widget())),
+      cancel_(*new QPushButton(&Widget())) {
+  auto* const row = new QHBoxLayout(&Widget());
+  row->setContentsMargins(0, 0, 0, 0);
+  row->setSpacing(2 * Unit(parent));
+  row->addWidget(&main_);
+  row->addWidget(&cancel_);
+  main_.setObjectName(Widget().objectName() + QStringLiteral("Main"));
+  cancel_.setObjectName(Widget().objectName() + QStringLiteral("Cancel"));
+  main_.setDefault(true);
+  cancel_.setAutoDefault(false);
+  QObject::connect(&main_, &QPushButton::clicked, &Receiver(), [this] { Press(false); });
+  QObject::connect(&cancel_, &QPushButton::clicked, &Receiver(), [this] { Press(true); });
+}
+
+std::vector<QWidget*> SaveButtonsBinder::InputWidgets() const {
+  return {&main_, &cancel_};
+}
+
+QWidget& SaveButtonsBinder::FocusWidget() const {
+  return main_;
+}
+
+std::vector<QPushButton*> SaveButtonsBinder::FootButtons() const {
+  return {&main_, &cancel_};
+}
+
+bool SaveButtonsBinder::IsAtCancel() const {
+  return Widget().window()->focusWidget() == &cancel_;
+}
+
+bool SaveButtonsBinder::TabWithin(bool backwards) {
+  if (IsAtCancel() != backwards) return false;
+  (backwards ? main_ : cancel_).setFocus(Qt::TabFocusReason);
+  return true;
+}
+
+bool SaveButtonsBinder::TakeKey(const KeyPress& press) {
+  const bool forwards = press.key == kRightKey || press.key == kDownKey;
+  const bool backwards = press.key == kLeftKey || press.key == kUpKey;
+  if (!forwards && !backwards) return false;
+  (backwards ? main_ : cancel_).setFocus(Qt::TabFocusReason);
+  return true;
+}
+
+bool SaveButtonsBinder::TakeEnter() {
+  Press(IsAtCancel());
+  return true;
+}
+
+void SaveButtonsBinder::Press(bool cancel) {
+  User([&] { buttons_.UserClick(cancel ? SaveButtons::kCancelButton : SaveButtons::kMainButton); });
+}
+
+void SaveButtonsBinder::Follow(const Change& /*change*/) {
+  cancel_.setText(buttons_.CancelEnabled() ? QStringLiteral("&Cancel") : QStringLiteral("&Close"));
+  cancel_.setAccessibleName(SpokenName(FromQt(cancel_.text())));
+}
+
+void SaveButtonsBinder::DrawCaption(const QString& caption) {
+  main_.setText(caption);
+  main_.setAccessibleName(SpokenName(FromQt(caption)));
+}
+
+// --- Calendar --------------------------------------------------------------------------------------------------------
+
+CalendarBinder::CalendarBinder(CalendarBox& box, QWidget& parent)
+    : ControlBinder(box, *new QCalendarWidget(&parent)), box_(box), calendar_(static_cast<QCalendarWidget&>(Widget())) {
+  calendar_.setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
+  QObject::connect(&calendar_, &QCalendarWidget::selectionChanged, &Receiver(), [this] {
+    if (IsFollowing()) return;
+    User([&] { box_.UserChoose(DateOf(calendar_.selectedDate())); });
+    Follow({});
+  });
+}
+
+std::vector<QWidget*> CalendarBinder::InputWidgets() const {
+  return {&calendar_, &FocusWidget()};
+}
+
+// The days are a table within.
+QWidget& CalendarBinder::FocusWidget() const {
+  auto* const days = calendar_.findChild<QTableView*>();
+  return days != nullptr ? static_cast<QWidget&>(*days) : calendar_;
+}
+
+void CalendarBinder::Follow(const Change& /*change*/) {
+  if (!box_.Redraw()) return;
+  const Following following(*this);
+  calendar_.setDateRange(DayOf(box_.MinDate()), DayOf(std::max(box_.MinDate(), box_.MaxDate())));
+  calendar_.setSelectedDate(DayOf(box_.Date()));
+}
+
+}  // namespace tallybook::desktop

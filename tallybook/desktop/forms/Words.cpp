@@ -1,0 +1,38 @@
+#include "tallybook/desktop/forms/Words.h"
+
+namespace tallybook::desktop {
+
+QString ToQt(const Text& text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+Text FromQt(const QString& text) {
+  return text.toStdString();
+}
+
+QString SpokenName(const Text& caption) {
+  QString spoken;
+  const QString drawn = DrawnCaption(caption);
+  for (qsizetype i = 0; i < drawn.size(); ++i) {
+    // Of two marks the second is a letter like any other.
+    if (drawn[i] == u'&' && ++i == drawn.size()) break;
+    spoken += drawn[i];
+  }
+  while (spoken.endsWith(u':') || spoken.endsWith(u' ')) spoken.chop(1);
+  return spoken;
+}
+
+QString DrawnCaption(const Text& caption) {
+  return ToQt(caption).trimmed();
+}
+
+QChar Mnemonic(const Text& caption) {
+  const QString drawn = DrawnCaption(caption);
+  for (qsizetype i = 0; i + 1 < drawn.size(); ++i) {
+    if (drawn[i] != u'&') continue;
+    if (drawn[++i] != u'&') return drawn[i].toLower();
+  }
+  return {};
+}
+
+}  // namespace tallybook::desktop

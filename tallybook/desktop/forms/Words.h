@@ -1,0 +1,20 @@
+// Between the component's texts (UTF-8) and Qt's, and what a caption says when it is read aloud. One thread.
+#pragma once
+
+#include <QString>
+
+#include "base/Types.h"
+
+namespace tallybook::desktop {
+
+[[nodiscard]] QString ToQt(const Text& text);
+[[nodiscard]] Text FromQt(const QString& text);
+
+// A caption without the mark of its mnemonic, and without the colon and the blanks around it: "&Title:" is "Title".
+[[nodiscard]] QString SpokenName(const Text& caption);
+// A caption as it is drawn: its mark stays, blanks around it go.
+[[nodiscard]] QString DrawnCaption(const Text& caption);
+// The letter that reaches what bears the caption, in lower case; null for none.
+[[nodiscard]] QChar Mnemonic(const Text& caption);
+
+}  // namespace tallybook::desktop

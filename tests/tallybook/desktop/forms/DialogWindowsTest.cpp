@@ -1,0 +1,248 @@
+// Every dialog of the component in a real window: it holds to what every window must, and all of it is reached by keyboard.
+#include <QTabBar>
+#include <QTableView>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/Dates.h"
+#include "dialogs/DefinitionEditor.h"
+#include "dialogs/DefinitionRows.h"
+#include "dialogs/FormInstances.h"
+#include "exchange/CDataExchange.h"
+#include "forms/modAllUI.h"
+#include "host/AccountRecord.h"
+#include "host/FieldRecord.h"
+#include "qdx/HeaderRecord.h"
+#include "reportdialog/ExchangeReport.h"
+#include "tests/import/ExchangeFile.h"
+#include "tests/reportdialog/RepPrintFixture.h"
+#include "tests/support/MemoryHost.h"
+#include "tests/support/TempFolder.h"
+#include "tests/tallybook/desktop/forms/FormsFixture.h"
+
+namespace tallybook::desktop::testing {
+namespace {
+
+using tallybook::testing::BookShape;
+using tallybook::testing::Day;
+using tallybook::testing::ExchangeFile;
+using tallybook::testing::MemoryEdtForm;
+using tallybook::testing::MemoryHost;
+using tallybook::testing::TempFolder;
+using tallybook::testing::TestReport;
+using ::testing::IsEmpty;
+
+class DialogWindowsTest : public FormsFixture {
+ protected:
+  DialogWindowsTest() { ResetSharedHeader(); }
+  ~DialogWindowsTest() override {
+    ReleaseForms();
+    ResetSharedHeader();
+  }
+
+  // Looks at a window, once as it is and once with Tab all the way round.
+  void Check(Form& form, const std::string& picture, const Allowed& allowed = {}) {
+    FormWindow& window = Show(form);
+    // A window that has to grow waits for the window manager.
+    RunUntil([&] { return FaultsOf(window, allowed).empty(); }, 500);
+    Picture(window, picture);
+    EXPECT_THAT(FaultsOf(window, allowed), IsEmpty()) << form.Name();
+    EXPECT_THAT(NotReached(form), IsEmpty()) << form.Name();
+  }
+  // The controls that can be acted on and that the Tab key does not come to. An option is reached by the arrow keys from
+  // the one that is on.
+  static std::set<Text> NotReached(Form& form) {
+    std::set<const Control*> reached;
+    for (std::size_t press = 0; press <= 2 * form.Controls().size(); ++press) {
+      if (form.ActiveControl() != nullptr) reached.insert(form.ActiveControl());
+      Press(Qt::Key_Tab);
+    }
+    std::set<Text> missing;
+    for (const Control* const control : form.Controls()) {
+      if (!control->TakesFocus() || !control->IsReachable() || !control->TabStop() || reached.contains(control))
+        continue;
+      missing.insert(control->Name() + std::to_string(control->Index()));
+    }
+    return missing;
+  }
+
+  // A book whose companion files lie in a folder.
+  static BookShape Beside(const TempFolder& folder) {
+    BookShape shape;
+    shape.data_path = folder.Path();
+    return shape;
+  }
+
+  TempFolder folder;
+  std::unique_ptr<MemoryHost> host = tallybook::testing::SmallBook(Beside(folder));
+};
+
+TEST_F(DialogWindowsTest, FileNamePrompt) {
+  frmImport form;
+  form.SetCaption("Import CSV Data File - North");
+  form.Label1[0].SetCaption("Enter the name of the CSV File");
+  form.Text1.SetText("/home/sam/books/figures of january.csv");
+  Check(form, "frmImport");
+  form.SetPromptforSkips(true);
+  form.SetPromptforOverwrite(true);
+  Check(form, "frmImport-options");
+}
+
+TEST_F(DialogWindowsTest, ImportConfirmation) {
+  dlgQDXImp form;
+  CDataExchange exchange(host->factory);
+  exchange.SetOwner(&host->book);
+  form.SetFields(exchange);
+  form.Text1.SetText("South shop, every week");
+  form.Text2.SetText("/home/sam/books/SOUTH.QDX");
+  form.QDXGrid.SetCell(1, 1, "South Shop");
+  form.QDXGrid.SetCell(2, 1, "2004-02-03 14:05:09");
+  // "&Imported information will be: " and "&Import".
+  Check(form, "dlgQDXImp", {.same_mnemonics = {"i"}});
+}
+
+TEST_F(DialogWindowsTest, ExportOptions) {
+  dlgExport form;
+  for (const char* type : {"Comma separated (CSV)", "Spreadsheet (XLSX)"}) form.Combo1.AddItem(type);
+  form.Combo1.SetListIndex(1);
+  form.Text1.SetText("/home/sam/books/figures.xlsx");
+  form.chkNonZero.SetVisible(true);
+  Check(form, "dlgExport");
+}
+
+TEST_F(DialogWindowsTest, DelimitedImport) {
+  frmDelimited form(host->factory);
+  form.Text1.SetText("/home/sam/books/Import.csv");
+  form.cmbMath.SetListIndex(0);
+  form.cmbDate.SetListIndex(2);
+  form.chkDate.SetChecked(true);
+  Check(form, "frmDelimited");
+}
+
+TEST_F(DialogWindowsTest, SaveAsQuestion) {
+  dlgRepSaveAs form;
+  form.Text1.SetText("Exchange Definition #2");
+  Check(form, "dlgRepSaveAs");
+}
+
+TEST_F(DialogWindowsTest, PrintDialog) {
+  TestReport report(&host->book);
+  dlgRepPrint form(host->factory);
+  form.SetFields(report, "Export Data to File", "Export Data", 11000);
+  for (Integer length = 1; length <= 8; ++length) {
+    if (!form.optLength(length).Enabled()) continue;
+    form.optLength.SetValue(length, true);
+    Check(form, "dlgRepPrint-" + std::to_string(length),
+          {.same_mnemonics = {"c", "h", "y", "l", "a", "e", "d", "m", "q", "w", "t"}});
+  }
+}
+
+TEST_F(DialogWindowsTest, PrintDialogOfAStyledReport) {
+  TestReport report(&host->book);
+  report.type = kStyledReport;
+  dlgRepPrint form(host->factory);
+  form.SetFields(report, "Sales by Account", "Print", 11000);
+  Check(form, "dlgRepPrint-styles", {.same_mnemonics = {"w", "o", "c", "h"}});
+}
+
+// The editor over a definition of a file with three accounts and three datafields, and of a book with twenty.
+class EditorWindowTest : public DialogWindowsTest {
+ protected:
+  EditorWindowTest() {
+    for (int account = 1; account <= 20; ++account)
+      host->book.AddAccount(1000 + account, std::to_string(4100 + account), "Account " + std::to_string(account));
+    ExchangeFile file;
+    file.first = Day(2004, 2, 1);
+    file.last = Day(2004, 2, 29);
+    file.accounts = {{"100", "Counter"}, {"200", "Store"}, {"900", "Cellar"}};
+    file.fields = {{1, "Sales"}, {2, "Customers"}, {8, "Tips"}};
+    folder.Write("SOUTH.QDX", file.Bytes());
+    folder.Write("TBQDX1.NORTH", "\"South shop, every week\",\"" + folder.Path("SOUTH.QDX") +
+                                     "\",3,0,0\r\n1,1\r\n1,1\r\n\"100\",\"100\"\r\n0\r\n");
+    exchange_.OpenDefinitions(host->book, 1);
+    editor_.FillLists();
+    editor_.SetCaption("Edit QDX Import Layout Number: 1");
+    EXPECT_TRUE(editor_.LoadDefinitionIntoForm(1, false));
+  }
+  void ChoosePage(int tab) {
+    auto& bar = WidgetOf<QTabBar>(editor_.TabStrip1);
+    QTest::mouseClick(&bar, Qt::LeftButton, {}, bar.tabRect(tab).center());
+    for (int turn = 0; turn < 3; ++turn) Run();
+  }
+
+  CDataExchange exchange_{host->factory};
+  std::unique_ptr<AccountRecord> accounts_ = host->book.NewAccountRecord();
+  std::unique_ptr<FieldRecord> fields_ = host->book.NewFieldRecord();
+  MemoryEdtForm list_{host->record};
+  DefinitionRows rows_{list_, exchange_};
+  DefinitionEditor editor_{{.factory = host->factory,
+                            .masterfile = host->book,
+                            .exchange = exchange_,
+                            .accounts = *accounts_,
+                            .fields = *fields_,
+                            .rows = rows_}};
+};
+
+TEST_F(EditorWindowTest, GeneralPage) {
+  Check(editor_, "frmDataExc-general");
+}
+
+TEST_F(EditorWindowTest, AccountsPage) {
+  Show(editor_);
+  ChoosePage(1);
+  EXPECT_TRUE(editor_.Grids().ListOf(MatchPage::kAccounts).HasFocus());
+  Check(editor_, "frmDataExc-accounts", {.floating = {"cboGridList1", "Grid1"}});
+}
+
+TEST_F(EditorWindowTest, FieldsPage) {
+  Show(editor_);
+  ChoosePage(2);
+  Check(editor_, "frmDataExc-fields", {.floating = {"cboGridList2", "Grid2"}});
+}
+
+TEST_F(EditorWindowTest, TheListLiesOnTheCellThatItIsFor) {
+  FormWindow& window = Show(editor_);
+  ChoosePage(1);
+  const auto list_place = [&] {
+    QWidget& list = WidgetOf(editor_.Grids().ListOf(MatchPage::kAccounts));
+    return QRect(list.mapTo(&window, QPoint(0, 0)), list.size());
+  };
+  const auto cell_place = [&] {
+    auto& table = WidgetOf<QTableView>(editor_.Grids().GridOf(MatchPage::kAccounts));
+    const QRect cell =
+        table.visualRect(table.model()->index(editor_.Grids().GridOf(MatchPage::kAccounts).Row() - 1, 2));
+    return QRect(table.viewport()->mapTo(&window, cell.topLeft()), cell.size());
+  };
+  EXPECT_EQ(list_place().topLeft(), cell_place().topLeft());
+  EXPECT_LE(list_place().height(), cell_place().height());
+  Press(Qt::Key_Down);
+  EXPECT_EQ(list_place().topLeft(), cell_place().topLeft());
+  window.resize(window.width() + 100, window.height() + 60);
+  Run();
+  EXPECT_EQ(list_place().topLeft(), cell_place().topLeft());
+  EXPECT_NEAR(list_place().width(), cell_place().width(), 1);
+}
+
+TEST_F(EditorWindowTest, AHeldKeyMatchesRowAfterRow) {
+  Show(editor_);
+  ChoosePage(1);
+  QWidget& list = WidgetOf(editor_.Grids().ListOf(MatchPage::kAccounts));
+  for (int row = 0; row < 3; ++row) QTest::sendKeyEvent(QTest::Click, &list, Qt::Key_Asterisk, "*", Qt::ShiftModifier);
+  EXPECT_EQ(editor_.Grids().Match(MatchPage::kAccounts, 1), 101);
+  EXPECT_EQ(editor_.Grids().Match(MatchPage::kAccounts, 3), 0);
+  EXPECT_EQ(editor_.Grids().GridOf(MatchPage::kAccounts).Row(), 1) << "round to the first row again";
+}
+
+TEST_F(EditorWindowTest, APageThatIsRefusedIsNotShown) {
+  editor_.Combo2.SetListIndex(1);
+  Show(editor_);
+  ChoosePage(1);
+  EXPECT_EQ(editor_.CurrentPage(), 0);
+  EXPECT_EQ(WidgetOf<QTabBar>(editor_.TabStrip1).currentIndex(), 0);
+}
+
+}  // namespace
+}  // namespace tallybook::desktop::testing
