@@ -1,5 +1,5 @@
-// Random keys, clicks, choices, scrolls, page changes, saves and loads on the match pages, held against a small model
-// that is written from the key tables and knows nothing of controls.
+// Random keys, clicks, choices, scrolls, turns of the wheel, page changes, saves and loads on the match pages, held
+// against a small model that is written from the key tables and knows nothing of controls.
 #include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
@@ -10,6 +10,9 @@
 #include <vector>
 
 #include "base/Texts.h"
+#include "forms/CHookMouseWheel.h"
+#include "forms/WheelScroll.h"
+#include "platform/Wheel.h"
 #include "tests/dialogs/MatchEditor.h"
 #include "tests/support/ScriptedPlatform.h"
 
@@ -19,6 +22,7 @@ namespace {
 constexpr Integer kPickColumns[] = {2, 3};
 constexpr Long kDelay = MatchEditor::kTypeAheadDelay;
 constexpr Long kRow = MatchEditor::kRowHeight;
+constexpr Long kHead = kRow * 5 / 4;
 constexpr int kPages = 2;
 
 struct Entry {
@@ -116,6 +120,16 @@ class Model {
     if (row != page.row) Leave(page);
     page.row = row;
     Enter(page);
+  }
+  // By so many lines, or by pages.
+  void Wheel(bool up, Long lines) {
+    const ModelPage& page = *Current();
+    if (lines == kScrollPage) {
+      lines = height / kHead;
+      if (lines > page.Last() + 1) return;
+      while (lines > 0 && (page.top + lines > page.Last() || (lines + 1) * kRow > height - kHead)) --lines;
+    }
+    Scroll(up ? std::max<Long>(page.top - lines, 1) : std::min(page.top + lines, page.Last()));
   }
 
   void Character(int code) {
@@ -219,7 +233,7 @@ class Model {
     if (!text_.empty()) Select(page, page.First([&](const Entry& entry) { return Begins(entry.text, text_); }));
   }
   void IntoSight(ModelPage& page) const {
-    const Long fit = std::max<Long>((height - kRow * 5 / 4) / kRow, 1);
+    const Long fit = std::max<Long>((height - kHead) / kRow, 1);
     page.top = std::clamp(page.top, page.row - fit + 1, page.row);
   }
   void Move(ModelPage& page, Long row) {
@@ -265,7 +279,15 @@ class Trial {
     BuildEntries();
     BuildFile(accounts, fields);
     model_.height = height;
-    for (const MatchPage page : kBoth) editor_->grids.GridOf(page).SetPlace({0, 0, 700, height});
+    for (const MatchPage page : kBoth) {
+      Grid& grid = editor_->grids.GridOf(page);
+      grid.SetPlace({0, 0, 700, height});
+      grid.SetHwnd(platform_.screen.AddControlWindow(editor_->Hwnd(), {0, 0, 700, height}));
+    }
+    wheel_.SetHwnd(editor_->Hwnd());
+    wheel_.MouseWheel.Connect([this](Long, Long delta, Long shift, Long, Long, Long, bool&) {
+      WheelMove(editor_->grids.GridOf(Shown()).Hwnd(), delta, shift);
+    });
     Load(0);
   }
 
@@ -280,6 +302,7 @@ class Trial {
     if (kind == 4) return Click(*page, first, second);
     if (kind == 5) return Choose(*page, first);
     if (kind == 6) return Scroll(*page, first);
+    if (kind == 16) return Wheel(first, second);
     return kind < 9 ? Key(first, second) : Character(first);
   }
 
@@ -407,6 +430,14 @@ class Trial {
     editor_->grids.GridOf(Shown()).UserScroll(top);
     model_.Scroll(top);
   }
+  void Wheel(int which, int lines) {
+    static constexpr Long kLines[] = {1, 3, kScrollPage, 0};
+    static constexpr Integer kTurns[] = {-120, 120, -360, 120, 0};
+    const Integer turn = kTurns[which % 5];
+    platform_.wheel.SetScrollLines(kLines[lines % 4]);
+    platform_.wheel.Turn(editor_->Hwnd(), turn, 1, 1);
+    model_.Wheel(turn > 0, kLines[lines % 4]);
+  }
   void Key(int which, int shift) {
     static constexpr Integer kKeys[] = {kDownKey, kUpKey,     kPageDownKey, kPageUpKey, kHomeKey,
                                         kEndKey,  kDeleteKey, kEnterKey,    kDownKey};
@@ -426,6 +457,7 @@ class Trial {
   ScriptedPlatform platform_{FilesIn::kMemory};
   std::unique_ptr<MemoryHost> host_;
   std::unique_ptr<MatchEditor> editor_;
+  CHookMouseWheel wheel_;
   Model model_;
 };
 
@@ -435,7 +467,7 @@ RC_GTEST_PROP(MatchGridsModelTest, EveryActLeavesThePagesAsTheKeyTablesSay, ()) 
   const auto fields = *rc::gen::resize(12, files);
   const Long height = *rc::gen::inRange<Long>(0, MatchEditor::HeightOf(9));
   const auto number = rc::gen::inRange(0, 1000);
-  const auto acts = *rc::gen::container<std::vector<Act>>(rc::gen::tuple(rc::gen::inRange(0, 16), number, number));
+  const auto acts = *rc::gen::container<std::vector<Act>>(rc::gen::tuple(rc::gen::inRange(0, 17), number, number));
   RC_TAG(accounts.empty() || fields.empty() ? "with an empty page" : "with both pages");
   Trial trial(accounts, fields, height);
   trial.Do({1, 1, 0});
