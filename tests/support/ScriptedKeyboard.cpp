@@ -7,8 +7,12 @@
 #include <string_view>
 #include <utility>
 
-#include "forms/Control.h"
+#include "base/CodePage.h"
 #include "forms/Form.h"
+#include "forms/Grid.h"
+#include "forms/HostControls.h"
+#include "forms/PlainControls.h"
+#include "forms/TextBox.h"
 #include "platform/Platform.h"
 #include "platform/Screen.h"
 
@@ -30,6 +34,47 @@ Integer ShiftBit(Integer key) {
   return key == kAltKey ? kAltState : Integer{0};
 }
 
+// Whether a caption marks the letter of this key.
+bool Marks(const Text& caption, Integer key) {
+  const std::size_t mark = caption.find('&');
+  return mark + 1 < caption.size() && mark != Text::npos &&
+         std::toupper(static_cast<unsigned char>(caption[mark + 1])) == key;
+}
+
+bool IsButton(const Control* control) {
+  return dynamic_cast<const CommandButton*>(control) != nullptr || dynamic_cast<const SaveButtons*>(control) != nullptr;
+}
+
+bool PressButton(Control& control) {
+  if (auto* const pair = dynamic_cast<SaveButtons*>(&control)) return pair->UserClick(SaveButtons::kMainButton);
+  return dynamic_cast<CommandButton&>(control).UserClick();
+}
+
+bool ChooseMarkedTab(TabStrip& tabs, Integer key) {
+  const auto found = std::ranges::find_if(tabs.Tabs(), [&](const Text& tab) { return Marks(tab, key); });
+  return found != tabs.Tabs().end() && tabs.UserChoose(static_cast<Integer>(found - tabs.Tabs().begin() + 1));
+}
+
+void SelectAllOf(const Form& form) {
+  if (auto* const box = dynamic_cast<TextBox*>(form.ActiveControl())) box->SetSelection(0, CharacterCount(box->Text()));
+}
+
+// The letters of a menu's entries work while it is open alone.
+bool Reach(Form& form, Integer key) {
+  for (Control* const control : form.Controls()) {
+    if (!control->IsReachable() || dynamic_cast<MenuItem*>(control) != nullptr) continue;
+    if (auto* const tabs = dynamic_cast<TabStrip*>(control); tabs != nullptr && ChooseMarkedTab(*tabs, key))
+      return true;
+    if (!Marks(control->Caption(), key)) continue;
+    if (IsButton(control)) return PressButton(*control);
+    if (!control->TakesFocus() || !control->UserFocus()) continue;
+    SelectAllOf(form);
+    return true;
+  }
+  return false;
+}
+
+constexpr Integer kBlankKey = 0x20;
 constexpr Integer kNoKey = -1;
 constexpr Integer kWithShift = 0x100;
 
@@ -101,10 +146,19 @@ void ScriptedKeyboard::Type(const KeyEvent& event) {
   Form* const form = FormInFront();
   if (released || bit != 0 || form == nullptr) return;
   if ((event.flags & kCharacterKey) == 0) {
-    form->UserKey(key, shift_state_, CharacterOf(key));
+    PressIn(*form, key);
   } else if (form->ActiveControl() != nullptr && event.scan <= 0xFF) {
     form->ActiveControl()->UserKeyPress(static_cast<Integer>(event.scan));
   }
+}
+
+void ScriptedKeyboard::PressIn(Form& form, Integer key) {
+  if (shift_state_ == kAltState && Reach(form, key)) return;
+  Control* const focused = form.ActiveControl();
+  const bool presses = shift_state_ == 0 && (key == kEnterKey || key == kBlankKey) && IsButton(focused);
+  const bool taken = form.UserKey(key, shift_state_, CharacterOf(key));
+  if (presses && taken) PressButton(*focused);
+  if (key == kTabKey && taken) SelectAllOf(form);
 }
 
 Integer ScriptedKeyboard::CharacterOf(Integer key) {

@@ -1,5 +1,7 @@
 // A keyboard in memory. Its layout is the American one for ASCII; what programs hand to the system is kept, and waits
-// until the input runs. Then the form in front gets it key by key, as from a user.
+// until the input runs. Then the form in front gets it key by key, as from a user. What windows do by themselves with a
+// key is done as well: Alt with the marked letter of a caption reaches its control, and presses what is a button; Enter
+// and a blank press the button with the focus; a box that is reached by key has all its text selected.
 #pragma once
 
 #include <functional>
@@ -7,6 +9,10 @@
 #include <vector>
 
 #include "platform/Keyboard.h"
+
+namespace tallybook {
+class Form;
+}
 
 namespace tallybook::testing {
 
@@ -41,6 +47,7 @@ class ScriptedKeyboard : public Keyboard {
 
  private:
   void Type(const KeyEvent& event);
+  void PressIn(Form& form, Integer key);
   // The character that a key gives; 0 for none.
   [[nodiscard]] Integer CharacterOf(Integer key);
 

@@ -81,6 +81,29 @@ TEST_F(ScriptedUserTest, PressesKeysWhereverTheFocusIsBeforeTheNextStep) {
   EXPECT_EQ(sample_.box.Text(), "ab");
 }
 
+TEST_F(ScriptedUserTest, ReachesWhatACaptionMarksAndSelectsTheTextOfABox) {
+  sample_.box.SetCaption("&Title:");
+  sample_.box.SetText("before");
+  sample_.list.SetCaption("T&ype");
+  sample_.buttons.SetCaption("&Save");
+  user_.Keys("dlgSample", "%tafter%y{DOWN}")
+      .On("dlgSample", [&](Form& /*form*/) { EXPECT_EQ(sample_.list.SelectedText(), "First"); })
+      .Keys("dlgSample", "%q")
+      .Keys("dlgSample", "%s");
+  ShowLikeModal(sample_.form, 0);
+  EXPECT_EQ(sample_.box.Text(), "after");
+  ASSERT_EQ(sample_.pressed.size(), 1U);
+  EXPECT_EQ(sample_.pressed[0], SaveButtons::kMainButton);
+}
+
+TEST_F(ScriptedUserTest, PressesTheButtonWithTheFocusByEnterOrABlank) {
+  for (const char* key : {"{ENTER}", " "}) {
+    user_.On("dlgSample", [&](Form& /*form*/) { sample_.buttons.SetFocus(); }).Keys("dlgSample", key);
+    ShowLikeModal(sample_.form, 0);
+  }
+  EXPECT_EQ(sample_.pressed.size(), 2U);
+}
+
 TEST_F(ScriptedUserTest, DoesOneStepATurn) {
   std::vector<Double> slept;
   const auto look = [&](Form& /*form*/) { slept.push_back(platform_.clock.Slept()); };

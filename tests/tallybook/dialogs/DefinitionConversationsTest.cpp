@@ -38,8 +38,6 @@ const Text kImport = "dlgQDXImp";
 constexpr int kAccounts = 300;
 constexpr Integer kImportOne = 1;
 constexpr Integer kImportAll = 2;
-constexpr Integer kAccountsTab = 2;
-constexpr Integer kFieldsTab = 3;
 
 Text CodeOf(int account) {
   return PadLeft(std::to_string(account), '0', 4);
@@ -91,44 +89,33 @@ class DefinitionConversationsTest : public ::testing::Test {
   void WhenListed(MemoryEdtForm::Act act) { acts_.push_back(std::move(act)); }
   void Browse() { EXPECT_TRUE(gui_.ImportQDX(owner_, *book_, 1, 0)); }
   [[nodiscard]] ScriptedUser& User() { return platform_.user; }
-  // Types a text into the control with the focus, or into the one of that name.
-  void TypeInto(const Text& form, const Text& control, const Text& keys) {
-    User().On(form, [=](Form& shown) {
-      auto* const box = dynamic_cast<TextBox*>(shown.Find(control));
-      ASSERT_NE(box, nullptr);
-      box->UserFocus();
-      box->SetSelection(0, static_cast<Long>(box->Text().size()));
-    });
-    User().TypeKeys(form, control, keys);
+  // Keys reach what has the focus, as from a user without a mouse.
+  void Press(const Text& form, const Text& keys) { User().Keys(form, keys); }
+  // The prompt begins with the focus in its box; a marked letter presses the button.
+  void ChooseFile(const Text& name) {
+    Press(kPrompt, folder_.Path(name));
+    Press(kPrompt, "%o");
   }
-  void Accept(const Text& form) { User().Click(form, "SaveButtons1", SaveButtons::kMainButton); }
-  // Input is handled within a change of pages, so the next step waits until that is over.
-  void ChooseTab(Integer tab) {
-    User().On(kEditor,
-              [tab](Form& form) { EXPECT_TRUE(dynamic_cast<DefinitionEditor&>(form).TabStrip1.UserChoose(tab)); });
+  void Accept(const Text& form, const Text& marked) { Press(form, "%" + marked); }
+  // Input is handled within a change of pages, and the Tab that it sends arrives afterwards.
+  void ChangePage(const Text& keys) {
+    Press(kEditor, keys);
     User().Wait(3);
   }
-  void HoldDown(MatchPage page, char key, int times) {
-    User().On(kEditor, [=](Form& form) {
-      ComboBox& list = dynamic_cast<DefinitionEditor&>(form).Grids().ListOf(page);
-      for (int time = 0; time < times; ++time) list.UserKeyPress(static_cast<unsigned char>(key));
-    });
-  }
-  // Adds a definition of the file and matches all of it, from the keyboard.
+  // Adds a definition of the file and matches all of it.
   void AddMatched() {
     WhenListed([](MemoryEdtForm&, EdtFormEvents& events) {
       Integer record = 0;
       events.AddRec(record);
       EXPECT_EQ(record, 1);
     });
-    TypeInto(kPrompt, "Text1", folder_.Path("south.QDX"));
-    Accept(kPrompt);
-    TypeInto(kEditor, "Text1", "South");
-    ChooseTab(kAccountsTab);
-    HoldDown(MatchPage::kAccounts, '*', kAccounts);
-    ChooseTab(kFieldsTab);
-    HoldDown(MatchPage::kFields, '*', 1);
-    Accept(kEditor);
+    ChooseFile("south.QDX");
+    Press(kEditor, "%tSouth");
+    ChangePage("{TAB}{RIGHT}");
+    Press(kEditor, "{* " + std::to_string(kAccounts) + "}");
+    ChangePage("+{TAB}{RIGHT}");
+    Press(kEditor, "*");
+    Accept(kEditor, "s");
   }
   [[nodiscard]] FigureMap Imported() const {
     FigureMap figures;
@@ -157,7 +144,7 @@ class DefinitionConversationsTest : public ::testing::Test {
   std::shared_ptr<ListWindow> shown_;
 };
 
-TEST_F(DefinitionConversationsTest, ADefinitionIsMatchedByOneKeySavedImportedTakenBackAndDeleted) {
+TEST_F(DefinitionConversationsTest, ADefinitionIsAddedAndMatchedByKeysAloneImportedTakenBackAndDeleted) {
   AddMatched();
   WhenListed([&](MemoryEdtForm&, EdtFormEvents& events) {
     EXPECT_THAT(Definition(1), HasSubstr("\r\n1,300\r\n1,1\r\n\"0001\",\"0001\"\r\n"));
@@ -165,7 +152,7 @@ TEST_F(DefinitionConversationsTest, ADefinitionIsMatchedByOneKeySavedImportedTak
     EXPECT_EQ(folder_.Read("TBQDBU1.North"), folder_.Read("south.QDX"));
     events.ActionButton(kImportOne, 1);
   });
-  Accept(kImport);
+  Press(kImport, "%i{TAB}{ENTER}");  // both the last list and the button are marked so
   WhenListed([&](MemoryEdtForm&, EdtFormEvents& events) {
     EXPECT_EQ(FiguresOf(*book_), Imported());
     EXPECT_THAT(folder_.Read("report.txt"), HasSubstr("Completed Import of: "));
@@ -184,8 +171,8 @@ TEST_F(DefinitionConversationsTest, ADefinitionIsMatchedByOneKeySavedImportedTak
 TEST_F(DefinitionConversationsTest, TheLayoutIsPrintedInBothOrders) {
   AddMatched();
   WhenListed([](MemoryEdtForm&, EdtFormEvents& events) { events.EditRec(1); });
-  User().Click(kEditor, "Command1");
-  User().Click(kEditor, "SaveButtons1", SaveButtons::kCancelButton);
+  Press(kEditor, "%p");
+  User().Close(kEditor);
   Browse();
   const std::string report = folder_.Read("report.txt");
   EXPECT_THAT(report, HasSubstr("Tallybook QDX Import Layout\n==="));
@@ -221,9 +208,9 @@ TEST_F(DefinitionConversationsTest, ADefinitionIsEditedWhileItsFileIsGone) {
   });
   User().On(kEditor,
             [](Form& form) { EXPECT_EQ(dynamic_cast<DefinitionEditor&>(form).QDXGrid.Cell(0, 1), "Archive Copy"); });
-  ChooseTab(kAccountsTab);
-  HoldDown(MatchPage::kAccounts, '0', 2);
-  Accept(kEditor);
+  ChangePage("%a");
+  Press(kEditor, "00");
+  Accept(kEditor, "s");
   Browse();
   EXPECT_THAT(Boxes(), ElementsAre("QDX File cannot be imported because it does not exist"));
   EXPECT_THAT(Definition(1), HasSubstr("\r\n1,298\r\n1,1\r\n\"0003\",\"0003\"\r\n"));
@@ -240,8 +227,7 @@ TEST_F(DefinitionConversationsTest, AFullStoreIsListedWholeAndTakesNoMore) {
     EXPECT_THAT(window->rows, SizeIs(999));
     events.DeleteRec(window.FindRow("K7")->record);
   });
-  TypeInto(kPrompt, "Text1", folder_.Path("south.QDX"));
-  Accept(kPrompt);
+  ChooseFile("south.QDX");
   platform_.boxes.Answer({kOk});
   WhenListed([](MemoryEdtForm& window, EdtFormEvents& events) {
     EXPECT_EQ(window->totals, "998 active of 999 maximum");
@@ -249,9 +235,8 @@ TEST_F(DefinitionConversationsTest, AFullStoreIsListedWholeAndTakesNoMore) {
     events.AddRec(record);
     EXPECT_EQ(record, 999);
   });
-  TypeInto(kPrompt, "Text1", folder_.Path("south.QDX"));
-  Accept(kPrompt);
-  Accept(kEditor);
+  ChooseFile("south.QDX");
+  Accept(kEditor, "s");
   Browse();
   EXPECT_EQ(shown_->totals, "999 active of 999 maximum");
   EXPECT_THAT(Definition(7), HasSubstr("DataExchange #7"));
