@@ -246,7 +246,14 @@ TEST_F(PageWheelTest, NearTheEndAPageIsWhatIsStillThere) {
   EXPECT_EQ(TopAfter(97, kDown), 100);
   EXPECT_EQ(TopAfter(97, kUp), 94);
   EXPECT_EQ(TopAfter(100, kDown), 100);
-  EXPECT_EQ(TopAfter(100, kUp), 100);  // meant: nothing is shown below the last row
+}
+
+// Meant: a page is what is shown below the top row, and there that is nothing. Lines lead back, and so do the keys.
+TEST_F(PageWheelTest, AGridThatShowsItsLastRowAloneIsNotScrolledUpByPages) {
+  EXPECT_EQ(TopAfter(100, kUp), 100);
+  EXPECT_EQ(TopAfter(99, kUp), 98) << "of two rows a page is one";
+  platform_.wheel.SetScrollLines(3);
+  EXPECT_EQ(TopAfter(100, kUp), 97);
 }
 
 TEST_F(PageWheelTest, AGridWithRoomForMoreRowsThanItHasStays) {
