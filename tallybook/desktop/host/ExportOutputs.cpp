@@ -44,17 +44,29 @@ class ExportOutputs::Library : public application::WholeTables {
       return false;  // the reason stands with the outputs
     }
     outputs_.was_opened_ = true;
-    if (!WholeTables::CreateTable(path, format_code, table_name, columns, handle)) return false;
     ++outputs_.open_;
-    return true;
+    outputs_.table_is_open_ = true;
+    if (WholeTables::CreateTable(path, format_code, table_name, columns, handle)) return true;
+    Ended();
+    return false;
   }
 
   void CloseTable(Long handle) override {
-    --outputs_.open_;
-    WholeTables::CloseTable(handle);
+    try {
+      WholeTables::CloseTable(handle);
+    } catch (...) {
+      Ended();
+      throw;
+    }
+    Ended();
   }
 
  private:
+  void Ended() {
+    --outputs_.open_;
+    outputs_.table_is_open_ = false;
+  }
+
   ExportOutputs& outputs_;
 };
 
@@ -88,13 +100,14 @@ void ExportOutputs::Begin(const Text& path) {
 }
 
 std::unique_ptr<OpenFile> ExportOutputs::Open(const Text& path, Access access, Sharing sharing, Creation creation) {
-  if (access == Access::kRead || creation == Creation::kMustExist) return files_.Open(path, access, sharing, creation);
+  const bool makes = access != Access::kRead && creation != Creation::kMustExist;
+  if (!makes || table_is_open_) return files_.Open(path, access, sharing, creation);
   Begin(path);
   return std::make_unique<Stream>(files_.Open(path, access, sharing, creation), *this);
 }
 
 void ExportOutputs::Delete(const Text& path) {
-  if (files_.Attributes(path).found) Begin(path);
+  if (!table_is_open_ && files_.Attributes(path).found) Begin(path);
   files_.Delete(path);
 }
 

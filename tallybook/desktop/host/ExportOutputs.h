@@ -66,6 +66,8 @@ class ExportOutputs : public application::FileLayer {
   Text path_;  // of the output under way; empty for none
   int open_ = 0;
   bool was_opened_ = false;
+  bool table_is_open_ =
+      false;  // what is opened then is the library's own, under the name that the output has meanwhile
   long long failures_before_ = 0;
   Text refusal_;
   bool kept_any_ = false;

@@ -1,19 +1,12 @@
-// Texts on their way between the component (UTF-8) and Qt.
+// Texts of the component as windows may show them, beside the plain ways between both (forms/Words.h).
 #pragma once
 
 #include <QString>
 
 #include "base/Types.h"
+#include "tallybook/desktop/forms/Words.h"
 
 namespace tallybook::desktop {
-
-[[nodiscard]] inline QString ToQt(const Text& text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
-[[nodiscard]] inline Text FromQt(const QString& text) {
-  return text.toStdString();
-}
 
 // A text that may hold names from elsewhere, as a window may show it: its lines stay lines, and every other control
 // character is shown as what it is (application/Shown.h).

@@ -1,0 +1,511 @@
+#include "tallybook/desktop/host/Conversations.h"
+
+#include <QApplication>
+#include <QTimer>
+#include <QWidget>
+#include <algorithm>
+#include <filesystem>
+#include <fmt/format.h>
+#include <optional>
+#include <ranges>
+#include <system_error>
+#include <utility>
+
+#include "base/Failure.h"
+#include "dialogs/CDataExchangeGUI.h"
+#include "forms/Form.h"
+#include "forms/modAllUI.h"
+#include "platform/MessageBoxes.h"
+#include "platform/Platform.h"
+#include "support/Utility.h"
+#include "tallybook/application/Counts.h"
+#include "tallybook/application/DefinitionLook.h"
+#include "tallybook/application/EntryDates.h"
+#include "tallybook/application/JournalMark.h"
+#include "tallybook/application/OutputRules.h"
+#include "tallybook/desktop/host/DesktopApp.h"
+#include "tallybook/desktop/host/DesktopFactory.h"
+#include "tallybook/desktop/host/ExportOutputs.h"
+#include "tallybook/desktop/host/LineEndQuestion.h"
+#include "tallybook/desktop/host/OpenBook.h"
+#include "tallybook/desktop/host/PromptFiller.h"
+#include "tallybook/desktop/host/QtPlatform.h"
+#include "tallybook/desktop/host/ReportWindow.h"
+
+namespace tallybook::desktop {
+
+namespace {
+
+constexpr Integer kDefinitionDataType = 1;
+constexpr const char* kFilePrompt = "frmImport";
+constexpr const char* kDelimitedPrompt = "frmDelimited";
+constexpr const char* kImportReport = "QDX Import Report";
+constexpr Integer kImportAll = 2;  // of the list's action buttons
+constexpr int kLookEvery = 100;    // at what is to be closed, in milliseconds
+
+Text DatesOf(const engine::JournalEntry& entry) {
+  const application::EntryDates dates = application::EntryDatesOf(entry);
+  if (entry.first == kNoDate) return "";
+  return dates.first == dates.last ? " of " + dates.first : " of " + dates.first + " to " + dates.last;
+}
+
+// "Changed: figures of 2004-01-01 to 2004-12-31 (journal entry 5, import qdx #1)."
+Text ChangeOf(const engine::JournalEntry& entry) {
+  const Text what = entry.what_ran.empty() ? "" : ", " + entry.what_ran;
+  const Text half_way =
+      entry.state == engine::JournalState::kOpen ? " It ended half way, and what it wrote by then stands." : "";
+  const Text final = entry.keeps_images ? "" : " It cannot be taken back.";
+  return fmt::format("Changed: figures{} (journal entry {}{}).{}{}", DatesOf(entry), entry.id, what, half_way, final);
+}
+
+bool IsSameFile(const Text& one, const Text& other) {
+  std::error_code trouble;
+  return std::filesystem::equivalent(one, other, trouble) && !trouble;
+}
+
+bool LeadsTo(const application::SeenDefinition& definition, const Text& file) {
+  return std::ranges::any_of(application::ExchangeFilesOf(definition.exchange_files),
+                             [&](const Text& match) { return IsSameFile(match, file); });
+}
+
+std::vector<Long> IdsOf(const std::vector<engine::JournalEntry>& entries) {
+  std::vector<Long> ids;
+  for (const engine::JournalEntry& entry : entries) ids.push_back(entry.id);
+  return ids;
+}
+
+// The definitions that a file belongs to, or where there are none a new one with its name.
+void PointAt(ListWindow& list, const std::vector<application::SeenDefinition>& definitions, const Text& file,
+             std::optional<PromptFiller>& filler) {
+  std::vector<Text> keys;
+  for (const application::SeenDefinition& definition : definitions) {
+    if (LeadsTo(definition, file)) keys.push_back("K" + std::to_string(definition.number));
+  }
+  const Text name = FileBaseName(file);
+  if (!keys.empty()) {
+    return list.Point(keys, keys.size() == 1 ? "This definition imports " + name + "."
+                                             : application::Counted(static_cast<long long>(keys.size()), "definition") +
+                                                   " import " + name + ": those in bold.");
+  }
+  filler.emplace(kFilePrompt, file);
+  list.UserAdd();
+}
+
+bool CanBeUndone(const engine::JournalEntry& entry) {
+  return entry.keeps_images && entry.undoes == 0 && entry.state != engine::JournalState::kUndone;
+}
+
+}  // namespace
+
+struct Conversations::State {
+  State(const ConversationMeans& its_means, const Text& path, QWidget& window)
+      : means(its_means), book_path(path), owner(window), opener(means.app, means.platform.Progress()) {}
+
+  ConversationMeans means;
+  Text book_path;
+  QWidget& owner;
+  BookOpener opener;
+  Run* run = nullptr;  // the conversation that runs now
+  std::function<void()> changed;
+  std::function<void(bool)> running;
+  QTimer tell;
+
+  [[nodiscard]] Text Title() const { return means.app.Title(); }
+
+  void Tell(const Text& text, Long icon, const Text& details = "") const {
+    means.platform.Boxes().Tell(text, kOkOnly | icon, Title(), details);
+  }
+
+  // What the component has logged and nobody has told.
+  void TellWaiting() const {
+    for (const TellingLog::Reason& reason : means.app.Log().Take()) Tell(reason.words, kExclamationIcon, reason.place);
+  }
+};
+
+// One conversation, from the opening of the book to its closing.
+class Conversations::Run {
+ public:
+  enum class Kind { kExport, kImport };
+
+  Run(const std::shared_ptr<State>& state, Kind kind) : shared_(state), state_(*state), kind_(kind) {
+    state_.run = this;
+    QObject::connect(&ending_, &QTimer::timeout, &ending_, [this] { EndNext(); });
+    if (state_.running) state_.running(true);
+  }
+  ~Run() {
+    state_.run = nullptr;
+    if (state_.running) state_.running(false);
+  }
+  Run(const Run&) = delete;
+  Run& operator=(const Run&) = delete;
+
+  // Runs `converse` on the open book; a failure before or behind it is told.
+  template <typename Converse>
+  ConversationResult Do(Converse converse) {
+    ConversationResult result;
+    try {
+      if (!OpenBook()) return result;
+      Prepare();
+      const application::JournalMark mark(*book_);
+      mark_ = &mark;
+      result.ran = converse(*book_);
+      SettleOutputs();
+      state_.TellWaiting();
+      Commit();
+      result.entries = mark.Since();
+      mark_ = nullptr;
+      book_->Close();
+    } catch (...) {
+      state_.Tell(CurrentFailure().Description(), kStopIcon);
+    }
+    if (outputs_) result.output = outputs_->LastKept();
+    Restore();
+    if (result.ChangedFigures() && state_.changed) state_.changed();
+    return result;
+  }
+
+  [[nodiscard]] engine::Book* Book() const { return book_.get(); }
+  [[nodiscard]] ListWindow* List() const { return list_; }
+  [[nodiscard]] application::OutputRules& Rules() { return rules_; }
+  void SetList(ListWindow* list) { list_ = list; }
+  [[nodiscard]] Long Owner() const { return state_.means.platform.Handles().HandleOf(state_.owner); }
+
+  // The name that the journal gives what is imported from here on; the same name again goes on with the same command.
+  void NameImport(const Text& name) {
+    if (name == import_name_ || book_ == nullptr || book_->ReadOnly()) return;
+    import_name_ = name;
+    book_->SetOperationName(name);
+  }
+  // A report begins: what is written under it is a command of its own.
+  void BeginReport() {
+    if (book_ == nullptr || book_->ReadOnly()) return;
+    report_mark_.emplace(*book_);
+    import_name_.clear();
+    if (list_ == nullptr) return;
+    const bool all = list_->ActionUnderWay() == kImportAll;
+    NameImport(all ? Text("import qdx all") : "import qdx #" + NumberOfKey(list_->SelectedKey()));
+  }
+  void ShowReport(report::Report report, report::Blocks head) {
+    ReportSetting setting;
+    if (report.title == kImportReport && report_mark_) AddChanges(setting);
+    auto* const window = new ReportWindow(std::move(report), std::move(head), std::move(setting), &state_.owner);
+    window->show();
+    window->raise();
+    window->activateWindow();
+    if (state_.changed) state_.changed();
+  }
+  // What is imported is named after the file in the prompt, when work on it begins.
+  void NameImportsBy(const Text& what, const Text& prompt) {
+    state_.means.platform.Progress().SetBeginListener([this, what, prompt] {
+      const Text file = PromptedFile(prompt);
+      NameImport(file.empty() ? what : what + " " + file);
+    });
+  }
+  // The next import is a command of its own again.
+  void ForgetName() { import_name_.clear(); }
+
+  // The list waits for the user, and nothing stands over it.
+  [[nodiscard]] bool IsIdle() const {
+    return list_ != nullptr && !list_->IsBusy() && ModalDepth() == 0 && book_ != nullptr;
+  }
+
+  // Ends the dialogs as their close boxes do, from the top, and the list by what the application wants. Work that can be
+  // cancelled is; questions are left to the user. One who stays in a dialog stays in all of them.
+  void AskToEnd() {
+    state_.means.app.SetFinished(true);
+    asked_to_close_.clear();
+    ending_.start(kLookEvery);
+  }
+
+ private:
+  // A row's key is "K" and the definition's number.
+  static Text NumberOfKey(const Text& key) { return key.empty() ? key : key.substr(1); }
+
+  void EndNext() {
+    state_.means.platform.Progress().AskToCancel();
+    if (QApplication::activeModalWidget() != nullptr) return;
+    Form* const top = TopModalDialog();
+    if (top == nullptr) return;
+    if (std::ranges::find(asked_to_close_, top) == asked_to_close_.end()) {
+      asked_to_close_.push_back(top);
+      top->UserClose();
+    } else if (top->Visible()) {
+      ending_.stop();
+      state_.means.app.SetFinished(false);
+    }
+  }
+
+  bool OpenBook() {
+    OpenedBook opened = kind_ == Kind::kExport ? state_.opener.OpenToRead(state_.book_path)
+                                               : state_.opener.OpenToChange(state_.book_path, &state_.owner);
+    book_ = std::move(opened.book);
+    for (const Text& notice : opened.notices) state_.Tell(notice, kInformationIcon);
+    return book_ != nullptr;
+  }
+
+  void Prepare() {
+    QtPlatform& platform = state_.means.platform;
+    DesktopFactory& factory = state_.means.factory;
+    rules_.ProtectBook(state_.book_path);
+    platform.Files().UseRules(rules_);
+    (void)state_.means.app.Log().Take();
+    platform.Boxes().Forget();
+    platform.Progress().Forget();
+    platform.Progress().SetCancelWords(kind_ == Kind::kExport
+                                           ? "The file then holds only what was written so far, and you are told so."
+                                           : "What was stored so far stays; the journal can take it back.");
+    if (kind_ == Kind::kExport) PrepareOutputs();
+    // What waits to be told goes into the next box of the component, which has no room for it, or is told by itself.
+    platform.Boxes().SetDetails([this] { return DetailsOfBox(); });
+    platform.Boxes().SetBeforeBox([this] { BeforeBox(); });
+    platform.Shell().SetBeforeOpen([this] { SettleOutputs(); });
+    state_.means.app.Log().SetListener([this] { state_.tell.start(0); });
+    factory.SetReportListener([this] { BeginReport(); });
+    factory.SetReportDisplay(
+        [this](report::Report report, report::Blocks head) { ShowReport(std::move(report), std::move(head)); });
+  }
+
+  void Restore() {
+    QtPlatform& platform = state_.means.platform;
+    DesktopFactory& factory = state_.means.factory;
+    state_.tell.stop();
+    state_.means.app.Log().SetListener({});
+    platform.Boxes().SetDetails({});
+    platform.Boxes().SetBeforeBox([&platform] { platform.Progress().Hide(); });
+    platform.Shell().SetBeforeOpen({});
+    factory.SetReportListener({});
+    factory.SetReportDisplay({});
+    factory.SetListListener({});
+    factory.SetTableWrapper({});
+    platform.Progress().SetBeginListener({});
+    outputs_.reset();
+    static const application::OutputRules no_rules;
+    platform.Files().UseRules(no_rules);
+    book_.reset();
+  }
+
+  void PrepareOutputs() {
+    const auto failures = [this] { return state_.means.app.Log().Count(); };
+    outputs_.emplace(state_.means.platform.Files(), rules_, failures, [this](const Text& path) { TellPart(path); });
+    state_.means.factory.SetTableWrapper(
+        [this](std::shared_ptr<DataExportObject> library) { return outputs_->Tables(std::move(library)); });
+  }
+
+  void SettleOutputs() {
+    const bool at_end = true;
+    if (outputs_) outputs_->Settle(!at_end);
+  }
+
+  void BeforeBox() {
+    state_.means.platform.Progress().Hide();
+    SettleOutputs();
+  }
+
+  // A cancelled export is kept as the part that it is.
+  void TellPart(const Text& path) {
+    ProgressWindow& progress = state_.means.platform.Progress();
+    if (!progress.WasCancelled()) return;
+    progress.Forget();
+    state_.Tell("The export was cancelled. The file holds only a part of what was wanted:\r\n" + path,
+                kExclamationIcon);
+  }
+
+  [[nodiscard]] Text DetailsOfBox() {
+    Text details;
+    const auto add = [&](const Text& line) {
+      if (!line.empty()) details += (details.empty() ? "" : "\r\n") + line;
+    };
+    for (const TellingLog::Reason& reason : state_.means.app.Log().Take()) {
+      add(reason.words);
+      add(reason.place);
+    }
+    if (outputs_ && details.find(outputs_->Refusal()) == Text::npos) add(outputs_->Refusal());
+    return details;
+  }
+
+  // Where it fails nothing of what was not stored yet is kept for a later commit.
+  void Commit() {
+    if (book_->ReadOnly()) return;
+    TellHalfWay();
+    try {
+      book_->EndProgress();
+    } catch (...) {
+      book_->Abandon();
+      throw;
+    }
+  }
+
+  void TellHalfWay() const {
+    switch (mark_->LeftHalfWay()) {
+      case application::JournalMark::Left::kNothing:
+        return;
+      case application::JournalMark::Left::kForGood:
+        return state_.Tell("An import ended half way, and what it wrote stays: this installation keeps no way back.",
+                           kExclamationIcon);
+      case application::JournalMark::Left::kUndoable:
+        state_.Tell("An import ended half way, and what it wrote by then stands. The journal can take it back.",
+                    kExclamationIcon);
+    }
+  }
+
+  void AddChanges(ReportSetting& setting) {
+    const std::vector<engine::JournalEntry> entries = report_mark_->Since();
+    for (const engine::JournalEntry& entry : entries) setting.changes.push_back(ChangeOf(entry));
+    if (entries.empty()) setting.changes.emplace_back("No figure was changed.");
+    std::vector<engine::JournalEntry> undoable;
+    std::ranges::copy_if(entries, std::back_inserter(undoable), CanBeUndone);
+    if (undoable.empty()) return;
+    // The report stays when the book has been closed, and with it what could take anything back.
+    setting.undo = [state = std::weak_ptr(shared_), ids = IdsOf(undoable)] {
+      const auto alive = state.lock();
+      return alive && TakeBack(alive, ids).ran;
+    };
+  }
+
+  std::shared_ptr<State> shared_;
+  State& state_;
+  Kind kind_;
+  std::unique_ptr<engine::Book> book_;
+  application::OutputRules rules_;
+  std::optional<ExportOutputs> outputs_;
+  const application::JournalMark* mark_ = nullptr;
+  std::optional<application::JournalMark> report_mark_;
+  ListWindow* list_ = nullptr;
+  Text import_name_;
+  QTimer ending_;
+  std::vector<const Form*> asked_to_close_;
+};
+
+// --- The conversations -----------------------------------------------------------------------------------------------
+
+Conversations::Conversations(const ConversationMeans& means, const Text& book, QWidget& owner)
+    : state_(std::make_shared<State>(means, book, owner)) {}
+
+Conversations::~Conversations() = default;
+
+template <typename Converse>
+ConversationResult Conversations::Start(bool imports, Converse converse) {
+  if (state_->run != nullptr) return {};
+  Run run(state_, imports ? Run::Kind::kImport : Run::Kind::kExport);
+  return run.Do([&](engine::Book& book) {
+    CDataExchangeGUI gui(state_->means.factory);
+    return converse(run, gui, book);
+  });
+}
+
+ConversationResult Conversations::ExportTable(Date& current_date) {
+  const bool imports = false;
+  return Start(imports, [&](Run& run, CDataExchangeGUI& gui, engine::Book& book) {
+    const bool as_table = true;
+    return gui.ExportQDX(run.Owner(), book, as_table, current_date);
+  });
+}
+
+ConversationResult Conversations::ExportQdx(Date& current_date) {
+  const bool imports = false;
+  return Start(imports, [&](Run& run, CDataExchangeGUI& gui, engine::Book& book) {
+    const bool as_table = false;
+    return gui.ExportQDX(run.Owner(), book, as_table, current_date);
+  });
+}
+
+ConversationResult Conversations::ImportCsv(const Text& file) {
+  const bool imports = true;
+  return Start(imports, [&](Run& run, CDataExchangeGUI& gui, engine::Book& book) {
+    const PromptFiller filler(kFilePrompt, file);
+    run.NameImportsBy("import csv", kFilePrompt);
+    const bool ignored = true;
+    return gui.ImportCSV(run.Owner(), book, ignored);
+  });
+}
+
+ConversationResult Conversations::ImportDelimited(const Text& file, bool allow_system_fields) {
+  const bool imports = true;
+  return Start(imports, [&](Run& run, CDataExchangeGUI& gui, engine::Book& book) {
+    const PromptFiller filler(kDelimitedPrompt, file);
+    const LineEndQuestion line_ends;
+    run.NameImportsBy("import delimited", kDelimitedPrompt);
+    return gui.ImportDelimited(run.Owner(), book, allow_system_fields);
+  });
+}
+
+ConversationResult Conversations::Definitions(const Text& file) {
+  const bool imports = true;
+  return Start(imports, [&](Run& run, CDataExchangeGUI& gui, engine::Book& book) {
+    const auto definitions =
+        application::LookAtDefinitions(state_->means.platform.Files(), book.DataPath(), book.FileExtension());
+    application::NeedReadableDefinitions(definitions);
+    std::optional<PromptFiller> filler;
+    state_->means.factory.SetListListener([&](ListWindow& list) {
+      run.SetList(&list);
+      if (file.empty()) return;
+      list.SetOnShown([&](ListWindow& shown) { PointAt(shown, definitions, file, filler); });
+    });
+    const Integer ignored = 0;
+    const bool ended = gui.ImportQDX(run.Owner(), book, kDefinitionDataType, ignored);
+    run.SetList(nullptr);
+    return ended;
+  });
+}
+
+ConversationResult Conversations::Undo(Long id) {
+  return TakeBack(state_, id == 0 ? std::vector<Long>() : std::vector<Long>{id});
+}
+
+ConversationResult Conversations::UndoAll(const std::vector<Long>& ids) {
+  return ids.empty() ? ConversationResult() : TakeBack(state_, ids);
+}
+
+// On the book that a conversation has open, while its list waits for the user; else on one that is opened for it.
+ConversationResult Conversations::TakeBack(const std::shared_ptr<State>& state, const std::vector<Long>& ids) {
+  ConversationResult result;
+  Run* const run = state->run;
+  const bool idle = run == nullptr || run->IsIdle();
+  if (!idle) {
+    state->Tell("Something else is being done with the book now. Undo is possible when that has ended.",
+                kExclamationIcon);
+    return result;
+  }
+  const Text question =
+      "Undo puts every figure that was written back to what it was before. Changes that were made to other figures "
+      "since then stay.\r\n\r\nUndo the import now?";
+  QtMessageBoxes& boxes = state->means.platform.Boxes();
+  if (boxes.Tell(question, kOkCancel | kQuestionIcon, state->Title(), "") != kOk) return result;
+  try {
+    OpenedBook opened;
+    if (run == nullptr) opened = state->opener.OpenToChange(state->book_path, &state->owner);
+    engine::Book* const book = run == nullptr ? opened.book.get() : run->Book();
+    if (book == nullptr) return result;
+    const application::JournalMark mark(*book);
+    book->SetOperation(engine::JournalKind::kUndo, "journal undo");
+    engine::Journal journal(*book);
+    if (ids.empty()) (void)journal.UndoNewest();
+    for (const Long id : ids | std::views::reverse) (void)journal.Undo(id);
+    result.entries = mark.Since();
+    result.ran = true;
+    if (run == nullptr) opened.book->Close();
+    if (run != nullptr) run->ForgetName();
+  } catch (...) {
+    state->Tell(CurrentFailure().Description(), kStopIcon);
+  }
+  if (result.ChangedFigures() && state->changed) state->changed();
+  return result;
+}
+
+bool Conversations::IsRunning() const {
+  return state_->run != nullptr;
+}
+
+void Conversations::AskToEnd() {
+  if (state_->run != nullptr) state_->run->AskToEnd();
+}
+
+void Conversations::SetChangeListener(std::function<void()> listener) {
+  state_->changed = std::move(listener);
+}
+
+void Conversations::SetRunningListener(std::function<void(bool running)> listener) {
+  state_->running = std::move(listener);
+}
+
+}  // namespace tallybook::desktop

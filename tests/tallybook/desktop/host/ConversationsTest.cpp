@@ -1,0 +1,408 @@
+// Conversations of the component in real windows, from the call that the main window makes to the figures and files on
+// disk. The user's keys and clicks go to widgets.
+#include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <gmock/gmock.h>
+
+#include "forms/Form.h"
+#include "forms/modAllUI.h"
+#include "platform/MessageBoxes.h"
+#include "tallybook/desktop/forms/FormWindow.h"
+#include "tallybook/desktop/forms/QtScreen.h"
+#include "tallybook/desktop/host/Conversations.h"
+#include "tallybook/desktop/host/DesktopApp.h"
+#include "tallybook/desktop/host/DesktopFactory.h"
+#include "tallybook/desktop/host/QtPlatform.h"
+#include "tests/import/ExchangeFile.h"
+#include "tests/support/TempFolder.h"
+#include "tests/tallybook/desktop/Waiting.h"
+#include "tests/tallybook/engine/BookFixture.h"
+
+namespace tallybook::desktop {
+namespace {
+
+using tallybook::testing::Day;
+using tallybook::testing::ExchangeFile;
+using tallybook::testing::FigureMap;
+using tallybook::testing::FiguresOf;
+using tallybook::testing::ShopDescription;
+using tallybook::testing::TempFolder;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using testing::Part;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+using testing::WhenShown;
+
+constexpr Long kShop = 101;
+constexpr Integer kSales = 1;
+constexpr const char* kCsvPrompt = "Import CSV Data File";
+constexpr const char* kList = "QDX Import Layouts";
+constexpr const char* kReport = "QDX Import Report";
+const std::string kFigures = "2,3,2004,1,1\r\n100,1,12.5\r\n200,4,3\r\n";
+
+class ConversationsTest : public ::testing::Test {
+ protected:
+  ConversationsTest() {
+    engine::BookDescription description = ShopDescription();
+    for (int day = 0; day < 400; ++day) description.values.push_back({kShop, first_ + day, kSales, 100.0 + day});
+    engine::Book::Create(BookPath(), description);
+    platform_.SetMainWindow(&main_);
+    platform_.SetApp(&app_);
+    main_.setWindowTitle("Main");
+    main_.resize(900, 600);
+    main_.show();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&main_));
+  }
+  ~ConversationsTest() override {
+    EXPECT_EQ(ModalDepth(), 0);
+    EXPECT_FALSE(conversations_.IsRunning());
+  }
+
+  [[nodiscard]] Text BookPath() const { return folder_.Path("North.tbk"); }
+  [[nodiscard]] FigureMap Stored() {
+    engine::BookOptions options;
+    options.read_only = true;
+    return FiguresOf(*engine::Book::Open(BookPath(), app_, options));
+  }
+
+  void WriteExchangeFile(const Text& name) {
+    ExchangeFile file;
+    file.first = day_;
+    file.last = day_;
+    file.accounts = {{"100", "Front"}};
+    file.blocks = {{Integer{1}, {{day_, {{kSales, 7.5}}}}}};
+    file.fields = {{kSales, "Sales"}};
+    folder_.Write(name, file.Bytes());
+  }
+  void WriteDefinition(int number, const Text& title, const Text& qdx_file) {
+    folder_.Write("TBQDX" + std::to_string(number) + ".North",
+                  "\"" + title + "\",\"" + folder_.Path(qdx_file) + "\",3,-1,-1\r\n0,0\r\n0\r\n");
+  }
+
+  // --- What the user does --------------------------------------------------------------------------------------------
+
+  static WhenShown::Act Press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    return [=](QWidget& window) {
+      QWidget* const focus = window.focusWidget();
+      QTest::keyClick(focus != nullptr ? focus : &window, key, modifiers);
+    };
+  }
+  // The widget that has the focus where the form's control of this name has it.
+  static QWidget& WidgetOf(QWidget& window, const char* control) {
+    auto& form_window = dynamic_cast<FormWindow&>(window);
+    QWidget* const widget = form_window.WidgetOf(*form_window.Shown().Find(control));
+    EXPECT_NE(widget, nullptr) << control;
+    return *widget;
+  }
+  static QLineEdit& FileBox(QWidget& window) { return dynamic_cast<QLineEdit&>(WidgetOf(window, "Text1")); }
+  // Types a file's path into the prompt and presses Enter.
+  WhenShown::Act Name(const Text& name) {
+    return [path = folder_.Path(name)](QWidget& window) {
+      QLineEdit& box = FileBox(window);
+      box.setFocus();
+      QTest::keyClick(&box, Qt::Key_A, Qt::ControlModifier);
+      QTest::keyClicks(&box, QString::fromStdString(path));
+      QTest::keyClick(&box, Qt::Key_Return);
+    };
+  }
+  static WhenShown::Act Click(const char* part) {
+    return [part](QWidget& window) { QTest::mouseClick(&Part<QPushButton>(window, part), Qt::LeftButton); };
+  }
+
+  const Date first_ = Day(2003, 1, 1);
+  const Date day_ = Day(2004, 2, 3);
+  TempFolder folder_;
+  QMainWindow main_;
+  QtPlatform platform_;
+  DesktopApp app_{{.title = "Tallybook",
+                   .settings_file = folder_.Path("tallybook.ini"),
+                   .log_file = folder_.Path("tallybook.log"),
+                   .import_folder = folder_.Path(),
+                   .data_folder = folder_.Path()}};
+  DesktopFactory factory_{platform_.Handles(), platform_.Progress()};
+  Conversations conversations_{{.platform = platform_, .app = app_, .factory = factory_}, BookPath(), main_};
+  WhenShown user_;
+};
+
+// --- Text files ------------------------------------------------------------------------------------------------------
+
+TEST_F(ConversationsTest, ACommaSeparatedFileThatWasNamedStandsInThePromptAndIsImported) {
+  folder_.Write("day.csv", kFigures);
+  FigureMap expected = Stored();
+  expected[{kShop, day_, kSales}] += 12.5;
+  expected[{205, day_, 4}] += 3;
+  user_
+      .Then(kCsvPrompt,
+            [&](QWidget& window) {
+              testing::WaitUntil([&] { return !FileBox(window).text().isEmpty(); }, "the file's name is filled in");
+              EXPECT_EQ(FileBox(window).text().toStdString(), folder_.Path("day.csv"));
+              QTest::keyClick(&FileBox(window), Qt::Key_Return);
+            })
+      .Then("Tallybook", Press(Qt::Key_Return));
+  int changes = 0;
+  conversations_.SetChangeListener([&] { ++changes; });
+  const ConversationResult result = conversations_.ImportCsv(folder_.Path("day.csv"));
+  EXPECT_TRUE(result.ran);
+  ASSERT_THAT(result.entries, SizeIs(1));
+  EXPECT_EQ(result.entries[0].what_ran, "import csv " + folder_.Path("day.csv"));
+  EXPECT_EQ(Stored(), expected);
+  EXPECT_GT(changes, 0);
+}
+
+TEST_F(ConversationsTest, ACommaSeparatedImportThatIsCancelledChangesNothing) {
+  const FigureMap before = Stored();
+  user_.Then(kCsvPrompt, Press(Qt::Key_Escape));
+  const ConversationResult result = conversations_.ImportCsv();
+  EXPECT_TRUE(result.ran);
+  EXPECT_FALSE(result.ChangedFigures());
+  EXPECT_EQ(Stored(), before);
+}
+
+TEST_F(ConversationsTest, ADelimitedFileWhoseLinesEndOtherwiseIsReadWhereTheUserWantsIt) {
+  folder_.Write("days.txt", "3/2/2004,100,1,5\n4/2/2004,100,1,6\n");
+  FigureMap expected = Stored();
+  expected[{kShop, Day(2004, 3, 2), kSales}] = 5;
+  expected[{kShop, Day(2004, 4, 2), kSales}] = 6;
+  user_.Then("Import Delimited File", Name("days.txt"))
+      .Then("Tallybook",
+            [&](QWidget& window) {
+              EXPECT_THAT(Part<QLabel>(window, "text").text().toStdString(),
+                          HasSubstr("days.txt: lines end in LF; wanted are CR or CR LF"));
+              QTest::keyClick(&window, Qt::Key_Y);
+            })
+      .Then("Tallybook", Press(Qt::Key_Return))   // go on?
+      .Then("Tallybook", Press(Qt::Key_Return));  // so many records were read
+  const ConversationResult result = conversations_.ImportDelimited();
+  EXPECT_TRUE(result.ChangedFigures());
+  const FigureMap stored = Stored();
+  EXPECT_EQ(stored.at({kShop, Day(2004, 3, 2), kSales}), 5);
+}
+
+// --- Exports ---------------------------------------------------------------------------------------------------------
+
+class ExportConversationsTest : public ConversationsTest {
+ protected:
+  // Takes the range that the dialog of dates proposes.
+  void TakeDates(const char* title) { user_.Then(title, PressButton("Command1", 2)); }
+  static WhenShown::Act PressButton(const char* control, Integer index) {
+    return [=](QWidget& window) {
+      auto& form_window = dynamic_cast<FormWindow&>(window);
+      Control* const button = form_window.Shown().Find(control, index);
+      ASSERT_NE(button, nullptr);
+      QTest::mouseClick(form_window.WidgetOf(*button), Qt::LeftButton);
+    };
+  }
+  Date date_ = Day(2003, 1, 5);
+};
+
+TEST_F(ExportConversationsTest, AnExchangeFileTakesTheNameThatTheUserGivesOnceItIsWhole) {
+  TakeDates("Export Data to QDX File");
+  user_.Then("Export Data to QDX File", Name("out.QDX"));
+  const ConversationResult result = conversations_.ExportQdx(date_);
+  EXPECT_TRUE(result.ran);
+  EXPECT_FALSE(result.ChangedFigures());
+  EXPECT_EQ(result.output, folder_.Path("out.QDX"));
+  EXPECT_THAT(folder_.Read("out.QDX"), HasSubstr("QDX"));
+  EXPECT_THAT(folder_.Read("North.ini"), HasSubstr("out.QDX"));
+}
+
+TEST_F(ExportConversationsTest, AnExportThatIsCancelledLeavesTheOldFile) {
+  folder_.Write("out.QDX", "old");
+  TakeDates("Export Data to QDX File");
+  user_.Then("Export Data to QDX File", Press(Qt::Key_Escape));
+  const ConversationResult result = conversations_.ExportQdx(date_);
+  EXPECT_TRUE(result.output.empty());
+  EXPECT_EQ(folder_.Read("out.QDX"), "old");
+}
+
+TEST_F(ExportConversationsTest, AnOutputThatWouldReplaceABookIsRefusedWithTheReason) {
+  const std::string before = folder_.Read("North.tbk");
+  folder_.Write("other.QDX", before);
+  TakeDates("Export Data to QDX File");
+  user_.Then("Export Data to QDX File", Name("other.QDX"))
+      .Then("Tallybook",
+            [](QWidget& window) {
+              EXPECT_THAT(Part<QLabel>(window, "text").text().toStdString(), StartsWith("The output file:"));
+              EXPECT_THAT(Part<QPlainTextEdit>(window, "details").toPlainText().toStdString(), HasSubstr("book"));
+              QTest::keyClick(&window, Qt::Key_Escape);
+            })
+      .Then("Export Data to QDX File", Press(Qt::Key_Escape));
+  const ConversationResult result = conversations_.ExportQdx(date_);
+  EXPECT_TRUE(result.output.empty());
+  EXPECT_TRUE(folder_.Read("other.QDX") == before);
+}
+
+TEST_F(ExportConversationsTest, ATableHasItsNameWhenTheQuestionToOpenItIsAsked) {
+  TakeDates("Export Data to File");
+  user_.Then("Export Options", Name("out.csv")).Then("Tallybook", [&](QWidget& window) {
+    EXPECT_THAT(Part<QLabel>(window, "text").text().toStdString(), StartsWith("Export file created at:"));
+    EXPECT_TRUE(folder_.Has("out.csv"));
+    QTest::keyClick(&window, Qt::Key_Escape);
+  });
+  const ConversationResult result = conversations_.ExportTable(date_);
+  EXPECT_EQ(result.output, folder_.Path("out.csv"));
+  EXPECT_THAT(folder_.Read("out.csv"), StartsWith("\"Date\""));
+}
+
+// --- The list of definitions -----------------------------------------------------------------------------------------
+
+TEST_F(ConversationsTest, AFileSelectsItsDefinitionIsImportedReportedAndTakenBackFromTheReport) {
+  WriteExchangeFile("south.QDX");
+  WriteDefinition(1, "East", "east.QDX");
+  WriteDefinition(2, "South", "sou*.QDX");
+  const FigureMap before = Stored();
+  user_
+      .Then(kList,
+            [&](QWidget& window) {
+              testing::WaitUntil([&] { return Part<QLabel>(window, "note").isVisible(); },
+                                 "the definition is pointed at");
+              auto& table = Part<QTableView>(window, "rows");
+              EXPECT_EQ(table.model()->index(table.currentIndex().row(), 0).data().toString(), "South");
+              EXPECT_TRUE(conversations_.IsRunning());
+              QTimer::singleShot(0, &window, [&window] { Click("action1")(window); });
+            })
+      .Then("Edit QDX Import Layout Number: 2", Press(Qt::Key_Return))
+      .Then(kReport,
+            [&](QWidget& window) {
+              EXPECT_THAT(Part<QLabel>(window, "changes").text().toStdString(),
+                          StartsWith("Changed: figures of 2004-02-03 (journal entry 1, import qdx #2)."));
+              EXPECT_THAT(Part<QPlainTextEdit>(window, "text").toPlainText().toStdString(), HasSubstr("south.QDX"));
+              QTimer::singleShot(0, &window, [&window] { Click("undo")(window); });
+            })
+      .Then("Tallybook", Press(Qt::Key_Return))
+      .Then(kReport,
+            [](QWidget& window) {
+              EXPECT_FALSE(Part<QPushButton>(window, "undo").isEnabled());
+              window.close();
+            })
+      .Then(kList, Press(Qt::Key_Escape));
+  const ConversationResult result = conversations_.Definitions(folder_.Path("south.QDX"));
+  EXPECT_TRUE(result.ran);
+  ASSERT_THAT(result.entries, SizeIs(2));
+  EXPECT_EQ(result.entries[0].state, engine::JournalState::kUndone);
+  EXPECT_EQ(result.entries[1].undoes, result.entries[0].id);
+  EXPECT_EQ(Stored(), before);
+}
+
+TEST_F(ConversationsTest, AFileThatNoDefinitionKnowsBeginsANewOneWithItsName) {
+  WriteExchangeFile("south.QDX");
+  user_
+      .Then("Open QDX File",
+            [&](QWidget& window) {
+              testing::WaitUntil([&] { return !FileBox(window).text().isEmpty(); }, "the file's name is filled in");
+              EXPECT_EQ(FileBox(window).text().toStdString(), folder_.Path("south.QDX"));
+              QTest::keyClick(&FileBox(window), Qt::Key_Escape);
+            })
+      .Then(kList, Press(Qt::Key_Escape));
+  EXPECT_FALSE(conversations_.Definitions(folder_.Path("south.QDX")).ChangedFigures());
+}
+
+TEST_F(ConversationsTest, ADefinitionThatCannotBeReadIsToldAndNothingIsLoaded) {
+  folder_.Write("TBQDX1.North", "\"South\",\"x.QDX\",3\r\n");
+  user_.Then("Tallybook", [](QWidget& window) {
+    EXPECT_THAT(Part<QLabel>(window, "text").text().toStdString(), HasSubstr("TBQDX1.North"));
+    window.close();
+  });
+  EXPECT_FALSE(conversations_.Definitions().ran);
+}
+
+TEST_F(ConversationsTest, TheOwnerStaysUsableWhileTheListIsShownAndMayAskItToEnd) {
+  user_.Then(kList, [&](QWidget&) {
+    EXPECT_TRUE(main_.isEnabled());
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    EXPECT_FALSE(conversations_.ImportCsv().ran) << "one at a time";
+    conversations_.AskToEnd();
+  });
+  std::vector<bool> running;
+  conversations_.SetRunningListener([&](bool now) { running.push_back(now); });
+  EXPECT_TRUE(conversations_.Definitions().ran);
+  EXPECT_THAT(running, ElementsAre(true, false));
+  EXPECT_TRUE(app_.Finished());
+}
+
+TEST_F(ConversationsTest, AskedToEndTheDialogsOverTheListCloseFirst) {
+  WriteExchangeFile("south.QDX");
+  user_.Then(kList, [&](QWidget& window) { QTimer::singleShot(0, &window, [&window] { Click("add")(window); }); })
+      .Then("Open QDX File", [&](QWidget&) { conversations_.AskToEnd(); });
+  EXPECT_TRUE(conversations_.Definitions().ran);
+  EXPECT_TRUE(app_.Finished());
+}
+
+TEST_F(ConversationsTest, ABoxWithinADialogStandsOverIt) {
+  user_
+      .Then(kList,
+            [&](QWidget& window) {
+              QTimer::singleShot(0, &window, [&window] { Click("action1")(window); });  // nothing is selected
+            })
+      .Then("Tallybook",
+            [](QWidget& box) {
+              ASSERT_NE(box.parentWidget(), nullptr);
+              EXPECT_THAT(box.parentWidget()->windowTitle().toStdString(), StartsWith(kList));
+              QTest::keyClick(&box, Qt::Key_Return);
+            })
+      .Then(kList, Press(Qt::Key_Escape));
+  EXPECT_TRUE(conversations_.Definitions().ran);
+}
+
+// --- A book that others have, and the way back -----------------------------------------------------------------------
+
+TEST_F(ConversationsTest, ABookThatIsInUseIsWaitedForWithWordsUntilItIsFree) {
+  auto other = engine::Book::Open(BookPath(), app_);
+  user_
+      .Then("Waiting for North.tbk",
+            [&](QWidget& window) {
+              EXPECT_THAT(Part<QLabel>(window, "words").text().toStdString(), HasSubstr("in this program"));
+              other.reset();
+            })
+      .Then(kCsvPrompt, Press(Qt::Key_Escape));
+  EXPECT_TRUE(conversations_.ImportCsv().ran);
+}
+
+TEST_F(ConversationsTest, AWaitThatIsCancelledChangesNothing) {
+  const auto other = engine::Book::Open(BookPath(), app_);
+  user_.Then("Waiting for North.tbk", Press(Qt::Key_Escape));
+  EXPECT_FALSE(conversations_.ImportCsv().ran);
+}
+
+TEST_F(ConversationsTest, AnExportNeedsNoRightToWrite) {
+  const auto other = engine::Book::Open(BookPath(), app_);
+  user_.Then("Export Data to QDX File", Press(Qt::Key_Escape));
+  Date date = day_;
+  EXPECT_TRUE(conversations_.ExportQdx(date).ran);
+}
+
+TEST_F(ConversationsTest, AnEntryIsTakenBackAfterAQuestion) {
+  const FigureMap before = Stored();
+  {
+    const auto book = engine::Book::Open(BookPath(), app_);
+    book->BeginRollback(day_, day_);
+    tallybook::testing::Put(*book, kShop, day_, kSales, 1);
+    book->EndRollback();
+    book->Close();
+  }
+  const FigureMap changed = Stored();
+  user_.Then("Tallybook", Press(Qt::Key_Escape));
+  EXPECT_FALSE(conversations_.Undo(1).ran);
+  EXPECT_EQ(Stored(), changed);
+  user_.Then("Tallybook", Press(Qt::Key_Return));
+  EXPECT_TRUE(conversations_.Undo(1).ran);
+  EXPECT_EQ(Stored(), before);
+}
+
+TEST_F(ConversationsTest, WhatCannotBeTakenBackSaysWhy) {
+  user_.Then("Tallybook", Press(Qt::Key_Return)).Then("Tallybook", [](QWidget& window) {
+    EXPECT_THAT(Part<QLabel>(window, "text").text().toStdString(), HasSubstr("journal"));
+    window.close();
+  });
+  EXPECT_FALSE(conversations_.Undo(7).ran);
+}
+
+}  // namespace
+}  // namespace tallybook::desktop
