@@ -116,6 +116,7 @@ void ReportWindow::MakeButtons() {
   search_->installEventFilter(this);
   found_ = NewLabel("", "found", this);
   found_->setWordWrap(false);
+  found_->setAccessibleName(tr("Found"));
   next_ = new QPushButton(tr("&Next"), this);
   previous_ = new QPushButton(tr("Pre&vious"), this);
   next_->setObjectName("next");
