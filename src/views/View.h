@@ -43,6 +43,9 @@ struct Part {
   std::vector<Part> parts;
   // What names the control aloud where neither a label nor a caption does.
   std::string spoken;
+  // Of a grid: what a cell says where something is still missing. Such cells are drawn faint, and a line below the grid
+  // counts their rows.
+  std::string missing;
   int stretch = 0;     // its share of the room that is left, beside its neighbours'
   int characters = 0;  // how many usual characters are to be seen at least; 0: as the kind needs
   int rows = 0;        // of a grid or list: how many rows are to be seen at least

@@ -11,7 +11,7 @@ namespace {
 // What a title or the path of a file needs to be read without scrolling.
 constexpr int kNameWidth = 48;
 // A row of either side of a match: code and description, twice.
-constexpr int kMatchWidth = 112;
+constexpr int kMatchWidth = 118;
 constexpr int kMatchRows = 14;
 
 // A box to type in with the button that opens the picker for it.
@@ -71,8 +71,9 @@ FormView SaveAsQuestion() {
 Part MatchPage(Integer page, const char* receives, const char* rows) {
   Part list = Spoken(receives, Floating({"cboGridList", page}));
   list.keeps_enter = true;
-  return Framed({"Page", page}, {list, Stretched(Spoken(rows, AtLeast(Shown({"Grid", page}), kMatchWidth, kMatchRows))),
-                                 Shown({"lblNote", page})});
+  Part grid = Stretched(Spoken(rows, AtLeast(Shown({"Grid", page}), kMatchWidth, kMatchRows)));
+  grid.missing = "Not to be sent";
+  return Framed({"Page", page}, {list, grid, Shown({"lblNote", page})});
 }
 
 FormView Editor() {

@@ -1,9 +1,9 @@
-#include "forms/Event.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
 #include <vector>
+
+#include "forms/Event.h"
 
 namespace tallybook::testing {
 namespace {

@@ -186,6 +186,7 @@ void FormWindow::showEvent(QShowEvent* event) {
   if (event->spontaneous() || detached_) return;
   was_shown_ = true;
   expects_activation_ = true;
+  layout()->invalidate();  // whatever was set since it was laid out
   TakeFirstFocus();
 }
 

@@ -1,6 +1,8 @@
 #include "tallybook/desktop/forms/GridBinder.h"
 
 #include <QHeaderView>
+#include <QLabel>
+#include <QLocale>
 #include <QScrollBar>
 #include <QTableView>
 #include <QWheelEvent>
@@ -94,6 +96,38 @@ void GridBinder::SetRoomForList(int height) {
   MeasureRows();
 }
 
+QLabel& GridBinder::CountMissing(const Text& text, QWidget& parent) {
+  model_.SetMissing(text);
+  count_label_ = new QLabel(&parent);
+  count_label_->setObjectName(table_.objectName() + QStringLiteral("Count"));
+  return *count_label_;
+}
+
+void GridBinder::CountAll() {
+  if (count_label_ == nullptr) return;
+  missing_.assign(static_cast<std::size_t>(grid_.Rows()), false);
+  missing_count_ = 0;
+  CountRows(grid_.FixedRows(), grid_.Rows() - 1);
+}
+
+void GridBinder::CountRows(Long first, Long last) {
+  if (count_label_ == nullptr || missing_.size() != static_cast<std::size_t>(grid_.Rows())) return;
+  for (Long row = std::max(first, grid_.FixedRows()); row <= last; ++row) {
+    const auto place = missing_.begin() + row;
+    missing_count_ -= *place ? 1 : 0;
+    *place = model_.IsMissing(row);
+    missing_count_ += *place ? 1 : 0;
+  }
+  ShowCount();
+}
+
+void GridBinder::ShowCount() {
+  const QLocale locale;
+  const Long rows = std::max(grid_.Rows() - grid_.FixedRows(), Long{0});
+  count_label_->setText(
+      QStringLiteral("%1 of %2 not sent").arg(locale.toString(missing_count_), locale.toString(rows)));
+}
+
 void GridBinder::MeasureRows() {
   const int font_height = table_.fontMetrics().height() + 2 * Unit(table_);
   grid_.SetCharacterWidth(CharacterWidth(table_));
@@ -150,6 +184,7 @@ void GridBinder::Follow(const Change& change) {
   const Following following(*this);
   switch (change.kind) {
     case Change::Kind::kRows:
+      CountRows(change.first, change.last);
       return model_.TellRows(change.first, change.last);
     case Change::Kind::kSelection:
       return FollowCurrent();
@@ -171,6 +206,7 @@ void GridBinder::FollowAll() {
     model_.Reset();
   else
     model_.TellRows(0, grid_.Rows() - 1);
+  CountAll();
   FollowColumns();
   table_.updateGeometries();
   FollowCurrent();

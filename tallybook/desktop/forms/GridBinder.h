@@ -23,6 +23,8 @@ class GridBinder : public ControlBinder {
   bool TakeKey(const KeyPress& press) override;
   // A list of this height is laid over the current cell.
   void SetRoomForList(int height);
+  // Marks the rows where a cell has this text, and counts them in a label, which belongs to `parent`.
+  QLabel& CountMissing(const Text& text, QWidget& parent);
   // The rows have the height that the font and the list over them need.
   void MeasureRows();
 
@@ -35,11 +37,17 @@ class GridBinder : public ControlBinder {
   void FollowCurrent();
   void FollowScroll();
   void HoldScroll();
+  void CountAll();
+  void CountRows(Long first, Long last);
+  void ShowCount();
 
   Grid& grid_;
   GridTable& table_;
   GridModel& model_;
   int list_height_ = 0;
+  QPointer<QLabel> count_label_;
+  std::vector<bool> missing_;  // by rows of the grid
+  Long missing_count_ = 0;
 };
 
 }  // namespace tallybook::desktop

@@ -1,6 +1,7 @@
 #include "tallybook/desktop/forms/GridModel.h"
 
 #include <QBrush>
+#include <QFont>
 #include <QGuiApplication>
 #include <QPalette>
 #include <algorithm>
@@ -19,6 +20,16 @@ QVariant SideOf(Alignment alignment) {
   return QVariant::fromValue(side | Qt::AlignVCenter);
 }
 
+// Between text and ground, and still well read on it, in light and dark.
+QColor FaintText() {
+  constexpr int kOfText = 65;
+  const QPalette palette = QGuiApplication::palette();
+  const QColor text = palette.color(QPalette::Text);
+  const QColor base = palette.color(QPalette::Base);
+  const auto mixed = [](int one, int other) { return (one * kOfText + other * (100 - kOfText)) / 100; };
+  return {mixed(text.red(), base.red()), mixed(text.green(), base.green()), mixed(text.blue(), base.blue())};
+}
+
 }  // namespace
 
 void GridModel::Reset() {
@@ -35,6 +46,13 @@ void GridModel::TellRows(Long first, Long last) {
   if (bottom >= top) emit dataChanged(index(top, 0), index(bottom, columns_ - 1));
 }
 
+bool GridModel::IsMissing(Long row) const {
+  if (missing_.empty()) return false;
+  for (Long column = 0; column < grid_->Columns(); ++column)
+    if (grid_->Cell(row, column) == missing_) return true;
+  return false;
+}
+
 int GridModel::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : rows_;
 }
@@ -45,6 +63,14 @@ int GridModel::columnCount(const QModelIndex& parent) const {
 
 bool GridModel::IsShaded(int column) const {
   return column < grid_->FixedColumns() || grid_->ColumnShaded(column);
+}
+
+// Not by colour alone.
+QVariant GridModel::FontOfCell(Long row, Long column) const {
+  if (missing_.empty() || grid_->Cell(row, column) != missing_) return {};
+  QFont font;
+  font.setItalic(true);
+  return font;
 }
 
 QVariant GridModel::data(const QModelIndex& index, int role) const {
@@ -62,7 +88,10 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
       return SideOf(grid_->ColumnAlignment(column));
     case Qt::BackgroundRole:
       return IsShaded(column) ? QVariant(QGuiApplication::palette().brush(QPalette::Button)) : QVariant();
+    case Qt::FontRole:
+      return FontOfCell(row, column);
     case Qt::ForegroundRole:
+      if (!missing_.empty() && grid_->Cell(row, column) == missing_) return QBrush(FaintText());
       return IsShaded(column) ? QVariant(QGuiApplication::palette().brush(QPalette::ButtonText)) : QVariant();
     default:
       return {};

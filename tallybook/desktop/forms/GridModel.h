@@ -21,6 +21,9 @@ class GridModel : public QAbstractTableModel {
   void Reset();
   // The control goes: there are no cells any more.
   void LetGo() { grid_ = nullptr; }
+  // A cell of this text is drawn faint: something is missing there.
+  void SetMissing(const Text& text) { missing_ = text; }
+  [[nodiscard]] bool IsMissing(Long row) const;
   // Rows of the grid whose cells have changed.
   void TellRows(Long first, Long last);
 
@@ -32,8 +35,10 @@ class GridModel : public QAbstractTableModel {
 
  private:
   [[nodiscard]] bool IsShaded(int column) const;
+  [[nodiscard]] QVariant FontOfCell(Long row, Long column) const;
 
   const Grid* grid_;
+  Text missing_;
   int rows_ = 0;
   int columns_ = 0;
 };

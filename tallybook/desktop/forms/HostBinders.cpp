@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableView>
+#include <QTextCharFormat>
 #include <cmath>
 
 #include "forms/HostControls.h"
@@ -127,6 +128,8 @@ void SaveButtonsBinder::DrawCaption(const QString& caption) {
 CalendarBinder::CalendarBinder(CalendarBox& box, QWidget& parent)
     : ControlBinder(box, *new QCalendarWidget(&parent)), box_(box), calendar_(static_cast<QCalendarWidget&>(Widget())) {
   calendar_.setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
+  // Qt's red for the end of the week is hard to read on a dark ground and means nothing here.
+  for (const Qt::DayOfWeek day : {Qt::Saturday, Qt::Sunday}) calendar_.setWeekdayTextFormat(day, QTextCharFormat());
   QObject::connect(&calendar_, &QCalendarWidget::selectionChanged, &Receiver(), [this] {
     if (IsFollowing()) return;
     User([&] { box_.UserChoose(DateOf(calendar_.selectedDate())); });

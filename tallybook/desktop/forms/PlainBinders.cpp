@@ -69,6 +69,8 @@ void LabelBinder::SetWrapping() {
 // A label that is nobody's shows its marks as they stand.
 void LabelBinder::DrawCaption(const QString& caption) {
   label_.setText(caption);
+  // One that says nothing takes no room.
+  if (caption.isEmpty()) label_.hide();
 }
 
 // --- Frame -----------------------------------------------------------------------------------------------------------

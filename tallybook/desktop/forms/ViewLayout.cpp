@@ -137,6 +137,8 @@ void ViewLayout::AddControl(const Part& part, QBoxLayout& around, QWidget& paren
   auto* const label = dynamic_cast<LabelBinder*>(&binder);
   if (label != nullptr && around.direction() == QBoxLayout::TopToBottom) label->SetWrapping();
   around.addWidget(&binder.Widget(), part.stretch);
+  auto* const grid = dynamic_cast<GridBinder*>(&binder);
+  if (grid != nullptr && !part.missing.empty()) around.addWidget(&grid->CountMissing(part.missing, parent));
 }
 
 // --- Rows, columns, fields -------------------------------------------------------------------------------------------

@@ -4,11 +4,13 @@
 #include <QAbstractItemView>
 #include <QAbstractSpinBox>
 #include <QAccessible>
+#include <QApplication>
 #include <QCalendarWidget>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QMenuBar>
+#include <QPalette>
 #include <QScrollBar>
 #include <QTabBar>
 #include <QWidget>
@@ -141,6 +143,21 @@ void FindSameMnemonics(const std::vector<const QWidget*>& shown, const Allowed& 
   }
 }
 
+QPalette DarkPalette() {
+  const QColor ground(0x2B, 0x2B, 0x2B);
+  const QColor text(0xF0, 0xF0, 0xF0);
+  QPalette palette(QColor(0x3A, 0x3A, 0x3A), ground);
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText})
+    palette.setColor(role, text);
+  palette.setColor(QPalette::Base, QColor(0x1E, 0x1E, 0x1E));
+  palette.setColor(QPalette::AlternateBase, ground);
+  palette.setColor(QPalette::Highlight, QColor(0x2A, 0x6F, 0xB5));
+  palette.setColor(QPalette::HighlightedText, Qt::white);
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+    palette.setColor(QPalette::Disabled, role, QColor(0x80, 0x80, 0x80));
+  return palette;
+}
+
 }  // namespace
 
 std::vector<std::string> FaultsOf(const QWidget& window, const Allowed& allowed) {
@@ -156,7 +173,17 @@ std::vector<std::string> FaultsOf(const QWidget& window, const Allowed& allowed)
 
 void Picture(QWidget& window, const std::string& name) {
   const char* const folder = std::getenv("TALLYBOOK_PICTURES");
-  if (folder != nullptr) window.grab().save(QString::fromStdString(std::string(folder) + "/" + name + ".png"));
+  if (folder == nullptr) return;
+  const auto save = [&](const std::string& file) {
+    QCoreApplication::processEvents();
+    window.grab().save(QString::fromStdString(std::string(folder) + "/" + file + ".png"));
+  };
+  save(name);
+  const QPalette light = QApplication::palette();
+  QApplication::setPalette(DarkPalette());
+  save(name + "-dark");
+  QApplication::setPalette(light);
+  QCoreApplication::processEvents();
 }
 
 }  // namespace tallybook::desktop::testing

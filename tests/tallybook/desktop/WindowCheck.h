@@ -22,7 +22,8 @@ struct Allowed {
 
 [[nodiscard]] std::vector<std::string> FaultsOf(const QWidget& window, const Allowed& allowed = {});
 
-// Saves what the window shows as PNG, where the environment says so: TALLYBOOK_PICTURES names the folder.
+// Saves what the window shows as PNG, as it is and on a dark palette, where the environment says so: TALLYBOOK_PICTURES names
+// the folder.
 void Picture(QWidget& window, const std::string& name);
 
 // Lets Qt run until `done` or for so many milliseconds; whether it was done.

@@ -1,4 +1,5 @@
 // Every dialog of the component in a real window: it holds to what every window must, and all of it is reached by keyboard.
+#include <QLabel>
 #include <QTabBar>
 #include <QTableView>
 #include <functional>
@@ -224,6 +225,16 @@ TEST_F(EditorWindowTest, TheListLiesOnTheCellThatItIsFor) {
   Run();
   EXPECT_EQ(list_place().topLeft(), cell_place().topLeft());
   EXPECT_NEAR(list_place().width(), cell_place().width(), 1);
+}
+
+TEST_F(EditorWindowTest, WhatIsNotMatchedYetIsCounted) {
+  FormWindow& window = Show(editor_);
+  ChoosePage(1);
+  auto* const count = window.findChild<QLabel*>("Grid1Count");
+  ASSERT_NE(count, nullptr);
+  EXPECT_EQ(count->text(), "2 of 3 not sent");
+  Press(Qt::Key_0);
+  EXPECT_EQ(count->text(), "3 of 3 not sent");
 }
 
 TEST_F(EditorWindowTest, AHeldKeyMatchesRowAfterRow) {
