@@ -21,6 +21,9 @@ namespace tallybook::cli {
 [[nodiscard]] CommandTable QdxCommand();
 [[nodiscard]] CommandTable JournalCommand();
 [[nodiscard]] CommandTable BookCommand();
+[[nodiscard]] CommandTable AccountCommand();
+[[nodiscard]] CommandTable FieldCommand();
+[[nodiscard]] CommandTable CalendarCommand();
 
 // Makes the whole program's table anew.
 using TableSource = std::function<CommandTable()>;

@@ -3,10 +3,12 @@
 #include <optional>
 
 #include "base/Dates.h"
+#include "base/Failure.h"
 #include "base/Texts.h"
 #include "exchange/CDataExchange.h"
 #include "qdx/HeaderItems.h"
 #include "support/Utility.h"
+#include "tallybook/application/ListEdits.h"
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/application/WholeTables.h"
 #include "tallybook/cli/BookLookUp.h"
@@ -57,6 +59,15 @@ std::unique_ptr<engine::Book> OpenForExport(Session& session, const ExportOption
   return book;
 }
 
+// A writer enforces no limit of the exchange file, and no reader takes a file that goes beyond one.
+void NeedRoomInExchangeFile(const engine::Book& book) {
+  Text troubles;
+  for (const Text& trouble : application::BeyondExchangeFiles(book.Description())) {
+    troubles += (troubles.empty() ? "the book has " : ", and ") + trouble;
+  }
+  if (!troubles.empty()) throw Failure(FailureNumber::kInvalidArgument, book.Path() + ": " + troubles);
+}
+
 void TellExport(const Text& file, const ExportOptions& options, ExitStatus status) {
   if (status != ExitStatus::kDone) return;
   const Text range = DateText(options.from) + " to " + DateText(options.to);
@@ -70,6 +81,7 @@ ExitStatus RunExportQdx(const ExportOptions& options) {
   NeedFileOrTerminal(options.file);
   Session session(options.asking, {.book = options.book, .output = options.file});
   const auto book = OpenForExport(session, options);
+  NeedRoomInExchangeFile(*book);
   const auto file = FileToWrite(session, options, *book, "Exchange Files|*.QDX", "QDX");
   if (!file) return session.StatusOf(false);
   const CancelKey key;

@@ -40,6 +40,19 @@ def figure(value):
     return isinstance(value, (int, float)) and not isinstance(value, bool)
 
 
+def truth(value):
+    return isinstance(value, bool)
+
+
+def texts(value):
+    return isinstance(value, list) and all(text(row) for row in value)
+
+
+def lists(*names):
+    """An object of lists, with just these names."""
+    return lambda value: set(value) == set(names) and all(isinstance(inner, list) for inner in value.values())
+
+
 def words(*allowed):
     return lambda value: value in allowed
 
@@ -57,7 +70,7 @@ DATE = r"\d{4}-\d{2}-\d{2}"
 
 NAMES = {
     "file": text, "other": text,
-    "account": number, "code": like(r"A7|B8|C9"), "field": number, "date": like(DATE), "value": lambda value: figure(value) or text(value),
+    "account": number, "code": like(r"A7|B8|C9|D4"), "field": number, "date": like(DATE), "value": lambda value: figure(value) or text(value),
     "number": number, "title": text, "accounts": like("one-for-one|all-to-one:.+|manual"), "fields": words("one-for-one", "manual"),
     "after": words("delete", "rename", "keep"), "map_account": rows("from", "to"), "map_field": rows("from", "to"),
     "from": lambda value: number(value) or like(r"A7|B8|C9")(value), "to": lambda value: number(value) or like(r"A7|B8|C9")(value),
@@ -69,6 +82,15 @@ NAMES = {
     "time": like(DATE + r" \d\d:\d\d:\d\d"), "first": like(DATE), "last": like(DATE),
     "state": words("done", "undone", "not finished", "done for good"), "what_ran": text, "undoes": number,
     "format": number, "chunks": count, "entries": count, "images": count, "findings": rows("kind", "what"), "what": text,
+    "position": number, "old_position": number, "description": text, "system": truth,
+    "calendar": words("months", "weeks", "4-4-5", "13x4", "custom"), "week_ends_on": like("[a-z]+day"), "periods": number,
+    "years": rows("year", "first", "last", "in_use"), "year": number, "in_use": truth,
+    "done": truth, "book_changes": rows("what", "old", "new"), "account_changes": lists("removed", "changed", "moved", "added"),
+    "field_changes": lists("removed", "changed", "moved", "added"), "removed": rows("description", "position", "figures"),
+    "changed": rows("old", "new"), "moved": rows("old_position", "position"), "added": rows("description", "position"),
+    "old": lambda value: text(value) or isinstance(value, dict), "new": lambda value: text(value) or isinstance(value, dict),
+    "figures": count, "definitions": rows("number", "title", "names", "followed"), "names": texts, "followed": truth,
+    "beyond_exchange_files": texts,
 }
 
 # Of a book's description (docs/book-file.md).
@@ -133,9 +155,18 @@ class JsonNamesTest(unittest.TestCase):
     LINES = (["values", "shop"], ["definition", "list", "shop"], ["definition", "show", "shop", "2"], ["qdx", "info", "shop.QDX"],
              ["qdx", "dump", "shop.QDX"], ["qdx", "dump", "cut.QDX"], ["qdx", "check", "shop.QDX"], ["qdx", "check", "cut.QDX"],
              ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"], ["book", "check", "shop"],
-             ["book", "check", "bad", "--deep"])
+             ["book", "check", "bad", "--deep"],
+             ["account", "list", "grow"], ["account", "add", "grow", "D4", "--description", "New"],
+             ["account", "edit", "grow", "A7", "--code", "D4"], ["account", "move", "grow", "B8", "1"],
+             ["account", "remove", "grow", "A7", "--with-figures"],
+             ["field", "list", "grow"], ["field", "add", "grow", "New"], ["field", "edit", "grow", "3", "--description", "New"],
+             ["field", "move", "grow", "3", "1"], ["field", "remove", "grow", "3", "--with-figures"],
+             ["calendar", "show", "grow"], ["calendar", "extend", "grow", "--years", "9"], ["calendar", "use", "grow", "--years", "1"])
 
     def names_of_line(self, line):
+        # What changes a book finds the same one each time.
+        for name in "shop.tbk", "TBQDX1.shop", "TBQDX2.shop":
+            shutil.copy(self.folder / name, self.folder / name.replace("shop", "grow"))
         return list(names_in(json.loads(self.run_line(*line, "--json"))))
 
     def test_every_name_is_listed_and_means_what_the_list_says(self):

@@ -250,6 +250,18 @@ class LinesTest(unittest.TestCase):
         self.on_terminal("import", "csv", shop, self.path("a.csv"), typed="o\n")
         self.assertIn("File name", self.on_terminal("import", "csv", shop, typed="*\n\n", status=3))
 
+    def test_changes_of_lists(self):
+        shop = self.make()
+        for words in (["account", "add", shop, "9", "--description", NAME], ["account", "edit", shop, "9", "--description", "x" + NAME],
+                      ["account", "list", shop], ["account", "move", shop, "9", "1"], ["account", "remove", shop, "9"],
+                      ["field", "add", shop, NAME, "--number", "50"], ["field", "edit", shop, "50", "--description", "x" + NAME],
+                      ["field", "list", shop], ["field", "move", shop, "50", "1"], ["field", "remove", shop, "50"],
+                      ["calendar", "show", shop], ["calendar", "extend", shop, "--years", "1"],
+                      ["calendar", "use", shop, "--years", "1"], ["journal", "list", shop], ["journal", "undo", shop]):
+            self.run_line(*words)
+        for command in "add", "remove":
+            self.run_line("account", command, shop, NAME, status=1, tells="tallybook: ")
+
     def test_warnings(self):
         shutil.copy(SAMPLES / "book-v1.tbk", self.path("old.tbk"))
         code = json.loads(subprocess.run([TALLYBOOK, "info", self.path("old"), "--json"], cwd=self.root, env=self.env, check=True,

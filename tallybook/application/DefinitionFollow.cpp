@@ -1,0 +1,121 @@
+#include "tallybook/application/DefinitionFollow.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+
+#include "base/Failure.h"
+#include "exchange/DefinitionFile.h"
+#include "import/DefinitionRecord.h"
+#include "tallybook/application/DefinitionLook.h"
+
+namespace tallybook::application {
+
+namespace {
+
+using engine::BookDifference;
+
+DefinitionRecord Read(const Text& path) {
+  DefinitionRecord record;
+  if (!ReadDefinition(path, TablesWanted::kYes, record, [] {})) {
+    throw Failure(FailureNumber::kPathOrAccess, path + ": the exchange definition cannot be read", "DefinitionFollow");
+  }
+  return record;
+}
+
+// What becomes of accounts and fields, in words, by what a definition knows them by.
+struct Fates {
+  explicit Fates(const BookDifference& difference) {
+    for (const auto& [row, position] : difference.accounts.removed) {
+      by_code[row.code] = by_account[row.number] = "account " + row.code + " is removed";
+    }
+    for (const auto& [before, after] : difference.accounts.changed) {
+      by_code[before.code] = by_account[after.number] = before.code == after.code
+                                                            ? "account " + before.code + " has another description now"
+                                                            : "account " + before.code + " is " + after.code + " now";
+      if (before.code != after.code) new_codes[before.code] = after.code;
+    }
+    for (const auto& [row, position] : difference.fields.removed) {
+      by_field[row.number] = "field " + std::to_string(row.number) + " is removed";
+    }
+    for (const auto& [before, after] : difference.fields.changed) {
+      by_field[after.number] = "field " + std::to_string(after.number) + " is changed";
+    }
+  }
+
+  std::map<Text, Text> by_code;
+  std::map<Long, Text> by_account;
+  std::map<Integer, Text> by_field;
+  std::map<Text, Text> new_codes;
+};
+
+// A definition file has no escape for a quote, so such a code would be split when it is read back.
+void NeedKeptCode(const Text& code) {
+  if (code.find_first_of("\"\r\n") == Text::npos) return;
+  throw Failure(FailureNumber::kInvalidArgument,
+                "the code '" + code + "' holds a quote or a line break, which an exchange definition cannot keep",
+                "DefinitionFollow");
+}
+
+template <typename Key, typename Asked>
+void AddFate(const std::map<Key, Text>& fates, const Asked& asked, DefinitionUse& use) {
+  const auto found = fates.find(asked);
+  if (found == fates.end() || std::ranges::find(use.names, found->second) != use.names.end()) return;
+  use.names.push_back(found->second);
+}
+
+}  // namespace
+
+std::vector<DefinitionUse> DefinitionsNaming(WholeFiles& files, const Text& folder, const Text& extension,
+                                             const BookDifference& difference) {
+  const std::vector<SeenDefinition> seen = LookAtDefinitions(files, folder, extension);
+  NeedReadableDefinitions(seen);
+  const Fates fates(difference);
+  std::vector<DefinitionUse> uses;
+  for (const SeenDefinition& definition : seen) {
+    const DefinitionRecord record = Read(definition.path);
+    DefinitionUse use = {definition.number, definition.title, definition.path, {}, false};
+    for (int i = 1; i <= record.NumAccounts; ++i) {
+      AddFate(fates.by_code, record.accounts(i).to_code, use);
+      use.can_follow = use.can_follow || fates.new_codes.contains(record.accounts(i).to_code);
+    }
+    if (record.AcctMatch == kAllToOne) AddFate(fates.by_account, record.AcctAll, use);
+    for (int i = 1; i <= record.NumFields; ++i) AddFate(fates.by_field, record.fields(i).FieldTo, use);
+    if (!use.names.empty()) uses.push_back(use);
+  }
+  return uses;
+}
+
+FollowedDefinitions::FollowedDefinitions(WholeFiles& files, const std::vector<DefinitionUse>& uses,
+                                         const BookDifference& difference) {
+  const Fates fates(difference);
+  for (const auto& [code, new_code] : fates.new_codes) NeedKeptCode(new_code);
+  for (const DefinitionUse& use : uses) {
+    if (!use.can_follow) continue;
+    DefinitionRecord record = Read(use.path);
+    // The writer asks for the codes by what stands in the rows: here the rows' own numbers.
+    const DefinitionRecord codes = record;
+    for (int i = 1; i <= record.NumAccounts; ++i) {
+      record.accounts(i).AccountFrom = record.accounts(i).AccountTo = static_cast<Integer>(i);
+    }
+    const auto to_code = [&](Integer row) {
+      const Text& code = codes.accounts(row).to_code;
+      const auto found = fates.new_codes.find(code);
+      return found == fates.new_codes.end() ? code : found->second;
+    };
+    auto output = std::make_unique<WholeOutput>(files, use.path);
+    WriteDefinition(use.path, record, {[&](Integer row) { return codes.accounts(row).from_code; }, to_code});
+    written_.push_back({use.path, std::move(output)});
+  }
+}
+
+void FollowedDefinitions::Keep() {
+  for (const Written& written : written_) {
+    if (written.output->Keep()) continue;
+    throw Failure(FailureNumber::kDeviceError, written.path + ": the definition could not be written whole",
+                  "DefinitionFollow");
+  }
+}
+
+}  // namespace tallybook::application
