@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <optional>
-#include <ranges>
 #include <system_error>
 #include <utility>
 
@@ -480,7 +479,7 @@ ConversationResult Conversations::TakeBack(const std::shared_ptr<State>& state, 
     book->SetOperation(engine::JournalKind::kUndo, "journal undo");
     engine::Journal journal(*book);
     if (ids.empty()) (void)journal.UndoNewest();
-    for (const Long id : ids | std::views::reverse) (void)journal.Undo(id);
+    for (auto id = ids.rbegin(); id != ids.rend(); ++id) (void)journal.Undo(*id);
     result.entries = mark.Since();
     result.ran = true;
     if (run == nullptr) opened.book->Close();
