@@ -21,12 +21,14 @@
 #include "platform/posix/SystemError.h"
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/BookPlace.h"
+#include "tallybook/engine/Database.h"
 
 namespace tallybook::engine {
 
 namespace {
 
 constexpr const char* kSource = "Tallybook.Book";
+constexpr const char* kOpenElsewhere = ": the book is open for writing elsewhere";
 constexpr std::chrono::milliseconds kBetweenTries{100};
 constexpr int kTries = 30;
 
@@ -209,8 +211,7 @@ void BookHold::TakeRightToWrite(double wait_seconds) {
                                                      std::chrono::duration<double>(wait_seconds));
   while (!(has_right_ = TryRight())) {
     if (!WaitedInVain()) continue;
-    throw Failure(FailureNumber::kPermissionDenied, path_ + ": the book is open for writing elsewhere" + HolderWords(),
-                  kSource);
+    throw Failure(FailureNumber::kPermissionDenied, path_ + kOpenElsewhere + HolderWords(), kSource);
   }
 }
 
@@ -257,8 +258,7 @@ void BookHold::TakeOlderRight() {
       if (failure.Number() != FailureNumber::kPermissionDenied && failure.Number() != FailureNumber::kFileNotFound)
         throw;
       throw Failure(FailureNumber::kPermissionDenied,
-                    path_ + ": the book is open for writing elsewhere, or its folder may not be written (" +
-                        failure.Description() + ")",
+                    path_ + kOpenElsewhere + ", or its folder may not be written (" + failure.Description() + ")",
                     kSource);
     }
   }
@@ -304,6 +304,12 @@ void BookHold::CheckInPlace() const {
                 path_ + (there.exists ? ": another file has been put in the place of the book while it was open"
                                       : ": the book has been moved or deleted while it was open"),
                 kSource);
+}
+
+bool IsInUse(const Failure& failure) {
+  return failure.Number() == FailureNumber::kPermissionDenied && failure.Source() == kSource &&
+         (failure.Description().find(kOpenElsewhere) != Text::npos ||
+          failure.Description().find(kInUseByAnother) != Text::npos);
 }
 
 bool LooksLikeBook(const Text& path) {

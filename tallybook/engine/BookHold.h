@@ -14,6 +14,7 @@
 #include <chrono>
 #include <memory>
 
+#include "base/Failure.h"
 #include "base/Types.h"
 #include "platform/FileSystem.h"
 #include "tallybook/engine/FileState.h"
@@ -78,6 +79,10 @@ class BookHold {
   std::chrono::steady_clock::time_point deadline_;
   std::unique_ptr<OpenFile> older_right_;
 };
+
+// Whether a failure says that the book is open for writing elsewhere, or that a short commit of another program lasts: to
+// wait and try again may help.
+[[nodiscard]] bool IsInUse(const Failure& failure);
 
 // True where a file bears the mark of a book. It may be open in this process.
 [[nodiscard]] bool LooksLikeBook(const Text& path);

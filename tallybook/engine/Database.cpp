@@ -197,7 +197,7 @@ void Database::Fail(int result) const {
   switch (result & 0xFF) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-      reason = "the book is in use by another program";
+      reason = kInUseByAnother;
       break;
     case SQLITE_FULL:
       reason = "there is no room left for the book";

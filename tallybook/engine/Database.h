@@ -16,6 +16,9 @@ namespace tallybook::engine {
 
 class Database;
 
+// Ends the words of a failure that a short commit of another program outlasted the wait for it.
+inline constexpr const char* kInUseByAnother = "the book is in use by another program";
+
 // A prepared statement. Parameters count from 1 and columns from 0, as SQLite does.
 class DbStatement {
  public:

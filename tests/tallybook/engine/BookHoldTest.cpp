@@ -127,6 +127,24 @@ TEST_F(BookHoldTest, TellsWhichProcessHasTheBook) {
   EXPECT_EQ(OpenToWrite("North.tbk"), 0);
 }
 
+TEST_F(BookHoldTest, KnowsTheFailuresThatWaitingMayMend) {
+  Create(ShopDescription());
+  const auto in_use = [&](const Text& path) {
+    try {
+      (void)Book::Open(path, app);
+    } catch (const Failure& failure) {
+      return engine::IsInUse(failure);
+    }
+    ADD_FAILURE() << path << " could be opened";
+    return false;
+  };
+  const auto writer = Open();
+  EXPECT_TRUE(in_use(BookPath()));
+  EXPECT_FALSE(in_use(folder.Path("none.tbk")));
+  EXPECT_FALSE(engine::IsInUse(Failure(FailureNumber::kPermissionDenied, "the book is open for writing elsewhere")))
+      << "words alone, of another source";
+}
+
 TEST_F(BookHoldTest, WaitsForAWriterAsLongAsItIsTold) {
   Create(ShopDescription());
   const auto open_for_a_while = [&] {
