@@ -6,6 +6,7 @@
 
 #include "base/Dates.h"
 #include "tallybook/application/EntryDates.h"
+#include "tallybook/application/EntryWords.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/Lines.h"
@@ -18,6 +19,10 @@ namespace tallybook::cli {
 
 namespace {
 
+using application::KindText;
+using application::StateText;
+using application::WhatRan;
+
 struct JournalOptions {
   Text book;
   PrintForm form = PrintForm::kTable;
@@ -25,44 +30,9 @@ struct JournalOptions {
   std::optional<Long> id;
 };
 
-Text StateText(engine::JournalState state) {
-  switch (state) {
-    case engine::JournalState::kOpen:
-      return "not finished";
-    case engine::JournalState::kClosed:
-      return "done";
-    case engine::JournalState::kUndone:
-      return "undone";
-  }
-  return "";
-}
-
-Text StateText(const engine::JournalEntry& entry) {
-  const bool final = !entry.keeps_images && entry.state == engine::JournalState::kClosed;
-  return final ? "done for good" : StateText(entry.state);
-}
-
 Text UndoneLine(const engine::JournalEntry& entry) {
   const Text what = entry.what_ran.empty() ? Text() : ", " + entry.what_ran;
   return fmt::format("Undone: journal entry {}{}.", entry.id, what);
-}
-
-Text WhatRan(const engine::JournalEntry& entry) {
-  return entry.undoes == 0 ? entry.what_ran : fmt::format("{} of {}", entry.what_ran, entry.undoes);
-}
-
-Text KindText(engine::JournalKind kind) {
-  switch (kind) {
-    case engine::JournalKind::kImport:
-      return "import";
-    case engine::JournalKind::kSet:
-      return "set";
-    case engine::JournalKind::kUndo:
-      return "undo";
-    case engine::JournalKind::kLists:
-      return "lists";
-  }
-  return "";
 }
 
 // Members that an entry has no value for are left out.

@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
 #include "base/Dates.h"
-#include "base/Failure.h"
 #include "host/FiscalCalendar.h"
+#include "tallybook/application/FigureChanges.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
@@ -23,27 +23,9 @@ struct SetOptions {
   Double value = 0;
 };
 
-// Gives the figure from before. One transaction takes the figure and its journal entry; where it fails nothing of both
-// is kept for a later commit.
-Double SetFigure(engine::Book& book, const SetOptions& options, Long account) {
-  try {
-    book.SetOperation(engine::JournalKind::kSet, fmt::format("set {} {} {} {}", options.code, DateText(options.date),
-                                                             options.field, ShortestText(options.value)));
-    const Date record_date = book.FiscalCalendar().LevelDate(options.date, kOwnLevel);
-    book.BeginRollback(record_date, record_date);
-    if (!book.ReadRecord(account, options.date)) {
-      throw Failure(FailureNumber::kInternal, fmt::format("{}: the record of account '{}' and {} cannot be read",
-                                                          book.Path(), options.code, DateText(options.date)));
-    }
-    const Double before = book.FieldValue(options.field);
-    book.SetFieldValue(options.field, options.value);
-    book.WriteRecord();
-    book.EndRollback();
-    return before;
-  } catch (...) {
-    book.Abandon();
-    throw;
-  }
+Text WhatRan(const SetOptions& options) {
+  return fmt::format("set {} {} {} {}", options.code, DateText(options.date), options.field,
+                     ShortestText(options.value));
 }
 
 ExitStatus RunSet(const SetOptions& options) {
@@ -53,7 +35,9 @@ ExitStatus RunSet(const SetOptions& options) {
   NeedField(*book, options.field);
   NeedDate(*book, options.date);
   const Date record_date = book->FiscalCalendar().LevelDate(options.date, kOwnLevel);
-  const Double before = SetFigure(*book, options, account);
+  const Double before =
+      application::ChangeFigures(*book, WhatRan(options), {{account, options.date, options.field, options.value}})
+          .front();
   DoAfterCommit([&] {
     PrintLine(fmt::format("{} {} field {}: {} becomes {}", options.code, DateText(record_date), options.field,
                           ShortestText(before), ShortestText(options.value)));
