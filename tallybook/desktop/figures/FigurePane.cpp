@@ -1,0 +1,627 @@
+#include "tallybook/desktop/figures/FigurePane.h"
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QTimer>
+#include <QtGui/QClipboard>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QComboBox>
+#include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QHeaderView>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QScrollBar>
+#include <QtWidgets/QToolButton>
+#include <QtWidgets/QVBoxLayout>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+#include "base/Failure.h"
+#include "tallybook/application/Counts.h"
+#include "tallybook/application/Shown.h"
+#include "tallybook/desktop/figures/FigureGrid.h"
+#include "tallybook/desktop/figures/FigureModel.h"
+#include "tallybook/desktop/figures/FigureTotals.h"
+#include "tallybook/desktop/figures/FigureWriter.h"
+#include "tallybook/desktop/figures/PastePreview.h"
+
+namespace tallybook::desktop {
+
+namespace {
+
+using application::Counted;
+using application::WithCommas;
+
+constexpr std::chrono::milliseconds kWatch{1000};        // between looks for what others have changed
+constexpr std::chrono::milliseconds kRetry{300};         // between tries of what waits
+constexpr std::chrono::milliseconds kSelectionWait{60};  // behind the last step of a selection that grows
+constexpr std::chrono::milliseconds kTotalsPart{8};      // of adding up at a time
+constexpr qint64 kRestAfter = 1500;                      // milliseconds without a cell being asked for
+constexpr long long kMostAddedUp = 50'000;               // cells of a selection that are added up
+constexpr long long kMostCopied = 1'000'000;
+
+constexpr std::array kViewNames = {"One account", "One date", "One field"};
+
+long long CellsOf(const CellRange& range) {
+  if (range.first_row < 0) return 0;
+  return static_cast<long long>(range.last_row - range.first_row + 1) * (range.last_column - range.first_column + 1);
+}
+
+QComboBox* NewChoice(const QString& name) {
+  auto* box = new QComboBox;
+  box->setAccessibleName(name);
+  box->setToolTip(name);
+  box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+  return box;
+}
+
+QToolButton* NewStep(Qt::ArrowType arrow, const QString& name) {
+  auto* button = new QToolButton;
+  button->setArrowType(arrow);
+  button->setAutoRaise(true);
+  button->setAccessibleName(name);
+  button->setToolTip(name);
+  return button;
+}
+
+}  // namespace
+
+class FigurePane::Parts {
+ public:
+  Parts(FigurePane& pane, HostApp& app, LocaleStyle style);
+
+  void Open(std::unique_ptr<BookReader> reader);
+  void CloseBook();
+  void Choose(const FigureChoice& choice);
+  void ShowChoice();
+  void ShowBookAnew();
+  void Refresh();
+  void Type(int row, int column, Double value);
+  void Write();
+  void WriteBlock(const PasteBlock& block, const QString& what);
+  void Copy(bool with_heads);
+  void Lay(const Text& cells, const QString& what);
+  void Watch();
+  void AddUp();
+  void AddUpSelection();
+  void Say(const QString& words) const {
+    if (message) message(words);
+  }
+  void TellState() const {
+    if (state) state();
+  }
+  void TellShown() const {
+    if (shown) shown();
+  }
+
+  FigurePane& pane;
+  HostApp& app;
+  LocaleStyle style;
+
+  std::unique_ptr<BookReader> reader;
+  std::unique_ptr<FigureTable> table;
+  std::unique_ptr<FigureTotals> totals;
+  std::unique_ptr<FigureWriter> writer;
+  std::unique_ptr<FigureModel> model;
+  std::unique_ptr<TotalsModel> totals_model;
+
+  QComboBox* view = nullptr;
+  QLabel* subject = nullptr;
+  QComboBox* field = nullptr;
+  QToolButton* back = nullptr;
+  QToolButton* when = nullptr;
+  QToolButton* forth = nullptr;
+  QLabel* stretch_label = nullptr;
+  QComboBox* stretch = nullptr;
+  QComboBox* level = nullptr;
+  FigureGrid* grid = nullptr;
+  QTableView* totals_row = nullptr;
+
+  QTimer watch;
+  QTimer retry;
+  QTimer adding;
+  QTimer selection_wait;
+  QElapsedTimer since_use;
+  QString selection_text;
+  QString waiting_words;
+  bool writable = true;
+
+  std::function<void()> state;
+  std::function<void()> shown;
+  std::function<void(const QString&)> message;
+  std::function<void()> ask_date;
+
+ private:
+  void BuildBar(QVBoxLayout& layout);
+  void BuildTable(QVBoxLayout& layout);
+  void Connect();
+  void FollowColumns() const;
+  [[nodiscard]] FigureChoice ChoiceOfBar() const;
+  void FillBar();
+};
+
+FigurePane::Parts::Parts(FigurePane& owner, HostApp& host, LocaleStyle locale_style)
+    : pane(owner), app(host), style(std::move(locale_style)) {
+  auto* layout = new QVBoxLayout(&pane);
+  layout->setContentsMargins(0, 0, 0, 0);
+  BuildBar(*layout);
+  BuildTable(*layout);
+  Connect();
+}
+
+void FigurePane::Parts::BuildBar(QVBoxLayout& layout) {
+  const int unit = pane.fontMetrics().height() / 4;
+  auto* bar = new QHBoxLayout;
+  bar->setContentsMargins(2 * unit, 2 * unit, 2 * unit, 0);
+  bar->setSpacing(2 * unit);
+  view = NewChoice("What the table shows");
+  for (const char* name : kViewNames) view->addItem(name);
+  subject = new QLabel;
+  subject->setTextFormat(Qt::PlainText);
+  QFont bold = pane.font();
+  bold.setBold(true);
+  subject->setFont(bold);
+  subject->setMinimumWidth(unit * 8);
+  subject->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  field = NewChoice("Field");
+  back = NewStep(Qt::LeftArrow, "Earlier (Ctrl+Left)");
+  when = new QToolButton;
+  when->setAutoRaise(true);
+  when->setToolTip("Go to a date (Ctrl+G)");
+  forth = NewStep(Qt::RightArrow, "Later (Ctrl+Right)");
+  stretch_label = new QLabel("Show");
+  stretch = NewChoice("How much time the table shows");
+  auto* level_label = new QLabel("Level");
+  level = NewChoice("Level that figures are added up to");
+  bar->addWidget(view);
+  bar->addWidget(field);
+  bar->addWidget(subject, 1);
+  for (QWidget* part : std::initializer_list<QWidget*>{back, when, forth}) bar->addWidget(part);
+  bar->addSpacing(2 * unit);
+  for (QWidget* part : std::initializer_list<QWidget*>{stretch_label, stretch, level_label, level})
+    bar->addWidget(part);
+  layout.addLayout(bar);
+}
+
+void FigurePane::Parts::BuildTable(QVBoxLayout& layout) {
+  grid = new FigureGrid(&pane);
+  totals_row = new QTableView;
+  totals_row->setAccessibleName("Totals of the rows shown");
+  totals_row->horizontalHeader()->hide();
+  totals_row->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  totals_row->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  totals_row->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  totals_row->setTabKeyNavigation(false);
+  totals_row->setFocusPolicy(Qt::ClickFocus);
+  totals_row->setCornerButtonEnabled(false);
+  totals_row->setFrameShape(QFrame::NoFrame);
+  totals_row->verticalHeader()->setSectionsClickable(false);
+  QFont bold = pane.font();
+  bold.setBold(true);
+  totals_row->setFont(bold);
+  totals_row->verticalHeader()->setFont(bold);
+  layout.addWidget(grid, 1);
+  layout.addWidget(totals_row);
+}
+
+void FigurePane::Parts::Connect() {
+  const auto choose = [this] { Choose(ChoiceOfBar()); };
+  for (QComboBox* box : {view, field, stretch, level}) QObject::connect(box, &QComboBox::activated, &pane, choose);
+  QObject::connect(back, &QToolButton::clicked, &pane, [this] { pane.Go(-1); });
+  QObject::connect(forth, &QToolButton::clicked, &pane, [this] { pane.Go(1); });
+  QObject::connect(when, &QToolButton::clicked, &pane, [this] {
+    if (ask_date) ask_date();
+  });
+  QObject::connect(grid->horizontalHeader(), &QHeaderView::sectionResized, &pane,
+                   [this](int column, int, int width) { totals_row->setColumnWidth(column, width); });
+  QObject::connect(grid->horizontalScrollBar(), &QScrollBar::valueChanged, &pane, [this] { FollowColumns(); });
+  QObject::connect(grid->horizontalScrollBar(), &QScrollBar::rangeChanged, &pane, [this] { FollowColumns(); });
+  QObject::connect(grid->verticalHeader(), &QHeaderView::geometriesChanged, &pane,
+                   [this] { totals_row->verticalHeader()->setFixedWidth(grid->verticalHeader()->width()); });
+  grid->OnRefused([this](const QString& why) { Say(why); });
+  grid->OnCopy([this] { Copy(false); });
+  grid->OnPaste([this] { pane.Paste(); });
+  grid->OnClear([this] { pane.Clear(); });
+
+  QObject::connect(&watch, &QTimer::timeout, &pane, [this] { Watch(); });
+  QObject::connect(&retry, &QTimer::timeout, &pane, [this] { Write(); });
+  QObject::connect(&adding, &QTimer::timeout, &pane, [this] { AddUp(); });
+  selection_wait.setSingleShot(true);
+  QObject::connect(&selection_wait, &QTimer::timeout, &pane, [this] { AddUpSelection(); });
+}
+
+void FigurePane::Parts::Open(std::unique_ptr<BookReader> book) {
+  CloseBook();
+  reader = std::move(book);
+  table = std::make_unique<FigureTable>(*reader);
+  totals = std::make_unique<FigureTotals>(*table);
+  writer = std::make_unique<FigureWriter>(reader->Path(), app);
+  model = std::make_unique<FigureModel>(*table, style);
+  totals_model = std::make_unique<TotalsModel>(*model, *totals);
+  model->OnTyped([this](int row, int column, Double value) { Type(row, column, value); });
+  model->OnTrouble([this](const Text& words) { Say(ToQt(words)); });
+  QObject::connect(model.get(), &QAbstractItemModel::dataChanged, &pane, [this] { since_use.start(); });
+  grid->setModel(model.get());
+  totals_row->setModel(totals_model.get());
+  QObject::connect(grid->selectionModel(), &QItemSelectionModel::selectionChanged, &pane,
+                   [this] { selection_wait.start(kSelectionWait); });
+  QObject::connect(grid->selectionModel(), &QItemSelectionModel::currentChanged, &pane, [this] { TellState(); });
+  model->SetWritable(writable);
+  watch.start(kWatch);
+  since_use.start();
+  ShowChoice();
+}
+
+void FigurePane::Parts::CloseBook() {
+  for (QTimer* timer : {&watch, &retry, &adding, &selection_wait}) timer->stop();
+  grid->setModel(nullptr);
+  totals_row->setModel(nullptr);
+  totals_model.reset();
+  model.reset();
+  writer.reset();
+  totals.reset();
+  table.reset();
+  reader.reset();
+  selection_text.clear();
+  waiting_words.clear();
+}
+
+FigureChoice FigurePane::Parts::ChoiceOfBar() const {
+  FigureChoice choice = table->Choice();
+  choice.view = static_cast<FigureView>(view->currentIndex());
+  choice.account = pane.CurrentAccount();
+  choice.field = choice.view == FigureView::kField && table->Choice().view == FigureView::kField
+                     ? static_cast<Integer>(field->currentIndex() + 1)
+                     : pane.CurrentField();
+  const Integer before = choice.level;
+  choice.level = static_cast<Integer>(level->currentData().toInt());
+  choice.stretch = static_cast<Integer>(stretch->currentData().toInt());
+  // A level that is raised takes a stretch that shows more than one of it.
+  if (choice.level > before) choice.stretch = std::max<Integer>(choice.stretch, choice.level + 1);
+  return choice;
+}
+
+void FigurePane::Parts::Choose(const FigureChoice& choice) {
+  if (table->Choice() == choice) return FillBar();
+  table->Choose(choice);
+  ShowChoice();
+}
+
+void FigurePane::Parts::FillBar() {
+  const FigureChoice& choice = table->Choice();
+  view->setCurrentIndex(static_cast<int>(choice.view));
+  const auto fill = [](QComboBox& box, const std::vector<Integer>& levels, Integer current) {
+    box.clear();
+    for (const Integer each : levels) box.addItem(ToQt(LevelName(each)), static_cast<int>(each));
+    box.setCurrentIndex(box.findData(static_cast<int>(current)));
+  };
+  fill(*level, LevelsFrom(reader->Description().data_level), choice.level);
+  fill(*stretch, table->Stretches(), choice.stretch);
+  const bool one_date = choice.view == FigureView::kDate;
+  stretch->setVisible(!one_date);
+  stretch_label->setVisible(!one_date);
+  field->setVisible(choice.view == FigureView::kField);
+  field->clear();
+  for (const auto& each : reader->Description().fields) field->addItem(ToQt(application::Shown(each.description)));
+  field->setCurrentIndex(choice.field - 1);
+  const bool one_account = choice.view == FigureView::kAccount && !table->Accounts().empty();
+  const QString name = one_account ? ToQt(application::Shown(table->Account(choice.account).code + "  " +
+                                                             table->Account(choice.account).description))
+                                   : QString();
+  subject->setText(name);
+  subject->setToolTip(name);
+  when->setText(ToQt(table->ShownName(style.dates)));
+  when->setAccessibleName("Shown: " + when->text());
+  const engine::DateSpan span = table->Shown();
+  back->setEnabled(span.first > reader->CalendarRules().FirstDate());
+  forth->setEnabled(span.last < reader->CalendarRules().LastDate());
+}
+
+void FigurePane::Parts::ShowChoice() {
+  const QModelIndex before = grid->currentIndex();
+  FillBar();
+  model->TakeAnew();
+  totals_model->TakeAnew();
+  grid->FitColumns();
+  totals_row->verticalHeader()->setDefaultSectionSize(grid->verticalHeader()->defaultSectionSize());
+  totals_row->setFixedHeight(grid->verticalHeader()->defaultSectionSize() + 1);
+  totals_row->horizontalHeader()->setDefaultSectionSize(grid->horizontalHeader()->defaultSectionSize());
+  grid->GoTo(std::max(before.row(), 0), std::max(before.column(), 0));
+  totals->Start();
+  adding.start(0);
+  since_use.start();
+  selection_wait.start(kSelectionWait);
+  TellShown();
+  TellState();
+}
+
+void FigurePane::Parts::FollowColumns() const {
+  totals_row->horizontalScrollBar()->setRange(grid->horizontalScrollBar()->minimum(),
+                                              grid->horizontalScrollBar()->maximum());
+  totals_row->horizontalScrollBar()->setValue(grid->horizontalScrollBar()->value());
+}
+
+// --- The book and what others do to it -------------------------------------------------------------------------------
+
+void FigurePane::Parts::Refresh() {
+  try {
+    reader->Refresh();
+    table->FollowLists();
+  } catch (const Failure& failure) {
+    Say(ToQt(failure.Description()));
+  }
+}
+
+void FigurePane::Parts::ShowBookAnew() {
+  model->ShowAnew();
+  totals->Start();
+  adding.start(0);
+  since_use.start();
+  selection_wait.start(kSelectionWait);
+  TellShown();
+}
+
+void FigurePane::Parts::Watch() {
+  if (reader->HasChanged()) {
+    Refresh();
+    return ShowBookAnew();
+  }
+  if (since_use.elapsed() > kRestAfter && !adding.isActive()) reader->Rest();
+}
+
+void FigurePane::Parts::AddUp() {
+  try {
+    if (totals->Work(kTotalsPart)) return;
+  } catch (const Failure& failure) {
+    Say(ToQt(failure.Description()));
+  }
+  adding.stop();
+  since_use.start();
+  totals_model->ShowAnew();
+}
+
+void FigurePane::Parts::AddUpSelection() {
+  selection_text.clear();
+  const QItemSelection selection = grid->selectionModel()->selection();
+  long long count = 0;
+  for (const QItemSelectionRange& part : selection) count += static_cast<long long>(part.width()) * part.height();
+  if (count > kMostAddedUp) selection_text = QString("%1 figures selected").arg(ToQt(WithCommas(count)));
+  if (count > 1 && count <= kMostAddedUp) {
+    Double sum = 0;
+    for (const QModelIndex& index : selection.indexes()) sum += model->ValueOf(index.row(), index.column());
+    const Double average = sum / static_cast<Double>(count);
+    const int decimals = std::min(DecimalsNeeded(sum), kMostDecimals);
+    selection_text = QString("%1 figures selected: %2  avg %3")
+                         .arg(ToQt(WithCommas(count)), ToQt(NumberText(sum, decimals, style.numbers)),
+                              ToQt(NumberText(average, std::max(decimals, 2), style.numbers)));
+  }
+  TellState();
+}
+
+// --- Writing ---------------------------------------------------------------------------------------------------------
+
+void FigurePane::Parts::Type(int row, int column, Double value) {
+  const std::vector changes = {ChangeOf(*table, row, column, value)};
+  writer->Add(WhatRan(*table, changes), changes);
+  Write();
+}
+
+void FigurePane::Parts::Write() {
+  const FigureWriter::Outcome outcome = writer->Try();
+  const QString words = ToQt(application::Shown(writer->Words()));
+  const bool waits = outcome == FigureWriter::Outcome::kWaits;
+  model->UnmarkWaiting();
+  waiting_words = waits ? words : QString();
+  if (waits) {
+    for (const auto& change : writer->Unwritten()) model->Mark(change, "Waits to be written: " + writer->Words());
+    retry.start(kRetry);
+    return TellState();
+  }
+  retry.stop();
+  if (outcome == FigureWriter::Outcome::kFailed) Say(words);
+  Refresh();
+  ShowBookAnew();
+  TellState();
+  if (writer->Waits()) retry.start(kRetry);  // what stood behind the one that failed
+}
+
+void FigurePane::Parts::WriteBlock(const PasteBlock& block, const QString& what) {
+  if (block.RowsChanged() == 0) return Say("Nothing changes: the figures stand so already.");
+  if (block.RowsChanged() > 1) {
+    PastePreview preview(&pane, *table, block, style, what);
+    if (preview.exec() != QDialog::Accepted) return;
+  }
+  const auto changes = ChangesOf(block, *table);
+  writer->Add(WhatRan(*table, changes), changes);
+  Write();
+}
+
+void FigurePane::Parts::Lay(const Text& cells, const QString& what) {
+  const CellRange selection = grid->Selected();
+  if (selection.first_row < 0) return;
+  if (!writable) return Say("The book is being worked on; nothing can be changed now.");
+  try {
+    const PasteBlock block = LayOnTable(*table, selection, cells, style.numbers);
+    if (block.IsGood()) return WriteBlock(block, what);
+    QStringList troubles;
+    for (const Text& trouble : block.troubles) troubles << ToQt(trouble);
+    Say(QString("Nothing was changed.\n") + troubles.join('\n'));
+  } catch (const Failure& failure) {
+    Say(ToQt(failure.Description()));
+  }
+}
+
+void FigurePane::Parts::Copy(bool with_heads) {
+  const CellRange range = grid->Selected();
+  if (range.first_row < 0) return;
+  if (CellsOf(range) > kMostCopied) {
+    return Say(QString("%1 figures are too many to copy; export a table instead (Data Exchange).")
+                   .arg(ToQt(WithCommas(CellsOf(range)))));
+  }
+  QString text;
+  if (with_heads) {
+    for (int column = range.first_column; column <= range.last_column; ++column)
+      text += '\t' + ToQt(table->ColumnHead(column, style.dates));
+    text += '\n';
+  }
+  for (int row = range.first_row; row <= range.last_row; ++row) {
+    if (with_heads) text += ToQt(table->RowHead(row, style.dates)) + '\t';
+    for (int column = range.first_column; column <= range.last_column; ++column) {
+      if (column > range.first_column) text += '\t';
+      const Double value = model->ValueOf(row, column);
+      text += ToQt(CopiedText(value, std::max(model->DecimalsOf(column), DecimalsNeeded(value)), style.numbers));
+    }
+    text += '\n';
+  }
+  QApplication::clipboard()->setText(text);
+}
+
+// --- The pane --------------------------------------------------------------------------------------------------------
+
+FigurePane::FigurePane(QWidget* parent, HostApp& app, const LocaleStyle& style)
+    : QWidget(parent), parts_(std::make_unique<Parts>(*this, app, style)) {}
+
+FigurePane::~FigurePane() {
+  parts_->CloseBook();
+}
+
+void FigurePane::Open(std::unique_ptr<BookReader> reader) {
+  parts_->Open(std::move(reader));
+}
+
+void FigurePane::CloseBook() {
+  parts_->CloseBook();
+}
+
+bool FigurePane::HasBook() const {
+  return parts_->table != nullptr;
+}
+
+FigureTable& FigurePane::Table() {
+  return *parts_->table;
+}
+
+void FigurePane::Choose(const FigureChoice& choice) {
+  parts_->Choose(choice);
+}
+
+void FigurePane::Go(int steps) {
+  if (!HasBook()) return;
+  if (parts_->table->Go(steps)) return parts_->ShowChoice();
+  parts_->Say(steps > 0 ? "The book ends here." : "The book begins here.");
+}
+
+void FigurePane::GoToDate(Date date) {
+  FigureChoice choice = parts_->table->Choice();
+  choice.date = date;
+  parts_->Choose(choice);
+  const std::size_t unit = parts_->table->Units().IndexOf(date);
+  const FigurePlace place{CurrentAccount(), unit, CurrentField()};
+  const int row = parts_->table->RowsAreDates() ? parts_->table->RowOf(place) : parts_->grid->currentIndex().row();
+  const int column =
+      parts_->table->ColumnsAreDates() ? parts_->table->ColumnOf(place) : parts_->grid->currentIndex().column();
+  parts_->grid->GoTo(row, column);
+}
+
+void FigurePane::GoToAccount(Integer position) {
+  if (!parts_->table->RowsAreDates()) return parts_->grid->GoTo(position - 1, parts_->grid->currentIndex().column());
+  FigureChoice choice = parts_->table->Choice();
+  choice.account = position;
+  if (choice != parts_->table->Choice()) parts_->Choose(choice);
+}
+
+Integer FigurePane::CurrentAccount() const {
+  const bool in_rows = !parts_->table->RowsAreDates() && parts_->grid->currentIndex().isValid();
+  return in_rows ? static_cast<Integer>(parts_->grid->currentIndex().row() + 1) : parts_->table->Choice().account;
+}
+
+Integer FigurePane::CurrentField() const {
+  const bool in_columns = !parts_->table->ColumnsAreDates() && parts_->grid->currentIndex().isValid();
+  return in_columns ? static_cast<Integer>(parts_->grid->currentIndex().column() + 1) : parts_->table->Choice().field;
+}
+
+void FigurePane::SetWritable(bool writable) {
+  parts_->writable = writable;
+  if (parts_->model != nullptr) parts_->model->SetWritable(writable);
+}
+
+void FigurePane::LookAgain() {
+  if (!HasBook()) return;
+  parts_->Refresh();
+  parts_->ShowBookAnew();
+  parts_->TellState();
+}
+
+void FigurePane::Copy(bool with_heads) {
+  parts_->Copy(with_heads);
+}
+
+void FigurePane::Paste() {
+  parts_->Lay(FromQt(QApplication::clipboard()->text()), "Paste");
+}
+
+void FigurePane::Clear() {
+  parts_->Lay("0", "Clear");
+}
+
+void FigurePane::Undo() {
+  if (!HasBook() || !parts_->writable) return;
+  parts_->writer->AddUndo();
+  parts_->Write();
+}
+
+bool FigurePane::CanUndo() const {
+  return HasBook() && parts_->writable && parts_->writer->CanUndo();
+}
+
+QString FigurePane::NextUndo() const {
+  return HasBook() ? ToQt(application::Shown(parts_->writer->NextUndo())) : QString();
+}
+
+bool FigurePane::Waits() const {
+  return HasBook() && parts_->writer->Waits();
+}
+
+void FigurePane::GiveUpWaiting() {
+  if (!HasBook()) return;
+  parts_->writer->GiveUp();
+  parts_->Write();
+}
+
+FigureGrid& FigurePane::Grid() {
+  return *parts_->grid;
+}
+
+FigureModel& FigurePane::Model() {
+  return *parts_->model;
+}
+
+QString FigurePane::SelectionText() const {
+  return parts_->selection_text;
+}
+
+QString FigurePane::SavedText() const {
+  if (!HasBook()) return {};
+  if (parts_->writer->Waits())
+    return ToQt(Counted(static_cast<long long>(parts_->writer->InLine()), "change")) +
+           " to be written: " + parts_->waiting_words;
+  return parts_->model->HasMarks() ? "Saved, but for what is marked" : "All is saved";
+}
+
+void FigurePane::OnState(std::function<void()> listener) {
+  parts_->state = std::move(listener);
+}
+
+void FigurePane::OnShown(std::function<void()> listener) {
+  parts_->shown = std::move(listener);
+}
+
+void FigurePane::OnMessage(std::function<void(const QString&)> listener) {
+  parts_->message = std::move(listener);
+}
+
+void FigurePane::OnAskDate(std::function<void()> act) {
+  parts_->ask_date = std::move(act);
+}
+
+}  // namespace tallybook::desktop

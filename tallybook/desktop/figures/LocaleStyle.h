@@ -1,0 +1,28 @@
+// What the user's locale says of numbers and dates, in the forms that the figures' logic takes.
+#pragma once
+
+#include "tallybook/desktop/figures/FigureUnits.h"
+#include "tallybook/desktop/figures/NumberText.h"
+#include "tallybook/desktop/figures/PlainDate.h"
+
+class QLocale;
+class QString;
+
+namespace tallybook::desktop {
+
+struct LocaleStyle {
+  NumberStyle numbers;
+  DateWriter dates;
+  DateHabits habits;
+};
+
+// A locale without a language (that of a bare system) writes dates as 2024-02-03.
+[[nodiscard]] LocaleStyle StyleOf(const QLocale& locale);
+// That of the system, as Qt was told it.
+[[nodiscard]] LocaleStyle SystemStyle();
+
+// UTF-8 both ways.
+[[nodiscard]] QString ToQt(const Text& text);
+[[nodiscard]] Text FromQt(const QString& text);
+
+}  // namespace tallybook::desktop

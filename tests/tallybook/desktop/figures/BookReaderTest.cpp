@@ -1,0 +1,73 @@
+#include <filesystem>
+#include <gtest/gtest.h>
+
+#include "tests/support/FailsWith.h"
+#include "tests/tallybook/desktop/figures/FiguresFixture.h"
+
+namespace tallybook::desktop {
+namespace {
+
+using testing::Day;
+using testing::FailsWith;
+using testing::Get;
+
+class BookReaderTest : public testing::FiguresFixture {
+ protected:
+  Double Sales() { return Get(Reader().Read(), 101, Day(2003, 1, 1), 1); }
+};
+
+TEST_F(BookReaderTest, ShowsOneStateUntilItIsToldToLookAgain) {
+  EXPECT_EQ(Sales(), 10);
+  Write(101, Day(2003, 1, 1), 1, 99);
+  EXPECT_EQ(Sales(), 10);
+  EXPECT_TRUE(Reader().HasChanged());
+  Reader().Refresh();
+  EXPECT_EQ(Sales(), 99);
+}
+
+TEST_F(BookReaderTest, KnowsTheListsAtRest) {
+  Reader().Rest();
+  EXPECT_EQ(Reader().Description().accounts.size(), 3U);
+  EXPECT_EQ(Reader().CalendarRules().FirstDate(), Day(2003, 1, 1));
+}
+
+TEST_F(BookReaderTest, LeavesNothingBesideTheBookAtRest) {
+  (void)Sales();
+  Reader().Rest();
+  EXPECT_FALSE(std::filesystem::exists(BookPath() + "-wal"));
+  EXPECT_FALSE(std::filesystem::exists(BookPath() + "-shm"));
+}
+
+TEST_F(BookReaderTest, CountsAReadAfterAChangeAsNew) {
+  (void)Sales();
+  Reader().Rest();
+  Write(101, Day(2003, 1, 1), 1, 99);
+  const Long before = Reader().FiguresSeen();
+  EXPECT_EQ(Sales(), 99);
+  EXPECT_GT(Reader().FiguresSeen(), before);
+}
+
+TEST_F(BookReaderTest, ComesToRestWithWhatItSawWhenNobodyWrites) {
+  // A change within the same step of the clock could look like none, so one more look is allowed.
+  for (int tries = 0; Reader().HasChanged() && tries < 100; ++tries) Reader().Refresh();
+  const Long before = Reader().FiguresSeen();
+  Reader().Rest();
+  EXPECT_FALSE(Reader().HasChanged());
+  (void)Sales();
+  EXPECT_LE(Reader().FiguresSeen(), before + 1);
+}
+
+TEST_F(BookReaderTest, DoesNotKeepAWriterFromTheBook) {
+  (void)Reader().Read();
+  EXPECT_NO_THROW(Write(101, Day(2003, 1, 1), 1, 99));
+}
+
+TEST_F(BookReaderTest, FailsForABookThatIsGoneAndIsAtRestThen) {
+  Reader().Rest();
+  std::filesystem::remove(BookPath());
+  EXPECT_THAT([&] { Reader().Refresh(); }, FailsWith(FailureNumber::kFileNotFound));
+  EXPECT_EQ(Reader().Description().accounts.size(), 3U);
+}
+
+}  // namespace
+}  // namespace tallybook::desktop
