@@ -19,6 +19,7 @@ namespace {
 
 // Beyond so many columns each has the same width: nobody reads their heads one by one, and setting them takes long.
 constexpr int kMostFittedColumns = 120;
+constexpr int kLeastTarget = 24;  // what a pointer hits easily
 constexpr int kDigitsOfAColumn = 11;
 constexpr int kMostLettersOfAHead = 24;
 
@@ -64,9 +65,10 @@ class FigureDelegate final : public QStyledItemDelegate {
   // A frame and a sign, so that it is not told by colour alone.
   static void PaintMark(QPainter& painter, const QStyleOptionViewItem& option) {
     painter.save();
+    const bool selected = (option.state & QStyle::State_Selected) != 0;
     const bool dark = option.palette.color(QPalette::Base).lightness() < 128;
-    const QColor colour = dark ? QColor(255, 140, 120) : QColor(176, 32, 16);
-    painter.setPen(QPen(colour, 2));
+    const QColor on_ground = dark ? QColor(255, 140, 120) : QColor(176, 32, 16);
+    painter.setPen(QPen(selected ? option.palette.color(QPalette::HighlightedText) : on_ground, 2));
     painter.drawRect(option.rect.adjusted(1, 1, -2, -2));
     painter.drawText(option.rect.adjusted(Margin(option), 0, 0, 0), static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter),
                      "!");
@@ -115,6 +117,7 @@ FigureGrid::FigureGrid(QWidget* parent) : QTableView(parent) {
   setWordWrap(false);
   setCornerButtonEnabled(false);
   setAccessibleName("Figures");
+  setFrameShape(NoFrame);
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   verticalHeader()->setHighlightSections(true);
   horizontalHeader()->setSectionsClickable(true);
@@ -142,7 +145,9 @@ void FigureGrid::FitColumns() {
   const int padding = metrics.height();
   const int least = metrics.horizontalAdvance('0') * kDigitsOfAColumn + padding;
   const int most = metrics.averageCharWidth() * kMostLettersOfAHead + padding;
-  verticalHeader()->setDefaultSectionSize(metrics.height() * 3 / 2 + 2);
+  const int row_height = std::max(metrics.height() * 3 / 2 + 2, kLeastTarget);
+  verticalHeader()->setDefaultSectionSize(row_height);
+  horizontalHeader()->setFixedHeight(row_height);
   const int columns = model() == nullptr ? 0 : model()->columnCount();
   const QString longest = columns == 0 ? QString() : model()->headerData(0, Qt::Horizontal).toString();
   horizontalHeader()->setDefaultSectionSize(std::clamp(metrics.horizontalAdvance(longest) + padding, least, most));
@@ -166,6 +171,8 @@ void FigureGrid::GoTo(int row, int column) {
   const QModelIndex index =
       model()->index(std::clamp(row, 0, model()->rowCount() - 1), std::clamp(column, 0, model()->columnCount() - 1));
   setCurrentIndex(index);
+  // Qt leaves the selection alone while Ctrl is held down, as it is for many ways here.
+  selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
   scrollTo(index);
 }
 

@@ -39,6 +39,7 @@ constexpr std::chrono::milliseconds kTotalsPart{8};      // of adding up at a ti
 constexpr qint64 kRestAfter = 1500;                      // milliseconds without a cell being asked for
 constexpr long long kMostAddedUp = 50'000;               // cells of a selection that are added up
 constexpr long long kMostCopied = 1'000'000;
+constexpr int kLeastTarget = 24;  // what a pointer hits easily
 
 constexpr std::array kViewNames = {"One account", "One date", "One field"};
 
@@ -59,6 +60,7 @@ QToolButton* NewStep(Qt::ArrowType arrow, const QString& name) {
   auto* button = new QToolButton;
   button->setArrowType(arrow);
   button->setAutoRaise(true);
+  button->setMinimumSize(kLeastTarget, kLeastTarget);
   button->setAccessibleName(name);
   button->setToolTip(name);
   return button;
@@ -137,6 +139,14 @@ class FigurePane::Parts {
   void Connect();
   void FollowColumns() const;
   [[nodiscard]] FigureChoice ChoiceOfBar() const;
+  [[nodiscard]] int DecimalsOf(const QItemSelection& selection) const;
+  // What the current cell shows, in terms that hold in every view.
+  struct Spot {
+    Integer account = 1;
+    Date date = 0;
+    Integer field = 1;
+  };
+  [[nodiscard]] Spot CurrentSpot() const;
   void FillBar();
 };
 
@@ -281,10 +291,25 @@ FigureChoice FigurePane::Parts::ChoiceOfBar() const {
   return choice;
 }
 
+FigurePane::Parts::Spot FigurePane::Parts::CurrentSpot() const {
+  Spot spot{pane.CurrentAccount(), table->Choice().date, pane.CurrentField()};
+  const QModelIndex index = grid->currentIndex();
+  const bool has_date = index.isValid() && (table->RowsAreDates() || table->ColumnsAreDates());
+  if (has_date) spot.date = table->DateOf(table->PlaceOf(index.row(), index.column()));
+  return spot;
+}
+
+// Stays with the same account, date and field, wherever the new table has them.
 void FigurePane::Parts::Choose(const FigureChoice& choice) {
   if (table->Choice() == choice) return FillBar();
-  table->Choose(choice);
+  Spot spot = CurrentSpot();
+  if (choice.date != table->Choice().date) spot.date = choice.date;
+  FigureChoice chosen = choice;
+  if (choice.date == table->Choice().date) chosen.date = spot.date;
+  table->Choose(chosen);
   ShowChoice();
+  const FigurePlace place{spot.account, table->Units().IndexOf(spot.date), spot.field};
+  grid->GoTo(table->RowOf(place), table->ColumnOf(place));
 }
 
 void FigurePane::Parts::FillBar() {
@@ -380,6 +405,16 @@ void FigurePane::Parts::AddUp() {
   totals_model->ShowAnew();
 }
 
+int FigurePane::Parts::DecimalsOf(const QItemSelection& selection) const {
+  int decimals = 0;
+  for (const QItemSelectionRange& part : selection) {
+    for (int column = part.left(); column <= part.right(); ++column) {
+      decimals = std::max(decimals, model->DecimalsOf(column));
+    }
+  }
+  return decimals;
+}
+
 void FigurePane::Parts::AddUpSelection() {
   selection_text.clear();
   const QItemSelection selection = grid->selectionModel()->selection();
@@ -390,7 +425,7 @@ void FigurePane::Parts::AddUpSelection() {
     Double sum = 0;
     for (const QModelIndex& index : selection.indexes()) sum += model->ValueOf(index.row(), index.column());
     const Double average = sum / static_cast<Double>(count);
-    const int decimals = std::min(DecimalsNeeded(sum), kMostDecimals);
+    const int decimals = std::max(DecimalsNeeded(sum), DecimalsOf(selection));
     selection_text = QString("%1 figures selected: %2  avg %3")
                          .arg(ToQt(WithCommas(count)), ToQt(NumberText(sum, decimals, style.numbers)),
                               ToQt(NumberText(average, std::max(decimals, 2), style.numbers)));

@@ -45,7 +45,7 @@ Text LevelName(Integer level) {
 
 Text UnitName(const engine::Calendar& calendar, Integer level, const engine::DateSpan& unit, const DateWriter& write) {
   const engine::FiscalPlace place = calendar.PlaceOf(std::min(unit.last, calendar.LastDate()));
-  const Text year = std::to_string(place.year);
+  Text year = std::to_string(place.year);
   switch (level) {
     case kDayLevel:
       return Weekday(unit.last) + " " + write(unit.last);

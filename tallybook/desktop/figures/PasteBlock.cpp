@@ -55,8 +55,9 @@ class Layer {
     if (!block_.troubles.empty()) return block_;
     for (std::size_t row = 0; row < cells.size(); ++row) {
       for (std::size_t column = 0; column < cells[row].size(); ++column) {
-        Put(selection.first_row + static_cast<int>(row), selection.first_column + static_cast<int>(column),
-            cells[row][column]);
+        const int cell_row = selection.first_row + static_cast<int>(row);
+        const int cell_column = selection.first_column + static_cast<int>(column);
+        Put(cell_row, cell_column, cells[row][column], fmt::format("Row {}, column {}", row + 1, column + 1));
       }
     }
     return block_;
@@ -65,8 +66,8 @@ class Layer {
  private:
   static void Fill(const CellRange& selection, Cells& cells) {
     const Text cell = cells.front().front();
-    const auto columns = static_cast<std::size_t>(selection.last_column - selection.first_column + 1);
-    const auto rows = static_cast<std::size_t>(selection.last_row - selection.first_row + 1);
+    const auto columns = static_cast<std::size_t>(selection.last_column - selection.first_column) + 1;
+    const auto rows = static_cast<std::size_t>(selection.last_row - selection.first_row) + 1;
     cells.assign(rows, std::vector<Text>(columns, cell));
   }
 
@@ -85,14 +86,14 @@ class Layer {
     }
   }
 
-  void Put(int row, int column, const Text& cell) {
+  void Put(int row, int column, const Text& cell, const Text& where) {
     const Text why_not = table_.WhyNotTyped(row, column);
     if (!why_not.empty()) return Trouble(why_not);
     const ReadFigure read = ParseFigure(cell, style_);
     if (read.value) {
       block_.figures.push_back({row, column, table_.Value(row, column), *read.value});
     } else {
-      Trouble(fmt::format("Row {}, column {} of the block: {}.", row + 1, column + 1, application::Shown(read.why)));
+      Trouble(fmt::format("{} of the block: {}.", where, application::Shown(read.why)));
     }
   }
 

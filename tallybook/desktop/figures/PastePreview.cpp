@@ -91,10 +91,10 @@ PastePreview::PastePreview(QWidget* parent, const FigureTable& table, const Past
 
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
   QPushButton* accept = buttons->addButton("&" + what, QDialogButtonBox::AcceptRole);
-  accept->setDefault(true);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   layout->addWidget(buttons);
+  accept->setDefault(true);
   resize(fontMetrics().height() * 36, fontMetrics().height() * 26);
   accept->setFocus();
 }

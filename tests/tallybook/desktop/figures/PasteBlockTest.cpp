@@ -47,7 +47,7 @@ TEST_F(PasteBlockTest, RefusesABlockThatIsLargerThanTheTable) {
 }
 
 TEST_F(PasteBlockTest, RefusesAllOfABlockWithACellThatCannotBeRead) {
-  const PasteBlock block = Lay("1\nSales\n3");
+  const PasteBlock block = Lay("1\nSales\n3", {5, 1, 5, 1});
   EXPECT_FALSE(block.IsGood());
   EXPECT_THAT(block.troubles, ElementsAre(HasSubstr("Row 2, column 1 of the block: \"Sales\" is no figure")));
 }

@@ -1,0 +1,159 @@
+#include "tallybook/desktop/window/AccountPane.h"
+
+#include <QtCore/QSize>
+#include <QtCore/QSortFilterProxyModel>
+#include <QtCore/QStringListModel>
+#include <QtGui/QKeyEvent>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QListView>
+#include <QtWidgets/QVBoxLayout>
+#include <algorithm>
+
+#include "tallybook/application/Shown.h"
+#include "tallybook/desktop/figures/LocaleStyle.h"
+
+namespace tallybook::desktop {
+
+namespace {
+
+constexpr int kLeastTarget = 24;  // what a pointer hits easily
+
+}  // namespace
+
+// Every word of the search must stand somewhere in the account's line, whatever its case.
+class AccountPane::Filter final : public QSortFilterProxyModel {
+ public:
+  using QSortFilterProxyModel::QSortFilterProxyModel;
+
+  void SetRowHeight(int height) { height_ = height; }
+  [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override {
+    return role == Qt::SizeHintRole ? QVariant(QSize(0, height_)) : QSortFilterProxyModel::data(index, role);
+  }
+
+  void SetWords(const QString& search) {
+    words_ = search.split(' ', Qt::SkipEmptyParts);
+    invalidateFilter();
+  }
+
+ protected:
+  [[nodiscard]] bool filterAcceptsRow(int row, const QModelIndex& parent) const override {
+    const QString line = sourceModel()->index(row, 0, parent).data().toString();
+    return std::ranges::all_of(words_, [&](const QString& word) { return line.contains(word, Qt::CaseInsensitive); });
+  }
+
+ private:
+  QStringList words_;
+  int height_ = 0;
+};
+
+AccountPane::AccountPane(QWidget* parent)
+    : QWidget(parent),
+      search_(new QLineEdit),
+      list_(new QListView),
+      nothing_(new QLabel),
+      names_(new QStringListModel(this)),
+      filter_(new Filter(this)) {
+  filter_->setSourceModel(names_);
+  filter_->SetRowHeight(std::max(fontMetrics().height() * 3 / 2, kLeastTarget));
+  search_->setPlaceholderText("Find account (Ctrl+F)");
+  search_->setAccessibleName("Find account");
+  search_->setClearButtonEnabled(true);
+  search_->installEventFilter(this);
+  list_->setModel(filter_);
+  list_->setAccessibleName("Accounts");
+  list_->setUniformItemSizes(true);
+  list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  nothing_->setWordWrap(true);
+  nothing_->setMargin(fontMetrics().height() / 2);
+  nothing_->hide();
+  auto* layout = new QVBoxLayout(this);
+  const int unit = fontMetrics().height() / 4;
+  layout->setContentsMargins(2 * unit, 2 * unit, 0, 0);
+  layout->addWidget(search_);
+  layout->addWidget(nothing_);
+  layout->addWidget(list_, 1);
+  connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
+    const Integer before = Current();
+    filter_->SetWords(text);
+    TellFilter();
+    SetCurrent(before);
+    if (Current() == 0) Move(0);
+  });
+  connect(list_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] {
+    if (telling_ && chosen_ && Current() > 0) chosen_(Current());
+  });
+}
+
+AccountPane::~AccountPane() = default;
+
+void AccountPane::Show(const std::vector<engine::AccountDescription>& accounts) {
+  QStringList lines;
+  for (const auto& account : accounts) lines << ToQt(application::Shown(account.code + "  " + account.description));
+  telling_ = false;
+  names_->setStringList(lines);
+  telling_ = true;
+  TellFilter();
+}
+
+// An empty list says what would fill it.
+void AccountPane::TellFilter() {
+  const bool no_accounts = names_->rowCount() == 0;
+  nothing_->setVisible(filter_->rowCount() == 0);
+  nothing_->setText(no_accounts ? "This book has no accounts. Accounts are given when a book is made: Book, New."
+                                : "No account has all of these words in its code or description.");
+}
+
+void AccountPane::SetCurrent(Integer position) {
+  const QModelIndex index = filter_->mapFromSource(names_->index(position - 1, 0));
+  telling_ = false;
+  if (index.isValid()) {
+    list_->setCurrentIndex(index);
+  } else {
+    list_->setCurrentIndex({});
+  }
+  telling_ = true;
+}
+
+Integer AccountPane::Current() const {
+  const QModelIndex index = list_->currentIndex();
+  return index.isValid() ? static_cast<Integer>(filter_->mapToSource(index).row() + 1) : Integer{0};
+}
+
+void AccountPane::Move(int rows) {
+  if (filter_->rowCount() == 0) return;
+  const int row = std::clamp(list_->currentIndex().row() + rows, 0, filter_->rowCount() - 1);
+  list_->setCurrentIndex(filter_->index(row, 0));
+}
+
+void AccountPane::BeginSearch() {
+  search_->setFocus(Qt::ShortcutFocusReason);
+  search_->selectAll();
+}
+
+// The list can be gone through without leaving the line.
+bool AccountPane::eventFilter(QObject* watched, QEvent* event) {
+  if (watched != search_ || event->type() != QEvent::KeyPress) return QWidget::eventFilter(watched, event);
+  auto* key = static_cast<QKeyEvent*>(event);
+  switch (key->key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+      QApplication::sendEvent(list_, event);
+      return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+      if (done_) done_();
+      return true;
+    case Qt::Key_Escape:
+      if (search_->text().isEmpty()) return false;
+      search_->clear();
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace tallybook::desktop

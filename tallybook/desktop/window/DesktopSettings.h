@@ -1,0 +1,51 @@
+// What the desktop remembers between its runs, in desktop.ini beside the installation's settings: books opened lately,
+// where windows stood, and how each book was looked at. What cannot be read or written is passed over: a window that opens
+// in another place is no reason to keep anybody from a book. One thread.
+#pragma once
+
+#include <vector>
+
+#include "base/Types.h"
+#include "tallybook/desktop/figures/FigureTable.h"
+#include "tallybook/settings/SettingsFile.h"
+
+namespace tallybook::desktop {
+
+// How a book was looked at last.
+struct BookLook {
+  FigureChoice choice;
+  Text sizes;  // of the panes, as Qt tells them, in hexadecimal digits; empty: none yet
+  bool chart = true;
+  bool against_year_before = true;
+};
+
+class DesktopSettings {
+ public:
+  // `path` is that of the file; its folder is made when something is written.
+  explicit DesktopSettings(Text path);
+
+  // Paths, the latest first, at most kMostRecent.
+  static constexpr std::size_t kMostRecent = 8;
+  [[nodiscard]] std::vector<Text> RecentBooks() const;
+  void NoteBook(const Text& path);
+  void ForgetBook(const Text& path);
+
+  [[nodiscard]] BookLook LookOf(const Text& book) const;
+  void KeepLook(const Text& book, const BookLook& look);
+
+  // Any other thing by its name.
+  [[nodiscard]] Text Value(const Text& key, const Text& otherwise) const;
+  void SetValue(const Text& key, const Text& value);
+
+ private:
+  void WriteRecent(const std::vector<Text>& books);
+  [[nodiscard]] Text Read(const Text& section, const Text& key, const Text& otherwise) const;
+  void Write(const Text& section, const Text& key, const Text& value);
+
+  Text path_;
+};
+
+// desktop.ini in the folder of the installation's settings file.
+[[nodiscard]] Text DesktopSettingsPath(const Text& settings_file);
+
+}  // namespace tallybook::desktop

@@ -1,0 +1,537 @@
+#include "tallybook/desktop/window/MainWindow.h"
+
+#include <QtCore/QMimeData>
+#include <QtCore/QStandardPaths>
+#include <QtGui/QClipboard>
+#include <QtGui/QCloseEvent>
+#include <QtGui/QDragEnterEvent>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QFileDialog>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QMenu>
+#include <QtWidgets/QMenuBar>
+#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QSplitter>
+#include <QtWidgets/QStackedWidget>
+#include <QtWidgets/QStatusBar>
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <set>
+#include <utility>
+
+#include "base/Dates.h"
+#include "base/Failure.h"
+#include "platform/Clock.h"
+#include "tallybook/application/Counts.h"
+#include "tallybook/application/DemoBooks.h"
+#include "tallybook/application/Shown.h"
+#include "tallybook/desktop/figures/ChartView.h"
+#include "tallybook/desktop/figures/FigureGrid.h"
+#include "tallybook/desktop/figures/FigurePane.h"
+#include "tallybook/desktop/window/AccountPane.h"
+#include "tallybook/desktop/window/DateDialog.h"
+#include "tallybook/desktop/window/JournalWindow.h"
+#include "tallybook/desktop/window/KeysDialog.h"
+#include "tallybook/desktop/window/MainMenus.h"
+#include "tallybook/desktop/window/NewBookWizard.h"
+#include "tallybook/desktop/window/SettingsDialog.h"
+#include "tallybook/desktop/window/StartPage.h"
+
+namespace tallybook::desktop {
+
+namespace {
+
+namespace fs = std::filesystem;
+using application::Counted;
+using application::Shown;
+
+constexpr std::size_t kMostFieldsOfChart = 6;  // more lines than that nobody tells apart
+constexpr const char* kExampleFolder = "Tallybook Example";
+constexpr const char* kExampleShop = "north-shop.tbk";
+constexpr const char* kExampleOffice = "head-office.tbk";
+
+QString FileNameOf(const Text& path) {
+  return ToQt(Shown(fs::path(path).filename().string()));
+}
+
+Text DocumentsFolder() {
+  return FromQt(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+}
+
+// A menu's mnemonics would show in the words.
+QString Plain(QString words) {
+  return words.replace("&", "&&");
+}
+
+}  // namespace
+
+class MainWindow::Parts {
+ public:
+  Parts(MainWindow& window, HostApp& app, DesktopSettings& settings, LocaleStyle style);
+
+  bool Open(const Text& path);
+  bool Leave();
+  void ShowBook(std::unique_ptr<BookReader> opened);
+  void ShowStart();
+  void KeepLook() const;
+  void FollowFigures();
+  void FollowState();
+  void ShowChart();
+  void FillRecent();
+  void FillFieldsOfChart();
+  void NewBook();
+  void AskForBook();
+  void AskForDate();
+  void Journal();
+  void SaveChart();
+  void Settings();
+  void MovePane(int steps);
+  void ShowChartPane(bool shown);
+
+  MainWindow& window;
+  HostApp& app;
+  DesktopSettings& settings;
+  LocaleStyle style;
+  Text path;
+  MainMenus menus;
+  QStackedWidget* pages = nullptr;
+  QWidget* start = nullptr;
+  QSplitter* across = nullptr;
+  QSplitter* down = nullptr;
+  AccountPane* accounts = nullptr;
+  FigurePane* figures = nullptr;
+  ChartView* chart = nullptr;
+  QLabel* book_text = nullptr;
+  QLabel* made_of_text = nullptr;
+  QLabel* selection_text = nullptr;
+  QLabel* saved_text = nullptr;
+  QPushButton* give_up = nullptr;
+  BookReader* reader = nullptr;     // the pane owns it
+  std::set<Integer> chosen_fields;  // of the chart, by position; empty: that of the current column
+  ChartChoice shown_chart;
+
+ private:
+  MenuActs Acts();
+  void BuildPages();
+  void BuildStatus();
+};
+
+MainWindow::Parts::Parts(MainWindow& main, HostApp& host, DesktopSettings& remembered, LocaleStyle locale_style)
+    : window(main), app(host), settings(remembered), style(std::move(locale_style)) {
+  menus = BuildMenus(window, Acts());
+  QObject::connect(menus.recent, &QMenu::aboutToShow, &window, [this] { FillRecent(); });
+  QObject::connect(menus.fields_of_chart, &QMenu::aboutToShow, &window, [this] { FillFieldsOfChart(); });
+  QObject::connect(menus.edit, &QMenu::aboutToShow, &window, [this] { FollowState(); });
+  BuildPages();
+  BuildStatus();
+  FillRecent();
+  ShowStart();
+}
+
+MenuActs MainWindow::Parts::Acts() {
+  MenuActs acts;
+  acts.new_book = [this] { NewBook(); };
+  acts.open_book = [this] { AskForBook(); };
+  acts.example = [this] { window.OpenExample(); };
+  acts.journal = [this] { Journal(); };
+  acts.settings = [this] { Settings(); };
+  acts.close_book = [this] { window.CloseBook(); };
+  acts.quit = [this] { window.close(); };
+  acts.undo = [this] { figures->Undo(); };
+  acts.copy = [this] { figures->Copy(false); };
+  acts.copy_with_heads = [this] { figures->Copy(true); };
+  acts.paste = [this] { figures->Paste(); };
+  acts.clear = [this] { figures->Clear(); };
+  acts.find_account = [this] { accounts->BeginSearch(); };
+  acts.view = [this](int view) {
+    FigureChoice choice = figures->Table().Choice();
+    choice.account = figures->CurrentAccount();
+    choice.field = figures->CurrentField();
+    choice.view = static_cast<FigureView>(view);
+    figures->Choose(choice);
+  };
+  acts.chart = [this](bool shown) { ShowChartPane(shown); };
+  acts.year_before = [this](bool) { ShowChart(); };
+  acts.copy_chart = [this] { chart->CopyPicture(); };
+  acts.save_chart = [this] { SaveChart(); };
+  acts.refresh = [this] { figures->LookAgain(); };
+  acts.next_pane = [this] { MovePane(1); };
+  acts.last_pane = [this] { MovePane(-1); };
+  acts.go = [this](int steps) { figures->Go(steps); };
+  acts.move_account = [this](int rows) { accounts->Move(rows); };
+  acts.today = [this] { figures->GoToDate(std::floor(Now())); };
+  acts.go_to_date = [this] { AskForDate(); };
+  acts.keys = [this] { ShowKeys(&window); };
+  acts.about = [this] { ShowAbout(&window); };
+  return acts;
+}
+
+void MainWindow::Parts::BuildPages() {
+  start = new StartPage(nullptr, {[this] { AskForBook(); }, [this] { NewBook(); }, [this] { window.OpenExample(); }});
+  accounts = new AccountPane(nullptr);
+  figures = new FigurePane(nullptr, app, style);
+  chart = new ChartView(nullptr, style);
+  down = new QSplitter(Qt::Vertical);
+  down->addWidget(figures);
+  down->addWidget(chart);
+  down->setStretchFactor(0, 3);
+  down->setStretchFactor(1, 1);
+  across = new QSplitter(Qt::Horizontal);
+  across->addWidget(accounts);
+  across->addWidget(down);
+  across->setStretchFactor(0, 0);
+  across->setStretchFactor(1, 1);
+  for (QSplitter* splitter : {down, across}) splitter->setChildrenCollapsible(false);
+  pages = new QStackedWidget;
+  pages->addWidget(start);
+  pages->addWidget(across);
+  window.setCentralWidget(pages);
+
+  accounts->OnChosen([this](Integer position) { figures->GoToAccount(position); });
+  accounts->OnDone([this] { figures->Grid().setFocus(); });
+  figures->OnShown([this] { FollowFigures(); });
+  figures->OnState([this] { FollowState(); });
+  figures->OnMessage([this](const QString& words) {
+    // One line is read where it stands; more, or what nobody would look for there, needs a window.
+    words.contains('\n') || words.contains(ToQt(path)) ? window.Tell(words)
+                                                       : window.statusBar()->showMessage(words, 8000);
+  });
+  figures->OnAskDate([this] { AskForDate(); });
+}
+
+void MainWindow::Parts::BuildStatus() {
+  QStatusBar& bar = *window.statusBar();
+  bar.setSizeGripEnabled(false);
+  book_text = new QLabel;
+  made_of_text = new QLabel;
+  selection_text = new QLabel;
+  saved_text = new QLabel;
+  give_up = new QPushButton("Give &Up");
+  give_up->setToolTip("Leave the book as it is; what waits is not written");
+  give_up->setFlat(false);
+  for (QLabel* label : {book_text, made_of_text}) bar.addWidget(label);
+  bar.addWidget(new QWidget, 1);
+  for (QWidget* part : std::initializer_list<QWidget*>{selection_text, saved_text, give_up})
+    bar.addPermanentWidget(part);
+  for (QLabel* label : {book_text, made_of_text, selection_text, saved_text}) {
+    label->setTextFormat(Qt::PlainText);
+    label->setMargin(window.fontMetrics().height() / 4);
+  }
+  QObject::connect(give_up, &QPushButton::clicked, &window, [this] { figures->GiveUpWaiting(); });
+}
+
+// --- Books -----------------------------------------------------------------------------------------------------------
+
+bool MainWindow::Parts::Open(const Text& named) {
+  std::unique_ptr<BookReader> opened;
+  try {
+    opened = std::make_unique<BookReader>(named, app);
+  } catch (const Failure& failure) {
+    window.Tell(ToQt(Shown(failure.Description())));
+    if (failure.Number() == FailureNumber::kFileNotFound) settings.ForgetBook(named);
+    return false;
+  }
+  if (!Leave()) return false;
+  ShowBook(std::move(opened));
+  return true;
+}
+
+void MainWindow::Parts::ShowBook(std::unique_ptr<BookReader> opened) {
+  path = opened->Path();
+  reader = opened.get();
+  const BookLook look = settings.LookOf(path);
+  chosen_fields.clear();
+  menus.chart->setChecked(look.chart);
+  menus.year_before->setChecked(look.against_year_before);
+  accounts->Show(reader->Description().accounts);
+  chart->setVisible(look.chart);
+  pages->setCurrentWidget(across);
+  const QList<QByteArray> sizes = QByteArray::fromStdString(look.sizes).split(' ');
+  const int unit = window.fontMetrics().height();
+  if (sizes.size() != 2 || !across->restoreState(QByteArray::fromHex(sizes[0])) ||
+      !down->restoreState(QByteArray::fromHex(sizes[1]))) {
+    across->setSizes({unit * 16, unit * 60});
+    down->setSizes({unit * 26, unit * 12});
+  }
+  const bool was_never_seen = look.choice.date == kNoDate;
+  figures->Open(std::move(opened));
+  FigureChoice choice = look.choice;
+  if (was_never_seen) choice.date = std::floor(Now());
+  figures->Choose(choice);
+  if (was_never_seen) figures->GoToDate(choice.date);
+  settings.NoteBook(path);
+  window.setWindowTitle(QString("%1 \u2013 Tallybook").arg(FileNameOf(path)));
+  FollowFigures();
+  FollowState();
+  figures->Grid().setFocus();
+}
+
+void MainWindow::Parts::ShowStart() {
+  pages->setCurrentWidget(start);
+  window.setWindowTitle("Tallybook");
+  FollowState();
+  start->findChild<QAbstractButton*>()->setFocus();
+}
+
+void MainWindow::Parts::KeepLook() const {
+  if (!figures->HasBook()) return;
+  BookLook look;
+  look.choice = figures->Table().Choice();
+  look.choice.account = figures->CurrentAccount();
+  look.choice.field = figures->CurrentField();
+  look.sizes = (across->saveState().toHex() + ' ' + down->saveState().toHex()).toStdString();
+  look.chart = menus.chart->isChecked();
+  look.against_year_before = menus.year_before->isChecked();
+  settings.KeepLook(path, look);
+}
+
+// Out of the open book. False where the user stays because something waits to be written.
+bool MainWindow::Parts::Leave() {
+  if (figures->Waits()) {
+    QMessageBox box(QMessageBox::Question, "Tallybook", figures->SavedText(), QMessageBox::NoButton, &window);
+    box.setInformativeText("What you typed is not in the book yet. If you go on, the book stays as it is.");
+    QPushButton* stay = box.addButton("&Wait", QMessageBox::RejectRole);
+    box.addButton("&Give Up", QMessageBox::DestructiveRole);
+    box.setDefaultButton(stay);
+    box.setEscapeButton(stay);
+    box.exec();
+    if (box.clickedButton() == stay) return false;
+  }
+  KeepLook();
+  figures->CloseBook();
+  reader = nullptr;
+  path.clear();
+  return true;
+}
+
+void MainWindow::Parts::NewBook() {
+  NewBookWizard wizard(&window, style, DocumentsFolder());
+  if (wizard.exec() == QDialog::Accepted) Open(wizard.MadeBook());
+}
+
+void MainWindow::Parts::AskForBook() {
+  const Text folder = path.empty() ? DocumentsFolder() : fs::path(path).parent_path().string();
+  const QString chosen =
+      QFileDialog::getOpenFileName(&window, "Open a Book", ToQt(folder), "Books (*.tbk);;All files (*)");
+  if (!chosen.isEmpty()) Open(FromQt(chosen));
+}
+
+void MainWindow::Parts::FillRecent() {
+  menus.recent->clear();
+  for (const Text& book : settings.RecentBooks()) {
+    QAction* action = menus.recent->addAction(Plain(ToQt(Shown(book))));
+    QObject::connect(action, &QAction::triggered, &window, [this, book] { window.OpenBook(book); });
+  }
+  if (menus.recent->isEmpty()) menus.recent->addAction("Books that you open are listed here")->setEnabled(false);
+}
+
+// --- What is shown ---------------------------------------------------------------------------------------------------
+
+void MainWindow::Parts::FollowFigures() {
+  if (!figures->HasBook()) return;
+  const FigureChoice& choice = figures->Table().Choice();
+  menus.views[static_cast<std::size_t>(choice.view)]->setChecked(true);
+  accounts->SetCurrent(figures->CurrentAccount());
+  shown_chart = {};
+  shown_chart.account = 0;  // figures may be others
+  ShowChart();
+}
+
+void MainWindow::Parts::FollowState() {
+  const bool has_book = figures->HasBook();
+  for (QMenu* menu : {menus.edit, menus.view, menus.figures}) {
+    menu->menuAction()->setEnabled(has_book);
+    for (QAction* action : menu->actions()) action->setEnabled(has_book);
+  }
+  for (QAction* action : {menus.journal, menus.close_book}) action->setEnabled(has_book);
+  menus.undo->setEnabled(figures->CanUndo());
+  const QString undone = figures->NextUndo();
+  menus.undo->setText(undone.isEmpty() ? QString("&Undo") : QString("&Undo %1").arg(Plain(undone)));
+  selection_text->setText(figures->SelectionText());
+  saved_text->setText(figures->SavedText());
+  give_up->setVisible(figures->Waits());
+  book_text->setText(has_book ? ToQt(Shown(fs::path(path).stem().string())) : QString());
+  made_of_text->setVisible(has_book);
+  if (!has_book) return;
+  const engine::BookDescription& book = reader->Description();
+  made_of_text->setText(QString("%1, %2, %3s")
+                            .arg(ToQt(Counted(static_cast<long long>(book.accounts.size()), "account")),
+                                 ToQt(Counted(static_cast<long long>(book.fields.size()), "field")),
+                                 ToQt(LevelName(book.data_level)).toLower()));
+  if (!figures->Table().RowsAreDates()) accounts->SetCurrent(figures->CurrentAccount());
+  ShowChart();
+}
+
+void MainWindow::Parts::ShowChart() {
+  if (!figures->HasBook() || !menus.chart->isChecked()) return;
+  ChartChoice choice;
+  choice.account = figures->CurrentAccount();
+  choice.fields.assign(chosen_fields.begin(), chosen_fields.end());
+  if (choice.fields.empty()) choice.fields = {figures->CurrentField()};
+  choice.against_year_before = menus.year_before->isChecked();
+  const bool same = choice.account == shown_chart.account && choice.fields == shown_chart.fields &&
+                    choice.against_year_before == shown_chart.against_year_before;
+  if (same) return;
+  shown_chart = choice;
+  try {
+    chart->Show(ChartOf(figures->Table(), choice, style.dates));
+  } catch (const Failure& failure) {
+    chart->Show({});
+    window.statusBar()->showMessage(ToQt(Shown(failure.Description())));
+  }
+}
+
+void MainWindow::Parts::ShowChartPane(bool shown) {
+  chart->setVisible(shown);
+  shown_chart.account = 0;
+  ShowChart();
+}
+
+void MainWindow::Parts::FillFieldsOfChart() {
+  menus.fields_of_chart->clear();
+  if (!figures->HasBook()) return;
+  QAction* follow = menus.fields_of_chart->addAction("&That of the Current Column");
+  follow->setCheckable(true);
+  follow->setChecked(chosen_fields.empty());
+  QObject::connect(follow, &QAction::triggered, &window, [this] {
+    chosen_fields.clear();
+    ShowChart();
+  });
+  menus.fields_of_chart->addSeparator();
+  Integer position = 0;
+  for (const engine::FieldDescription& field : reader->Description().fields) {
+    const Integer each = ++position;
+    QAction* action = menus.fields_of_chart->addAction(Plain(ToQt(Shown(field.description))));
+    action->setCheckable(true);
+    action->setChecked(chosen_fields.contains(each));
+    action->setEnabled(action->isChecked() || chosen_fields.size() < kMostFieldsOfChart);
+    QObject::connect(action, &QAction::triggered, &window, [this, each](bool checked) {
+      checked ? static_cast<void>(chosen_fields.insert(each)) : static_cast<void>(chosen_fields.erase(each));
+      ShowChart();
+    });
+  }
+}
+
+void MainWindow::Parts::SaveChart() {
+  const QString chosen = QFileDialog::getSaveFileName(&window, "Save the Chart", ToQt(DocumentsFolder()) + "/chart.svg",
+                                                      "Vector picture (*.svg);;PNG picture (*.png)");
+  QString why;
+  if (chosen.isEmpty() || chart->SavePicture(chosen, why)) return;
+  window.Tell(QString("%1 cannot be written: %2").arg(chosen, why));
+}
+
+void MainWindow::Parts::AskForDate() {
+  if (!figures->HasBook()) return;
+  const engine::Calendar& calendar = reader->CalendarRules();
+  DateDialog dialog(&window, style, figures->Table().Choice().date, calendar.FirstDate(), calendar.LastDate());
+  if (dialog.exec() == QDialog::Accepted && dialog.Chosen()) figures->GoToDate(*dialog.Chosen());
+}
+
+void MainWindow::Parts::Journal() {
+  JournalWindow journal(&window, *reader, style, {});
+  journal.exec();
+  figures->LookAgain();
+}
+
+void MainWindow::Parts::Settings() {
+  SettingsDialog dialog(&window, app.SettingsFileName());
+  dialog.exec();
+}
+
+void MainWindow::Parts::MovePane(int steps) {
+  std::vector<QWidget*> panes = {accounts, &figures->Grid()};
+  if (chart->isVisible()) panes.push_back(chart);
+  const auto holds = [](const QWidget* pane) {
+    const QWidget* focus = QApplication::focusWidget();
+    return focus != nullptr && (focus == pane || pane->isAncestorOf(focus));
+  };
+  const auto now = std::ranges::find_if(panes, holds);
+  const auto count = static_cast<int>(panes.size());
+  const int index = now == panes.end() ? 0 : static_cast<int>(now - panes.begin()) + steps;
+  QWidget* next = panes[static_cast<std::size_t>((index + count) % count)];
+  next == accounts ? accounts->BeginSearch() : next->setFocus(Qt::TabFocusReason);
+}
+
+// --- The window ------------------------------------------------------------------------------------------------------
+
+MainWindow::MainWindow(HostApp& app, DesktopSettings& settings, const LocaleStyle& style)
+    : parts_(std::make_unique<Parts>(*this, app, settings, style)) {
+  setAcceptDrops(true);
+  const int unit = fontMetrics().height();
+  resize(unit * 78, unit * 44);
+  restoreGeometry(QByteArray::fromHex(QByteArray::fromStdString(settings.Value("Geometry", ""))));
+}
+
+MainWindow::~MainWindow() = default;
+
+bool MainWindow::OpenBook(const Text& path) {
+  return parts_->Open(path);
+}
+
+bool MainWindow::CloseBook() {
+  if (!parts_->Leave()) return false;
+  parts_->ShowStart();
+  return true;
+}
+
+Text MainWindow::BookPath() const {
+  return parts_->path;
+}
+
+void MainWindow::OpenExample() {
+  const fs::path folder = fs::path(DocumentsFolder()) / kExampleFolder;
+  try {
+    fs::create_directories(folder);
+    if (!fs::exists(folder / kExampleShop))
+      engine::Book::Create((folder / kExampleShop).string(), application::DemoShop());
+    if (!fs::exists(folder / kExampleOffice))
+      engine::Book::Create((folder / kExampleOffice).string(), application::DemoOffice());
+  } catch (...) {
+    return Tell(ToQt(Shown(CurrentFailure().Description())));
+  }
+  const Text shop = (folder / kExampleShop).string();
+  const bool is_new = parts_->settings.LookOf(shop).choice.date == kNoDate;
+  if (OpenBook(shop) && is_new) parts_->figures->GoToDate(DateFromParts(application::kDemoYear, 1, 2));
+}
+
+void MainWindow::OpenFile(const Text& path) {
+  OpenBook(path);
+}
+
+void MainWindow::Tell(const QString& words) {
+  QMessageBox box(QMessageBox::Warning, "Tallybook", words, QMessageBox::Ok, this);
+  box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  box.exec();
+}
+
+FigurePane& MainWindow::Figures() {
+  return *parts_->figures;
+}
+
+AccountPane& MainWindow::Accounts() {
+  return *parts_->accounts;
+}
+
+ChartView& MainWindow::Chart() {
+  return *parts_->chart;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  if (!parts_->Leave()) return event->ignore();
+  parts_->settings.SetValue("Geometry", saveGeometry().toHex().toStdString());
+  event->accept();
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  const bool has_file = event->mimeData()->hasUrls() && event->mimeData()->urls().front().isLocalFile();
+  if (has_file) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+  event->acceptProposedAction();
+  OpenFile(FromQt(event->mimeData()->urls().front().toLocalFile()));
+}
+
+}  // namespace tallybook::desktop

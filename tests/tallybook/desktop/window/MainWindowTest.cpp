@@ -1,0 +1,406 @@
+#include <QtCore/QTimer>
+#include <QtGui/QClipboard>
+#include <QtTest/QTest>
+#include <QtWidgets/QAbstractButton>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QComboBox>
+#include <QtWidgets/QDialog>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QListView>
+#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QStatusBar>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <optional>
+
+#include "tallybook/application/DemoBooks.h"
+#include "tallybook/application/ReferenceApp.h"
+#include "tallybook/desktop/figures/ChartView.h"
+#include "tallybook/desktop/figures/FigureGrid.h"
+#include "tallybook/desktop/figures/FigureModel.h"
+#include "tallybook/desktop/figures/FigurePane.h"
+#include "tallybook/desktop/window/AccountPane.h"
+#include "tallybook/desktop/window/MainWindow.h"
+#include "tests/tallybook/engine/BookFixture.h"
+
+namespace tallybook::desktop {
+namespace {
+
+using testing::Day;
+using testing::Get;
+using ::testing::HasSubstr;
+
+constexpr int kLimit = 10'000;  // milliseconds
+
+// A shop of two years of days, in a window that stands on the screen.
+class MainWindowTest : public testing::BookFixture {
+ protected:
+  MainWindowTest() {
+    engine::BookDescription shop = testing::ShopDescription();
+    for (int day = 1; day <= 31; ++day) shop.values.push_back({101, Day(2003, 1, day), 1, 10.0 * day + 0.25});
+    Create(shop);
+    window_.emplace(app, settings, StyleOf(QLocale::c()));
+    window_->resize(1200, 700);
+    window_->show();
+    WaitUntilActive();
+  }
+  ~MainWindowTest() override {
+    window_.reset();
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+  }
+
+  void OpenShop() {
+    ASSERT_TRUE(window_->OpenBook(BookPath()));
+    Figures().GoToDate(Day(2003, 1, 1));
+    Grid().setFocus();
+  }
+
+  MainWindow& Window() { return *window_; }
+  FigurePane& Figures() { return window_->Figures(); }
+  FigureGrid& Grid() { return window_->Figures().Grid(); }
+
+  QString Cell(int row, int column) { return Grid().model()->index(row, column).data().toString(); }
+  // A window that is not in front takes no shortcuts. The first one can be there before the window manager is.
+  void WaitUntilActive() {
+    constexpr int kLongLimit = 60'000;
+    const auto is_active = [this] {
+      if (!window_->isActiveWindow()) window_->activateWindow();
+      return window_->isActiveWindow() && QApplication::focusWidget() != nullptr;
+    };
+    ASSERT_TRUE(QTest::qWaitFor(is_active, kLongLimit)) << "the main window never came to the front";
+  }
+  void Press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    WaitUntilActive();
+    QWidget* focus = QApplication::focusWidget();
+    ASSERT_NE(focus, nullptr);
+    QTest::keyClick(focus, key, modifiers);
+  }
+  void Type(const char* text) {
+    for (const char* character = text; *character != '\0'; ++character)
+      QTest::keyClick(QApplication::focusWidget(), *character);
+  }
+  QString Status() {
+    QString all = Window().statusBar()->currentMessage();
+    for (const QLabel* label : Window().statusBar()->findChildren<QLabel*>()) all += " | " + label->text();
+    return all;
+  }
+
+  // Does `act` in the next dialog that waits, as soon as it is in front; fails where none comes.
+  void WhenAsked(std::function<void(QDialog& dialog)> act) {
+    asked_ = false;
+    watch_ = std::make_unique<QTimer>();
+    QObject::connect(watch_.get(), &QTimer::timeout, [this, act = std::move(act), tries = 0]() mutable {
+      auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      if (dialog != nullptr) dialog->activateWindow();
+      if (dialog == nullptr || !dialog->isVisible() || !dialog->isActiveWindow()) {
+        if (++tries < kLimit / 20) return;
+        ADD_FAILURE() << "no dialog came";
+        watch_->stop();
+        return;
+      }
+      watch_->stop();
+      asked_ = true;
+      act(*dialog);
+    });
+    watch_->start(20);
+  }
+  [[nodiscard]] bool WasAsked() const { return asked_; }
+
+  DesktopSettings settings{folder.Path("desktop.ini")};
+
+ private:
+  std::optional<MainWindow> window_;
+  std::unique_ptr<QTimer> watch_;
+  bool asked_ = false;
+};
+
+TEST_F(MainWindowTest, BeginsWithThreeThingsToDo) {
+  QStringList words;
+  for (const auto* button : Window().findChildren<QAbstractButton*>()) {
+    if (button->isVisible() && !button->text().isEmpty()) words << button->text();
+  }
+  EXPECT_EQ(words, QStringList({"&Open a book", "&Make a book", "&Look at the example"}));
+}
+
+TEST_F(MainWindowTest, ShowsABookWithItsAccountsAndFigures) {
+  OpenShop();
+  EXPECT_EQ(Window().windowTitle().toStdString(), "North.tbk \u2013 Tallybook");
+  EXPECT_EQ(Cell(0, 0), "10.25");
+  EXPECT_EQ(Cell(1, 1), "\u2013");
+  EXPECT_THAT(Status().toStdString(), HasSubstr("3 accounts, 3 fields, days"));
+  EXPECT_THAT(Status().toStdString(), HasSubstr("All is saved"));
+}
+
+TEST_F(MainWindowTest, TakesATypedFigureIntoTheBookAtOnce) {
+  OpenShop();
+  Type("1234.5");
+  Press(Qt::Key_Return);
+  EXPECT_EQ(Cell(0, 0), "1,234.50");
+  EXPECT_EQ(Grid().currentIndex().row(), 1);
+  EXPECT_EQ(Get(*OpenToRead(), 101, Day(2003, 1, 1), 1), 1234.5);
+  const auto book = OpenToRead();
+  const auto entries = engine::Journal(*book).Entries();
+  ASSERT_EQ(entries.size(), 1U);
+  EXPECT_EQ(entries[0].what_ran, "set 100 2003-01-01 1 1234.5");
+}
+
+TEST_F(MainWindowTest, GoesRightWithTabAndGivesTheOldFigureBackWithEscape) {
+  OpenShop();
+  Type("7");
+  Press(Qt::Key_Tab);
+  EXPECT_EQ(Grid().currentIndex().column(), 1);
+  Type("99");
+  Press(Qt::Key_Escape);
+  EXPECT_EQ(Cell(0, 1), "\u2013");
+  EXPECT_EQ(Get(*OpenToRead(), 101, Day(2003, 1, 1), 1), 7);
+  EXPECT_EQ(Get(*OpenToRead(), 101, Day(2003, 1, 1), 4), 0);
+}
+
+TEST_F(MainWindowTest, KeepsWhatCannotBeReadInItsCellWithTheReason) {
+  OpenShop();
+  Type("12x");
+  Press(Qt::Key_Return);
+  EXPECT_EQ(Cell(0, 0), "12x");
+  const QModelIndex cell = Grid().model()->index(0, 0);
+  EXPECT_THAT(cell.data(Qt::ToolTipRole).toString().toStdString(), HasSubstr("\"x\" is no part of a number"));
+  EXPECT_THAT(Status().toStdString(), HasSubstr("but for what is marked"));
+  EXPECT_EQ(Get(*OpenToRead(), 101, Day(2003, 1, 1), 1), 10.25);
+  Press(Qt::Key_Up);
+  Press(Qt::Key_Escape);
+  EXPECT_EQ(Cell(0, 0), "10.25");
+}
+
+TEST_F(MainWindowTest, SaysWhyASumTakesNoTyping) {
+  OpenShop();
+  FigureChoice choice = Figures().Table().Choice();
+  choice.level = kWeekLevel;
+  Figures().Choose(choice);
+  Type("5");
+  EXPECT_THAT(Status().toStdString(), HasSubstr("This is a sum over a Week."));
+  EXPECT_EQ(QApplication::focusWidget(), &Grid()) << "no editor was opened";
+}
+
+TEST_F(MainWindowTest, TakesBackWhatWasTypedWithControlZ) {
+  OpenShop();
+  Type("1");
+  Press(Qt::Key_Return);
+  Type("2");
+  Press(Qt::Key_Return);
+  Press(Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(Cell(1, 0), "20.25");
+  EXPECT_EQ(Cell(0, 0), "1.00");
+  Press(Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(Cell(0, 0), "10.25");
+}
+
+TEST_F(MainWindowTest, ShowsOldAndNewBeforeMoreThanOneRowIsPasted) {
+  OpenShop();
+  QApplication::clipboard()->setText("1\t2\n3\t4\n");
+  WhenAsked([](QDialog& dialog) {
+    EXPECT_EQ(dialog.windowTitle(), "Paste Figures");
+    QTest::keyClick(&dialog, Qt::Key_Return);
+  });
+  Press(Qt::Key_V, Qt::ControlModifier);
+  EXPECT_TRUE(WasAsked());
+  EXPECT_EQ(Cell(1, 1), "4");
+  EXPECT_EQ(Get(*OpenToRead(), 101, Day(2003, 1, 2), 1), 3);
+  Press(Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(Cell(1, 0), "20.25") << "a paste is taken back as one";
+  EXPECT_EQ(Cell(0, 0), "10.25");
+}
+
+TEST_F(MainWindowTest, PastesNothingThatIsCancelled) {
+  OpenShop();
+  QApplication::clipboard()->setText("1\n2\n");
+  WhenAsked([](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+  Press(Qt::Key_V, Qt::ControlModifier);
+  EXPECT_EQ(Cell(0, 0), "10.25");
+  EXPECT_TRUE(engine::Journal(*OpenToRead()).Entries().empty());
+}
+
+TEST_F(MainWindowTest, TellsWhyABlockCannotBePasted) {
+  OpenShop();
+  QApplication::clipboard()->setText("Sales\n2\n");
+  WhenAsked([](QDialog& dialog) {
+    EXPECT_THAT(static_cast<QMessageBox&>(dialog).text().toStdString(),
+                HasSubstr("Row 1, column 1 of the block: \"Sales\" is no figure"));
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+  });
+  Press(Qt::Key_V, Qt::ControlModifier);
+  EXPECT_TRUE(WasAsked());
+}
+
+TEST_F(MainWindowTest, CopiesABlockAsASpreadsheetTakesIt) {
+  OpenShop();
+  Press(Qt::Key_Down, Qt::ShiftModifier);
+  Press(Qt::Key_Right, Qt::ShiftModifier);
+  Press(Qt::Key_C, Qt::ControlModifier);
+  EXPECT_EQ(QApplication::clipboard()->text(), "10.25\t0\n20.25\t0\n");
+  Press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_EQ(QApplication::clipboard()->text(), "\tSales\tGuests\nWed 2003-01-01\t10.25\t0\nThu 2003-01-02\t20.25\t0\n");
+}
+
+TEST_F(MainWindowTest, AddsUpWhatIsSelected) {
+  OpenShop();
+  Press(Qt::Key_Down, Qt::ShiftModifier);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return Status().contains("2 figures selected: 30.50  avg 15.25"); }, kLimit))
+      << Status().toStdString();
+}
+
+TEST_F(MainWindowTest, ShowsTheTotalOfTheRowsShown) {
+  OpenShop();
+  const auto total = [&] {
+    for (const QTableView* view : Window().findChildren<QTableView*>()) {
+      if (view->accessibleName().startsWith("Totals")) return view->model()->index(0, 0).data().toString();
+    }
+    return QString();
+  };
+  EXPECT_TRUE(QTest::qWaitFor([&] { return total() == "4,967.75"; }, kLimit)) << total().toStdString();
+}
+
+TEST_F(MainWindowTest, GoesThroughTimeByKeys) {
+  OpenShop();
+  Press(Qt::Key_Right, Qt::ControlModifier);
+  EXPECT_EQ(Figures().Table().ShownName(DateText), "February 2003");
+  Press(Qt::Key_Left, Qt::ControlModifier);
+  Press(Qt::Key_Left, Qt::ControlModifier);
+  EXPECT_EQ(Figures().Table().ShownName(DateText), "January 2003");
+  EXPECT_THAT(Status().toStdString(), HasSubstr("The book begins here."));
+  WhenAsked([](QDialog& dialog) {
+    auto* line = dialog.findChild<QLineEdit*>();
+    EXPECT_TRUE(line->hasFocus());
+    QTest::keyClicks(line, "3 dec 2004");
+    QTest::keyClick(line, Qt::Key_Return);
+  });
+  Press(Qt::Key_G, Qt::ControlModifier);
+  EXPECT_TRUE(WasAsked());
+  EXPECT_EQ(Figures().Table().ShownName(DateText), "December 2004");
+  EXPECT_EQ(Grid().currentIndex().row(), 2);
+}
+
+TEST_F(MainWindowTest, FindsAnAccountByAnyPartOfItsWords) {
+  OpenShop();
+  Press(Qt::Key_F, Qt::ControlModifier);
+  Type("store");
+  Press(Qt::Key_Return);
+  EXPECT_EQ(Figures().CurrentAccount(), 3);
+  EXPECT_EQ(QApplication::focusWidget(), &Grid());
+}
+
+TEST_F(MainWindowTest, StaysAtTheSameFigureWhenTheViewChanges) {
+  OpenShop();
+  Grid().GoTo(4, 1);
+  Press(Qt::Key_2, Qt::ControlModifier);
+  EXPECT_EQ(Figures().Table().ShownName(DateText), "Sun 2003-01-05");
+  EXPECT_EQ(Grid().currentIndex().column(), 1);
+  Press(Qt::Key_3, Qt::ControlModifier);
+  EXPECT_EQ(Figures().Table().Choice().field, 2);
+  EXPECT_EQ(Grid().currentIndex().column(), 4);
+  EXPECT_EQ(Grid().currentIndex().row(), 0);
+}
+
+TEST_F(MainWindowTest, ShowsWhatOthersWriteWithoutLosingThePlace) {
+  OpenShop();
+  Grid().GoTo(20, 0);
+  {
+    const auto other = Open();
+    testing::Put(*other, 101, Day(2003, 1, 21), 1, 555);
+    other->Close();
+  }
+  EXPECT_TRUE(QTest::qWaitFor([&] { return Cell(20, 0) == "555.00"; }, kLimit)) << Cell(20, 0).toStdString();
+  EXPECT_EQ(Grid().currentIndex().row(), 20);
+}
+
+TEST_F(MainWindowTest, WaitsForABookThatIsOpenElsewhereAndWritesThen) {
+  OpenShop();
+  {
+    const auto other = Open();
+    Type("77");
+    Press(Qt::Key_Return);
+    EXPECT_EQ(Cell(0, 0), "77");
+    EXPECT_THAT(Status().toStdString(), HasSubstr("1 change to be written"));
+    EXPECT_THAT(Status().toStdString(), HasSubstr("open for writing elsewhere"));
+  }
+  EXPECT_TRUE(QTest::qWaitFor([&] { return Status().contains("All is saved"); }, kLimit)) << Status().toStdString();
+  EXPECT_EQ(Get(*OpenToRead(), 101, Day(2003, 1, 1), 1), 77);
+}
+
+TEST_F(MainWindowTest, AsksBeforeItLeavesABookInWhichSomethingWaits) {
+  OpenShop();
+  const auto other = Open();
+  Type("77");
+  Press(Qt::Key_Return);
+  WhenAsked([](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+  EXPECT_FALSE(Window().CloseBook());
+  EXPECT_TRUE(WasAsked());
+  Figures().GiveUpWaiting();
+  EXPECT_EQ(Cell(0, 0), "10.25");
+  EXPECT_TRUE(Window().CloseBook());
+}
+
+TEST_F(MainWindowTest, TellsWhyABookCannotBeOpenedAndStays) {
+  WhenAsked([](QDialog& dialog) {
+    EXPECT_THAT(static_cast<QMessageBox&>(dialog).text().toStdString(), HasSubstr("none.tbk"));
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+  });
+  EXPECT_FALSE(Window().OpenBook(folder.Path("none.tbk")));
+  EXPECT_TRUE(WasAsked());
+  EXPECT_EQ(Window().BookPath(), "");
+}
+
+TEST_F(MainWindowTest, RemembersABookAndHowItWasLookedAt) {
+  OpenShop();
+  Press(Qt::Key_3, Qt::ControlModifier);
+  Press(Qt::Key_K, Qt::ControlModifier);
+  EXPECT_FALSE(Window().Chart().isVisible());
+  EXPECT_TRUE(Window().CloseBook());
+  EXPECT_EQ(settings.RecentBooks().front(), BookPath());
+  ASSERT_TRUE(Window().OpenBook(BookPath()));
+  EXPECT_EQ(Figures().Table().Choice().view, FigureView::kField);
+  EXPECT_FALSE(Window().Chart().isVisible());
+}
+
+TEST_F(MainWindowTest, ChartsTheFieldOfTheCurrentColumn) {
+  OpenShop();
+  EXPECT_EQ(Window().Chart().Data().lines.front().name, "Sales");
+  Press(Qt::Key_Right);
+  EXPECT_EQ(Window().Chart().Data().lines.front().name, "Guests");
+  Window().Chart().setFocus();
+  Press(Qt::Key_Home);
+  EXPECT_EQ(Window().Chart().UnitWords().toStdString(), "Wed 2003-01-01: Guests 0");
+}
+
+TEST_F(MainWindowTest, SavesTheChartAsVectorPictureAndAsPng) {
+  OpenShop();
+  QString why;
+  EXPECT_TRUE(Window().Chart().SavePicture(ToQt(folder.Path("chart.svg")), why)) << why.toStdString();
+  EXPECT_TRUE(Window().Chart().SavePicture(ToQt(folder.Path("chart.png")), why)) << why.toStdString();
+  EXPECT_THAT(folder.Read("chart.svg"), HasSubstr("<svg"));
+  EXPECT_TRUE(folder.Read("chart.png").starts_with("\x89PNG"));
+  EXPECT_FALSE(Window().Chart().SavePicture(ToQt(folder.Path("none/chart.png")), why));
+  EXPECT_NE(why, "");
+}
+
+TEST_F(MainWindowTest, ReachesEveryPaneByKeyboard) {
+  OpenShop();
+  Press(Qt::Key_F6);
+  EXPECT_EQ(QApplication::focusWidget(), &Window().Chart());
+  Press(Qt::Key_F6);
+  EXPECT_EQ(QApplication::focusWidget()->accessibleName(), "Find account");
+  Press(Qt::Key_F6);
+  EXPECT_EQ(QApplication::focusWidget(), &Grid());
+}
+
+TEST_F(MainWindowTest, NamesEveryPartForThoseWhoCannotSeeIt) {
+  OpenShop();
+  for (const QWidget* part : Window().findChildren<QWidget*>()) {
+    if (!part->isVisible() || part->focusPolicy() == Qt::NoFocus) continue;
+    const auto* button = qobject_cast<const QAbstractButton*>(part);
+    const bool has_words = button != nullptr && !button->text().isEmpty();
+    EXPECT_TRUE(has_words || !part->accessibleName().isEmpty()) << part->metaObject()->className();
+  }
+}
+
+}  // namespace
+}  // namespace tallybook::desktop
