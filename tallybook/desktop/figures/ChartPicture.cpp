@@ -111,7 +111,9 @@ void ChartPicture::PaintLegend(QPainter& painter, const QRectF& area) const {
   const double middle = area.top() + unit + metrics.height() / 2;
   const double direction = look_.right_to_left ? -1 : 1;
   double x = look_.right_to_left ? area.right() - 2 * unit : area.left() + 2 * unit;
-  const auto write = [&](const QString& text) {
+  const auto write = [&](const QString& whole) {
+    const double room = look_.right_to_left ? x - area.left() : area.right() - x;
+    const QString text = metrics.elidedText(whole, Qt::ElideRight, std::max(room - unit, 0.0));
     const double width = metrics.horizontalAdvance(text);
     const double left = look_.right_to_left ? x - width : x;
     painter.drawText(QRectF(left, middle - metrics.height() / 2, width + 1, metrics.height()), Qt::AlignCenter, text);
@@ -153,8 +155,10 @@ void ChartPicture::PaintAxis(QPainter& painter, const Frame& frame) const {
     const QRectF room = look_.right_to_left
                             ? QRectF(frame.plot.right() + gap, y - frame.line_height / 2, 1000, frame.line_height)
                             : QRectF(0, y - frame.line_height / 2, width - gap, frame.line_height);
-    painter.drawText(room, static_cast<int>((look_.right_to_left ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter),
-                     number);
+    painter.drawText(
+        room,
+        static_cast<int>((look_.right_to_left ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignAbsolute | Qt::AlignVCenter),
+        number);
   }
 }
 

@@ -1,6 +1,6 @@
 #include "tallybook/desktop/figures/ChartView.h"
 
-#include <QtCore/QSaveFile>
+#include <QtCore/QBuffer>
 #include <QtGui/QAccessible>
 #include <QtGui/QClipboard>
 #include <QtGui/QImage>
@@ -119,41 +119,33 @@ QSize ChartView::sizeHint() const {
   return {fontMetrics().height() * 40, fontMetrics().height() * 12};
 }
 
-void ChartView::CopyPicture() {
+QImage ChartView::Image() const {
   QImage image(size() * kScaleOfImages, QImage::Format_ARGB32_Premultiplied);
   image.setDevicePixelRatio(kScaleOfImages);
   QPainter painter(&image);
   Picture().Paint(painter, rect(), std::nullopt);
-  painter.end();
-  QApplication::clipboard()->setImage(image);
+  return image;
 }
 
-bool ChartView::SavePicture(const QString& path, QString& why) const {
-  QSaveFile file(path);
-  if (!file.open(QIODevice::WriteOnly)) {
-    why = file.errorString();
-    return false;
-  }
-  bool written = true;
+void ChartView::CopyPicture() {
+  QApplication::clipboard()->setImage(Image());
+}
+
+std::string ChartView::PictureFor(const QString& path) const {
+  QBuffer buffer;
+  buffer.open(QIODevice::WriteOnly);
   if (path.endsWith(".svg", Qt::CaseInsensitive)) {
     QSvgGenerator generator;
-    generator.setOutputDevice(&file);
+    generator.setOutputDevice(&buffer);
     generator.setSize(size());
     generator.setViewBox(rect());
     generator.setTitle(ToQt(data_.title));
     QPainter painter(&generator);
     Picture().Paint(painter, rect(), std::nullopt);
   } else {
-    QImage image(size() * kScaleOfImages, QImage::Format_ARGB32_Premultiplied);
-    image.setDevicePixelRatio(kScaleOfImages);
-    QPainter painter(&image);
-    Picture().Paint(painter, rect(), std::nullopt);
-    painter.end();
-    written = image.save(&file, "PNG");
+    Image().save(&buffer, "PNG");
   }
-  if (written && file.commit()) return true;
-  why = file.errorString();
-  return false;
+  return buffer.data().toStdString();
 }
 
 }  // namespace tallybook::desktop

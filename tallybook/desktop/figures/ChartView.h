@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "tallybook/desktop/figures/ChartData.h"
 #include "tallybook/desktop/figures/LocaleStyle.h"
@@ -25,8 +26,8 @@ class ChartView final : public QWidget {
   [[nodiscard]] QString UnitWords() const;
 
   void CopyPicture();
-  // Into a file: a vector picture for ".svg", else a PNG of twice the size. False, with why, where it cannot be written.
-  [[nodiscard]] bool SavePicture(const QString& path, QString& why) const;
+  // The bytes of a file of that name: a vector picture for ".svg", else a PNG of twice the size.
+  [[nodiscard]] std::string PictureFor(const QString& path) const;
 
   [[nodiscard]] QSize minimumSizeHint() const override;
   [[nodiscard]] QSize sizeHint() const override;
@@ -41,6 +42,7 @@ class ChartView final : public QWidget {
 
  private:
   [[nodiscard]] class ChartPicture Picture() const;
+  [[nodiscard]] QImage Image() const;
   void SetUnit(std::optional<std::size_t> unit);
 
   LocaleStyle style_;

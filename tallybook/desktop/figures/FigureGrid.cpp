@@ -22,6 +22,7 @@ constexpr int kMostFittedColumns = 120;
 constexpr int kLeastTarget = 24;  // what a pointer hits easily
 constexpr int kDigitsOfAColumn = 11;
 constexpr int kMostLettersOfAHead = 24;
+constexpr int kMostLettersOfARow = 36;
 
 class FigureDelegate final : public QStyledItemDelegate {
  public:
@@ -120,6 +121,7 @@ FigureGrid::FigureGrid(QWidget* parent) : QTableView(parent) {
   setFrameShape(NoFrame);
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   verticalHeader()->setHighlightSections(true);
+  verticalHeader()->setTextElideMode(Qt::ElideRight);
   horizontalHeader()->setSectionsClickable(true);
   horizontalHeader()->setTextElideMode(Qt::ElideRight);
 }
@@ -148,6 +150,7 @@ void FigureGrid::FitColumns() {
   const int row_height = std::max(metrics.height() * 3 / 2 + 2, kLeastTarget);
   verticalHeader()->setDefaultSectionSize(row_height);
   horizontalHeader()->setFixedHeight(row_height);
+  verticalHeader()->setMaximumWidth(metrics.averageCharWidth() * kMostLettersOfARow + padding);
   const int columns = model() == nullptr ? 0 : model()->columnCount();
   const QString longest = columns == 0 ? QString() : model()->headerData(0, Qt::Horizontal).toString();
   horizontalHeader()->setDefaultSectionSize(std::clamp(metrics.horizontalAdvance(longest) + padding, least, most));

@@ -78,6 +78,7 @@ class FigurePane::Parts {
   void ShowChoice();
   void ShowBookAnew();
   void Refresh();
+  void FollowLists();
   void Type(int row, int column, Double value);
   void Write();
   void WriteBlock(const PasteBlock& block, const QString& what);
@@ -127,7 +128,9 @@ class FigurePane::Parts {
   QString selection_text;
   QString waiting_words;
   bool writable = true;
+  Long lists_shown = 0;
 
+  std::function<void()> lists;
   std::function<void()> state;
   std::function<void()> shown;
   std::function<void(const QString&)> message;
@@ -174,6 +177,7 @@ void FigurePane::Parts::BuildBar(QVBoxLayout& layout) {
   subject->setMinimumWidth(unit * 8);
   subject->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   field = NewChoice("Field");
+  field->setMaximumWidth(unit * 80);
   back = NewStep(Qt::LeftArrow, "Earlier (Ctrl+Left)");
   when = new QToolButton;
   when->setAutoRaise(true);
@@ -243,6 +247,7 @@ void FigurePane::Parts::Connect() {
 void FigurePane::Parts::Open(std::unique_ptr<BookReader> book) {
   CloseBook();
   reader = std::move(book);
+  lists_shown = reader->ListsSeen();
   table = std::make_unique<FigureTable>(*reader);
   totals = std::make_unique<FigureTotals>(*table);
   writer = std::make_unique<FigureWriter>(reader->Path(), app);
@@ -351,6 +356,10 @@ void FigurePane::Parts::ShowChoice() {
   totals_row->verticalHeader()->setDefaultSectionSize(grid->verticalHeader()->defaultSectionSize());
   totals_row->setFixedHeight(grid->verticalHeader()->defaultSectionSize() + 1);
   totals_row->horizontalHeader()->setDefaultSectionSize(grid->horizontalHeader()->defaultSectionSize());
+  for (int column = 0; column < table->Columns(); ++column) {
+    if (totals_row->columnWidth(column) != grid->columnWidth(column))
+      totals_row->setColumnWidth(column, grid->columnWidth(column));
+  }
   grid->GoTo(std::max(before.row(), 0), std::max(before.column(), 0));
   totals->Start();
   adding.start(0);
@@ -371,10 +380,18 @@ void FigurePane::Parts::FollowColumns() const {
 void FigurePane::Parts::Refresh() {
   try {
     reader->Refresh();
-    table->FollowLists();
   } catch (const Failure& failure) {
     Say(ToQt(failure.Description()));
   }
+  FollowLists();
+}
+
+// Others may have changed what the book is made of.
+void FigurePane::Parts::FollowLists() {
+  if (std::exchange(lists_shown, reader->ListsSeen()) == reader->ListsSeen()) return;
+  table->FollowLists();
+  ShowChoice();
+  if (lists) lists();
 }
 
 void FigurePane::Parts::ShowBookAnew() {
@@ -391,6 +408,7 @@ void FigurePane::Parts::Watch() {
     Refresh();
     return ShowBookAnew();
   }
+  FollowLists();
   if (since_use.elapsed() > kRestAfter && !adding.isActive()) reader->Rest();
 }
 
@@ -631,6 +649,10 @@ FigureModel& FigurePane::Model() {
   return *parts_->model;
 }
 
+bool FigurePane::TotalsAreDone() const {
+  return HasBook() && !parts_->adding.isActive();
+}
+
 QString FigurePane::SelectionText() const {
   return parts_->selection_text;
 }
@@ -649,6 +671,10 @@ void FigurePane::OnState(std::function<void()> listener) {
 
 void FigurePane::OnShown(std::function<void()> listener) {
   parts_->shown = std::move(listener);
+}
+
+void FigurePane::OnLists(std::function<void()> listener) {
+  parts_->lists = std::move(listener);
 }
 
 void FigurePane::OnMessage(std::function<void(const QString&)> listener) {

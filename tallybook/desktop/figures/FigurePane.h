@@ -57,6 +57,9 @@ class FigurePane final : public QWidget {
   [[nodiscard]] FigureGrid& Grid();
   [[nodiscard]] FigureModel& Model();
 
+  // Whether the totals below the table are all added up.
+  [[nodiscard]] bool TotalsAreDone() const;
+
   // "12 figures selected: 4,210.00  avg 350.83"; empty where there is none.
   [[nodiscard]] QString SelectionText() const;
   // "All is saved", or what waits for whom.
@@ -66,6 +69,8 @@ class FigurePane final : public QWidget {
   void OnState(std::function<void()> listener);
   // Told when another account, field, date or level is shown, or figures may be others.
   void OnShown(std::function<void()> listener);
+  // Told when the book has other accounts, fields or dates than before.
+  void OnLists(std::function<void()> listener);
   // Told of what the user must see: a refused key, a paste that cannot be done, a book that cannot be read.
   void OnMessage(std::function<void(const QString& words)> listener);
   // Asked before the date is chosen by hand.

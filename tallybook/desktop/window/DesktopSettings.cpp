@@ -8,6 +8,7 @@
 
 #include "base/Failure.h"
 #include "base/Narrow.h"
+#include "tallybook/application/ReferenceApp.h"
 
 namespace tallybook::desktop {
 
@@ -122,8 +123,8 @@ void DesktopSettings::SetValue(const Text& key, const Text& value) {
   Write(kWindow, key, value);
 }
 
-Text DesktopSettingsPath(const Text& settings_file) {
-  return (std::filesystem::path(settings_file).parent_path() / "desktop.ini").string();
+Text DesktopSettingsPath() {
+  return application::UserStateFolder() + "/books.ini";
 }
 
 }  // namespace tallybook::desktop

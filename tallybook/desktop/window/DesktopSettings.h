@@ -1,5 +1,5 @@
-// What the desktop remembers between its runs, in desktop.ini beside the installation's settings: books opened lately,
-// where windows stood, and how each book was looked at. What cannot be read or written is passed over: a window that opens
+// What the desktop remembers of books between its runs, in books.ini of the user's state folder: which were opened lately,
+// and how each was looked at; and where the main window stood. What cannot be read or written is passed over: a window that opens
 // in another place is no reason to keep anybody from a book. One thread.
 #pragma once
 
@@ -45,7 +45,7 @@ class DesktopSettings {
   Text path_;
 };
 
-// desktop.ini in the folder of the installation's settings file.
-[[nodiscard]] Text DesktopSettingsPath(const Text& settings_file);
+// books.ini in the user's state folder.
+[[nodiscard]] Text DesktopSettingsPath();
 
 }  // namespace tallybook::desktop

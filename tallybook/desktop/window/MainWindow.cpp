@@ -30,6 +30,7 @@
 #include "tallybook/desktop/figures/ChartView.h"
 #include "tallybook/desktop/figures/FigureGrid.h"
 #include "tallybook/desktop/figures/FigurePane.h"
+#include "tallybook/desktop/host/SaveWhole.h"
 #include "tallybook/desktop/window/AccountPane.h"
 #include "tallybook/desktop/window/DateDialog.h"
 #include "tallybook/desktop/window/JournalWindow.h"
@@ -192,6 +193,7 @@ void MainWindow::Parts::BuildPages() {
   accounts->OnChosen([this](Integer position) { figures->GoToAccount(position); });
   accounts->OnDone([this] { figures->Grid().setFocus(); });
   figures->OnShown([this] { FollowFigures(); });
+  figures->OnLists([this] { accounts->Show(reader->Description().accounts); });
   figures->OnState([this] { FollowState(); });
   figures->OnMessage([this](const QString& words) {
     // One line is read where it stands; more, or what nobody would look for there, needs a window.
@@ -417,9 +419,12 @@ void MainWindow::Parts::FillFieldsOfChart() {
 void MainWindow::Parts::SaveChart() {
   const QString chosen = QFileDialog::getSaveFileName(&window, "Save the Chart", ToQt(DocumentsFolder()) + "/chart.svg",
                                                       "Vector picture (*.svg);;PNG picture (*.png)");
-  QString why;
-  if (chosen.isEmpty() || chart->SavePicture(chosen, why)) return;
-  window.Tell(QString("%1 cannot be written: %2").arg(chosen, why));
+  if (chosen.isEmpty()) return;
+  try {
+    SaveWhole(FromQt(chosen), chart->PictureFor(chosen));
+  } catch (const Failure& failure) {
+    window.Tell(ToQt(Shown(failure.Description())));
+  }
 }
 
 void MainWindow::Parts::AskForDate() {

@@ -24,7 +24,7 @@ int Run(QApplication& application) {
   parser.process(application);
   InstallPlatform(PosixPlatform("Tallybook"));
   application::ReferenceApp app;
-  DesktopSettings settings(DesktopSettingsPath(app.SettingsFileName()));
+  DesktopSettings settings(DesktopSettingsPath());
   MainWindow window(app, settings, SystemStyle());
   window.show();
   if (!parser.positionalArguments().isEmpty()) window.OpenFile(FromQt(parser.positionalArguments().front()));

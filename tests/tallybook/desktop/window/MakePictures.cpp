@@ -1,4 +1,4 @@
-// Shows each window of the desktop and keeps pictures of them: make_pictures FOLDER [dark] [rtl] [long]. scripts/pictures
+// Shows each window of the desktop and keeps pictures of them: desktop_pictures FOLDER [dark] [rtl] [long] [small]. scripts/pictures
 // runs it in all combinations. Nothing of the user's is touched: books are made in a folder of their own.
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
@@ -62,18 +62,19 @@ void Settle(int milliseconds = 250) {
 
 class Pictures {
  public:
-  Pictures(QString folder, bool long_words) : folder_(std::move(folder)), long_words_(long_words) {
+  Pictures(QString folder, bool long_words, QSize size)
+      : folder_(std::move(folder)), long_words_(long_words), size_(size) {
     QDir().mkpath(folder_);
   }
 
   void Take() {
     MakeBooks();
     MainWindow window(app_, settings_, style_);
-    window.resize(1200, 760);
+    window.resize(size_);
     window.show();
     Keep(window, "start");
     window.OpenBook(temp_.Path("north-shop.tbk"));
-    window.resize(1200, 760);
+    window.resize(size_);
     window.Figures().GoToDate(DateFromParts(2025, 3, 5));
     Keep(window, "account");
     Typing(window);
@@ -178,6 +179,7 @@ class Pictures {
 
   QString folder_;
   bool long_words_;
+  QSize size_;
   testing::TempFolder temp_;
   application::ReferenceApp app_{{.title = {},
                                   .settings_file = temp_.Path("tallybook.ini"),
@@ -195,13 +197,15 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   const QStringList arguments = QApplication::arguments();
   if (arguments.size() < 2) {
-    std::cerr << "usage: make_pictures FOLDER [dark] [rtl] [long]\n";
+    std::cerr << "usage: desktop_pictures FOLDER [dark] [rtl] [long] [small]\n";
     return 2;
   }
   QApplication::setStyle(QStyleFactory::create("Fusion"));
   if (arguments.contains("dark")) QApplication::setPalette(tallybook::desktop::DarkPalette());
   if (arguments.contains("rtl")) QApplication::setLayoutDirection(Qt::RightToLeft);
   tallybook::InstallPlatform(tallybook::PosixPlatform("Tallybook"));
-  tallybook::desktop::Pictures(arguments[1], arguments.contains("long")).Take();
+  tallybook::desktop::Pictures(arguments[1], arguments.contains("long"),
+                               arguments.contains("small") ? QSize(1024, 640) : QSize(1200, 760))
+      .Take();
   return 0;
 }
