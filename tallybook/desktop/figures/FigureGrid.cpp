@@ -40,7 +40,9 @@ class FigureDelegate final : public QStyledItemDelegate {
   }
 
   void setEditorData(QWidget* editor, const QModelIndex& index) const override {
-    static_cast<QLineEdit*>(editor)->setText(index.data(Qt::EditRole).toString());
+    auto* line = static_cast<QLineEdit*>(editor);
+    // Asked again whenever others have written: what was typed by then stays.
+    if (!line->isModified()) line->setText(index.data(Qt::EditRole).toString());
   }
   void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override {
     model->setData(index, static_cast<QLineEdit*>(editor)->text(), Qt::EditRole);
@@ -95,8 +97,8 @@ class FigureDelegate final : public QStyledItemDelegate {
   }
   bool Leave(QObject* editor, int rows, int columns) {
     auto* widget = static_cast<QWidget*>(editor);
-    emit commitData(widget);
-    emit closeEditor(widget, NoHint);
+    Q_EMIT commitData(widget);
+    Q_EMIT closeEditor(widget, NoHint);
     move_(rows, columns);
     return true;
   }
@@ -177,6 +179,14 @@ void FigureGrid::GoTo(int row, int column) {
   // Qt leaves the selection alone while Ctrl is held down, as it is for many ways here.
   selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
   scrollTo(index);
+}
+
+void FigureGrid::TakeWhatIsTyped() {
+  if (state() != EditingState) return;
+  for (auto* editor : viewport()->findChildren<QLineEdit*>()) {
+    commitData(editor);
+    QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
+  }
 }
 
 void FigureGrid::Move(int rows, int columns) {

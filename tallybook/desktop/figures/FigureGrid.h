@@ -24,6 +24,8 @@ class FigureGrid final : public QTableView {
   [[nodiscard]] CellRange Selected() const;
   // Sets each column as wide as its head and the numbers in sight need.
   void FitColumns();
+  // Ends a change that is being typed as Enter does, but for going down.
+  void TakeWhatIsTyped();
   // Goes to a cell, as far as there is one.
   void GoTo(int row, int column);
 

@@ -42,7 +42,7 @@ void FigureModel::ShowAnew() {
   const int rows = rowCount({});
   const int columns = columnCount({});
   if (rows == 0 || columns == 0) return;
-  emit dataChanged(index(0, 0), index(rows - 1, columns - 1));
+  Q_EMIT dataChanged(index(0, 0), index(rows - 1, columns - 1));
 }
 
 void FigureModel::SetStyle(LocaleStyle style) {
@@ -76,7 +76,7 @@ const FigureModel::Marked* FigureModel::MarkOf(int row, int column) const {
 
 void FigureModel::Mark(int row, int column, const QString& typed, const Text& words, bool waits) {
   marks_[KeyOf(row, column)] = {typed, words, waits};
-  emit dataChanged(index(row, column), index(row, column));
+  Q_EMIT dataChanged(index(row, column), index(row, column));
 }
 
 void FigureModel::Mark(const application::FigureChange& change, const Text& words) {
@@ -90,7 +90,7 @@ void FigureModel::UnmarkWaiting() {
 }
 
 void FigureModel::Unmark(int row, int column) {
-  if (marks_.erase(KeyOf(row, column)) > 0) emit dataChanged(index(row, column), index(row, column));
+  if (marks_.erase(KeyOf(row, column)) > 0) Q_EMIT dataChanged(index(row, column), index(row, column));
 }
 
 // --- Cells -----------------------------------------------------------------------------------------------------------
@@ -215,7 +215,7 @@ void TotalsModel::TakeAnew() {
 }
 
 void TotalsModel::ShowAnew() {
-  if (columnCount({}) > 0) emit dataChanged(index(0, 0), index(0, columnCount({}) - 1));
+  if (columnCount({}) > 0) Q_EMIT dataChanged(index(0, 0), index(0, columnCount({}) - 1));
 }
 
 int TotalsModel::columnCount(const QModelIndex& parent) const {

@@ -307,6 +307,7 @@ FigurePane::Parts::Spot FigurePane::Parts::CurrentSpot() const {
 // Stays with the same account, date and field, wherever the new table has them.
 void FigurePane::Parts::Choose(const FigureChoice& choice) {
   if (table->Choice() == choice) return FillBar();
+  grid->TakeWhatIsTyped();  // where it was typed
   Spot spot = CurrentSpot();
   if (choice.date != table->Choice().date) spot.date = choice.date;
   FigureChoice chosen = choice;
@@ -348,6 +349,7 @@ void FigurePane::Parts::FillBar() {
 }
 
 void FigurePane::Parts::ShowChoice() {
+  grid->TakeWhatIsTyped();
   const QModelIndex before = grid->currentIndex();
   FillBar();
   model->TakeAnew();
@@ -471,7 +473,8 @@ void FigurePane::Parts::Write() {
     return TellState();
   }
   retry.stop();
-  if (outcome == FigureWriter::Outcome::kFailed) Say(words);
+  // Behind what goes on now: an editor may be about to close.
+  if (outcome == FigureWriter::Outcome::kFailed) QTimer::singleShot(0, &pane, [this, words] { Say(words); });
   Refresh();
   ShowBookAnew();
   TellState();
@@ -560,6 +563,7 @@ void FigurePane::Choose(const FigureChoice& choice) {
 
 void FigurePane::Go(int steps) {
   if (!HasBook()) return;
+  parts_->grid->TakeWhatIsTyped();
   if (parts_->table->Go(steps)) return parts_->ShowChoice();
   parts_->Say(steps > 0 ? "The book ends here." : "The book begins here.");
 }
@@ -629,6 +633,10 @@ bool FigurePane::CanUndo() const {
 
 QString FigurePane::NextUndo() const {
   return HasBook() ? ToQt(application::Shown(parts_->writer->NextUndo())) : QString();
+}
+
+void FigurePane::TakeWhatIsTyped() {
+  parts_->grid->TakeWhatIsTyped();
 }
 
 bool FigurePane::Waits() const {

@@ -50,6 +50,8 @@ class FigurePane final : public QWidget {
   void Undo();
   [[nodiscard]] bool CanUndo() const;
   [[nodiscard]] QString NextUndo() const;
+  // Ends a change that is being typed, as Enter does.
+  void TakeWhatIsTyped();
   // Whether something typed is not in the book yet; giving it up leaves the book as it is.
   [[nodiscard]] bool Waits() const;
   void GiveUpWaiting();

@@ -291,6 +291,7 @@ void MainWindow::Parts::KeepLook() const {
 
 // Out of the open book. False where the user stays because something waits to be written.
 bool MainWindow::Parts::Leave() {
+  figures->TakeWhatIsTyped();
   if (figures->Waits()) {
     QMessageBox box(QMessageBox::Question, "Tallybook", figures->SavedText(), QMessageBox::NoButton, &window);
     box.setInformativeText("What you typed is not in the book yet. If you go on, the book stays as it is.");

@@ -52,7 +52,7 @@ class DraftPage : public QWizardPage {
   void Changed() {
     trouble_->setText(ToQt(Trouble()));
     trouble_->setAccessibleName(trouble_->text());
-    emit completeChanged();
+    Q_EMIT completeChanged();
   }
   [[nodiscard]] BookDraft& Draft() const { return draft_; }
   [[nodiscard]] QLabel* TroubleLabel() const { return trouble_; }

@@ -312,6 +312,32 @@ TEST_F(MainWindowTest, ShowsWhatOthersWriteWithoutLosingThePlace) {
   EXPECT_EQ(Grid().currentIndex().row(), 20);
 }
 
+TEST_F(MainWindowTest, KeepsWhatIsBeingTypedWhenOthersWrite) {
+  OpenShop();
+  Type("12");
+  {
+    const auto other = Open();
+    testing::Put(*other, 101, Day(2003, 1, 2), 1, 555);
+    other->Close();
+  }
+  EXPECT_TRUE(QTest::qWaitFor([&] { return Cell(1, 0) == "555.00"; }, kLimit));
+  Type("3");
+  Press(Qt::Key_Return);
+  EXPECT_EQ(Cell(0, 0), "123.00");
+}
+
+TEST_F(MainWindowTest, TakesWhatIsBeingTypedBeforeItGoesElsewhere) {
+  OpenShop();
+  Type("12");
+  Press(Qt::Key_PageDown, Qt::ControlModifier);
+  EXPECT_EQ(Get(*OpenToRead(), 101, Day(2003, 1, 1), 1), 12);
+  EXPECT_EQ(Figures().CurrentAccount(), 2);
+  Grid().setFocus();
+  Type("13");
+  EXPECT_TRUE(Window().CloseBook());
+  EXPECT_EQ(Get(*OpenToRead(), 205, Day(2003, 1, 1), 1), 13);
+}
+
 TEST_F(MainWindowTest, WaitsForABookThatIsOpenElsewhereAndWritesThen) {
   OpenShop();
   {
