@@ -4,6 +4,7 @@
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QLayout>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QStackedWidget>
@@ -281,7 +282,11 @@ bool FormWindow::TakeTab(bool backwards) {
   const Control* const control = form_.ActiveControl();
   ControlBinder* const binder = control == nullptr ? nullptr : BinderOf(*control);
   if (binder != nullptr && binder->TabWithin(backwards)) return true;
+  const QWidget* const before = focusWidget();
   CarryOut([&] { form_.UserKey(kTabKey, backwards ? kShiftState : Integer{0}); });
+  // What stands in a box that the Tab key comes to is replaced by what is typed.
+  auto* const edit = qobject_cast<QLineEdit*>(focusWidget());
+  if (edit != nullptr && edit != before) edit->selectAll();
   return true;
 }
 

@@ -144,6 +144,14 @@ TEST_F(TextBoxBinderTest, TheFocusGoesBothWays) {
   EXPECT_TRUE(box_.HasFocus());
 }
 
+TEST_F(TextBoxBinderTest, TheTabKeySelectsWhatStandsInTheBoxThatItComesTo) {
+  other_.SetText("old");
+  box_.SetFocus();
+  Press(Qt::Key_Tab);
+  Type("new");
+  EXPECT_EQ(other_.Text(), "new");
+}
+
 TEST_F(TextBoxBinderTest, AKeyThatTheDialogConsumesDoesNothing) {
   box_.SetFocus();
   box_.KeyDown.Connect([](Integer& key, Integer) { key = 0; });
