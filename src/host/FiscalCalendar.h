@@ -27,12 +27,12 @@ class FiscalCalendar {
   //   level   1 the date itself, 2 week, 3 fiscal period, 4 quarter, 5 half year, 6 year, 7 the date itself,
   //           8 the last date held; kOwnLevel (-1) the database's own `DataLevel`
   //   gives   a date never before `date`; the next unit of that level starts on the result plus 1
-  //   leaves  PeriodNumber, QuarterNumber, HalfNumber, FiscalYear and PriorPeriodEnd telling of this unit;
-  //           CurrentDate does not move
+  //   leaves  the calendar positioned on the result, which PeriodNumber, QuarterNumber, HalfNumber and FiscalYear tell
+  //           the place of, and PriorPeriodEnd telling of the unit; CurrentDate does not move
   //   fails   with a host failure for a level that is none of these
   virtual Date LevelDate(Date date, Integer level) = 0;
 
-  // The place in the fiscal year of the date of the last LevelDate call.
+  // The place in the fiscal year of the date that the last LevelDate call gave.
   [[nodiscard]] virtual Integer PeriodNumber() const = 0;   // 1 to Masterfile::NumPeriods
   [[nodiscard]] virtual Integer QuarterNumber() const = 0;  // 1 to 4
   [[nodiscard]] virtual Integer HalfNumber() const = 0;     // 1 or 2

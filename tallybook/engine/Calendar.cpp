@@ -241,7 +241,6 @@ Date BookCalendar::LevelDate(Date date, Integer level) {
   const Integer own_level = Rules().DataLevel();
   const DateSpan unit = UnitOf(date, level == kOwnLevel ? own_level : level);
   asked_unit_ = unit;
-  asked_date_ = date;
   asked_ = true;
   return unit.last;
 }
@@ -257,7 +256,7 @@ DateSpan BookCalendar::UnitOf(Date date, Integer level) {
 FiscalPlace BookCalendar::Place() const {
   const Calendar& rules = Rules();
   if (!asked_) throw Failure(FailureNumber::kObjectNotSet, "LevelDate has not been asked yet", kSource);
-  return rules.PlaceOf(asked_date_);
+  return rules.PlaceOf(asked_unit_.last);
 }
 
 Date BookCalendar::PriorPeriodEnd() const {

@@ -117,8 +117,7 @@ class BookCalendar : public FiscalCalendar {
 
   Date LevelDate(Date date, Integer level) override;
 
-  // These follow the date that was given to the last LevelDate call, and PriorPeriodEnd its unit. Failure 91 before
-  // any.
+  // Failure 91 before any LevelDate call.
   [[nodiscard]] Integer PeriodNumber() const override { return Place().period; }
   [[nodiscard]] Integer QuarterNumber() const override { return Place().quarter; }
   [[nodiscard]] Integer HalfNumber() const override { return Place().half; }
@@ -133,7 +132,6 @@ class BookCalendar : public FiscalCalendar {
   const Calendar* rules_ = nullptr;
   std::array<DateSpan, kYearLevel + 1> last_units_;  // by level; a span that ends before it begins is unset
   Date current_date_ = 0;
-  Date asked_date_ = 0;
   DateSpan asked_unit_;
   bool asked_ = false;
 };

@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
+#include <set>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "base/Dates.h"
@@ -313,8 +316,34 @@ TEST(BookCalendar, LevelsDatesAndTellsWhereTheyStand) {
   EXPECT_EQ(calendar.FiscalYear(), 2004);
   EXPECT_EQ(DateText(calendar.PriorPeriodEnd()), "2004-01-31");
   EXPECT_EQ(DateText(calendar.LevelDate(Of("2004-11-30"), 5)), "2004-12-31");
-  EXPECT_EQ(calendar.PeriodNumber(), 11);
+  EXPECT_EQ(calendar.PeriodNumber(), 12) << "the last one of the half year";
   EXPECT_EQ(DateText(calendar.PriorPeriodEnd()), "2004-06-30");
+}
+
+// The host in memory and the engine's, both with the months of three years from 2003 and weeks that end on Saturday.
+TEST(EveryHostsCalendar, IsLeftOnTheLastDateOfTheUnitThatWasAskedFor) {
+  const auto memory = SmallBook();
+  CalendarDescription three_years = Kind(CalendarKind::kMonths);
+  three_years.years = three_years.years_in_use = 3;
+  const Calendar rules(three_years, kDayLevel);
+  BookCalendar book(rules);
+  const std::vector<FiscalCalendar*> calendars = {&memory->book.FiscalCalendar(), &book};
+  const auto place = [](const FiscalCalendar& calendar) {
+    return std::tuple(calendar.FiscalYear(), calendar.PeriodNumber(), calendar.QuarterNumber(), calendar.HalfNumber());
+  };
+  for (Date day = Of("2003-01-01"); day <= Of("2005-12-31"); day += 5) {
+    for (Integer level = 1; level <= 8; ++level) {
+      std::set<std::pair<Date, Date>> units;
+      for (FiscalCalendar* const calendar : calendars) {
+        const Date last = calendar->LevelDate(day, level);
+        units.emplace(calendar->PriorPeriodEnd(), last);
+        const auto left = place(*calendar);
+        calendar->LevelDate(last, kDayLevel);
+        ASSERT_EQ(left, place(*calendar)) << DateText(day) << " at level " << level;
+      }
+      ASSERT_EQ(units.size(), 1U) << DateText(day) << " at level " << level;
+    }
+  }
 }
 
 TEST(BookCalendar, TakesMinusOneForTheBooksOwnLevel) {
