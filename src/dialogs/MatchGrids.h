@@ -99,9 +99,9 @@ class MatchGrids {
 
   // 0 the editor's own, 1 accounts, 2 datafields.
   [[nodiscard]] Integer CurrentPage() const { return current_page_; }
-  // What the tabs do, which follow where they stand elsewhere: hides the page and shows another, with its cell entered and a Tab on its way to the list. The
-  // accounts are refused with a sound where they are not matched manually, the datafields where they go one for one.
-  // CancelEnabled stays as it is, although entering a page may leave a cell.
+  // What the tabs do, which follow where they stand elsewhere: hides the page and shows another, with its cell entered
+  // and a Tab on its way to the list. The accounts are refused with a sound where they are not matched manually, the
+  // datafields where they go one for one. CancelEnabled stays as it is, although entering a page may leave a cell.
   void SelectPage(Integer page);
 
   // --- Controls ---

@@ -41,6 +41,14 @@ class DefinitionBrowserTest : public DefinitionsFixture {
     user().Type(kPrompt, "Text1", Path(name));
     Accept(kPrompt);
   }
+  // All that was said is a warning under the host's title, with nothing to choose.
+  void ExpectWarnings(std::initializer_list<Text> texts) {
+    EXPECT_THAT(Boxes(), ::testing::ElementsAreArray(texts));
+    for (const ShownBox& box : platform.boxes.Shown()) {
+      EXPECT_EQ(box.style, kExclamationIcon) << box.text;
+      EXPECT_EQ(box.caption, "Tallybook") << box.text;
+    }
+  }
   [[nodiscard]] static std::vector<Text> CellsOf(const ListWindow& window, std::size_t row) {
     return window.rows.at(row).cells;
   }
@@ -181,9 +189,7 @@ TEST_F(DefinitionBrowserTest, NeedsARecordForEveryButton) {
   for (const Integer button : {kImportOne, kImportAll, kRefresh}) Press(button, 0);
   Press(kRefresh, -1);
   Browse();
-  EXPECT_THAT(Boxes(), ElementsAre(kNoRecord, kNoRecord, kNoRecord, kNoRecord)) << "also on an empty list: meant";
-  EXPECT_EQ(platform.boxes.Shown()[0].style, kExclamationIcon);
-  EXPECT_EQ(platform.boxes.Shown()[0].caption, "Tallybook");
+  ExpectWarnings({kNoRecord, kNoRecord, kNoRecord, kNoRecord});  // also on an empty list: meant
   EXPECT_THAT(host->factory.reports, IsEmpty());
 }
 
@@ -261,7 +267,7 @@ TEST_F(DefinitionBrowserTest, RefusesToImportAFileThatIsNotThere) {
   WriteDefinition(1, {.qdx_file = Path("NONE*.QDX")});
   Press(kImportOne, 1);
   Browse();
-  EXPECT_THAT(Boxes(), ElementsAre(kNotThere));
+  ExpectWarnings({kNotThere});
 }
 
 TEST_F(DefinitionBrowserTest, ShowsNoHeaderForAPatternInTheConfirmationAndImportsAllItsFiles) {
@@ -368,6 +374,8 @@ TEST_F(DefinitionBrowserTest, AddsADefinition) {
     EXPECT_EQ(editor.Combo1.SelectedText(), "Renamed (*.XDQ)");
     EXPECT_TRUE(editor.CancelEnabled());
     EXPECT_THAT(Keys(), ElementsAre("K1")) << "listed from now on";
+    EXPECT_THAT(CellsOf(Listed(), 0), ElementsAre("DataExchange #1", "   1", "TBQDX1.NORTH", "", "False", "0"))
+        << "before the file is on it";
     EXPECT_FALSE(folder.Has(FileOf(1)));
   });
   user().Type(kEditor, "Text1", "South  ");
@@ -512,6 +520,20 @@ TEST_F(DefinitionBrowserTest, EditsADefinition) {
   EXPECT_EQ(folder.Read(CopyOf(1)), folder.Read("SOUTH.QDX"));
 }
 
+TEST_F(DefinitionBrowserTest, LeavesRowAndArchiveCopyAsTheyAreWhereAnEditedDefinitionCannotBeWritten) {
+  WriteSouth();
+  Edit(1);
+  user().Type(kEditor, "Text1", "Southern");
+  user().On(kEditor, [this](Form&) { platform.files.FailNth(FileCall::kWrite, 1, FailureNumber::kDiskFull); });
+  Accept(kEditor);
+  Answer({kCancel});
+  Browse();
+  EXPECT_THAT(Boxes(), ElementsAre("Error creating file: " + Path(FileOf(1))));
+  EXPECT_THAT(Titles(), ElementsAre("South"));
+  EXPECT_FALSE(folder.Has(CopyOf(1)));
+  EXPECT_EQ(platform.screen.Pointers().back(), Pointer::kDefault);
+}
+
 TEST_F(DefinitionBrowserTest, LeavesADefinitionAsItIsWhereTheEditorIsCancelled) {
   WriteSouth();
   const std::string before = folder.Read(FileOf(1));
@@ -534,14 +556,16 @@ TEST_F(DefinitionBrowserTest, RefusesToEditWithoutAFile) {
   Edit(1);
   Edit(2);
   Browse();
-  EXPECT_THAT(Boxes(), ElementsAre(kCannotEdit, kCannotEdit));
+  ExpectWarnings({kCannotEdit, kCannotEdit});
 }
 
 TEST_F(DefinitionBrowserTest, RefusesToEditWithAFileThatCannotBeRead) {
   folder.Write("BAD.QDX", "no exchange file at all");
   WriteDefinition(1, {.qdx_file = Path("BAD.QDX")});
+  const std::string before = folder.Read(FileOf(1));
   Edit(1);
   Browse();
+  EXPECT_EQ(folder.Read(FileOf(1)), before);
   EXPECT_THAT(Boxes(), ElementsAre("File is NOT an QDX file.", kCannotEdit));
   EXPECT_EQ(platform.screen.Pointers().back(), Pointer::kDefault);
 }

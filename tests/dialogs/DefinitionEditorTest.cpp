@@ -157,6 +157,26 @@ TEST_F(DefinitionEditorTest, ShowsTheStoredMatches) {
   Run();
 }
 
+TEST_F(DefinitionEditorTest, StaysLoadingAfterALoadThatFailsUntilOneThatDoesNot) {
+  folder.Write("BAD.QDX", "no exchange file at all");
+  WriteDefinition(1, {.title = "Bad", .qdx_file = Path("BAD.QDX")});
+  WriteDefinition(2, {.title = "Good", .qdx_file = Path("SOUTH.QDX")});
+  Edit(1);
+  WhenListed([](MemoryEdtForm&, EdtFormEvents&) {
+    DefinitionEditor& editor = *TheForms().Editor.IfThere();
+    EXPECT_TRUE(editor.Grids().Loading());
+    EXPECT_EQ(editor.Text1.Text(), "Bad") << "the definition is the selected one, and partly shown";
+    EXPECT_FALSE(editor.Visible());
+  });
+  Edit(2);
+  LookAtEditor([](DefinitionEditor& editor) {
+    EXPECT_FALSE(editor.Grids().Loading());
+    EXPECT_EQ(editor.Text1.Text(), "Good");
+  });
+  Cancel(kEditor);
+  Browse();
+}
+
 // --- Changes ---------------------------------------------------------------------------------------------------------
 
 TEST_F(DefinitionEditorTest, TakesEveryControlForAChange) {
@@ -450,6 +470,7 @@ TEST_F(DefinitionEditorTest, HearsTheWheelOverItsWindowAndScrollsTheGridWithTheF
     grid.SetHwnd(platform.screen.AddControlWindow(editor.Hwnd(), place));
     platform.wheel.Turn(editor.Hwnd(), -120, static_cast<Integer>(place.left + 5), static_cast<Integer>(place.top + 5));
     EXPECT_EQ(grid.TopRow(), 4) << "three lines on";
+    EXPECT_THAT(platform.wheel.Reached(), SizeIs(1)) << "and the window hears of it: meant";
   });
   Cancel(kEditor);
   Answer({kOk});
@@ -588,6 +609,7 @@ TEST_F(DefinitionEditorTest, SavesTheRecordOfAnAddAlsoAfterACopyWasMade) {
 
 TEST_F(DefinitionEditorTest, PrintsWhatItShowsWhetherItIsSavedOrNot) {
   Store({.fields = {{1, 1}}, .accounts = {{"100", "100"}, {"200", "100"}}});
+  user().Type(kEditor, "Text2", "/typed.QDX");
   ChooseTab(kAccountsTab);
   PressKeys(MatchPage::kAccounts, "3");
   user().Click(kEditor, "Command1");
@@ -601,10 +623,11 @@ TEST_F(DefinitionEditorTest, PrintsWhatItShowsWhetherItIsSavedOrNot) {
   EXPECT_EQ(report.row_style, 4);
   EXPECT_EQ(report.head_style, 1);
   EXPECT_EQ(report.column_mode, 1);
+  EXPECT_THAT(report.layouts.front(), ElementsAre(60, 60)) << "none of an import's columns";
   EXPECT_THAT(host->record.ArgumentsOf("PrintReportHeader"), Contains("QDX Import Layout"));
   EXPECT_THAT(host->record.ArgumentsOf("PrintReportHeader"), Not(Contains("QDX Import")));
   const std::vector<Text> printed = report.Everything();
-  EXPECT_THAT(printed, Contains("QDX Filename:  | " + Path("SOUTH.QDX")));
+  EXPECT_THAT(printed, Contains("QDX Filename:  | " + Path("SOUTH.QDX"))) << "the file alone as it is stored: meant";
   EXPECT_THAT(printed, Contains("When imported, the QDX file will be:  | Kept"));
   EXPECT_THAT(printed, Contains("Match Accounts:  | Manually"));
   EXPECT_THAT(printed, Contains("Match Datafields:  | Manually"));

@@ -395,6 +395,14 @@ TEST_F(MatchGridsTest, TheSearchTextIsSharedByBothPages) {
   EXPECT_EQ(list(kFields).SelectedText(), "Sales");
 }
 
+TEST_F(MatchGridsTest, ALoadEndsTheSearch) {
+  Open(kAccounts);
+  Type("1");
+  Open(kAccounts);
+  Type("2");
+  EXPECT_EQ(list(kAccounts).SelectedText(), "200");
+}
+
 TEST_F(MatchGridsTest, DeleteAndThePointClearTheSearchAndSelectTheFirstEntry) {
   for (const bool point : {false, true}) {
     Open(kAccounts, {{kAccounts, 1, 102}});
@@ -706,7 +714,10 @@ TEST_F(MatchGridsTest, TheColumnsOfDescriptionsShareTheWidthThatIsLeft) {
   shown.SetPlace({10, 30, 1000, 300});
   expect_shared(1000);
   EXPECT_EQ(list(kAccounts).Place(), shown.CellPlace(1, 2)) << "the list follows";
+  const Long shared = shown.ColumnWidth(1);
   shown.SetColumnWidth(0, 200);
+  shown.UserClick(1, 2);
+  EXPECT_EQ(shown.ColumnWidth(1), shared) << "entering a cell shares nothing anew";
   Press(kDownKey);
   expect_shared(1000);
 }

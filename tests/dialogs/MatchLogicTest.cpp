@@ -205,6 +205,8 @@ TEST_F(TypeAheadTest, AZeroIsTheCommandAfterStarPlusZeroAnArrowAndOnAnotherRow) 
   Press('*');
   EXPECT_EQ(Press('0'), SelectsAndSteps(0));
   EXPECT_EQ(Press('0'), SelectsAndSteps(0));
+  Type(".1*");
+  EXPECT_EQ(Press('0'), SelectsAndSteps(0)) << "where the step stayed away";
   Type(".1+");
   EXPECT_EQ(Press('0'), SelectsAndSteps(0));
   Type(".1");
@@ -213,6 +215,8 @@ TEST_F(TypeAheadTest, AZeroIsTheCommandAfterStarPlusZeroAnArrowAndOnAnotherRow) 
   Type(".1");
   row_.row = 2;
   EXPECT_EQ(Press('0'), SelectsAndSteps(0));
+  row_.row = 1;
+  EXPECT_EQ(Press('0'), SelectsAndSteps(0)) << "back where it was typed";
   Type(".1");
   row_.page = MatchPage::kFields;
   EXPECT_EQ(Press('0'), SelectsAndSteps(0));

@@ -88,11 +88,15 @@ TEST_F(HookMouseWheelTest, TheEndOfTheListenerRemovesItsHook) {
 }
 
 TEST_F(HookMouseWheelTest, AWindowThatGoesTakesTheHookWithItAndHearsOfItsEnd) {
-  hook_.SetHwnd(window_);
-  EXPECT_EQ(wheel_.Send(window_, kWindowDestroyed, 1, 2), ScriptedWheel::kWindowsAnswer);
-  EXPECT_EQ(hook_.Hwnd(), 0);
-  EXPECT_EQ(wheel_.HooksOf(window_), 0U);
-  EXPECT_THAT(wheel_.Reached(), ElementsAre(Sent{window_, kWindowDestroyed, 1, 2}));
+  for (const bool enabled : {true, false}) {
+    hook_.SetEnabled(enabled);
+    hook_.SetHwnd(window_);
+    EXPECT_EQ(wheel_.Send(window_, kWindowDestroyed, 1, 2), ScriptedWheel::kWindowsAnswer);
+    EXPECT_EQ(hook_.Hwnd(), 0) << enabled;
+    EXPECT_EQ(wheel_.HooksOf(window_), 0U) << enabled;
+  }
+  const Sent destroyed{window_, kWindowDestroyed, 1, 2};
+  EXPECT_THAT(wheel_.Reached(), ElementsAre(destroyed, destroyed));
 }
 
 TEST_F(HookMouseWheelTest, TwoListenersOfOneWindowHearOneAfterTheOther) {
