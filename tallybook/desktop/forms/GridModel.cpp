@@ -42,8 +42,8 @@ void GridModel::Reset() {
 void GridModel::TellRows(Long first, Long last) {
   const int top = std::max(first - grid_->FixedRows(), Long{0});
   const int bottom = std::min(last - grid_->FixedRows(), Long{rows_ - 1});
-  if (first < grid_->FixedRows()) emit headerDataChanged(Qt::Horizontal, 0, columns_ - 1);
-  if (bottom >= top) emit dataChanged(index(top, 0), index(bottom, columns_ - 1));
+  if (first < grid_->FixedRows()) headerDataChanged(Qt::Horizontal, 0, columns_ - 1);
+  if (bottom >= top) dataChanged(index(top, 0), index(bottom, columns_ - 1));
 }
 
 bool GridModel::IsMissing(Long row) const {
