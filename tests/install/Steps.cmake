@@ -1,4 +1,5 @@
 # The steps of the tests of what is installed.
+cmake_minimum_required(VERSION 3.25)
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
