@@ -69,6 +69,7 @@ bool LeadsTo(const application::SeenDefinition& definition, const Text& file) {
 
 std::vector<Long> IdsOf(const std::vector<engine::JournalEntry>& entries) {
   std::vector<Long> ids;
+  ids.reserve(entries.size());
   for (const engine::JournalEntry& entry : entries) ids.push_back(entry.id);
   return ids;
 }
