@@ -5,7 +5,7 @@
 
 namespace tallybook::desktop {
 
-// Shows a notification by the desktop's service for them (freedesktop.org, "Desktop Notifications Specification"), without
+// Shows a notification by the desktop's service for them (freedesktop.org, "Desktop Notifications"), without
 // waiting. Where there is no such service nothing happens.
 void TellDesktop(const Text& title, const Text& words);
 

@@ -9,7 +9,7 @@ class QWidget;
 
 namespace tallybook::desktop {
 
-// A program as its desktop entry tells it (freedesktop.org, "Desktop Entry Specification").
+// A program as its desktop entry tells it (freedesktop.org, "Desktop Entry").
 struct InstalledProgram {
   QString name;
   QString command;  // the line of the key Exec
