@@ -1,22 +1,25 @@
 """Runs clang-tidy over the project's own sources and remembers which of them passed.
 
 A source is remembered by a digest of its preprocessed text, its compile command and the checks' configuration: as long
-as these stay, so does the verdict. Only verdicts without findings are kept.
+as these stay, so does the verdict, in whatever folder the project stands. Only verdicts without findings are kept.
 """
 
 import argparse
 import concurrent.futures
 import hashlib
 import json
+import os
 import pathlib
 import re
 import shlex
 import subprocess
 import sys
+import tempfile
 import time
 
 LINTED_FOLDERS = ("src", "tallybook")
 # The compile commands are GCC's: warnings that only GCC knows are no news to clang.
+SCOPE_SOURCE = pathlib.Path(__file__).with_name("lint_scope.cpp")
 EXTRA_ARGUMENTS = ["--extra-arg=-Wno-unknown-warning-option", "--extra-arg=-Wno-ignored-optimization-argument"]
 
 
@@ -35,12 +38,17 @@ def main():
         print(f"lint: {error}", file=sys.stderr)
         return 2
     options.remember.mkdir(parents=True, exist_ok=True)
-    configuration = (root / ".clang-tidy").read_bytes() + version()
+    configuration = (root / ".clang-tidy").read_bytes() + version() + SCOPE_SOURCE.read_bytes()
+    try:
+        scope = scope_plugin(options.remember)
+    except subprocess.CalledProcessError as error:
+        print(f"lint: {SCOPE_SOURCE} cannot be compiled\n{error.stderr}", file=sys.stderr)
+        return 2
 
     began = time.monotonic()
     failed, checked, told = [], 0, set()
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        work = [pool.submit(lint, job, options.commands, options.remember, configuration) for job in jobs]
+        work = [pool.submit(lint, job, root, scope, options, configuration) for job in jobs]
         for job, result in zip(jobs, work):
             fresh, text = result.result()
             checked += fresh
@@ -83,13 +91,30 @@ def version():
     return subprocess.run(["clang-tidy", "--version"], check=True, capture_output=True).stdout
 
 
-def lint(entry, commands, remember, configuration):
+def scope_plugin(folder):
+    """The compiled plugin, made where it or the compiler changed."""
+    resources = pathlib.Path(subprocess.run(["clang", "-print-resource-dir"], check=True, capture_output=True,
+                                            text=True).stdout.strip())
+    plugin = folder / f"scope-{hashlib.sha256(SCOPE_SOURCE.read_bytes() + version()).hexdigest()}.so"
+    if not plugin.exists():
+        # Another run may be making it too: each makes its own, and the last name given counts.
+        with tempfile.TemporaryDirectory(dir=folder) as apart:
+            made = pathlib.Path(apart) / "scope.so"
+            # <prefix>/lib/clang/<version>, with the headers in <prefix>/include.
+            subprocess.run(["c++", "-std=gnu++17", "-O1", "-fPIC", "-shared", "-isystem", resources.parents[2] / "include",
+                            SCOPE_SOURCE, "-o", made], check=True, capture_output=True, text=True)
+            os.replace(made, plugin)
+    return plugin
+
+
+def lint(entry, root, scope, options, configuration):
     """(whether it was looked at, its findings or None)."""
-    verdict = remember / digest(entry, configuration)
+    verdict = options.remember / digest(entry, root, configuration)
     if verdict.exists():
+        verdict.touch()
         return False, None
-    run = subprocess.run(["clang-tidy", "--quiet", "-p", str(commands), *EXTRA_ARGUMENTS, entry["file"]],
-                         capture_output=True, text=True)
+    run = subprocess.run(["clang-tidy", f"--load={scope}", "--quiet", "-p", str(options.commands), *EXTRA_ARGUMENTS,
+                          entry["file"]], capture_output=True, text=True)
     if run.returncode == 0:
         verdict.touch()
         return True, None
@@ -97,13 +122,14 @@ def lint(entry, commands, remember, configuration):
     return True, run.stdout if run.stdout.strip() else run.stderr
 
 
-def digest(entry, configuration):
+def digest(entry, root, configuration):
     arguments = shlex.split(entry["command"])
     # The text as the compiler sees it, comments kept: a NOLINT is one.
     output = arguments.index("-o")
     preprocess = arguments[:output] + arguments[output + 2:] + ["-E", "-C"]
     text = subprocess.run(preprocess, cwd=entry["directory"], capture_output=True).stdout
-    return hashlib.sha256(b"\0".join([configuration, entry["command"].encode(), text])).hexdigest()
+    made_of = b"\0".join([configuration, entry["command"].encode(), text])
+    return hashlib.sha256(made_of.replace(str(root).encode(), b".")).hexdigest()
 
 
 if __name__ == "__main__":
