@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 #include <string>
 
 #include "base/Failure.h"
 #include "exchange/DefinitionFile.h"
-#include "import/DefinitionRecord.h"
 #include "tallybook/application/DefinitionLook.h"
 
 namespace tallybook::application {
@@ -16,19 +14,13 @@ namespace {
 
 using engine::BookDifference;
 
-DefinitionRecord Read(const Text& path) {
-  DefinitionRecord record;
-  if (!ReadDefinition(path, TablesWanted::kYes, record, [] {})) {
-    throw Failure(FailureNumber::kPathOrAccess, path + ": the exchange definition cannot be read", "DefinitionFollow");
-  }
-  return record;
-}
-
 // What becomes of accounts and fields, in words, by what a definition knows them by.
 struct Fates {
   explicit Fates(const BookDifference& difference) {
     for (const auto& [row, position] : difference.accounts.removed) {
-      by_code[row.code] = by_account[row.number] = "account " + row.code + " is removed";
+      by_account[row.number] = "account " + row.code + " is removed";
+      by_code[row.code] =
+          TakesCode(difference, row.code) ? "account " + row.code + " is another account now" : by_account[row.number];
     }
     for (const auto& [before, after] : difference.accounts.changed) {
       by_code[before.code] = by_account[after.number] = before.code == after.code
@@ -42,6 +34,13 @@ struct Fates {
     for (const auto& [before, after] : difference.fields.changed) {
       by_field[after.number] = "field " + std::to_string(after.number) + " is changed";
     }
+  }
+
+  // Whether another account has that code afterwards.
+  static bool TakesCode(const BookDifference& difference, const Text& code) {
+    return std::ranges::any_of(difference.accounts.added, [&](const auto& added) { return added.row.code == code; }) ||
+           std::ranges::any_of(difference.accounts.changed,
+                               [&](const auto& changed) { return changed.after.code == code; });
   }
 
   std::map<Text, Text> by_code;
@@ -74,7 +73,7 @@ std::vector<DefinitionUse> DefinitionsNaming(WholeFiles& files, const Text& fold
   const Fates fates(difference);
   std::vector<DefinitionUse> uses;
   for (const SeenDefinition& definition : seen) {
-    const DefinitionRecord record = Read(definition.path);
+    const DefinitionRecord record = ReadDefinitionAt(definition.path);
     DefinitionUse use = {definition.number, definition.title, definition.path, {}, false};
     for (int i = 1; i <= record.NumAccounts; ++i) {
       AddFate(fates.by_code, record.accounts(i).to_code, use);
@@ -90,10 +89,9 @@ std::vector<DefinitionUse> DefinitionsNaming(WholeFiles& files, const Text& fold
 FollowedDefinitions::FollowedDefinitions(WholeFiles& files, const std::vector<DefinitionUse>& uses,
                                          const BookDifference& difference) {
   const Fates fates(difference);
-  for (const auto& [code, new_code] : fates.new_codes) NeedKeptCode(new_code);
   for (const DefinitionUse& use : uses) {
     if (!use.can_follow) continue;
-    DefinitionRecord record = Read(use.path);
+    DefinitionRecord record = ReadDefinitionAt(use.path);
     // The writer asks for the codes by what stands in the rows: here the rows' own numbers.
     const DefinitionRecord codes = record;
     for (int i = 1; i <= record.NumAccounts; ++i) {
@@ -102,7 +100,9 @@ FollowedDefinitions::FollowedDefinitions(WholeFiles& files, const std::vector<De
     const auto to_code = [&](Integer row) {
       const Text& code = codes.accounts(row).to_code;
       const auto found = fates.new_codes.find(code);
-      return found == fates.new_codes.end() ? code : found->second;
+      if (found == fates.new_codes.end()) return code;
+      NeedKeptCode(found->second);
+      return found->second;
     };
     auto output = std::make_unique<WholeOutput>(files, use.path);
     WriteDefinition(use.path, record, {[&](Integer row) { return codes.accounts(row).from_code; }, to_code});

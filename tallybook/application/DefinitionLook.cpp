@@ -126,6 +126,25 @@ void NeedReadableDefinitions(const std::vector<SeenDefinition>& definitions) {
   if (!troubles.empty()) throw Failure(FailureNumber::kPathOrAccess, troubles, "DefinitionLook");
 }
 
+DefinitionRecord ReadDefinitionAt(const Text& path) {
+  DefinitionRecord record;
+  if (ReadDefinition(path, TablesWanted::kYes, record, [] {})) return record;
+  throw Failure(FailureNumber::kPathOrAccess, path + ": the exchange definition cannot be read", "DefinitionLook");
+}
+
+void FailNoDefinition(const Text& book_path, Integer number, const std::vector<Integer>& numbers) {
+  Text in_use;
+  for (const Integer other : numbers) in_use += (in_use.empty() ? "" : ", ") + std::to_string(other);
+  throw Failure(FailureNumber::kInvalidArgument,
+                book_path + ": there is no exchange definition " + std::to_string(number) + "; " +
+                    (in_use.empty() ? "there are none" : "the numbers in use are " + in_use),
+                "DefinitionLook");
+}
+
+Text ArchiveCopyName(const Text& folder, const Text& extension, Integer number) {
+  return folder + "TBQDBU" + std::to_string(number) + "." + extension;
+}
+
 std::vector<Text> ExchangeFilesOf(const Text& pattern) {
   std::vector<Text> files;
   const Text folder = AddBackslash(FilePath(pattern));

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/Types.h"
+#include "import/DefinitionRecord.h"
 
 namespace tallybook::application {
 
@@ -30,6 +31,15 @@ class WholeFiles;
 
 // Failure 75 that names each definition that cannot be read, with its reason.
 void NeedReadableDefinitions(const std::vector<SeenDefinition>& definitions);
+
+// A definition that was seen, with its tables. Failure 75 where it cannot be read any more.
+[[nodiscard]] DefinitionRecord ReadDefinitionAt(const Text& path);
+
+// Failure 5 for a definition that there is none of: it names the numbers in use.
+[[noreturn]] void FailNoDefinition(const Text& book_path, Integer number, const std::vector<Integer>& numbers);
+
+// The copy that is kept of the file that a definition imported last. `folder` and `extension` as above.
+[[nodiscard]] Text ArchiveCopyName(const Text& folder, const Text& extension, Integer number);
 
 // Failure 75 where something that a pattern for exchange files leads to is no regular file: "in/north.QDX is a pipe".
 // Folders that match a pattern with wildcards are passed over, as they are by the import. Failure 70 or 57 where the

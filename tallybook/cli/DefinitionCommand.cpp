@@ -1,11 +1,16 @@
+#include <algorithm>
 #include <fmt/format.h>
 #include <functional>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "base/Failure.h"
+#include "base/Narrow.h"
+#include "tallybook/application/DefinitionCheck.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DefinitionEdit.h"
 #include "tallybook/cli/DefinitionList.h"
+#include "tallybook/cli/Findings.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"
@@ -15,10 +20,14 @@ namespace tallybook::cli {
 
 namespace {
 
+using application::CheckedDefinition;
+using application::CheckedRow;
+
 struct DefinitionOptions {
   Text book;
   Long wait = 0;
   Integer number = 0;
+  std::optional<Long> checked_number;
   DefinitionChanges changes;
   PrintForm form = PrintForm::kTable;
   AskOptions asking;
@@ -132,6 +141,111 @@ ExitStatus RunShow(const DefinitionOptions& options) {
     PrintDefinition(exchange, *book);
   }
   return ExitStatus::kDone;
+}
+
+// --- check -----------------------------------------------------------------------------------------------------------
+
+Text FilesText(const CheckedDefinition& definition) {
+  if (definition.files.empty()) return "none matches, and there is no archive copy";
+  Text files;
+  for (const Text& file : definition.files) files += (files.empty() ? "" : ", ") + file;
+  return definition.is_archive_copy ? "none matches; the archive copy " + files : files;
+}
+
+Text InFileText(const CheckedDefinition& definition, const CheckedRow& row) {
+  if (!definition.HasFile()) return "?";
+  if (row.missing_in.empty()) return "yes";
+  if (definition.files.size() == 1) return "no";
+  const std::size_t others = row.missing_in.size() - 1;
+  return "not in " + row.missing_in.front() + (others == 0 ? "" : fmt::format(" and {} more", others));
+}
+
+void PrintCheckedRows(const CheckedDefinition& definition, const std::vector<CheckedRow>& rows, const Text& what,
+                      Align align) {
+  if (rows.empty()) return;
+  TextTable table({{what + " in the file", align}, {what + " here", align}, {"In the file"}, {"Here"}});
+  for (const CheckedRow& row : rows) {
+    table.AddRow(
+        {row.from.empty() ? "(all)" : row.from, row.to, InFileText(definition, row), row.in_book ? "yes" : "no"});
+  }
+  PrintLine("");
+  table.Print();
+}
+
+void PrintChecked(const std::vector<CheckedDefinition>& definitions) {
+  if (definitions.empty()) PrintLine("There are no exchange definitions.");
+  for (const CheckedDefinition& definition : definitions) {
+    if (&definition != &definitions.front()) PrintLine("");
+    PrintLine(fmt::format("Exchange definition {}: {}", definition.number, definition.title));
+    PrintLine("  File   " + definition.pattern);
+    PrintLine("  Found  " + FilesText(definition));
+    PrintCheckedRows(definition, definition.accounts, "Account", Align::kLeft);
+    PrintCheckedRows(definition, definition.fields, "Field", Align::kRight);
+  }
+}
+
+// What the files have is left out where there is none to look at.
+template <typename Code>
+nlohmann::ordered_json CheckedRowsJson(const CheckedDefinition& definition, const std::vector<CheckedRow>& rows,
+                                       Code code) {
+  auto json = nlohmann::ordered_json::array();
+  for (const CheckedRow& row : rows) {
+    nlohmann::ordered_json& item = json.emplace_back();
+    item = {{"from", code(row.from)}, {"to", code(row.to)}};
+    if (definition.HasFile()) item["missing_in"] = row.missing_in;
+    item.update({{"in_book", row.in_book}, {"holds", row.Holds()}});
+  }
+  return json;
+}
+
+void PrintCheckedJson(const std::vector<CheckedDefinition>& definitions) {
+  auto json = nlohmann::ordered_json::array();
+  for (const CheckedDefinition& definition : definitions) {
+    nlohmann::ordered_json& item = json.emplace_back();
+    item = {{"number", definition.number},
+            {"title", definition.title},
+            {"file", definition.pattern},
+            {"files", definition.files},
+            {"archive_copy", definition.is_archive_copy},
+            {"unreadable", nlohmann::ordered_json::array()},
+            {"holds", definition.Holds()}};
+    for (const auto& file : definition.unreadable) {
+      item["unreadable"].push_back({{"file", file.path}, {"what", file.reason}});
+    }
+    item["map_account"] = CheckedRowsJson(definition, definition.accounts, [](const Text& text) { return text; });
+    item["map_field"] =
+        CheckedRowsJson(definition, definition.fields, [](const Text& text) { return std::stoi(text); });
+  }
+  PrintAsItStands(JsonText(json));
+}
+
+// Files that the rows do not show, and how much does not hold.
+long long TellWhatDoesNotHold(const CheckedDefinition& definition) {
+  long long count = 0;
+  const Text title = fmt::format("exchange definition {} ({}): ", definition.number, definition.title);
+  for (const auto& file : definition.unreadable) {
+    Warn(fmt::format("{}{} cannot be read: {}", title, file.path, file.reason));
+    ++count;
+  }
+  for (const auto* rows : {&definition.accounts, &definition.fields}) {
+    count += std::ranges::count_if(*rows, [](const CheckedRow& row) { return !row.Holds(); });
+  }
+  if (definition.files.empty()) {
+    Warn(title + "no file was there to be looked at, nor an archive copy; only the book's side has been checked");
+  }
+  return count;
+}
+
+ExitStatus RunCheck(const DefinitionOptions& options) {
+  Session session;
+  const auto book = session.OpenToRead(options.book);
+  std::optional<Integer> number;
+  if (options.checked_number) number = ToInteger(*options.checked_number);
+  const auto definitions = application::CheckDefinitions(session.Files(), *book, number);
+  options.form == PrintForm::kJson ? PrintCheckedJson(definitions) : PrintChecked(definitions);
+  long long count = 0;
+  for (const CheckedDefinition& definition : definitions) count += TellWhatDoesNotHold(definition);
+  return StatusOfFindings(book->Path(), count, "finding");
 }
 
 // Selects a free place for a new definition and gives it.
@@ -257,6 +371,21 @@ CommandTable ShowCommand() {
   return command;
 }
 
+CommandTable CheckCommand() {
+  const auto options = std::make_shared<DefinitionOptions>();
+  CommandTable command = MakeCommand(
+      "check", "Look whether book and files still hold what the definitions name; status 1 where one does not",
+      {"tallybook definition check office", "tallybook definition check office 1 --json"}, options, RunCheck);
+  AddBook(command, options->book);
+  AddNumber(command, "N", options->checked_number, "", "This definition alone").As(ArgumentKind::kDefinition);
+  AddFormWithoutCsv(command, options->form);
+  command.notes = {
+      "Looked at are the files that an import would take now; where there is none, the copy of the file that was "
+      "imported "
+      "last."};
+  return command;
+}
+
 CommandTable AddingCommand() {
   const auto options = std::make_shared<DefinitionOptions>();
   CommandTable command = MakeCommand(
@@ -297,7 +426,7 @@ CommandTable DeleteCommand() {
 
 CommandTable DefinitionCommand() {
   return MakeGroup("definition", "Say how exchange files go into a book",
-                   {ListCommand(), ShowCommand(), AddingCommand(), EditCommand(), DeleteCommand()});
+                   {ListCommand(), ShowCommand(), CheckCommand(), AddingCommand(), EditCommand(), DeleteCommand()});
 }
 
 }  // namespace tallybook::cli

@@ -1,8 +1,5 @@
 #include "tallybook/cli/DefinitionList.h"
 
-#include <fmt/format.h>
-
-#include "base/Failure.h"
 #include "base/Texts.h"
 #include "support/Utility.h"
 #include "tallybook/cli/TextTable.h"
@@ -34,15 +31,12 @@ std::vector<application::SeenDefinition> OpenDefinitions(application::WholeFiles
 }
 
 Integer PositionOfDefinition(const CDataExchange& exchange, const engine::Book& book, Integer number) {
-  Text numbers;
+  std::vector<Integer> numbers;
   for (int position = 1; position <= exchange.NumRecs(); ++position) {
-    const Integer found = exchange.FileNum(static_cast<Integer>(position));
-    if (found == number) return static_cast<Integer>(position);
-    numbers += (numbers.empty() ? "" : ", ") + std::to_string(found);
+    numbers.push_back(exchange.FileNum(static_cast<Integer>(position)));
+    if (numbers.back() == number) return static_cast<Integer>(position);
   }
-  throw Failure(FailureNumber::kInvalidArgument,
-                fmt::format("{}: there is no exchange definition {}; {}", book.Path(), number,
-                            numbers.empty() ? "there are none" : "the numbers in use are " + numbers));
+  application::FailNoDefinition(book.Path(), number, numbers);
 }
 
 const Choices<Integer>& FieldMatchChoices() {

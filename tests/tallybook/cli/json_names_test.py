@@ -91,6 +91,7 @@ NAMES = {
     "old": lambda value: text(value) or isinstance(value, dict), "new": lambda value: text(value) or isinstance(value, dict),
     "figures": count, "definitions": rows("number", "title", "names", "followed"), "names": texts, "followed": truth,
     "beyond_exchange_files": texts,
+    "files": texts, "archive_copy": truth, "unreadable": rows("file", "what"), "missing_in": texts, "in_book": truth, "holds": truth,
 }
 
 # Of a book's description (docs/book-file.md).
@@ -152,7 +153,7 @@ class JsonNamesTest(unittest.TestCase):
             raise AssertionError(f"{line}: {done.stderr}")
         return done.stdout
 
-    LINES = (["values", "shop"], ["definition", "list", "shop"], ["definition", "show", "shop", "2"], ["qdx", "info", "shop.QDX"],
+    LINES = (["values", "shop"], ["definition", "list", "shop"], ["definition", "show", "shop", "2"], ["definition", "check", "shop"], ["qdx", "info", "shop.QDX"],
              ["qdx", "dump", "shop.QDX"], ["qdx", "dump", "cut.QDX"], ["qdx", "check", "shop.QDX"], ["qdx", "check", "cut.QDX"],
              ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"], ["book", "check", "shop"],
              ["book", "check", "bad", "--deep"],
