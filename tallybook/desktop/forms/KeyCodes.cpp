@@ -97,7 +97,7 @@ void AddCharacter(const QKeyEvent& event, KeyPress& press) {
     press.character = static_cast<Integer>(press.key - kFirstLetter + 1);
     return;
   }
-  if ((press.shift & (kControlState | kAltState)) != 0 || event.text().isEmpty() || !event.text()[0].isPrint()) return;
+  if ((press.shift & (kControlState | kAltState)) != 0 || event.text().isEmpty() || event.text()[0] < u' ') return;
   try {
     const std::string code = ToCodePage(FromQt(event.text()));
     press.is_foreign = code.size() != 1;

@@ -98,8 +98,9 @@ void TextBoxBinder::TakeText() {
 }
 
 void TextBoxBinder::TakeSelection() {
-  if (IsFollowing()) return;
   const QString text = edit_.text();
+  // An input method moves the caret before it tells the text, which the caret then comes with.
+  if (IsFollowing() || text != ToQt(box_.Text())) return;
   const bool selected = edit_.hasSelectedText();
   const Long start = CharactersBefore(text, selected ? edit_.selectionStart() : edit_.cursorPosition());
   const Long end = selected ? CharactersBefore(text, edit_.selectionEnd()) : start;

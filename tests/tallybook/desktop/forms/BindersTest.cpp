@@ -115,6 +115,16 @@ TEST_F(TextBoxBinderTest, ACharacterThatTheCodePageLacksIsTakenWithTheText) {
   EXPECT_EQ(box_.Text(), "abc\xC5\x82");
 }
 
+TEST_F(TextBoxBinderTest, TakesWhatAnInputMethodCommits) {
+  box_.SetFocus();
+  Edit().selectAll();
+  QInputMethodEvent commit;
+  commit.setCommitString("whole");
+  QApplication::sendEvent(&Edit(), &commit);
+  EXPECT_EQ(box_.Text(), "whole");
+  EXPECT_EQ(Edit().text(), "whole");
+}
+
 TEST_F(TextBoxBinderTest, ALockedBoxOnlyShows) {
   box_.SetLocked(true);
   box_.SetFocus();
