@@ -47,13 +47,11 @@ class DefinitionEditorTest : public DefinitionsFixture {
   }
   // Input is handled within a change of pages, so the next step waits until that is over.
   void ChooseTab(Integer tab) {
-    LookAtEditor([tab](DefinitionEditor& editor) { EXPECT_TRUE(editor.TabStrip1.UserChoose(tab)); });
+    LookAtEditor([tab](DefinitionEditor& editor) { EXPECT_TRUE(TheHands().ChooseTab(editor.TabStrip1, tab)); });
     user().Wait(3);
   }
   void PressKeys(MatchPage page, const Text& keys) {
-    LookAtEditor([page, keys](DefinitionEditor& editor) {
-      for (const char key : keys) editor.Grids().ListOf(page).UserKeyPress(static_cast<unsigned char>(key));
-    });
+    LookAtEditor([page, keys](DefinitionEditor& editor) { TheHands().TypeAt(editor.Grids().ListOf(page), keys); });
   }
   void ExpectUnchanged() {
     LookAtEditor([](DefinitionEditor& editor) { EXPECT_FALSE(editor.CancelEnabled()); });
@@ -182,12 +180,12 @@ TEST_F(DefinitionEditorTest, StaysLoadingAfterALoadThatFailsUntilOneThatDoesNot)
 TEST_F(DefinitionEditorTest, TakesEveryControlForAChange) {
   Store({.acct_match = -2});
   const std::vector<std::function<void(DefinitionEditor&)>> acts = {
-      [](DefinitionEditor& editor) { editor.Text1.UserSetText("Other"); },
-      [](DefinitionEditor& editor) { editor.Text2.UserSetText("Other.QDX"); },
-      [](DefinitionEditor& editor) { editor.Combo1.UserChoose(0); },
-      [](DefinitionEditor& editor) { editor.Combo2.UserChoose(0); },
-      [](DefinitionEditor& editor) { editor.Combo3.UserChoose(1); },
-      [](DefinitionEditor& editor) { editor.Combo5.UserChoose(1); }};
+      [](DefinitionEditor& editor) { TheHands().Replace(editor.Text1, "Other"); },
+      [](DefinitionEditor& editor) { TheHands().Replace(editor.Text2, "Other.QDX"); },
+      [](DefinitionEditor& editor) { TheHands().Choose(editor.Combo1, 0); },
+      [](DefinitionEditor& editor) { TheHands().Choose(editor.Combo2, 0); },
+      [](DefinitionEditor& editor) { TheHands().Choose(editor.Combo3, 1); },
+      [](DefinitionEditor& editor) { TheHands().Choose(editor.Combo5, 1); }};
   for (const auto& act : acts) {
     Edit(1);
     LookAtEditor([act](DefinitionEditor& editor) {
@@ -207,9 +205,9 @@ TEST_F(DefinitionEditorTest, AsksForTheReceivingAccountOnlyWhereAllGoToOne) {
   LookAtEditor([](DefinitionEditor& editor) {
     EXPECT_FALSE(editor.Combo5.Enabled());
     EXPECT_TRUE(editor.Combo5.Visible());
-    editor.Combo2.UserChoose(2);
+    TheHands().Choose(editor.Combo2, 2);
     EXPECT_TRUE(editor.Combo5.Enabled());
-    editor.Combo2.UserChoose(1);
+    TheHands().Choose(editor.Combo2, 1);
     EXPECT_FALSE(editor.Combo5.Enabled());
   });
   Cancel(kEditor);
@@ -243,12 +241,12 @@ TEST_F(DefinitionEditorTest, LeavesCancelAsItIsWhereOnlyThePageChanges) {
 TEST_F(DefinitionEditorTest, RefusesThePageOfWhatIsNotMatchedByHandWithASound) {
   Store({.acct_match = -1});
   LookAtEditor([this](DefinitionEditor& editor) {
-    editor.TabStrip1.UserChoose(kAccountsTab);
+    TheHands().ChooseTab(editor.TabStrip1, kAccountsTab);
     EXPECT_EQ(editor.TabStrip1.Selected(), kGeneralTab);
     EXPECT_EQ(editor.CurrentPage(), 0);
     EXPECT_TRUE(editor.GeneralPage.Visible());
     EXPECT_THAT(platform.boxes.Sounds(), ElementsAre("SystemDefault"));
-    editor.TabStrip1.UserChoose(kFieldsTab);
+    TheHands().ChooseTab(editor.TabStrip1, kFieldsTab);
     EXPECT_EQ(editor.CurrentPage(), 2);
     EXPECT_FALSE(editor.GeneralPage.Visible());
     EXPECT_THAT(platform.boxes.Sounds(), SizeIs(1));

@@ -13,6 +13,7 @@
 #include "dialogs/FormInstances.h"
 #include "forms/CCommonDialog.h"
 #include "forms/modAllUI.h"
+#include "tests/support/Hands.h"
 #include "tests/support/MemoryHost.h"
 #include "tests/support/ScriptedPlatform.h"
 #include "tests/support/ScriptedUser.h"

@@ -73,8 +73,9 @@ TEST_F(ExportConversationTest, AsksForTheDatesInTheWordsOfTheExport) {
 
 TEST_F(ExportConversationTest, EndsWithTheDatesWhereTheyAreCancelled) {
   for (const bool csv_style : {true, false}) {
-    Look<dlgRepPrint>(kDates,
-                      [](dlgRepPrint& shown) { EXPECT_TRUE(shown.Calendar[1].UserChoose(DateFromParts(2003, 6, 1))); });
+    Look<dlgRepPrint>(kDates, [](dlgRepPrint& shown) {
+      EXPECT_TRUE(TheHands().ChooseDate(shown.Calendar[1], DateFromParts(2003, 6, 1)));
+    });
     CancelDates();
     Converse(csv_style);
     EXPECT_EQ(date, DateFromParts(2003, 1, 1)) << "the caller's date stays";
@@ -86,7 +87,8 @@ TEST_F(ExportConversationTest, EndsWithTheDatesWhereTheyAreCancelled) {
 
 TEST_F(ExportConversationTest, HandsTheChosenDateBackAlsoWhereTheFileIsCancelled) {
   const Date chosen = DateFromParts(2003, 6, 30);
-  Look<dlgRepPrint>(kDates, [chosen](dlgRepPrint& shown) { EXPECT_TRUE(shown.Calendar[1].UserChoose(chosen)); });
+  Look<dlgRepPrint>(kDates,
+                    [chosen](dlgRepPrint& shown) { EXPECT_TRUE(TheHands().ChooseDate(shown.Calendar[1], chosen)); });
   TakeDates();
   Cancel(kPrompt);
   ExportFile();
@@ -320,7 +322,7 @@ TEST_F(ExportConversationTest, RemembersTheTableThoughItCannotBeOpened) {
 // --- An exchange file ------------------------------------------------------------------------------------------------
 
 TEST_F(ExportConversationTest, WritesAnExchangeFileAndRemembersItsNameAlone) {
-  Look<dlgRepPrint>(kDates, [](dlgRepPrint& shown) { EXPECT_TRUE(shown.optLength(6).UserClick()); });
+  Look<dlgRepPrint>(kDates, [](dlgRepPrint& shown) { EXPECT_TRUE(TheHands().Click(shown.optLength(6), 6)); });
   TakeDates();
   Look<frmImport>(kPrompt, [this](frmImport& shown) {
     EXPECT_EQ(shown.Caption(), "Export Data to QDX File");

@@ -266,7 +266,7 @@ TEST_F(dlgExportTest, AsksForAFolder) {
     EXPECT_EQ(shown.Text1.Caption(), "&Folder:");
     EXPECT_EQ(shown.Label2.Caption(), "Extra line");
     EXPECT_EQ(shown.Text1.Text(), "/old/folder");
-    EXPECT_FALSE(shown.Text1.UserSetText("typed"));
+    EXPECT_FALSE(TheHands().Replace(shown.Text1, "typed"));
   });
   Browse();
   user().Choose(kForm, "Combo1", "Workbook (xlsx)");

@@ -1,3 +1,6 @@
+#include <string>
+
+#include "base/CodePage.h"
 #include "dialogs/dlgRepSaveAs.h"
 #include "tests/dialogs/DialogsFixture.h"
 
@@ -22,7 +25,9 @@ class dlgRepSaveAsTest : public DialogsFixture {
     form.Text1.SetSelection(0, 0);
     platform.boxes.ForgetShown();
     user().On(kForm, [this, codes](Form&) {
-      for (const Integer code : codes) form.Text1.UserType(code);
+      std::string keys;
+      for (const Integer code : codes) keys += static_cast<char>(code);
+      EXPECT_TRUE(TheHands().TypeKeys(form.Text1, FromCodePage(keys)));
     });
     user().Click(kForm, "Command1", 0);
     EXPECT_FALSE(Show());
@@ -95,6 +100,7 @@ TEST_F(dlgRepSaveAsTest, RefusesTheOtherControlCodesWithASoundAndEnterWithout) {
   form.Text1.KeyPress.Connect([&](Integer& key) { heard = key; });
   for (Integer code = 1; code < 25; ++code) {
     if (code == 1 || code == 3 || code == 8 || code == 22 || code == 24) continue;
+    if (code == kEnter && TheStage() != nullptr) continue;  // which presses the main button of a real window
     EXPECT_EQ(Typed("title", {code}), "title");
     EXPECT_EQ(heard, 0) << code;
     EXPECT_EQ(Beeps(), code == kEnter ? 0U : 1U) << code;

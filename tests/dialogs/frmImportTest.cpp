@@ -233,7 +233,7 @@ TEST_F(frmImportTest, OffersTheOptionsThatACallerAsksFor) {
     shown.SetPromptforOverwrite(true);
     EXPECT_FALSE(shown.NumberBox1[0].Enabled());
     EXPECT_TRUE(shown.NumberBox1[0].Visible());
-    EXPECT_TRUE(shown.chkClear.UserClick());
+    EXPECT_TRUE(TheHands().Click(shown.chkClear, kNoIndex));
   });
   Press();
   Text name = "a.qdx";

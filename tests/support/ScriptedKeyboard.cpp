@@ -15,6 +15,7 @@
 #include "forms/TextBox.h"
 #include "platform/Platform.h"
 #include "platform/Screen.h"
+#include "tests/support/Hands.h"
 
 namespace tallybook::testing {
 
@@ -146,7 +147,10 @@ void ScriptedKeyboard::Type(const KeyEvent& event) {
   Form* const form = FormInFront();
   if (released || bit != 0 || form == nullptr) return;
   if ((event.flags & kCharacterKey) == 0) {
-    PressIn(*form, key);
+    if (TheStage() != nullptr)
+      TheStage()->Key(*form, key, shift_state_, CharacterOf(key));
+    else
+      PressIn(*form, key);
   } else if (form->ActiveControl() != nullptr && event.scan <= 0xFF) {
     form->ActiveControl()->UserKeyPress(static_cast<Integer>(event.scan));
   }

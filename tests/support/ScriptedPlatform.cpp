@@ -8,6 +8,7 @@
 #include "forms/modAllUI.h"
 #include "platform/Clock.h"
 #include "support/Utility.h"
+#include "tests/support/Hands.h"
 
 namespace tallybook::testing {
 
@@ -123,6 +124,7 @@ bool ScriptedInput::HasPending(Long mask) {
 void ScriptedInput::RunOnce() {
   ++runs_;
   if (on_run_) on_run_();
+  if (TheStage() != nullptr) TheStage()->Run();
   TickTimers();
   if (keyboard_ != nullptr) keyboard_->TypeWaiting();
   if (user_ != nullptr) user_->DoNext();
@@ -157,7 +159,7 @@ ScriptedPlatform::ScriptedPlatform(FilesIn where)
                    .files = &files,
                    .message_boxes = &boxes,
                    .input = &input,
-                   .screen = &screen,
+                   .screen = TheStage() == nullptr ? &screen : &TheStage()->Enter(screen),
                    .file_dialogs = &file_dialogs,
                    .shell = &shell,
                    .keyboard = &keyboard,
@@ -168,6 +170,7 @@ ScriptedPlatform::ScriptedPlatform(FilesIn where)
 
 ScriptedPlatform::~ScriptedPlatform() {
   user.ExpectDone();
+  if (TheStage() != nullptr) TheStage()->Leave();
   ResetModalStack();
   ResetOpenFiles();
   if (before_.clock == nullptr)

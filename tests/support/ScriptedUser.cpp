@@ -4,14 +4,12 @@
 #include <gtest/gtest.h>
 #include <utility>
 
-#include "base/CodePage.h"
 #include "forms/HostControls.h"
 #include "forms/KeyStrings.h"
 #include "forms/ListControls.h"
-#include "forms/OptionGroup.h"
-#include "forms/PlainControls.h"
 #include "forms/TextBox.h"
 #include "forms/modAllUI.h"
+#include "tests/support/Hands.h"
 
 namespace tallybook::testing {
 
@@ -20,16 +18,6 @@ namespace {
 // Turns of a modal loop without a step, after which the script has run dry. More than one: what a step sets off may
 // take a turn or two to show.
 constexpr int kPatience = 5;
-
-bool ClickOn(Control& control, Integer index) {
-  if (auto* const buttons = dynamic_cast<SaveButtons*>(&control)) return buttons->UserClick(index);
-  if (auto* const button = dynamic_cast<CommandButton*>(&control)) return button->UserClick();
-  if (auto* const box = dynamic_cast<CheckBox*>(&control)) return box->UserClick();
-  if (auto* const option = dynamic_cast<OptionButton*>(&control)) return option->UserClick();
-  if (auto* const entry = dynamic_cast<MenuItem*>(&control)) return entry->UserClick();
-  ADD_FAILURE() << control.Name() << " is nothing that can be clicked";
-  return true;
-}
 
 // The control as one of a kind; null, with the test failed, where it is of another.
 template <typename Kind>
@@ -76,7 +64,7 @@ ScriptedUser& ScriptedUser::Type(const Text& form, const Text& control, const Te
       form, control, index,
       [text](Control& found) {
         auto* const box = As<TextBox>(found);
-        return box == nullptr || box->UserSetText(text);
+        return box == nullptr || TheHands().Replace(*box, text);
       },
       "type into");
 }
@@ -86,11 +74,7 @@ ScriptedUser& ScriptedUser::TypeKeys(const Text& form, const Text& control, cons
       form, control, index,
       [keys](Control& found) {
         auto* const box = As<TextBox>(found);
-        if (box == nullptr) return true;
-        if (!box->UserFocus()) return false;
-        // A key that the box's own filter drops changes nothing, which is for the test to look at.
-        for (const char code : ToCodePage(keys)) box->UserType(static_cast<unsigned char>(code));
-        return true;
+        return box == nullptr || TheHands().TypeKeys(*box, keys);
       },
       "type into");
 }
@@ -102,7 +86,7 @@ ScriptedUser& ScriptedUser::Choose(const Text& form, const Text& control, const 
         auto* const list = As<ListControl>(found);
         if (list == nullptr) return true;
         for (Integer i = 0; i < list->ListCount(); ++i) {
-          if (list->List(i) == entry) return list->UserChoose(i);
+          if (list->List(i) == entry) return TheHands().Choose(*list, i);
         }
         ADD_FAILURE() << list->Name() << " has no entry \"" << entry << "\"";
         return true;
@@ -112,17 +96,12 @@ ScriptedUser& ScriptedUser::Choose(const Text& form, const Text& control, const 
 
 ScriptedUser& ScriptedUser::Click(const Text& form, const Text& control, Integer index) {
   return OnControl(
-      form, control, index, [index](Control& found) { return ClickOn(found, index); }, "click");
+      form, control, index, [index](Control& found) { return TheHands().Click(found, index); }, "click");
 }
 
 ScriptedUser& ScriptedUser::Press(const Text& form, const Text& control, Integer key, Integer shift, Integer index) {
   return OnControl(
-      form, control, index,
-      [key, shift](Control& found) {
-        if (!found.UserFocus()) return false;
-        found.UserKeyDown(key, shift);  // a key that a listener consumes is pressed all the same
-        return true;
-      },
+      form, control, index, [key, shift](Control& found) { return TheHands().Press(found, key, shift); },
       "press a key in");
 }
 
@@ -131,8 +110,7 @@ ScriptedUser& ScriptedUser::Keys(const Text& form, const Text& keys) {
 }
 
 ScriptedUser& ScriptedUser::Close(const Text& form) {
-  // A form that refuses to be unloaded hides itself as a rule, so that the answer says nothing.
-  return On(form, [](Form& shown) { shown.UserClose(); });
+  return On(form, [](Form& shown) { TheHands().Close(shown); });
 }
 
 Form* ScriptedUser::FindForm(const Text& name) {

@@ -21,6 +21,7 @@
 #include "tallybook/application/ReferenceFactory.h"
 #include "tallybook/engine/Journal.h"
 #include "tests/support/FileSizeLimit.h"
+#include "tests/support/Hands.h"
 #include "tests/support/OtherProcess.h"
 #include "tests/tallybook/engine/BookFixture.h"
 
@@ -88,7 +89,8 @@ class ConversationsTest : public ::testing::Test {
   [[nodiscard]] ScriptedUser& User() { return platform_.user; }
   void TakeDates() { User().Click(kDates, "Command1", kNextButton); }
   void TakeAllYears() {
-    User().On(kDates, [](Form& form) { EXPECT_TRUE(dynamic_cast<dlgRepPrint&>(form).optLength(8).UserClick()); });
+    User().On(kDates,
+              [](Form& form) { EXPECT_TRUE(TheHands().Click(dynamic_cast<dlgRepPrint&>(form).optLength(8), 8)); });
     TakeDates();
   }
   void Accept(const Text& form) { User().Click(form, "SaveButtons1", SaveButtons::kMainButton); }
