@@ -184,6 +184,7 @@ void FigureGrid::GoTo(int row, int column) {
 void FigureGrid::TakeWhatIsTyped() {
   if (state() != EditingState) return;
   for (auto* editor : viewport()->findChildren<QLineEdit*>()) {
+    if (!editor->isVisible()) continue;  // one that is about to go
     commitData(editor);
     QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
   }

@@ -51,12 +51,4 @@ LocaleStyle SystemStyle() {
   return StyleOf(QLocale());
 }
 
-QString ToQt(const Text& text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
-Text FromQt(const QString& text) {
-  return text.toStdString();
-}
-
 }  // namespace tallybook::desktop

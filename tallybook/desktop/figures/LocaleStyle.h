@@ -4,9 +4,9 @@
 #include "tallybook/desktop/figures/FigureUnits.h"
 #include "tallybook/desktop/figures/NumberText.h"
 #include "tallybook/desktop/figures/PlainDate.h"
+#include "tallybook/desktop/forms/Words.h"
 
 class QLocale;
-class QString;
 
 namespace tallybook::desktop {
 
@@ -20,9 +20,5 @@ struct LocaleStyle {
 [[nodiscard]] LocaleStyle StyleOf(const QLocale& locale);
 // That of the system, as Qt was told it.
 [[nodiscard]] LocaleStyle SystemStyle();
-
-// UTF-8 both ways.
-[[nodiscard]] QString ToQt(const Text& text);
-[[nodiscard]] Text FromQt(const QString& text);
 
 }  // namespace tallybook::desktop

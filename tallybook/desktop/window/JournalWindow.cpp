@@ -4,7 +4,6 @@
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
-#include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QTreeView>
 #include <QtWidgets/QVBoxLayout>
@@ -111,14 +110,7 @@ void JournalWindow::Follow() {
 void JournalWindow::TakeBack() {
   const engine::JournalEntry* entry = Current();
   if (entry == nullptr) return;
-  const QString question =
-      QString("Put the figures back to what they were before \u201c%1\u201d of %2?")
-          .arg(ToQt(application::Shown(application::WhatRan(*entry))), ToQt(DateTimeText(entry->time)));
-  QMessageBox box(QMessageBox::Question, "Journal", question, QMessageBox::Cancel, this);
-  QPushButton* yes = box.addButton("&Undo", QMessageBox::AcceptRole);
-  box.setDefaultButton(yes);
-  box.exec();
-  if (box.clickedButton() != yes || !undo_(*entry)) return;
+  if (!undo_(*entry)) return;
   const int row = list_->currentIndex().row();
   Fill();
   list_->setCurrentIndex(

@@ -17,7 +17,7 @@ namespace tallybook::desktop {
 
 class JournalWindow final : public QDialog {
  public:
-  // Takes an entry back; true where it is done. It tells what went wrong by itself.
+  // Takes an entry back, after a question; true where it is done. It tells what went wrong by itself.
   using Undo = std::function<bool(const engine::JournalEntry& entry)>;
   // `reader` must outlive it. Without `undo` the list is there to look at.
   JournalWindow(QWidget* parent, BookReader& reader, const LocaleStyle& style, Undo undo);

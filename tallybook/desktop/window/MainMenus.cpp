@@ -30,10 +30,11 @@ QAction* AddSwitch(QMenu& menu, const QString& words, const QKeySequence& keys, 
 
 void BuildBookMenu(QMenuBar& bar, const MenuActs& acts, MainMenus& menus) {
   QMenu& menu = *bar.addMenu("&Book");
-  Add(menu, "&New\u2026", QKeySequence::New, acts.new_book);
-  Add(menu, "&Open\u2026", QKeySequence::Open, acts.open_book);
+  QAction* make = Add(menu, "&New\u2026", QKeySequence::New, acts.new_book);
+  QAction* open = Add(menu, "&Open\u2026", QKeySequence::Open, acts.open_book);
   menus.recent = menu.addMenu("Open &Recent");
-  Add(menu, "&Example", {}, acts.example);
+  QAction* example = Add(menu, "&Example", {}, acts.example);
+  menus.leave_book = {make, open, menus.recent->menuAction(), example};
   menu.addSeparator();
   menus.journal = Add(menu, "&Journal\u2026", QKeySequence("Ctrl+J"), acts.journal);
   menu.addSeparator();
@@ -97,6 +98,19 @@ void BuildFiguresMenu(QMenuBar& bar, const MenuActs& acts, MainMenus& menus) {
   Add(menu, "&Next Account", QKeySequence("Ctrl+PgDown"), [act = acts.move_account] { act(1); });
 }
 
+void BuildExchangeMenu(QMenuBar& bar, const MenuActs& acts, MainMenus& menus) {
+  if (!acts.definitions) return;
+  QMenu& menu = *bar.addMenu("Data E&xchange");
+  menus.exchange = &menu;
+  Add(menu, "&Definitions\u2026", QKeySequence("Ctrl+D"), acts.definitions);
+  menu.addSeparator();
+  Add(menu, "Import a &CSV File\u2026", {}, acts.import_csv);
+  Add(menu, "Import a De&limited File\u2026", {}, acts.import_delimited);
+  menu.addSeparator();
+  Add(menu, "Export an &Exchange File\u2026", QKeySequence("Ctrl+E"), acts.export_file);
+  Add(menu, "Export a &Table\u2026", QKeySequence("Ctrl+Shift+E"), acts.export_table);
+}
+
 void BuildHelpMenu(QMenuBar& bar, const MenuActs& acts) {
   QMenu& menu = *bar.addMenu("&Help");
   Add(menu, "&Keys", QKeySequence("F1"), acts.keys);
@@ -112,6 +126,7 @@ MainMenus BuildMenus(QMainWindow& window, const MenuActs& acts) {
   BuildEditMenu(bar, acts, menus);
   BuildViewMenu(bar, acts, menus);
   BuildFiguresMenu(bar, acts, menus);
+  BuildExchangeMenu(bar, acts, menus);
   BuildHelpMenu(bar, acts);
   return menus;
 }

@@ -2,6 +2,7 @@
 // words; no two acts of a menu share a mnemonic.
 #pragma once
 
+#include <QtCore/QList>
 #include <functional>
 
 class QAction;
@@ -20,6 +21,8 @@ struct MenuActs {
   std::function<void(int steps)> go;
   std::function<void(int rows)> move_account;
   std::function<void()> today, go_to_date;
+  // What needs conversations; left out of the menus where there are none.
+  std::function<void()> export_file, export_table, definitions, import_csv, import_delimited;
   std::function<void()> keys, about;
 };
 
@@ -39,6 +42,8 @@ struct MainMenus {
   QMenu* edit = nullptr;
   QMenu* view = nullptr;
   QMenu* figures = nullptr;
+  QMenu* exchange = nullptr;   // null where there are no conversations
+  QList<QAction*> leave_book;  // what would take the book from under a conversation
 };
 
 [[nodiscard]] MainMenus BuildMenus(QMainWindow& window, const MenuActs& acts);

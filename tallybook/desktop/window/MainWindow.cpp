@@ -2,6 +2,7 @@
 
 #include <QtCore/QMimeData>
 #include <QtCore/QStandardPaths>
+#include <QtCore/QTimer>
 #include <QtGui/QClipboard>
 #include <QtGui/QCloseEvent>
 #include <QtGui/QDragEnterEvent>
@@ -30,6 +31,7 @@
 #include "tallybook/desktop/figures/ChartView.h"
 #include "tallybook/desktop/figures/FigureGrid.h"
 #include "tallybook/desktop/figures/FigurePane.h"
+#include "tallybook/desktop/host/Conversations.h"
 #include "tallybook/desktop/host/SaveWhole.h"
 #include "tallybook/desktop/window/AccountPane.h"
 #include "tallybook/desktop/window/DateDialog.h"
@@ -70,7 +72,7 @@ QString Plain(QString words) {
 
 class MainWindow::Parts {
  public:
-  Parts(MainWindow& window, HostApp& app, DesktopSettings& settings, LocaleStyle style);
+  Parts(MainWindow& window, HostApp& app, DesktopSettings& settings, LocaleStyle style, const ConversationMeans* means);
 
   bool Open(const Text& path);
   bool Leave();
@@ -89,6 +91,12 @@ class MainWindow::Parts {
   void SaveChart();
   void Settings();
   void MovePane(int steps);
+  // Begins a conversation over the open book; gives whether it left anything in the journal.
+  using Conversation = std::function<ConversationResult(Conversations& conversations)>;
+  bool Converse(const Conversation& conversation);
+  void FollowRunning(bool running);
+  [[nodiscard]] bool IsRunning() const { return conversations != nullptr && conversations->IsRunning(); }
+  void ConverseAbout(const Text& file);
   void ShowChartPane(bool shown);
 
   MainWindow& window;
@@ -109,6 +117,9 @@ class MainWindow::Parts {
   QLabel* selection_text = nullptr;
   QLabel* saved_text = nullptr;
   QPushButton* give_up = nullptr;
+  const ConversationMeans* means = nullptr;
+  std::unique_ptr<Conversations> conversations;  // over the open book
+  bool wants_to_close = false;
   BookReader* reader = nullptr;     // the pane owns it
   std::set<Integer> chosen_fields;  // of the chart, by position; empty: that of the current column
   ChartChoice shown_chart;
@@ -119,8 +130,9 @@ class MainWindow::Parts {
   void BuildStatus();
 };
 
-MainWindow::Parts::Parts(MainWindow& main, HostApp& host, DesktopSettings& remembered, LocaleStyle locale_style)
-    : window(main), app(host), settings(remembered), style(std::move(locale_style)) {
+MainWindow::Parts::Parts(MainWindow& main, HostApp& host, DesktopSettings& remembered, LocaleStyle locale_style,
+                         const ConversationMeans* conversation_means)
+    : window(main), app(host), settings(remembered), style(std::move(locale_style)), means(conversation_means) {
   menus = BuildMenus(window, Acts());
   QObject::connect(menus.recent, &QMenu::aboutToShow, &window, [this] { FillRecent(); });
   QObject::connect(menus.fields_of_chart, &QMenu::aboutToShow, &window, [this] { FillFieldsOfChart(); });
@@ -164,6 +176,17 @@ MenuActs MainWindow::Parts::Acts() {
   acts.move_account = [this](int rows) { accounts->Move(rows); };
   acts.today = [this] { figures->GoToDate(std::floor(Now())); };
   acts.go_to_date = [this] { AskForDate(); };
+  if (means != nullptr) {
+    acts.definitions = [this] { Converse([](Conversations& run) { return run.Definitions(); }); };
+    acts.import_csv = [this] { Converse([](Conversations& run) { return run.ImportCsv(); }); };
+    acts.import_delimited = [this] { Converse([](Conversations& run) { return run.ImportDelimited(); }); };
+    const auto export_by = [this](ConversationResult (Conversations::*export_it)(Date&)) {
+      Date date = figures->Table().Choice().date;
+      Converse([&](Conversations& run) { return (run.*export_it)(date); });
+    };
+    acts.export_file = [export_by] { export_by(&Conversations::ExportQdx); };
+    acts.export_table = [export_by] { export_by(&Conversations::ExportTable); };
+  }
   acts.keys = [this] { ShowKeys(&window); };
   acts.about = [this] { ShowAbout(&window); };
   return acts;
@@ -250,6 +273,11 @@ void MainWindow::Parts::ShowBook(std::unique_ptr<BookReader> opened) {
   accounts->Show(reader->Description().accounts);
   chart->setVisible(look.chart);
   pages->setCurrentWidget(across);
+  if (means != nullptr) {
+    conversations = std::make_unique<Conversations>(*means, path, window);
+    conversations->SetChangeListener([this] { figures->LookAgain(); });
+    conversations->SetRunningListener([this](bool running) { FollowRunning(running); });
+  }
   const QList<QByteArray> sizes = QByteArray::fromStdString(look.sizes).split(' ');
   const int unit = window.fontMetrics().height();
   if (sizes.size() != 2 || !across->restoreState(QByteArray::fromHex(sizes[0])) ||
@@ -303,6 +331,7 @@ bool MainWindow::Parts::Leave() {
     if (box.clickedButton() == stay) return false;
   }
   KeepLook();
+  conversations.reset();
   figures->CloseBook();
   reader = nullptr;
   path.clear();
@@ -348,7 +377,14 @@ void MainWindow::Parts::FollowState() {
     menu->menuAction()->setEnabled(has_book);
     for (QAction* action : menu->actions()) action->setEnabled(has_book);
   }
-  for (QAction* action : {menus.journal, menus.close_book}) action->setEnabled(has_book);
+  for (QAction* action : {menus.journal, menus.close_book}) action->setEnabled(has_book && !IsRunning());
+  for (QAction* action : menus.leave_book) action->setEnabled(!IsRunning());
+  for (QAction* action : {menus.paste, menus.clear}) action->setEnabled(has_book && !IsRunning());
+  if (menus.exchange != nullptr) {
+    const bool can_begin = has_book && !IsRunning() && !figures->Waits();
+    menus.exchange->menuAction()->setEnabled(can_begin);
+    for (QAction* action : menus.exchange->actions()) action->setEnabled(can_begin);
+  }
   menus.undo->setEnabled(figures->CanUndo());
   const QString undone = figures->NextUndo();
   menus.undo->setText(undone.isEmpty() ? QString("&Undo") : QString("&Undo %1").arg(Plain(undone)));
@@ -436,9 +472,43 @@ void MainWindow::Parts::AskForDate() {
 }
 
 void MainWindow::Parts::Journal() {
-  JournalWindow journal(&window, *reader, style, {});
+  JournalWindow::Undo undo;
+  if (conversations != nullptr) {
+    undo = [this](const engine::JournalEntry& entry) {
+      return Converse([&](Conversations& run) { return run.Undo(entry.id); });
+    };
+  }
+  JournalWindow journal(&window, *reader, style, undo);
   journal.exec();
   figures->LookAgain();
+}
+
+// --- Data exchange ---------------------------------------------------------------------------------------------------
+
+bool MainWindow::Parts::Converse(const Conversation& conversation) {
+  if (conversations == nullptr || IsRunning()) return false;
+  const ConversationResult result = conversation(*conversations);
+  figures->LookAgain();
+  return result.ChangedFigures();
+}
+
+// Nothing else writes while a conversation works on the book, and the book stays the one it is.
+void MainWindow::Parts::FollowRunning(bool running) {
+  figures->SetWritable(!running);
+  FollowState();
+  if (running || !std::exchange(wants_to_close, false)) return;
+  if (app.Finished()) QTimer::singleShot(0, &window, [this] { window.close(); });
+}
+
+void MainWindow::Parts::ConverseAbout(const Text& file) {
+  const Text ending = FromQt(ToQt(fs::path(file).extension().string()).toLower());
+  if (ending == ".qdx") {
+    Converse([&](Conversations& run) { return run.Definitions(file); });
+  } else if (ending == ".csv") {
+    Converse([&](Conversations& run) { return run.ImportCsv(file); });
+  } else {
+    Converse([&](Conversations& run) { return run.ImportDelimited(file); });
+  }
 }
 
 void MainWindow::Parts::Settings() {
@@ -462,8 +532,9 @@ void MainWindow::Parts::MovePane(int steps) {
 
 // --- The window ------------------------------------------------------------------------------------------------------
 
-MainWindow::MainWindow(HostApp& app, DesktopSettings& settings, const LocaleStyle& style)
-    : parts_(std::make_unique<Parts>(*this, app, settings, style)) {
+MainWindow::MainWindow(HostApp& app, DesktopSettings& settings, const LocaleStyle& style,
+                       const ConversationMeans* means)
+    : parts_(std::make_unique<Parts>(*this, app, settings, style, means)) {
   setAcceptDrops(true);
   const int unit = fontMetrics().height();
   resize(unit * 78, unit * 44);
@@ -473,11 +544,12 @@ MainWindow::MainWindow(HostApp& app, DesktopSettings& settings, const LocaleStyl
 MainWindow::~MainWindow() = default;
 
 bool MainWindow::OpenBook(const Text& path) {
+  if (parts_->IsRunning()) return false;
   return parts_->Open(path);
 }
 
 bool MainWindow::CloseBook() {
-  if (!parts_->Leave()) return false;
+  if (parts_->IsRunning() || !parts_->Leave()) return false;
   parts_->ShowStart();
   return true;
 }
@@ -503,7 +575,18 @@ void MainWindow::OpenExample() {
 }
 
 void MainWindow::OpenFile(const Text& path) {
-  OpenBook(path);
+  const QString ending = ToQt(fs::path(path).extension().string()).toLower();
+  const bool begins_conversation = ending == ".qdx" || ending == ".csv" || ending == ".txt";
+  if (!begins_conversation || parts_->means == nullptr) {
+    OpenBook(path);
+    return;
+  }
+  const std::vector<Text> recent = parts_->settings.RecentBooks();
+  if (BookPath().empty() && recent.empty()) {
+    return Tell(QString("Open the book first that %1 is to go into.").arg(FileNameOf(path)));
+  }
+  if (BookPath().empty() && !OpenBook(recent.front())) return;
+  parts_->ConverseAbout(path);
 }
 
 void MainWindow::Tell(const QString& words) {
@@ -525,6 +608,12 @@ ChartView& MainWindow::Chart() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+  if (parts_->IsRunning()) {
+    event->ignore();
+    parts_->wants_to_close = true;
+    parts_->conversations->AskToEnd();
+    return;
+  }
   if (!parts_->Leave()) return event->ignore();
   parts_->settings.SetValue("Geometry", saveGeometry().toHex().toStdString());
   event->accept();
@@ -537,7 +626,9 @@ void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
 
 void MainWindow::dropEvent(QDropEvent* event) {
   event->acceptProposedAction();
-  OpenFile(FromQt(event->mimeData()->urls().front().toLocalFile()));
+  // Behind the drop: the program that the file came from waits for its end.
+  const Text path = FromQt(event->mimeData()->urls().front().toLocalFile());
+  QTimer::singleShot(0, this, [this, path] { OpenFile(path); });
 }
 
 }  // namespace tallybook::desktop

@@ -15,11 +15,15 @@ namespace tallybook::desktop {
 
 class AccountPane;
 class ChartView;
+struct ConversationMeans;
 class FigurePane;
 
 class MainWindow final : public QMainWindow {
  public:
-  MainWindow(HostApp& app, DesktopSettings& settings, const LocaleStyle& style);
+  // What conversations need; with none of it the menu of data exchange is left out, and so is undo from the journal. All
+  // of it outlives the window.
+  MainWindow(HostApp& app, DesktopSettings& settings, const LocaleStyle& style,
+             const ConversationMeans* means = nullptr);
   ~MainWindow() override;
 
   // Opens a book and shows it as it was looked at last. False where it cannot be opened, which is told; what was open
@@ -31,7 +35,8 @@ class MainWindow final : public QMainWindow {
   [[nodiscard]] Text BookPath() const;
   // Makes the two books of the example in a folder of the user's, where they are not there yet, and opens the shop's.
   void OpenExample();
-  // What was dropped on the window, or named when the program was started.
+  // What was dropped on the window, or named when the program was started: a book is opened; an exchange file shows the
+  // list of definitions, and a text file its prompt, over the open book, or else the one that was open last.
   void OpenFile(const Text& path);
 
   // Tells what the user must know, in a window with a title.

@@ -1,13 +1,13 @@
 // The application `tallybook-desktop [FILE]`.
 #include <QtCore/QCommandLineParser>
+#include <QtCore/QTimer>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QMessageBox>
 
-#include "base/Failure.h"
-#include "platform/Platform.h"
-#include "platform/posix/PosixPlatform.h"
-#include "tallybook/application/ReferenceApp.h"
 #include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/host/Conversations.h"
+#include "tallybook/desktop/host/DesktopApp.h"
+#include "tallybook/desktop/host/DesktopFactory.h"
+#include "tallybook/desktop/host/QtPlatform.h"
 #include "tallybook/desktop/window/DesktopSettings.h"
 #include "tallybook/desktop/window/MainWindow.h"
 
@@ -20,15 +20,22 @@ int Run(QApplication& application) {
   parser.setApplicationDescription("Keeps operating figures per account, field and date.");
   parser.addHelpOption();
   parser.addVersionOption();
-  parser.addPositionalArgument("FILE", "A book to open", "[FILE]");
+  parser.addPositionalArgument("FILE", "A book to open, or a file to import", "[FILE]");
   parser.process(application);
-  InstallPlatform(PosixPlatform("Tallybook"));
-  application::ReferenceApp app;
+  QtPlatform platform;
+  DesktopApp app;
+  DesktopFactory factory(platform.Handles(), platform.Progress());
+  const ConversationMeans means{.platform = platform, .app = app, .factory = factory};
+  platform.SetApp(&app);
   DesktopSettings settings(DesktopSettingsPath());
-  MainWindow window(app, settings, SystemStyle());
+  MainWindow window(app, settings, SystemStyle(), &means);
+  platform.SetMainWindow(&window);
   window.show();
-  if (!parser.positionalArguments().isEmpty()) window.OpenFile(FromQt(parser.positionalArguments().front()));
-  return QApplication::exec();
+  const QStringList files = parser.positionalArguments();
+  if (!files.isEmpty()) QTimer::singleShot(0, &window, [&] { window.OpenFile(FromQt(files.front())); });
+  const int status = QApplication::exec();
+  platform.SetMainWindow(nullptr);
+  return status;
 }
 
 }  // namespace
