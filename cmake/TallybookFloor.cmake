@@ -43,6 +43,14 @@ function(tallybook_floor name)
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
 endfunction()
 
+# For the folders that follow in this list: they move no figures by the million, and optimising the sanitizers' checks in
+# them takes longer than the tests gain.
+macro(tallybook_compile_fast_under_sanitizers)
+  if(TALLYBOOK_SANITIZE)
+    add_compile_options(-O0)
+  endif()
+endmacro()
+
 # Modules lie in one folder, where every program of the build looks for them.
 set(TALLYBOOK_MODULES ${PROJECT_BINARY_DIR}/modules)
 set(CMAKE_BUILD_RPATH ${TALLYBOOK_MODULES})
