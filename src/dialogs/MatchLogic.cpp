@@ -151,7 +151,7 @@ std::optional<Long> RowAfterScroll(const MatchView& view, Long top_row) {
   const Long last = std::max(top_row + view.whole_rows - 1, top_row + 1);
   if (view.row < top_row) return top_row;
   if (view.row < last) return std::nullopt;
-  return std::min(last - 1, view.rows - 1);
+  return last - 1;
 }
 
 // --- Rows and columns ------------------------------------------------------------------------------------------------

@@ -255,6 +255,15 @@ TEST_F(MatchGridsTest, ARowWhoseValueIsNotInTheListIsNotSentWhereNothingIsSelect
   EXPECT_EQ(grids().Match(kAccounts, 1), 0);
 }
 
+TEST_F(MatchGridsTest, WhatIsSelectedForARowThatIsEnteredIsNoChange) {
+  editor_->LoadMatches({{kAccounts, 1, 999}, {kAccounts, 2, 102}});
+  list(kAccounts).SetListIndex(kNoEntry);
+  editor_->GoTo(kAccounts);
+  Press(kDownKey);
+  EXPECT_EQ(list(kAccounts).ItemData(list(kAccounts).ListIndex()), 102);
+  EXPECT_FALSE(cancel_enabled());
+}
+
 TEST_F(MatchGridsTest, NothingAnswersWhileTheEditorLoads) {
   Open(kAccounts, {{kAccounts, 1, 102}});
   grids().BeginLoad();
@@ -451,6 +460,15 @@ TEST_F(MatchGridsTest, OnAFileOfOneRowAWrapRaisesNeitherLeavingNorEntering) {
   EXPECT_EQ(grids().Match(kAccounts, 1), 102) << "what was chosen is stored all the same";
   EXPECT_TRUE(cancel_enabled());
   EXPECT_THAT(told_, IsEmpty());
+}
+
+TEST_F(MatchGridsTest, OnAFileOfOneRowAStarForWhatIsMatchedAlreadyIsNoChange) {
+  *editor_->header = HeaderRecord();
+  editor_->AddFileAccount("200", "Dairy");
+  Open(kAccounts, {{kAccounts, 1, 102}});
+  Type("*");
+  EXPECT_EQ(grids().Match(kAccounts, 1), 102);
+  EXPECT_FALSE(cancel_enabled());
 }
 
 TEST_F(MatchGridsTest, HomeGoesToTheFirstRowInEveryShiftStateAndWithTheListOpen) {
