@@ -47,6 +47,7 @@ FormWindow::FormWindow(Form& form, const views::FormView& view, Handles& handles
       form_(form),
       handles_(handles) {
   setObjectName(ToQt(form.Name()));
+  setAttribute(Qt::WA_KeyboardFocusChange);  // where the keys go is always seen
   setFont(FontOf(form.FontName(), form.FontSize()));
   setEnabled(form.Enabled());
   made_ = std::make_unique<LaidOut>(ViewLayout(form, *this).Build(view));
@@ -159,7 +160,9 @@ void FormWindow::ReportPlaces() {
 
 bool FormWindow::event(QEvent* event) {
   if (detached_ || made_ == nullptr) return QWidget::event(event);
-  if (event->type() == QEvent::KeyPress && TakeKey(ToKeyPress(static_cast<QKeyEvent&>(*event)))) return true;
+  // A key that its widget has not taken comes here as well; the form has had it by then.
+  const bool is_new = event->type() == QEvent::KeyPress && !binders_.contains(QWidget::focusWidget());
+  if (is_new && TakeKey(ToKeyPress(static_cast<QKeyEvent&>(*event)))) return true;
   const bool handled = QWidget::event(event);
   switch (event->type()) {
     case QEvent::LayoutRequest:
@@ -198,6 +201,12 @@ void FormWindow::TakeFirstFocus() {
   } else if (QWidget* const widget = WidgetOf(*active)) {
     widget->setFocus(Qt::OtherFocusReason);
   }
+  SelectText();
+}
+
+// What stands in a box that is come to by keyboard, or with the window, is replaced by what is typed.
+void FormWindow::SelectText() {
+  if (auto* const edit = qobject_cast<QLineEdit*>(focusWidget())) edit->selectAll();
 }
 
 // Showing has told the form already, and coming back from another program is no act in this one.
@@ -233,6 +242,8 @@ void FormWindow::TickTimers() {
 bool FormWindow::eventFilter(QObject* object, QEvent* event) {
   ControlBinder* const binder = detached_ ? nullptr : binders_.value(object);
   if (binder == nullptr) return QWidget::eventFilter(object, event);
+  // What stands around a control gets the keys that the control has left, a shift key that goes down first of all.
+  if (!binder->Bound().TakesFocus()) return false;
   if (event->type() == QEvent::FocusIn) TakeFocus(*binder);
   if (event->type() != QEvent::KeyPress) return false;
   TakeFocus(*binder);
@@ -284,9 +295,7 @@ bool FormWindow::TakeTab(bool backwards) {
   if (binder != nullptr && binder->TabWithin(backwards)) return true;
   const QWidget* const before = focusWidget();
   CarryOut([&] { form_.UserKey(kTabKey, backwards ? kShiftState : Integer{0}); });
-  // What stands in a box that the Tab key comes to is replaced by what is typed.
-  auto* const edit = qobject_cast<QLineEdit*>(focusWidget());
-  if (edit != nullptr && edit != before) edit->selectAll();
+  if (focusWidget() != before) SelectText();
   return true;
 }
 

@@ -65,6 +65,7 @@ class FormWindow : public QWidget {
   void MeasureGrids();
   void Activated();
   void TakeFirstFocus();
+  void SelectText();
   void TickTimers();
 
   void TakeFocus(ControlBinder& binder);

@@ -16,7 +16,7 @@ TabStripBinder::TabStripBinder(TabStrip& strip, QWidget& parent)
   // The form may refuse the page; then the bar goes back.
   QObject::connect(&bar_, &QTabBar::currentChanged, &Receiver(), [this](int index) {
     if (IsFollowing()) return;
-    User([&] { strip_.UserChoose(static_cast<Integer>(index + 1)); });
+    User([&] { Choose(index + 1); });
     Follow({});
   });
 }
@@ -29,7 +29,17 @@ void TabStripBinder::Turn(bool backwards) {
   const auto count = static_cast<int>(strip_.Tabs().size());
   if (count == 0) return;
   const int next = (strip_.Selected() - 1 + (backwards ? count - 1 : 1)) % count + 1;
-  CarryOut([&] { strip_.UserChoose(static_cast<Integer>(next)); });
+  CarryOut([&] { Choose(next); });
+}
+
+// Whoever turns to a page has the tabs in hand, however he does it, and goes on from there; a form counts on that. Where
+// the page is refused he stays where he was.
+void TabStripBinder::Choose(int tab) {
+  Control* const before = strip_.Parent().ActiveControl();
+  const Integer shown = strip_.Selected();
+  strip_.UserFocus();
+  strip_.UserChoose(static_cast<Integer>(tab));
+  if (strip_.Selected() == shown && before != nullptr) before->UserFocus();
 }
 
 void TabStripBinder::Follow(const Change& /*change*/) {

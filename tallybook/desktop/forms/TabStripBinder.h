@@ -23,6 +23,8 @@ class TabStripBinder : public ControlBinder {
   [[nodiscard]] QString AccessibleName() const override;
 
  private:
+  void Choose(int tab);
+
   TabStrip& strip_;
   QTabBar& bar_;
 };

@@ -135,8 +135,10 @@ void FindSameMnemonics(const std::vector<const QWidget*>& shown, const Allowed& 
       for (const QAction* const menu : bar->actions()) note(menu->text());
   }
   for (const auto& [letter, texts] : bearers) {
-    const bool is_allowed = std::ranges::find(allowed.same_mnemonics, letter) != allowed.same_mnemonics.end();
-    if (texts.size() < 2 || is_allowed) continue;
+    const bool are_stated = std::ranges::all_of(texts, [&](const std::string& text) {
+      return std::ranges::find(allowed.same_mnemonics, text) != allowed.same_mnemonics.end();
+    });
+    if (texts.size() < 2 || are_stated) continue;
     std::string fault = "the mnemonic " + letter + " is that of";
     for (const std::string& text : texts) fault += " \"" + text + "\"";
     faults.push_back(fault);

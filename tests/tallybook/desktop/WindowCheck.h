@@ -3,7 +3,7 @@
 // mnemonics are the same. Each fault is a sentence; none is found in a good window.
 //
 //   EXPECT_THAT(FaultsOf(window), IsEmpty());
-//   EXPECT_THAT(FaultsOf(window, {.same_mnemonics = {"i"}}), IsEmpty());       // stated captions that collide
+//   EXPECT_THAT(FaultsOf(window, {.same_mnemonics = {"&Import", "&In"}}), IsEmpty());  // stated captions that collide
 #pragma once
 
 #include <string>
@@ -14,7 +14,8 @@ class QWidget;
 namespace tallybook::desktop::testing {
 
 struct Allowed {
-  // Letters that stated captions share: pressing one again and again goes round them.
+  // Captions that are stated and share letters: pressing one again and again goes round them. Any other caption with such
+  // a letter is a fault.
   std::vector<std::string> same_mnemonics = {};
   // Object names of widgets that are laid over others on purpose.
   std::vector<std::string> floating = {};

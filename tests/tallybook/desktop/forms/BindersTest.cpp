@@ -37,6 +37,31 @@ class BindersTest : public FormsFixture {
   Form form_{"frmTest"};
 };
 
+class FirstKeyTest : public BindersTest {
+ protected:
+  FirstKeyTest() {
+    Describe(Fields({Shown({"Text1"}), Shown({"Check1"})}));
+    text_.SetText("Export.QDX");
+    Show(form_);
+  }
+
+  TextBox text_{form_, "Text1"};
+  CheckBox check_{form_, "Check1"};
+};
+
+TEST_F(FirstKeyTest, TheFormHearsOnceOfAKeyThatNothingTakes) {
+  int heard = 0;
+  check_.KeyDown.Connect([&](Integer& /*key*/, Integer /*shift*/) { ++heard; });
+  check_.SetFocus();
+  Press(Qt::Key_F5);
+  EXPECT_EQ(heard, 1);
+}
+
+TEST_F(FirstKeyTest, WhatIsTypedReplacesWhatStandsInTheBoxThatTheWindowBeginsWith) {
+  Type("a");
+  EXPECT_EQ(text_.Text(), "a");
+}
+
 // --- Text box --------------------------------------------------------------------------------------------------------
 
 class TextBoxBinderTest : public BindersTest {

@@ -37,6 +37,10 @@ using tallybook::testing::TempFolder;
 using tallybook::testing::TestReport;
 using ::testing::IsEmpty;
 
+// Captions of the print dialog that are stated and share letters.
+const std::vector<std::string> kPrintCaptions = {"&Half Year", "&Help",          "&Custom Range",
+                                                 "&Cancel",    "Range &Ending:", "&Export Data"};
+
 class DialogWindowsTest : public FormsFixture {
  protected:
   DialogWindowsTest() { ResetSharedHeader(); }
@@ -102,8 +106,7 @@ TEST_F(DialogWindowsTest, ImportConfirmation) {
   form.Text2.SetText("/home/sam/books/SOUTH.QDX");
   form.QDXGrid.SetCell(1, 1, "South Shop");
   form.QDXGrid.SetCell(2, 1, "2004-02-03 14:05:09");
-  // "&Imported information will be: " and "&Import".
-  Check(form, "dlgQDXImp", {.same_mnemonics = {"i"}});
+  Check(form, "dlgQDXImp", {.same_mnemonics = {"&Imported information will be:", "&Import"}});
 }
 
 TEST_F(DialogWindowsTest, ExportOptions) {
@@ -137,8 +140,7 @@ TEST_F(DialogWindowsTest, PrintDialog) {
   for (Integer length = 1; length <= 8; ++length) {
     if (!form.optLength(length).Enabled()) continue;
     form.optLength.SetValue(length, true);
-    Check(form, "dlgRepPrint-" + std::to_string(length),
-          {.same_mnemonics = {"c", "h", "y", "l", "a", "e", "d", "m", "q", "w", "t"}});
+    Check(form, "dlgRepPrint-" + std::to_string(length), {.same_mnemonics = kPrintCaptions});
   }
 }
 
@@ -147,7 +149,7 @@ TEST_F(DialogWindowsTest, PrintDialogOfAStyledReport) {
   report.type = kStyledReport;
   dlgRepPrint form(host->factory);
   form.SetFields(report, "Sales by Account", "Print", 11000);
-  Check(form, "dlgRepPrint-styles", {.same_mnemonics = {"w", "o", "c", "h"}});
+  Check(form, "dlgRepPrint-styles", {.same_mnemonics = kPrintCaptions});
 }
 
 // The editor over a definition of a file with three accounts and three datafields, and of a book with twenty.
@@ -205,6 +207,29 @@ TEST_F(EditorWindowTest, FieldsPage) {
   Check(editor_, "frmDataExc-fields", {.floating = {"cboGridList2", "Grid2"}});
 }
 
+TEST_F(EditorWindowTest, PagesThatAreTurnedByKeyboardHaveTheirListInHand) {
+  Show(editor_);
+  Press(Qt::Key_PageDown, Qt::ControlModifier);
+  for (int turn = 0; turn < 3; ++turn) Run();
+  EXPECT_TRUE(editor_.Grids().ListOf(MatchPage::kAccounts).HasFocus());
+  Press(Qt::Key_Asterisk, Qt::ShiftModifier);
+  Press(Qt::Key_PageDown, Qt::ControlModifier);
+  for (int turn = 0; turn < 3; ++turn) Run();
+  EXPECT_TRUE(editor_.Grids().ListOf(MatchPage::kFields).HasFocus());
+  Press(Qt::Key_F, Qt::AltModifier);
+  Press(Qt::Key_A, Qt::AltModifier);
+  for (int turn = 0; turn < 3; ++turn) Run();
+  EXPECT_EQ(editor_.CurrentPage(), 1);
+  EXPECT_TRUE(editor_.Grids().ListOf(MatchPage::kAccounts).HasFocus());
+}
+
+TEST_F(EditorWindowTest, AShiftKeyThatGoesDownBeforeASignLeavesTheListInHand) {
+  Show(editor_);
+  ChoosePage(2);
+  Press(Qt::Key_Shift);
+  EXPECT_TRUE(editor_.Grids().ListOf(MatchPage::kFields).HasFocus());
+}
+
 TEST_F(EditorWindowTest, TheListLiesOnTheCellThatItIsFor) {
   FormWindow& window = Show(editor_);
   ChoosePage(1);
@@ -256,6 +281,10 @@ TEST_F(EditorWindowTest, APageThatIsRefusedIsNotShown) {
   ChoosePage(1);
   EXPECT_EQ(editor_.CurrentPage(), 0);
   EXPECT_EQ(WidgetOf<QTabBar>(editor_.TabStrip1).currentIndex(), 0);
+  editor_.Text1.SetFocus();
+  Press(Qt::Key_PageDown, Qt::ControlModifier);
+  EXPECT_EQ(editor_.CurrentPage(), 0);
+  EXPECT_TRUE(editor_.Text1.HasFocus()) << "who is refused stays where he was";
 }
 
 }  // namespace
