@@ -10,6 +10,7 @@
 
 #include "base/Failure.h"
 #include "tallybook/engine/AccountSums.h"
+#include "tallybook/engine/BackupTables.h"
 #include "tallybook/engine/BookFile.h"
 #include "tallybook/engine/BookPlace.h"
 #include "tallybook/engine/Calendar.h"
@@ -38,7 +39,9 @@ class BookChecker {
   }
 
   BookCheckResult Check() {
-    for (const Text& trouble : NameTroubles(path_)) Find(FindingKind::kName, trouble);
+    const bool is_backup = IsBackup(Db());
+    if (is_backup) Try(FindingKind::kCompanions, [this] { static_cast<void>(LoadCompanions(Db())); });
+    if (!is_backup) FindNameTroubles();
     if (deep_) Try(FindingKind::kFile, [this] { CheckFile(); });
     ReadDescription();
     Try(FindingKind::kIndex, [this] { ReadIndex(); });
@@ -62,7 +65,8 @@ class BookChecker {
 
   // What a failure says, without the path and the word that it is damage.
   [[nodiscard]] Text Plain(Text what) const {
-    for (const Text& beginning : {file_.Path() + ": ", Text("the book is damaged: ")}) {
+    for (const Text& beginning :
+         {file_.Path() + ": ", Text("the book is damaged: "), Text("the backup is damaged: ")}) {
       if (what.starts_with(beginning)) what.erase(0, beginning.size());
     }
     return what;
@@ -87,6 +91,10 @@ class BookChecker {
     finding.first = dates_[first];
     finding.last = dates_[std::min(first + file_.RowsOfChunk(), dates_.size()) - 1];
     return finding;
+  }
+
+  void FindNameTroubles() {
+    for (const Text& trouble : NameTroubles(path_)) Find(FindingKind::kName, trouble);
   }
 
   void CheckFile() {
@@ -277,12 +285,25 @@ Text FindingKindName(FindingKind kind) {
       return "journal";
     case FindingKind::kImage:
       return "image";
+    case FindingKind::kCompanions:
+      return "companions";
   }
   return "";
 }
 
 BookCheckResult CheckBook(const Text& path, bool deep) {
   return BookChecker(ResolvedBookPath(path), deep).Check();
+}
+
+void RequireSound(const Text& path, const Text& shown) {
+  const bool deep = true;
+  std::vector<BookFinding> findings = CheckBook(path, deep).findings;
+  std::erase_if(findings, [](const BookFinding& finding) { return finding.kind == FindingKind::kName; });
+  if (findings.empty()) return;
+  throw Failure(FailureNumber::kDeviceError,
+                shown + ": the book is damaged: " + findings.front().what +
+                    (findings.size() == 1 ? "" : ", and " + std::to_string(findings.size() - 1) + " findings more"),
+                "Tallybook.Book");
 }
 
 }  // namespace tallybook::engine

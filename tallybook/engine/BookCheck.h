@@ -7,9 +7,10 @@
 
 namespace tallybook::engine {
 
-enum class FindingKind { kName, kFile, kDescription, kSums, kIndex, kChunk, kJournal, kImage };
+enum class FindingKind { kName, kFile, kDescription, kSums, kIndex, kChunk, kJournal, kImage, kCompanions };
 
-// The word for a kind: "name", "file", "description", "sums", "index", "chunk", "journal", "image".
+// The word for a kind: "name", "file", "description", "sums", "index", "chunk", "journal", "image",
+// "companions".
 [[nodiscard]] Text FindingKindName(FindingKind kind);
 
 struct BookFinding {
@@ -34,6 +35,13 @@ struct BookCheckResult {
 // chunk, what the index shows against what was written, and the journal. A book of format 1 has no checksums, and is read for what can be read of it.
 //   deep    SQLite's own check of the whole file as well, and every image is read as figures
 //   fails   as Book::Open where the file cannot be opened as a book at all
+// Takes a backup as well, whose companion files are looked at too, and whose name is nobody's business.
 [[nodiscard]] BookCheckResult CheckBook(const Text& path, bool deep);
+
+// Looks as deep as that goes, and fails with 57 where anything is damaged; names are nobody's business here.
+void RequireSound(const Text& path, const Text& shown);
+inline void RequireSound(const Text& path) {
+  RequireSound(path, path);
+}
 
 }  // namespace tallybook::engine

@@ -3,13 +3,21 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <set>
+#include <sstream>
 #include <string_view>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
+#include <utility>
 
 #include "base/Failure.h"
+#include "platform/posix/SystemError.h"
 #include "tallybook/engine/BookPlace.h"
+#include "tallybook/files/FileNames.h"
 
 namespace tallybook::engine {
 
@@ -96,7 +104,96 @@ void MakeSettings(const Text& book, const Text& older, const Text& to) {
   });
 }
 
+Text ReadWhole(const Text& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream content;
+  if (file && file.peek() != std::ifstream::traits_type::eof()) content << file.rdbuf();
+  if (file.is_open() && !file.bad() && content) return std::move(content).str();
+  throw Failure(FailureNumber::kPermissionDenied, path + ": this companion file of the book cannot be read", kSource);
+}
+
+[[noreturn]] void FailPut(int error, const Text& path) {
+  throw Failure(FailureNumberOf(error),
+                path + ": this companion file of the book cannot be put in place: " + WordsOfError(error), kSource);
+}
+
+// Writes all of a new file, and hands it to the disk.
+void WriteNew(const Text& path, const Text& content, const struct stat& book) {
+  const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
+  if (file < 0) FailPut(errno, path);
+  int error = 0;
+  for (std::size_t done = 0; error == 0 && done < content.size();) {
+    const ssize_t count = ::write(file, content.data() + done, content.size() - done);
+    if (count >= 0) done += static_cast<std::size_t>(count);
+    if (count < 0 && errno != EINTR) error = errno;
+  }
+  // By root alone: others' files belong to them already.
+  if (::geteuid() == 0) (void)!::fchown(file, book.st_uid, book.st_gid);
+  if (error == 0 && (::fchmod(file, book.st_mode & 0666U) != 0 || ::fsync(file) != 0)) error = errno;
+  if (::close(file) != 0 && error == 0) error = errno;
+  if (error != 0) FailPut(error, path);
+}
+
+void PutOne(const Text& path, const Text& content, const struct stat& book) {
+  const Text place = ResolvedBookPath(path);
+  if (Exists(place) && ReadWhole(place) == content) return;
+  const Text work_path = place + "-new";
+  try {
+    WriteNew(work_path, content, book);
+    if (::rename(work_path.c_str(), place.c_str()) != 0) FailPut(errno, place);
+  } catch (...) {
+    ::unlink(work_path.c_str());
+    throw;
+  }
+}
+
 }  // namespace
+
+Text CompanionPath(const Text& folder, const Text& stem, const Text& name) {
+  return stem.empty() ? SettingsOf(folder, name) : folder + CompanionOf(stem, name);
+}
+
+std::vector<Text> CompanionPaths(const Text& folder, const Text& name) {
+  std::vector<Text> paths;
+  for (const Text& stem : StemsOf(folder, name)) paths.push_back(folder + CompanionOf(stem, name));
+  if (Exists(SettingsOf(folder, name))) paths.push_back(SettingsOf(folder, name));
+  return paths;
+}
+
+std::vector<Companion> ReadCompanions(const Text& folder, const Text& name) {
+  std::vector<Companion> companions;
+  for (const Text& stem : StemsOf(folder, name)) {
+    companions.push_back({stem, ReadWhole(folder + CompanionOf(stem, name))});
+  }
+  if (Exists(SettingsOf(folder, name))) companions.push_back({"", ReadWhole(SettingsOf(folder, name))});
+  return companions;
+}
+
+void RefuseStrayCompanions(const Text& path) {
+  const std::vector<Text> companions = CompanionPaths(BookFolder(path), BookName(path));
+  if (companions.empty()) return;
+  throw Failure(
+      FailureNumber::kPathOrAccess,
+      path + ": there is no book, but " + companions.front() + ", which would belong to it; move that away first",
+      kSource);
+}
+
+void PutCompanions(const Text& path, const std::vector<Companion>& companions) {
+  const Text folder = BookFolder(path);
+  const Text name = BookName(path);
+  struct stat book {};
+  if (::stat(path.c_str(), &book) != 0) FailPut(errno, path);
+  std::set<Text> kept;
+  for (const Companion& companion : companions) {
+    const Text place = CompanionPath(folder, companion.stem, name);
+    PutOne(place, companion.content, book);
+    kept.insert(place);
+  }
+  for (const Text& there : CompanionPaths(folder, name)) {
+    if (!kept.contains(there) && ::unlink(there.c_str()) != 0) FailPut(errno, there);
+  }
+  files::StoreFolder(folder);
+}
 
 bool HasTakenItsName(const Text& path) {
   return BookName(path) == OlderBookName(path) || Exists(SettingsOf(BookFolder(path), BookName(path)));

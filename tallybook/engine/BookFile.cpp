@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "tallybook/engine/BackupTables.h"
+#include "tallybook/engine/BookCompanions.h"
 #include "tallybook/engine/BookUpgrade.h"
 #include "tallybook/engine/DescriptionTables.h"
 #include "tallybook/engine/PrivateCopy.h"
@@ -17,17 +19,20 @@ constexpr const char* kSource = "Tallybook.Book";
 }  // namespace
 
 BookFile BookFile::Create(const Text& path, const BookDescription& description) {
-  return {path, description};
+  BookDescription without_values = description;
+  without_values.values.clear();
+  return Create(path, WithFirstSlots(std::move(without_values), ChooseRowsOfChunk(description)));
 }
 
-BookFile::BookFile(const Text& path, const BookDescription& description) : path_(path), read_only_(false) {
+BookFile BookFile::Create(const Text& path, const StoredDescription& stored) {
+  return {path, std::make_shared<const StoredDescription>(stored)};
+}
+
+BookFile::BookFile(const Text& path, std::shared_ptr<const StoredDescription> stored)
+    : path_(path), read_only_(false), stored_(std::move(stored)) {
   hold_ = std::make_unique<BookHold>(path, BookHold::Purpose::kChange);
   hold_->TakeRightToWrite(0);
   database_ = std::make_unique<Database>(path, Database::Mode::kReadWrite);
-  BookDescription without_values = description;
-  without_values.values.clear();
-  stored_ =
-      std::make_shared<StoredDescription>(WithFirstSlots(std::move(without_values), ChooseRowsOfChunk(description)));
   Database& database = *database_;
   SetPageSize(database);
   database.Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
@@ -40,6 +45,7 @@ BookFile::BookFile(const Text& path, const BookDescription& description) : path_
 BookFile::BookFile(const Text& path, bool read_only, double wait_seconds) : path_(path), read_only_(read_only) {
   if (read_only_) {
     OpenToLook();
+    LetRestoringFinish();
     // One long read transaction: whatever a writer commits meanwhile, this book stays one consistent state.
     database_->BeginReading();
   } else {
@@ -59,10 +65,10 @@ BookFile BookFile::OpenToCheck(const Text& path) {
   return BookFile(path);
 }
 
-BookFile::BookFile(const Text& path) : path_(path), read_only_(true) {
+BookFile::BookFile(const Text& path) : path_(path), read_only_(true), also_backups_(true) {
   OpenToLook();
   database_->BeginReading();
-  format_ = FormatOf(*database_);
+  format_ = FormatOf(*database_, also_backups_);
   try {
     LoadDescription();
   } catch (const Failure& failure) {
@@ -86,6 +92,13 @@ bool BookFile::BringUpToDate() {
   return true;
 }
 
+// The log that this fills goes back into the file at once, so that the room is given back where nobody else reads.
+void BookFile::Compact() {
+  CheckInPlace();
+  database_->EndReading();
+  database_->Execute("VACUUM; PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
 void BookFile::OpenToChange(double wait_seconds) {
   hold_ = std::make_unique<BookHold>(path_, BookHold::Purpose::kChange);
   hold_->TakeRightToWrite(wait_seconds);
@@ -95,6 +108,7 @@ void BookFile::OpenToChange(double wait_seconds) {
   CheckInPlace();
   hold_->TakeOlderRight();
   database_->SetGuard([hold = hold_.get()] { hold->CheckInPlace(); });
+  FinishRestoring();
 }
 
 // Who may write the book and what stands beside it shares the log with writers, and puts a log that a killed writer left
@@ -149,7 +163,38 @@ void BookFile::CheckInPlace() const {
 
 // A file that is no book gets no companions.
 void BookFile::CheckIsBook() {
-  static_cast<void>(FormatOf(*database_));
+  static_cast<void>(FormatOf(*database_, also_backups_));
+}
+
+// A book that a restore has put in place holds its companion files until they are in place as well.
+bool BookFile::LacksCompanions() {
+  return !IsBackup(*database_) && HasBackupTables(*database_);
+}
+
+void BookFile::FinishRestoring() {
+  if (!LacksCompanions()) return;
+  PutCompanions(path_, LoadCompanions(*database_));
+  Transaction transaction(*database_);
+  DropBackupTables(*database_);
+  transaction.Commit();
+}
+
+// What a killed restore has left to do, done by who may; a writer who has the book does it first of all.
+void BookFile::LetRestoringFinish() {
+  if (!LacksCompanions()) return;
+  database_.reset();
+  hold_.reset();
+  try {
+    const bool read_only = false;
+    constexpr double kWaitSeconds = 2;
+    const BookFile finished(path_, read_only, kWaitSeconds);
+  } catch (const Failure& failure) {
+    throw Failure(failure.Number(),
+                  path_ + ": this book is being restored, and its companion files are not in place yet (" +
+                      failure.Description() + ")",
+                  kSource);
+  }
+  OpenToLook();
 }
 
 }  // namespace tallybook::engine

@@ -21,6 +21,8 @@ class BookFile {
  public:
   // Makes a book with empty figures in a file that is new and empty. Takes the description as sound.
   static BookFile Create(const Text& path, const BookDescription& description);
+  // The same with what the description of another book's file has besides.
+  static BookFile Create(const Text& path, const StoredDescription& stored);
 
   // Opens a file; fails as Book::Open. A file that is open to read shows what was committed when it was opened. One to be
   // written that is in use elsewhere is waited for so many seconds at most.
@@ -28,6 +30,7 @@ class BookFile {
 
   // Opens a file to look for damage: a description that is damaged is no failure then, but told by DescriptionTrouble,
   // and empty.
+  // A backup is taken as well.
   static BookFile OpenToCheck(const Text& path);
   [[nodiscard]] const Text& DescriptionTrouble() const { return description_trouble_; }
 
@@ -43,12 +46,14 @@ class BookFile {
   // Due before the first write: brings a file of an older format to the present one (BookUpgrade.h) and says so by
   // `notice`. No statement may stand on a row. Gives whether that had to be done.
   bool BringUpToDate();
+  // As BookStorage::Compact, of a file that is open to be changed.
+  void Compact();
   void SetNotice(Notice notice) { notice_ = std::move(notice); }
   // How many records a chunk has; fixed when the book was made.
   [[nodiscard]] std::size_t RowsOfChunk() const { return stored_->rows_of_chunk; }
 
  private:
-  BookFile(const Text& path, const BookDescription& description);
+  BookFile(const Text& path, std::shared_ptr<const StoredDescription> stored);
   explicit BookFile(const Text& path);
 
   void LoadDescription();
@@ -59,6 +64,9 @@ class BookFile {
   void OpenCopy();
   void CheckInPlace() const;
   void CheckIsBook();
+  [[nodiscard]] bool LacksCompanions();
+  void FinishRestoring();
+  void LetRestoringFinish();
 
   Text path_;
   bool read_only_;
@@ -66,6 +74,7 @@ class BookFile {
   std::unique_ptr<Database> database_;
   std::shared_ptr<const StoredDescription> stored_ = std::make_shared<StoredDescription>();
   Long format_ = kBookFormat;
+  bool also_backups_ = false;
   Notice notice_;
   Text description_trouble_;
 };

@@ -63,7 +63,7 @@ void SetPageSize(Database& database) {
 }
 
 void CreateTables(Database& database) {
-  database.Execute(("PRAGMA application_id = " + std::to_string(kBookApplicationId)).c_str());
+  SetApplicationId(database, kBookApplicationId);
   database.Execute(("PRAGMA user_version = " + std::to_string(kBookFormat)).c_str());
   database.Execute(kSchema);
   CreateJournalTables(database);
@@ -73,9 +73,22 @@ void CreateJournalTables(Database& database) {
   database.Execute(kJournalSchema);
 }
 
-Long FormatOf(Database& database) {
+void SetApplicationId(Database& database, std::int64_t id) {
+  database.Execute(("PRAGMA application_id = " + std::to_string(id)).c_str());
+}
+
+bool IsBackup(Database& database) {
+  return database.Number("PRAGMA application_id") == kBackupApplicationId;
+}
+
+Long FormatOf(Database& database, bool also_backups) {
   constexpr const char* kSource = "Tallybook.Book";
-  if (database.Number("PRAGMA application_id") != kBookApplicationId) {
+  const bool is_backup = IsBackup(database);
+  if (is_backup && !also_backups) {
+    throw Failure(FailureNumber::kPathOrAccess,
+                  database.Path() + ": this file is the backup of a book; it has to be restored first", kSource);
+  }
+  if (!is_backup && database.Number("PRAGMA application_id") != kBookApplicationId) {
     throw Failure(FailureNumber::kPathOrAccess, database.Path() + ": this file is not a book", kSource);
   }
   const std::int64_t format = database.Number("PRAGMA user_version");

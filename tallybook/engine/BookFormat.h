@@ -12,6 +12,8 @@ namespace tallybook::engine {
 
 // The mark of a book among SQLite files ("Tbk1").
 inline constexpr std::int64_t kBookApplicationId = 0x54626B31;
+// The mark of a backup of one ("Tbkb"): a book with its companion files in two tables more (BackupTables.h).
+inline constexpr std::int64_t kBackupApplicationId = 0x54626B62;
 // The format that this engine writes, and the newest that it reads.
 inline constexpr Long kBookFormat = 3;
 
@@ -27,9 +29,14 @@ void CreateTables(Database& database);
 // The journal's tables alone.
 void CreateJournalTables(Database& database);
 
+// Marks a file as something else: a book as a backup, or a backup as a book.
+void SetApplicationId(Database& database, std::int64_t id);
+[[nodiscard]] bool IsBackup(Database& database);
+
 // The format of a file.
+//   also_backups  a backup has one, too
 //   fails   75 for a file that is no book, 73 for a format newer than ours, 57 for a number that no format has
-[[nodiscard]] Long FormatOf(Database& database);
+[[nodiscard]] Long FormatOf(Database& database, bool also_backups = false);
 
 // How many records a chunk of a new book has: as many as fill a page or a part of one, at least one.
 [[nodiscard]] std::size_t ChooseRowsOfChunk(const BookDescription& description);

@@ -163,7 +163,7 @@ bool IsUsable(const Text& path) {
 
 BookHold::BookHold(Text path, Purpose purpose) : path_(std::move(path)) {
   CheckIsBookFile(path_);
-  may_write_ = purpose == Purpose::kChange || Allows(path_, R_OK | W_OK);
+  may_write_ = purpose == Purpose::kChange || (purpose == Purpose::kLook && Allows(path_, R_OK | W_OK));
   descriptor_ = TheKeptFiles().Enter(path_, may_write_, opened_);
   // More than the rights of a file can be against writing it; a look goes on without.
   if (descriptor_ < 0 && may_write_ && purpose == Purpose::kLook) {
@@ -179,6 +179,7 @@ BookHold::BookHold(Text path, Purpose purpose) : path_(std::move(path)) {
 BookHold::~BookHold() {
   if (may_write_) ClearLog(false);
   older_right_.reset();
+  if (is_alone_) Unlock(descriptor_, kSqliteBytes, kSqliteByteCount);
   if (has_right_) {
     Unlock(descriptor_, kRightByte, 1);
     TheKeptFiles().GiveRightBack(opened_);
@@ -264,14 +265,25 @@ void BookHold::TakeOlderRight() {
   }
 }
 
+// Who has the lock on all of SQLite's bytes knows that nobody has the book open: a connection takes one of them before it
+// looks for a log, and keeps it to its end.
+void BookHold::TakeAlone() {
+  struct flock lock = LockOn(kSqliteBytes, kSqliteByteCount, F_WRLCK);
+  while (::fcntl(descriptor_, F_OFD_SETLK, &lock) != 0) {
+    if (!WaitedInVain()) continue;
+    throw Failure(FailureNumber::kPermissionDenied, path_ + ": the book is open elsewhere" + HolderWords(), kSource);
+  }
+  is_alone_ = true;
+  CheckInPlace();
+}
+
 bool BookHold::CanShareLog() {
   if (!may_write_ || !Allows(BookFolder(path_), W_OK | X_OK)) return false;
   if (!IsUsable(IndexPath()) || !IsUsable(LogPath())) ClearLog(true);
   return IsUsable(IndexPath()) && IsUsable(LogPath());
 }
 
-// Takes the log's index away, and a log that holds nothing. Who has the lock on all of SQLite's bytes knows that nobody
-// has the book open: a connection takes one of them before it looks for a log, and keeps it to its end.
+// Takes the log's index away, and a log that holds nothing, where nobody has the book open (TakeAlone).
 void BookHold::ClearLog(bool only_unusable) {
   struct stat status {};
   if (::lstat(IndexPath().c_str(), &status) != 0 && ::lstat(LogPath().c_str(), &status) != 0) return;
@@ -312,16 +324,20 @@ bool IsInUse(const Failure& failure) {
           failure.Description().find(kInUseByAnother) != Text::npos);
 }
 
-bool LooksLikeBook(const Text& path) {
+std::int64_t ApplicationIdAt(const Text& path) {
   FileState file;
   const int descriptor = TheKeptFiles().Enter(path, false, file);
-  if (descriptor < 0) return false;
+  if (descriptor < 0) return 0;
   std::array<unsigned char, kMarkOffset + 4> head{};
   const bool is_whole = ::pread(descriptor, head.data(), head.size(), 0) == static_cast<ssize_t>(head.size());
   TheKeptFiles().Leave(file);
   std::int64_t mark = 0;
   for (std::size_t index = kMarkOffset; index < head.size(); ++index) mark = mark << 8 | head[index];
-  return is_whole && std::equal(kSqliteHead.begin(), kSqliteHead.end(), head.begin()) && mark == kBookApplicationId;
+  return is_whole && std::equal(kSqliteHead.begin(), kSqliteHead.end(), head.begin()) ? mark : 0;
+}
+
+bool LooksLikeBook(const Text& path) {
+  return ApplicationIdAt(path) == kBookApplicationId;
 }
 
 }  // namespace tallybook::engine

@@ -12,6 +12,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 
 #include "base/Failure.h"
@@ -23,7 +24,8 @@ namespace tallybook::engine {
 
 class BookHold {
  public:
-  enum class Purpose { kLook, kChange };
+  // kLeaveAlone looks as well, and not even takes away what an ended connection has left.
+  enum class Purpose { kLook, kChange, kLeaveAlone };
 
   // Finds and opens the file. `path` is one that ResolvedBookPath gave.
   //   fails   each with the path: as CheckIsBookFile; 70 where it may not be read, or written to change it
@@ -40,6 +42,11 @@ class BookHold {
   // with the mode (and, by root, the owner) of the book, so it comes when the file is known to be a book.
   //   fails   as TakeRightToWrite; 75 where something that is no file bears the lock's name
   void TakeOlderRight();
+
+  // Keeps everybody else from the file, also those who only look, until the end of this; nobody here has it open. Within the
+  // time that TakeRightToWrite was given.
+  //   fails   70 where it is open elsewhere, or where its path leads to another file by now
+  void TakeAlone();
 
   // Makes sure that SQLite can use the log and its index (-wal, -shm) where they are there: those that may not be used
   // and that nobody has open are taken away, unless the log holds anything. False: they stay, or SQLite may not make
@@ -76,6 +83,7 @@ class BookHold {
   FileState opened_;
   int descriptor_ = -1;
   bool has_right_ = false;
+  bool is_alone_ = false;
   std::chrono::steady_clock::time_point deadline_;
   std::unique_ptr<OpenFile> older_right_;
 };
@@ -84,7 +92,9 @@ class BookHold {
 // wait and try again may help.
 [[nodiscard]] bool IsInUse(const Failure& failure);
 
-// True where a file bears the mark of a book. It may be open in this process.
+// The mark that a database at a path bears, 0 for none and for what is no database. It may be open in this process.
+[[nodiscard]] std::int64_t ApplicationIdAt(const Text& path);
+// True where a file bears the mark of a book.
 [[nodiscard]] bool LooksLikeBook(const Text& path);
 
 }  // namespace tallybook::engine

@@ -63,6 +63,14 @@ class BookStorage {
   using KeyVisitor = std::function<void(std::int64_t key)>;
   virtual void VisitKeys(std::int64_t first_key, std::int64_t last_key, const KeyVisitor& visit) = 0;
 
+  // Puts all that is stored, as one moment has it, into an empty file, which is a book then; writers may be at work
+  // meanwhile. Failures call the file `shown`, and it is not handed to the disk.
+  virtual void CopyTo(const Text& path, const Text& shown) = 0;
+
+  // Stores what is stored anew, without the room that it leaves unused. Outside a transaction; what it holds, and the rows
+  // that tell chunks and images apart, stay as they are, and whatever ends it meanwhile leaves all as it was.
+  virtual void Compact() = 0;
+
   // Makes the operations that read see one state, whatever a writer commits meanwhile, until a transaction begins.
   virtual void BeginReading() = 0;
 

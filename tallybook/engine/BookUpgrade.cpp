@@ -217,12 +217,7 @@ void MakeAsReadable(const Text& book, const Text& path) {
 void CopyPages(Database& database, const Text& path) {
   MakeAsReadable(database.Path(), path);
   Database copy(path, Database::Mode::kReadWrite);
-  sqlite3_backup* backup = sqlite3_backup_init(copy.Handle(), "main", database.Handle(), "main");
-  if (backup == nullptr) copy.Fail(sqlite3_errcode(copy.Handle()));
-  const int all_pages = -1;
-  const int result = sqlite3_backup_step(backup, all_pages);
-  const int finished = sqlite3_backup_finish(backup);
-  if (result != SQLITE_DONE) copy.Fail(finished == SQLITE_OK ? result : finished);
+  database.CopyPagesTo(copy);
 }
 
 }  // namespace

@@ -228,6 +228,16 @@ void Database::EndReading() {
   if (sqlite3_get_autocommit(handle_.get()) == 0) Execute("COMMIT");
 }
 
+void Database::CopyPagesTo(Database& other) {
+  sqlite3_backup* backup = sqlite3_backup_init(other.Handle(), "main", Handle(), "main");
+  if (backup == nullptr) other.Fail(sqlite3_errcode(other.Handle()));
+  const int all_pages = -1;
+  const int result = sqlite3_backup_step(backup, all_pages);
+  const int finished = sqlite3_backup_finish(backup);
+  if (result != SQLITE_DONE) other.Fail(finished == SQLITE_OK ? result : finished);
+  if (guards_steps_) Guard();
+}
+
 Transaction::Transaction(Database& database) : database_(database) {
   database_.EndReading();
   database_.Execute("BEGIN IMMEDIATE");

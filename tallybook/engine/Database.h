@@ -101,6 +101,9 @@ class Database {
   void BeginReading();
   void EndReading();
 
+  // Puts all pages as this connection sees them, with what its log holds, into the file of another, which is empty.
+  void CopyPagesTo(Database& other);
+
   // The key of the row that was inserted last.
   [[nodiscard]] std::int64_t LastRow() const { return sqlite3_last_insert_rowid(handle_.get()); }
 

@@ -264,7 +264,7 @@ void SealDescription(Database& database, const StoredDescription& stored, Long f
   properties.Put(kChecksum, ToColumn(DescriptionChecksum(stored, format)));
 }
 
-StoredDescription LoadDescription(Database& database, Long format) {
+StoredDescription LoadDescription(Database& database, Long format, Trust trust) {
   StoredDescription stored;
   BookDescription& description = stored.description;
   Properties properties(database);
@@ -287,7 +287,8 @@ StoredDescription LoadDescription(Database& database, Long format) {
   } else {
     stored = WithFirstSlots(std::move(stored.description), stored.rows_of_chunk);
   }
-  if (format > 1 && FromColumn(properties.Number(kChecksum)) != DescriptionChecksum(stored, format)) {
+  if (format > 1 && trust == Trust::kChecksum &&
+      FromColumn(properties.Number(kChecksum)) != DescriptionChecksum(stored, format)) {
     throw Failure(FailureNumber::kDeviceError,
                   database.Path() + ": the book is damaged: its description does not agree with its checksum", kSource);
   }

@@ -56,6 +56,7 @@ std::vector<JournalEntry> Journal::Undo(Long id) {
 
 // Changes of lists stand on each other alone; what figures have to do with them is told when it is tried.
 std::vector<JournalEntry> Journal::UndoLists(const std::vector<JournalEntry>& all, const JournalEntry& undone) {
+  if (!undone.keeps_images) Refuse(book_, Named(undone) + " cannot be undone: what stood on it is lost");
   for (auto later = all.rbegin(); later != all.rend() && later->id > undone.id; ++later) {
     if (IsLeft(*later) && later->kind == JournalKind::kLists) RefuseToPass(undone, *later);
   }

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "tallybook/engine/BackupTables.h"
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/DescriptionTables.h"
 
@@ -39,6 +40,10 @@ void SqliteStorage::VisitKeys(std::int64_t first_key, std::int64_t last_key, con
   const EndOfWalk end(walk_keys_);
   walk_keys_.Bind(1, first_key).Bind(2, last_key);
   while (walk_keys_.Step()) visit(walk_keys_.Int(0));
+}
+
+void SqliteStorage::CopyTo(const Text& path, const Text& shown) {
+  CopyToFile(Db(), path, shown);
 }
 
 void SqliteStorage::CommitWriting() {

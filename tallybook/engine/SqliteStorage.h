@@ -35,6 +35,9 @@ class SqliteStorage final : public BookStorage {
   bool VisitChunks(std::int64_t first_key, std::int64_t last_key, const ChunkVisitor& visit) override;
   void VisitKeys(std::int64_t first_key, std::int64_t last_key, const KeyVisitor& visit) override;
 
+  void CopyTo(const Text& path, const Text& shown) override;
+  void Compact() override { file_.Compact(); }
+
   void BeginReading() override { Db().BeginReading(); }
   void BeginWriting() override { transaction_.emplace(Db()); }
   void CommitWriting() override;
