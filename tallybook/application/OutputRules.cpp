@@ -137,6 +137,8 @@ Text OutputRules::BookOfCompanion(const Text& resolved) const {
 void OutputRules::CheckContents(const Text& path, const Text& resolved, bool in_place) const {
   const std::string head = HeadOf(resolved);
   if (IsBookHead(head)) Refuse(path, "is a book; nothing is written over one");
+  if (ApplicationIdIn(head) == engine::kBackupApplicationId)
+    Refuse(path, "is the backup of a book; nothing is written over one");
   if (IsForeignDatabase(head)) Refuse(path, "is the database of a program; nothing is written over one");
   if (head.starts_with(kLogMark)) Refuse(path, "is the log of a database; nothing is written over one");
   if (in_place && IsExchangeFile(head))

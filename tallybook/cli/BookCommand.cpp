@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/Dates.h"
+#include "tallybook/application/BookCare.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/Findings.h"
 #include "tallybook/cli/Lines.h"
@@ -10,6 +11,8 @@
 #include "tallybook/cli/Terminal.h"
 #include "tallybook/cli/TextTable.h"
 #include "tallybook/engine/BookCheck.h"
+#include "tallybook/engine/BookCompact.h"
+#include "tallybook/engine/BookSalvage.h"
 
 namespace tallybook::cli {
 
@@ -32,22 +35,28 @@ Text NumberOrNothing(Long number) {
   return number == 0 ? Text() : std::to_string(number);
 }
 
-void PrintTable(const Text& path, const BookCheckResult& result) {
-  if (!result.findings.empty()) {
-    TextTable table({{"Kind"}, {"Account"}, {"From"}, {"To"}, {"Entry", Align::kRight}, {"Finding"}});
-    for (const BookFinding& finding : result.findings) {
-      table.AddRow({engine::FindingKindName(finding.kind),
-                    finding.code.empty() ? NumberOrNothing(finding.account) : finding.code,
-                    DateOrNothing(finding.first), DateOrNothing(finding.last), NumberOrNothing(finding.entry),
-                    finding.what});
-    }
-    table.Print();
+// Nothing where there are none.
+void PrintFindings(const std::vector<BookFinding>& findings, const Text& heading) {
+  if (findings.empty()) return;
+  TextTable table({{"Kind"}, {"Account"}, {"From"}, {"To"}, {"Entry", Align::kRight}, {heading}});
+  for (const BookFinding& finding : findings) {
+    table.AddRow({engine::FindingKindName(finding.kind),
+                  finding.code.empty() ? NumberOrNothing(finding.account) : finding.code, DateOrNothing(finding.first),
+                  DateOrNothing(finding.last), NumberOrNothing(finding.entry), finding.what});
   }
+  table.Print();
+}
+
+Text JournalEntries(long long count) {
+  return count == 1 ? "1 journal entry" : WithCommas(count) + " journal entries";
+}
+
+void PrintTable(const Text& path, const BookCheckResult& result) {
+  PrintFindings(result.findings, "Finding");
   const auto found = static_cast<long long>(result.findings.size());
   PrintLine(fmt::format("{}: format {}{}, {}, {} with {}; {}", path, result.format,
                         result.format == 1 ? " (without checksums)" : "", Counted(result.chunks, "chunk"),
-                        result.entries == 1 ? "1 journal entry" : WithCommas(result.entries) + " journal entries",
-                        Counted(result.images, "image"),
+                        JournalEntries(result.entries), Counted(result.images, "image"),
                         found == 0 ? "nothing is damaged" : Counted(found, "finding")));
 }
 
@@ -98,10 +107,158 @@ CommandTable CheckCommand() {
   return command;
 }
 
+// --- salvage ---------------------------------------------------------------------------------------------------------
+
+struct SalvageOptions {
+  Text damaged;
+  Text book;
+  bool as_it_reads = false;
+  PrintForm form = PrintForm::kTable;
+};
+
+void PrintTable(const Text& path, const engine::SalvageResult& result) {
+  PrintFindings(result.lost, "Lost");
+  const auto lost = static_cast<long long>(result.lost.size());
+  PrintLine(fmt::format("Made {} with {}, {} and {}; {}.", path, Counted(result.chunks, "chunk"),
+                        JournalEntries(result.entries), Counted(result.companions, "companion file"),
+                        lost == 0 ? "nothing is lost" : Counted(lost, "finding")));
+}
+
+void PrintJson(const Text& damaged, const Text& path, const engine::SalvageResult& result) {
+  nlohmann::ordered_json json;
+  json["file"] = damaged;
+  json["other"] = path;
+  json["format"] = result.format;
+  json["chunks"] = result.chunks;
+  json["entries"] = result.entries;
+  json["findings"] = nlohmann::ordered_json::array();
+  for (const BookFinding& lost : result.lost) json["findings"].push_back(JsonOf(lost));
+  PrintAsItStands(JsonText(json));
+}
+
+ExitStatus RunSalvage(const SalvageOptions& options) {
+  const Session session;
+  const Text damaged = BookPath(options.damaged);
+  const Text path = BookPath(options.book);
+  const engine::SalvageResult result = engine::SalvageBook(damaged, path, options.as_it_reads);
+  if (options.form == PrintForm::kJson) {
+    PrintJson(damaged, path, result);
+  } else {
+    PrintTable(path, result);
+  }
+  return StatusOfFindings(damaged, static_cast<long long>(result.lost.size()), "finding");
+}
+
+CommandTable SalvageCommand() {
+  const auto options = std::make_shared<SalvageOptions>();
+  CommandTable command = MakeCommand(
+      "salvage",
+      "Make a new book of what can be read of a damaged one, and list what is lost; status 1 where anything is",
+      {"tallybook book salvage north north-saved"}, options, RunSalvage);
+  AddText(command, "DAMAGED", options->damaged, "", "The damaged book, which stays as it is")
+      .Required()
+      .As(ArgumentKind::kBook);
+  AddText(command, "NEW", options->book, "", "The book to make").Required().As(ArgumentKind::kFile);
+  AddFlag(command, "--as-it-reads", options->as_it_reads,
+          "Take a description that does not agree with its checksum: figures may stand in another place than before");
+  AddFormWithoutCsv(command, options->form);
+  return command;
+}
+
+// --- backup, restore, compact ----------------------------------------------------------------------------------------
+
+struct BackupOptions {
+  Text book;
+  Text file;
+  bool replace = false;
+};
+
+Text Bytes(std::int64_t count) {
+  return Counted(count, "byte");
+}
+
+ExitStatus RunBackup(const BackupOptions& options) {
+  const Session session;
+  const Text path = BookPath(options.book);
+  const application::BackupDone done = application::BackUpBook(path, options.file, options.replace);
+  PrintLine(fmt::format("Wrote {}: {} with {}, {}.", options.file, path,
+                        Counted(static_cast<long long>(done.contents.companions), "companion file"), Bytes(done.size)));
+  return ExitStatus::kDone;
+}
+
+CommandTable BackupCommand() {
+  const auto options = std::make_shared<BackupOptions>();
+  CommandTable command =
+      MakeCommand("backup", "Write a book and its companion files into one file, while others may work in it",
+                  {"tallybook book backup north north.backup", "tallybook book backup north north.backup --replace"},
+                  options, RunBackup);
+  AddBook(command, options->book);
+  AddText(command, "FILE", options->file, "", "The backup to write").Required().As(ArgumentKind::kFile);
+  AddFlag(command, "--replace", options->replace, "Put it in the place of a backup that is there");
+  return command;
+}
+
+struct RestoreOptions {
+  Text file;
+  Text book;
+  application::RestoreOptions how;
+  Long wait = 0;
+};
+
+ExitStatus RunRestore(const RestoreOptions& options) {
+  const Session session;
+  application::RestoreOptions how = options.how;
+  how.wait_seconds = options.wait;
+  const application::RestoreDone done = application::RestoreBook(options.file, BookPath(options.book), how);
+  PrintLine(fmt::format("Made {} as {} was on {}, with {}.", done.book, done.contents.book_name,
+                        DateTimeText(done.contents.time),
+                        Counted(static_cast<long long>(done.contents.companions), "companion file")));
+  if (!done.companions_wait.empty()) {
+    Warn(fmt::format("the companion files are put in place by the next command that opens the book: {}",
+                     done.companions_wait));
+  }
+  if (!done.kept_as.empty()) PrintLine(fmt::format("The book that was there is kept as {}.", done.kept_as));
+  return ExitStatus::kDone;
+}
+
+CommandTable RestoreCommand() {
+  const auto options = std::make_shared<RestoreOptions>();
+  CommandTable command =
+      MakeCommand("restore", "Make a book and its companion files out of a backup",
+                  {"tallybook book restore north.backup north", "tallybook book restore north.backup north --replace"},
+                  options, RunRestore);
+  AddText(command, "FILE", options->file, "", "The backup").Required().As(ArgumentKind::kFile);
+  AddBookToChange(command, options->book, options->wait);
+  AddFlag(command, "--replace", options->how.replace, "Replace the book that is there, which is kept beside it");
+  return command;
+}
+
+struct CompactOptions {
+  Text book;
+  Long wait = 0;
+};
+
+ExitStatus RunCompact(const CompactOptions& options) {
+  const Session session;
+  const Text path = BookPath(options.book);
+  const engine::CompactResult result = engine::CompactBook(path, options.wait);
+  PrintLine(fmt::format("{}: {} before, {} after.", path, Bytes(result.before), Bytes(result.after)));
+  return ExitStatus::kDone;
+}
+
+CommandTable CompactCommand() {
+  const auto options = std::make_shared<CompactOptions>();
+  CommandTable command = MakeCommand("compact", "Give back the room that a book does not use any more",
+                                     {"tallybook book compact north"}, options, RunCompact);
+  AddBookToChange(command, options->book, options->wait);
+  return command;
+}
+
 }  // namespace
 
 CommandTable BookCommand() {
-  return MakeGroup("book", "Look after a book", {CheckCommand()});
+  return MakeGroup("book", "Look after a book",
+                   {CheckCommand(), BackupCommand(), RestoreCommand(), CompactCommand(), SalvageCommand()});
 }
 
 }  // namespace tallybook::cli

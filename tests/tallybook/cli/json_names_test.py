@@ -78,7 +78,7 @@ NAMES = {
     "end": words("account", "body"),
     "account_count": count, "value_count": count, "date_count": count, "irregular": rows("offset", "what"), "differences": rows("what"),
     "entry": number, "command": number, "kind": words("import", "set", "undo", "lists", "name", "file", "description", "sums", "index",
-                                                      "chunk", "journal", "image"),
+                                                      "chunk", "journal", "image", "companions"),
     "time": like(DATE + r" \d\d:\d\d:\d\d"), "first": like(DATE), "last": like(DATE),
     "state": words("done", "undone", "not finished", "done for good"), "what_ran": text, "undoes": number,
     "format": number, "chunks": count, "entries": count, "images": count, "findings": rows("kind", "what"), "what": text,
@@ -156,7 +156,7 @@ class JsonNamesTest(unittest.TestCase):
     LINES = (["values", "shop"], ["definition", "list", "shop"], ["definition", "show", "shop", "2"], ["definition", "check", "shop"], ["qdx", "info", "shop.QDX"],
              ["qdx", "dump", "shop.QDX"], ["qdx", "dump", "cut.QDX"], ["qdx", "check", "shop.QDX"], ["qdx", "check", "cut.QDX"],
              ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"], ["book", "check", "shop"],
-             ["book", "check", "bad", "--deep"],
+             ["book", "check", "bad", "--deep"], ["book", "salvage", "bad", "saved"],
              ["account", "list", "grow"], ["account", "add", "grow", "D4", "--description", "New"],
              ["account", "edit", "grow", "A7", "--code", "D4"], ["account", "move", "grow", "B8", "1"],
              ["account", "remove", "grow", "A7", "--with-figures"],
@@ -168,6 +168,7 @@ class JsonNamesTest(unittest.TestCase):
         # What changes a book finds the same one each time.
         for name in "shop.tbk", "TBQDX1.shop", "TBQDX2.shop":
             shutil.copy(self.folder / name, self.folder / name.replace("shop", "grow"))
+        (self.folder / "saved.tbk").unlink(missing_ok=True)
         return list(names_in(json.loads(self.run_line(*line, "--json"))))
 
     def test_every_name_is_listed_and_means_what_the_list_says(self):
