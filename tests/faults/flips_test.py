@@ -7,6 +7,7 @@ A flipped book is looked at, exported and checked, then changed, and the change 
 has to tell and write just what it does with the book as it was; one that does not gives its reason.
 """
 
+import json
 import random
 import sys
 
@@ -85,8 +86,46 @@ def try_one(workshop, truth, offset, bit):
     check = runs(place, CHECK)
     if refused and check.status == 0:
         raise Broken(f"{refused} commands refuse, and the check finds nothing: {check}")
+    salvages(place, truth)
+    cares(workshop, truth, bytes(content))
     changes(place, truth)
     return "harmless" if refused + check.status == 0 else "found by the check alone" if not refused else "refused"
+
+
+def salvages(place, truth):
+    """Makes a new book of the flipped one: its figures are those of before, and every other is in the list."""
+    content = place.read("book.tbk")
+    done = place.run("book", "salvage", "book", "saved", "--json")
+    if done.status not in (0, 1) or (done.status == 1 and not done.err.strip()):
+        raise Broken(f"neither done nor refused: {done}")
+    if place.read("book.tbk") != content:
+        raise Broken(f"the damaged book has changed: {done}")
+    if place.read("saved.tbk") is None:
+        return
+    place.must("book", "check", "saved", "--deep")
+    lost = json.loads(done.out)["findings"]
+    if (done.status == 0) != (not lost):
+        raise Broken(f"the status does not tell whether anything is lost: {done}")
+    saved = set(place.figures("saved").splitlines())
+    was = set(truth.figures.splitlines())
+    if saved - was:
+        raise Broken(f"saved what is not so, {sorted(saved - was)[0]}: {done}")
+    for line in was - saved:
+        account, _, date = line.decode().split(",")[:3]
+        if not any(str(each.get("account")) == account and each["first"] <= date <= each["last"] for each in lost):
+            raise Broken(f"missing without a word, {line}: {done}")
+
+
+def cares(workshop, truth, content):
+    """Whatever the flipped book can still be backed up or compacted to holds what it held before."""
+    place = workshop.copy()
+    place.write("book.tbk", content)
+    if runs(place, ("book", "backup", "book", "safe")).status == 0:
+        place.must("book", "restore", "safe", "again")
+        if place.figures("again") != truth.figures:
+            raise Broken("the backup holds what is not so")
+    if runs(place, ("book", "compact", "book")).status == 0 and place.figures("book") != truth.figures:
+        raise Broken("compacting has changed the figures")
 
 
 def changes(place, truth):

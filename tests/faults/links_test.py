@@ -36,6 +36,7 @@ def exports(file):
         yield f"export {kind}", ("export", "table", "north", file, "--type", kind, *RANGE)
     yield "report", ("import", "qdx", "office", *IMPORT, "--report", file)
     yield "messages", ("import", "qdx", "office", *IMPORT, "--messages", file)
+    yield "backup", ("book", "backup", "north", file, "--replace")
 
 
 def inputs(file):
@@ -56,6 +57,10 @@ def books(file):
     yield "import", ("import", "csv", file, "figures.csv", "--yes")
     yield "export", ("export", "qdx", file, "new.QDX", *RANGE)
     yield "journal", ("journal", "list", file)
+    yield "backup", ("book", "backup", file, "kept")
+    yield "compact", ("book", "compact", file)
+    yield "restore", ("book", "restore", "safe", file, "--replace")
+    yield "salvage", ("book", "salvage", file, "saved")
 
 
 def contents(place):

@@ -188,6 +188,9 @@ def furnish(place, seed):
     for kind, name in TABLES.items():
         place.must("export", "table", "north", name, "--type", kind, "--from", "2003-01-01", "--to", "2003-01-31")
     place.write("old.tbk", SAMPLE.read_bytes())  # a book of the format's first version
+    place.must("book", "backup", "office", "safe")
+    place.must("definition", "add", "north", "--title", "Other", "--file", "x.QDX")
+    place.must("book", "backup", "north", "other.backup")
     place.write("report.txt", "an old report\n")
     place.write("messages.json", "old messages\n")
 
@@ -203,7 +206,8 @@ class Deed:
 
     `writes` is the book whose figures it changes; `whole` the outputs that are old or new and never half; `inputs` what
     it may rename or delete; `undoable` whether a run that failed may leave figures for the journal to take back;
-    `prepare` is done in the place before.
+    `prepare` is done in the place before. `swaps`: its book and its files change together, whatever disturbs it, and no
+    journal takes that back.
     """
 
     name: str
@@ -214,6 +218,7 @@ class Deed:
     undoable: bool = False
     prepare: object = None
     changes_names: tuple = ()
+    swaps: bool = False
 
 
 RANGE = ("--from", "2003-01-01", "--to", "2003-06-30")
@@ -246,6 +251,11 @@ def all_deeds():
         Deed("journal undo", ("journal", "undo", "office"), writes="office",
              prepare=lambda place: place.must(*import_all)),
         Deed("demo", ("demo", "shown"), changes_names=("shown",)),
+        Deed("book backup", ("book", "backup", "north", "safe", "--replace"), whole=("safe",)),
+        Deed("book restore", ("book", "restore", "other.backup", "office", "--replace"), writes="office",
+             whole=definitions, changes_names=("office.tbk",), swaps=True),
+        Deed("book compact", ("book", "compact", "office")),
+        Deed("book salvage", ("book", "salvage", "office", "saved"), changes_names=("saved",)),
     ]
 
 
@@ -340,6 +350,8 @@ class Expectation:
             self._judge_leftovers(place, done)
         found = self._judge_figures(place, done, killed)
         self._judge_files(place, done, killed)
+        if self.deed.swaps:
+            self._judge_swap(place, found)
         self._go_on(place, done.hit.startswith(("unlink", "remove")), killed)
         return found
 
@@ -394,7 +406,7 @@ class Expectation:
             raise Broken("status 0, and the figures are not those from after")
         if not killed and done.status != 0:
             self._judge_change_of_a_failure(done, whole)
-        if whole and deed.name == "journal undo":
+        if whole and (deed.name == "journal undo" or deed.swaps):
             return "after"
         for _ in range(5):
             if place.figures(deed.writes) == before[deed.writes]:
@@ -410,6 +422,15 @@ class Expectation:
             raise Broken(f"status {done.status}, and the figures have changed")
         if not any(words in done.err for words in HALF_WAY) and (whole or not SOME_FILES.search(done.err)):
             raise Broken(f"status {done.status}, and the figures have changed without a word")
+
+    def _judge_swap(self, place, found):
+        """The book that stands there has all its own files, and no other's."""
+        of = self.before if found == "before" else self.after
+        for name in self.deed.whole:
+            if place.read(name) != of.files[name]:
+                raise Broken(f"the book is that from {found}, and {name} is not")
+        for kept in place.folder.glob("[!.]*.tbk-replaced*"):
+            place.must("book", "check", kept.name, "--deep")
 
     def _judge_disposal(self, place, done):
         """What was to be deleted or renamed has been, or that is told."""
@@ -467,6 +488,8 @@ class Expectation:
         # leaves the name of an empty file, which nobody can tell from another program's.
         if killed:
             left = {name for name in left if not (re.fullmatch(r"tmp\.\w+", name) and place.read(name) == b"")}
+            # The same is so of the database, and of the folder of a copy that is read.
+            left = {name for name in left if not name.startswith((".tmp/etilqs_", ".tmp/tallybook-look-"))}
         if left and not may_leave:
             raise Broken(f"left behind once it was done again: {', '.join(sorted(left))}")
         self._judge_backups(place)
@@ -486,6 +509,8 @@ class Expectation:
         if path.exists():
             place.figures(name)
             path.unlink()
+        for companion in (*place.folder.glob(f"TBQD*.{name}"), *place.folder.glob(f"{name}.ini")):
+            companion.unlink()
         shutil.rmtree(place.folder / name, ignore_errors=True)
 
 

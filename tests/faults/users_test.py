@@ -129,6 +129,11 @@ class Cases:
         tenant.refused(*SET)
         tenant.refused(*EXPORT)
         tenant.refused("new", "fresh", "--from", "fresh.json")
+        tenant.refused("book", "backup", "office", "kept", tells="kept")
+        tenant.refused("book", "compact", "office")
+        tenant.refused("book", "restore", "safe", "office", "--replace")
+        tenant.refused("book", "restore", "safe", "saved")
+        tenant.refused("book", "salvage", "office", "saved", tells="saved")
         tenant.refused("definition", "add", "office", "--title", "New", "--file", "x.QDX", "--yes")
         tenant.refused("definition", "edit", "office", "1", "--title", "New", "--yes")
         tenant.refused("definition", "delete", "office", "1", "--yes")
@@ -148,6 +153,29 @@ class Cases:
         for arguments in LOOKS:
             tenant.refused(*arguments, tells="office.tbk")
         tenant.refused(*SET, tells="office.tbk")
+
+    def a_book_that_may_not_be_written_is_backed_up_and_salvaged_and_stays(self):
+        tenant = self.tenant()
+        figures = tenant.done(*LOOKS[0]).out
+        tenant.chmod("office.tbk", 0o400)
+        tenant.refused("book", "compact", "office")
+        tenant.refused("book", "restore", "safe", "office", "--replace")
+        before = tenant.place.read("office.tbk")
+        tenant.done("book", "backup", "office", "kept")
+        tenant.done("book", "salvage", "office", "saved")
+        if before != tenant.place.read("office.tbk") or os.stat(tenant.folder / "kept").st_mode & 0o077:
+            raise Broken("the book has changed, or its backup is for more eyes")
+        tenant.done("book", "restore", "kept", "again")
+        for book in ("saved", "again"):
+            if tenant.done("values", book, "--format", "csv").out != figures:
+                raise Broken(f"{book} has other figures")
+
+    def another_users_book_is_not_replaced(self):
+        tenant = self.tenant()
+        give(tenant.folder, OTHER)
+        tenant.chmod(".", 0o777)
+        tenant.refused("book", "restore", "safe", "office", "--replace")
+        tenant.refused("book", "compact", "office")
 
     def another_users_book_is_looked_at(self):
         tenant = self.tenant()

@@ -186,8 +186,7 @@ void FigureGrid::TakeWhatIsTyped() {
   for (auto* editor : viewport()->findChildren<QLineEdit*>()) {
     if (!editor->isVisible()) continue;  // one that is about to go
     commitData(editor);
-    // What was written may have shown the lists anew, which lets go of it.
-    if (editor->isVisible()) QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
+    QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
   }
 }
 

@@ -7,7 +7,6 @@ namespace tallybook::desktop {
 namespace {
 
 constexpr std::size_t kMostUnitsOfBlock = 64;
-constexpr Integer kAllFields = 0;
 constexpr std::size_t kFiguresOfBlock = 1024;
 constexpr std::size_t kMostFigures = std::size_t{4} << 20;  // 32 MiB
 
@@ -40,13 +39,15 @@ const FigureSums::Block& FigureSums::BlockOf(Integer account, std::size_t block)
 void FigureSums::ReadBlock(Integer account, UnitRange range, Block& figures) {
   ++reads_;
   figures.assign(range.Count() * fields_, 0);
-  const Date first = units_.At(range.first).first;
-  const Date last = units_.At(range.end - 1).last;
+  engine::Book& book = reader_.Read();
+  const engine::FigureQuery query{
+      units_.At(range.first).first, units_.At(range.end - 1).last, {book.AccountNumber(account)}, {}};
   std::size_t unit = range.first;
-  reader_.VisitAccount(account, first, last, kAllFields, [&](const BookReader::FigureSeen& figure) {
+  book.VisitFigures(query, [&](const engine::Figure& figure) {
     // In the order of dates, so the unit is the one of before or one behind it.
     while (unit + 1 < range.end && units_.At(unit).last < figure.date) ++unit;
-    figures[(unit - range.first) * fields_ + static_cast<std::size_t>(figure.field - 1)] += figure.value;
+    figures[(unit - range.first) * fields_ + static_cast<std::size_t>(figure.field_position - 1)] += figure.value;
+    return true;
   });
 }
 
