@@ -1,10 +1,12 @@
 #include "tallybook/desktop/forms/QtWheel.h"
 
 #include <QApplication>
+#include <QPointer>
 #include <QWheelEvent>
 #include <QWidget>
 #include <algorithm>
 #include <cstdint>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -35,10 +37,14 @@ class QtWheel::Filter : public QObject {
 
   void Add(Long window, const void* owner, WindowHook hook) {
     hooks_.push_back({window, owner, std::move(hook)});
-    QWidget* const widget = screen_.WidgetOf(window);
+    if (!watched_.insert(window).second) return;
     // Its end is told while it can still be told of.
-    QObject::connect(widget, &QObject::destroyed, this, [this, window] { Send(window, kWindowDestroyed, 0, 0); });
+    QObject::connect(screen_.WidgetOf(window), &QObject::destroyed, this, [this, window] {
+      watched_.erase(window);
+      Send(window, kWindowDestroyed, 0, 0);
+    });
   }
+  [[nodiscard]] bool HasNo(Long window) const { return screen_.WidgetOf(window) == nullptr; }
   bool Remove(Long window, const void* owner) {
     return std::erase_if(hooks_, [&](const Hook& hook) { return hook.window == window && hook.owner == owner; }) > 0;
   }
@@ -74,6 +80,7 @@ class QtWheel::Filter : public QObject {
     if (window == 0) return false;
     // An event that a widget passes on comes again from what is around it.
     const auto& wheel = static_cast<const QWheelEvent&>(*event);
+    if (wheel.angleDelta().isNull()) return false;  // a touch that begins or ends
     if (std::exchange(last_time_, wheel.timestamp()) == wheel.timestamp() && wheel.timestamp() != 0 &&
         last_widget_ != &widget && last_widget_ != nullptr && widget.isAncestorOf(last_widget_))
       return false;
@@ -94,10 +101,11 @@ class QtWheel::Filter : public QObject {
 
   QtScreen& screen_;
   std::vector<Hook> hooks_;
+  std::set<Long> watched_;           // the windows whose end is heard of
   std::vector<WindowHook> to_call_;  // of the message under way, the next one last
   bool reached_ = false;             // the window itself
   quint64 last_time_ = 0;
-  const QWidget* last_widget_ = nullptr;
+  QPointer<const QWidget> last_widget_;
 };
 
 QtWheel::QtWheel(QtScreen& screen) : filter_(std::make_unique<Filter>(screen)) {}
@@ -113,7 +121,7 @@ std::optional<Long> QtWheel::ScrollCharacters() {
 }
 
 bool QtWheel::AddHook(Long window, const void* owner, WindowHook hook) {
-  if (qApp == nullptr) return false;
+  if (filter_->HasNo(window)) return false;
   filter_->Add(window, owner, std::move(hook));
   return true;
 }
