@@ -9,7 +9,7 @@ namespace tallybook::views {
 namespace {
 
 // What a title or the path of a file needs to be read without scrolling.
-constexpr int kNameWidth = 48;
+constexpr int kNameWidth = 60;
 // A row of either side of a match: code and description, twice.
 constexpr int kMatchWidth = 118;
 constexpr int kMatchRows = 14;
