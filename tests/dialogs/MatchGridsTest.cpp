@@ -719,6 +719,16 @@ TEST_F(MatchGridsTest, AFileWithoutAccountsOpensAnEmptyPageWithNothingToEnter) {
 
 // --- Looks -----------------------------------------------------------------------------------------------------------
 
+TEST_F(MatchGridsTest, APageThatIsChosenSharesTheWidthOfItsColumnsAnew) {
+  editor_->LoadMatches();
+  const Long shared = grid(kAccounts).ColumnWidth(1);
+  grid(kAccounts).SetColumnWidth(0, grid(kAccounts).ColumnWidth(0) + 100);
+  EXPECT_EQ(grid(kAccounts).ColumnWidth(1), shared);
+  editor_->GoTo(kAccounts);
+  EXPECT_EQ(grid(kAccounts).ColumnWidth(1), shared - 50);
+  EXPECT_EQ(grid(kAccounts).ColumnWidth(3), shared - 50);
+}
+
 TEST_F(MatchGridsTest, TheColumnsOfDescriptionsShareTheWidthThatIsLeft) {
   Open(kAccounts);
   Grid& shown = grid(kAccounts);
