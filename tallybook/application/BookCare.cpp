@@ -37,12 +37,12 @@ constexpr const char* kSource = "BookCare";
   throw Failure(FailureNumber::kPathOrAccess, path + ": " + reason, kSource);
 }
 
-// Nobody may read it who may not read the other.
+// Nobody but its owner may read it who may not read the other.
 void MakeNoMoreReadable(const Text& path, const Text& than) {
   struct stat own {};
   struct stat other {};
   const bool done = ::stat(path.c_str(), &own) == 0 && ::stat(than.c_str(), &other) == 0 &&
-                    ::chmod(path.c_str(), own.st_mode & other.st_mode & 0777U) == 0;
+                    ::chmod(path.c_str(), (own.st_mode & other.st_mode & 0777U) | S_IRUSR | S_IWUSR) == 0;
   if (done) return;
   const int error = errno;
   throw Failure(FailureNumberOf(error),

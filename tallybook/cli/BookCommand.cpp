@@ -3,6 +3,7 @@
 
 #include "base/Dates.h"
 #include "tallybook/application/BookCare.h"
+#include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/Findings.h"
 #include "tallybook/cli/Lines.h"
@@ -210,14 +211,17 @@ ExitStatus RunRestore(const RestoreOptions& options) {
   application::RestoreOptions how = options.how;
   how.wait_seconds = options.wait;
   const application::RestoreDone done = application::RestoreBook(options.file, BookPath(options.book), how);
-  PrintLine(fmt::format("Made {} as {} was on {}, with {}.", done.book, done.contents.book_name,
-                        DateTimeText(done.contents.time),
-                        Counted(static_cast<long long>(done.contents.companions), "companion file")));
-  if (!done.companions_wait.empty()) {
-    Warn(fmt::format("the companion files are put in place by the next command that opens the book: {}",
-                     done.companions_wait));
-  }
-  if (!done.kept_as.empty()) PrintLine(fmt::format("The book that was there is kept as {}.", done.kept_as));
+  // The book stands there, whether that can be told or not.
+  DoAfterCommit([&] {
+    PrintLine(fmt::format("Made {} as {} was on {}, with {}.", done.book, done.contents.book_name,
+                          DateTimeText(done.contents.time),
+                          Counted(static_cast<long long>(done.contents.companions), "companion file")));
+    if (!done.companions_wait.empty()) {
+      Warn(fmt::format("the companion files are put in place by the next command that opens the book: {}",
+                       done.companions_wait));
+    }
+    if (!done.kept_as.empty()) PrintLine(fmt::format("The book that was there is kept as {}.", done.kept_as));
+  });
   return ExitStatus::kDone;
 }
 
