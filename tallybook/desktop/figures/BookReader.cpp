@@ -1,7 +1,9 @@
 #include "tallybook/desktop/figures/BookReader.h"
 
+#include <algorithm>
 #include <utility>
 
+#include "base/Narrow.h"
 #include "tallybook/engine/BookPlace.h"
 
 namespace tallybook::desktop {
@@ -55,14 +57,47 @@ void BookReader::Open() {
   if (figures_seen_ == 0 || before != seen_ || !was_settled_) ++figures_seen_;
   seen_ = before;
   was_settled_ = settled;
-  TakeDescription();
+  LookAtLists();
 }
 
-void BookReader::TakeDescription() {
+void BookReader::LookAtLists() {
+  found_.reset();
   if (description_ != nullptr && *description_ == book_->Description()) return;
-  description_ = std::make_shared<const engine::BookDescription>(book_->Description());
+  found_ = std::make_unique<const engine::BookDescription>(book_->Description());
+  if (description_ == nullptr) {
+    TakeLists();
+    return;
+  }
+  known_fields_.clear();
+  for (const engine::FieldDescription& field : found_->fields) {
+    const auto known = std::ranges::find(description_->fields, field.number, &engine::FieldDescription::number);
+    const bool is_known = known != description_->fields.end();
+    known_fields_.push_back(is_known ? ToInteger(known - description_->fields.begin() + 1) : Integer{0});
+  }
+}
+
+bool BookReader::TakeLists() {
+  if (found_ == nullptr) return false;
+  description_ = std::move(found_);
   calendar_ = std::make_unique<engine::Calendar>(description_->calendar, description_->data_level);
   ++lists_seen_;
+  return true;
+}
+
+void BookReader::VisitAccount(Integer account, Date first, Date last, Integer field,
+                              const std::function<void(const FigureSeen&)>& visit) {
+  engine::Book& book = Read();
+  engine::FigureQuery query{first, last, {description_->accounts.at(static_cast<std::size_t>(account - 1)).number}, {}};
+  if (field != 0) query.fields = {description_->fields.at(static_cast<std::size_t>(field - 1)).number};
+  const bool is_gone = book.AccountPosition(query.accounts.front()) == 0 ||
+                       (field != 0 && book.FieldPosition(query.fields.front()) == 0);
+  if (is_gone) return;
+  book.VisitFigures(query, [&](const engine::Figure& figure) {
+    const Integer known =
+        HasOtherLists() ? known_fields_[static_cast<std::size_t>(figure.field_position - 1)] : figure.field_position;
+    if (known != 0) visit({figure.date, known, figure.value});
+    return true;
+  });
 }
 
 }  // namespace tallybook::desktop

@@ -186,7 +186,8 @@ void FigureGrid::TakeWhatIsTyped() {
   for (auto* editor : viewport()->findChildren<QLineEdit*>()) {
     if (!editor->isVisible()) continue;  // one that is about to go
     commitData(editor);
-    QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
+    // What was written may have shown the lists anew, which lets go of it.
+    if (editor->isVisible()) QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
   }
 }
 

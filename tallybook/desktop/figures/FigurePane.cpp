@@ -82,6 +82,7 @@ class FigurePane::Parts {
   void Type(int row, int column, Double value);
   void Write();
   void WriteBlock(const PasteBlock& block, const QString& what);
+  bool Agreed(const PasteBlock& block, const QString& what);
   void Copy(bool with_heads);
   void Lay(const Text& cells, const QString& what);
   void Watch();
@@ -128,7 +129,7 @@ class FigurePane::Parts {
   QString selection_text;
   QString waiting_words;
   bool writable = true;
-  Long lists_shown = 0;
+  bool holds_lists = false;  // what is asked about stands in rows and columns
 
   std::function<void()> lists;
   std::function<void()> state;
@@ -247,7 +248,6 @@ void FigurePane::Parts::Connect() {
 void FigurePane::Parts::Open(std::unique_ptr<BookReader> book) {
   CloseBook();
   reader = std::move(book);
-  lists_shown = reader->ListsSeen();
   table = std::make_unique<FigureTable>(*reader);
   totals = std::make_unique<FigureTotals>(*table);
   writer = std::make_unique<FigureWriter>(reader->Path(), app);
@@ -388,9 +388,11 @@ void FigurePane::Parts::Refresh() {
   FollowLists();
 }
 
-// Others may have changed what the book is made of.
+// Others may have changed what the book is made of. What is typed belongs to the row that the user sees.
 void FigurePane::Parts::FollowLists() {
-  if (std::exchange(lists_shown, reader->ListsSeen()) == reader->ListsSeen()) return;
+  if (holds_lists || !reader->HasOtherLists()) return;
+  grid->TakeWhatIsTyped();
+  if (!reader->TakeLists()) return;  // whoever wrote what was typed came here before
   table->FollowLists();
   ShowChoice();
   if (lists) lists();
@@ -481,13 +483,18 @@ void FigurePane::Parts::Write() {
   if (writer->Waits()) retry.start(kRetry);  // what stood behind the one that failed
 }
 
+bool FigurePane::Parts::Agreed(const PasteBlock& block, const QString& what) {
+  holds_lists = true;
+  PastePreview preview(&pane, *table, block, style, what);
+  const bool agreed = preview.exec() == QDialog::Accepted;
+  holds_lists = false;
+  return agreed;
+}
+
 void FigurePane::Parts::WriteBlock(const PasteBlock& block, const QString& what) {
   if (block.RowsChanged() == 0) return Say("Nothing changes: the figures stand so already.");
-  if (block.RowsChanged() > 1) {
-    PastePreview preview(&pane, *table, block, style, what);
-    if (preview.exec() != QDialog::Accepted) return;
-  }
   const auto changes = ChangesOf(block, *table);
+  if (block.RowsChanged() > 1 && !Agreed(block, what)) return;
   writer->Add(WhatRan(*table, changes), changes);
   Write();
 }

@@ -7,6 +7,7 @@ namespace tallybook::desktop {
 namespace {
 
 constexpr std::size_t kMostUnitsOfBlock = 64;
+constexpr Integer kAllFields = 0;
 constexpr std::size_t kFiguresOfBlock = 1024;
 constexpr std::size_t kMostFigures = std::size_t{4} << 20;  // 32 MiB
 
@@ -39,15 +40,13 @@ const FigureSums::Block& FigureSums::BlockOf(Integer account, std::size_t block)
 void FigureSums::ReadBlock(Integer account, UnitRange range, Block& figures) {
   ++reads_;
   figures.assign(range.Count() * fields_, 0);
-  engine::Book& book = reader_.Read();
-  const engine::FigureQuery query{
-      units_.At(range.first).first, units_.At(range.end - 1).last, {book.AccountNumber(account)}, {}};
+  const Date first = units_.At(range.first).first;
+  const Date last = units_.At(range.end - 1).last;
   std::size_t unit = range.first;
-  book.VisitFigures(query, [&](const engine::Figure& figure) {
+  reader_.VisitAccount(account, first, last, kAllFields, [&](const BookReader::FigureSeen& figure) {
     // In the order of dates, so the unit is the one of before or one behind it.
     while (unit + 1 < range.end && units_.At(unit).last < figure.date) ++unit;
-    figures[(unit - range.first) * fields_ + static_cast<std::size_t>(figure.field_position - 1)] += figure.value;
-    return true;
+    figures[(unit - range.first) * fields_ + static_cast<std::size_t>(figure.field - 1)] += figure.value;
   });
 }
 

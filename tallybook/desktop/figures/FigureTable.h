@@ -43,7 +43,7 @@ class FigureTable {
   [[nodiscard]] const FigureChoice& Choice() const { return choice_; }
   // The stretches that can be chosen with the level: from the level itself up to all dates.
   [[nodiscard]] std::vector<Integer> Stretches() const;
-  // Takes the lists anew, where the reader has seen others.
+  // Follows the reader, where it has taken other lists.
   void FollowLists();
 
   // Moves what is shown: by so many stretches, or by so many units where one date is shown. False where the book ends.

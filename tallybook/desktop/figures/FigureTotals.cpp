@@ -29,20 +29,18 @@ bool FigureTotals::Work(std::chrono::milliseconds time) {
 }
 
 void FigureTotals::AddAccount(Integer account) {
-  engine::Book& book = table_.Reader().Read();
   const FigureUnits& units = table_.Units();
   const int last_row = table_.RowsAreDates() ? table_.Rows() - 1 : 0;
   const FigurePlace first = table_.PlaceOf(0, 0);
   const FigurePlace last = table_.PlaceOf(last_row, table_.Columns() - 1);
-  engine::FigureQuery query{units.At(first.unit).first, units.At(last.unit).last, {book.AccountNumber(account)}, {}};
-  if (table_.ColumnsAreDates()) query.fields = {book.FieldNumber(first.field)};
+  const Date first_date = units.At(first.unit).first;
+  const Date last_date = units.At(last.unit).last;
+  const Integer field = table_.ColumnsAreDates() ? first.field : Integer{0};
   std::size_t unit = first.unit;
-  book.VisitFigures(query, [&](const engine::Figure& figure) {
+  table_.Reader().VisitAccount(account, first_date, last_date, field, [&](const BookReader::FigureSeen& figure) {
     while (unit < last.unit && units.At(unit).last < figure.date) ++unit;
-    const auto column =
-        table_.ColumnsAreDates() ? unit - first.unit : static_cast<std::size_t>(figure.field_position - 1);
+    const auto column = table_.ColumnsAreDates() ? unit - first.unit : static_cast<std::size_t>(figure.field - 1);
     sums_[column] += figure.value;
-    return true;
   });
 }
 

@@ -487,6 +487,11 @@ void MainWindow::Parts::Journal() {
 
 bool MainWindow::Parts::Converse(const Conversation& conversation) {
   if (conversations == nullptr || IsRunning()) return false;
+  figures->TakeWhatIsTyped();
+  if (figures->Waits()) {
+    window.Tell(figures->SavedText());
+    return false;
+  }
   const ConversationResult result = conversation(*conversations);
   figures->LookAgain();
   return result.ChangedFigures();

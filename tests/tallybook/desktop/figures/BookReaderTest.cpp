@@ -1,5 +1,8 @@
 #include <filesystem>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <utility>
+#include <vector>
 
 #include "tests/support/FailsWith.h"
 #include "tests/tallybook/desktop/figures/FiguresFixture.h"
@@ -8,8 +11,11 @@ namespace tallybook::desktop {
 namespace {
 
 using testing::Day;
+using ::testing::ElementsAre;
 using testing::FailsWith;
 using testing::Get;
+using ::testing::IsEmpty;
+using ::testing::Pair;
 
 class BookReaderTest : public testing::FiguresFixture {
  protected:
@@ -60,6 +66,37 @@ TEST_F(BookReaderTest, ComesToRestWithWhatItSawWhenNobodyWrites) {
 TEST_F(BookReaderTest, DoesNotKeepAWriterFromTheBook) {
   (void)Reader().Read();
   EXPECT_NO_THROW(Write(101, Day(2003, 1, 1), 1, 99));
+}
+
+TEST_F(BookReaderTest, StaysWithTheListsKnownUntilItIsToldToTakeOthers) {
+  (void)Reader().Read();
+  ChangeLists();
+  Reader().Refresh();
+  EXPECT_TRUE(Reader().HasOtherLists());
+  EXPECT_EQ(Reader().Description().accounts.size(), 3U);
+  EXPECT_TRUE(Reader().TakeLists());
+  EXPECT_FALSE(Reader().TakeLists());
+  EXPECT_EQ(Reader().Description().accounts.size(), 2U);
+  EXPECT_EQ(Reader().Description().fields.front().description, "Tips");
+}
+
+TEST_F(BookReaderTest, VisitsTheAccountsAndFieldsKnownWhereverTheyStandNow) {
+  (void)Reader().Read();
+  ChangeLists();
+  Reader().Refresh();
+  const auto seen = [&](Integer account, Integer field) {
+    std::vector<std::pair<Integer, Double>> figures;
+    Reader().VisitAccount(account, Day(2003, 1, 5), Day(2003, 1, 5), field, [&](const BookReader::FigureSeen& figure) {
+      if (figure.value != 0) figures.emplace_back(figure.field, figure.value);
+    });
+    return figures;
+  };
+  const Integer all_fields = 0;
+  EXPECT_THAT(seen(2, all_fields), ElementsAre(Pair(2, 7.0)));
+  EXPECT_THAT(seen(2, 2), ElementsAre(Pair(2, 7.0)));
+  EXPECT_THAT(seen(1, all_fields), IsEmpty()) << "the book has that account no more";
+  Reader().TakeLists();
+  EXPECT_THAT(seen(1, all_fields), ElementsAre(Pair(1, 77.0), Pair(3, 7.0)));
 }
 
 TEST_F(BookReaderTest, FailsForABookThatIsGoneAndIsAtRestThen) {

@@ -20,6 +20,21 @@ TEST_F(FigureTableTest, ShowsAnAccountAsFieldsByDates) {
   EXPECT_EQ(Table().ShownName(DateText), "January 2003");
 }
 
+TEST_F(FigureTableTest, ShowsTheAccountsAndFieldsOfItsHeadsWhenOthersChangeTheLists) {
+  Choose(FigureView::kDate, kDayLevel, kPeriodLevel, Day(2003, 1, 5));
+  EXPECT_EQ(Table().Value(0, 0), 50);
+  ChangeLists();
+  Reader().Refresh();
+  EXPECT_EQ(Table().RowHead(1, DateText), "200  Café");
+  EXPECT_EQ(Table().Value(1, 1), 7);
+  EXPECT_EQ(Table().Value(0, 0), 0) << "account 101 is gone";
+  Reader().TakeLists();
+  Table().FollowLists();
+  EXPECT_EQ(Table().RowHead(0, DateText), "200  Café");
+  EXPECT_EQ(Table().Value(0, 0), 77);
+  EXPECT_EQ(Table().Value(0, 2), 7);
+}
+
 TEST_F(FigureTableTest, ShowsADateAsAccountsByFields) {
   Choose(FigureView::kDate, kDayLevel, kPeriodLevel, Day(2003, 1, 5));
   EXPECT_EQ(Table().Rows(), 3);

@@ -47,6 +47,16 @@ class FiguresFixture : public BookFixture {
     Put(*book, account, date, field, value);
     book->Close();
   }
+  // Another program's: account 101 is taken away, and a field that has a figure comes first.
+  void ChangeLists() {
+    const auto book = Open();
+    engine::BookDescription lists = book->Description();
+    lists.accounts.erase(lists.accounts.begin());
+    lists.fields.insert(lists.fields.begin(), {12, "Tips", false});
+    book->Grow(lists, "lists");
+    Put(*book, 205, Day(2003, 1, 5), 12, 77);
+    book->Close();
+  }
   Double Stored(Long account, Date date, Integer field) {
     const auto book = OpenToRead();
     return Get(*book, account, date, field);

@@ -80,6 +80,14 @@ class MainWindowTest : public testing::BookFixture {
     for (const char* character = text; *character != '\0'; ++character)
       QTest::keyClick(QApplication::focusWidget(), *character);
   }
+  // Another program's change of the lists.
+  void TakeFirstAccountAway() {
+    const auto other = Open();
+    engine::BookDescription lists = other->Description();
+    lists.accounts.erase(lists.accounts.begin());
+    other->Grow(lists, "account remove");
+    other->Close();
+  }
   QString Status() {
     QString all = Window().statusBar()->currentMessage();
     for (const QLabel* label : Window().statusBar()->findChildren<QLabel*>()) all += " | " + label->text();
@@ -324,6 +332,37 @@ TEST_F(MainWindowTest, KeepsWhatIsBeingTypedWhenOthersWrite) {
   Type("3");
   Press(Qt::Key_Return);
   EXPECT_EQ(Cell(0, 0), "123.00");
+}
+
+TEST_F(MainWindowTest, WritesWhatIsTypedToTheAccountThatWasSeenWhenOthersTakeOneAway) {
+  OpenShop();
+  Press(Qt::Key_2, Qt::ControlModifier);
+  Grid().setFocus();
+  Grid().GoTo(1, 0);
+  Type("12");
+  TakeFirstAccountAway();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return Grid().model()->rowCount() == 2; }, kLimit));
+  EXPECT_EQ(Get(*OpenToRead(), 205, Day(2003, 1, 1), 1), 12);
+  EXPECT_EQ(Get(*OpenToRead(), 7, Day(2003, 1, 1), 1), 0);
+}
+
+TEST_F(MainWindowTest, PastesToTheAccountsThatWereSeenWhenOthersTakeOneAwayBeforeItIsAgreed) {
+  OpenShop();
+  Press(Qt::Key_2, Qt::ControlModifier);
+  Grid().setFocus();
+  Grid().GoTo(1, 0);
+  QApplication::clipboard()->setText("1\n2\n");
+  WhenAsked([&](QDialog& dialog) {
+    TakeFirstAccountAway();
+    constexpr int kLongerThanALook = 1500;
+    QTest::qWait(kLongerThanALook);
+    QTest::keyClick(&dialog, Qt::Key_Return);
+  });
+  Press(Qt::Key_V, Qt::ControlModifier);
+  EXPECT_TRUE(WasAsked());
+  EXPECT_EQ(Grid().model()->rowCount(), 2);
+  EXPECT_EQ(Get(*OpenToRead(), 205, Day(2003, 1, 1), 1), 1);
+  EXPECT_EQ(Get(*OpenToRead(), 7, Day(2003, 1, 1), 1), 2);
 }
 
 TEST_F(MainWindowTest, TakesWhatIsBeingTypedBeforeItGoesElsewhere) {
