@@ -24,6 +24,7 @@ namespace tallybook::cli {
 [[nodiscard]] CommandTable AccountCommand();
 [[nodiscard]] CommandTable FieldCommand();
 [[nodiscard]] CommandTable CalendarCommand();
+[[nodiscard]] CommandTable ApplyCommand();
 
 // Makes the whole program's table anew.
 using TableSource = std::function<CommandTable()>;

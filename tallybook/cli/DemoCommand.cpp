@@ -85,6 +85,7 @@ class Demo {
     Import();
     CompareSums();
     ShowTables(folder);
+    Grow();
     ShowJournal(folder);
   }
 
@@ -249,8 +250,16 @@ class Demo {
     }
   }
 
+  void Grow() {
+    Heading("8. The shop grows");
+    Say("It opens a department and begins a year. Figures stay where they are, and each step can be taken back.");
+    Type({"account", "add", kShop, "160", "--description", "Garden"});
+    Type({"calendar", "extend", kShop, "--years", "1"});
+    Type({"calendar", "show", kShop});
+  }
+
   void ShowJournal(const fs::path& folder) {
-    Heading("8. The way back");
+    Heading("9. The way back");
     Say("Imports keep a journal, by which they can be taken back:");
     Type({"journal", "list", kOffice});
     Say("To undo the import and look again:");

@@ -2,17 +2,16 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <map>
 #include <nlohmann/json.hpp>
-#include <optional>
-#include <vector>
 
+#include "base/Dates.h"
 #include "base/Failure.h"
-#include "tallybook/application/DefinitionFollow.h"
 #include "tallybook/application/ListEdits.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/TextTable.h"
-#include "tallybook/engine/BookGrowth.h"
+#include "tallybook/engine/Calendar.h"
 
 namespace tallybook::cli {
 
@@ -25,13 +24,21 @@ using engine::FiguresLost;
 using engine::ListDifference;
 using Json = nlohmann::ordered_json;
 
+// The figures of an account that are set.
+struct FiguresSet {
+  AccountDescription account;
+  long long figures = 0;
+  Date first = kNoDate;  // of their records
+  Date last = kNoDate;
+};
+
 // All that is told of a change.
 struct Growth {
   BookDifference difference;
   std::vector<FiguresLost> lost;
-  std::vector<application::DefinitionUse> definitions;
-  bool definitions_follow = false;
+  std::vector<FiguresSet> set;
   std::vector<Text> beyond_exchange_files;  // that were not so before
+  [[nodiscard]] bool IsEmpty() const { return difference.IsEmpty() && set.empty(); }
 };
 
 Text NameOf(const AccountDescription& account) {
@@ -93,7 +100,7 @@ void AddRows(const ListDifference<Row>& list, const Growth& growth, bool is_fiel
 }
 
 void PrintTable(const Growth& growth) {
-  if (growth.difference.IsEmpty()) {
+  if (growth.IsEmpty()) {
     PrintLine("Nothing differs.");
     return;
   }
@@ -104,6 +111,11 @@ void PrintTable(const Growth& growth) {
   const bool is_field = true;
   AddRows(growth.difference.accounts, growth, !is_field, table);
   AddRows(growth.difference.fields, growth, is_field, table);
+  for (const FiguresSet& set : growth.set) {
+    table.AddRow(
+        {"set", "account", std::to_string(set.account.number), set.account.code,
+         fmt::format("{}, {} to {}", Counted(set.figures, "figure"), DateText(set.first), DateText(set.last))});
+  }
   table.Print();
 }
 
@@ -139,7 +151,7 @@ Json ListJson(const ListDifference<Row>& list, const Growth& growth, bool is_fie
   return json;
 }
 
-void PrintJson(const Growth& growth, bool is_done) {
+void PrintJson(const Growth& growth, const NamedDefinitions& definitions, bool is_done) {
   Json json = {{"done", is_done}, {"book_changes", Json::array()}};
   for (const auto& item : growth.difference.items) {
     json["book_changes"].push_back({{"what", item.name}, {"old", item.before}, {"new", item.after}});
@@ -147,33 +159,23 @@ void PrintJson(const Growth& growth, bool is_done) {
   const bool is_field = true;
   json["account_changes"] = ListJson(growth.difference.accounts, growth, !is_field);
   json["field_changes"] = ListJson(growth.difference.fields, growth, is_field);
+  json["figure_changes"] = Json::array();
+  for (const FiguresSet& set : growth.set) {
+    json["figure_changes"].push_back({{"account", set.account.number},
+                                      {"code", set.account.code},
+                                      {"figures", set.figures},
+                                      {"first", DateText(set.first)},
+                                      {"last", DateText(set.last)}});
+  }
   json["definitions"] = Json::array();
-  for (const application::DefinitionUse& use : growth.definitions) {
+  for (const application::DefinitionUse& use : definitions.Uses()) {
     json["definitions"].push_back({{"number", use.number},
                                    {"title", use.title},
                                    {"names", use.names},
-                                   {"followed", growth.definitions_follow && use.can_follow && is_done}});
+                                   {"followed", definitions.Follows(use) && is_done}});
   }
   json["beyond_exchange_files"] = growth.beyond_exchange_files;
   PrintAsItStands(JsonText(json));
-}
-
-// What a user should see besides, on standard error.
-void TellBesides(const Growth& growth, bool is_done) {
-  for (const application::DefinitionUse& use : growth.definitions) {
-    Text names;
-    for (const Text& name : use.names) names += (names.empty() ? "" : ", ") + name;
-    const Text title = fmt::format("exchange definition {} ({})", use.number, use.title);
-    if (use.can_follow && growth.definitions_follow) {
-      if (is_done) TellLine(fmt::format("{} follows: {}", title, names));
-    } else {
-      Warn(fmt::format("{} names what changes: {}{}", title, names,
-                       use.can_follow ? "; --with-definitions writes the new code into it" : ""));
-    }
-  }
-  for (const Text& trouble : growth.beyond_exchange_files) {
-    Warn("the book cannot be exported as an exchange file any more: it has " + trouble);
-  }
 }
 
 void NeedFiguresToGo(const engine::Book& book, const Growth& growth) {
@@ -189,28 +191,72 @@ void NeedFiguresToGo(const engine::Book& book, const Growth& growth) {
                             growth.lost.size() == 1 ? "it" : "all"));
 }
 
-Growth LookAtGrowth(Session& session, engine::Book& book, const engine::BookDescription& after,
-                    const GrowthOptions& options) {
-  CheckGrowth(book.Stored(), after, book.Path());
+// By account, in the order of the list that is to be.
+std::vector<FiguresSet> FiguresSetBy(const std::vector<engine::ValueDescription>& values,
+                                     const engine::BookDescription& after) {
+  const engine::Calendar calendar(after.calendar, after.data_level);
+  std::map<Long, FiguresSet> by_account;
+  for (const engine::ValueDescription& value : values) {
+    FiguresSet& set = by_account[value.account];
+    const Date record = calendar.UnitOf(value.date, kOwnLevel).last;
+    set.first = set.figures == 0 ? record : std::min(set.first, record);
+    set.last = set.figures == 0 ? record : std::max(set.last, record);
+    ++set.figures;
+  }
+  std::vector<FiguresSet> sets;
+  for (const AccountDescription& account : after.accounts) {
+    const auto found = by_account.find(account.number);
+    if (found == by_account.end()) continue;
+    sets.push_back(found->second);
+    sets.back().account = account;
+  }
+  return sets;
+}
+
+// Of what cannot change: whether a new book made from this one can have it.
+bool NeedsNewBook(const engine::BookDescription& before, const engine::BookDescription& after) {
+  return before.data_level != after.data_level || before.calendar.kind != after.calendar.kind ||
+         before.calendar.first_date != after.calendar.first_date ||
+         before.calendar.first_year != after.calendar.first_year || before.calendar.years > after.calendar.years;
+}
+
+void NeedGrowth(const engine::Book& book, const engine::BookDescription& after, const Text& source) {
+  try {
+    CheckGrowth(book.Stored(), after, source);
+  } catch (const Failure& failure) {
+    if (!NeedsNewBook(book.Description(), after)) throw;
+    throw Failure(failure.Number(),
+                  fmt::format("{}: tallybook new NEW --from-book {}", failure.Description(), book.Path()));
+  }
+}
+
+Growth LookAtGrowth(engine::Book& book, const engine::BookDescription& after, const GrowthOptions& options) {
+  NeedGrowth(book, after, options.source.empty() ? book.Path() : options.source);
   Growth growth;
   growth.difference = FindDifference(book.Description(), after);
   growth.lost = book.LostBy(after);
-  growth.definitions =
-      application::DefinitionsNaming(session.Files(), book.DataPath(), book.FileExtension(), growth.difference);
-  growth.definitions_follow = options.with_definitions;
+  growth.set = FiguresSetBy(book.ChangedValues(after), after);
   if (application::BeyondExchangeFiles(book.Description()).empty()) {
     growth.beyond_exchange_files = application::BeyondExchangeFiles(after);
   }
   return growth;
 }
 
-void Print(const Growth& growth, const GrowthOptions& options, bool is_done) {
+// What a user should see besides, on standard error.
+void TellBesides(const Growth& growth, const NamedDefinitions& definitions, bool is_done) {
+  definitions.Tell(is_done);
+  for (const Text& trouble : growth.beyond_exchange_files) {
+    Warn("the book cannot be exported as an exchange file any more: it has " + trouble);
+  }
+}
+
+void Print(const Growth& growth, const NamedDefinitions& definitions, const GrowthOptions& options, bool is_done) {
   if (options.form == PrintForm::kJson) {
-    PrintJson(growth, is_done);
-  } else {
+    PrintJson(growth, definitions, is_done);
+  } else if (!is_done || !options.show_first) {
     PrintTable(growth);
   }
-  TellBesides(growth, is_done);
+  TellBesides(growth, definitions, is_done);
 }
 
 }  // namespace
@@ -228,21 +274,42 @@ void AddWithDefinitions(CommandTable& command, GrowthOptions& options) {
           "Write a new code into the exchange definitions that name the old one");
 }
 
+NamedDefinitions::NamedDefinitions(Session& session, const engine::Book& book, const BookDifference& difference,
+                                   bool follow, bool dry_run)
+    : uses_(application::DefinitionsNaming(session.Files(), book.DataPath(), book.FileExtension(), difference)),
+      follow_(follow) {
+  if (follow_ && !dry_run) followed_.emplace(session.Files(), uses_, difference);
+}
+
+void NamedDefinitions::Keep() {
+  if (followed_) DoAfterCommit([this] { followed_->Keep(); });
+}
+
+void NamedDefinitions::Tell(bool is_done) const {
+  for (const application::DefinitionUse& use : uses_) {
+    Text names;
+    for (const Text& name : use.names) names += (names.empty() ? "" : ", ") + name;
+    const Text title = fmt::format("exchange definition {} ({})", use.number, use.title);
+    if (Follows(use)) {
+      TellLine(fmt::format("{} {}: {}", title, is_done ? "follows" : "would follow", names));
+    } else {
+      Warn(fmt::format("{} names what changes: {}{}", title, names,
+                       use.can_follow ? "; --with-definitions writes the new code into it" : ""));
+    }
+  }
+}
+
 void GrowBook(Session& session, engine::Book& book, const engine::BookDescription& after, const Text& what_ran,
               const GrowthOptions& options) {
-  const Growth growth = LookAtGrowth(session, book, after, options);
-  if (options.dry_run) {
-    const bool is_done = false;
-    Print(growth, options, is_done);
-    return;
-  }
-  if (!options.with_figures) NeedFiguresToGo(book, growth);
-  std::optional<application::FollowedDefinitions> followed;
-  if (options.with_definitions) followed.emplace(session.Files(), growth.definitions, growth.difference);
-  book.Grow(after, what_ran);
-  if (followed) DoAfterCommit([&] { followed->Keep(); });
+  const Growth growth = LookAtGrowth(book, after, options);
+  NamedDefinitions definitions(session, book, growth.difference, options.with_definitions, options.dry_run);
   const bool is_done = true;
-  DoAfterCommit([&] { Print(growth, options, is_done); });
+  if (options.dry_run) return Print(growth, definitions, options, !is_done);
+  if (options.show_first && options.form == PrintForm::kTable) PrintTable(growth);
+  if (!options.with_figures) NeedFiguresToGo(book, growth);
+  book.Grow(after, what_ran);
+  definitions.Keep();
+  DoAfterCommit([&] { Print(growth, definitions, options, is_done); });
 }
 
 }  // namespace tallybook::cli

@@ -9,10 +9,12 @@
 #include "tallybook/application/EntryWords.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
+#include "tallybook/cli/Growth.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
+#include "tallybook/engine/BookGrowth.h"
 #include "tallybook/engine/Journal.h"
 
 namespace tallybook::cli {
@@ -28,6 +30,7 @@ struct JournalOptions {
   PrintForm form = PrintForm::kTable;
   Long wait = 0;
   std::optional<Long> id;
+  bool with_definitions = false;
 };
 
 Text UndoneLine(const engine::JournalEntry& entry) {
@@ -105,10 +108,18 @@ ExitStatus RunUndo(const JournalOptions& options) {
   const auto book = session.OpenToChange(options.book, options.wait);
   book->SetOperation(engine::JournalKind::kUndo, "journal undo");
   engine::Journal journal(*book);
+  const auto difference = engine::FindDifference(book->Description(), journal.DescriptionAfterUndo(options.id));
+  std::optional<NamedDefinitions> definitions;
+  if (!difference.IsEmpty()) definitions.emplace(session, *book, difference, options.with_definitions);
   const auto undone = options.id ? journal.Undo(*options.id) : journal.UndoNewest();
   DoAfterCommit([&] {
     for (const engine::JournalEntry& entry : undone) PrintLine(UndoneLine(entry));
   });
+  if (definitions) {
+    definitions->Keep();
+    const bool is_done = true;
+    DoAfterCommit([&] { definitions->Tell(is_done); });
+  }
   DoAfterCommit([&] { book->Close(); });
   return ExitStatus::kDone;
 }
@@ -131,6 +142,8 @@ CommandTable UndoCommand() {
   AddBookToChange(command, options->book, options->wait);
   AddNumber(command, "ID", options->id, "", "This entry alone; nothing later may stand on it")
       .As(ArgumentKind::kJournalEntry);
+  AddFlag(command, "--with-definitions", options->with_definitions,
+          "Of a change of accounts: write their codes from before into the exchange definitions as well");
   return command;
 }
 

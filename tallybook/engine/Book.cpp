@@ -327,22 +327,63 @@ std::vector<FiguresLost> Book::LostBy(const BookDescription& after) {
   return lost;
 }
 
+std::vector<ValueDescription> Book::ChangedValues(const BookDescription& after) {
+  std::vector<ValueDescription> changed;
+  for (const ValueDescription& value : after.values) {
+    const bool stands = FieldPosition(value.field) != 0 && ReadRecord(value.account, value.date);
+    if (value.value != (stands ? FieldValue(value.field) : 0)) changed.push_back(value);
+  }
+  DropCurrentRecord();
+  return changed;
+}
+
 void Book::Grow(const BookDescription& after, const Text& what_ran) {
   RequireWritable();
   FigureStore& store = Store();
   CheckGrowth(*stored_, after, path_);
   const auto grown = std::make_shared<StoredDescription>(Grown(*stored_, after));
-  if (*grown == *stored_) return;
+  const std::vector<ValueDescription> values = ChangedValues(after);
+  const bool lists_change = *grown != *stored_;
+  if (!lists_change && values.empty()) return;
   EndOwnEntry();
-  DropCurrentRecord();
   JournalEntry entry;
   entry.kind = JournalKind::kLists;
   entry.time = Now();
   entry.what_ran = what_ran;
   entry.state = JournalState::kClosed;
-  store.ChangeDescription(grown, entry, ChangeText(*stored_, *grown));
   command_has_entry_ = false;
-  TakeStored();
+  try {
+    store.AsOne([&] {
+      if (lists_change) store.ChangeDescription(grown, entry, ChangeText(*stored_, *grown));
+      TakeStored();
+      if (!values.empty()) SetValues(values, what_ran, lists_change ? store.Command() : 0);
+    });
+  } catch (...) {
+    DropCurrentRecord();
+    TakeStored();
+    throw;
+  }
+}
+
+void Book::SetValues(const std::vector<ValueDescription>& values, const Text& what_ran, Long command) {
+  const auto [first, last] = std::ranges::minmax(values, {}, &ValueDescription::date);
+  JournalEntry entry;
+  entry.command = command;
+  entry.kind = JournalKind::kSet;
+  entry.time = Now();
+  entry.first = CalendarRules().UnitOf(first.date, kOwnLevel).last;
+  entry.last = CalendarRules().UnitOf(last.date, kOwnLevel).last;
+  entry.what_ran = what_ran;
+  store_->BeginEntry(entry);
+  for (const ValueDescription& value : values) {
+    if (!ReadRecord(value.account, value.date)) {
+      throw Failure(FailureNumber::kInternal, path_ + ": the record of a value cannot be read", kSource);
+    }
+    SetFieldValue(value.field, value.value);
+    WriteRecord();
+  }
+  store_->EndEntry();
+  DropCurrentRecord();
 }
 
 ValueGiver Book::Values() {
@@ -547,15 +588,43 @@ void Book::EndOwnEntry() {
   own_entry_ = false;
 }
 
-void Book::TakeBack(const std::vector<JournalEntry>& entries) {
-  EndOwnEntry();
-  DropCurrentRecord();
+JournalEntry Book::EntryOfUndo() const {
   JournalEntry undo;
   undo.kind = JournalKind::kUndo;
   undo.time = Now();
   undo.what_ran = operation_kind_ == JournalKind::kUndo ? operation_name_ : Text("undo");
   undo.state = JournalState::kClosed;
-  Store().Undo(entries, undo);
+  return undo;
+}
+
+void Book::TakeBack(const std::vector<JournalEntry>& figures, const std::vector<JournalEntry>& lists) {
+  EndOwnEntry();
+  DropCurrentRecord();
+  FigureStore& store = Store();
+  JournalEntry undo = EntryOfUndo();
+  if (lists.empty()) {
+    store.Undo(figures, undo);
+    return;
+  }
+  try {
+    store.AsOne([&] {
+      if (!figures.empty()) {
+        store.Undo(figures, undo);
+        undo.command = store.Command();
+      }
+      for (const JournalEntry& entry : lists) {
+        TakeListsBack(entry, undo);
+        undo.command = store.Command();
+      }
+    });
+  } catch (...) {
+    TakeStored();
+    throw;
+  }
+}
+
+StoredDescription Book::DescriptionBefore(const StoredDescription& now, const JournalEntry& entry) const {
+  return TakenBack(now, Store().ChangeOf(entry.id), path_);
 }
 
 void Book::RefuseToTakeBack(const JournalEntry& entry, const Text& why) const {
@@ -564,11 +633,9 @@ void Book::RefuseToTakeBack(const JournalEntry& entry, const Text& why) const {
 }
 
 // What goes away again must have no figures: they came after it.
-void Book::TakeListsBack(const JournalEntry& entry) {
-  EndOwnEntry();
-  DropCurrentRecord();
+void Book::TakeListsBack(const JournalEntry& entry, JournalEntry undo) {
   FigureStore& store = Store();
-  const auto before = std::make_shared<StoredDescription>(TakenBack(*stored_, store.ChangeOf(entry.id), path_));
+  const auto before = std::make_shared<StoredDescription>(DescriptionBefore(*stored_, entry));
   for (const FiguresLost& lost : LostBy(before->description)) {
     RefuseToTakeBack(entry, (lost.is_field ? "field " + std::to_string(lost.number) : "account " + lost.name) +
                                 ", which it added, has " + std::to_string(lost.figures) +
@@ -581,11 +648,6 @@ void Book::TakeListsBack(const JournalEntry& entry) {
     RefuseToTakeBack(entry, "the years that it added have " + std::to_string(figures) +
                                 (figures == 1 ? " figure" : " figures") + " since");
   }
-  JournalEntry undo;
-  undo.kind = JournalKind::kUndo;
-  undo.time = Now();
-  undo.what_ran = operation_kind_ == JournalKind::kUndo ? operation_name_ : Text("undo");
-  undo.state = JournalState::kClosed;
   undo.undoes = entry.id;
   store.ChangeDescription(before, undo, "");
   TakeStored();

@@ -118,9 +118,13 @@ class Book final : public Masterfile, public CalendarSource {
   // What the book would lose by becoming `after`: accounts and fields that have figures and are not in it any more, with
   // the number of figures; in the order of the lists, accounts first. CheckGrowth has found that the book may become it.
   [[nodiscard]] std::vector<FiguresLost> LostBy(const BookDescription& after);
-  // Changes the book's names, lists and years to those of `after`, in one entry of the journal that `what_ran` names.
-  // Values of `after` are not looked at. Where there is no difference nothing is done. Figures of what is removed stay in
-  // the file for the way back; whoever calls has asked LostBy. The book has no current record afterwards.
+  // The values of `after` that are not what the book has, in their order: those of zero where it has none are left out.
+  // CheckGrowth has found that the book may become `after`. The book has no current record afterwards.
+  [[nodiscard]] std::vector<ValueDescription> ChangedValues(const BookDescription& after);
+  // Changes the book's names, lists and years to those of `after`, in one entry of the journal that `what_ran` names, and
+  // sets the values that it has, in another of the same command; all of it in one transaction. Figures that `after` does
+  // not name stay. Where there is no difference nothing is done. Figures of what is removed stay in the file for the way
+  // back; whoever calls has asked LostBy. The book has no current record afterwards.
   //   fails   5 for what CheckGrowth refuses, before anything is changed; 70 for a book open to read; else as Commit
   void Grow(const BookDescription& after, const Text& what_ran);
 
@@ -242,8 +246,13 @@ class Book final : public Masterfile, public CalendarSource {
   void BeginEntry(Date first, Date last, bool keeps_images);
   void OpenOwnEntry();
   void EndOwnEntry();
-  void TakeBack(const std::vector<JournalEntry>& entries);
-  void TakeListsBack(const JournalEntry& entry);
+  void SetValues(const std::vector<ValueDescription>& values, const Text& what_ran, Long command);
+  [[nodiscard]] JournalEntry EntryOfUndo() const;
+  // Entries of figures and such of lists, each newest first, all of one command.
+  void TakeBack(const std::vector<JournalEntry>& figures, const std::vector<JournalEntry>& lists);
+  void TakeListsBack(const JournalEntry& entry, JournalEntry undo);
+  // What the description was before an entry of kind kLists, where `now` is that behind it.
+  [[nodiscard]] StoredDescription DescriptionBefore(const StoredDescription& now, const JournalEntry& entry) const;
   void RefuseToTakeBack(const JournalEntry& entry, const Text& why) const;
   void TakeStored();
   void DropCurrentRecord();

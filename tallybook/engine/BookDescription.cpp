@@ -163,36 +163,59 @@ PeriodDescription ReadPeriod(const Place& place) {
   return period;
 }
 
-CalendarDescription ReadCalendar(const Place& place) {
+std::vector<PeriodDescription> ReadPeriods(const Place& place) {
+  std::vector<PeriodDescription> periods;
+  for (const Place& item : place.Items()) periods.push_back(ReadPeriod(item));
+  return periods;
+}
+
+// Of a calendar that is there already, what is left out stays.
+CalendarDescription ReadCalendar(const Place& place, const CalendarDescription* now) {
   place.RequireObject({"kind", "first_date", "first_year", "years", "years_in_use", "week_ends_on", "periods"});
-  CalendarDescription calendar;
-  calendar.kind = place.At("kind").Choice(kCalendarKinds);
-  calendar.first_date = place.At("first_date").Day();
-  calendar.years = place.At("years").Whole<Integer>(1, kMaxYears);
-  calendar.first_year =
-      place.Has("first_year") ? place.At("first_year").Whole<Integer>(1, 9999) : PartsOf(calendar.first_date).year;
-  calendar.years_in_use =
-      place.Has("years_in_use") ? place.At("years_in_use").Whole<Integer>(1, kMaxYears) : calendar.years;
+  CalendarDescription calendar = now != nullptr ? *now : CalendarDescription();
+  const auto is_given = [&](const char* key) { return now == nullptr || place.Has(key); };
+  if (is_given("kind")) calendar.kind = place.At("kind").Choice(kCalendarKinds);
+  if (is_given("first_date")) calendar.first_date = place.At("first_date").Day();
+  if (is_given("years")) calendar.years = place.At("years").Whole<Integer>(1, kMaxYears);
+  if (now == nullptr) calendar.first_year = PartsOf(calendar.first_date).year;
+  if (now == nullptr) calendar.years_in_use = calendar.years;
+  if (place.Has("first_year")) calendar.first_year = place.At("first_year").Whole<Integer>(1, 9999);
+  if (place.Has("years_in_use")) calendar.years_in_use = place.At("years_in_use").Whole<Integer>(1, kMaxYears);
   if (place.Has("week_ends_on")) calendar.week_ends_on = place.At("week_ends_on").Choice(kWeekdays);
-  if (place.Has("periods")) {
-    for (const Place& item : place.At("periods").Items()) calendar.periods.push_back(ReadPeriod(item));
-  }
+  if (place.Has("periods")) calendar.periods = ReadPeriods(place.At("periods"));
   return calendar;
 }
 
-AccountDescription ReadAccount(const Place& place) {
+// The row of that number as it is now; one of nothing but the number where there is none.
+template <typename Row>
+using RowFinder = std::function<Row(Long number)>;
+
+template <typename Row>
+RowFinder<Row> FinderIn(const std::vector<Row>* now) {
+  std::unordered_map<Long, const Row*> rows;
+  if (now != nullptr) {
+    for (const Row& row : *now) rows.emplace(row.number, &row);
+  }
+  return [rows = std::move(rows)](Long number) {
+    const auto found = rows.find(number);
+    if (found != rows.end()) return *found->second;
+    Row row;
+    row.number = static_cast<decltype(row.number)>(number);
+    return row;
+  };
+}
+
+AccountDescription ReadAccount(const Place& place, const RowFinder<AccountDescription>& find) {
   place.RequireObject({"number", "code", "description"});
-  AccountDescription account;
-  account.number = place.At("number").Whole<Long>(1, kMaxAccountNumber);
-  account.code = place.At("code").String();
+  AccountDescription account = find(place.At("number").Whole<Long>(1, kMaxAccountNumber));
+  if (account.code.empty() || place.Has("code")) account.code = place.At("code").String();
   if (place.Has("description")) account.description = place.At("description").String();
   return account;
 }
 
-FieldDescription ReadField(const Place& place) {
+FieldDescription ReadField(const Place& place, const RowFinder<FieldDescription>& find) {
   place.RequireObject({"number", "description", "system"});
-  FieldDescription field;
-  field.number = place.At("number").Whole<Integer>(1, kMaxListLength);
+  FieldDescription field = find(place.At("number").Whole<Integer>(1, kMaxListLength));
   if (place.Has("description")) field.description = place.At("description").String();
   if (place.Has("system")) field.system = place.At("system").Truth();
   return field;
@@ -208,10 +231,11 @@ ValueDescription ReadValue(const Place& place) {
   return value;
 }
 
+// The rows of a list; `rows` where it is left out.
 template <typename Row, typename Reader>
-std::vector<Row> ReadRows(const Place& place, const char* key, Reader reader) {
-  std::vector<Row> rows;
+std::vector<Row> ReadRows(const Place& place, const char* key, std::vector<Row> rows, Reader reader) {
   if (!place.Has(key)) return rows;
+  rows.clear();
   for (const Place& item : place.At(key).Items()) rows.push_back(reader(item));
   return rows;
 }
@@ -486,25 +510,46 @@ Text NameOf(const std::pair<std::string_view, Code> (&choices)[count], Code want
                 "The code " + std::to_string(static_cast<int>(wanted)) + " has no name", kSource);
 }
 
-}  // namespace
-
-BookDescription ParseBookDescription(const Text& json_text, const Text& source_name) {
+// `now` is what stands for all that is left out; null where a new book is described.
+BookDescription ReadDescription(const Text& json_text, const Text& source_name, const BookDescription* now) {
   const json value = ParseJson(json_text, source_name);
   const Place root(value, "", source_name);
   root.RequireObject({"system_name", "type_name", "data_level", "calendar", "max_accounts", "max_fields", "accounts",
                       "fields", "values"});
+  const bool is_new = now == nullptr;
   BookDescription book;
-  book.system_name = root.At("system_name").String();
-  book.type_name = root.Has("type_name") ? root.At("type_name").String() : kUsualTypeName;
+  if (!is_new) book = *now;
+  if (is_new) book.type_name = kUsualTypeName;
+  if (is_new || root.Has("system_name")) book.system_name = root.At("system_name").String();
+  if (root.Has("type_name")) book.type_name = root.At("type_name").String();
   if (root.Has("data_level")) book.data_level = root.At("data_level").Choice(kDataLevels);
-  book.calendar = ReadCalendar(root.At("calendar"));
-  book.accounts = ReadRows<AccountDescription>(root, "accounts", ReadAccount);
-  book.fields = ReadRows<FieldDescription>(root, "fields", ReadField);
-  book.values = ReadRows<ValueDescription>(root, "values", ReadValue);
-  book.max_accounts = root.Has("max_accounts") ? root.At("max_accounts").Whole<Long>(1, kMaxAccountNumber)
-                                               : HighestNumber(book.accounts, kUsualMaxAccounts);
+  if (is_new || root.Has("calendar"))
+    book.calendar = ReadCalendar(root.At("calendar"), is_new ? nullptr : &now->calendar);
+  const auto account_of = FinderIn<AccountDescription>(is_new ? nullptr : &now->accounts);
+  const auto field_of = FinderIn<FieldDescription>(is_new ? nullptr : &now->fields);
+  book.accounts = ReadRows(root, "accounts", std::move(book.accounts),
+                           [&](const Place& place) { return ReadAccount(place, account_of); });
+  book.fields =
+      ReadRows(root, "fields", std::move(book.fields), [&](const Place& place) { return ReadField(place, field_of); });
+  book.values = ReadRows(root, "values", std::vector<ValueDescription>(), ReadValue);
+  book.max_accounts = root.Has("max_accounts")
+                          ? root.At("max_accounts").Whole<Long>(1, kMaxAccountNumber)
+                          : HighestNumber(book.accounts, is_new ? kUsualMaxAccounts : now->max_accounts);
   book.max_fields = root.Has("max_fields") ? root.At("max_fields").Whole<Long>(1, kMaxListLength)
-                                           : HighestNumber(book.fields, kUsualMaxFields);
+                                           : HighestNumber(book.fields, is_new ? kUsualMaxFields : now->max_fields);
+  return book;
+}
+
+}  // namespace
+
+BookDescription ParseBookDescription(const Text& json_text, const Text& source_name) {
+  BookDescription book = ReadDescription(json_text, source_name, nullptr);
+  CheckNewBookDescription(book, source_name);
+  return book;
+}
+
+BookDescription ParseBookDescription(const Text& json_text, const Text& source_name, const BookDescription& now) {
+  BookDescription book = ReadDescription(json_text, source_name, &now);
   CheckNewBookDescription(book, source_name);
   return book;
 }

@@ -85,6 +85,12 @@ struct BookDescription {
 //                refused
 [[nodiscard]] BookDescription ParseBookDescription(const Text& json, const Text& source_name);
 
+// The same for a description of what a book is to become: what the text leaves out, a list or an item of a row among it, is
+// as in `now`, but for values, of which there are none then; a limit is raised to the highest number where that is more.
+// Whether the book may become that is CheckGrowth's to say.
+[[nodiscard]] BookDescription ParseBookDescription(const Text& json, const Text& source_name,
+                                                   const BookDescription& now);
+
 // Checks what no single item shows: ranges, lists, doubles, values without account or field, two values on one field of
 // one record. Fails as ParseBookDescription. That of a new book, which ParseBookDescription calls last, refuses a
 // calendar that goes on behind the year 9999 as well; a book that has such a one stays readable.

@@ -292,6 +292,32 @@ void FigureStore::Commit() {
   CommitAs(entry_row_.entry.state);
 }
 
+void FigureStore::AsOne(const std::function<void()>& act) {
+  Commit();
+  entry_ = 0;
+  BringUpToDate();
+  const auto description = description_;
+  const AccountSums sums = sums_;
+  const bool file_was_empty = file_is_empty_;
+  try {
+    WriteTransaction whole(*storage_);
+    in_whole_ = true;
+    act();
+    whole.Commit();
+    in_whole_ = false;
+  } catch (...) {
+    in_whole_ = false;
+    entry_ = 0;
+    entry_row_ = {};
+    changed_.clear();
+    changed_bytes_ = 0;
+    TakeDescription(description);
+    sums_ = sums;
+    file_is_empty_ = file_was_empty;
+    throw;
+  }
+}
+
 void FigureStore::CommitAs(JournalState state) {
   storage_->EndWalk();
   const bool entry_differs = entry_ != 0 && (entry_row_.entry.id == 0 || entry_row_.entry.state != state);
@@ -303,7 +329,7 @@ void FigureStore::CommitAs(JournalState state) {
     AccountSums sums = sums_;
     std::vector<StoredAs> stored;
     std::vector<MarkedAs> marks;
-    WriteTransaction transaction(*storage_);
+    Writing transaction(*this);
     WriteAll(entry, sums, stored, marks);
     transaction.Commit();
     // Only now is anything of it true; a failure above leaves all chunks changed.
@@ -334,9 +360,7 @@ void FigureStore::WriteAll(JournalRow& entry, AccountSums& sums, std::vector<Sto
                            std::vector<MarkedAs>& marks) {
   stored.reserve(changed_.size());
   marks.reserve(entry_ == 0 ? 0 : changed_.size());
-  if (entry_ != 0 && entry.entry.command == 0) {
-    entry.entry.command = storage_->AddCommand(entry.entry.time, entry.entry.what_ran);
-  }
+  if (entry_ != 0) NeedCommand(entry.entry);
   if (entry_ != 0 && entry.entry.id == 0) storage_->SaveEntry(entry);
   for (const Chunk* chunk : changed_) {
     if (entry_ != 0) marks.push_back(WriteMark(*chunk, entry));
@@ -344,6 +368,10 @@ void FigureStore::WriteAll(JournalRow& entry, AccountSums& sums, std::vector<Sto
   }
   SaveSums(sums);
   if (entry_ != 0) storage_->SaveEntry(entry);
+}
+
+void FigureStore::NeedCommand(JournalEntry& entry) {
+  if (entry.command == 0) entry.command = storage_->AddCommand(entry.time, entry.what_ran);
 }
 
 FigureStore::MarkedAs FigureStore::WriteMark(const Chunk& chunk, JournalRow& entry) {
@@ -430,11 +458,12 @@ void FigureStore::Undo(const std::vector<JournalEntry>& entries, const JournalEn
   AccountSums sums = sums_;
   JournalRow row;
   row.entry = undo;
-  WriteTransaction transaction(*storage_);
-  row.entry.command = storage_->AddCommand(undo.time, undo.what_ran);
+  Writing transaction(*this);
+  NeedCommand(row.entry);
   for (const JournalEntry& entry : entries) UndoEntry(RowOfEntry(entry.id), row, sums);
   SaveSums(sums);
   transaction.Commit();
+  entry_row_ = row;
   sums_ = std::move(sums);
   directory_.Clear();
   file_is_empty_ = false;
@@ -468,8 +497,8 @@ void FigureStore::ChangeDescription(const std::shared_ptr<const StoredDescriptio
   BringUpToDate();
   JournalRow row;
   row.entry = entry;
-  WriteTransaction transaction(*storage_);
-  row.entry.command = storage_->AddCommand(entry.time, entry.what_ran);
+  Writing transaction(*this);
+  NeedCommand(row.entry);
   storage_->SaveEntry(row);
   if (entry.undoes == 0) {
     storage_->SaveText(row.entry.id, kChangeText, change);
@@ -480,6 +509,7 @@ void FigureStore::ChangeDescription(const std::shared_ptr<const StoredDescriptio
   }
   storage_->SaveDescription(*description_, *changed);
   transaction.Commit();
+  entry_row_ = row;
   TakeDescription(changed);
 }
 

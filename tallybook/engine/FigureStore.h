@@ -76,6 +76,10 @@ class FigureStore {
 
   void Commit();
 
+  // Commits, and makes one transaction of what `act` does from then on. Where that fails nothing of it is kept, here and
+  // in the file, and the failure goes on; no entry is open then.
+  void AsOne(const std::function<void()>& act);
+
   // The journal. An entry is written with the first commit under it. One that is open when another begins stays
   // unclosed. `entry` tells all but id and command; a command of 0 is a new one that bears the entry's words.
   void BeginEntry(const JournalEntry& entry);
@@ -83,13 +87,13 @@ class FigureStore {
   void EndEntry();
   // Stores another description with an entry of its own, in one transaction; ends an entry that is open, and forgets the
   // current row. `change` tells an entry of kind kLists what it was; an undo takes back the entry that it names. All
-  // positions, rows and records are those of the new description from then on.
+  // positions, rows and records are those of the new description from then on. A command of 0 is a new one.
   void ChangeDescription(const std::shared_ptr<const StoredDescription>& changed, const JournalEntry& entry,
                          const Text& change);
   // What the change of an entry of kind kLists was.
   [[nodiscard]] Text ChangeOf(Long entry) { return storage_->TextOf(entry, kChangeText); }
   [[nodiscard]] bool EntryIsOpen() const { return entry_ != 0; }
-  // The number of the command of the entry that was opened last; 0 where it is not in the file yet.
+  // The number of the command of the entry that was opened or written last; 0 where it is not in the file yet.
   [[nodiscard]] Long Command() const { return entry_row_.entry.command; }
   [[nodiscard]] std::vector<JournalEntry> Entries();
   [[nodiscard]] bool ShareRecords(Long entry, Long other) { return storage_->ShareRecords(entry, other); }
@@ -156,9 +160,25 @@ class FigureStore {
     std::optional<std::vector<std::byte>> rows;
   };
 
+  // A transaction, or a part of the one that AsOne holds.
+  class Writing {
+   public:
+    explicit Writing(FigureStore& store) {
+      if (!store.in_whole_) own_.emplace(*store.storage_);
+    }
+    void Commit() {
+      if (own_) own_->Commit();
+    }
+
+   private:
+    std::optional<WriteTransaction> own_;
+  };
+
   // Commits, and leaves the open entry in this state.
   void CommitAs(JournalState state);
   void WriteAll(JournalRow& entry, AccountSums& sums, std::vector<StoredAs>& stored, std::vector<MarkedAs>& marks);
+  // Within a transaction: gives an entry a new command that bears its words, where it has none.
+  void NeedCommand(JournalEntry& entry);
   // Gives the chunk's mark as the file has it now.
   [[nodiscard]] MarkedAs WriteMark(const Chunk& chunk, JournalRow& entry);
   // Writes a chunk's figures into its row of the file, 0 for a new one, or takes the row away where they are all zero.
@@ -214,6 +234,8 @@ class FigureStore {
   JournalRow entry_row_;         // the open entry as the file has it; with no id where it has it not yet
   RowRange entry_records_;       // those of the entry's dates
   bool marks_given_up_ = false;  // a chunk that was marked under the entry has left the cache
+
+  bool in_whole_ = false;  // AsOne is at work
 
   std::vector<std::byte> bytes_;
   ChunkDirectory directory_;

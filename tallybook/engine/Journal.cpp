@@ -22,6 +22,10 @@ bool IsLeft(const JournalEntry& entry) {
   return entry.state != JournalState::kUndone && entry.kind != JournalKind::kUndo;
 }
 
+bool IsOfLists(const JournalEntry& entry) {
+  return entry.kind == JournalKind::kLists;
+}
+
 Text Named(const JournalEntry& entry) {
   return "journal entry " + std::to_string(entry.id);
 }
@@ -32,36 +36,44 @@ std::vector<JournalEntry> Journal::Entries() const {
   return book_.Store().Entries();
 }
 
+std::vector<JournalEntry> Journal::Newest(const std::vector<JournalEntry>& all) const {
+  const auto newest = std::find_if(all.rbegin(), all.rend(), IsLeft);
+  if (newest == all.rend()) Refuse(book_, "the journal has nothing to undo");
+  std::vector<JournalEntry> entries;
+  std::copy_if(newest, all.rend(), std::back_inserter(entries),
+               [&](const JournalEntry& entry) { return IsLeft(entry) && entry.command == newest->command; });
+  return entries;
+}
+
+std::vector<JournalEntry> Journal::One(const std::vector<JournalEntry>& all, Long id) const {
+  const auto asked = std::ranges::find(all, id, &JournalEntry::id);
+  if (asked == all.end()) Refuse(book_, "the journal has no entry " + std::to_string(id));
+  if (asked->state == JournalState::kUndone) Refuse(book_, Named(*asked) + " has been undone already");
+  if (asked->kind == JournalKind::kUndo) Refuse(book_, Named(*asked) + " is an undo, which cannot be undone itself");
+  return {*asked};
+}
+
 std::vector<JournalEntry> Journal::UndoNewest() {
   book_.RequireWritable();
   const std::vector<JournalEntry> all = Entries();
-  const auto newest = std::find_if(all.rbegin(), all.rend(), IsLeft);
-  if (newest == all.rend()) Refuse(book_, "the journal has nothing to undo");
-  if (newest->kind == JournalKind::kLists) return UndoLists(all, *newest);
-  std::vector<JournalEntry> undone;
-  std::copy_if(newest, all.rend(), std::back_inserter(undone),
-               [&](const JournalEntry& entry) { return IsLeft(entry) && entry.command == newest->command; });
-  return Undo(all, undone);
+  return Undo(all, Newest(all));
 }
 
 std::vector<JournalEntry> Journal::Undo(Long id) {
   book_.RequireWritable();
   const std::vector<JournalEntry> all = Entries();
-  const auto asked = std::ranges::find(all, id, &JournalEntry::id);
-  if (asked == all.end()) Refuse(book_, "the journal has no entry " + std::to_string(id));
-  if (asked->state == JournalState::kUndone) Refuse(book_, Named(*asked) + " has been undone already");
-  if (asked->kind == JournalKind::kUndo) Refuse(book_, Named(*asked) + " is an undo, which cannot be undone itself");
-  return asked->kind == JournalKind::kLists ? UndoLists(all, *asked) : Undo(all, {*asked});
+  return Undo(all, One(all, id));
 }
 
-// Changes of lists stand on each other alone; what figures have to do with them is told when it is tried.
-std::vector<JournalEntry> Journal::UndoLists(const std::vector<JournalEntry>& all, const JournalEntry& undone) {
-  if (!undone.keeps_images) Refuse(book_, Named(undone) + " cannot be undone: what stood on it is lost");
-  for (auto later = all.rbegin(); later != all.rend() && later->id > undone.id; ++later) {
-    if (IsLeft(*later) && later->kind == JournalKind::kLists) RefuseToPass(undone, *later);
+BookDescription Journal::DescriptionAfterUndo(std::optional<Long> id) const {
+  const std::vector<JournalEntry> all = Entries();
+  const std::vector<JournalEntry> undone = id ? One(all, *id) : Newest(all);
+  CheckNothingStandsOn(all, undone);
+  StoredDescription description = book_.Stored();
+  for (const JournalEntry& entry : undone) {
+    if (IsOfLists(entry)) description = book_.DescriptionBefore(description, entry);
   }
-  book_.TakeListsBack(undone);
-  return {undone};
+  return description.description;
 }
 
 void Journal::RefuseToPass(const JournalEntry& entry, const JournalEntry& later) const {
@@ -69,24 +81,34 @@ void Journal::RefuseToPass(const JournalEntry& entry, const JournalEntry& later)
                     " stands on it; undo that one first");
 }
 
-std::vector<JournalEntry> Journal::Undo(const std::vector<JournalEntry>& all, const std::vector<JournalEntry>& undone) {
+// Changes of lists stand on each other alone, and so do those of figures; what one has to do with the other is told when it
+// is tried. What kept no images can never be undone, so it stands on others only where it wrote the same records.
+void Journal::CheckNothingStandsOn(const std::vector<JournalEntry>& all,
+                                   const std::vector<JournalEntry>& undone) const {
   for (const JournalEntry& entry : undone) {
-    if (!entry.keeps_images) Refuse(book_, Named(entry) + " cannot be undone: it kept no figures from before");
+    if (entry.keeps_images) continue;
+    Refuse(book_, Named(entry) + " cannot be undone: " +
+                      (IsOfLists(entry) ? "what stood on it is lost" : "it kept no figures from before"));
   }
-  // What kept no images can never be undone, so it stands on others only where it wrote the same records.
   for (auto later = all.rbegin(); later != all.rend() && later->id > undone.back().id; ++later) {
-    if (!IsLeft(*later) || later->kind == JournalKind::kLists) continue;
-    if (std::ranges::find(undone, later->id, &JournalEntry::id) != undone.end()) continue;
+    if (!IsLeft(*later) || std::ranges::find(undone, later->id, &JournalEntry::id) != undone.end()) continue;
     for (const JournalEntry& entry : undone) {
-      if (later->id < entry.id) continue;
-      if (later->keeps_images) RefuseToPass(entry, *later);
+      if (later->id < entry.id || IsOfLists(*later) != IsOfLists(entry)) continue;
+      if (later->keeps_images || IsOfLists(*later)) RefuseToPass(entry, *later);
       if (book_.Store().ShareRecords(entry.id, later->id)) {
         Refuse(book_, Named(entry) + " cannot be undone: entry " + std::to_string(later->id) +
                           ", which kept no figures from before, has written some of its records again");
       }
     }
   }
-  book_.TakeBack(undone);
+}
+
+std::vector<JournalEntry> Journal::Undo(const std::vector<JournalEntry>& all, const std::vector<JournalEntry>& undone) {
+  CheckNothingStandsOn(all, undone);
+  std::vector<JournalEntry> figures;
+  std::vector<JournalEntry> lists;
+  for (const JournalEntry& entry : undone) (IsOfLists(entry) ? lists : figures).push_back(entry);
+  book_.TakeBack(figures, lists);
   return undone;
 }
 

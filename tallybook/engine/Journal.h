@@ -4,7 +4,7 @@
 // that it cannot be taken back. An entry that was never closed, because its run failed or its process was killed, can be
 // undone as well.
 //
-// The entries of one command (Book::SetOperation) belong together. Undo is newest first: the figures of an older entry
+// The entries of one command (Book::SetOperation, Book::Grow) belong together. Undo is newest first: the figures of an older entry
 // have had later changes put on top of them. It leaves an entry of its own.
 //
 // A change of the book's lists or years (Book::Grow) is an entry as well. Such changes stand on each other, and neither
@@ -12,9 +12,11 @@
 // other needs, the undo is refused.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "base/Types.h"
+#include "tallybook/engine/BookDescription.h"
 
 namespace tallybook::engine {
 
@@ -58,9 +60,16 @@ class Journal {
   std::vector<JournalEntry> UndoNewest();
   std::vector<JournalEntry> Undo(Long id);
 
+  // What the book's names, lists and years will be after UndoNewest, or after Undo where an id is given. Fails as these do
+  // before they look at figures.
+  [[nodiscard]] BookDescription DescriptionAfterUndo(std::optional<Long> id) const;
+
  private:
+  // The entries that are asked for, newest first.
+  [[nodiscard]] std::vector<JournalEntry> Newest(const std::vector<JournalEntry>& all) const;
+  [[nodiscard]] std::vector<JournalEntry> One(const std::vector<JournalEntry>& all, Long id) const;
+  void CheckNothingStandsOn(const std::vector<JournalEntry>& all, const std::vector<JournalEntry>& undone) const;
   std::vector<JournalEntry> Undo(const std::vector<JournalEntry>& all, const std::vector<JournalEntry>& undone);
-  std::vector<JournalEntry> UndoLists(const std::vector<JournalEntry>& all, const JournalEntry& undone);
   [[noreturn]] void RefuseToPass(const JournalEntry& entry, const JournalEntry& later) const;
 
   Book& book_;

@@ -91,6 +91,7 @@ NAMES = {
     "old": lambda value: text(value) or isinstance(value, dict), "new": lambda value: text(value) or isinstance(value, dict),
     "figures": count, "definitions": rows("number", "title", "names", "followed"), "names": texts, "followed": truth,
     "beyond_exchange_files": texts,
+    "figure_changes": rows("account", "code", "figures", "first", "last"),
     "files": texts, "archive_copy": truth, "unreadable": rows("file", "what"), "missing_in": texts, "in_book": truth, "holds": truth,
 }
 
@@ -136,6 +137,9 @@ class JsonNamesTest(unittest.TestCase):
         cls.run_line("set", "shop", "A7", "2003-01-06", "3", "4")
         cls.run_line("journal", "undo", "shop")
         cls.run_line("import", "qdx", "shop", "--definition", "1")
+        grown = book("A7")
+        grown["values"][0]["value"] = 4
+        (cls.folder / "grow.json").write_text(json.dumps(grown), encoding="utf-8")
         cut = (cls.folder / "shop.QDX").read_bytes()
         (cls.folder / "cut.QDX").write_bytes(cut[:-5])
         shutil.copy(cls.folder / "shop.tbk", cls.folder / "bad.tbk")
@@ -162,7 +166,7 @@ class JsonNamesTest(unittest.TestCase):
              ["account", "remove", "grow", "A7", "--with-figures"],
              ["field", "list", "grow"], ["field", "add", "grow", "New"], ["field", "edit", "grow", "3", "--description", "New"],
              ["field", "move", "grow", "3", "1"], ["field", "remove", "grow", "3", "--with-figures"],
-             ["calendar", "show", "grow"], ["calendar", "extend", "grow", "--years", "9"], ["calendar", "use", "grow", "--years", "1"])
+             ["apply", "grow", "grow.json"], ["calendar", "show", "grow"], ["calendar", "extend", "grow", "--years", "9"], ["calendar", "use", "grow", "--years", "1"])
 
     def names_of_line(self, line):
         # What changes a book finds the same one each time.

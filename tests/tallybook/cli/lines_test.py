@@ -259,6 +259,7 @@ class LinesTest(unittest.TestCase):
                       ["calendar", "show", shop], ["calendar", "extend", shop, "--years", "1"],
                       ["calendar", "use", shop, "--years", "1"], ["journal", "list", shop], ["journal", "undo", shop]):
             self.run_line(*words)
+        self.run_line("apply", shop, self.write("other.json", json.dumps({"system_name": NAME + "2"})))
         for command in "add", "remove":
             self.run_line("account", command, shop, NAME, status=1, tells="tallybook: ")
 

@@ -87,6 +87,49 @@ TEST(BookDescription, RaisesTheUsualMaximaToTheNumbersInUse) {
   EXPECT_EQ(book.max_fields, 1000);
 }
 
+// What a book is to become, where this is what it is.
+BookDescription Now() {
+  BookDescription now = Parse(R"({ "system_name": "Shop", "type_name": "Sales", "data_level": "week",
+      "calendar": { "kind": "custom", "first_date": "2003-01-01", "first_year": 7, "years": 3, "years_in_use": 2,
+                    "week_ends_on": "monday", "periods": [ { "name": "One", "length": 50 } ] },
+      "max_accounts": 500, "max_fields": 20,
+      "accounts": [ { "number": 9, "code": "A", "description": "Till" }, { "number": 4, "code": "B" } ],
+      "fields": [ { "number": 2, "description": "Sales", "system": true } ] })");
+  now.values = {{9, Day(2003, 1, 1), 2, 5}};
+  return now;
+}
+
+BookDescription Becomes(const Text& text) {
+  return ParseBookDescription(text, "shop.json", Now());
+}
+
+TEST(BookDescription, LeavesAllButValuesAsItIsWhereNothingIsSaid) {
+  BookDescription now = Now();
+  now.values.clear();
+  EXPECT_EQ(Becomes("{}"), now);
+  EXPECT_EQ(Becomes(R"({ "calendar": {} })"), now);
+  EXPECT_EQ(Becomes(R"({ "fields": [ { "number": 2 } ], "accounts": [ { "number": 9 }, { "number": 4 } ] })"), now);
+}
+
+TEST(BookDescription, TakesFromAListJustTheRowsThatAreSaid) {
+  const BookDescription after = Becomes(
+      R"({ "accounts": [ { "number": 4, "description": "Safe" }, { "number": 5, "code": "C" } ], "fields": [] })");
+  EXPECT_EQ(after.accounts, (std::vector<engine::AccountDescription>{{4, "B", "Safe"}, {5, "C", ""}}));
+  EXPECT_TRUE(after.fields.empty());
+  EXPECT_EQ(after.calendar, Now().calendar);
+}
+
+TEST(BookDescription, LetsLimitsGrowToTheNumbersThatAreSaid) {
+  EXPECT_EQ(Becomes(R"({ "accounts": [ { "number": 700, "code": "C" } ] })").max_accounts, 700);
+  EXPECT_EQ(Becomes(R"({ "accounts": [ { "number": 7, "code": "C" } ] })").max_accounts, 500);
+}
+
+TEST(BookDescription, RefusesWhatABookCannotBecomeByItself) {
+  EXPECT_THAT([] { Becomes(R"({ "accounts": [ { "number": 5 } ] })"); },
+              FailsWith(FailureNumber::kInvalidArgument, "accounts[0].code is missing"));
+  EXPECT_THAT([] { Becomes(R"({ "colour": 1 })"); }, FailsWith(FailureNumber::kInvalidArgument, "no such key"));
+}
+
 TEST(BookDescription, ComesBackFromWhatItPrints) {
   for (const char* text : {kShop, kLeast}) {
     const BookDescription book = Parse(text);

@@ -386,6 +386,80 @@ TEST_F(GrowingBookTest, GrowsABookOfEachOlderFormat) {
   }
 }
 
+TEST_F(GrowingBookTest, SetsTheValuesOfADescriptionInTheSameCommand) {
+  const FigureMap before = FiguresOf(*book);
+  Change([this](BookDescription& description) {
+    AddAccount(description);
+    description.values = {{300, kFirstDay, 4, 7}, {101, kFirstDay, 1, 5}, {205, kFirstDay, 1, 0}};
+  });
+  FigureMap after = before;
+  after[{300, kFirstDay, 4}] = 7;
+  after[{101, kFirstDay, 1}] = 5;
+  EXPECT_EQ(FiguresOf(*book), after);
+  const auto entries = Journal(*book).Entries();
+  ASSERT_EQ(entries.size(), 4U);
+  EXPECT_EQ(entries[2].kind, JournalKind::kLists);
+  EXPECT_EQ(entries[3].kind, JournalKind::kSet);
+  EXPECT_EQ(entries[3].first, kFirstDay);
+  EXPECT_EQ(entries[2].command, entries[3].command);
+  EXPECT_EQ(Journal(*book).UndoNewest().size(), 2U);
+  EXPECT_EQ(book->Description(), ShopDescription());
+  EXPECT_EQ(FiguresOf(*book), before);
+}
+
+TEST_F(GrowingBookTest, LeavesNoEntryForValuesThatItHas) {
+  Change([this](BookDescription& description) {
+    description.values = {{101, kFirstDay, 1, 12.5}, {7, kFirstDay, 1, 0}};
+  });
+  EXPECT_EQ(Journal(*book).Entries().size(), 2U);
+}
+
+TEST_F(GrowingBookTest, TakesBackNothingOfACommandWhoseListsHaveFiguresSince) {
+  Change([this](BookDescription& description) {
+    AddAccount(description);
+    description.values = {{101, kFirstDay, 1, 5}};
+  });
+  Put(*book, 300, kFirstDay + 1, 4, 8);
+  book->Commit();
+  const FigureMap figures = FiguresOf(*book);
+  // What the book wrote by itself is the newest of all, and can never be taken back.
+  EXPECT_THAT([&] { Journal(*book).UndoNewest(); }, FailsWith(FailureNumber::kInvalidArgument, "kept no figures"));
+  EXPECT_THAT([&] { Journal(*book).Undo(3); }, FailsWith(FailureNumber::kInvalidArgument, "has 1 figure since"));
+  EXPECT_EQ(FiguresOf(*book), figures);
+  book->Close();
+  book = Open();
+  EXPECT_EQ(FiguresOf(*book), figures);
+  EXPECT_EQ(book->AccountPosition(300), 4);
+}
+
+TEST_F(GrowingBookTest, TellsWhatItsListsWillBeAfterAnUndo) {
+  Change([](BookDescription& description) { description.accounts[0].code = "110"; });
+  Change([](BookDescription& description) { description.accounts[0].code = "120"; });
+  EXPECT_EQ(Journal(*book).DescriptionAfterUndo({}).accounts[0].code, "110");
+  EXPECT_EQ(Journal(*book).DescriptionAfterUndo(4).accounts[0].code, "110");
+  EXPECT_THAT([&] { (void)Journal(*book).DescriptionAfterUndo(3); }, FailsWith(FailureNumber::kInvalidArgument));
+  EXPECT_EQ(book->Description().accounts[0].code, "120");
+}
+
+TEST_F(GrowingBookTest, IsAsItWasWhereAChangeFailsHalfWay) {
+  const FigureMap figures = FiguresOf(*book);
+  book->Close();
+  Meddle("CREATE TRIGGER no_marks BEFORE INSERT ON journal_chunk BEGIN SELECT RAISE(ABORT, 'no'); END");
+  book = Open();
+  EXPECT_THAT(
+      [&] {
+        Change([this](BookDescription& description) {
+          AddField(description);
+          description.values = {{101, kFirstDay, 20, 7}, {101, kFirstDay, 1, 8}};
+        });
+      },
+      FailsWith(FailureNumber::kDeviceError));
+  EXPECT_EQ(book->Description(), ShopDescription());
+  EXPECT_EQ(Get(*book, 101, kFirstDay, 1), 12.5);
+  EXPECT_EQ(FiguresOf(*book), figures);
+  EXPECT_EQ(Journal(*book).Entries().size(), 2U);
+}
+
 TEST_F(GrowingBookTest, RefusesToChangeABookThatIsOpenToRead) {
   book->Close();
   book = OpenToRead();

@@ -1,5 +1,6 @@
 // A book's description goes back in: whatever the calendar, the level and the texts, the book that is made from what a
 // book tells of itself has the same description and the same figures.
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "tallybook/engine/Calendar.h"
+#include "tallybook/engine/Journal.h"
 #include "tests/tallybook/engine/BookFixture.h"
 
 namespace tallybook::testing {
@@ -179,6 +181,121 @@ TEST_F(DescriptionRoundTripTest, ABookMadeFromWhatABookTellsIsTheSameAndFindsEac
     }
   });
   EXPECT_TRUE(holds);
+}
+
+// --- A book that becomes what a description says -----------------------------------------------------------------------
+
+// What may follow `book`: rows of it in any order, some of them changed or gone, others besides, and more years.
+BookDescription AnyGrowthOf(const BookDescription& book) {
+  BookDescription other = AnyDescription();
+  const auto mix = [](auto& rows, const auto& own, auto change) {
+    std::set<Long> numbers;
+    for (const auto& row : own) numbers.insert(row.number);
+    std::erase_if(rows, [&](const auto& row) { return numbers.contains(row.number); });
+    for (const auto& row : own) {
+      if (*rc::gen::inRange(0, 4) == 0) continue;
+      const auto place = *rc::gen::inRange<std::ptrdiff_t>(0, static_cast<std::ptrdiff_t>(rows.size()) + 1);
+      const auto added = rows.insert(rows.begin() + place, row);
+      if (*rc::gen::inRange(0, 3) == 0) change(*added);
+    }
+  };
+  mix(other.fields, book.fields, [](engine::FieldDescription& row) { row.system = !row.system; });
+  mix(other.accounts, book.accounts, [](engine::AccountDescription& row) { row.description += "x"; });
+  std::set<Text> codes;
+  std::erase_if(other.accounts, [&](const auto& row) { return !codes.insert(row.code).second; });
+  other.data_level = book.data_level;
+  other.calendar = book.calendar;
+  other.calendar.years = static_cast<Integer>(book.calendar.years + *rc::gen::inRange<Integer>(0, 3));
+  other.calendar.years_in_use = *rc::gen::inRange<Integer>(1, static_cast<Integer>(other.calendar.years + 1));
+  other.max_accounts = std::max(other.max_accounts, book.max_accounts);
+  other.max_fields = std::max(other.max_fields, book.max_fields);
+  return other;
+}
+
+// Figures that stay where lists become those of `after`, with others that are set.
+FigureMap Set(const FigureMap& figures, const BookDescription& after, const FigureMap& others) {
+  const auto has = [](const auto& rows, Long number) {
+    return std::any_of(rows.begin(), rows.end(), [&](const auto& row) { return row.number == number; });
+  };
+  FigureMap set = others;
+  for (const auto& [place, value] : figures) {
+    if (has(after.accounts, std::get<0>(place)) && has(after.fields, std::get<2>(place))) set.emplace(place, value);
+  }
+  return set;
+}
+
+BookDescription Read(const Text& told, const Book& now) {
+  return engine::ParseBookDescription(told, "told", now.Description());
+}
+
+TEST_F(DescriptionRoundTripTest, ABookThatIsToBecomeWhatItTellsIsLeftAlone) {
+  EXPECT_TRUE(rc::check([&] {
+    BookDescription description = AnyDescription();
+    description.values = AsValues(AnyFigures(description));
+    const auto book = MakeBook(description);
+    const std::string bytes = folder.Read("North.tbk");
+    book->Grow(Read(Told(*book), *book), "apply");
+    book->Close();
+    RC_ASSERT(folder.Read("North.tbk") == bytes);
+  }));
+}
+
+TEST_F(DescriptionRoundTripTest, ABookBecomesWhatAnotherTellsAndOneUndoTakesAllOfItBack) {
+  EXPECT_TRUE(rc::check([&] {
+    BookDescription before = AnyDescription();
+    const FigureMap figures = AnyFigures(before);
+    before.values = AsValues(figures);
+    BookDescription after = AnyGrowthOf(before);
+    const FigureMap others = AnyFigures(after);
+    after.values = AsValues(others);
+    const auto book = MakeBook(before);
+    const BookDescription first = book->Description();
+    book->Grow(Read(engine::PrintBookDescription(after), *book), "apply");
+    after.values.clear();
+    RC_ASSERT(book->Description() == after);
+    RC_ASSERT(FiguresOf(*book) == Set(figures, after, others));
+    if (engine::Journal(*book).Entries().empty()) return;
+    engine::Journal(*book).UndoNewest();
+    RC_ASSERT(book->Description() == first);
+    RC_ASSERT(FiguresOf(*book) == figures);
+    RC_ASSERT_THROWS_AS(engine::Journal(*book).UndoNewest(), Failure);
+  }));
+}
+
+TEST_F(DescriptionRoundTripTest, WhatABookCannotBecomeLeavesItsFileAsItWas) {
+  EXPECT_TRUE(rc::check([&] {
+    BookDescription before = AnyDescription();
+    before.calendar.first_date = Day(2003, 3, 5);
+    before.calendar.years = 2;
+    before.calendar.years_in_use = 1;
+    before.values = AsValues(AnyFigures(before));
+    const auto book = MakeBook(before);
+    BookDescription after = AnyGrowthOf(before);
+    switch (*rc::gen::inRange(0, 6)) {
+      case 0:
+        after.data_level = static_cast<Integer>(after.data_level % 3 + 1);
+        break;
+      case 1:
+        after.calendar.first_date += 1;
+        break;
+      case 2:
+        after.calendar.years = 1;
+        after.calendar.years_in_use = 1;
+        break;
+      case 3:
+        after.calendar.first_year = static_cast<Integer>(after.calendar.first_year % 9000 + 1);
+        break;
+      case 4:
+        after.accounts.push_back({1, "a code of many characters", ""});
+        break;
+      default:
+        after.values = {{engine::kMaxAccountNumber + 1, Day(2003, 3, 5), 1, 1}};
+    }
+    const std::string bytes = folder.Read("North.tbk");
+    RC_ASSERT_THROWS_AS(book->Grow(after, "apply"), Failure);
+    book->Close();
+    RC_ASSERT(folder.Read("North.tbk") == bytes);
+  }));
 }
 
 // Every kind of calendar, level and end of the week, and first dates over more than a leap year: the last record of

@@ -3,6 +3,7 @@
 // leaves the file byte for byte as it was.
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -85,6 +86,19 @@ class Model {
     Become(after);
   }
   void Begin() { AddEntry(); }
+  // Lists and figures at once: what differs of each is an entry, both of one command.
+  void Apply(const BookDescription& after, const std::vector<engine::ValueDescription>& values) {
+    const bool lists_change = !(after == now_);
+    if (lists_change) Grow(after);
+    const bool figures_change = std::ranges::any_of(values, [&](const auto& value) {
+      const Row row = RowOf({value.account, value.date});
+      return (row.contains(value.field) ? row.at(value.field) : 0) != value.value;
+    });
+    if (!figures_change) return;
+    Begin();
+    if (lists_change) entries_.back().command = entries_[entries_.size() - 2].command;
+    for (const auto& value : values) Write({value.account, value.date}, value.field, value.value);
+  }
   void Write(const RecordKey& key, Integer field, Double value) {
     Row row = RowOf(key);
     row[field] = value;
@@ -114,11 +128,25 @@ class Model {
     }
     return entry.is_lists ? CanTakeBack(entry) : CanRestore(entry);
   }
-  [[nodiscard]] std::optional<std::size_t> Newest() const {
+  // Of the newest command of which anything is left, what is left, newest first.
+  [[nodiscard]] std::vector<std::size_t> Newest() const {
+    std::vector<std::size_t> newest;
     for (std::size_t index = entries_.size(); index-- > 0;) {
-      if (!entries_[index].is_undone) return index;
+      if (entries_[index].is_undone) continue;
+      if (newest.empty() || entries_[index].command == entries_[newest.front()].command) newest.push_back(index);
     }
-    return std::nullopt;
+    return newest;
+  }
+  [[nodiscard]] bool CanUndoNewest() const {
+    Model after = *this;
+    for (const std::size_t index : Newest()) {
+      if (!after.CanUndo(index)) return false;
+      after.Undo(index);
+    }
+    return !Newest().empty();
+  }
+  void UndoNewest() {
+    for (const std::size_t index : Newest()) Undo(index);
   }
   [[nodiscard]] Long IdOf(std::size_t index) const { return entries_[index].id; }
   [[nodiscard]] std::size_t Entries() const { return entries_.size(); }
@@ -137,6 +165,7 @@ class Model {
  private:
   struct Entry {
     Long id = 0;
+    Long command = 0;
     bool is_lists = false;
     bool is_undone = false;
     BookDescription before;
@@ -146,6 +175,7 @@ class Model {
   Entry& AddEntry() {
     Entry& entry = entries_.emplace_back();
     entry.id = ++last_id_;
+    entry.command = entry.id;
     return entry;
   }
   void Become(const BookDescription& after) {
@@ -190,7 +220,20 @@ class Model {
   Long last_id_ = 0;
 };
 
-enum class Act { kImport, kKilledImport, kSet, kAdd, kEdit, kMove, kRemove, kYears, kUndoNewest, kUndoOne, kReopen };
+enum class Act {
+  kImport,
+  kKilledImport,
+  kSet,
+  kAdd,
+  kEdit,
+  kMove,
+  kRemove,
+  kYears,
+  kApply,
+  kUndoNewest,
+  kUndoOne,
+  kReopen
+};
 
 struct Step {
   Act act;
@@ -215,6 +258,7 @@ rc::Gen<Step> AnyStep() {
                                                                  {3, Act::kMove},
                                                                  {4, Act::kRemove},
                                                                  {2, Act::kYears},
+                                                                 {6, Act::kApply},
                                                                  {6, Act::kUndoNewest},
                                                                  {4, Act::kUndoOne},
                                                                  {2, Act::kReopen}}),
@@ -303,15 +347,18 @@ class GrowthModelTest : public BookFixture {
 
   // The record that a step stands for; none where the book has no accounts or fields.
   std::optional<RecordKey> KeyOf(const Step& step, int offset) const {
-    const BookDescription& now = model->Description();
+    return KeyIn(model->Description(), step, offset);
+  }
+  static std::optional<RecordKey> KeyIn(const BookDescription& now, const Step& step, int offset) {
     if (now.accounts.empty() || now.fields.empty()) return std::nullopt;
     const std::vector<Date> dates = RecordDates(now);
     const auto account = static_cast<std::size_t>(step.one + offset) % now.accounts.size();
     const auto place = static_cast<std::size_t>(step.other + 7 * offset) % dates.size();
     return RecordKey{now.accounts[account].number, dates[place]};
   }
-  Integer FieldOf(const Step& step, int offset) const {
-    const auto& fields = model->Description().fields;
+  Integer FieldOf(const Step& step, int offset) const { return FieldIn(model->Description(), step, offset); }
+  static Integer FieldIn(const BookDescription& now, const Step& step, int offset) {
+    const auto& fields = now.fields;
     return fields[static_cast<std::size_t>(step.one + step.other + offset) % fields.size()].number;
   }
 
@@ -361,11 +408,32 @@ class GrowthModelTest : public BookFixture {
     }
   }
 
+  // Lists and figures in one step.
+  void Apply(const Step& step) {
+    constexpr std::array kActs = {Act::kAdd, Act::kEdit, Act::kMove, Act::kRemove, Act::kYears};
+    Step changed = step;
+    changed.act = kActs[static_cast<std::size_t>(step.other) % kActs.size()];
+    BookDescription after = ChangedBy(changed);
+    constexpr Integer kMostYears = 6;  // as above
+    if (after.calendar.years > kMostYears) return;
+    const BookDescription lists = after;
+    std::map<std::pair<RecordKey, Integer>, Double> values;
+    for (int offset = 0; offset < 3 && !after.accounts.empty() && !after.fields.empty() && after.calendar.years > 0;
+         ++offset) {
+      values[{*KeyIn(after, step, offset), FieldIn(after, step, offset)}] = step.value;
+    }
+    for (const auto& [place, value] : values) {
+      after.values.push_back({place.first.first, place.first.second, place.second, value});
+    }
+    if (!MayBecome(after)) return Refuses([&] { book->Grow(after, "apply"); });
+    book->Grow(after, "apply");
+    model->Apply(lists, after.values);
+  }
+
   void UndoNewest() {
-    const auto newest = model->Newest();
-    if (newest && model->CanUndo(*newest)) {
+    if (model->CanUndoNewest()) {
       Journal(*book).UndoNewest();
-      model->Undo(*newest);
+      model->UndoNewest();
     } else {
       Refuses([&] { Journal(*book).UndoNewest(); });
     }
@@ -395,6 +463,8 @@ class GrowthModelTest : public BookFixture {
       case Act::kRemove:
       case Act::kYears:
         return Grow(ChangedBy(step));
+      case Act::kApply:
+        return Apply(step);
       case Act::kUndoNewest:
         return UndoNewest();
       case Act::kUndoOne:
@@ -432,7 +502,7 @@ class GrowthModelTest : public BookFixture {
       book.reset();
       RC_ASSERT(engine::CheckBook(BookPath(), true).findings.empty());
       book = Open(options);
-      while (model->Newest() && model->CanUndo(*model->Newest())) UndoNewest();
+      while (model->CanUndoNewest()) UndoNewest();
       Compare();
       book.reset();
     }));
