@@ -537,10 +537,11 @@ class Salvager {
       std::ranges::sort(candidates, [](const Candidate& one, const Candidate& other) {
         return std::pair(one.key, one.checksum) < std::pair(other.key, other.checksum);
       });
-      const auto same = std::ranges::unique(candidates, [](const Candidate& one, const Candidate& other) {
-        return one.key == other.key && one.checksum == other.checksum;
-      });
-      candidates.erase(same.begin(), same.end());
+      const auto same =
+          std::unique(candidates.begin(), candidates.end(), [](const Candidate& one, const Candidate& other) {
+            return one.key == other.key && one.checksum == other.checksum;
+          });
+      candidates.erase(same, candidates.end());
     }
   }
 
