@@ -17,6 +17,7 @@
 #include "platform/MessageBoxes.h"
 #include "platform/Platform.h"
 #include "support/Utility.h"
+#include "support/WinAPI.h"
 #include "tallybook/application/Counts.h"
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/application/EntryDates.h"
@@ -357,8 +358,10 @@ class Conversations::Run {
     if (undoable.empty()) return;
     // The report stays when the book has been closed, and with it what could take anything back.
     setting.undo = [state = std::weak_ptr(shared_), ids = IdsOf(undoable)] {
-      const auto alive = state.lock();
-      return alive && TakeBack(alive, ids).ran;
+      if (const auto alive = state.lock()) return TakeBack(alive, ids).ran;
+      ShowMessage("The book that this report tells of has been closed. Its journal can take the import back.",
+                  kExclamationIcon, kImportReport);
+      return false;
     };
   }
 
@@ -386,6 +389,7 @@ Conversations::~Conversations() = default;
 template <typename Converse>
 ConversationResult Conversations::Start(bool imports, Converse converse) {
   if (state_->run != nullptr) return {};
+  state_->means.app.SetFinished(false);  // whoever was asked to end has ended, or the user wanted to stay
   Run run(state_, imports ? Run::Kind::kImport : Run::Kind::kExport);
   return run.Do([&](engine::Book& book) {
     CDataExchangeGUI gui(state_->means.factory);

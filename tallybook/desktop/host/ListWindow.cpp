@@ -91,6 +91,7 @@ class ListWindow::Frame : public QWidget {
     const Text key = selected_key_;
     const int before = table_->currentIndex().row();
     rows_.Update();
+    if (!has_own_widths_ && loop_ != nullptr) FitColumns();
     Select(rows_.PlaceOf(key), before);
     nothing_->setVisible(rows_.rowCount() == 0);
     PlaceNothing();
@@ -389,6 +390,10 @@ class ListWindow::Frame : public QWidget {
     }
     connect(table_, &QTableView::doubleClicked, this, [this] { UserEdit(); });
     connect(table_->horizontalHeader(), &QHeaderView::sectionClicked, this, [this](int column) { SortBy(column); });
+    connect(table_->horizontalHeader(), &QHeaderView::sectionResized, this, [this](int column) {
+      const bool takes_the_rest = column == rows_.columnCount() - 1;
+      if (!fitting_ && !takes_the_rest) has_own_widths_ = true;
+    });
     connect(table_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& current) {
               if (current.isValid() && !rows_.IsStale()) selected_key_ = rows_.At(current.row()).key;
@@ -504,7 +509,10 @@ class ListWindow::Frame : public QWidget {
   void RestoreLook() {
     memory_.RestoreSize(*this, KeyOf("window"), kWidth, kHeight);
     const QByteArray widths = memory_.Bytes(KeyOf("columns"));
-    if (widths.isEmpty() || !table_->horizontalHeader()->restoreState(widths)) FitColumns();
+    fitting_ = true;
+    has_own_widths_ = !widths.isEmpty() && table_->horizontalHeader()->restoreState(widths);
+    fitting_ = false;
+    if (!has_own_widths_) FitColumns();
     const int column = memory_.Number(KeyOf("sort"), 0);
     if (column == 0) return SetSorting(std::nullopt);
     SetSorting(ListRows::Order{.column = std::abs(column) - 1, .descending = column < 0});
@@ -512,18 +520,21 @@ class ListWindow::Frame : public QWidget {
 
   void KeepLook() {
     memory_.KeepSize(*this, KeyOf("window"));
-    memory_.Keep(KeyOf("columns"), table_->horizontalHeader()->saveState());
+    if (has_own_widths_) memory_.Keep(KeyOf("columns"), table_->horizontalHeader()->saveState());
     const auto order = rows_.Sorting();
     memory_.Keep(KeyOf("sort"), order ? (order->column + 1) * (order->descending ? -1 : 1) : 0);
   }
 
+  // As wide as what stands in them, until the user sets widths of his own.
   void FitColumns() {
+    fitting_ = true;
     const int letter = fontMetrics().averageCharWidth();
     table_->resizeColumnsToContents();
     for (int column = 0; column < rows_.columnCount(); ++column) {
       const int width = std::clamp(table_->columnWidth(column), 9 * letter, 40 * letter);
       table_->setColumnWidth(column, width + 2 * letter);
     }
+    fitting_ = false;
   }
 
   QTableView* table_ = nullptr;
@@ -541,6 +552,8 @@ class ListWindow::Frame : public QWidget {
   QTimer forget_typed_;
   QString typed_;
   QString pointed_note_;
+  bool fitting_ = false;         // the columns, which is no act of the user's
+  bool has_own_widths_ = false;  // that the user has set, now or earlier
   Text selected_key_;
 };
 

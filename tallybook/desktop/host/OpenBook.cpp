@@ -14,15 +14,11 @@
 #include "base/Failure.h"
 #include "support/Utility.h"
 #include "tallybook/desktop/host/QtTexts.h"
+#include "tallybook/engine/BookHold.h"
 
 namespace tallybook::desktop {
 
 namespace {
-
-bool IsInUse(const Failure& failure) {
-  return failure.Number() == FailureNumber::kPermissionDenied &&
-         failure.Description().find("open for writing elsewhere") != Text::npos;
-}
 
 // Says what is waited for, tries every now and then, and ends with the try that succeeds or fails for another reason.
 class WaitDialog : public QDialog {
@@ -111,7 +107,7 @@ OpenedBook BookOpener::OpenToChange(const Text& path, QWidget* owner) {
       opened = Open(path, !read_only);
       return std::nullopt;
     } catch (const Failure& failure) {
-      if (!IsInUse(failure)) throw;
+      if (!engine::IsInUse(failure)) throw;
       return failure.Description();
     }
   };
