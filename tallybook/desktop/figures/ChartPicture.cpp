@@ -14,7 +14,9 @@ namespace tallybook::desktop {
 namespace {
 
 constexpr double kTicksApart = 2.6;  // heights of a line of text, at least
-constexpr int kMostPoints = 32;      // of a line whose figures are marked one by one
+// The sign of a number stays before it among words that go the other way (Unicode Standard Annex #9).
+constexpr const char* kLeftToRight = "\u200E";
+constexpr int kMostPoints = 32;  // of a line whose figures are marked one by one
 
 // Told apart by people who see few colours, too, and 3 to 1 against both grounds at least; the first is the system's own.
 constexpr std::array<QRgb, 6> kOnLight = {0, 0xFFB35900, 0xFF00695C, 0xFF8E24AA, 0xFF5D4037, 0xFF37474F};
@@ -46,7 +48,8 @@ struct ChartPicture::Frame {
 
 Text ChartPicture::NumberOf(Double value) const {
   const Text text = CopiedText(value, DecimalsNeeded(value), look_.numbers);
-  return text.starts_with('-') ? "\u2212" + text.substr(1) : text;
+  const Text shown = text.starts_with('-') ? "\u2212" + text.substr(1) : text;
+  return look_.right_to_left ? kLeftToRight + shown : shown;
 }
 
 ChartPicture::Frame ChartPicture::FrameIn(const QRectF& area) const {
@@ -111,9 +114,13 @@ void ChartPicture::PaintLegend(QPainter& painter, const QRectF& area) const {
   const double middle = area.top() + unit + metrics.height() / 2;
   const double direction = look_.right_to_left ? -1 : 1;
   double x = look_.right_to_left ? area.right() - 2 * unit : area.left() + 2 * unit;
-  const auto write = [&](const QString& whole) {
-    const double room = look_.right_to_left ? x - area.left() : area.right() - x;
-    const QString text = metrics.elidedText(whole, Qt::ElideRight, std::max(room - unit, 0.0));
+  // Each has its share of what is left, so that none is pushed out. That a line is the year before's stands at the end.
+  const auto write = [&](const ChartLine& line, std::size_t lines_left) {
+    const double room = (look_.right_to_left ? x - area.left() : area.right() - x) + unit;
+    const double sample = metrics.height() * 1.5 + 5.5 * unit;
+    const double share = (room - static_cast<double>(lines_left - 1) * sample) / static_cast<double>(lines_left);
+    const auto where = line.year_before ? Qt::ElideMiddle : Qt::ElideRight;
+    const QString text = metrics.elidedText(ToQt(line.name), where, std::max(share - 2 * unit, 0.0));
     const double width = metrics.horizontalAdvance(text);
     const double left = look_.right_to_left ? x - width : x;
     painter.drawText(QRectF(left, middle - metrics.height() / 2, width + 1, metrics.height()), Qt::AlignCenter, text);
@@ -123,7 +130,7 @@ void ChartPicture::PaintLegend(QPainter& painter, const QRectF& area) const {
   QFont bold = look_.font;
   bold.setBold(true);
   painter.setFont(bold);
-  const QString title = QFontMetricsF(bold).elidedText(ToQt(data_.title), Qt::ElideRight, area.width() / 2);
+  const QString title = QFontMetricsF(bold).elidedText(ToQt(data_.title), Qt::ElideRight, area.width() / 3);
   const double title_width = QFontMetricsF(bold).horizontalAdvance(title);
   painter.drawText(QRectF(look_.right_to_left ? x - title_width : x, middle - metrics.height() / 2, title_width + 1,
                           metrics.height()),
@@ -136,7 +143,7 @@ void ChartPicture::PaintLegend(QPainter& painter, const QRectF& area) const {
     painter.drawLine(QPointF(x, middle), QPointF(x + direction * sample, middle));
     x += direction * (sample + 1.5 * unit);
     painter.setPen(look_.palette.color(QPalette::Text));
-    write(ToQt(data_.lines[line].name));
+    write(data_.lines[line], data_.lines.size() - line);
   }
 }
 
@@ -238,6 +245,7 @@ void ChartPicture::PaintUnit(QPainter& painter, const Frame& frame, std::size_t 
   QRectF box(x + 2 * gap, frame.plot.top(), width + 4 * gap,
              static_cast<double>(lines.size()) * metrics.height() + 2 * gap);
   if (box.right() > frame.plot.right()) box.moveRight(x - 2 * gap);
+  if (box.left() < gap) box.moveLeft(gap);
   painter.setPen(QPen(Mixed(look_.palette.color(QPalette::Text), look_.palette.color(QPalette::Base), 0.5), 1));
   painter.setBrush(look_.palette.color(QPalette::ToolTipBase));
   painter.drawRoundedRect(box, gap, gap);

@@ -107,6 +107,22 @@ class FigureDelegate final : public QStyledItemDelegate {
   std::function<void(int, int)> widen_;
 };
 
+// Heads that are too long end in an ellipsis, whichever side they stand on; the whole shows as a hint.
+class HeadView final : public QHeaderView {
+ public:
+  using QHeaderView::QHeaderView;
+
+ protected:
+  void initStyleOptionForIndex(QStyleOptionHeader* option, int section) const override {
+    QHeaderView::initStyleOptionForIndex(option, section);
+    QFont bold = font();
+    bold.setBold(true);  // as the head of the current cell is
+    const int margins = 2 * style()->pixelMetric(QStyle::PM_HeaderMargin, option, this);
+    const int width = orientation() == Qt::Horizontal ? sectionSize(section) : this->width();
+    option->text = QFontMetrics(bold).elidedText(option->text, Qt::ElideRight, width - margins);
+  }
+};
+
 }  // namespace
 
 FigureGrid::FigureGrid(QWidget* parent) : QTableView(parent) {
@@ -121,11 +137,13 @@ FigureGrid::FigureGrid(QWidget* parent) : QTableView(parent) {
   setCornerButtonEnabled(false);
   setAccessibleName("Figures");
   setFrameShape(NoFrame);
+  setHorizontalHeader(new HeadView(Qt::Horizontal, this));
+  setVerticalHeader(new HeadView(Qt::Vertical, this));
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-  verticalHeader()->setHighlightSections(true);
-  verticalHeader()->setTextElideMode(Qt::ElideRight);
-  horizontalHeader()->setSectionsClickable(true);
-  horizontalHeader()->setTextElideMode(Qt::ElideRight);
+  for (QHeaderView* heads : {horizontalHeader(), verticalHeader()}) {
+    heads->setSectionsClickable(true);
+    heads->setHighlightSections(true);
+  }
 }
 
 CellRange FigureGrid::Selected() const {

@@ -74,19 +74,19 @@ const FigureModel::Marked* FigureModel::MarkOf(int row, int column) const {
   return found == marks_.end() ? nullptr : &found->second;
 }
 
-void FigureModel::Mark(int row, int column, const QString& typed, const Text& words, bool waits) {
+void FigureModel::Mark(int row, int column, const QString& typed, const Text& words) {
+  const bool waits = false;
   marks_[KeyOf(row, column)] = {typed, words, waits};
   Q_EMIT dataChanged(index(row, column), index(row, column));
 }
 
-void FigureModel::Mark(const application::FigureChange& change, const Text& words) {
+void FigureModel::MarkWaiting(const std::vector<application::FigureChange>& changes, const Text& words) {
+  const auto gone = std::erase_if(marks_, [](const auto& mark) { return mark.second.waits; });
   const bool waits = true;
-  marks_[{change.account, change.date, change.field}] = {ToQt(TypedText(change.value, style_.numbers)), words, waits};
-  ShowAnew();
-}
-
-void FigureModel::UnmarkWaiting() {
-  if (std::erase_if(marks_, [](const auto& mark) { return mark.second.waits; }) > 0) ShowAnew();
+  for (const application::FigureChange& change : changes) {
+    marks_[{change.account, change.date, change.field}] = {ToQt(TypedText(change.value, style_.numbers)), words, waits};
+  }
+  if (gone > 0 || !changes.empty()) ShowAnew();
 }
 
 void FigureModel::Unmark(int row, int column) {
@@ -134,7 +134,7 @@ void FigureModel::NoteDecimals(int column, Double value) const {
 QString FigureModel::TextOf(int row, int column) const {
   const Double value = ValueOf(row, column);
   if (in_trouble_) return "?";
-  return ToQt(NumberText(value, DecimalsOf(column), style_.numbers));
+  return Upright(ToQt(NumberText(value, DecimalsOf(column), style_.numbers)));
 }
 
 QString FigureModel::Hint(int row, int column) const {
@@ -198,8 +198,7 @@ bool FigureModel::setData(const QModelIndex& index, const QVariant& value, int r
   const QString typed = value.toString();
   const ReadFigure read = ParseFigure(FromQt(typed), style_.numbers);
   if (!read.value) {
-    const bool waits = false;
-    Mark(index.row(), index.column(), typed, read.why, waits);
+    Mark(index.row(), index.column(), typed, read.why);
     return false;
   }
   Unmark(index.row(), index.column());
@@ -232,7 +231,7 @@ QVariant TotalsModel::data(const QModelIndex& index, int role) const {
   if (!total) return QString(kAddingWords);
   if (!std::isfinite(*total)) return QString("too large");
   const int decimals = std::max(figures_.DecimalsOf(index.column()), std::min(DecimalsNeeded(*total), kMostDecimals));
-  return ToQt(NumberText(*total, decimals, figures_.Style().numbers));
+  return Upright(ToQt(NumberText(*total, decimals, figures_.Style().numbers)));
 }
 
 QVariant TotalsModel::headerData(int section, Qt::Orientation orientation, int role) const {

@@ -39,11 +39,10 @@ class FigureModel final : public QAbstractTableModel {
   // Of a column: as many as its figures that have been seen need.
   [[nodiscard]] int DecimalsOf(int column) const;
 
-  // Leaves a text in a cell, marked. `waits`: it is to be written yet.
-  void Mark(int row, int column, const QString& typed, const Text& words, bool waits);
-  void Mark(const application::FigureChange& change, const Text& words);
-  // Gives up what waits, or what stands in one cell.
-  void UnmarkWaiting();
+  // Leaves a text in a cell, marked with why it could not be read.
+  void Mark(int row, int column, const QString& typed, const Text& words);
+  // Shows the changes that are to be written yet, and none that were so before.
+  void MarkWaiting(const std::vector<application::FigureChange>& changes, const Text& words);
   void Unmark(int row, int column);
   [[nodiscard]] bool HasMarks() const { return !marks_.empty(); }
 

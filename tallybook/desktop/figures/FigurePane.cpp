@@ -3,6 +3,7 @@
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QTimer>
 #include <QtGui/QClipboard>
+#include <QtGui/QPainter>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QHBoxLayout>
@@ -48,6 +49,21 @@ long long CellsOf(const CellRange& range) {
   return static_cast<long long>(range.last_row - range.first_row + 1) * (range.last_column - range.first_column + 1);
 }
 
+// Words that may be longer than the room they have.
+class Elided final : public QLabel {
+ public:
+  using QLabel::QLabel;
+  [[nodiscard]] QSize minimumSizeHint() const override { return {0, QLabel::minimumSizeHint().height()}; }
+
+ protected:
+  void paintEvent(QPaintEvent* /*event*/) override {
+    QPainter painter(this);
+    painter.setPen(palette().color(foregroundRole()));
+    painter.drawText(rect(), static_cast<int>(Qt::AlignLeading | Qt::AlignVCenter),
+                     fontMetrics().elidedText(text(), Qt::ElideRight, width()));
+  }
+};
+
 QComboBox* NewChoice(const QString& name) {
   auto* box = new QComboBox;
   box->setAccessibleName(name);
@@ -81,6 +97,7 @@ class FigurePane::Parts {
   void FollowLists();
   void Type(int row, int column, Double value);
   void Write();
+  void Wait(const QString& words);
   void WriteBlock(const PasteBlock& block, const QString& what);
   bool Agreed(const PasteBlock& block, const QString& what);
   void Copy(bool with_heads);
@@ -128,6 +145,7 @@ class FigurePane::Parts {
   QElapsedTimer since_use;
   QString selection_text;
   QString waiting_words;
+  std::size_t changes_marked = 0;  // of those that wait
   bool writable = true;
   bool holds_lists = false;  // what is asked about stands in rows and columns
 
@@ -170,7 +188,7 @@ void FigurePane::Parts::BuildBar(QVBoxLayout& layout) {
   bar->setSpacing(2 * unit);
   view = NewChoice("What the table shows");
   for (const char* name : kViewNames) view->addItem(name);
-  subject = new QLabel;
+  subject = new Elided;
   subject->setTextFormat(Qt::PlainText);
   QFont bold = pane.font();
   bold.setBold(true);
@@ -254,7 +272,7 @@ void FigurePane::Parts::Open(std::unique_ptr<BookReader> book) {
   model = std::make_unique<FigureModel>(*table, style);
   totals_model = std::make_unique<TotalsModel>(*model, *totals);
   model->OnTyped([this](int row, int column, Double value) { Type(row, column, value); });
-  model->OnTrouble([this](const Text& words) { Say(ToQt(words)); });
+  model->OnTrouble([this](const Text& words) { Say(ToQt(application::Shown(words))); });
   QObject::connect(model.get(), &QAbstractItemModel::dataChanged, &pane, [this] { since_use.start(); });
   grid->setModel(model.get());
   totals_row->setModel(totals_model.get());
@@ -279,6 +297,7 @@ void FigurePane::Parts::CloseBook() {
   reader.reset();
   selection_text.clear();
   waiting_words.clear();
+  changes_marked = 0;
 }
 
 FigureChoice FigurePane::Parts::ChoiceOfBar() const {
@@ -335,6 +354,7 @@ void FigurePane::Parts::FillBar() {
   field->clear();
   for (const auto& each : reader->Description().fields) field->addItem(ToQt(application::Shown(each.description)));
   field->setCurrentIndex(choice.field - 1);
+  field->setToolTip(field->currentText());
   const bool one_account = choice.view == FigureView::kAccount && !table->Accounts().empty();
   const QString name = one_account ? ToQt(application::Shown(table->Account(choice.account).code + "  " +
                                                              table->Account(choice.account).description))
@@ -383,7 +403,7 @@ void FigurePane::Parts::Refresh() {
   try {
     reader->Refresh();
   } catch (const Failure& failure) {
-    Say(ToQt(failure.Description()));
+    Say(ToQt(application::Shown(failure.Description())));
   }
   FollowLists();
 }
@@ -420,7 +440,7 @@ void FigurePane::Parts::AddUp() {
   try {
     if (totals->Work(kTotalsPart)) return;
   } catch (const Failure& failure) {
-    Say(ToQt(failure.Description()));
+    Say(ToQt(application::Shown(failure.Description())));
   }
   adding.stop();
   since_use.start();
@@ -449,8 +469,8 @@ void FigurePane::Parts::AddUpSelection() {
     const Double average = sum / static_cast<Double>(count);
     const int decimals = std::max(DecimalsNeeded(sum), DecimalsOf(selection));
     selection_text = QString("%1 figures selected: %2  avg %3")
-                         .arg(ToQt(WithCommas(count)), ToQt(NumberText(sum, decimals, style.numbers)),
-                              ToQt(NumberText(average, std::max(decimals, 2), style.numbers)));
+                         .arg(ToQt(WithCommas(count)), Upright(ToQt(NumberText(sum, decimals, style.numbers))),
+                              Upright(ToQt(NumberText(average, std::max(decimals, 2), style.numbers))));
   }
   TellState();
 }
@@ -466,15 +486,11 @@ void FigurePane::Parts::Type(int row, int column, Double value) {
 void FigurePane::Parts::Write() {
   const FigureWriter::Outcome outcome = writer->Try();
   const QString words = ToQt(application::Shown(writer->Words()));
-  const bool waits = outcome == FigureWriter::Outcome::kWaits;
-  model->UnmarkWaiting();
-  waiting_words = waits ? words : QString();
-  if (waits) {
-    for (const auto& change : writer->Unwritten()) model->Mark(change, "Waits to be written: " + writer->Words());
-    retry.start(kRetry);
-    return TellState();
-  }
+  if (outcome == FigureWriter::Outcome::kWaits) return Wait(words);
   retry.stop();
+  model->MarkWaiting({}, "");
+  waiting_words.clear();
+  changes_marked = 0;
   // Behind what goes on now: an editor may be about to close.
   if (outcome == FigureWriter::Outcome::kFailed) QTimer::singleShot(0, &pane, [this, words] { Say(words); });
   Refresh();
@@ -489,6 +505,16 @@ bool FigurePane::Parts::Agreed(const PasteBlock& block, const QString& what) {
   const bool agreed = preview.exec() == QDialog::Accepted;
   holds_lists = false;
   return agreed;
+}
+
+// Every try that waits for the same as the one before leaves the table alone: a block that was pasted can be large.
+void FigurePane::Parts::Wait(const QString& words) {
+  retry.start(kRetry);
+  if (words == waiting_words && changes_marked == writer->InLine()) return;
+  waiting_words = words;
+  changes_marked = writer->InLine();
+  model->MarkWaiting(writer->Unwritten(), "Waits to be written: " + writer->Words());
+  TellState();
 }
 
 void FigurePane::Parts::WriteBlock(const PasteBlock& block, const QString& what) {
@@ -507,10 +533,10 @@ void FigurePane::Parts::Lay(const Text& cells, const QString& what) {
     const PasteBlock block = LayOnTable(*table, selection, cells, style.numbers);
     if (block.IsGood()) return WriteBlock(block, what);
     QStringList troubles;
-    for (const Text& trouble : block.troubles) troubles << ToQt(trouble);
+    for (const Text& trouble : block.troubles) troubles << ToQt(application::Shown(trouble));
     Say(QString("Nothing was changed.\n") + troubles.join('\n'));
   } catch (const Failure& failure) {
-    Say(ToQt(failure.Description()));
+    Say(ToQt(application::Shown(failure.Description())));
   }
 }
 
@@ -654,6 +680,10 @@ void FigurePane::GiveUpWaiting() {
   if (!HasBook()) return;
   parts_->writer->GiveUp();
   parts_->Write();
+}
+
+bool FigurePane::HasUnreadable() const {
+  return HasBook() && !Waits() && parts_->model->HasMarks();
 }
 
 FigureGrid& FigurePane::Grid() {

@@ -55,6 +55,8 @@ class FigurePane final : public QWidget {
   // Whether something typed is not in the book yet; giving it up leaves the book as it is.
   [[nodiscard]] bool Waits() const;
   void GiveUpWaiting();
+  // Whether a cell holds something typed that could not be read.
+  [[nodiscard]] bool HasUnreadable() const;
 
   [[nodiscard]] FigureGrid& Grid();
   [[nodiscard]] FigureModel& Model();

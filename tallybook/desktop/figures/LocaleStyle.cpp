@@ -3,6 +3,7 @@
 #include <QtCore/QDate>
 #include <QtCore/QLocale>
 #include <QtCore/QString>
+#include <QtGui/QGuiApplication>
 
 #include "base/Dates.h"
 
@@ -45,6 +46,11 @@ LocaleStyle StyleOf(const QLocale& locale) {
   };
   style.habits = HabitsOf(locale);
   return style;
+}
+
+QString Upright(const QString& number) {
+  constexpr QChar kLeftToRight(0x200E);  // Unicode Standard Annex #9
+  return QGuiApplication::isRightToLeft() ? kLeftToRight + number : number;
 }
 
 LocaleStyle SystemStyle() {

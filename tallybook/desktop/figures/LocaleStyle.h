@@ -21,4 +21,7 @@ struct LocaleStyle {
 // That of the system, as Qt was told it.
 [[nodiscard]] LocaleStyle SystemStyle();
 
+// A number as it is drawn: its sign stays before it in windows whose words go from right to left.
+[[nodiscard]] QString Upright(const QString& number);
+
 }  // namespace tallybook::desktop

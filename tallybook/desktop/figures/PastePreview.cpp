@@ -43,9 +43,9 @@ class PreviewModel final : public QAbstractTableModel {
       case 1:
         return ToQt(table_.ColumnHead(figure.column, style_.dates));
       case 2:
-        return ToQt(NumberText(figure.before, decimals_, style_.numbers));
+        return Upright(ToQt(NumberText(figure.before, decimals_, style_.numbers)));
       default:
-        return ToQt(NumberText(figure.after, decimals_, style_.numbers));
+        return Upright(ToQt(NumberText(figure.after, decimals_, style_.numbers)));
     }
   }
   [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
