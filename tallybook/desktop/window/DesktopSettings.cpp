@@ -1,5 +1,7 @@
 #include "tallybook/desktop/window/DesktopSettings.h"
 
+#include <QtCore/QDir>
+#include <QtCore/QStandardPaths>
 #include <algorithm>
 #include <filesystem>
 #include <string>
@@ -121,6 +123,11 @@ Text DesktopSettings::Value(const Text& key, const Text& otherwise) const {
 
 void DesktopSettings::SetValue(const Text& key, const Text& value) {
   Write(kWindow, key, value);
+}
+
+Text DocumentsFolder() {
+  const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+  return (QDir(documents).exists() ? documents : QDir::homePath()).toStdString();
 }
 
 Text DesktopSettingsPath() {

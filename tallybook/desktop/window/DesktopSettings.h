@@ -45,6 +45,9 @@ class DesktopSettings {
   Text path_;
 };
 
+// Where the user keeps what he makes: the folder of documents, or where there is none yet, his own.
+[[nodiscard]] Text DocumentsFolder();
+
 // books.ini in the user's state folder.
 [[nodiscard]] Text DesktopSettingsPath();
 

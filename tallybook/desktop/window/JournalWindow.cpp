@@ -5,6 +5,7 @@
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QPushButton>
+#include <QtWidgets/QStyledItemDelegate>
 #include <QtWidgets/QTreeView>
 #include <QtWidgets/QVBoxLayout>
 #include <algorithm>
@@ -19,6 +20,18 @@
 namespace tallybook::desktop {
 
 namespace {
+
+constexpr int kLeastTarget = 24;
+
+// Rows that a pointer hits easily.
+class TallRows final : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+  [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    const QSize usual = QStyledItemDelegate::sizeHint(option, index);
+    return {usual.width(), std::max(kLeastTarget, option.fontMetrics.height() * 3 / 2)};
+  }
+};
 
 QString DateIn(const engine::JournalEntry& entry, const Text& date, Date value, const LocaleStyle& style) {
   return date == "-" || entry.first == kNoDate ? QString() : ToQt(style.dates(value));
@@ -45,6 +58,7 @@ JournalWindow::JournalWindow(QWidget* parent, BookReader& reader, const LocaleSt
   setWindowTitle("Journal");
   hint_->setWordWrap(true);
   list_->setModel(rows_);
+  list_->setItemDelegate(new TallRows(list_));
   list_->setAccessibleName("Entries of the journal, newest first");
   list_->setRootIsDecorated(false);
   list_->setAlternatingRowColors(true);

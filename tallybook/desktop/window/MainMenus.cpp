@@ -113,7 +113,11 @@ void BuildExchangeMenu(QMenuBar& bar, const MenuActs& acts, MainMenus& menus) {
 
 void BuildHelpMenu(QMenuBar& bar, const MenuActs& acts) {
   QMenu& menu = *bar.addMenu("&Help");
-  Add(menu, "&Keys", QKeySequence("F1"), acts.keys);
+  // F1 is answered in every window (Help), and shown here.
+  QAction* help = Add(menu, "&Help for This Window", QKeySequence("F1"), acts.help);
+  help->setShortcutContext(Qt::WidgetShortcut);
+  Add(menu, "&Guide", {}, acts.guide);
+  Add(menu, "&Keys", QKeySequence("Shift+F1"), acts.keys);
   Add(menu, "&About Tallybook", {}, acts.about);
 }
 

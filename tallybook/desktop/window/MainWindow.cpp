@@ -1,8 +1,8 @@
 #include "tallybook/desktop/window/MainWindow.h"
 
 #include <QtCore/QMimeData>
-#include <QtCore/QStandardPaths>
 #include <QtCore/QTimer>
+#include <QtCore/QUrl>
 #include <QtGui/QClipboard>
 #include <QtGui/QCloseEvent>
 #include <QtGui/QDragEnterEvent>
@@ -35,6 +35,7 @@
 #include "tallybook/desktop/host/SaveWhole.h"
 #include "tallybook/desktop/window/AccountPane.h"
 #include "tallybook/desktop/window/DateDialog.h"
+#include "tallybook/desktop/window/HelpWindow.h"
 #include "tallybook/desktop/window/JournalWindow.h"
 #include "tallybook/desktop/window/KeysDialog.h"
 #include "tallybook/desktop/window/MainMenus.h"
@@ -51,6 +52,7 @@ using application::Counted;
 using application::Shown;
 
 constexpr std::size_t kMostFieldsOfChart = 6;  // more lines than that nobody tells apart
+constexpr int kMessageTime = 12'000;           // milliseconds that a line stands in the status bar
 constexpr const char* kExampleFolder = "Tallybook Example";
 constexpr const char* kExampleShop = "north-shop.tbk";
 constexpr const char* kExampleOffice = "head-office.tbk";
@@ -59,8 +61,12 @@ QString FileNameOf(const Text& path) {
   return ToQt(Shown(fs::path(path).filename().string()));
 }
 
-Text DocumentsFolder() {
-  return FromQt(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+QStringList DroppedFiles(const QMimeData& data) {
+  QStringList files;
+  for (const QUrl& url : data.urls()) {
+    if (url.isLocalFile()) files << url.toLocalFile();
+  }
+  return files;
 }
 
 // A menu's mnemonics would show in the words.
@@ -76,6 +82,7 @@ class MainWindow::Parts {
 
   bool Open(const Text& path);
   bool Leave();
+  bool GivesUp(const QString& why, const QString& words_to_stay);
   void ShowBook(std::unique_ptr<BookReader> opened);
   void ShowStart();
   void KeepLook() const;
@@ -100,6 +107,7 @@ class MainWindow::Parts {
   void ShowChartPane(bool shown);
 
   MainWindow& window;
+  Help help;
   HostApp& app;
   DesktopSettings& settings;
   LocaleStyle style;
@@ -187,6 +195,8 @@ MenuActs MainWindow::Parts::Acts() {
     acts.export_file = [export_by] { export_by(&Conversations::ExportQdx); };
     acts.export_table = [export_by] { export_by(&Conversations::ExportTable); };
   }
+  acts.help = [this] { help.ShowForWindowAtHand(); };
+  acts.guide = [this] { help.Show("guide/README.md"); };
   acts.keys = [this] { ShowKeys(&window); };
   acts.about = [this] { ShowAbout(&window); };
   return acts;
@@ -221,7 +231,7 @@ void MainWindow::Parts::BuildPages() {
   figures->OnMessage([this](const QString& words) {
     // One line is read where it stands; more, or what nobody would look for there, needs a window.
     words.contains('\n') || words.contains(ToQt(path)) ? window.Tell(words)
-                                                       : window.statusBar()->showMessage(words, 8000);
+                                                       : window.statusBar()->showMessage(words, kMessageTime);
   });
   figures->OnAskDate([this] { AskForDate(); });
 }
@@ -253,7 +263,8 @@ bool MainWindow::Parts::Open(const Text& named) {
   std::unique_ptr<BookReader> opened;
   try {
     opened = std::make_unique<BookReader>(named, app);
-  } catch (const Failure& failure) {
+  } catch (...) {
+    const Failure failure = CurrentFailure();
     window.Tell(ToQt(Shown(failure.Description())));
     if (failure.Number() == FailureNumber::kFileNotFound) settings.ForgetBook(named);
     return false;
@@ -302,7 +313,7 @@ void MainWindow::Parts::ShowStart() {
   pages->setCurrentWidget(start);
   window.setWindowTitle("Tallybook");
   FollowState();
-  start->findChild<QAbstractButton*>()->setFocus();
+  start->findChild<QAbstractButton*>()->setFocus(Qt::TabFocusReason);
 }
 
 void MainWindow::Parts::KeepLook() const {
@@ -320,15 +331,15 @@ void MainWindow::Parts::KeepLook() const {
 // Out of the open book. False where the user stays because something waits to be written.
 bool MainWindow::Parts::Leave() {
   figures->TakeWhatIsTyped();
-  if (figures->Waits()) {
-    QMessageBox box(QMessageBox::Question, "Tallybook", figures->SavedText(), QMessageBox::NoButton, &window);
-    box.setInformativeText("What you typed is not in the book yet. If you go on, the book stays as it is.");
-    QPushButton* stay = box.addButton("&Wait", QMessageBox::RejectRole);
-    box.addButton("&Give Up", QMessageBox::DestructiveRole);
-    box.setDefaultButton(stay);
-    box.setEscapeButton(stay);
-    box.exec();
-    if (box.clickedButton() == stay) return false;
+  if (figures->Waits() &&
+      !GivesUp("What you typed is not in the book yet. If you go on, the book stays as it is.", "&Wait")) {
+    return false;
+  }
+  if (figures->HasUnreadable() &&
+      !GivesUp("Some of what you typed could not be read as figures, and is marked in its cells. If you go on, it is "
+               "gone; the book stays as it is.",
+               "&Stay")) {
+    return false;
   }
   KeepLook();
   conversations.reset();
@@ -336,6 +347,18 @@ bool MainWindow::Parts::Leave() {
   reader = nullptr;
   path.clear();
   return true;
+}
+
+// Asks whether what is not in the book may be lost.
+bool MainWindow::Parts::GivesUp(const QString& why, const QString& words_to_stay) {
+  QMessageBox box(QMessageBox::Question, "Tallybook", figures->SavedText(), QMessageBox::NoButton, &window);
+  box.setInformativeText(why);
+  QPushButton* stay = box.addButton(words_to_stay, QMessageBox::RejectRole);
+  box.addButton("&Give Up", QMessageBox::DestructiveRole);
+  box.setDefaultButton(stay);
+  box.setEscapeButton(stay);
+  box.exec();
+  return box.clickedButton() != stay;
 }
 
 void MainWindow::Parts::NewBook() {
@@ -392,8 +415,7 @@ void MainWindow::Parts::FollowState() {
   saved_text->setText(figures->SavedText());
   give_up->setVisible(figures->Waits());
   book_text->setText(has_book ? ToQt(Shown(fs::path(path).stem().string())) : QString());
-  made_of_text->setVisible(has_book);
-  if (!has_book) return;
+  if (!has_book) return made_of_text->clear();
   const engine::BookDescription& book = reader->Description();
   made_of_text->setText(QString("%1, %2, %3s")
                             .arg(ToQt(Counted(static_cast<long long>(book.accounts.size()), "account")),
@@ -416,9 +438,9 @@ void MainWindow::Parts::ShowChart() {
   shown_chart = choice;
   try {
     chart->Show(ChartOf(figures->Table(), choice, style.dates));
-  } catch (const Failure& failure) {
+  } catch (...) {
     chart->Show({});
-    window.statusBar()->showMessage(ToQt(Shown(failure.Description())));
+    window.statusBar()->showMessage(ToQt(Shown(CurrentFailure().Description())));
   }
 }
 
@@ -459,8 +481,8 @@ void MainWindow::Parts::SaveChart() {
   if (chosen.isEmpty()) return;
   try {
     SaveWhole(FromQt(chosen), chart->PictureFor(chosen));
-  } catch (const Failure& failure) {
-    window.Tell(ToQt(Shown(failure.Description())));
+  } catch (...) {
+    window.Tell(ToQt(Shown(CurrentFailure().Description())));
   }
 }
 
@@ -486,14 +508,19 @@ void MainWindow::Parts::Journal() {
 // --- Data exchange ---------------------------------------------------------------------------------------------------
 
 bool MainWindow::Parts::Converse(const Conversation& conversation) {
-  if (conversations == nullptr || IsRunning()) return false;
-  figures->TakeWhatIsTyped();
+  if (conversations == nullptr) return false;
+  if (IsRunning()) {
+    window.Tell("The book is being worked on already. End that first.");
+    return false;
+  }
+  figures->TakeWhatIsTyped();  // nothing can be typed from here on
   if (figures->Waits()) {
     window.Tell(figures->SavedText());
     return false;
   }
   const ConversationResult result = conversation(*conversations);
   figures->LookAgain();
+  if (!result.output.empty()) window.statusBar()->showMessage("Written: " + ToQt(Shown(result.output)), kMessageTime);
   return result.ChangedFigures();
 }
 
@@ -541,6 +568,7 @@ MainWindow::MainWindow(HostApp& app, DesktopSettings& settings, const LocaleStyl
                        const ConversationMeans* means)
     : parts_(std::make_unique<Parts>(*this, app, settings, style, means)) {
   setAcceptDrops(true);
+  setAttribute(Qt::WA_KeyboardFocusChange);  // where the keys go is always seen
   const int unit = fontMetrics().height();
   resize(unit * 78, unit * 44);
   restoreGeometry(QByteArray::fromHex(QByteArray::fromStdString(settings.Value("Geometry", ""))));
@@ -549,8 +577,9 @@ MainWindow::MainWindow(HostApp& app, DesktopSettings& settings, const LocaleStyl
 MainWindow::~MainWindow() = default;
 
 bool MainWindow::OpenBook(const Text& path) {
-  if (parts_->IsRunning()) return false;
-  return parts_->Open(path);
+  if (!parts_->IsRunning()) return parts_->Open(path);
+  Tell(QString("%1 is being worked on. End that first, then open another book.").arg(FileNameOf(BookPath())));
+  return false;
 }
 
 bool MainWindow::CloseBook() {
@@ -600,6 +629,10 @@ void MainWindow::Tell(const QString& words) {
   box.exec();
 }
 
+void MainWindow::ShowHelp() {
+  parts_->help.ShowForWindowAtHand();
+}
+
 FigurePane& MainWindow::Figures() {
   return *parts_->figures;
 }
@@ -625,15 +658,18 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-  const bool has_file = event->mimeData()->hasUrls() && event->mimeData()->urls().front().isLocalFile();
-  if (has_file) event->acceptProposedAction();
+  if (!DroppedFiles(*event->mimeData()).isEmpty()) event->acceptProposedAction();
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {
+  const QStringList files = DroppedFiles(*event->mimeData());
+  if (files.isEmpty()) return;
   event->acceptProposedAction();
   // Behind the drop: the program that the file came from waits for its end.
-  const Text path = FromQt(event->mimeData()->urls().front().toLocalFile());
-  QTimer::singleShot(0, this, [this, path] { OpenFile(path); });
+  QTimer::singleShot(0, this, [this, files] {
+    if (files.size() > 1) return Tell("Several files were dropped. One at a time can be opened or imported.");
+    OpenFile(FromQt(files.front()));
+  });
 }
 
 }  // namespace tallybook::desktop

@@ -39,6 +39,9 @@ class MainWindow final : public QMainWindow {
   // list of definitions, and a text file its prompt, over the open book, or else the one that was open last.
   void OpenFile(const Text& path);
 
+  // Shows the page of the guide that tells of the window that is in front, whichever that is.
+  void ShowHelp();
+
   // Tells what the user must know, in a window with a title.
   void Tell(const QString& words);
 

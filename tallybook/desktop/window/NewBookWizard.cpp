@@ -73,11 +73,11 @@ class NamePage final : public DraftPage {
     name_ = new QLineEdit;
     name_->setPlaceholderText("North Shop");
     path_ = new QLineEdit;
-    auto* browse = new QPushButton("&Browse\u2026");
+    auto* browse = new QPushButton("B&rowse\u2026");
     auto* row = new QHBoxLayout;
     row->addWidget(path_, 1);
     row->addWidget(browse);
-    form->addRow("&Name", name_);
+    form->addRow("N&ame", name_);
     auto* label = new QLabel("&File");
     label->setBuddy(path_);
     form->addRow(label, row);
@@ -167,7 +167,7 @@ class CalendarPage final : public DraftPage {
     auto* form = new QFormLayout;
     form->addRow("Figures for &each", grain_);
     form->addRow("&Calendar", kind_);
-    form->addRow("Year &begins on, or near", first_);
+    form->addRow("Year be&gins on, or near", first_);
     form->addRow("&Years held", years_);
     form->addRow("&Weeks end on", week_ends_);
     form->addRow("&Days of the periods", lengths_);
@@ -345,8 +345,8 @@ NewBookWizard::NewBookWizard(QWidget* parent, const LocaleStyle& style, const Te
 void NewBookWizard::accept() {
   try {
     engine::Book::Create(draft_.path, DescriptionOf(draft_));
-  } catch (const Failure& failure) {
-    QMessageBox::critical(this, "New Book", ToQt(application::Shown(failure.Description())));
+  } catch (...) {
+    QMessageBox::critical(this, "New Book", ToQt(application::Shown(CurrentFailure().Description())));
     return;
   }
   made_ = draft_.path;

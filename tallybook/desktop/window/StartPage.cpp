@@ -21,6 +21,7 @@ StartPage::StartPage(QWidget* parent, const Acts& acts) : QWidget(parent) {
     button->setAccessibleDescription(description);
     button->setMinimumWidth(unit * 26);
     button->setMinimumHeight(unit * 4);
+    button->setAutoDefault(true);  // Enter presses it
     connect(button, &QCommandLinkButton::clicked, this, act);
     column->addWidget(button);
   };

@@ -1,8 +1,12 @@
 // The application `tallybook-desktop [FILE]`.
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QTimer>
+#include <QtGui/QIcon>
 #include <QtWidgets/QApplication>
 
+#include "base/Failure.h"
+#include "platform/MessageBoxes.h"
+#include "support/WinAPI.h"
 #include "tallybook/desktop/figures/LocaleStyle.h"
 #include "tallybook/desktop/host/Conversations.h"
 #include "tallybook/desktop/host/DesktopApp.h"
@@ -15,6 +19,21 @@ namespace tallybook::desktop {
 
 namespace {
 
+// No exception may leave an event: what nobody below has told is told here, and the window goes on.
+class Application final : public QApplication {
+ public:
+  using QApplication::QApplication;
+
+  bool notify(QObject* receiver, QEvent* event) override {
+    try {
+      return QApplication::notify(receiver, event);
+    } catch (...) {
+      ShowMessage(CurrentFailure().Description(), kStopIcon, "");
+      return true;
+    }
+  }
+};
+
 int Run(QApplication& application) {
   QCommandLineParser parser;
   parser.setApplicationDescription("Keeps operating figures per account, field and date.");
@@ -23,18 +42,25 @@ int Run(QApplication& application) {
   parser.addPositionalArgument("FILE", "A book to open, or a file to import", "[FILE]");
   parser.process(application);
   QtPlatform platform;
-  DesktopApp app;
+  application::ReferenceAppOptions options;
+  options.import_folder = DocumentsFolder();
+  options.data_folder = options.import_folder;
+  DesktopApp app(options);
   DesktopFactory factory(platform.Handles(), platform.Progress());
   const ConversationMeans means{.platform = platform, .app = app, .factory = factory};
   platform.SetApp(&app);
   DesktopSettings settings(DesktopSettingsPath());
   MainWindow window(app, settings, SystemStyle(), &means);
   platform.SetMainWindow(&window);
+  app.SetHelpDisplay([&window](Long /*topic*/) { window.ShowHelp(); });
+  platform.Dialogs().SetHelpDisplay([&window](const Text& /*help_file*/, Long /*topic*/) { window.ShowHelp(); });
   window.show();
   const QStringList files = parser.positionalArguments();
   if (!files.isEmpty()) QTimer::singleShot(0, &window, [&] { window.OpenFile(FromQt(files.front())); });
   const int status = QApplication::exec();
   platform.SetMainWindow(nullptr);
+  app.SetHelpDisplay({});
+  platform.Dialogs().SetHelpDisplay({});
   return status;
 }
 
@@ -43,10 +69,14 @@ int Run(QApplication& application) {
 }  // namespace tallybook::desktop
 
 int main(int argc, char** argv) {
-  QApplication application(argc, argv);
+  tallybook::desktop::Application application(argc, argv);
   QApplication::setApplicationName("tallybook-desktop");
   QApplication::setApplicationDisplayName("Tallybook");
   QApplication::setApplicationVersion(TALLYBOOK_VERSION);
   QApplication::setDesktopFileName("tallybook-desktop");
+  QIcon icon;
+  for (const char* size : {"16", "24", "32", "48", "64", "128", "256"})
+    icon.addFile(QString(":/icons/%1.png").arg(size));
+  QApplication::setWindowIcon(icon);
   return tallybook::desktop::Run(application);
 }

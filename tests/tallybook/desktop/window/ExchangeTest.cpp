@@ -4,6 +4,7 @@
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
+#include <QtWidgets/QMessageBox>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -60,13 +61,17 @@ class ExchangeTest : public ::testing::Test {
 
   // Does `act` once a conversation shows a window, and closes it then; fails where none comes.
   void WhenShown(const std::function<void(QWidget& window)>& act) {
+    watch_.disconnect();
+    looks_ = 0;
+    was_shown_ = false;
     QObject::connect(&watch_, &QTimer::timeout, &window_, [this, act] {
       QWidget* other = OtherWindow();
       if (other == nullptr && ++looks_ < kLimit / 20) return;
       watch_.stop();
       if (other == nullptr) return static_cast<void>(ADD_FAILURE() << "no window came");
-      act(*other);
       was_shown_ = true;
+      act(*other);
+      watch_.disconnect();
       // Whatever stands open ends as its close box does.
       QObject::connect(&watch_, &QTimer::timeout, &window_, [this] {
         if (QWidget* left = OtherWindow()) left->close();
@@ -75,6 +80,19 @@ class ExchangeTest : public ::testing::Test {
     });
     watch_.start(20);
   }
+  // Reads the next box of ours and closes it.
+  void DismissNextBox() {
+    dismissed_.clear();
+    QObject::connect(&box_watch_, &QTimer::timeout, &window_, [this] {
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      if (box == nullptr) return;
+      box_watch_.stop();
+      dismissed_ = box->text();
+      box->close();
+    });
+    box_watch_.start(20);
+  }
+  [[nodiscard]] const QString& Dismissed() const { return dismissed_; }
   void Begin(QAction& action) {
     action.trigger();
     watch_.stop();
@@ -95,6 +113,8 @@ class ExchangeTest : public ::testing::Test {
 
  private:
   QTimer watch_;
+  QTimer box_watch_;
+  QString dismissed_;
   int looks_ = 0;
   bool was_shown_ = false;
 };
@@ -108,7 +128,9 @@ TEST_F(ExchangeTest, KeepsAllThatWritesAwayWhileAConversationRuns) {
     EXPECT_FALSE(Action("Journal").isEnabled());
     EXPECT_FALSE(Action("Close").isEnabled());
     EXPECT_FALSE(Window().Figures().Model().IsWritable());
+    DismissNextBox();
     EXPECT_FALSE(Window().OpenBook(BookPath())) << "the book stays the one it is";
+    EXPECT_THAT(Dismissed().toStdString(), ::testing::HasSubstr("is being worked on"));
   });
   Begin(Action("Definitions"));
   EXPECT_TRUE(Action("Definitions").isEnabled());
@@ -124,6 +146,63 @@ TEST_F(ExchangeTest, BeginsTheConversationThatFitsAFile) {
   Action("Import a CSV File");
   Window().OpenFile(folder_.Path("figures.csv"));
   EXPECT_THAT(texts.join('|').toStdString(), ::testing::HasSubstr("figures.csv"));
+}
+
+TEST_F(ExchangeTest, SaysThatAFileThatIsDroppedMeanwhileHasToWait) {
+  folder_.Write("figures.csv", "nothing of interest\n");
+  WhenShown([&](QWidget&) {
+    DismissNextBox();
+    Window().OpenFile(folder_.Path("figures.csv"));
+    EXPECT_THAT(Dismissed().toStdString(), ::testing::HasSubstr("is being worked on already"));
+  });
+  Begin(Action("Definitions"));
+}
+
+TEST_F(ExchangeTest, TakesWhatIsBeingTypedBeforeAConversationBegins) {
+  Window().activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&Window()));
+  FigureGrid& grid = Window().Figures().Grid();
+  grid.setFocus();
+  grid.GoTo(0, 0);
+  QTest::keyClick(&grid, '7');
+  ASSERT_NE(qobject_cast<QLineEdit*>(QApplication::focusWidget()), nullptr) << "an editor is open";
+  WhenShown([](QWidget&) {});
+  Begin(Action("Definitions"));
+  EXPECT_EQ(grid.model()->index(0, 0).data().toString().left(1), "7");
+}
+
+TEST_F(ExchangeTest, ClosesBehindAPromptThatIsOpen) {
+  WhenShown([this](QWidget&) { Window().close(); });
+  Begin(Action("Import a CSV File"));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !Window().isVisible(); }, kLimit));
+}
+
+TEST_F(ExchangeTest, AnotherConversationCanBeginWhereTheUserStaysInTheWindow) {
+  FigureModel& model = Window().Figures().Model();
+  WhenShown([&](QWidget&) {
+    model.Mark(0, 0, "12x", "cannot be read");
+    Window().close();
+  });
+  QTimer stay;
+  QObject::connect(&stay, &QTimer::timeout, [&] {
+    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    if (box == nullptr) return;
+    stay.stop();
+    box->close();
+  });
+  stay.start(20);
+  Begin(Action("Definitions"));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !stay.isActive(); }, kLimit)) << "it asks before it closes";
+  EXPECT_TRUE(Window().isVisible());
+  bool stays_open = false;
+  WhenShown([&](QWidget& list) {
+    constexpr int kLongerThanALook = 700;  // of the list at whether the program ends
+    QTest::qWait(kLongerThanALook);
+    stays_open = list.isVisible();
+  });
+  Begin(Action("Definitions"));
+  EXPECT_TRUE(stays_open);
+  model.Unmark(0, 0);
 }
 
 TEST_F(ExchangeTest, OpensABookThatIsNamed) {

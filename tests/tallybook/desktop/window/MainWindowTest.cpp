@@ -8,11 +8,16 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QListView>
+#include <QtWidgets/QMenu>
+#include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QStatusBar>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
+#include <set>
+#include <utility>
+#include <vector>
 
 #include "tallybook/application/DemoBooks.h"
 #include "tallybook/application/ReferenceApp.h"
@@ -22,22 +27,25 @@
 #include "tallybook/desktop/figures/FigurePane.h"
 #include "tallybook/desktop/window/AccountPane.h"
 #include "tallybook/desktop/window/MainWindow.h"
+#include "tests/tallybook/desktop/WindowCheck.h"
 #include "tests/tallybook/engine/BookFixture.h"
 
 namespace tallybook::desktop {
 namespace {
 
-using testing::Day;
-using testing::Get;
+using tallybook::testing::Day;
+using tallybook::testing::Get;
+using testing::FaultsOf;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
 constexpr int kLimit = 10'000;  // milliseconds
 
 // A shop of two years of days, in a window that stands on the screen.
-class MainWindowTest : public testing::BookFixture {
+class MainWindowTest : public tallybook::testing::BookFixture {
  protected:
   MainWindowTest() {
-    engine::BookDescription shop = testing::ShopDescription();
+    engine::BookDescription shop = tallybook::testing::ShopDescription();
     for (int day = 1; day <= 31; ++day) shop.values.push_back({101, Day(2003, 1, day), 1, 10.0 * day + 0.25});
     Create(shop);
     window_.emplace(app, settings, StyleOf(QLocale::c()));
@@ -313,7 +321,7 @@ TEST_F(MainWindowTest, ShowsWhatOthersWriteWithoutLosingThePlace) {
   Grid().GoTo(20, 0);
   {
     const auto other = Open();
-    testing::Put(*other, 101, Day(2003, 1, 21), 1, 555);
+    tallybook::testing::Put(*other, 101, Day(2003, 1, 21), 1, 555);
     other->Close();
   }
   EXPECT_TRUE(QTest::qWaitFor([&] { return Cell(20, 0) == "555.00"; }, kLimit)) << Cell(20, 0).toStdString();
@@ -325,7 +333,7 @@ TEST_F(MainWindowTest, KeepsWhatIsBeingTypedWhenOthersWrite) {
   Type("12");
   {
     const auto other = Open();
-    testing::Put(*other, 101, Day(2003, 1, 2), 1, 555);
+    tallybook::testing::Put(*other, 101, Day(2003, 1, 2), 1, 555);
     other->Close();
   }
   EXPECT_TRUE(QTest::qWaitFor([&] { return Cell(1, 0) == "555.00"; }, kLimit));
@@ -404,6 +412,39 @@ TEST_F(MainWindowTest, AsksBeforeItLeavesABookInWhichSomethingWaits) {
   EXPECT_TRUE(Window().CloseBook());
 }
 
+TEST_F(MainWindowTest, AsksBeforeWhatCouldNotBeReadIsLost) {
+  OpenShop();
+  Type("12x");
+  Press(Qt::Key_Return);
+  WhenAsked([](QDialog& dialog) {
+    EXPECT_THAT(static_cast<QMessageBox&>(dialog).informativeText().toStdString(), HasSubstr("could not be read"));
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+  });
+  EXPECT_FALSE(Window().CloseBook());
+  EXPECT_TRUE(WasAsked());
+  EXPECT_EQ(Cell(0, 0), "12x");
+  WhenAsked([](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_G); });
+  EXPECT_TRUE(Window().CloseBook());
+}
+
+TEST_F(MainWindowTest, ShowsAccountsAndFieldsThatOthersHaveAdded) {
+  OpenShop();
+  {
+    const auto other = Open();
+    engine::BookDescription after = other->Description();
+    after.accounts.push_back({300, "300", "Cellar"});
+    after.fields.push_back({5, "Returns", false});
+    other->Grow(after, "account add 300");
+    other->Close();
+  }
+  const auto* list = Window().Accounts().findChild<QListView*>();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return list->model()->rowCount() == 4; }, kLimit));
+  EXPECT_EQ(list->model()->index(3, 0).data().toString(), "300  Cellar");
+  EXPECT_EQ(Grid().model()->columnCount(), 4);
+  EXPECT_THAT(Status().toStdString(), HasSubstr("4 accounts, 4 fields, days"));
+  EXPECT_EQ(Figures().CurrentAccount(), 1) << "the place stays";
+}
+
 TEST_F(MainWindowTest, TellsWhyABookCannotBeOpenedAndStays) {
   WhenAsked([](QDialog& dialog) {
     EXPECT_THAT(static_cast<QMessageBox&>(dialog).text().toStdString(), HasSubstr("none.tbk"));
@@ -452,13 +493,70 @@ TEST_F(MainWindowTest, ReachesEveryPaneByKeyboard) {
   EXPECT_EQ(QApplication::focusWidget(), &Grid());
 }
 
-TEST_F(MainWindowTest, NamesEveryPartForThoseWhoCannotSeeIt) {
+// --- What every window must hold to --------------------------------------------------------------------------------
+
+TEST_F(MainWindowTest, TheStartPageIsAGoodWindow) {
+  EXPECT_THAT(FaultsOf(Window()), IsEmpty());
+}
+
+TEST_F(MainWindowTest, EachViewIsAGoodWindow) {
   OpenShop();
-  for (const QWidget* part : Window().findChildren<QWidget*>()) {
-    if (!part->isVisible() || part->focusPolicy() == Qt::NoFocus) continue;
-    const auto* button = qobject_cast<const QAbstractButton*>(part);
-    const bool has_words = button != nullptr && !button->text().isEmpty();
-    EXPECT_TRUE(has_words || !part->accessibleName().isEmpty()) << part->metaObject()->className();
+  for (const Qt::Key view : {Qt::Key_1, Qt::Key_2, Qt::Key_3}) {
+    Press(view, Qt::ControlModifier);
+    QApplication::processEvents();
+    EXPECT_THAT(FaultsOf(Window()), IsEmpty()) << "view " << static_cast<char>(view);
+  }
+}
+
+TEST_F(MainWindowTest, AWindowOnASmallScreenCutsNothingOff) {
+  OpenShop();
+  Window().resize(1024, 560);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return Window().width() <= 1024; }, kLimit));
+  EXPECT_LE(Window().minimumSizeHint().width(), 1024);
+  EXPECT_LE(Window().minimumSizeHint().height(), 560);
+  QApplication::processEvents();
+  EXPECT_THAT(FaultsOf(Window()), IsEmpty());
+}
+
+TEST_F(MainWindowTest, EachDialogIsAGoodWindow) {
+  OpenShop();
+  const std::pair<Qt::Key, Qt::KeyboardModifiers> keys[] = {{Qt::Key_J, Qt::ControlModifier},
+                                                            {Qt::Key_Comma, Qt::ControlModifier},
+                                                            {Qt::Key_G, Qt::ControlModifier},
+                                                            {Qt::Key_F1, Qt::ShiftModifier},
+                                                            {Qt::Key_V, Qt::ControlModifier}};
+  QApplication::clipboard()->setText("1\t2\n3\t4\n");
+  for (const auto& [key, modifiers] : keys) {
+    WhenAsked([](QDialog& dialog) {
+      QApplication::processEvents();
+      EXPECT_THAT(FaultsOf(dialog), IsEmpty()) << dialog.windowTitle().toStdString();
+      QTest::keyClick(&dialog, Qt::Key_Escape);
+    });
+    Press(key, modifiers);
+    EXPECT_TRUE(WasAsked()) << key;
+  }
+}
+
+// Alt with the same letter would choose now this menu, now that.
+TEST_F(MainWindowTest, NoTwoActsOfAMenuShareALetter) {
+  OpenShop();
+  std::vector<QList<QAction*>> menus = {Window().menuBar()->actions()};
+  for (const QMenu* menu : Window().findChildren<QMenu*>()) menus.push_back(menu->actions());
+  for (const QList<QAction*>& actions : menus) {
+    std::set<QString> letters;
+    for (const QAction* action : actions) {
+      const QString mnemonic = QKeySequence::mnemonic(action->text()).toString();
+      if (!mnemonic.isEmpty()) EXPECT_TRUE(letters.insert(mnemonic).second) << action->text().toStdString();
+    }
+  }
+}
+
+TEST_F(MainWindowTest, NoTwoActsShareAShortcut) {
+  OpenShop();
+  std::set<QString> keys;
+  for (const QAction* action : Window().findChildren<QAction*>()) {
+    for (const QKeySequence& shortcut : action->shortcuts())
+      EXPECT_TRUE(keys.insert(shortcut.toString()).second) << shortcut.toString().toStdString();
   }
 }
 

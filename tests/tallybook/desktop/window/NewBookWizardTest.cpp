@@ -10,15 +10,18 @@
 
 #include "tallybook/desktop/window/CalendarPicture.h"
 #include "tallybook/desktop/window/NewBookWizard.h"
+#include "tests/tallybook/desktop/WindowCheck.h"
 #include "tests/tallybook/engine/BookFixture.h"
 
 namespace tallybook::desktop {
 namespace {
 
-using testing::Day;
+using tallybook::testing::Day;
+using testing::FaultsOf;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
-class NewBookWizardTest : public testing::BookFixture {
+class NewBookWizardTest : public tallybook::testing::BookFixture {
  protected:
   NewBookWizardTest() : wizard_(nullptr, StyleOf(QLocale::c()), folder.Path()) {
     wizard_.show();
@@ -47,6 +50,23 @@ class NewBookWizardTest : public testing::BookFixture {
 
   NewBookWizard wizard_;
 };
+
+TEST_F(NewBookWizardTest, EachPageIsAGoodWindow) {
+  const auto check = [&](const char* page) {
+    QApplication::processEvents();
+    EXPECT_THAT(FaultsOf(wizard_), IsEmpty()) << page;
+  };
+  Name("North Shop");
+  check("name");
+  GoOn();
+  check("calendar");
+  GoOn();
+  TypeLines(Named<QPlainTextEdit>("Accounts: code and description"), "100 Groceries", "110 Bakery");
+  TypeLines(Named<QPlainTextEdit>("Fields"), "Sales", "Hours");
+  check("lists");
+  GoOn();
+  check("done");
+}
 
 TEST_F(NewBookWizardTest, MakesABookInFourPages) {
   Name("North Shop");

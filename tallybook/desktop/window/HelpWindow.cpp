@@ -1,0 +1,178 @@
+#include "tallybook/desktop/window/HelpWindow.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QUrl>
+#include <QtGui/QAbstractTextDocumentLayout>
+#include <QtGui/QDesktopServices>
+#include <QtGui/QImage>
+#include <QtGui/QKeyEvent>
+#include <QtGui/QShortcut>
+#include <QtGui/QTextBlock>
+#include <QtGui/QWindow>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QScrollBar>
+#include <QtWidgets/QTextBrowser>
+#include <QtWidgets/QVBoxLayout>
+#include <array>
+#include <utility>
+
+#include "forms/Form.h"
+#include "tallybook/desktop/forms/FormWindow.h"
+
+namespace tallybook::desktop {
+
+namespace {
+
+constexpr const char* kRoot = "qrc:/docs/";
+constexpr const char* kFirstPage = "guide/README.md";
+
+// What is told of each window, by the name of its form or, of our own windows, by how its title begins.
+using PlaceRow = std::pair<const char*, const char*>;
+constexpr std::array kPlacesOfForms = {
+    PlaceRow{"dlgRepPrint", "exporting.md"},
+    PlaceRow{"dlgExport", "exporting.md#A table"},
+    PlaceRow{"dlgQDXImp", "importing.md"},
+    PlaceRow{"frmImport", "text-imports.md"},
+    PlaceRow{"frmDelimited", "text-imports.md#A delimited file"},
+    PlaceRow{"frmDataExc", "exchange-definitions.md#The editor"},
+    PlaceRow{"dlgRepSaveAs", "exchange-definitions.md#The editor"},
+};
+constexpr std::array kPlacesOfWindows = {
+    PlaceRow{"QDX Import Layouts", "exchange-definitions.md"},  PlaceRow{"Journal", "guide/README.md#The journal"},
+    PlaceRow{"New Book", "guide/README.md#A book of your own"}, PlaceRow{"Go to a Date", "guide/README.md#Figures"},
+    PlaceRow{"Paste Figures", "guide/README.md#Spreadsheets"},
+};
+
+// Pictures are as wide as the text at most, and the links between the pages lead to the pages.
+class Pages final : public QTextBrowser {
+ public:
+  Pages() { setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); }  // so that the pictures' room is known
+
+ protected:
+  QVariant loadResource(int type, const QUrl& name) override {
+    const QVariant resource = QTextBrowser::loadResource(type, name);
+    if (type != QTextDocument::ImageResource) return resource;
+    QImage picture = QImage::fromData(resource.toByteArray());
+    const int widest = viewport()->width() - 2 * static_cast<int>(document()->documentMargin());
+    if (picture.width() <= widest) return picture;
+    const qreal ratio = devicePixelRatioF();
+    picture = picture.scaledToWidth(static_cast<int>(widest * ratio), Qt::SmoothTransformation);
+    picture.setDevicePixelRatio(ratio);
+    return picture;
+  }
+
+  void doSetSource(const QUrl& page, QTextDocument::ResourceType type) override {
+    if (page.scheme() != "qrc") return static_cast<void>(QDesktopServices::openUrl(page));
+    if (!QFile::exists(":" + page.path())) return;
+    if (page.path() != source().path()) QTextBrowser::doSetSource(page.adjusted(QUrl::RemoveFragment), type);
+    GoToHeading(page.fragment(QUrl::FullyDecoded));
+  }
+
+ private:
+  void GoToHeading(const QString& heading) {
+    for (QTextBlock block = document()->begin(); !heading.isEmpty() && block.isValid(); block = block.next()) {
+      if (block.blockFormat().headingLevel() == 0 || block.text() != heading) continue;
+      setTextCursor(QTextCursor(block));
+      verticalScrollBar()->setValue(static_cast<int>(document()->documentLayout()->blockBoundingRect(block).top()));
+      return;
+    }
+  }
+};
+
+}  // namespace
+
+HelpWindow::HelpWindow(QWidget* owner) : QWidget(owner, Qt::Window), browser_(new Pages) {
+  setAttribute(Qt::WA_DeleteOnClose);
+  setAttribute(Qt::WA_QuitOnClose, false);  // help alone is no program
+  setWindowTitle("Help");
+  browser_->setAccessibleName("Help");
+  browser_->setOpenExternalLinks(false);
+  auto* contents = new QPushButton("&Contents");
+  auto* back = new QPushButton("&Back");
+  auto* close_button = new QPushButton("Close");
+  back->setEnabled(false);
+  auto* buttons = new QHBoxLayout;
+  for (QPushButton* button : {contents, back}) buttons->addWidget(button);
+  buttons->addStretch(1);
+  buttons->addWidget(close_button);
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(browser_, 1);
+  layout->addLayout(buttons);
+  connect(contents, &QPushButton::clicked, this, [this] { Show(kFirstPage); });
+  connect(back, &QPushButton::clicked, browser_, &QTextBrowser::backward);
+  connect(browser_, &QTextBrowser::backwardAvailable, back, &QPushButton::setEnabled);
+  connect(close_button, &QPushButton::clicked, this, &QWidget::close);
+  for (const auto& keys : {QKeySequence(Qt::Key_Escape), QKeySequence(QKeySequence::Close)}) {
+    connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
+  }
+  const int unit = fontMetrics().height();
+  resize(unit * 46, unit * 38);
+}
+
+void HelpWindow::Show(const QString& place) {
+  QUrl page(kRoot + place.section('#', 0, 0));
+  page.setFragment(place.section('#', 1));
+  browser_->setSource(page, QTextDocument::MarkdownResource);
+  browser_->setFocus();
+}
+
+QString HelpWindow::Place() const {
+  return browser_->source().toString().remove(kRoot);
+}
+
+QString HelpPlaceOf(const QWidget* window) {
+  if (const auto* form = dynamic_cast<const FormWindow*>(window)) {
+    for (const auto& [name, place] : kPlacesOfForms) {
+      if (form->Shown().Name() == name) return place;
+    }
+  }
+  for (const auto& [title, place] : kPlacesOfWindows) {
+    if (window != nullptr && window->windowTitle().startsWith(title)) return place;
+  }
+  return kFirstPage;
+}
+
+Help::Help() {
+  qApp->installEventFilter(this);
+}
+
+Help::~Help() {
+  qApp->removeEventFilter(this);
+  delete window_.data();
+}
+
+void Help::ShowForWindowAtHand() {
+  QWidget* const at_hand = QApplication::activeWindow();
+  if (window_ == nullptr || at_hand != window_) Show(HelpPlaceOf(at_hand));
+}
+
+// A dialog that keeps other windows away lets in those that belong to it alone. Elsewhere it belongs to nobody: a dialog of
+// the component keeps its owner away together with all that belongs to that.
+void Help::Show(const QString& place) {
+  QWidget* const modal = QApplication::activeModalWidget();
+  QWidget* const over = QApplication::activeWindow();
+  if (window_ != nullptr && modal != nullptr && window_->parentWidget() != modal) delete window_.data();
+  if (window_ == nullptr) window_ = new HelpWindow(modal);
+  if (over != nullptr && over != window_) {
+    window_->winId();
+    window_->windowHandle()->setTransientParent(over->windowHandle());
+  }
+  window_->show();
+  window_->Show(place);
+  window_->raise();
+  window_->activateWindow();
+}
+
+// A key comes to the window itself when nothing in it has taken it.
+bool Help::eventFilter(QObject* watched, QEvent* event) {
+  const auto* widget = qobject_cast<const QWidget*>(watched);
+  if (event->type() != QEvent::KeyPress || widget == nullptr || !widget->isWindow()) return false;
+  const auto* key = static_cast<QKeyEvent*>(event);
+  if (key->key() != Qt::Key_F1 || key->modifiers() != Qt::NoModifier) return false;
+  ShowForWindowAtHand();
+  return true;
+}
+
+}  // namespace tallybook::desktop
