@@ -2,22 +2,33 @@
 // runs it in all combinations. Nothing of the user's is touched: books are made in a folder of their own.
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QTimer>
 #include <QtGui/QKeyEvent>
+#include <QtTest/QTest>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QPushButton>
 #include <QtWidgets/QStyleFactory>
+#include <deque>
+#include <functional>
 #include <iostream>
 
 #include "base/Dates.h"
-#include "platform/posix/PosixPlatform.h"
+#include "forms/Form.h"
 #include "tallybook/application/DemoBooks.h"
 #include "tallybook/application/FigureChanges.h"
-#include "tallybook/application/ReferenceApp.h"
 #include "tallybook/desktop/figures/ChartView.h"
 #include "tallybook/desktop/figures/FigureGrid.h"
 #include "tallybook/desktop/figures/FigureModel.h"
 #include "tallybook/desktop/figures/FigurePane.h"
 #include "tallybook/desktop/figures/PastePreview.h"
+#include "tallybook/desktop/forms/FormWindow.h"
+#include "tallybook/desktop/host/Conversations.h"
+#include "tallybook/desktop/host/DesktopApp.h"
+#include "tallybook/desktop/host/DesktopFactory.h"
+#include "tallybook/desktop/host/QtPlatform.h"
 #include "tallybook/desktop/window/DateDialog.h"
+#include "tallybook/desktop/window/HelpWindow.h"
 #include "tallybook/desktop/window/JournalWindow.h"
 #include "tallybook/desktop/window/KeysDialog.h"
 #include "tallybook/desktop/window/MainWindow.h"
@@ -60,6 +71,77 @@ void Settle(int milliseconds = 250) {
   while (timer.elapsed() < milliseconds) QApplication::processEvents(QEventLoop::AllEvents, 20);
 }
 
+// Acts in the windows of a conversation, one behind the other, each once a window of its title is in front.
+class Walk {
+ public:
+  using Act = std::function<void(QWidget& window)>;
+
+  Walk() {
+    QObject::connect(&timer_, &QTimer::timeout, [this] { Look(); });
+    timer_.start(20);
+  }
+  Walk& Then(const QString& title, Act act) {
+    steps_.push_back({title, std::move(act)});
+    return *this;
+  }
+
+ private:
+  static constexpr int kLimit = 10'000;
+  struct Step {
+    QString title;
+    Act act;
+  };
+
+  void Look() {
+    if (acting_ || steps_.empty()) return;
+    QWidget* const window = QApplication::activeWindow();
+    if (window != nullptr && window->isVisible() && window->windowTitle().startsWith(steps_.front().title)) {
+      const Act act = steps_.front().act;
+      steps_.pop_front();
+      waited_.start();
+      acting_ = true;
+      act(*window);
+      acting_ = false;
+    } else if (!waited_.isValid()) {
+      waited_.start();
+    } else if (waited_.elapsed() > kLimit) {
+      std::cerr << "never shown: " << steps_.front().title.toStdString() << ", but "
+                << (window == nullptr ? "nothing" : window->windowTitle().toStdString()) << '\n';
+      std::exit(1);
+    }
+  }
+
+  std::deque<Step> steps_;
+  bool acting_ = false;
+  QElapsedTimer waited_;
+  QTimer timer_;
+};
+
+// Behind the step that does it: what it opens is the next step's.
+void Later(QWidget& window, const std::function<void()>& act) {
+  QTimer::singleShot(0, &window, act);
+}
+
+QWidget& WidgetOf(QWidget& window, const char* control, Integer index = -1) {
+  auto& form_window = dynamic_cast<FormWindow&>(window);
+  return *form_window.WidgetOf(*form_window.Shown().Find(control, index));
+}
+
+void Click(QWidget& window, const char* control, Integer index = -1) {
+  QWidget& button = WidgetOf(window, control, index);
+  Later(window, [&button] { QTest::mouseClick(&button, Qt::LeftButton); });
+}
+
+void ClickPart(QWidget& window, const char* name) {
+  auto* const button = window.findChild<QPushButton*>(name);
+  Later(window, [button] { QTest::mouseClick(button, Qt::LeftButton); });
+}
+
+void Press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+  QWidget* const focus = window.focusWidget() != nullptr ? window.focusWidget() : &window;
+  Later(window, [focus, key, modifiers] { QTest::keyClick(focus, key, modifiers); });
+}
+
 class Pictures {
  public:
   Pictures(QString folder, bool long_words, QSize size)
@@ -69,7 +151,9 @@ class Pictures {
 
   void Take() {
     MakeBooks();
-    MainWindow window(app_, settings_, style_);
+    platform_.SetApp(&app_);
+    MainWindow window(app_, settings_, style_, &means_);
+    platform_.SetMainWindow(&window);
     window.resize(size_);
     window.show();
     Keep(window, "start");
@@ -97,6 +181,13 @@ class Pictures {
     Preview(window);
     Dialogs(window);
     Wizard(window);
+    Exchange(window);
+    Help help;
+    help.Show("guide/README.md");
+    for (QWidget* each : QApplication::topLevelWidgets()) {
+      if (each->windowTitle() == "Help") Keep(*each, "help");
+    }
+    platform_.SetMainWindow(nullptr);
   }
 
  private:
@@ -107,6 +198,7 @@ class Pictures {
       for (auto& field : shop.fields) field.description += " before taxes, discounts and returns of goods";
     }
     engine::Book::Create(temp_.Path("north-shop.tbk"), shop);
+    engine::Book::Create(temp_.Path("head-office.tbk"), application::DemoOffice());
     const auto book = engine::Book::Open(temp_.Path("north-shop.tbk"), app_);
     application::ChangeFigures(*book, "set 100 2025-03-05 1 2500", {{101, DateFromParts(2025, 3, 5), 1, 2500}});
     book->SetOperation(engine::JournalKind::kUndo, "undo");
@@ -177,15 +269,90 @@ class Pictures {
     Keep(wizard, "new-4");
   }
 
+  // A year of the shop goes into the office: exported, matched by keys, imported, and the report of it.
+  void Exchange(MainWindow& window) {
+    const QString file = QString::fromStdString(temp_.Path("north-2024.QDX"));
+    window.Figures().GoToDate(DateFromParts(application::kDemoYear, 3, 5));
+    Export(window, file);
+    window.OpenBook(temp_.Path("head-office.tbk"));
+    Define(file);
+    walk_.Then("QDX Import Layouts", [this](QWidget& list) {
+      Keep(list, "definitions");
+      ClickPart(list, "action1");
+    });
+    walk_.Then("Edit QDX Import Layout", [this](QWidget& dialog) {
+      QTest::keyClick(&WidgetOf(dialog, "Combo1"), Qt::Key_Down);
+      QTest::keyClick(&WidgetOf(dialog, "Combo1"), Qt::Key_Down);
+      Keep(dialog, "import");
+      Press(dialog, Qt::Key_Return);
+    });
+    walk_.Then("QDX Import Report", [this](QWidget& report) {
+      Keep(report, "report");
+      Later(report, [&report] { report.close(); });
+    });
+    walk_.Then("QDX Import Layouts", [](QWidget& list) { Press(list, Qt::Key_Escape); });
+    window.activateWindow();
+    Conversations run(means_, temp_.Path("head-office.tbk"), window);
+    (void)run.Definitions(file.toStdString());
+    window.Figures().LookAgain();
+    Keep(window, "office");
+  }
+
+  void Export(MainWindow& window, const QString& file) {
+    walk_.Then("Export Data to QDX File", [this](QWidget& dialog) {
+      QTest::mouseClick(&WidgetOf(dialog, "optLength", 6), Qt::LeftButton);
+      Keep(dialog, "export");
+      Click(dialog, "Command1", 2);
+    });
+    walk_.Then("Export Data to QDX File", [this, file](QWidget& dialog) {
+      auto& box = dynamic_cast<QLineEdit&>(WidgetOf(dialog, "Text1"));
+      box.selectAll();
+      QTest::keyClicks(&box, file);
+      Keep(dialog, "export-file");
+      Press(dialog, Qt::Key_Return);
+    });
+    Conversations run(means_, temp_.Path("north-shop.tbk"), window);
+    Date date = DateFromParts(application::kDemoYear, 3, 5);
+    (void)run.ExportQdx(date);
+  }
+
+  void Define(const QString& file) {
+    walk_.Then("Open QDX File", [file](QWidget& dialog) {
+      auto& box = dynamic_cast<QLineEdit&>(WidgetOf(dialog, "Text1"));
+      box.selectAll();
+      QTest::keyClicks(&box, file);
+      Press(dialog, Qt::Key_Return);
+    });
+    walk_.Then("Add QDX Import Layout", [this](QWidget& editor) {
+      Keep(editor, "definition");
+      Press(editor, Qt::Key_PageDown, Qt::ControlModifier);
+      Settle();
+      for (const char* keys : {"4100", "4110", "4120"}) {
+        for (const char* key = keys; *key != 0; ++key) QTest::keyClick(editor.focusWidget(), *key);
+        QTest::keyClick(editor.focusWidget(), Qt::Key_Down);
+      }
+      Keep(editor, "match");
+      QTest::keyClick(editor.focusWidget(), Qt::Key_PageDown, Qt::ControlModifier);
+      Settle();
+      for (int row = 0; row < 3; ++row) QTest::keyClick(editor.focusWidget(), Qt::Key_Plus);
+      Keep(editor, "match-fields");
+      Click(editor, "SaveButtons1");
+    });
+  }
+
   QString folder_;
   bool long_words_;
   QSize size_;
   testing::TempFolder temp_;
-  application::ReferenceApp app_{{.title = {},
-                                  .settings_file = temp_.Path("tallybook.ini"),
-                                  .log_file = temp_.Path("log"),
-                                  .import_folder = {},
-                                  .data_folder = {}}};
+  QtPlatform platform_;
+  DesktopApp app_{{.title = {},
+                   .settings_file = temp_.Path("tallybook.ini"),
+                   .log_file = temp_.Path("log"),
+                   .import_folder = temp_.Path(),
+                   .data_folder = temp_.Path()}};
+  DesktopFactory factory_{platform_.Handles(), platform_.Progress()};
+  ConversationMeans means_{.platform = platform_, .app = app_, .factory = factory_};
+  Walk walk_;
   DesktopSettings settings_{temp_.Path("desktop.ini")};
   LocaleStyle style_ = SystemStyle();
 };
@@ -203,7 +370,6 @@ int main(int argc, char** argv) {
   QApplication::setStyle(QStyleFactory::create("Fusion"));
   if (arguments.contains("dark")) QApplication::setPalette(tallybook::desktop::DarkPalette());
   if (arguments.contains("rtl")) QApplication::setLayoutDirection(Qt::RightToLeft);
-  tallybook::InstallPlatform(tallybook::PosixPlatform("Tallybook"));
   tallybook::desktop::Pictures(arguments[1], arguments.contains("long"),
                                arguments.contains("small") ? QSize(1024, 640) : QSize(1200, 760))
       .Take();
