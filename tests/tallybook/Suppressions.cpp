@@ -1,10 +1,11 @@
 // What builds with the address sanitizer must not blame on us; other builds never call these.
 // NOLINTBEGIN(bugprone-reserved-identifier): the sanitizer's own names
 
-// The font library keeps what it has read of the fonts for the life of the process.
+// The font library keeps what it has read of the fonts for the life of the process, and the message bus's what it needs
+// for its threads.
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() {
-  return "leak:libfontconfig.so\n";
+  return "leak:libfontconfig.so\nleak:libdbus-1.so\n";
 }
 
 // The display's keyboard library copies texts by their length out of an answer that has no end marks; strict checks of

@@ -82,7 +82,8 @@ void FormWindow::Detach() {
   for (auto input = binders_.begin(); input != binders_.end(); ++input)
     const_cast<QObject*>(input.key())->removeEventFilter(this);
   binders_.clear();
-  for (const auto& binder : made_->binders) binder->Bound().SetHwnd(0);
+  // A form that ends has lost the controls of its dialog by now.
+  for (Control* const control : form_.Controls()) control->SetHwnd(0);
   made_ = std::make_unique<LaidOut>();
 }
 

@@ -291,9 +291,10 @@ class ListsPage final : public DraftPage {
 
 // --- Done ------------------------------------------------------------------------------------------------------------
 
-class DonePage final : public DraftPage {
+class DonePage final : public QWizardPage {
  public:
-  DonePage(BookDraft& draft, const LocaleStyle& style) : DraftPage(draft), style_(style), summary_(new QLabel) {
+  DonePage(const BookDraft& draft, LocaleStyle style)
+      : draft_(draft), style_(std::move(style)), summary_(new QLabel(this)) {
     setTitle("Ready to make the book");
     setSubTitle("Its grain, calendar and lists stay as they are from here on.");
     summary_->setWordWrap(true);
@@ -305,10 +306,10 @@ class DonePage final : public DraftPage {
   }
 
   void initializePage() override {
-    const engine::BookDescription book = DescriptionOf(Draft());
+    const engine::BookDescription book = DescriptionOf(draft_);
     const engine::Calendar calendar(book.calendar, book.data_level);
     QStringList lines;
-    lines << ToQt(application::Shown(book.system_name)) << ToQt(application::Shown(Draft().path)) << ""
+    lines << ToQt(application::Shown(book.system_name)) << ToQt(application::Shown(draft_.path)) << ""
           << QString("%1, %2, a record for each %3")
                  .arg(ToQt(Counted(static_cast<long long>(book.accounts.size()), "account")),
                       ToQt(Counted(static_cast<long long>(book.fields.size()), "field")),
@@ -320,10 +321,8 @@ class DonePage final : public DraftPage {
     summary_->setAccessibleName(summary_->text());
   }
 
- protected:
-  [[nodiscard]] Text Trouble() const override { return ""; }
-
  private:
+  const BookDraft& draft_;
   LocaleStyle style_;
   QLabel* summary_;
 };
