@@ -92,6 +92,22 @@ void PointAt(ListWindow& list, const std::vector<application::SeenDefinition>& d
   list.UserAdd();
 }
 
+// The newest first; the newest command where no entry is named.
+void TakeEachBack(engine::Book& book, const std::vector<Long>& ids) {
+  book.SetOperation(engine::JournalKind::kUndo, "journal undo");
+  engine::Journal journal(book);
+  if (ids.empty()) (void)journal.UndoNewest();
+  for (auto id = ids.rbegin(); id != ids.rend(); ++id) (void)journal.Undo(*id);
+}
+
+Text WhatWasTakenBack(const std::vector<engine::JournalEntry>& undone) {
+  Text words;
+  for (const engine::JournalEntry& entry : undone) {
+    words += (words.empty() ? "Taken back before that: journal entry " : ", ") + std::to_string(entry.undoes);
+  }
+  return words;
+}
+
 bool CanBeUndone(const engine::JournalEntry& entry) {
   return entry.keeps_images && entry.undoes == 0 && entry.state != engine::JournalState::kUndone;
 }
@@ -481,14 +497,18 @@ ConversationResult Conversations::TakeBack(const std::shared_ptr<State>& state, 
     engine::Book* const book = run == nullptr ? opened.book.get() : run->Book();
     if (book == nullptr) return result;
     const application::JournalMark mark(*book);
-    book->SetOperation(engine::JournalKind::kUndo, "journal undo");
-    engine::Journal journal(*book);
-    if (ids.empty()) (void)journal.UndoNewest();
-    for (auto id = ids.rbegin(); id != ids.rend(); ++id) (void)journal.Undo(*id);
+    Text failure;
+    try {
+      TakeEachBack(*book, ids);
+      result.ran = true;
+    } catch (...) {
+      failure = CurrentFailure().Description();
+    }
+    // What was taken back before one could not be stays so.
     result.entries = mark.Since();
-    result.ran = true;
-    if (run == nullptr) opened.book->Close();
     if (run != nullptr) run->ForgetName();
+    if (run == nullptr) opened.book->Close();
+    if (!result.ran) state->Tell(failure, kStopIcon, WhatWasTakenBack(result.entries));
   } catch (...) {
     state->Tell(CurrentFailure().Description(), kStopIcon);
   }

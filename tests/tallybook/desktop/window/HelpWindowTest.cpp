@@ -93,7 +93,8 @@ TEST_F(HelpWindowTest, EveryPlaceIsAPageAndAHeadingOfTheGuide) {
     help.Show(place);
     EXPECT_THAT(Words(help).toStdString(), Not(IsEmpty())) << title;
     const QString heading = place.section('#', 1);
-    if (!heading.isEmpty()) EXPECT_EQ(help.Browser().textCursor().block().text(), heading) << title;
+    if (heading.isEmpty()) continue;
+    EXPECT_EQ(help.Browser().textCursor().block().text(), heading) << title;
   }
 }
 
