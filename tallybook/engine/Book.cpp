@@ -354,9 +354,9 @@ void Book::Grow(const BookDescription& after, const Text& what_ran) {
   command_has_entry_ = false;
   try {
     store.AsOne([&] {
-      if (lists_change) store.ChangeDescription(grown, entry, ChangeText(*stored_, *grown));
+      const Long command = lists_change ? store.ChangeDescription(grown, entry, ChangeText(*stored_, *grown)) : Long{0};
       TakeStored();
-      if (!values.empty()) SetValues(values, what_ran, lists_change ? store.Command() : 0);
+      if (!values.empty()) SetValues(values, what_ran, command);
     });
   } catch (...) {
     DropCurrentRecord();
@@ -603,19 +603,13 @@ void Book::TakeBack(const std::vector<JournalEntry>& figures, const std::vector<
   FigureStore& store = Store();
   JournalEntry undo = EntryOfUndo();
   if (lists.empty()) {
-    store.Undo(figures, undo);
+    (void)store.Undo(figures, undo);
     return;
   }
   try {
     store.AsOne([&] {
-      if (!figures.empty()) {
-        store.Undo(figures, undo);
-        undo.command = store.Command();
-      }
-      for (const JournalEntry& entry : lists) {
-        TakeListsBack(entry, undo);
-        undo.command = store.Command();
-      }
+      if (!figures.empty()) undo.command = store.Undo(figures, undo);
+      for (const JournalEntry& entry : lists) TakeListsBack(entry, undo);
     });
   } catch (...) {
     TakeStored();
@@ -649,7 +643,7 @@ void Book::TakeListsBack(const JournalEntry& entry, JournalEntry undo) {
                                 (figures == 1 ? " figure" : " figures") + " since");
   }
   undo.undoes = entry.id;
-  store.ChangeDescription(before, undo, "");
+  (void)store.ChangeDescription(before, undo, "");
   TakeStored();
 }
 

@@ -451,7 +451,7 @@ JournalRow FigureStore::RowOfEntry(Long id) {
                 kSource);
 }
 
-void FigureStore::Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo) {
+Long FigureStore::Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo) {
   Commit();
   entry_ = 0;
   BringUpToDate();
@@ -463,11 +463,11 @@ void FigureStore::Undo(const std::vector<JournalEntry>& entries, const JournalEn
   for (const JournalEntry& entry : entries) UndoEntry(RowOfEntry(entry.id), row, sums);
   SaveSums(sums);
   transaction.Commit();
-  entry_row_ = row;
   sums_ = std::move(sums);
   directory_.Clear();
   file_is_empty_ = false;
   ForgetAll();
+  return row.entry.command;
 }
 
 void FigureStore::UndoEntry(JournalRow row, JournalRow undo, AccountSums& sums) {
@@ -490,7 +490,7 @@ void FigureStore::UndoEntry(JournalRow row, JournalRow undo, AccountSums& sums) 
   storage_->SaveEntry(row);
 }
 
-void FigureStore::ChangeDescription(const std::shared_ptr<const StoredDescription>& changed, const JournalEntry& entry,
+Long FigureStore::ChangeDescription(const std::shared_ptr<const StoredDescription>& changed, const JournalEntry& entry,
                                     const Text& change) {
   Commit();
   entry_ = 0;
@@ -509,8 +509,8 @@ void FigureStore::ChangeDescription(const std::shared_ptr<const StoredDescriptio
   }
   storage_->SaveDescription(*description_, *changed);
   transaction.Commit();
-  entry_row_ = row;
   TakeDescription(changed);
+  return row.entry.command;
 }
 
 void FigureStore::CheckCanRestore(Long entry, std::int64_t key, const ChunkMark& mark) const {

@@ -87,19 +87,21 @@ class FigureStore {
   void EndEntry();
   // Stores another description with an entry of its own, in one transaction; ends an entry that is open, and forgets the
   // current row. `change` tells an entry of kind kLists what it was; an undo takes back the entry that it names. All
-  // positions, rows and records are those of the new description from then on. A command of 0 is a new one.
-  void ChangeDescription(const std::shared_ptr<const StoredDescription>& changed, const JournalEntry& entry,
+  // positions, rows and records are those of the new description from then on. A command of 0 is a new one. Gives the
+  // number of the command.
+  Long ChangeDescription(const std::shared_ptr<const StoredDescription>& changed, const JournalEntry& entry,
                          const Text& change);
   // What the change of an entry of kind kLists was.
   [[nodiscard]] Text ChangeOf(Long entry) { return storage_->TextOf(entry, kChangeText); }
   [[nodiscard]] bool EntryIsOpen() const { return entry_ != 0; }
-  // The number of the command of the entry that was opened or written last; 0 where it is not in the file yet.
+  // The number of the command of the entry that was opened last; 0 where it is not in the file yet.
   [[nodiscard]] Long Command() const { return entry_row_.entry.command; }
   [[nodiscard]] std::vector<JournalEntry> Entries();
   [[nodiscard]] bool ShareRecords(Long entry, Long other) { return storage_->ShareRecords(entry, other); }
   // Takes entries back, in the order given, in one transaction; it ends an entry that is open, and forgets the current
-  // row. They must keep images and not be undone. Each leaves an entry like `undo`, all of one command.
-  void Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo);
+  // row. They must keep images and not be undone. Each leaves an entry like `undo`, all of one command, whose number
+  // this gives.
+  Long Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo);
 
   // Commits, then gives the stored rows of an account in the order of their records, from `first` to `last`; rows of
   // zeros may be left out. False from `visit` ends the walk and is given back.

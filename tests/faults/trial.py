@@ -375,11 +375,13 @@ class Expectation:
             raise Broken("the report alone tells of a file that could not be renamed")
 
     def _judge_leftovers(self, place, done):
-        known = self.before.names | self.after.names if done.status != 0 else self.after.names
+        known = self.before.names | self.after.names if done.status != 0 or self.deed.swaps else self.after.names
         # An input that could not be renamed or deleted stays.
         left = {name for name in place.names() - known - set(self.deed.inputs) if not self._is_own(name)}
         # SQLite's log may stay where closing it was made to fail; the next open takes it in.
         left = {name for name in left if not name.endswith(("-wal", "-shm", ".tbk-lock"))}
+        # A book that was replaced is kept as it is, with companions of its own, where no backup of it could be made.
+        left = {name for name in left if not self.deed.swaps or not name.endswith(".tbk-replaced")}
         # So may what is only there for a moment, where taking its name away was made to fail.
         if done.hit.startswith(("unlink", "remove")):
             left = set()
@@ -429,7 +431,10 @@ class Expectation:
         for name in self.deed.whole:
             if place.read(name) != of.files[name]:
                 raise Broken(f"the book is that from {found}, and {name} is not")
-        for kept in place.folder.glob("[!.]*.tbk-replaced*"):
+        others = {name for name in place.names() if name.endswith("." + self.deed.writes)} - of.names
+        if others:
+            raise Broken(f"the book is that from {found}, and has files of the other: {', '.join(sorted(others))}")
+        for kept in place.folder.glob(f"{self.deed.writes}.tbk-replaced*"):
             place.must("book", "check", kept.name, "--deep")
 
     def _judge_disposal(self, place, done):

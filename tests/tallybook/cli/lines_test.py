@@ -263,6 +263,14 @@ class LinesTest(unittest.TestCase):
         for command in "add", "remove":
             self.run_line("account", command, shop, NAME, status=1, tells="tallybook: ")
 
+    def test_care(self):
+        shop = self.make()
+        self.run_line("book", "backup", shop, self.path("safe"))
+        self.run_line("book", "backup", shop, self.path("safe"), status=1, tells="tallybook: ")
+        self.run_line("book", "restore", self.path("safe"), shop, "--replace")
+        self.run_line("book", "compact", shop)
+        self.run_line("book", "salvage", shop, self.path("saved"))
+
     def test_warnings(self):
         shutil.copy(SAMPLES / "book-v1.tbk", self.path("old.tbk"))
         code = json.loads(subprocess.run([TALLYBOOK, "info", self.path("old"), "--json"], cwd=self.root, env=self.env, check=True,

@@ -205,6 +205,7 @@ class BookModelTest : public BookFixture {
   }
 
   void Start() {
+    book.reset();  // of a walk that failed
     std::filesystem::copy_file(folder.Path("empty"), BookPath(), std::filesystem::copy_options::overwrite_existing);
     model = start;
     book = Open(options);

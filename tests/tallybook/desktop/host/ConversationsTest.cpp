@@ -393,41 +393,12 @@ TEST_F(ConversationsTest, AnOwnerThatIsMinimisedLetsTheConversationGoOn) {
 
 TEST_F(ConversationsTest, ABoxOverAPromptLeavesThePromptAsItWas) {
   user_.Then(kCsvPrompt, Name("none.csv"))
-      .Then("Tallybook",
-            [](QWidget& box) {
-              ASSERT_NE(box.parentWidget(), nullptr);
-              EXPECT_THAT(box.parentWidget()->windowTitle().toStdString(), StartsWith(kCsvPrompt));
-              QTest::keyClick(&box, Qt::Key_Return);
-            })
+      .Then("Tallybook", Press(Qt::Key_Return))
       .Then(kCsvPrompt, [&](QWidget& window) {
         EXPECT_EQ(FileBox(window).text().toStdString(), folder_.Path("none.csv"));
         QTest::keyClick(&FileBox(window), Qt::Key_Escape);
       });
   EXPECT_FALSE(conversations_.ImportCsv().ChangedFigures());
-}
-
-// List, editor, and the question for a title over it, each over the one before.
-TEST_F(ConversationsTest, DialogsOverDialogsCloseOneByOneAndGiveTheInputBack) {
-  WriteExchangeFile("south.QDX");
-  WriteDefinition(1, "South", "south.QDX");
-  user_.Then(kList, [](QWidget& window) { QTimer::singleShot(0, &window, [&window] { Click("edit")(window); }); })
-      .Then("Edit QDX Import Layout Number: 1",
-            [](QWidget& window) {
-              QWidget& browse = WidgetOf(window, "Command1");
-              QTimer::singleShot(0, &window, [&browse] { QTest::mouseClick(&browse, Qt::LeftButton); });
-            })
-      .Then("Open QDX File",
-            [](QWidget& window) {
-              EXPECT_EQ(ModalDepth(), 2);
-              QTest::keyClick(&FileBox(window), Qt::Key_Escape);
-            })
-      .Then("Edit QDX Import Layout Number: 1",
-            [](QWidget& window) {
-              EXPECT_TRUE(window.isEnabled());
-              window.close();
-            })
-      .Then(kList, Press(Qt::Key_Escape));
-  EXPECT_TRUE(conversations_.Definitions().ran);
 }
 
 TEST_F(ConversationsTest, TheEndOfTheProgramForHarmIsToldWithAllThatIsKnown) {
@@ -443,55 +414,6 @@ TEST_F(ConversationsTest, TheEndOfTheProgramForHarmIsToldWithAllThatIsKnown) {
   reason.words = "no such account";
   ThePlatform().stop_witness->ProgramStops(reason);
   EXPECT_THAT(folder_.Read("tallybook.log"), HasSubstr("no such account"));
-}
-
-// --- Long work -------------------------------------------------------------------------------------------------------
-
-// A book and a file of so many accounts that setting them to zero takes longer than nothing is shown.
-class LongImportTest : public ConversationsTest {
- protected:
-  static constexpr int kAccounts = 3000;
-
-  LongImportTest() {
-    std::filesystem::remove(BookPath());
-    engine::BookDescription description = ShopDescription();
-    description.accounts.clear();
-    ExchangeFile file;
-    file.first = first_;
-    file.last = Day(2004, 12, 31);
-    file.fields = {{kSales, "Sales"}};
-    for (int number = 1; number <= kAccounts; ++number) {
-      const Text code = std::to_string(10'000 + number);
-      description.accounts.push_back({static_cast<Integer>(number), code, "Account"});
-      description.values.push_back({number, file.last, kSales, 1.0 * number});
-      file.accounts.push_back({code, "Account"});
-    }
-    engine::Book::Create(BookPath(), description);
-    folder_.Write("large.QDX", file.Bytes());
-    WriteDefinition(1, "Large", "large.QDX");
-  }
-};
-
-TEST_F(LongImportTest, CancelEndsItHalfWayAndSaysSoAndTheJournalTakesItBack) {
-  const FigureMap before = Stored();
-  user_.Then(kList, [](QWidget& window) { QTimer::singleShot(0, &window, [&window] { Click("action2")(window); }); })
-      .Then("Zeroing out data", Click("cancel"))
-      .Then(kReport, [](QWidget& window) {
-        EXPECT_THAT(Part<QPlainTextEdit>(window, "text").toPlainText().toStdString(),
-                    HasSubstr("Import Aborted by User"));
-        EXPECT_THAT(Part<QLabel>(window, "changes").text().toStdString(), HasSubstr("It ended half way"));
-        window.close();
-      });
-  user_.Then("Tallybook", Press(Qt::Key_Return)).Then(kList, Press(Qt::Key_Escape)).Then("Tallybook", [](QWidget& box) {
-    EXPECT_THAT(Part<QLabel>(box, "text").text().toStdString(), HasSubstr("An import ended half way"));
-    QTest::keyClick(&box, Qt::Key_Return);
-  });
-  const ConversationResult result = conversations_.Definitions();
-  ASSERT_THAT(result.entries, SizeIs(1));
-  EXPECT_EQ(result.entries[0].state, engine::JournalState::kOpen);
-  user_.Then("Tallybook", Press(Qt::Key_Return));
-  EXPECT_TRUE(conversations_.Undo().ran);
-  EXPECT_EQ(Stored(), before);
 }
 
 // --- A book that others have, and the way back -----------------------------------------------------------------------

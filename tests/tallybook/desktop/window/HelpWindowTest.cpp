@@ -101,7 +101,7 @@ TEST_F(HelpWindowTest, EveryPlaceIsAPageAndAHeadingOfTheGuide) {
 TEST_F(HelpWindowTest, FollowsALinkFromPageToPageAndComesBack) {
   help_.Show("importing.md");
   HelpWindow& help = *Shown();
-  help.Browser().setSource(QUrl("exchange-definitions.md"));
+  help.Browser().setSource(help.Browser().source().resolved(QUrl("exchange-definitions.md")));
   EXPECT_EQ(help.Place(), "exchange-definitions.md");
   EXPECT_THAT(Words(help).toStdString(), HasSubstr("QDX Import Layouts"));
   for (auto* button : help.findChildren<QPushButton*>()) {

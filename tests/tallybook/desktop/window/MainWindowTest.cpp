@@ -503,7 +503,7 @@ TEST_F(MainWindowTest, EachViewIsAGoodWindow) {
   OpenShop();
   for (const Qt::Key view : {Qt::Key_1, Qt::Key_2, Qt::Key_3}) {
     Press(view, Qt::ControlModifier);
-    QApplication::processEvents();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return FaultsOf(Window()).empty(); }, kLimit));
     EXPECT_THAT(FaultsOf(Window()), IsEmpty()) << "view " << static_cast<char>(view);
   }
 }
