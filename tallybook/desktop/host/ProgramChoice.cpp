@@ -132,7 +132,7 @@ QStringList CommandWords(const QString& command, const QString& file) {
 QStringList ChooseProgram(const QString& file, const QStringList& data_folders, QWidget* owner) {
   const QPointer<ProgramDialog> dialog(new ProgramDialog(file, ProgramsIn(data_folders), owner));
   const bool chosen = dialog->exec() == QDialog::Accepted && !dialog.isNull();
-  const QStringList words = chosen ? CommandWords(dialog->Command(), file) : QStringList();
+  QStringList words = chosen ? CommandWords(dialog->Command(), file) : QStringList();
   delete dialog.data();
   return words;
 }

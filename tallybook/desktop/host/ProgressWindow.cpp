@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 #include <QWindow>
 #include <algorithm>
+#include <cmath>
 
 #include "tallybook/desktop/host/QtTexts.h"
 
@@ -188,7 +189,7 @@ Text TimeLeft(long long elapsed, Single fraction) {
   const double seconds = static_cast<double>(elapsed) / done * (1 - done) / kSecond;
   if (seconds < 2) return "a moment left";
   const auto counted = [](double count, const char* unit) {
-    return "about " + std::to_string(static_cast<long long>(count + 0.5)) + " " + unit + " left";
+    return "about " + std::to_string(std::llround(count)) + " " + unit + " left";
   };
   return seconds < 1.5 * kMinute ? counted(seconds, "seconds") : counted(seconds / kMinute, "minutes");
 }

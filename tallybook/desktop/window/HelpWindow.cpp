@@ -52,7 +52,7 @@ class Pages final : public QTextBrowser {
 
  protected:
   QVariant loadResource(int type, const QUrl& name) override {
-    const QVariant resource = QTextBrowser::loadResource(type, name);
+    QVariant resource = QTextBrowser::loadResource(type, name);
     if (type != QTextDocument::ImageResource) return resource;
     QImage picture = QImage::fromData(resource.toByteArray());
     const int widest = viewport()->width() - 2 * static_cast<int>(document()->documentMargin());
