@@ -107,6 +107,13 @@ class FigureDelegate final : public QStyledItemDelegate {
   std::function<void(int, int)> widen_;
 };
 
+// The head of the current cell is bold.
+QFontMetrics HeadMetrics(const QWidget& head) {
+  QFont bold = head.font();
+  bold.setBold(true);
+  return QFontMetrics(bold);
+}
+
 // Heads that are too long end in an ellipsis, whichever side they stand on; the whole shows as a hint.
 class HeadView final : public QHeaderView {
  public:
@@ -115,11 +122,9 @@ class HeadView final : public QHeaderView {
  protected:
   void initStyleOptionForIndex(QStyleOptionHeader* option, int section) const override {
     QHeaderView::initStyleOptionForIndex(option, section);
-    QFont bold = font();
-    bold.setBold(true);  // as the head of the current cell is
     const int margins = 2 * style()->pixelMetric(QStyle::PM_HeaderMargin, option, this);
     const int width = orientation() == Qt::Horizontal ? sectionSize(section) : this->width();
-    option->text = QFontMetrics(bold).elidedText(option->text, Qt::ElideRight, width - margins);
+    option->text = HeadMetrics(*this).elidedText(option->text, Qt::ElideRight, width - margins);
   }
 };
 
@@ -172,13 +177,13 @@ void FigureGrid::FitColumns() {
   horizontalHeader()->setFixedHeight(row_height);
   verticalHeader()->setMaximumWidth(metrics.averageCharWidth() * kMostLettersOfARow + padding);
   const int columns = model() == nullptr ? 0 : model()->columnCount();
-  const QString longest = columns == 0 ? QString() : model()->headerData(0, Qt::Horizontal).toString();
-  horizontalHeader()->setDefaultSectionSize(std::clamp(metrics.horizontalAdvance(longest) + padding, least, most));
-  if (columns > kMostFittedColumns) return;
-  for (int column = 0; column < columns; ++column) {
+  const auto width_of = [&](int column) {
     const QString head = model()->headerData(column, Qt::Horizontal).toString();
-    setColumnWidth(column, std::clamp(metrics.horizontalAdvance(head) + padding, least, most));
-  }
+    return std::clamp(HeadMetrics(*horizontalHeader()).horizontalAdvance(head) + padding, least, most);
+  };
+  horizontalHeader()->setDefaultSectionSize(columns == 0 ? least : width_of(0));
+  if (columns > kMostFittedColumns) return;
+  for (int column = 0; column < columns; ++column) setColumnWidth(column, width_of(column));
 }
 
 // Not while it is painted.

@@ -5,6 +5,7 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QDialog>
+#include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QListView>
@@ -12,6 +13,7 @@
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QStatusBar>
+#include <QtWidgets/QStyle>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
@@ -505,6 +507,18 @@ TEST_F(MainWindowTest, EachViewIsAGoodWindow) {
     Press(view, Qt::ControlModifier);
     EXPECT_TRUE(QTest::qWaitFor([&] { return FaultsOf(Window()).empty(); }, kLimit));
     EXPECT_THAT(FaultsOf(Window()), IsEmpty()) << "view " << static_cast<char>(view);
+  }
+}
+
+TEST_F(MainWindowTest, ShowsWholeDatesAboveItsColumns) {
+  OpenShop();
+  Press(Qt::Key_3, Qt::ControlModifier);
+  QFont bold = Grid().horizontalHeader()->font();
+  bold.setBold(true);
+  for (int column = 0; column < Grid().model()->columnCount(); ++column) {
+    const QString date = Grid().model()->headerData(column, Qt::Horizontal).toString();
+    const int margins = 2 * Grid().style()->pixelMetric(QStyle::PM_HeaderMargin);
+    EXPECT_GE(Grid().columnWidth(column), QFontMetrics(bold).horizontalAdvance(date) + margins) << date.toStdString();
   }
 }
 
