@@ -60,12 +60,13 @@ QRect PlaceOf(const QWidget& widget, const QWidget& window) {
   return {widget.mapTo(&window, QPoint(0, 0)), widget.size()};
 }
 
-// A button that was made narrower than usual on purpose shows its words all the same; rows and columns scroll, and a list
-// that was given a widest size cuts what is longer.
+// A button that was made narrower than usual on purpose shows its words all the same; a list or table that was given a
+// widest size cuts or scrolls what is longer.
 QSize LeastSizeOf(const QWidget& widget) {
   QSize least = widget.minimumSizeHint();
-  if (qobject_cast<const QAbstractItemView*>(&widget) != nullptr) return {};
-  if (qobject_cast<const QComboBox*>(&widget) != nullptr) return least.boundedTo(widget.maximumSize());
+  const bool is_bounded =
+      qobject_cast<const QAbstractItemView*>(&widget) != nullptr || qobject_cast<const QComboBox*>(&widget) != nullptr;
+  if (is_bounded) return least.boundedTo(widget.maximumSize());
   const auto* const button = qobject_cast<const QAbstractButton*>(&widget);
   if (button != nullptr && button->maximumWidth() < QWIDGETSIZE_MAX)
     least.setWidth(button->fontMetrics().horizontalAdvance(button->text()) + 4);
