@@ -38,6 +38,10 @@ DO_WITHOUT = {
 FOR_RENDERERS = "views"
 RENDERERS = ("desktop",)
 
+# What lies over any host and any machine knows neither: a folder of the application's that knows these floors alone.
+OVERLAYS = "preview"
+OVERLAYS_KNOW = ("base", "platform", "host")
+
 # The command and the desktop stand on top of the embedded host, side by side; nothing below may know them.
 APPLICATION_TOP = ("cli", "desktop")
 
@@ -95,6 +99,8 @@ def component_fault(root, path, name, angled):
 def application_fault(path, name, angled):
     """What is wrong with an include of a file of tallybook/, or None."""
     parts = name.split("/")
+    if not angled and path.split("/")[1] == OVERLAYS and parts[:2] != ["tallybook", OVERLAYS] and parts[0] not in OVERLAYS_KNOW:
+        return f'"{name}": {OVERLAYS} knows {", ".join(OVERLAYS_KNOW)} alone'
     if not angled and parts[0] == FOR_RENDERERS and path.split("/")[1] not in RENDERERS:
         return f'"{name}": {FOR_RENDERERS} is for renderers alone'
     if angled or parts[0] != "tallybook" or len(parts) < 3:

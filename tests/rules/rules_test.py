@@ -111,6 +111,12 @@ class IncludesTest(RuleTest):
         self.write("tallybook/engine/Engine.cpp", '#include "tallybook/cli/Console.h"')
         self.expect_only("tallybook/engine/Engine.cpp:1", "engine lies below cli")
 
+    def test_keeps_the_overlays_clear_of_the_host_below(self):
+        self.write("tallybook/preview/Overlay.cpp", '#include "host/Masterfile.h"\n#include "tallybook/preview/Overlay.h"')
+        self.assertEqual([], self.found())
+        self.write("tallybook/preview/Overlay.cpp", '#include "tallybook/engine/Book.h"')
+        self.expect_only("tallybook/preview/Overlay.cpp:1", "preview knows base, platform, host alone")
+
     def test_keeps_the_views_for_renderers(self):
         self.write("src/views/Views.h")
         self.write("tallybook/desktop/forms/ViewLayout.cpp", '#include "views/Views.h"')

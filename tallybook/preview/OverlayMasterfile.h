@@ -1,0 +1,202 @@
+// A database laid over another: it reads through and keeps what is written to itself. Whoever works on it finds every
+// figure as if all had been stored, and the database below is only read. So an import that runs on it shows what it would
+// do, and its figures can be told, stored or dropped afterwards.
+//
+//   figures   in memory up to a bound, the rest in a temporary file (OverlayFigures.h)
+//   calendar  one of its own, which begins where that of the database below stands
+//   journal   none: BeginRollback and EndRollback do nothing
+//   all else  names, lists, dates, rights and the progress display are those of the database below
+//
+// The database below must not be written while this lives, and outlives it with the factory and the application. What
+// the one below fails with when it reads comes through as it is; besides, any operation on figures may fail as
+// TemporaryFile does. One thread.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "base/Types.h"
+#include "host/AccountRecord.h"
+#include "host/FieldRecord.h"
+#include "host/FiscalCalendar.h"
+#include "host/HostFactory.h"
+#include "host/Masterfile.h"
+#include "tallybook/preview/OverlayFigures.h"
+
+namespace tallybook::preview {
+
+// A figure that was changed: where it stands, and what it was and is.
+struct FigureChange {
+  Integer account_position = 0;
+  Long account_number = 0;
+  Date date = 0;  // the record's level date
+  Integer field_position = 0;
+  Integer field_number = 0;
+  Double before = 0;
+  Double after = 0;
+};
+
+// Records that were written, by what became of their figures.
+struct RecordCounts {
+  long long changed = 0;
+  long long same = 0;  // end as they were
+};
+
+// Days whose figures went into one record.
+struct RegroupedDays {
+  Date record = 0;  // its level date
+  Date first = 0;   // of the days
+  Date last = 0;
+  Long days = 0;
+};
+
+class OverlayMasterfile final : public Masterfile {
+ public:
+  // `factory` makes the calendar. `app` is the application as those who work on this see it: it may be another than that
+  // of the database below, for one with a log that keeps nothing.
+  OverlayMasterfile(Masterfile& below, HostFactory& factory, HostApp& app, std::size_t cache_bytes);
+  ~OverlayMasterfile() override;
+  OverlayMasterfile(const OverlayMasterfile&) = delete;
+  OverlayMasterfile& operator=(const OverlayMasterfile&) = delete;
+
+  // What is written from here on counts as another file's: VisitFile tells of it alone.
+  void BeginFile();
+
+  // Each figure that the file under way has changed, against what it was before that file; or that all of them together
+  // have, against the database below. In the order of account positions, dates and field positions. False from `visit`
+  // ends the walk. There is no current record afterwards. Both give the records written, as far as the walk went.
+  using ChangeVisitor = std::function<bool(const FigureChange& change)>;
+  RecordCounts VisitFile(const ChangeVisitor& visit);
+  RecordCounts VisitAll(const ChangeVisitor& visit);
+
+  // The days that figures came from, by the records that took them; empty where the records are days.
+  [[nodiscard]] std::vector<RegroupedDays> Regrouped() const;
+
+  // Masterfile.
+  HostApp& App() override { return app_; }
+  tallybook::FiscalCalendar& FiscalCalendar() override;
+  std::unique_ptr<AccountRecord> NewAccountRecord() override { return below_.NewAccountRecord(); }
+  std::unique_ptr<FieldRecord> NewFieldRecord() override { return below_.NewFieldRecord(); }
+  SequenceList& PrintSequences() override { return below_.PrintSequences(); }
+
+  [[nodiscard]] Text SystemName() const override { return below_.SystemName(); }
+  [[nodiscard]] Text DataPath() const override { return below_.DataPath(); }
+  [[nodiscard]] Text FileExtension() const override { return below_.FileExtension(); }
+  [[nodiscard]] Text SettingsFileName() const override { return below_.SettingsFileName(); }
+  [[nodiscard]] Text MasterFileTypeName(Integer type) const override { return below_.MasterFileTypeName(type); }
+  const TitleLookup& TitleSource() const override { return below_.TitleSource(); }
+  [[nodiscard]] Text TitleContext() const override { return below_.TitleContext(); }
+
+  [[nodiscard]] Long FileVersion() const override { return below_.FileVersion(); }
+  [[nodiscard]] Integer DataLevel() const override { return below_.DataLevel(); }
+  [[nodiscard]] Integer CalendarType() const override { return below_.CalendarType(); }
+  [[nodiscard]] Integer YearField() const override { return below_.YearField(); }
+  [[nodiscard]] Long FieldSlots() const override { return below_.FieldSlots(); }
+  [[nodiscard]] Long AccountSlots() const override { return below_.AccountSlots(); }
+
+  [[nodiscard]] Long MaxAccounts() const override { return below_.MaxAccounts(); }
+  [[nodiscard]] Long NumAccounts() const override { return below_.NumAccounts(); }
+  [[nodiscard]] Long AccountNumber(Integer position) const override { return below_.AccountNumber(position); }
+  [[nodiscard]] Long MaxFields() const override { return below_.MaxFields(); }
+  [[nodiscard]] Long NumFields() const override { return below_.NumFields(); }
+  [[nodiscard]] Integer FieldNumber(Integer position) const override { return below_.FieldNumber(position); }
+  [[nodiscard]] Text FieldName(Integer position) const override { return below_.FieldName(position); }
+
+  // As the database below does: false, and what fails, are its own. A record that was written here is not read there
+  // until a figure is asked for that was not.
+  [[nodiscard]] bool ReadRecord(Long account_number, Date date) override;
+  // Keeps the record, and keeps it current; false where none is.
+  bool WriteRecord() override;
+  [[nodiscard]] Double FieldValue(Integer field_number) const override;
+  // Failure 6 for an infinity and for what is no number, in the words of the database below where it has any.
+  void SetFieldValue(Integer field_number, Double value) override;
+
+  [[nodiscard]] bool DateValid(Date date) const override { return below_.DateValid(date); }
+  [[nodiscard]] Date FirstDate() const override { return below_.FirstDate(); }
+  [[nodiscard]] Date LastDate() const override { return below_.LastDate(); }
+  [[nodiscard]] Date FirstSystemDate() const override { return below_.FirstSystemDate(); }
+  [[nodiscard]] Integer FirstYear() const override { return below_.FirstYear(); }
+  [[nodiscard]] Long NumYears() const override { return below_.NumYears(); }
+  [[nodiscard]] Long YearsInUse() const override { return below_.YearsInUse(); }
+  [[nodiscard]] Integer YearCode(Integer position) const override { return below_.YearCode(position); }
+  [[nodiscard]] Date YearStart(Integer year) const override { return below_.YearStart(year); }
+  [[nodiscard]] Integer NumPeriods() const override { return below_.NumPeriods(); }
+  [[nodiscard]] Text PeriodName(Integer period) const override { return below_.PeriodName(period); }
+  [[nodiscard]] Integer PeriodLength(Integer period) const override { return below_.PeriodLength(period); }
+
+  void BeginProgress(const Text& title) override { below_.BeginProgress(title); }
+  void BeginProgressText(const Text& title) override { below_.BeginProgressText(title); }
+  void SetProgressFraction(Single fraction) override { below_.SetProgressFraction(fraction); }
+  void SetProgressText(const Text& text) override { below_.SetProgressText(text); }
+  void SetProgressCancelEnabled(bool enabled) override { below_.SetProgressCancelEnabled(enabled); }
+  [[nodiscard]] bool ProgressCancelled() const override { return below_.ProgressCancelled(); }
+  void EndProgress() override { below_.EndProgress(); }
+
+  Integer BeginRollback(Date first, Date last) override;
+  void EndRollback() override {}
+
+  [[nodiscard]] bool AccessRight(const Text& right) const override { return below_.AccessRight(right); }
+  void InitReportPrinter(Printer& printer) override { below_.InitReportPrinter(printer); }
+  void PrintReportHeader(Printer& printer, const Text& name) override { below_.PrintReportHeader(printer, name); }
+
+ private:
+  class Calendar;
+
+  // A field that was written: its place among the columns is the order in which that happened.
+  struct Column {
+    Integer field_position = 0;
+    Integer field_number = 0;
+  };
+
+  void ListDates();
+  void ListAccounts();
+  void ListFields();
+  [[nodiscard]] std::size_t ColumnOf(Integer field_number);
+  [[nodiscard]] Double Below(Integer field_number) const;
+  [[nodiscard]] Double Stands(Integer field_number, std::size_t column) const;
+  [[noreturn]] void RefuseFigure(Integer field_number, Double value);
+  void DropCurrent();
+  void DropUnwritten();
+  void NoteLevelDate(Date date, Integer level, Date level_date);
+  void NoteArrival() const;
+  bool TellRow(const OverlayFigures::Row& row, const ChangeVisitor& visit, RecordCounts& counts);
+  [[nodiscard]] std::vector<std::size_t> ColumnsInOrder() const;
+
+  Masterfile& below_;
+  HostApp& app_;
+  std::unique_ptr<Calendar> calendar_;
+
+  // What the lists of the database below are, for the walk over records.
+  Date first_valid_date_ = 0;
+  Date first_date_ = 0;  // of the first record
+  std::vector<std::uint32_t> record_of_day_;
+  std::vector<Date> date_of_record_;
+  std::vector<Long> number_of_account_;          // by place
+  std::vector<std::uint32_t> place_of_account_;  // by number, from 1; 0: no such account
+  std::vector<Integer> position_of_field_;       // by number; 0: no such field
+  std::vector<std::uint16_t> column_of_field_;   // by number, from 1; 0: nothing was written to it
+  std::vector<Column> columns_;
+  std::vector<std::size_t> order_;  // columns by their fields' positions, during a visit
+
+  mutable OverlayFigures figures_;
+
+  // The current record. The one below is made current there when a figure of it is asked for.
+  bool current_ = false;
+  Long account_number_ = 0;
+  Date date_ = 0;
+  mutable bool current_below_ = false;
+  std::vector<Double> unwritten_;           // what was set and not written, by column
+  std::vector<std::uint16_t> set_columns_;  // the columns of these
+
+  // Days that figures came from. A record's day is known when it is read, and noted when a figure of it moves.
+  bool regroups_ = false;
+  Date asked_date_ = 0;
+  Date asked_level_date_ = 0;
+  Date day_ = 0;
+  mutable bool day_is_due_ = false;
+  mutable std::vector<bool> days_;
+};
+
+}  // namespace tallybook::preview
