@@ -63,9 +63,22 @@ Text TooMany(const Text& what, long long count, Long most) {
 }  // namespace
 
 BookDescription WithAccount(const StoredDescription& stored, AccountDescription account, std::optional<Long> position) {
+  return WithAccounts(stored, {std::move(account)}, position);
+}
+
+BookDescription WithAccounts(const StoredDescription& stored, const std::vector<AccountDescription>& accounts,
+                             std::optional<Long> position) {
   BookDescription book = stored.description;
-  if (account.number == 0) account.number = NeedFree(FreeAccountNumber(stored), "account", book.max_accounts);
-  Insert(book.accounts, account, position);
+  std::vector<AccountDescription> numbered = accounts;
+  const auto free = FreeAccountNumbers(stored, accounts.size());
+  auto next = free.begin();
+  for (AccountDescription& account : numbered) {
+    if (account.number != 0) continue;
+    account.number = NeedFree(next == free.end() ? 0 : *next++, "account", book.max_accounts);
+  }
+  const Long place = position.value_or(static_cast<Long>(book.accounts.size()) + 1);
+  NeedPosition(place, book.accounts.size() + 1);
+  book.accounts.insert(book.accounts.begin() + (place - 1), numbered.begin(), numbered.end());
   return book;
 }
 

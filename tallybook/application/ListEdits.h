@@ -17,6 +17,10 @@ namespace tallybook::application {
                                                   engine::AccountDescription account, std::optional<Long> position);
 [[nodiscard]] engine::BookDescription WithField(const engine::StoredDescription& stored, engine::FieldDescription field,
                                                 std::optional<Long> position);
+// Several accounts, one behind the other in their order; as WithAccount otherwise.
+[[nodiscard]] engine::BookDescription WithAccounts(const engine::StoredDescription& stored,
+                                                   const std::vector<engine::AccountDescription>& accounts,
+                                                   std::optional<Long> position);
 
 // What is not given stays. The book has the number.
 [[nodiscard]] engine::BookDescription WithAccountEdited(const engine::BookDescription& book, Long number,

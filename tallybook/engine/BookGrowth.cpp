@@ -210,18 +210,29 @@ class Rules {
 
 // --- Numbers ---------------------------------------------------------------------------------------------------------
 
+// Up to `count` numbers: those above all that were given, then the lowest that never were.
 template <typename Row>
-Long FreeNumber(const std::vector<Row>& rows, const std::vector<Long>& retired, Long most) {
+std::vector<Long> FreeNumbers(const std::vector<Row>& rows, const std::vector<Long>& retired, Long most,
+                              std::size_t count) {
   std::vector<Long> given = retired;
   for (const Row& row : rows) given.push_back(row.number);
   std::sort(given.begin(), given.end());
-  if (given.empty()) return 1;
-  if (given.back() < most) return given.back() + 1;
-  Long lowest = 1;
-  for (const Long number : given) {
-    if (number == lowest) ++lowest;
+  std::vector<Long> free;
+  for (Long next = given.empty() ? 1 : given.back() + 1; next <= most && free.size() < count; ++next) {
+    free.push_back(next);
   }
-  return lowest <= most ? lowest : 0;
+  auto taken = given.begin();
+  for (Long lowest = 1; taken != given.end() && free.size() < count && lowest <= most; ++lowest) {
+    while (taken != given.end() && *taken < lowest) ++taken;
+    if (taken != given.end() && *taken > lowest) free.push_back(lowest);
+  }
+  return free;
+}
+
+template <typename Row>
+Long FreeNumber(const std::vector<Row>& rows, const std::vector<Long>& retired, Long most) {
+  const std::vector<Long> free = FreeNumbers(rows, retired, most, 1);
+  return free.empty() ? 0 : free.front();
 }
 
 // --- What the journal keeps ------------------------------------------------------------------------------------------
@@ -363,6 +374,10 @@ void CheckGrowth(const StoredDescription& before, const BookDescription& after, 
 
 Long FreeAccountNumber(const StoredDescription& stored) {
   return FreeNumber(stored.description.accounts, stored.retired_accounts, stored.description.max_accounts);
+}
+
+std::vector<Long> FreeAccountNumbers(const StoredDescription& stored, std::size_t count) {
+  return FreeNumbers(stored.description.accounts, stored.retired_accounts, stored.description.max_accounts, count);
 }
 
 Integer FreeFieldNumber(const StoredDescription& stored) {

@@ -73,6 +73,8 @@ void CheckGrowth(const StoredDescription& before, const BookDescription& after, 
 // that never was; 0 where there is none.
 [[nodiscard]] Long FreeAccountNumber(const StoredDescription& stored);
 [[nodiscard]] Integer FreeFieldNumber(const StoredDescription& stored);
+// So many of them, in the order in which they would be given one by one; fewer where there are no more.
+[[nodiscard]] std::vector<Long> FreeAccountNumbers(const StoredDescription& stored, std::size_t count);
 
 // What a change was, as the journal keeps it: enough to take it back.
 [[nodiscard]] Text ChangeText(const StoredDescription& before, const StoredDescription& after);

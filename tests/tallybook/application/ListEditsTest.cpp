@@ -10,6 +10,7 @@ namespace {
 using application::BeyondExchangeFiles;
 using application::WithAccount;
 using application::WithAccountMoved;
+using application::WithAccounts;
 using application::WithMoreYears;
 using application::WithYearsInUse;
 using engine::BookDescription;
@@ -41,6 +42,22 @@ std::vector<Long> Numbers(const BookDescription& book) {
 TEST(ListEdits, AddAtTheEndWithAFreeNumberUnlessToldOtherwise) {
   EXPECT_THAT(Numbers(WithAccount(Stored(), {0, "D", ""}, std::nullopt)), ElementsAre(10, 20, 30, 31));
   EXPECT_THAT(Numbers(WithAccount(Stored(), {7, "D", ""}, 2)), ElementsAre(10, 7, 20, 30));
+}
+
+TEST(ListEdits, AddSeveralAccountsOneBehindTheOther) {
+  EXPECT_THAT(Numbers(WithAccounts(Stored(), {{0, "D", ""}, {7, "E", ""}, {0, "F", ""}}, 2)),
+              ElementsAre(10, 31, 7, 32, 20, 30));
+  StoredDescription full = Stored();
+  full.description.max_accounts = 31;
+  EXPECT_THAT(Numbers(WithAccounts(full, {{0, "D", ""}, {0, "E", ""}, {0, "F", ""}}, std::nullopt)),
+              ElementsAre(10, 20, 30, 31, 1, 2));
+  full.description.max_accounts = 3;
+  full.description.accounts = {{1, "A", ""}, {2, "B", ""}};
+  EXPECT_THAT(
+      [&] {
+        (void)WithAccounts(full, {{0, "D", ""}, {0, "E", ""}}, std::nullopt);
+      },
+      FailsWith(FailureNumber::kInvalidArgument, "no number is free for another account"));
 }
 
 TEST(ListEdits, MoveARowToThePositionThatItIsToHave) {

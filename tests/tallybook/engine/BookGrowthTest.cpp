@@ -139,6 +139,7 @@ TEST(BookGrowth, GivesFreeNumbersThatWereNeverGiven) {
   EXPECT_EQ(FreeAccountNumber(stored), 301);
   stored.description.max_accounts = 300;
   EXPECT_EQ(FreeAccountNumber(stored), 1);
+  EXPECT_THAT(engine::FreeAccountNumbers(stored, 3), ::testing::ElementsAre(1, 2, 3));
   stored.description.max_fields = 9;
   stored.description.fields = {{1, "", false}, {2, "", false}, {9, "", false}};
   stored.retired_fields = {3};
