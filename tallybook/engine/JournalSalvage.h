@@ -1,0 +1,49 @@
+// Takes the journal of a damaged book into a new one. What ran before an entry that is damaged cannot be taken back any
+// more; an entry that is lost keeps its number. One thread.
+#pragma once
+
+#include <map>
+
+#include "base/Types.h"
+#include "tallybook/engine/ChunkPlaces.h"
+#include "tallybook/engine/DamagedBook.h"
+#include "tallybook/engine/JournalTables.h"
+#include "tallybook/engine/SalvageLosses.h"
+
+namespace tallybook::engine {
+
+class JournalSalvage {
+ public:
+  // All must outlive this.
+  JournalSalvage(DamagedBook& book, const ChunkPlaces& places, SalvageLosses& losses)
+      : book_(book), places_(places), losses_(losses), old_(book.Db()) {}
+
+  // Writes commands and entries into a new book, within a transaction. Gives how many entries are as they were.
+  long long CopyTo(Database& database);
+
+ private:
+  void ReadEntries();
+  void FindLastEntry();
+  bool ReadEntry(const JournalRow& row);
+  void LoseEntry(Long entry, const Text& what);
+
+  struct Command {
+    Date time = 0;
+    Text what;
+  };
+  [[nodiscard]] std::map<Long, Command> ReadCommands();
+  void CopyCommands(JournalTables& fresh);
+  void CopyMarks(JournalRow& row, const JournalRow& old, JournalTables& fresh, Database& database);
+  void TellWayBack();
+
+  DamagedBook& book_;
+  const ChunkPlaces& places_;
+  SalvageLosses& losses_;
+  JournalTables old_;
+  std::map<Long, JournalRow> entries_;
+  std::map<Long, Text> texts_;
+  Long last_entry_ = 0;
+  Long damaged_entry_ = 0;  // the last one
+};
+
+}  // namespace tallybook::engine
