@@ -106,16 +106,21 @@ FollowedDefinitions::FollowedDefinitions(WholeFiles& files, const std::vector<De
     };
     auto output = std::make_unique<WholeOutput>(files, use.path);
     WriteDefinition(use.path, record, {[&](Integer row) { return codes.accounts(row).from_code; }, to_code});
-    written_.push_back({use.path, std::move(output)});
+    written_.push_back({use.number, use.path, std::move(output)});
   }
 }
 
-void FollowedDefinitions::Keep() {
+std::vector<FollowedDefinitions::NotKept> FollowedDefinitions::Keep() {
+  std::vector<NotKept> not_kept;
   for (const Written& written : written_) {
-    if (written.output->Keep()) continue;
-    throw Failure(FailureNumber::kDeviceError, written.path + ": the definition could not be written whole",
-                  "DefinitionFollow");
+    try {
+      if (!written.output->Keep())
+        not_kept.push_back({written.number, written.path + ": it could not be written whole"});
+    } catch (const Failure& failure) {
+      not_kept.push_back({written.number, failure.Description()});
+    }
   }
+  return not_kept;
 }
 
 }  // namespace tallybook::application

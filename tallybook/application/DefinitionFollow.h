@@ -33,11 +33,16 @@ class FollowedDefinitions {
   FollowedDefinitions(WholeFiles& files, const std::vector<DefinitionUse>& uses,
                       const engine::BookDifference& difference);
 
-  // Each definition takes its name. Failure 57 where one could not be written whole.
-  void Keep();
+  // Each definition takes its name; gives those that could not.
+  struct NotKept {
+    Integer number = 0;
+    Text why;  // with its path
+  };
+  [[nodiscard]] std::vector<NotKept> Keep();
 
  private:
   struct Written {
+    Integer number = 0;
     Text path;
     std::unique_ptr<WholeOutput> output;
   };

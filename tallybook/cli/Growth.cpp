@@ -159,8 +159,16 @@ NamedDefinitions::NamedDefinitions(Session& session, const engine::Book& book, c
   if (follow_ && !dry_run) followed_.emplace(session.Files(), uses_, difference);
 }
 
+bool NamedDefinitions::Follows(const application::DefinitionUse& use) const {
+  return follow_ && use.can_follow && !not_kept_.contains(use.number);
+}
+
 void NamedDefinitions::Keep() {
-  if (followed_) DoAfterCommit([this] { followed_->Keep(); });
+  if (!followed_) return;
+  for (const auto& [number, why] : followed_->Keep()) {
+    not_kept_.insert(number);
+    WarnAfterCommit(why);
+  }
 }
 
 void NamedDefinitions::Tell(bool is_done) const {
@@ -171,7 +179,7 @@ void NamedDefinitions::Tell(bool is_done) const {
       TellLine(fmt::format("{} {}: {}", title, is_done ? "follows" : "would follow", names));
     } else {
       Warn(fmt::format("{} names what changes: {}{}", title, names,
-                       use.can_follow ? "; --with-definitions writes the new code into it" : ""));
+                       use.can_follow && !follow_ ? "; --with-definitions writes the new code into it" : ""));
     }
   }
 }

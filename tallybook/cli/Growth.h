@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <vector>
 
 #include "base/Types.h"
@@ -42,8 +43,8 @@ class NamedDefinitions {
                    bool dry_run = false);
 
   [[nodiscard]] const std::vector<application::DefinitionUse>& Uses() const { return uses_; }
-  [[nodiscard]] bool Follows(const application::DefinitionUse& use) const { return follow_ && use.can_follow; }
-  // The change has been made: what was written takes its name.
+  [[nodiscard]] bool Follows(const application::DefinitionUse& use) const;
+  // The change has been made: what was written takes its name. A definition that could not does not follow, which is told.
   void Keep();
   // On standard error.
   void Tell(bool is_done) const;
@@ -52,6 +53,7 @@ class NamedDefinitions {
   std::vector<application::DefinitionUse> uses_;
   bool follow_ = false;
   std::optional<application::FollowedDefinitions> followed_;
+  std::set<Integer> not_kept_;
 };
 
 // Brings a book to what `after` says, its values among it, and tells what that changed: checked whole before anything

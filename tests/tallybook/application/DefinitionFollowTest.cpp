@@ -44,7 +44,7 @@ class DefinitionFollowTest : public ::testing::Test {
   }
   void Follow() {
     FollowedDefinitions followed(files_, Uses(), engine::FindDifference(before_, after_));
-    followed.Keep();
+    EXPECT_TRUE(followed.Keep().empty());
   }
   // The codes here of a definition's rows.
   [[nodiscard]] std::vector<Text> Codes(const Text& name) const {
@@ -160,6 +160,21 @@ TEST_F(DefinitionFollowTest, NothingIsWrittenBeforeItIsKept) {
   { const FollowedDefinitions dropped(files_, Uses(), engine::FindDifference(before_, after_)); }
   EXPECT_EQ(folder_.Read("TBQDX1.shop"), bytes);
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.Path()), {}), 1);
+}
+
+TEST_F(DefinitionFollowTest, OneThatCannotBeWrittenIsToldAndTheOthersFollow) {
+  for (const char* name : {"TBQDX1.shop", "TBQDX2.shop", "TBQDX3.shop"}) Define(name, {"100"});
+  after_.accounts[0].code = "110";
+  FollowedDefinitions followed(files_, Uses(), engine::FindDifference(before_, after_));
+  Define("TBQDX9.other", {"another's"});
+  std::filesystem::rename(folder_.Path("TBQDX9.other"), folder_.Path("TBQDX2.shop"));
+  const auto not_kept = followed.Keep();
+  ASSERT_EQ(not_kept.size(), 1U);
+  EXPECT_EQ(not_kept[0].number, 2);
+  EXPECT_THAT(not_kept[0].why, HasSubstr("TBQDX2.shop: another program has put a file there meanwhile"));
+  EXPECT_THAT(Codes("TBQDX1.shop"), ElementsAre("110"));
+  EXPECT_THAT(Codes("TBQDX2.shop"), ElementsAre("another's"));
+  EXPECT_THAT(Codes("TBQDX3.shop"), ElementsAre("110"));
 }
 
 TEST_F(DefinitionFollowTest, ACodeThatADefinitionCannotKeepIsRefusedBeforeAnythingIsWritten) {
