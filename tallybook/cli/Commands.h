@@ -13,6 +13,7 @@ namespace tallybook::cli {
 [[nodiscard]] CommandTable ValuesCommand();
 [[nodiscard]] CommandTable SetCommand();
 [[nodiscard]] CommandTable ExportCommand();
+[[nodiscard]] CommandTable TextCheckCommand();
 [[nodiscard]] CommandTable ImportCommand();
 // These two go under `import`.
 [[nodiscard]] CommandTable ImportCsvCommand();

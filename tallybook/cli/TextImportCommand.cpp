@@ -20,6 +20,8 @@
 #include "tallybook/cli/FileQuestion.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Session.h"
+#include "tallybook/cli/SpooledInput.h"
+#include "tallybook/cli/TextFileArguments.h"
 #include "tallybook/cli/TextTable.h"
 
 namespace tallybook::cli {
@@ -109,20 +111,6 @@ void TellNewName(Session& session, const Text& file, bool there_before) {
   }
 }
 
-// Standard input, read to its end into a private file that "-" stands for. Nothing for a file that the user named.
-class SpooledInput {
- public:
-  SpooledInput(application::WholeFiles& files, const Text& name) {
-    if (name != application::kStandardStream) return;
-    const Text place = folder_.emplace().Path("input");
-    application::SpoolStandardInput(place);
-    files.StandFor(name, place);
-  }
-
- private:
-  std::optional<application::PrivateFolder> folder_;
-};
-
 // Opens the book, lets `import` run on it with the file, and tells what came of it. `kind` names the import in the
 // journal, with the file.
 //   look  says what is wrong with the file before anything is asked; nothing where it may be imported
@@ -211,22 +199,13 @@ ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {
   return RunTextImport(options, question, kDelimited, look, import);
 }
 
-Argument& AddMath(CommandTable& command, TextImportOptions& options, const Text& what) {
-  static const Choices<eMath> modes = {
-      {"add", eMath::mAdd}, {"subtract", eMath::mSubtract}, {"replace", eMath::mReplace}};
-  return AddChoice(command, "--math", options.math, modes, what);
-}
-
 void AddBookAndFile(CommandTable& command, TextImportOptions& options) {
   AddBookToChange(command, options.book, options.wait);
   AddFile(command, options.file, "The text file; - for standard input");
 }
 
 void AddEncodingAndAsking(CommandTable& command, TextImportOptions& options) {
-  static const Choices<TextEncoding> encodings = {
-      {"auto", TextEncoding::kDetect}, {"utf8", TextEncoding::kUtf8}, {"windows-1252", TextEncoding::kCodePage}};
-  AddChoice(command, "--encoding", options.encoding, encodings,
-            "auto (the default: UTF-8 where all of the file is valid), utf8 or windows-1252");
+  AddEncoding(command, options.encoding);
   AddAsking(command, options.asking);
   AddFlag(command, "--keep-auditing", options.asking.keep_auditing,
           "List every error of the file, one a line, instead of asking at each")
@@ -242,7 +221,7 @@ CommandTable ImportCsvCommand() {
                                       "tallybook import csv north january.csv --math replace --clear 5 --yes"},
                                      options, RunImportCsv);
   AddBookAndFile(command, *options);
-  AddMath(command, *options, "add, subtract or replace, whatever the file's header says");
+  AddMath(command, options->math, "add, subtract or replace, whatever the file's header says");
   AddNumber(command, "--clear", options->clear, "FIELD", "Clear the field of this number first; may be given again")
       .As(ArgumentKind::kFieldNumber);
   AddEncodingAndAsking(command, *options);
@@ -250,20 +229,14 @@ CommandTable ImportCsvCommand() {
 }
 
 CommandTable ImportDelimitedCommand() {
-  static const Choices<Integer> orders = {{"mdy", kMonthDayYear}, {"dmy", kDayMonthYear}, {"ymd", kYearMonthDay}};
-  static const Choices<bool> line_ends = {{"crlf", false}, {"any", true}};
   const auto options = std::make_shared<ImportDelimitedOptions>();
   CommandTable command = MakeCommand("delimited", "Import a text file of one line for a date and an account",
                                      {"tallybook import delimited north january.txt --math replace",
                                       "tallybook import delimited north january.txt --math add --date-order DMY --yes"},
                                      options, RunImportDelimited);
   AddBookAndFile(command, *options);
-  AddMath(command, *options, "add, subtract or replace").Required();
-  AddChoice(command, "--date-order", options->date_order, orders, "MDY (the default), DMY or YMD");
-  AddChoice(command, "--line-ends", options->any_line_end, line_ends,
-            "crlf (the default: CR, alone or with LF) or any: LF ends a line, too");
-  AddFlag(command, "--date-parts", options->date_parts, "The date stands in three fields, not in one");
-  AddFlag(command, "--system-fields", options->system_fields, "Import fields that the system keeps by itself, too");
+  AddMath(command, options->math, "add, subtract or replace").Required();
+  AddDelimitedForm(command, {options->date_order, options->any_line_end, options->date_parts, options->system_fields});
   AddEncodingAndAsking(command, *options);
   return command;
 }

@@ -78,8 +78,9 @@ NAMES = {
     "end": words("account", "body"),
     "account_count": count, "value_count": count, "date_count": count, "irregular": rows("offset", "what"), "differences": rows("what"),
     "entry": number, "command": number, "kind": words("import", "set", "undo", "lists", "name", "file", "description", "sums", "index",
-                                                      "chunk", "journal", "image", "companions"),
+                                                      "chunk", "journal", "image", "companions", "audit", "stop", "silent"),
     "time": like(DATE + r" \d\d:\d\d:\d\d"), "first": like(DATE), "last": like(DATE),
+    "line": number, "record": count, "column": count, "column_name": text, "text": text, "help": text, "record_count": count,
     "state": words("done", "undone", "not finished", "done for good"), "what_ran": text, "undoes": number,
     "format": number, "chunks": count, "entries": count, "images": count, "findings": rows("kind", "what"), "what": text,
     "position": number, "old_position": number, "description": text, "system": truth,
@@ -140,6 +141,8 @@ class JsonNamesTest(unittest.TestCase):
         grown = book("A7")
         grown["values"][0]["value"] = 4
         (cls.folder / "grow.json").write_text(json.dumps(grown), encoding="utf-8")
+        (cls.folder / "look.csv").write_text("1,6,2003,1,1\nA7,3,x\n", encoding="utf-8")
+        (cls.folder / "look.txt").write_bytes(b"01/06/2003,A7,3,x\r\n")
         cut = (cls.folder / "shop.QDX").read_bytes()
         (cls.folder / "cut.QDX").write_bytes(cut[:-5])
         shutil.copy(cls.folder / "shop.tbk", cls.folder / "bad.tbk")
@@ -160,7 +163,8 @@ class JsonNamesTest(unittest.TestCase):
     LINES = (["values", "shop"], ["definition", "list", "shop"], ["definition", "show", "shop", "2"], ["definition", "check", "shop"], ["qdx", "info", "shop.QDX"],
              ["qdx", "dump", "shop.QDX"], ["qdx", "dump", "cut.QDX"], ["qdx", "check", "shop.QDX"], ["qdx", "check", "cut.QDX"],
              ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"], ["book", "check", "shop"],
-             ["book", "check", "bad", "--deep"], ["book", "salvage", "bad", "saved"],
+             ["book", "check", "bad", "--deep"], ["check", "csv", "shop", "look.csv"],
+             ["check", "delimited", "shop", "look.txt", "--math", "add"], ["book", "salvage", "bad", "saved"],
              ["account", "list", "grow"], ["account", "add", "grow", "D4", "--description", "New"],
              ["account", "edit", "grow", "A7", "--code", "D4"], ["account", "move", "grow", "B8", "1"],
              ["account", "remove", "grow", "A7", "--with-figures"],

@@ -288,6 +288,13 @@ class LinesTest(unittest.TestCase):
         damaged.close()
         self.run_line("book", "check", shop, "--deep", status=1, tells="finding")
 
+    def test_text_files_that_are_looked_through(self):
+        shop = self.make()
+        csv = self.write("look.csv", f'1,1,2003,1,1\r\n"{IN_FILE}",1,5\r\n200,1,"{IN_FILE}"\r\n')
+        self.assertIn("2 records", self.run_line("check", "csv", shop, csv, status=1, tells="2 findings"))
+        lines = self.write("look.txt", f'01/01/2003,200,1,"{PLAIN_FILE}"\r\n{PLAIN_FILE},200,{PLAIN_FILE},1\r\n')
+        self.assertIn("2 records", self.run_line("check", "delimited", shop, lines, "--math", "add", status=1, tells="findings"))
+
     def test_zz_every_command_was_tried(self):
         """Runs last: what the program has is asked of the program itself."""
         def commands(*path):
