@@ -285,16 +285,20 @@ void ReportPrinter::CheckPage() {
 void ReportPrinter::BeginProgress(const Text& title) {
   if (progress_ == nullptr) return;
   progress_->Begin(title);
-  progress_->CancelEnabled(true);
+  progress_->CancelEnabled(false);
   progress_open_ = true;
+  cancel_offered_ = false;
 }
 
 void ReportPrinter::SetProgressFraction(Single fraction) {
   if (progress_open_) progress_->Fraction(fraction);
 }
 
+// Work that never looks would let a cancel that is offered go by unheard.
 bool ReportPrinter::ProgressCancelled() const {
-  return progress_open_ && progress_->Cancelled();
+  if (!progress_open_) return false;
+  if (!std::exchange(cancel_offered_, true)) progress_->CancelEnabled(true);
+  return progress_->Cancelled();
 }
 
 void ReportPrinter::EndProgress() {

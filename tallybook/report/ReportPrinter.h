@@ -69,6 +69,7 @@ class ReportPrinter : public Printer {
   void NewPage() override;
   void CheckPage() override;
 
+  // Nothing offers the cancel here: it is offered from the first look of the work at whether it was cancelled.
   void BeginProgress(const Text& title) override;
   void SetProgressFraction(Single fraction) override;
   [[nodiscard]] bool ProgressCancelled() const override;
@@ -134,6 +135,7 @@ class ReportPrinter : public Printer {
   bool head_raised_ = false;  // the head of page 1 stands in head_
   bool table_open_ = false;   // the last block of the target is a table that further rows join
   bool progress_open_ = false;
+  mutable bool cancel_offered_ = false;  // since the progress began
 };
 
 }  // namespace tallybook::report

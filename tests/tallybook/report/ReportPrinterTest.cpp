@@ -322,7 +322,18 @@ TEST_F(ReportPrinterTest, ShowsItsProgressOnTheDisplay) {
   display_.cancelled = true;
   EXPECT_TRUE(printer_.ProgressCancelled());
   printer_.EndProgress();
-  EXPECT_THAT(display_.calls, ::testing::ElementsAre("begin Importing data", "cancel on", "fraction 0.500000", "end"));
+  EXPECT_THAT(display_.calls,
+              ::testing::ElementsAre("begin Importing data", "cancel off", "fraction 0.500000", "cancel on", "end"));
+}
+
+TEST_F(ReportPrinterTest, OffersACancelAnewWhereFurtherWorkLooksForOne) {
+  printer_.BeginProgress("Zeroing out data");
+  EXPECT_FALSE(printer_.ProgressCancelled());
+  EXPECT_FALSE(printer_.ProgressCancelled());
+  printer_.BeginProgress("Importing data");
+  printer_.SetProgressFraction(0.5F);
+  EXPECT_THAT(display_.calls, ::testing::ElementsAre("begin Zeroing out data", "cancel off", "cancel on",
+                                                     "begin Importing data", "cancel off", "fraction 0.500000"));
 }
 
 TEST_F(ReportPrinterTest, TakesAnEndOfProgressThatNeverBegan) {
