@@ -1,11 +1,13 @@
 #include "tallybook/desktop/host/ReportWindow.h"
 
+#include <QBuffer>
 #include <QCloseEvent>
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPdfWriter>
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QPrintDialog>
@@ -209,10 +211,10 @@ void ReportWindow::AskSave() {
   SaveAs(request.file_name);
 }
 
-bool ReportWindow::SaveAs(const Text& path) {
+// What fails is told over the window.
+bool ReportWindow::Guarded(const std::function<void()>& act) const {
   try {
-    const auto heads = [this](int) -> const report::Blocks& { return head_; };
-    SaveWhole(path, report::RendererFor(path)->Render(report_, heads));
+    act();
     return true;
   } catch (...) {
     ShowMessage(CurrentFailure().Description(), kExclamationIcon, report_.title);
@@ -220,8 +222,40 @@ bool ReportWindow::SaveAs(const Text& path) {
   }
 }
 
-void ReportWindow::PrintOn(QPrinter& printer) const {
-  NewReportDocument(report_, head_)->print(&printer);
+bool ReportWindow::SaveAs(const Text& path) {
+  return Guarded([&] {
+    const auto heads = [this](int) -> const report::Blocks& { return head_; };
+    SaveWhole(path, report::RendererFor(path)->Render(report_, heads));
+  });
+}
+
+void ReportWindow::PrintOn(QPagedPaintDevice& pages) const {
+  NewReportDocument(report_, head_)->print(&pages);
+}
+
+bool ReportWindow::Print(QPrinter& printer) {
+  return Guarded([&] {
+    if (!printer.outputFileName().isEmpty()) return SaveWhole(FromQt(printer.outputFileName()), PdfLike(printer));
+    PrintOn(printer);
+    if (printer.printerState() != QPrinter::Error && printer.printerState() != QPrinter::Aborted) return;
+    throw Failure(FailureNumber::kDeviceError, "The printer did not take it: " + FromQt(printer.printerName()));
+  });
+}
+
+// A printer's own file would be written as it goes, and nothing would be said of one that cannot be.
+std::string ReportWindow::PdfLike(const QPrinter& printer) const {
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  buffer.open(QIODevice::WriteOnly);
+  {
+    QPdfWriter pages(&buffer);
+    pages.setTitle(windowTitle());
+    pages.setResolution(printer.resolution());
+    pages.setPageLayout(printer.pageLayout());
+    pages.setPageRanges(printer.pageRanges());
+    PrintOn(pages);
+  }
+  return bytes.toStdString();
 }
 
 void ReportWindow::AskPrint() {
@@ -230,7 +264,7 @@ void ReportWindow::AskPrint() {
   const QPointer<QPrintDialog> dialog(new QPrintDialog(&printer, this));
   const bool chosen = dialog->exec() == QDialog::Accepted && !dialog.isNull();
   delete dialog.data();
-  if (chosen) PrintOn(printer);
+  if (chosen) Print(printer);
 }
 
 void ReportWindow::Preview() {

@@ -11,6 +11,7 @@
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/FileDialogs.h"
@@ -19,6 +20,7 @@
 
 class QLabel;
 class QLineEdit;
+class QPagedPaintDevice;
 class QPlainTextEdit;
 class QPrinter;
 class QPushButton;
@@ -42,7 +44,11 @@ class ReportWindow : public QWidget {
 
   // Writes the report whole, in the form that the extension names; told over the window where that fails. False then.
   bool SaveAs(const Text& path);
-  void PrintOn(QPrinter& printer) const;
+  // Sets the report's pages on a printer, or anything else that has pages.
+  void PrintOn(QPagedPaintDevice& pages) const;
+  // As the print dialog left the printer. A file is written whole and never onto a book. Told over the window where it
+  // fails; false then.
+  bool Print(QPrinter& printer);
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -60,6 +66,8 @@ class ReportWindow : public QWidget {
   void AskPrint();
   void Preview();
   void Undo();
+  [[nodiscard]] std::string PdfLike(const QPrinter& printer) const;
+  bool Guarded(const std::function<void()>& act) const;
   QPushButton* MakeButton(const QString& caption, const char* name, void (ReportWindow::*act)());
 
   report::Report report_;

@@ -1,3 +1,5 @@
+#include <QComboBox>
+#include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
@@ -15,6 +17,7 @@
 #include "tallybook/desktop/host/WindowPrinter.h"
 #include "tests/support/ScriptedPlatform.h"
 #include "tests/tallybook/desktop/Waiting.h"
+#include "tests/tallybook/engine/BookFixture.h"
 
 namespace tallybook::desktop {
 namespace {
@@ -153,6 +156,83 @@ TEST_F(ReportWindowTest, PrintsItsPagesWithTheTablesHeadOnEach) {
   EXPECT_GT(QFile(QString::fromStdString(In("printed.pdf"))).size(), 1000);
   document->setPageSize(QSizeF(500, 700));
   EXPECT_GT(document->pageCount(), 2);
+}
+
+// --- The print dialog: no printer is known under the tests' display, so it offers a file alone -------------------------
+
+class PrintDialogTest : public ReportWindowTest {
+ protected:
+  // Opens the dialog as the user does, and acts in it.
+  void Print(ReportWindow& window, const std::function<void(QWidget& dialog)>& act) {
+    WhenShown user;
+    user.Then("Print", act);
+    QTest::keyClick(&TextOf(window), Qt::Key_P, Qt::ControlModifier);
+  }
+  static QLineEdit& FileName(QWidget& dialog) { return Part<QLineEdit>(dialog, "filename"); }
+  // Types a file's name and presses Enter.
+  static void TakeFile(QWidget& dialog, const QString& path) {
+    FileName(dialog).selectAll();
+    QTest::keyClicks(&FileName(dialog), path);
+    QTest::keyClick(&FileName(dialog), Qt::Key_Return);
+  }
+  [[nodiscard]] QString Path(const char* name) const { return folder_.filePath(name); }
+  [[nodiscard]] QByteArray Contents(const char* name) const {
+    QFile file(Path(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+  }
+};
+
+TEST_F(PrintDialogTest, WithoutAPrinterItOffersAFile) {
+  Print(Open(Sample()), [](QWidget& dialog) {
+    const auto& printers = Part<QComboBox>(dialog, "printers");
+    EXPECT_EQ(printers.count(), 1);
+    EXPECT_THAT(printers.currentText().toStdString(), HasSubstr("PDF"));
+    EXPECT_TRUE(FileName(dialog).isEnabled());
+    QTest::keyClick(&FileName(dialog), Qt::Key_Escape);
+  });
+  EXPECT_TRUE(platform_.boxes.Shown().empty());
+}
+
+TEST_F(PrintDialogTest, PrintsToAFileThatIsNamed) {
+  Print(Open(Sample(200)), [this](QWidget& dialog) { TakeFile(dialog, Path("printed.pdf")); });
+  EXPECT_TRUE(Contents("printed.pdf").startsWith("%PDF-"));
+  EXPECT_GT(Contents("printed.pdf").count("/Type /Page\n"), 2);
+  EXPECT_THAT(QDir(folder_.path()).entryList(QDir::Files), ::testing::Contains(QString("printed.pdf")));
+}
+
+TEST_F(PrintDialogTest, ACancelPrintsNothing) {
+  ReportWindow& window = Open(Sample());
+  Print(window, [this](QWidget& dialog) {
+    FileName(dialog).selectAll();
+    QTest::keyClicks(&FileName(dialog), Path("printed.pdf"));
+    QTest::keyClick(&FileName(dialog), Qt::Key_Escape);
+  });
+  EXPECT_FALSE(QFile::exists(Path("printed.pdf")));
+  EXPECT_TRUE(window.isVisible());
+  testing::WaitUntil([&] { return TextOf(window).hasFocus(); }, "the report has the keys again");
+}
+
+TEST_F(PrintDialogTest, AFileThatCannotBeWrittenIsTold) {
+  ReportWindow& window = Open(Sample());
+  QPrinter printer(QPrinter::HighResolution);
+  printer.setOutputFormat(QPrinter::PdfFormat);
+  printer.setOutputFileName(Path("missing/printed.pdf"));
+  EXPECT_FALSE(window.Print(printer));
+  ASSERT_EQ(platform_.boxes.Shown().size(), 1U);
+  EXPECT_THAT(platform_.boxes.Texts()[0], HasSubstr("printed.pdf"));
+}
+
+TEST_F(PrintDialogTest, ABookIsNeverPrintedOver) {
+  ReportWindow& window = Open(Sample());
+  const Text book = In("North.tbk");
+  engine::Book::Create(book, tallybook::testing::ShopDescription());
+  const QByteArray before = Contents("North.tbk");
+  QPrinter printer(QPrinter::HighResolution);
+  printer.setOutputFormat(QPrinter::PdfFormat);
+  printer.setOutputFileName(QString::fromStdString(book));
+  EXPECT_FALSE(window.Print(printer));
+  EXPECT_EQ(platform_.boxes.Shown().size(), 1U);
+  EXPECT_TRUE(Contents("North.tbk") == before);
 }
 
 TEST_F(ReportWindowTest, ShowsAHundredThousandLines) {
