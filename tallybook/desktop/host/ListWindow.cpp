@@ -529,11 +529,14 @@ class ListWindow::Frame : public QWidget {
   void FitColumns() {
     fitting_ = true;
     const int letter = fontMetrics().averageCharWidth();
+    // The last one has what the others leave, and its own width by what stands in it only where that is more.
+    table_->horizontalHeader()->setStretchLastSection(false);
     table_->resizeColumnsToContents();
     for (int column = 0; column < rows_.columnCount(); ++column) {
       const int width = std::clamp(table_->columnWidth(column), 9 * letter, 40 * letter);
       table_->setColumnWidth(column, width + 2 * letter);
     }
+    table_->horizontalHeader()->setStretchLastSection(true);
     fitting_ = false;
   }
 

@@ -2,6 +2,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <gmock/gmock.h>
@@ -119,6 +120,16 @@ class ListWindowTest : public ::testing::Test {
   NotingEvents events_;
   ListWindow list_{handles_, memory_};
 };
+
+TEST_F(ListWindowTest, ColumnsThatHaveRoomNeedNoScrollBar) {
+  AddRow(list_, 4, "North Shop, the year", "1", "/home/sam/tallybook-demo/exchange/north-2024.QDX");
+  ShowAnd([&] {
+    QApplication::processEvents();
+    EXPECT_FALSE(Table().horizontalScrollBar()->isVisible());
+    const QHeaderView& heads = *Table().horizontalHeader();
+    EXPECT_EQ(heads.length(), Table().viewport()->width()) << "the last column ends with the table";
+  });
+}
 
 TEST_F(ListWindowTest, ShowsTheRowsAsTheyWereAddedWithTheTotalsBelow) {
   ShowAnd([&] {
