@@ -20,6 +20,7 @@ Integer FileLog::AuditEntry(const Text& who, const Text& what, const Text& subje
 }
 
 Integer FileLog::Append(const Text& entry) noexcept {
+  if (keeps_nothing_) return 1;
   try {
     const std::filesystem::path path(path_);
     if (path.has_parent_path()) std::filesystem::create_directories(path.parent_path());

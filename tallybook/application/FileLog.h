@@ -18,6 +18,9 @@ class FileLog : public HostLog {
   explicit FileLog(Text path) : path_(std::move(path)) {}
   [[nodiscard]] const Text& Path() const { return path_; }
 
+  // Entries from here on are dropped, as if they stood in the file: for a look that must leave nothing behind.
+  void KeepNothing() { keeps_nothing_ = true; }
+
   // Both give 1 where the entry stands in the file and 0 where it could not be written. They never fail: whoever logs
   // is handling a failure already. `LostEntries` tells how many were lost.
   Integer LogError(const Text& message, Long line_number, Integer detail) override;
@@ -33,6 +36,7 @@ class FileLog : public HostLog {
   Integer Append(const Text& entry) noexcept;
 
   Text path_;
+  bool keeps_nothing_ = false;
   Long lost_entries_ = 0;
 };
 

@@ -23,7 +23,7 @@ Text WithRows(const Text& word, Integer rows) {
 }  // namespace
 
 std::vector<application::SeenDefinition> OpenDefinitions(application::WholeFiles& files, CDataExchange& exchange,
-                                                         engine::Book& book) {
+                                                         Masterfile& book) {
   auto definitions = application::LookAtDefinitions(files, book.DataPath(), book.FileExtension());
   application::NeedReadableDefinitions(definitions);
   exchange.OpenDefinitions(book, kDefinitionDataType);

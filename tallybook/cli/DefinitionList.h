@@ -17,7 +17,7 @@ inline constexpr Integer kDefinitionDataType = 1;
 // Loads the definitions of a book and gives them as they were seen before. Failure 75 that names each definition that
 // cannot be read, with its reason; nothing is loaded then.
 std::vector<application::SeenDefinition> OpenDefinitions(application::WholeFiles& files, CDataExchange& exchange,
-                                                         engine::Book& book);
+                                                         Masterfile& book);
 
 // The place in the loaded list of the definition of `number`. Failure 5 that names the numbers there are where there is
 // no such definition.

@@ -1,19 +1,18 @@
 #include <fmt/format.h>
-#include <optional>
 
 #include "base/Failure.h"
 #include "exchange/CDataExchange.h"
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/StopText.h"
-#include "tallybook/application/WholeFiles.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DefinitionList.h"
 #include "tallybook/cli/Lines.h"
+#include "tallybook/cli/Preview.h"
+#include "tallybook/cli/ReportFile.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/Terminal.h"
-#include "tallybook/report/ReportPrinter.h"
 
 namespace tallybook::cli {
 
@@ -27,20 +26,9 @@ struct ImportQdxOptions {
   Integer math = static_cast<Integer>(eMath::mAdd);
   Text report;
   bool expect_files = false;
+  PreviewOptions preview;
   AskOptions asking;
 };
-
-void SendReportTo(Session& session, const Text& path) {
-  if (path.empty()) return;
-  report::Destination destination;
-  destination.path = path;
-  try {
-    session.Factory().SetReportDestination(destination);
-  } catch (const Failure& failure) {
-    if (failure.Number() != FailureNumber::kInvalidArgument) throw;
-    throw WrongUse("--report: " + failure.Description());
-  }
-}
 
 // What the batch takes: "ALL", or the definition's place in the list.
 Text ImportType(CDataExchange& exchange, engine::Book& book, const ImportQdxOptions& options) {
@@ -57,41 +45,6 @@ void LookAtExchangeFiles(Session& session, const std::vector<application::SeenDe
     for (const Text& file : application::ExchangeFilesOf(definition.exchange_files)) session.AddInput(file);
   }
 }
-
-// The file of --report: whole when the report has ended, however the import did.
-class ReportFile {
- public:
-  ReportFile(application::WholeFiles& files, const Text& path) : path_(path) {
-    if (!path.empty()) output_.emplace(files, path);
-  }
-  ~ReportFile() {
-    try {
-      if (output_) output_->Keep();
-    } catch (...) {
-      return;  // meant: the failure that led here is what is told
-    }
-  }
-  ReportFile(const ReportFile&) = delete;
-  ReportFile& operator=(const ReportFile&) = delete;
-
-  // Once the import is over. A report that cannot be written takes back no figure. One that a failed import has not
-  // begun is no news.
-  void Finish(bool done) {
-    if (!output_) return;
-    try {
-      if (!output_->Keep() && done) TellUnwritten("");
-    } catch (...) {
-      TellUnwritten(": " + CurrentFailure().Description());
-    }
-    output_.reset();
-  }
-
- private:
-  void TellUnwritten(const Text& why) const { Warn(fmt::format("the report {} was not written{}", path_, why)); }
-
-  Text path_;
-  std::optional<application::WholeOutput> output_;
-};
 
 // What the engine's record tells: what was applied and left out. A definition without a file is what --expect-files
 // calls a failure. True where there is none.
@@ -129,7 +82,45 @@ bool TellNotDone(Session& session, const QDXImportRecord& record, engine::Book& 
   return false;
 }
 
+// What the import would tell is told as its own words, behind this line.
+bool TellPreviewed(Session& session, const QDXImportRecord& record, bool done, bool expect_files) {
+  session.Note("Nothing has been changed; the import would say:", false);
+  const bool complete = TellRecord(session, record, done && expect_files);
+  for (const StopReason& stop : application::StopsOf(record)) {
+    done ? Warn("it would be done, but " + application::StopText(stop)) : session.TellStop(stop);
+  }
+  return done && complete;
+}
+
+ExitStatus PreviewImportQdx(const ImportQdxOptions& options) {
+  Session session(options.asking, {.book = options.book, .report = options.report, .more_inputs = true});
+  SendReportTo(session, options.report);
+  const auto book = session.OpenToPreview(options.book);
+  const CancelKey key;
+  SessionPreview preview(session, *book);
+  CDataExchange exchange(session.Factory());
+  const auto definitions = OpenDefinitions(session.Files(), exchange, preview.Overlay().Book());
+  LookAtExchangeFiles(session, definitions, options);
+  session.AllInputsKnown();
+  const Text type = ImportType(exchange, *book, options);
+  exchange.SetMath(options.math);
+  session.FollowImports([&] { preview.Overlay().BeginFile(exchange.TrueFilename()); });
+  const Long no_window = 0;
+  const bool imported = exchange.ImportQDXFileEX(no_window, preview.Overlay().Book(), type);
+  const QDXImportRecord& record = exchange.LastQDXImport();
+  application::PreviewOutcome outcome;
+  outcome.done = imported || application::IsStored(record, options.all ? definitions.size() : 1);
+  preview.End(outcome);
+  outcome.imports = application::ImportsOf(record, preview.Overlay());
+  preview.Print(options.preview, options.report, outcome);
+  const bool complete = TellPreviewed(session, record, outcome.done, options.expect_files);
+  session.FollowImports({});
+  return session.StatusOf(complete);
+}
+
 ExitStatus RunImportQdx(const ImportQdxOptions& options) {
+  NeedPreviewForForm(options.preview);
+  if (options.preview.on) return PreviewImportQdx(options);
   Session session(options.asking, {.book = options.book, .report = options.report, .more_inputs = true});
   SendReportTo(session, options.report);
   const auto book = session.OpenToChange(options.book, options.wait);
@@ -160,10 +151,11 @@ CommandTable ImportQdxCommand() {
                                          {"replace", static_cast<Integer>(eMath::mReplace)},
                                          {"zero", kZeroOnly}};
   const auto options = std::make_shared<ImportQdxOptions>();
-  CommandTable command = MakeCommand("qdx", "Import exchange files by a definition, or by all of them",
-                                     {"tallybook import qdx office --definition 1 --math replace --report import.html",
-                                      "tallybook import qdx office --all"},
-                                     options, RunImportQdx);
+  CommandTable command =
+      MakeCommand("qdx", "Import exchange files by a definition, or by all of them",
+                  {"tallybook import qdx office --definition 1 --math replace --report import.html",
+                   "tallybook import qdx office --definition 1 --preview", "tallybook import qdx office --all"},
+                  options, RunImportQdx);
   AddBookToChange(command, options->book, options->wait);
   AddNumber(command, "--definition", options->definition, "N", "The definition of this number")
       .As(ArgumentKind::kDefinition);
@@ -174,6 +166,7 @@ CommandTable ImportQdxCommand() {
   Exclude(command, "--math", "--all");
   AddText(command, "--report", options->report, "FILE", "Write the report to FILE: .txt, .html or .pdf")
       .As(ArgumentKind::kFile);
+  AddPreview(command, options->preview);
   AddFlag(command, "--expect-files", options->expect_files, "A definition that no file matches is a failure: status 1");
   AddAsking(command, options->asking);
   return command;

@@ -1,5 +1,6 @@
 #include "tallybook/cli/Session.h"
 
+#include <algorithm>
 #include <exception>
 #include <fmt/format.h>
 
@@ -103,14 +104,22 @@ std::unique_ptr<engine::Book> Session::OpenToRead(const Text& path) {
   return Open(path, options);
 }
 
+std::unique_ptr<engine::Book> Session::OpenToPreview(const Text& path) {
+  constexpr std::size_t kMostCacheBytes = std::size_t{64} << 20;
+  engine::BookOptions options;
+  options.read_only = true;
+  return Open(path, options, kMostCacheBytes);
+}
+
 std::unique_ptr<engine::Book> Session::OpenToChange(const Text& path, Long wait_seconds) {
   engine::BookOptions options;
   options.wait_seconds = wait_seconds;
   return Open(path, options);
 }
 
-std::unique_ptr<engine::Book> Session::Open(const Text& path, engine::BookOptions options) {
-  options.cache_bytes = application::CacheBytes(app_.SettingsFileName());
+std::unique_ptr<engine::Book> Session::Open(const Text& path, engine::BookOptions options,
+                                            std::size_t most_cache_bytes) {
+  options.cache_bytes = std::min(application::CacheBytes(app_.SettingsFileName()), most_cache_bytes);
   options.progress = &platform_.Progress();
   options.reports = &report_heads_;
   const bool warning = true;

@@ -2,7 +2,11 @@
 // factory, and the books that the command opens. One session lives from a command's start to its end.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <memory>
+#include <utility>
 
 #include "host/HostLog.h"
 #include "platform/StopProgram.h"
@@ -80,6 +84,14 @@ class Session : private StopWitness {
   [[nodiscard]] std::unique_ptr<engine::Book> OpenToRead(const Text& path);
   [[nodiscard]] std::unique_ptr<engine::Book> OpenToChange(const Text& path, Long wait_seconds = 0);
 
+  // Opens a book to read for a preview: with less in memory, since a preview holds figures of its own.
+  [[nodiscard]] std::unique_ptr<engine::Book> OpenToPreview(const Text& path);
+
+  // Nothing goes into the log from here on.
+  void KeepNoLog() { app_.OwnLog().KeepNothing(); }
+  // Who is told when an import comes to a file; empty for nobody.
+  void FollowImports(std::function<void()> listener) { app_.SetImportListener(std::move(listener)); }
+
   [[nodiscard]] application::ReferenceFactory& Factory() { return factory_; }
 
   // The boxes shown so far.
@@ -103,7 +115,8 @@ class Session : private StopWitness {
   void ProgramStops(const StopReason& reason) override;
   [[nodiscard]] ExitStatus StatusFor(bool done);
   void KeepLastTold(ExitStatus status);
-  [[nodiscard]] std::unique_ptr<engine::Book> Open(const Text& path, engine::BookOptions options);
+  [[nodiscard]] std::unique_ptr<engine::Book> Open(const Text& path, engine::BookOptions options,
+                                                   std::size_t most_cache_bytes = SIZE_MAX);
 
   void CheckInPlace(const Text& path, const Text& what);
 

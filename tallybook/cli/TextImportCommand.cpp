@@ -19,6 +19,8 @@
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FileQuestion.h"
 #include "tallybook/cli/Lines.h"
+#include "tallybook/cli/Preview.h"
+#include "tallybook/cli/ReportFile.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/SpooledInput.h"
 #include "tallybook/cli/TextFileArguments.h"
@@ -42,6 +44,8 @@ struct TextImportOptions {
   Text file;
   eMath math = eMath::mDefault;
   TextEncoding encoding = TextEncoding::kDetect;
+  Text report;  // of a preview
+  PreviewOptions preview;
   AskOptions asking;
 };
 
@@ -111,6 +115,50 @@ void TellNewName(Session& session, const Text& file, bool there_before) {
   }
 }
 
+// The same as RunTextImport, on an overlay of the book.
+template <typename Look, typename Import>
+ExitStatus PreviewTextImport(const TextImportOptions& options, const FileQuestion& question, const Text& kind,
+                             Look look, Import import) {
+  Session session(
+      options.asking,
+      {.book = options.book, .input = options.file, .report = options.report, .more_inputs = options.file.empty()});
+  const SpooledInput spooled(session.Files(), options.file);
+  ThePlatform().text_encoding = options.encoding;
+  SendReportTo(session, options.report);
+  const auto book = session.OpenToPreview(options.book);
+  const auto file = FileOrAnswer(options.file, question);
+  if (!file) return session.StatusOf(false);
+  if (options.file.empty()) session.AddInput(*file);
+  if (kind == kDelimited) session.NeedReplaceable(*file + ".bak");
+  session.AllInputsKnown();
+  if (const std::optional<Text> trouble = look(*file)) {
+    session.TellStop({.file = *file, .words = *trouble});
+    return session.StatusOf(false);
+  }
+  SessionPreview preview(session, *book);
+  preview.Overlay().BeginFile(*file);
+  CDataExchange exchange(session.Factory());
+  exchange.SetOwner(&preview.Overlay().Book());
+  session.FollowAudit(&exchange.LastTextImport());
+  const bool imported = import(*book, exchange, *file);
+  session.FollowAudit(nullptr);
+  const TextImportTally& tally = exchange.LastTextImport();
+  application::PreviewOutcome outcome;
+  outcome.done = imported || tally.stored;
+  preview.End(outcome);
+  outcome.imports = {application::ImportOf(*file, tally, preview.Overlay())};
+  preview.Print(options.preview, options.report, outcome);
+  if (outcome.done) {
+    session.Note("Nothing has been changed; the import would say:", false);
+    TellApplied(*book, *file, tally);
+    if (tally.stop) Warn("it would be done, but " + application::StopText(*tally.stop));
+    if (tally.stays) Warn("it would be done, but " + application::StaysText(*file, *tally.stays));
+  } else {
+    session.TellStop(ReasonFor(tally.stop.value_or(StopReason{}), session.Boxes(), *file));
+  }
+  return session.StatusOf(outcome.done);
+}
+
 // Opens the book, lets `import` run on it with the file, and tells what came of it. `kind` names the import in the
 // journal, with the file.
 //   look  says what is wrong with the file before anything is asked; nothing where it may be imported
@@ -118,6 +166,10 @@ template <typename Look, typename Import>
 ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& question, const Text& kind, Look look,
                          Import import) {
   NeedFileOrTerminal(options.file);
+  NeedPreviewForForm(options.preview);
+  if (!options.report.empty() && !options.preview.on)
+    throw WrongUse("--report is that of a preview: --preview is missing");
+  if (options.preview.on) return PreviewTextImport(options, question, kind, look, import);
   Session session(options.asking, {.book = options.book, .input = options.file, .more_inputs = options.file.empty()});
   const SpooledInput spooled(session.Files(), options.file);
   ThePlatform().text_encoding = options.encoding;
@@ -206,6 +258,9 @@ void AddBookAndFile(CommandTable& command, TextImportOptions& options) {
 
 void AddEncodingAndAsking(CommandTable& command, TextImportOptions& options) {
   AddEncoding(command, options.encoding);
+  AddPreview(command, options.preview);
+  AddText(command, "--report", options.report, "FILE", "Write the preview to FILE: .txt, .html or .pdf")
+      .As(ArgumentKind::kFile);
   AddAsking(command, options.asking);
   AddFlag(command, "--keep-auditing", options.asking.keep_auditing,
           "List every error of the file, one a line, instead of asking at each")

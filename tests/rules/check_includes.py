@@ -99,7 +99,8 @@ def component_fault(root, path, name, angled):
 def application_fault(path, name, angled):
     """What is wrong with an include of a file of tallybook/, or None."""
     parts = name.split("/")
-    if not angled and path.split("/")[1] == OVERLAYS and parts[:2] != ["tallybook", OVERLAYS] and parts[0] not in OVERLAYS_KNOW:
+    known = parts[:2] == ["tallybook", OVERLAYS] or parts[0] in OVERLAYS_KNOW
+    if not angled and path.split("/")[1] == OVERLAYS and not known:
         return f'"{name}": {OVERLAYS} knows {", ".join(OVERLAYS_KNOW)} alone'
     if not angled and parts[0] == FOR_RENDERERS and path.split("/")[1] not in RENDERERS:
         return f'"{name}": {FOR_RENDERERS} is for renderers alone'

@@ -26,6 +26,15 @@ TEST_F(FileLogTest, AppendsOneLineForEachEntry) {
   EXPECT_EQ(log.LostEntries(), 0);
 }
 
+TEST_F(FileLogTest, KeepsNothingWhereALookMustLeaveNothingBehind) {
+  FileLog log(folder_.Path("new/t.log"));
+  log.KeepNothing();
+  EXPECT_EQ(log.LogError("Tallybook", 40, -1), 1);
+  EXPECT_EQ(log.StopEntry("stop"), 1);
+  EXPECT_FALSE(folder_.Has("new"));
+  EXPECT_EQ(log.LostEntries(), 0);
+}
+
 TEST_F(FileLogTest, WritesAnAuditEntryWithoutItems) {
   FileLog log(folder_.Path("t.log"));
   log.AuditEntry("Sales", "Import", "System Fields", {});

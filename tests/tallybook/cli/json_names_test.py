@@ -90,6 +90,13 @@ NAMES = {
     "field_changes": lists("removed", "changed", "moved", "added"), "removed": rows("description", "position", "figures"),
     "changed": rows("old", "new"), "moved": rows("old_position", "position"), "added": rows("description", "position"),
     "old": lambda value: text(value) or isinstance(value, dict), "new": lambda value: text(value) or isinstance(value, dict),
+    "changes": rows("account", "code", "date", "field", "figure_before", "figure_after", "change", "file"),
+    "figure_before": figure, "figure_after": figure, "change": figure,
+    "account_totals": rows("account", "code", "field", "figures", "figure_before", "figure_after", "change"),
+    "field_totals": rows("field", "figures", "figure_before", "figure_after", "change"),
+    "regrouped": rows("date", "days", "first", "last"), "days": number, "records_changed": count, "records_same": count,
+    "imports": rows("file", "imported", "figures", "records_changed", "records_same", "then"), "imported": truth,
+    "then": words("kept", "deleted", "renamed"), "new_file": text, "reason": text, "report": texts,
     "figures": count, "definitions": rows("number", "title", "names", "followed"), "names": texts, "followed": truth,
     "beyond_exchange_files": texts,
     "figure_changes": rows("account", "code", "figures", "first", "last"),
@@ -138,6 +145,12 @@ class JsonNamesTest(unittest.TestCase):
         cls.run_line("set", "shop", "A7", "2003-01-06", "3", "4")
         cls.run_line("journal", "undo", "shop")
         cls.run_line("import", "qdx", "shop", "--definition", "1")
+        weeks = {**book("A7"), "data_level": "week"}
+        (cls.folder / "weeks.json").write_text(json.dumps(weeks), encoding="utf-8")
+        cls.run_line("new", "weeks", "--from", "weeks.json")
+        (cls.folder / "weeks.csv").write_text("1,6,2003,1,1\nA7,3,700.5\n", encoding="utf-8")
+        (cls.folder / "bad.csv").write_text("1,6,2003,1,1\nA7,99,700.5\n", encoding="utf-8")
+        (cls.folder / "weeks.txt").write_bytes(b"1.6.2003,A7,3,5\r\n")
         grown = book("A7")
         grown["values"][0]["value"] = 4
         (cls.folder / "grow.json").write_text(json.dumps(grown), encoding="utf-8")
@@ -163,6 +176,9 @@ class JsonNamesTest(unittest.TestCase):
     LINES = (["values", "shop"], ["definition", "list", "shop"], ["definition", "show", "shop", "2"], ["definition", "check", "shop"], ["qdx", "info", "shop.QDX"],
              ["qdx", "dump", "shop.QDX"], ["qdx", "dump", "cut.QDX"], ["qdx", "check", "shop.QDX"], ["qdx", "check", "cut.QDX"],
              ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"], ["book", "check", "shop"],
+             ["import", "qdx", "shop", "--all", "--preview"], ["import", "csv", "weeks", "weeks.csv", "--preview", "--yes"],
+             ["import", "csv", "weeks", "bad.csv", "--preview", "--yes"],
+             ["import", "delimited", "weeks", "weeks.txt", "--math", "add", "--preview", "--yes"],
              ["book", "check", "bad", "--deep"], ["check", "csv", "shop", "look.csv"],
              ["check", "delimited", "shop", "look.txt", "--math", "add"], ["book", "salvage", "bad", "saved"],
              ["account", "list", "grow"], ["account", "add", "grow", "D4", "--description", "New"],
