@@ -172,7 +172,7 @@ ExitStatus RunCheckCsv(const CheckCsvOptions& options) {
 ExitStatus RunCheckDelimited(const CheckDelimitedOptions& options) {
   inspect::DelimitedLookRequest request = options.look;
   request.file = options.file;
-  request.date_in_one_field = !options.date_parts;
+  request.form.date_in_one_field = !options.date_parts;
   return RunTextCheck(options, [&](Masterfile& book, inspect::FindingListener& listener) {
     return inspect::LookAtDelimited(book, request, listener);
   });
@@ -215,9 +215,9 @@ CommandTable CheckDelimitedCommand() {
                                      options, RunCheckDelimited);
   AddBookAndFile(command, *options);
   AddMath(command, options->look.math, "How it will be imported: add, subtract or replace").Required();
-  AddDelimitedForm(command, {options->look.date_order, options->look.any_line_end, options->date_parts,
+  AddDelimitedForm(command, {options->look.date_order, options->look.form.any_line_end, options->date_parts,
                              options->look.system_fields});
-  AddEncoding(command, options->look.encoding);
+  AddEncoding(command, options->look.form.encoding);
   AddPartsAndForm(command, *options);
   return command;
 }

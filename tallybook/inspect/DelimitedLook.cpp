@@ -6,47 +6,24 @@
 #include <limits>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "base/Dates.h"
 #include "base/ModParse.h"
 #include "base/Narrow.h"
-#include "base/Texts.h"
 #include "host/FiscalCalendar.h"
 #include "host/Masterfile.h"
-#include "import/LineReader.h"
 #include "import/TextImport.h"
-#include "platform/FileSystem.h"
-#include "platform/Platform.h"
-#include "support/EncodedText.h"
 #include "support/WinAPI.h"
 #include "tallybook/application/LineEnds.h"
 #include "tallybook/inspect/BookTables.h"
 #include "tallybook/inspect/FigurePlaces.h"
-#include "tallybook/inspect/RawText.h"
 #include "tallybook/inspect/Troubles.h"
 
 namespace tallybook::inspect {
 
 namespace {
-
-constexpr std::size_t kMostFields = 256;
-constexpr std::string_view kFieldSeparators = ",\t";
-constexpr std::string_view kDateSeparators = "/. ";
-constexpr Integer kPeriodMark = -1;
-
-using Fields = std::vector<std::string>;  // from the first to the last that has text
-
-// The fields of a line up to a stopper outside quotes.
-Fields Split(std::string_view line, std::string_view separators, std::string_view stoppers, std::size_t most) {
-  SplitQuoted split(separators, stoppers);
-  std::vector<std::string_view> views(most);
-  split(line, views);
-  while (!views.empty() && views.back().empty()) views.pop_back();
-  return {views.begin(), views.end()};
-}
 
 struct Pair {
   Integer column = 0;  // of the field's number; the value stands behind it
@@ -56,16 +33,12 @@ struct Pair {
 };
 
 // The pairs of a line, from a field on, as far as they go.
-std::vector<Pair> PairsFrom(const Fields& fields, std::size_t first) {
+std::vector<Pair> PairsFrom(const LineFields& fields, std::size_t first) {
   std::vector<Pair> pairs;
   for (std::size_t i = first; i < fields.size(); i += 2) {
     pairs.push_back({static_cast<Integer>(i + 1), fields[i], i + 1 < fields.size() ? fields[i + 1] : Text()});
   }
   return pairs;
-}
-
-bool IsBlank(std::string_view text) {
-  return text.find_first_not_of(" \t\n") == std::string_view::npos;
 }
 
 bool IsComment(std::string_view line) {
@@ -81,70 +54,41 @@ class DelimitedLookRun {
         listener_(listener),
         tables_(masterfile),
         places_(tables_.Accounts(), tables_.Fields()),
-        first_pair_(request.date_in_one_field ? 2 : 4),
-        raw_(request.file) {}
+        first_pair_(request.form.date_in_one_field ? 2 : 4),
+        file_(request.file, request.form) {}
 
   LookTally Run() {
     masterfile_.BeginProgress("Looking at the Import File");
     masterfile_.SetProgressCancelEnabled(true);
-    const auto bad_ends = request_.any_line_end ? std::nullopt : application::BadLineEnds(request_.file);
-    if (bad_ends) {
-      Found(0, "", "", {Effect::kStop, *bad_ends, "have any line end read, or write CR LF"});
-    } else {
-      ReadLines();
+    while (!tally_.cancelled && file_.Next()) {
+      LookAtLine(file_.Line());
+      listener_.Passed(Piece::kRecord, file_.Raw(), std::exchange(line_has_findings_, false));
+      masterfile_.SetProgressFraction(file_.Share());
+      tally_.cancelled = masterfile_.ProgressCancelled();
     }
     masterfile_.EndProgress();
     return tally_;
   }
 
  private:
-  void ReadLines() {
-    std::optional<application::AnyLineEnd> any_line_end;
-    if (request_.any_line_end) any_line_end.emplace();
-    FileStream source(ThePlatform().files->Open(request_.file, Access::kRead, Sharing::kShared, Creation::kMustExist));
-    encoding_.emplace(source, request_.encoding);
-    found_out_ = request_.encoding == TextEncoding::kDetect && encoding_->Start() == 0;
-    LineReader lines(source, encoding_->Start());
-    std::string_view line;
-    while (!tally_.cancelled && lines.Next(line)) {
-      const std::string raw = RawOf(line);
-      LookAtLine(line);
-      listener_.Passed(Piece::kRecord, raw, std::exchange(line_has_findings_, false));
-      masterfile_.SetProgressFraction(
-          static_cast<Single>(static_cast<Double>(lines.Position()) / static_cast<Double>(lines.Size())));
-      tally_.cancelled = masterfile_.ProgressCancelled();
-    }
-  }
-
-  // The line as it stands in the file, with its end; the reader has passed over the empty lines before it.
-  std::string RawOf(std::string_view line) {
-    for (;;) {
-      line_ = raw_.Line();
-      const std::string_view raw = raw_.TakeLine();
-      std::string_view text = raw.substr(0, raw.find_last_not_of("\r\n") + 1);
-      if (text.starts_with("\xEF\xBB\xBF") && encoding_->Start() > 0) text.remove_prefix(3);
-      if (raw.empty() || text == line || "\n" + std::string(text) == line) return std::string(raw);
-    }
-  }
-
   // --- Findings ------------------------------------------------------------------------------------------------------
 
   void Found(Integer column, const Text& name, const Text& text, const Trouble& trouble) {
     ++tally_.findings[static_cast<std::size_t>(trouble.effect)];
     line_has_findings_ = true;
-    listener_.Found({line_, record_, column, name, Cut(text), trouble.effect, trouble.reason, trouble.help});
+    listener_.Found({file_.Number(), record_, column, name, Cut(text), trouble.effect, trouble.reason, trouble.help});
   }
   // True where there was one.
   bool Look(Integer column, const Text& name, const Text& text, const std::optional<Trouble>& trouble) {
     if (trouble) Found(column, name, text, *trouble);
     return trouble.has_value();
   }
-  [[nodiscard]] Text TextOf(std::string_view bytes) { return encoding_->Decode(bytes); }
+  [[nodiscard]] Text TextOf(std::string_view bytes) { return file_.TextOf(bytes); }
 
   // --- A line --------------------------------------------------------------------------------------------------------
 
   void LookAtLine(std::string_view line) {
-    const Fields audited = Split(line, kFieldSeparators, ";", kMostFields);
+    const LineFields audited = FieldsOf(line, ";");
     const bool audit_passes = std::ranges::none_of(audited, [](const std::string& field) { return HasText(field); });
     if (!audit_passes) {
       ++record_;
@@ -177,7 +121,7 @@ class DelimitedLookRun {
             {Effect::kSilent, "has a quote that is never closed: separators behind it are text", "close the quote"});
     }
     std::vector<std::string_view> fields(kMostFields + 1);
-    SplitQuoted split(kFieldSeparators, ";");
+    SplitQuoted split(",\t", ";");
     split(line, fields);
     if (!fields.back().empty()) {
       Found(0, "", TextOf(line),
@@ -188,63 +132,40 @@ class DelimitedLookRun {
 
   // --- The date ------------------------------------------------------------------------------------------------------
 
-  void LookAtDate(const Fields& fields) {
+  void LookAtDate(const LineFields& fields) {
     date_.reset();
-    Fields parts = fields;
-    if (request_.date_in_one_field) {
-      parts = Split(fields.empty() ? std::string() : fields.front(), kDateSeparators, "", kMostFields);
-      if (parts.size() > 3) {
-        Found(1, "date", DateTextOf(fields),
-              {Effect::kSilent, "has more than three parts; the rest is passed over", "write the date alone"});
-      }
+    const LineDate date = file_.DateOf(fields);
+    if (date.has_more) {
+      Found(1, "date", date.text,
+            {Effect::kSilent, "has more than three parts; the rest is passed over", "write the date alone"});
     }
-    parts.resize(3);
-    LookAtDateParts({TextOf(parts[0]), TextOf(parts[1]), TextOf(parts[2])}, DateTextOf(fields));
-  }
-
-  // The date as it stands; the first field may begin with the line feed of the line before.
-  [[nodiscard]] Text DateTextOf(const Fields& fields) {
-    Text text;
-    for (std::size_t i = 0; i < fields.size() && i < (request_.date_in_one_field ? 1U : 3U); ++i) {
-      text += (i == 0 ? "" : ",") + TextOf(fields[i]);
-    }
-    return text.starts_with('\n') ? text.substr(1) : text;
-  }
-
-  void LookAtDateParts(const std::array<Text, 3>& parts, const Text& text) {
     std::array<Integer, 3> numbers{};
-    for (std::size_t i = 0; i < parts.size(); ++i) {
+    for (std::size_t i = 0; i < date.parts.size(); ++i) {
       using Limits = std::numeric_limits<Integer>;
-      auto trouble = LooseWholeTrouble(parts[i], Limits::min(), Limits::max());
-      if (trouble && request_.date_in_one_field) trouble->help = "put a slash, a point or a blank between the parts";
-      const auto column = static_cast<Integer>(request_.date_in_one_field ? 1 : i + 1);
-      if (Look(column, "date", text, trouble) && trouble->effect == Effect::kStop) return;
-      numbers[i] = static_cast<Integer>(LeadingLong(parts[i]));
+      const bool in_one_field = request_.form.date_in_one_field;
+      auto trouble = LooseWholeTrouble(date.parts[i], Limits::min(), Limits::max());
+      if (trouble && in_one_field) trouble->help = "put a slash, a point or a blank between the parts";
+      const auto column = static_cast<Integer>(in_one_field ? 1 : i + 1);
+      if (Look(column, "date", date.text, trouble) && trouble->effect == Effect::kStop) return;
+      numbers[i] = static_cast<Integer>(LeadingLong(date.parts[i]));
     }
-    LookAtDateOf(numbers, text);
+    LookAtDateOf(InOrder(numbers, request_.date_order), date.text);
   }
 
-  void LookAtDateOf(const std::array<Integer, 3>& numbers, const Text& text) {
-    auto [year, month, day] = numbers;
-    if (request_.date_order == kMonthDayYear) {
-      std::tie(month, day, year) = std::tie(numbers[0], numbers[1], numbers[2]);
-    } else if (request_.date_order == kDayMonthYear) {
-      std::tie(day, month, year) = std::tie(numbers[0], numbers[1], numbers[2]);
-    }
-    year = FixYear(year);
-    if (month == kPeriodMark) month = std::exchange(day, Integer{1});
-    const auto trouble = DateTrouble(masterfile_, year, month, day);
+  void LookAtDateOf(const OrderedDate& date, const Text& text) {
+    const auto trouble = DateTrouble(masterfile_, date.year, date.month, date.day);
     if (Look(1, "date", text, trouble) && trouble->effect == Effect::kAudit) return;
-    date_ = masterfile_.FiscalCalendar().LevelDate(DateFromParts(year, month, day), masterfile_.DataLevel());
+    const Date day = DateFromParts(date.year, date.month, date.day);
+    date_ = masterfile_.FiscalCalendar().LevelDate(day, masterfile_.DataLevel());
   }
 
   // --- The account ---------------------------------------------------------------------------------------------------
 
-  void LookAtAccount(const Fields& fields) {
+  void LookAtAccount(const LineFields& fields) {
     const std::size_t place = first_pair_ - 1;
     const Text bytes = place < fields.size() ? fields[place] : Text();
     const auto column = static_cast<Integer>(place + 1);
-    Look(column, "account", TextOf(bytes), CodeTrouble(tables_, *encoding_, found_out_, bytes));
+    Look(column, "account", TextOf(bytes), CodeTrouble(tables_, file_.Encoding(), file_.IsEncodingFoundOut(), bytes));
     account_ = tables_.AccountOfCode(CutCode(TextOf(bytes)));
   }
 
@@ -306,7 +227,7 @@ class DelimitedLookRun {
 
   // A semicolon ends the line in the audit only: the import reads on, and a comment then counts as fields.
   void LookAtComment(std::string_view line, const std::vector<Pair>& audited) {
-    const std::vector<Pair> read = PairsFrom(Split(line, kFieldSeparators, "", kMostFields), first_pair_);
+    const std::vector<Pair> read = PairsFrom(FieldsOf(line, ""), first_pair_);
     if (read == audited) return;
     for (std::size_t i = 0; i < read.size(); ++i) {
       const Pair& pair = read[i];
@@ -330,11 +251,8 @@ class DelimitedLookRun {
   BookTables tables_;
   FigurePlaces places_;
   std::size_t first_pair_;  // the fields in front of the pairs
-  RawText raw_;
-  std::optional<EncodedText> encoding_;
-  bool found_out_ = false;  // the encoding, from the file's bytes
+  DelimitedFile file_;
 
-  long long line_ = 1;
   long long record_ = 0;
   std::optional<Date> date_;  // of the line; none where the file's is none of the book
   Long account_ = 0;          // of the line; 0 where the file's is none of the book
@@ -345,6 +263,14 @@ class DelimitedLookRun {
 }  // namespace
 
 LookTally LookAtDelimited(Masterfile& masterfile, const DelimitedLookRequest& request, FindingListener& listener) {
+  if (!request.form.any_line_end) {
+    if (const auto bad_ends = application::BadLineEnds(request.file)) {
+      listener.Found({1, 0, 0, "", "", Effect::kStop, *bad_ends, "have any line end read, or write CR LF"});
+      LookTally tally;
+      tally.findings[static_cast<std::size_t>(Effect::kStop)] = 1;
+      return tally;
+    }
+  }
   return DelimitedLookRun(masterfile, request, listener).Run();
 }
 

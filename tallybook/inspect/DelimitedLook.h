@@ -3,9 +3,9 @@
 // The lines are cut by the import's own reader, and nothing is written.
 #pragma once
 
-#include "base/TextEncoding.h"
 #include "base/Types.h"
 #include "import/DelimitedImport.h"
+#include "tallybook/inspect/DelimitedFile.h"
 #include "tallybook/inspect/Finding.h"
 
 namespace tallybook {
@@ -18,10 +18,8 @@ struct DelimitedLookRequest {
   Text file;
   eMath math = eMath::mAdd;
   Integer date_order = kMonthDayYear;
-  bool date_in_one_field = true;
   bool system_fields = false;  // fields that the system keeps by itself are let in
-  bool any_line_end = false;   // LF ends a line, too (AnyLineEnd)
-  TextEncoding encoding = TextEncoding::kDetect;
+  DelimitedForm form = {};
 };
 
 // Tells `listener` of all findings and pieces, in the file's order; each piece is a line. Moves the book's calendar, and

@@ -125,7 +125,7 @@ TEST_F(DelimitedLookTest, ADateThatIsCutOrInNoCalendarIsTold) {
 }
 
 TEST_F(DelimitedLookTest, ADateInThreeFieldsHasItsOrder) {
-  request_.date_in_one_field = false;
+  request_.form.date_in_one_field = false;
   request_.date_order = kYearMonthDay;
   EXPECT_THAT(Words("2004,2,3,100,1,5\r\n"), IsEmpty());
   EXPECT_THAT(Words("2004,13,3,100,1,5\r\n2004,x,3,200,1,5\r\n"),
@@ -163,7 +163,7 @@ TEST_F(DelimitedLookTest, WhatStandsBehindTheLastFieldIsTold) {
 TEST_F(DelimitedLookTest, LineFeedsAloneAreOneFindingUnlessTheyAreRead) {
   EXPECT_THAT(Words("02/03/2004,100,1,5\n02/03/2004,999,1,5\n"),
               ElementsAre("1 0  \"\" stop: lines end in LF; wanted are CR or CR LF"));
-  request_.any_line_end = true;
+  request_.form.any_line_end = true;
   EXPECT_THAT(Words("02/03/2004,100,1,5\n\n02/03/2004,999,1,5\r\n\r\n02/03/2004,998,1,5\n"),
               ElementsAre("3 2 account \"999\" audit: is no account code of the book",
                           "5 2 account \"998\" audit: is no account code of the book"));

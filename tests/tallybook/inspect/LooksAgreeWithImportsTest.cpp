@@ -100,7 +100,7 @@ RC_GTEST_PROP(LooksAgreeWithImportsProperties, ADelimitedFileIsImportedWhereNoth
 RC_GTEST_PROP(LooksAgreeWithImportsProperties, ADelimitedFileIsPartedLineByLine, ()) {
   const auto bytes = *Some({"02/03/2004,100,1,5", "999", ",", ";", "\"", "\r\n", "\r", "\n", "x"});
   Trial trial(bytes);
-  LookAtDelimited(trial.setup.book(), {.file = kPath, .any_line_end = true}, trial.list);
+  LookAtDelimited(trial.setup.book(), {.file = kPath, .form = {.any_line_end = true}}, trial.list);
   RC_ASSERT(trial.list.rejects.size() + trial.list.sound.size() <= bytes.size());
   RC_ASSERT(trial.list.rejects.size() + trial.list.sound.size() == trial.list.whole.size());
 }
