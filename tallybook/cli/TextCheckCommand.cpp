@@ -4,9 +4,11 @@
 #include <optional>
 #include <span>
 
+#include "base/Failure.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "support/FileStream.h"
+#include "tallybook/application/LineEnds.h"
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/application/WholeFiles.h"
 #include "tallybook/cli/Commands.h"
@@ -19,6 +21,7 @@
 #include "tallybook/cli/TextTable.h"
 #include "tallybook/cli/Wording.h"
 #include "tallybook/inspect/CsvLook.h"
+#include "tallybook/inspect/DateOrders.h"
 #include "tallybook/inspect/DelimitedLook.h"
 #include "tallybook/inspect/PieceSplitter.h"
 
@@ -169,11 +172,22 @@ ExitStatus RunCheckCsv(const CheckCsvOptions& options) {
   });
 }
 
+// The order that fits the dates, where the user has named none. Failure 5 where none fits, or more than one.
+Integer DateOrderOf(Masterfile& book, const inspect::DelimitedLookRequest& request) {
+  if (request.date_order != kFindDateOrder) return request.date_order;
+  // The look tells of these, and no date can be read before.
+  if (!request.form.any_line_end && application::BadLineEnds(request.file)) return kMonthDayYear;
+  const inspect::DateOrders orders = inspect::FindDateOrders(book, request.file, request.form);
+  if (orders.fitting.size() == 1) return orders.fitting.front().order;
+  throw Failure(FailureNumber::kInvalidArgument, request.file + ": " + inspect::Tell(orders));
+}
+
 ExitStatus RunCheckDelimited(const CheckDelimitedOptions& options) {
   inspect::DelimitedLookRequest request = options.look;
   request.file = options.file;
   request.form.date_in_one_field = !options.date_parts;
   return RunTextCheck(options, [&](Masterfile& book, inspect::FindingListener& listener) {
+    request.date_order = DateOrderOf(book, request);
     return inspect::LookAtDelimited(book, request, listener);
   });
 }

@@ -17,10 +17,12 @@ Argument& AddEncoding(CommandTable& command, TextEncoding& encoding) {
                    "auto (the default: UTF-8 where all of the file is valid), utf8 or windows-1252");
 }
 
-void AddDelimitedForm(CommandTable& command, const DelimitedForm& form) {
-  static const Choices<Integer> orders = {{"mdy", kMonthDayYear}, {"dmy", kDayMonthYear}, {"ymd", kYearMonthDay}};
+void AddDelimitedForm(CommandTable& command, const DelimitedArguments& form) {
+  static const Choices<Integer> orders = {
+      {"mdy", kMonthDayYear}, {"dmy", kDayMonthYear}, {"ymd", kYearMonthDay}, {"auto", kFindDateOrder}};
   static const Choices<bool> line_ends = {{"crlf", false}, {"any", true}};
-  AddChoice(command, "--date-order", form.date_order, orders, "MDY (the default), DMY or YMD");
+  AddChoice(command, "--date-order", form.date_order, orders,
+            "MDY (the default), DMY, YMD, or auto: the one that fits all dates of the file");
   AddChoice(command, "--line-ends", form.any_line_end, line_ends,
             "crlf (the default: CR, alone or with LF) or any: LF ends a line, too");
   AddFlag(command, "--date-parts", form.date_parts, "The date stands in three fields, not in one");

@@ -12,13 +12,16 @@ namespace tallybook::cli {
 Argument& AddMath(CommandTable& command, eMath& math, const Text& what);
 Argument& AddEncoding(CommandTable& command, TextEncoding& encoding);
 
-// How a delimited file is written: --date-order, --line-ends, --date-parts and --system-fields.
-struct DelimitedForm {
+// The order of a date's parts that is to be found out from the file.
+inline constexpr Integer kFindDateOrder = 0;
+
+// How a delimited file is written: --date-order (kFindDateOrder for auto), --line-ends, --date-parts and --system-fields.
+struct DelimitedArguments {
   Integer& date_order;
   bool& any_line_end;
   bool& date_parts;
   bool& system_fields;
 };
-void AddDelimitedForm(CommandTable& command, const DelimitedForm& form);
+void AddDelimitedForm(CommandTable& command, const DelimitedArguments& form);
 
 }  // namespace tallybook::cli

@@ -8,6 +8,7 @@
 #include "host/HostLog.h"
 #include "import/DelimitedImport.h"
 #include "platform/Platform.h"
+#include "support/HostMessages.h"
 #include "support/Utility.h"
 #include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/LineEnds.h"
@@ -25,6 +26,7 @@
 #include "tallybook/cli/SpooledInput.h"
 #include "tallybook/cli/TextFileArguments.h"
 #include "tallybook/cli/TextTable.h"
+#include "tallybook/inspect/DateOrders.h"
 
 namespace tallybook::cli {
 
@@ -161,7 +163,7 @@ ExitStatus PreviewTextImport(const TextImportOptions& options, const FileQuestio
 
 // Opens the book, lets `import` run on it with the file, and tells what came of it. `kind` names the import in the
 // journal, with the file.
-//   look  says what is wrong with the file before anything is asked; nothing where it may be imported
+//   look  says what is wrong with the file before the import asks anything; nothing where it may be imported
 template <typename Look, typename Import>
 ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& question, const Text& kind, Look look,
                          Import import) {
@@ -179,7 +181,7 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   if (options.file.empty()) session.AddInput(*file);
   if (kind == kDelimited) session.NeedReplaceable(*file + ".bak");
   session.AllInputsKnown();
-  if (const std::optional<Text> trouble = look(*file)) {
+  if (const std::optional<Text> trouble = look(*book, *file)) {
     session.TellStop({.file = *file, .words = *trouble});
     return session.StatusOf(false);
   }
@@ -210,7 +212,7 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   return session.StatusOf(done);
 }
 
-std::optional<Text> NothingToLookAt(const Text& /*file*/) {
+std::optional<Text> NothingToLookAt(engine::Book& /*book*/, const Text& /*file*/) {
   return std::nullopt;
 }
 
@@ -226,16 +228,33 @@ ExitStatus RunImportCsv(const ImportCsvOptions& options) {
   return RunTextImport(options, question, "import csv", NothingToLookAt, import);
 }
 
+// Looks through the dates and asks whether they are to be read in the one order that fits them. Gives why the import cannot
+// begin; nothing where `order` is set.
+std::optional<Text> ProposeDateOrder(engine::Book& book, const Text& file, const ImportDelimitedOptions& options,
+                                     Integer& order) {
+  const inspect::DateOrders orders = inspect::FindDateOrders(
+      book, file,
+      {.date_in_one_field = !options.date_parts, .any_line_end = options.any_line_end, .encoding = options.encoding});
+  const Text told = inspect::Tell(orders);
+  if (orders.fitting.empty()) return told;
+  if (orders.fitting.size() > 1) {
+    return told + fmt::format("; say --date-order {} or {}", orders.fitting[0].word, orders.fitting[1].word);
+  }
+  order = orders.fitting.front().order;
+  if (orders.dates == 0 || Confirm(book.App(), file + ": " + told + ".\r\n\r\nImport them so?")) return std::nullopt;
+  return "cancelled before anything was imported";
+}
+
 ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {
   FileQuestion question;
   question.title = "Import Delimited File";
   question.filter = "Text Files|*.txt";
+  Integer date_order = options.date_order;
   const auto import = [&](engine::Book& book, CDataExchange& exchange, const Text& file) {
     std::optional<application::AnyLineEnd> any_line_end;
     if (options.any_line_end) any_line_end.emplace();
     const Integer date_fields = options.date_parts ? kDateInThreeFields : kDateInOneField;
-    const bool done =
-        exchange.ImportDelimitedFile(file, options.math, options.date_order, date_fields, options.system_fields);
+    const bool done = exchange.ImportDelimitedFile(file, options.math, date_order, date_fields, options.system_fields);
     // Told whatever the import answered: meant, a failed one may have written system fields, too.
     if (options.system_fields) {
       const Integer plain_name = 0;
@@ -243,10 +262,11 @@ ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {
     }
     return done;
   };
-  const auto look = [&](const Text& file) -> std::optional<Text> {
-    if (options.any_line_end) return std::nullopt;
-    const auto trouble = application::BadLineEnds(file);
-    return trouble ? std::optional(*trouble + " (--line-ends any reads them)") : std::nullopt;
+  const auto look = [&](engine::Book& book, const Text& file) -> std::optional<Text> {
+    if (!options.any_line_end) {
+      if (const auto trouble = application::BadLineEnds(file)) return *trouble + " (--line-ends any reads them)";
+    }
+    return date_order == kFindDateOrder ? ProposeDateOrder(book, file, options, date_order) : std::nullopt;
   };
   return RunTextImport(options, question, kDelimited, look, import);
 }
