@@ -133,7 +133,7 @@ ExitStatus PreviewTextImport(const TextImportOptions& options, const FileQuestio
   if (options.file.empty()) session.AddInput(*file);
   if (kind == kDelimited) session.NeedReplaceable(*file + ".bak");
   session.AllInputsKnown();
-  if (const std::optional<Text> trouble = look(*file)) {
+  if (const std::optional<Text> trouble = look(*book, *file)) {
     session.TellStop({.file = *file, .words = *trouble});
     return session.StatusOf(false);
   }
