@@ -117,6 +117,22 @@ void TellNewName(Session& session, const Text& file, bool there_before) {
   }
 }
 
+// The file that the user named, or names now, looked at; nothing where the import cannot begin, which has been told.
+//   look  says what is wrong with the file before the import asks anything; nothing where it may be imported
+template <typename Look>
+std::optional<Text> FileToImport(Session& session, engine::Book& book, const TextImportOptions& options,
+                                 const FileQuestion& question, const Text& kind, Look look) {
+  auto file = FileOrAnswer(options.file, question);
+  if (!file) return std::nullopt;
+  if (options.file.empty()) session.AddInput(*file);
+  if (kind == kDelimited) session.NeedReplaceable(*file + ".bak");
+  session.AllInputsKnown();
+  const std::optional<Text> trouble = look(book, *file);
+  if (!trouble) return file;
+  session.TellStop({.file = *file, .words = *trouble});
+  return std::nullopt;
+}
+
 // The same as RunTextImport, on an overlay of the book.
 template <typename Look, typename Import>
 ExitStatus PreviewTextImport(const TextImportOptions& options, const FileQuestion& question, const Text& kind,
@@ -128,15 +144,8 @@ ExitStatus PreviewTextImport(const TextImportOptions& options, const FileQuestio
   ThePlatform().text_encoding = options.encoding;
   SendReportTo(session, options.report);
   const auto book = session.OpenToPreview(options.book);
-  const auto file = FileOrAnswer(options.file, question);
+  const auto file = FileToImport(session, *book, options, question, kind, look);
   if (!file) return session.StatusOf(false);
-  if (options.file.empty()) session.AddInput(*file);
-  if (kind == kDelimited) session.NeedReplaceable(*file + ".bak");
-  session.AllInputsKnown();
-  if (const std::optional<Text> trouble = look(*book, *file)) {
-    session.TellStop({.file = *file, .words = *trouble});
-    return session.StatusOf(false);
-  }
   SessionPreview preview(session, *book);
   preview.Overlay().BeginFile(*file);
   CDataExchange exchange(session.Factory());
@@ -162,8 +171,7 @@ ExitStatus PreviewTextImport(const TextImportOptions& options, const FileQuestio
 }
 
 // Opens the book, lets `import` run on it with the file, and tells what came of it. `kind` names the import in the
-// journal, with the file.
-//   look  says what is wrong with the file before the import asks anything; nothing where it may be imported
+// journal, with the file; `look` is that of FileToImport.
 template <typename Look, typename Import>
 ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& question, const Text& kind, Look look,
                          Import import) {
@@ -176,15 +184,8 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   const SpooledInput spooled(session.Files(), options.file);
   ThePlatform().text_encoding = options.encoding;
   const auto book = session.OpenToChange(options.book, options.wait);
-  const auto file = FileOrAnswer(options.file, question);
+  const auto file = FileToImport(session, *book, options, question, kind, look);
   if (!file) return session.StatusOf(false);
-  if (options.file.empty()) session.AddInput(*file);
-  if (kind == kDelimited) session.NeedReplaceable(*file + ".bak");
-  session.AllInputsKnown();
-  if (const std::optional<Text> trouble = look(*book, *file)) {
-    session.TellStop({.file = *file, .words = *trouble});
-    return session.StatusOf(false);
-  }
   const application::JournalMark mark(*book);
   const bool there_before = FileExists(*file);
   CDataExchange exchange(session.Factory());
