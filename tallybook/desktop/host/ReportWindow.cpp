@@ -1,7 +1,9 @@
 #include "tallybook/desktop/host/ReportWindow.h"
 
+#include <QAction>
 #include <QBuffer>
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -261,7 +263,11 @@ std::string ReportWindow::PdfLike(const QPrinter& printer) const {
 void ReportWindow::AskPrint() {
   QPrinter printer(QPrinter::HighResolution);
   printer.setDocName(windowTitle());
-  const QPointer<QPrintDialog> dialog(new QPrintDialog(&printer, this));
+  AskPrintOn(printer, *this);
+}
+
+void ReportWindow::AskPrintOn(QPrinter& printer, QWidget& over) {
+  const QPointer<QPrintDialog> dialog(new QPrintDialog(&printer, &over));
   const bool chosen = dialog->exec() == QDialog::Accepted && !dialog.isNull();
   delete dialog.data();
   if (chosen) Print(printer);
@@ -273,6 +279,13 @@ void ReportWindow::Preview() {
   const QPointer<QPrintPreviewDialog> dialog(new QPrintPreviewDialog(&printer, this));
   dialog->setWindowTitle(tr("Pages of %1").arg(windowTitle()));
   connect(dialog, &QPrintPreviewDialog::paintRequested, this, [this](QPrinter* pages) { PrintOn(*pages); });
+  // Its own printing writes a file as it goes, and says nothing of one that cannot be written.
+  const QString print = QCoreApplication::translate("QPrintPreviewDialog", "Print");
+  for (QAction* const action : dialog->findChildren<QAction*>()) {
+    if (action->text() != print) continue;
+    action->disconnect(dialog);
+    connect(action, &QAction::triggered, dialog, [this, &printer, dialog] { AskPrintOn(printer, *dialog); });
+  }
   dialog->exec();
   delete dialog.data();
 }

@@ -64,6 +64,7 @@ class ReportWindow : public QWidget {
   void CountFound();
   void AskSave();
   void AskPrint();
+  void AskPrintOn(QPrinter& printer, QWidget& over);
   void Preview();
   void Undo();
   [[nodiscard]] std::string PdfLike(const QPrinter& printer) const;

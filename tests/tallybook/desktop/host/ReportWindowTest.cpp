@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextDocument>
+#include <QToolButton>
 #include <gmock/gmock.h>
 
 #include "tallybook/desktop/host/ReportDocument.h"
@@ -210,6 +211,23 @@ TEST_F(PrintDialogTest, ACancelPrintsNothing) {
   EXPECT_FALSE(QFile::exists(Path("printed.pdf")));
   EXPECT_TRUE(window.isVisible());
   testing::WaitUntil([&] { return TextOf(window).hasFocus(); }, "the report has the keys again");
+}
+
+TEST_F(PrintDialogTest, TheLookAtThePagesPrintsInTheSameWay) {
+  ReportWindow& window = Open(Sample(200));
+  WhenShown user;
+  user.Then("Pages of",
+            [](QWidget& pages) {
+              for (auto* const button : pages.findChildren<QToolButton*>()) {
+                if (button->defaultAction() == nullptr || button->defaultAction()->text() != "Print") continue;
+                QTimer::singleShot(0, &pages, [button] { QTest::mouseClick(button, Qt::LeftButton); });
+              }
+            })
+      .Then("Print", [this](QWidget& dialog) { TakeFile(dialog, Path("pages.pdf")); })
+      .Then("Pages of", [](QWidget& pages) { pages.close(); });
+  QTest::mouseClick(&Part<QPushButton>(window, "preview"), Qt::LeftButton);
+  EXPECT_TRUE(Contents("pages.pdf").startsWith("%PDF-"));
+  EXPECT_TRUE(Contents("pages.pdf").contains("/Title"));
 }
 
 TEST_F(PrintDialogTest, AFileThatCannotBeWrittenIsTold) {
