@@ -2,6 +2,7 @@
 
 #include <QFont>
 #include <QLabel>
+#include <QStyle>
 #include <QWidget>
 #include <algorithm>
 #include <utility>
@@ -62,6 +63,16 @@ void ControlBinder::SetFloating() {
   widget_.resize(size);
 }
 
+void ControlBinder::PutFloat() {
+  if (!floats_) return;
+  const tallybook::Place& place = control_.Place();
+  widget_.setGeometry(Mirrored({place.left, place.top, place.width, place.height}, *widget_.parentWidget()));
+}
+
+QRect Mirrored(const QRect& place, const QWidget& around) {
+  return QStyle::visualRect(around.layoutDirection(), around.rect(), place);
+}
+
 QRect ControlBinder::PlaceWithin(const QWidget& around) const {
   return {widget_.mapTo(&around, QPoint(0, 0)), widget_.size()};
 }
@@ -92,11 +103,7 @@ void ControlBinder::Hear(const Change& change) {
   const Following following(*this);
   switch (change.kind) {
     case Change::Kind::kPlace:
-      if (floats_) {
-        const tallybook::Place& place = control_.Place();
-        widget_.setGeometry(place.left, place.top, place.width, place.height);
-      }
-      return;
+      return PutFloat();
     case Change::Kind::kFront:
       widget_.raise();
       return;

@@ -30,6 +30,10 @@ struct Part;
 
 namespace tallybook::desktop {
 
+// Forms count from the left. In a window whose words go from right to left they are told, and tell, places as a mirror
+// within `around` shows them.
+[[nodiscard]] QRect Mirrored(const QRect& place, const QWidget& around);
+
 class ControlBinder {
  public:
   ControlBinder(Control& control, QWidget& widget);
@@ -62,7 +66,9 @@ class ControlBinder {
   // The form places it itself.
   void SetFloating();
   [[nodiscard]] bool IsFloating() const { return floats_; }
-  // Where the control's own place lies in the window, in the coordinates of `around`.
+  // Puts the widget where the form wants it, when what is around it has changed.
+  void PutFloat();
+  // Where the control's own place is seen in the window, in the coordinates of `around`.
   [[nodiscard]] virtual QRect PlaceWithin(const QWidget& around) const;
 
   // The widgets whose keys and focus are this control's. Those that come and go are asked for again.

@@ -149,10 +149,14 @@ void FormWindow::MeasureGrids() {
 
 void FormWindow::ReportPlaces() {
   for (const auto& binder : made_->binders) {
-    if (binder->IsFloating()) continue;
+    if (binder->IsFloating()) {
+      binder->PutFloat();
+      continue;
+    }
     const Control* const container = binder->Bound().Container();
     const ControlBinder* const outer = container == nullptr ? nullptr : BinderOf(*container);
-    const QRect place = binder->PlaceWithin(outer == nullptr ? *this : outer->Widget());
+    const QWidget& around = outer == nullptr ? *this : outer->Widget();
+    const QRect place = Mirrored(binder->PlaceWithin(around), around);
     CarryOut([&] { binder->Bound().SetPlace({place.x(), place.y(), place.width(), place.height()}); });
   }
 }

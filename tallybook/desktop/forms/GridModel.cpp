@@ -81,6 +81,7 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid() || row >= grid_->Rows() || column >= grid_->Columns()) return {};
   switch (role) {
     case Qt::DisplayRole:
+      return AsWritten(ToQt(grid_->Cell(row, column)).trimmed());
     case Qt::AccessibleTextRole:
     case Qt::ToolTipRole:
       return ToQt(grid_->Cell(row, column)).trimmed();

@@ -1,5 +1,7 @@
 #include "tallybook/desktop/forms/Words.h"
 
+#include <QGuiApplication>
+
 namespace tallybook::desktop {
 
 QString ToQt(const Text& text) {
@@ -24,6 +26,11 @@ QString SpokenName(const Text& caption) {
 
 QString DrawnCaption(const Text& caption) {
   return ToQt(caption).trimmed();
+}
+
+QString AsWritten(const QString& text) {
+  constexpr QChar kLeftToRight(0x200E);  // Unicode Standard Annex #9: a mark that is not seen
+  return QGuiApplication::isRightToLeft() && !text.isEmpty() ? kLeftToRight + text + kLeftToRight : text;
 }
 
 QChar Mnemonic(const Text& caption) {

@@ -123,6 +123,7 @@ QVariant ListRows::data(const QModelIndex& index, int role) const {
   const Row& row = At(index.row());
   switch (role) {
     case Qt::DisplayRole:
+      return AsWritten(ShownLine(Cell(row, index.column())));
     case Qt::ToolTipRole:
     case Qt::AccessibleTextRole:
       return ShownLine(Cell(row, index.column()));

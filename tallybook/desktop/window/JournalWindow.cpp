@@ -102,7 +102,7 @@ void JournalWindow::Fill() {
     for (const QString& text : {ToQt(DateTimeText(entry.time)), ToQt(application::Shown(application::WhatRan(entry))),
                                 DateIn(entry, dates.first, entry.first, style_),
                                 DateIn(entry, dates.last, last, style_), ToQt(application::StateText(entry))}) {
-      row << new QStandardItem(text);
+      row << new QStandardItem(AsWritten(text));
     }
     rows_->appendRow(row);
   }

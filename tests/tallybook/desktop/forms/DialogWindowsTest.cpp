@@ -144,6 +144,19 @@ TEST_F(DialogWindowsTest, PrintDialog) {
   }
 }
 
+TEST_F(DialogWindowsTest, RepeatedPressesOfALetterGoRoundTheCaptionsThatShareIt) {
+  TestReport report(&host->book);
+  dlgRepPrint form(host->factory);
+  form.SetFields(report, "Export Data to File", "Export Data", 11000);
+  Show(form);
+  std::set<Text> reached;
+  for (int press = 0; press < 4; ++press) {
+    Press(Qt::Key_H, Qt::AltModifier);
+    reached.insert(form.ActiveControl()->Caption());
+  }
+  EXPECT_THAT(reached, ::testing::ElementsAre("&Half Year", "&Help"));
+}
+
 TEST_F(DialogWindowsTest, PrintDialogOfAStyledReport) {
   TestReport report(&host->book);
   report.type = kStyledReport;
@@ -230,29 +243,65 @@ TEST_F(EditorWindowTest, AShiftKeyThatGoesDownBeforeASignLeavesTheListInHand) {
   EXPECT_TRUE(editor_.Grids().ListOf(MatchPage::kFields).HasFocus());
 }
 
-TEST_F(EditorWindowTest, TheListLiesOnTheCellThatItIsFor) {
+// Both ways in which words can go.
+class ListOverCellTest : public EditorWindowTest, public ::testing::WithParamInterface<Qt::LayoutDirection> {
+ protected:
+  ListOverCellTest() { QApplication::setLayoutDirection(GetParam()); }
+  ~ListOverCellTest() override { QApplication::setLayoutDirection(Qt::LeftToRight); }
+
+  [[nodiscard]] QRect ListPlace(MatchPage page) {
+    QWidget& list = WidgetOf(editor_.Grids().ListOf(page));
+    return {list.mapTo(list.window(), QPoint(0, 0)), list.size()};
+  }
+  [[nodiscard]] QRect CellPlace(MatchPage page) {
+    Grid& grid = editor_.Grids().GridOf(page);
+    auto& table = WidgetOf<QTableView>(grid);
+    const QRect cell = table.visualRect(table.model()->index(grid.Row() - 1, grid.Column()));
+    return {table.viewport()->mapTo(table.window(), cell.topLeft()), cell.size()};
+  }
+  // To the pixel that the line between cells takes.
+  void ExpectOnCell(MatchPage page) {
+    EXPECT_LE(std::abs(ListPlace(page).left() - CellPlace(page).left()), 1);
+    EXPECT_EQ(ListPlace(page).top(), CellPlace(page).top());
+    EXPECT_LE(std::abs(ListPlace(page).width() - CellPlace(page).width()), 1);
+    EXPECT_LE(ListPlace(page).height(), CellPlace(page).height());
+  }
+};
+
+TEST_P(ListOverCellTest, TheListLiesOnTheCellThatItIsFor) {
   FormWindow& window = Show(editor_);
-  ChoosePage(1);
-  const auto list_place = [&] {
-    QWidget& list = WidgetOf(editor_.Grids().ListOf(MatchPage::kAccounts));
-    return QRect(list.mapTo(&window, QPoint(0, 0)), list.size());
-  };
-  const auto cell_place = [&] {
-    auto& table = WidgetOf<QTableView>(editor_.Grids().GridOf(MatchPage::kAccounts));
-    const QRect cell =
-        table.visualRect(table.model()->index(editor_.Grids().GridOf(MatchPage::kAccounts).Row() - 1, 2));
-    return QRect(table.viewport()->mapTo(&window, cell.topLeft()), cell.size());
-  };
-  EXPECT_EQ(list_place().topLeft(), cell_place().topLeft());
-  EXPECT_LE(list_place().height(), cell_place().height());
-  Press(Qt::Key_Down);
-  EXPECT_EQ(list_place().topLeft(), cell_place().topLeft());
+  for (const auto& [tab, page] : {std::pair(1, MatchPage::kAccounts), std::pair(2, MatchPage::kFields)}) {
+    ChoosePage(tab);
+    ExpectOnCell(page);
+    Press(Qt::Key_Down);
+    ExpectOnCell(page);
+  }
   const QSize larger = window.size() + QSize(100, 60);
   window.resize(larger);
   // The columns are shared anew when the window manager has answered.
-  EXPECT_TRUE(
-      RunUntil([&] { return window.size() == larger && std::abs(list_place().width() - cell_place().width()) <= 1; }));
-  EXPECT_EQ(list_place().topLeft(), cell_place().topLeft());
+  EXPECT_TRUE(RunUntil([&] {
+    const int off = ListPlace(MatchPage::kFields).width() - CellPlace(MatchPage::kFields).width();
+    return window.size() == larger && std::abs(off) <= 1;
+  }));
+  ExpectOnCell(MatchPage::kFields);
+}
+
+INSTANTIATE_TEST_SUITE_P(EachDirection, ListOverCellTest, ::testing::Values(Qt::LeftToRight, Qt::RightToLeft),
+                         [](const auto& each) { return each.param == Qt::LeftToRight ? "ToRight" : "ToLeft"; });
+
+TEST_F(EditorWindowTest, InAMirroredWindowAPathKeepsItsFirstStroke) {
+  QApplication::setLayoutDirection(Qt::RightToLeft);
+  const QString path = QString::fromStdString(folder.Path("SOUTH.QDX"));
+  Show(editor_);
+  bool found = false;
+  for (const auto* const table : WindowOf(editor_).findChildren<QTableView*>()) {
+    for (int row = 0; row < table->model()->rowCount(); ++row) {
+      const QString cell = table->model()->index(row, 1).data().toString();
+      found = found || cell == QChar(0x200E) + path + QChar(0x200E);
+    }
+  }
+  QApplication::setLayoutDirection(Qt::LeftToRight);
+  EXPECT_TRUE(found) << "no cell holds the path with its direction";
 }
 
 TEST_F(EditorWindowTest, WhatIsNotMatchedYetIsCounted) {
