@@ -282,7 +282,7 @@ bool FormWindow::TakeKey(const KeyPress& press) {
     return true;
   }
   if (press.key == kEscapeKey && press.shift == 0) {
-    if (!was_dropped && made_->cancel != nullptr) made_->cancel->Press(true);
+    if (!was_dropped && made_->cancel != nullptr) PressCancel(control);
     return true;
   }
   const bool turns = press.shift == kControlState || press.shift == (kControlState | kShiftState);
@@ -292,6 +292,14 @@ bool FormWindow::TakeKey(const KeyPress& press) {
     return true;
   }
   return binder != nullptr && binder->TakeKey(press);
+}
+
+// Who is asked, and thinks better of it, is where he was.
+void FormWindow::PressCancel(Control* before) {
+  const std::weak_ptr<const void> alive = life_;
+  made_->cancel->Press(true);
+  if (alive.expired() || detached_ || before == nullptr || !isVisible()) return;
+  if (before->IsReachable() && !before->HasFocus()) CarryOut([before] { before->SetFocus(); });
 }
 
 bool FormWindow::TakeTab(bool backwards) {

@@ -70,6 +70,7 @@ class FormWindow : public QWidget {
 
   void TakeFocus(ControlBinder& binder);
   bool TakeKey(const KeyPress& press);
+  void PressCancel(Control* before);
   bool TakeTab(bool backwards);
   void TakeEnter(ControlBinder* at);
 
