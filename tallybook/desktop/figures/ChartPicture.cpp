@@ -80,7 +80,9 @@ QPen ChartPicture::PenOf(std::size_t line) const {
   const std::size_t colour = field % kOnLight.size();
   const QColor strong = colour == 0 ? accent : QColor(dark ? kOnDark[colour] : kOnLight[colour]);
   const bool faint = data_.lines[line].year_before;
-  QPen pen(faint ? Mixed(strong, look_.palette.color(QPalette::Base), 0.55) : strong, faint ? 1.5 : 2.25);
+  // On a dark ground the same share would be lost.
+  const QColor weak = Mixed(strong, look_.palette.color(QPalette::Base), dark ? 0.3 : 0.55);
+  QPen pen(faint ? weak : strong, faint ? 1.5 : 2.25);
   pen.setStyle(kStrokes[field % kStrokes.size()]);
   pen.setJoinStyle(Qt::RoundJoin);
   pen.setCapStyle(Qt::RoundCap);
@@ -169,14 +171,31 @@ void ChartPicture::PaintAxis(QPainter& painter, const Frame& frame) const {
   }
 }
 
-// A cut stands before its first unit. Names that would run into each other are left out by turns.
+// Where names would run into each other, every second, third ... one is left: those that stand at the same distance.
+std::size_t ChartPicture::NamesApart(const Frame& frame) const {
+  const QFontMetricsF metrics(look_.font);
+  const double step = frame.plot.width() / static_cast<double>(data_.units.size());
+  for (std::size_t apart = 1; apart < data_.cuts.size(); ++apart) {
+    bool fit = true;
+    for (std::size_t index = 0; fit && index + apart < data_.cuts.size(); index += apart) {
+      const ChartCut& cut = data_.cuts[index];
+      const ChartCut& next = data_.cuts[index + apart];
+      const double room = static_cast<double>(next.unit - cut.unit) * step - frame.line_height / 2;
+      fit = (metrics.horizontalAdvance(ToQt(cut.name)) + metrics.horizontalAdvance(ToQt(next.name))) / 2 <= room;
+    }
+    if (fit) return apart;
+  }
+  return std::max<std::size_t>(data_.cuts.size(), 1);
+}
+
+// A cut stands before its first unit.
 void ChartPicture::PaintCuts(QPainter& painter, const Frame& frame) const {
   const QFontMetricsF metrics(look_.font);
   const QColor text = look_.palette.color(QPalette::Text);
   const QColor ground = look_.palette.color(QPalette::Base);
   const double step = frame.plot.width() / static_cast<double>(data_.units.size());
   const double direction = look_.right_to_left ? -1 : 1;
-  double free_from = look_.right_to_left ? frame.plot.right() + 1 : frame.plot.left() - 1;
+  const std::size_t apart = NamesApart(frame);
   for (std::size_t index = 0; index < data_.cuts.size(); ++index) {
     const ChartCut& cut = data_.cuts[index];
     const double x = frame.X(cut.unit, data_.units.size(), look_.right_to_left) - direction * step / 2;
@@ -188,15 +207,13 @@ void ChartPicture::PaintCuts(QPainter& painter, const Frame& frame) const {
     const QString name = ToQt(cut.name);
     const double width = metrics.horizontalAdvance(name);
     const double middle = x + direction * room / 2;
-    const bool overlaps = direction * (middle - direction * width / 2 - free_from) < 0;
     const bool leaves = middle + width / 2 > frame.plot.right() + frame.line_height ||
                         middle - width / 2 < frame.plot.left() - frame.line_height;
-    if (overlaps || leaves) continue;
+    if (index % apart != 0 || leaves) continue;
     painter.setPen(Mixed(text, ground, 0.25));
     painter.drawText(
         QRectF(middle - width / 2, frame.plot.bottom() + frame.line_height / 4, width + 1, frame.line_height),
         Qt::AlignCenter, name);
-    free_from = middle + direction * (width / 2 + frame.line_height / 2);
   }
 }
 

@@ -38,6 +38,7 @@ class ChartPicture {
   [[nodiscard]] Frame FrameIn(const QRectF& area) const;
   void PaintLegend(QPainter& painter, const QRectF& area) const;
   void PaintAxis(QPainter& painter, const Frame& frame) const;
+  [[nodiscard]] std::size_t NamesApart(const Frame& frame) const;
   void PaintCuts(QPainter& painter, const Frame& frame) const;
   void PaintLine(QPainter& painter, const Frame& frame, std::size_t line) const;
   void PaintUnit(QPainter& painter, const Frame& frame, std::size_t unit) const;

@@ -108,6 +108,9 @@ void ChartView::changeEvent(QEvent* event) {
 
 bool ChartView::event(QEvent* event) {
   if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) update();
+  // Values are shown where the pointer or the keys are.
+  const bool keys_leave = event->type() == QEvent::FocusOut && !underMouse();
+  if (keys_leave && static_cast<QFocusEvent*>(event)->reason() != Qt::ActiveWindowFocusReason) SetUnit(std::nullopt);
   return QWidget::event(event);
 }
 

@@ -25,6 +25,7 @@
 #include "tallybook/desktop/figures/FigureTotals.h"
 #include "tallybook/desktop/figures/FigureWriter.h"
 #include "tallybook/desktop/figures/PastePreview.h"
+#include "tallybook/desktop/forms/ElidedBox.h"
 
 namespace tallybook::desktop {
 
@@ -65,7 +66,7 @@ class Elided final : public QLabel {
 };
 
 QComboBox* NewChoice(const QString& name) {
-  auto* box = new QComboBox;
+  auto* box = new ElidedBox;
   box->setAccessibleName(name);
   box->setToolTip(name);
   box->setSizeAdjustPolicy(QComboBox::AdjustToContents);

@@ -1,7 +1,6 @@
 #include "tallybook/desktop/forms/ListBinders.h"
 
 #include <QApplication>
-#include <QComboBox>
 #include <QListView>
 #include <QProxyStyle>
 #include <QWheelEvent>
@@ -9,6 +8,7 @@
 
 #include "base/CodePage.h"
 #include "forms/ListControls.h"
+#include "tallybook/desktop/forms/ElidedBox.h"
 #include "tallybook/desktop/forms/Fonts.h"
 #include "tallybook/desktop/forms/ListModel.h"
 #include "tallybook/desktop/forms/Shading.h"
@@ -18,9 +18,9 @@
 namespace tallybook::desktop {
 
 // A combo box whose list is dropped down below it, never over it, and only where the control says so.
-class DroppingBox : public QComboBox {
+class DroppingBox : public ElidedBox {
  public:
-  DroppingBox(ListControl& list, QWidget* parent) : QComboBox(parent), list_(&list) {
+  DroppingBox(ListControl& list, QWidget* parent) : ElidedBox(parent), list_(&list) {
     setStyle(&below_);
     setMaxVisibleItems(kVisibleEntries);
   }

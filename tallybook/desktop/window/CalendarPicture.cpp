@@ -11,6 +11,7 @@ namespace tallybook::desktop {
 namespace {
 
 constexpr std::size_t kMostRows = 60;  // of a custom calendar; more would be too thin to see
+constexpr double kWeekLine = 1.5;      // between weeks
 
 }  // namespace
 
@@ -105,22 +106,20 @@ void CalendarPicture::PaintRow(QPainter& painter, const PeriodRow& row, const QR
                      ToQt(style_.dates(row.days.first)));
   }
   const double day_width = strip / longest;
-  const QColor even = palette().color(QPalette::Highlight);
-  const QColor odd = palette().color(QPalette::AlternateBase);
+  const Date day_count = row.days.last - row.days.first + 1;
   const double inset = std::min(area.height() / 6, 3.0);
-  for (Date day = row.days.first; day <= row.days.last; ++day) {
-    const QRectF cell =
-        place(left_room + (day - row.days.first) * day_width, day_width + 0.5).adjusted(0, inset, 0, -inset);
-    const bool week_ends = DayOfWeek(day) == week_ends_on_;
-    QColor fill = even;
-    fill.setAlphaF(0.25F);
-    painter.fillRect(cell, odd);
-    painter.fillRect(cell, fill);
-    if (!week_ends) continue;
-    painter.setPen(QPen(palette().color(QPalette::Base), 1.5));
-    painter.drawLine(mirrored ? cell.topLeft() : cell.topRight(), mirrored ? cell.bottomLeft() : cell.bottomRight());
+  const auto fill = [&](double x, double width, const QColor& colour) {
+    painter.fillRect(place(left_room + x, width).adjusted(0, inset, 0, -inset), colour);
+  };
+  QColor tint = palette().color(QPalette::Highlight);
+  tint.setAlphaF(0.25F);
+  fill(0, day_count * day_width, palette().color(QPalette::AlternateBase));
+  fill(0, day_count * day_width, tint);
+  for (Date day = row.days.first; day < row.days.last; ++day) {
+    const double end = (day - row.days.first + 1) * day_width;
+    if (DayOfWeek(day) == week_ends_on_) fill(end - kWeekLine / 2, kWeekLine, palette().color(QPalette::Base));
   }
-  const QString count = QString("%1 days").arg(static_cast<int>(row.days.last - row.days.first + 1));
+  const QString count = QString("%1 days").arg(static_cast<int>(day_count));
   painter.setPen(palette().color(QPalette::Text));
   if (readable && metrics.horizontalAdvance(count) < strip) {
     painter.drawText(place(left_room + gap, strip - gap), Qt::AlignLeading | Qt::AlignVCenter, count);

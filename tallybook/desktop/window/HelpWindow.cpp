@@ -8,6 +8,7 @@
 #include <QtGui/QKeyEvent>
 #include <QtGui/QShortcut>
 #include <QtGui/QTextBlock>
+#include <QtGui/QTextTable>
 #include <QtGui/QWindow>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QHBoxLayout>
@@ -17,8 +18,10 @@
 #include <QtWidgets/QVBoxLayout>
 #include <array>
 #include <utility>
+#include <vector>
 
 #include "forms/Form.h"
+#include "tallybook/desktop/forms/Contrast.h"
 #include "tallybook/desktop/forms/FormWindow.h"
 
 namespace tallybook::desktop {
@@ -42,7 +45,7 @@ constexpr std::array kPlacesOfForms = {
 constexpr std::array kPlacesOfWindows = {
     PlaceRow{"QDX Import Layouts", "exchange-definitions.md"},  PlaceRow{"Journal", "guide/README.md#The journal"},
     PlaceRow{"New Book", "guide/README.md#A book of your own"}, PlaceRow{"Go to a Date", "guide/README.md#Figures"},
-    PlaceRow{"Paste Figures", "guide/README.md#Spreadsheets"},
+    PlaceRow{"Paste Figures", "guide/README.md#Spreadsheets"},  PlaceRow{"Settings", "guide/README.md#Settings"},
 };
 
 // Pictures are as wide as the text at most, and the links between the pages lead to the pages.
@@ -66,11 +69,55 @@ class Pages final : public QTextBrowser {
   void doSetSource(const QUrl& page, QTextDocument::ResourceType type) override {
     if (page.scheme() != "qrc") return static_cast<void>(QDesktopServices::openUrl(page));
     if (!QFile::exists(":" + page.path())) return;
-    if (page.path() != source().path()) QTextBrowser::doSetSource(page.adjusted(QUrl::RemoveFragment), type);
+    if (page.path() != source().path()) {
+      QTextBrowser::doSetSource(page.adjusted(QUrl::RemoveFragment), type);
+      ShowLinks();
+      SpaceTables();
+    }
     GoToHeading(page.fragment(QUrl::FullyDecoded));
   }
 
+  void changeEvent(QEvent* event) override {
+    QTextBrowser::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) ShowLinks();
+  }
+
  private:
+  // In a colour that can be read on this ground: that of the system's links may not be.
+  void ShowLinks() {
+    QTextCharFormat format;
+    format.setForeground(Readable(palette().color(QPalette::Link), palette().color(QPalette::Base)));
+    std::vector<std::pair<int, int>> links;
+    for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
+      for (auto part = block.begin(); !part.atEnd(); ++part) {
+        if (part.fragment().charFormat().isAnchor())
+          links.emplace_back(part.fragment().position(), part.fragment().position() + part.fragment().length());
+      }
+    }
+    QTextCursor cursor(document());
+    for (const auto& [first, last] : links) {
+      cursor.setPosition(first);
+      cursor.setPosition(last, QTextCursor::KeepAnchor);
+      cursor.mergeCharFormat(format);
+    }
+  }
+
+  void SpaceTables() {
+    for (QTextFrame* const frame : document()->rootFrame()->childFrames()) {
+      auto* const table = qobject_cast<QTextTable*>(frame);
+      if (table == nullptr) continue;
+      const double unit = fontMetrics().height() / 4.0;
+      QTextTableFormat format = table->format();
+      format.setCellPadding(unit);
+      format.setCellSpacing(0);
+      format.setBorderCollapse(true);
+      format.setBorder(1);
+      format.setBorderBrush(palette().brush(QPalette::Mid));
+      format.setBottomMargin(2 * unit);
+      table->setFormat(format);
+    }
+  }
+
   void GoToHeading(const QString& heading) {
     for (QTextBlock block = document()->begin(); !heading.isEmpty() && block.isValid(); block = block.next()) {
       if (block.blockFormat().headingLevel() == 0 || block.text() != heading) continue;
@@ -152,7 +199,7 @@ void Help::ShowForWindowAtHand() {
 // the component keeps its owner away together with all that belongs to that.
 void Help::Show(const QString& place) {
   QWidget* const modal = QApplication::activeModalWidget();
-  QWidget* const over = QApplication::activeWindow();
+  const QPointer<QWidget> over = QApplication::activeWindow();
   if (window_ != nullptr && modal != nullptr && window_->parentWidget() != modal) delete window_.data();
   if (window_ == nullptr) window_ = new HelpWindow(modal);
   if (over != nullptr && over != window_) {

@@ -3,8 +3,32 @@
 #include <QtWidgets/QCommandLinkButton>
 #include <QtWidgets/QGridLayout>
 #include <QtWidgets/QLabel>
+#include <QtWidgets/QStyleOptionFocusRect>
+#include <QtWidgets/QStylePainter>
 
 namespace tallybook::desktop {
+
+namespace {
+
+// Styles draw nothing around such a button where the keys are at it.
+class LinkButton final : public QCommandLinkButton {
+ public:
+  using QCommandLinkButton::QCommandLinkButton;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override {
+    QCommandLinkButton::paintEvent(event);
+    if (!hasFocus()) return;
+    QStyleOptionFocusRect option;
+    option.initFrom(this);
+    option.state |= QStyle::State_KeyboardFocusChange;
+    option.rect = rect().adjusted(1, 1, -1, -1);
+    option.backgroundColor = palette().color(QPalette::Window);
+    QStylePainter(this).drawPrimitive(QStyle::PE_FrameFocusRect, option);
+  }
+};
+
+}  // namespace
 
 StartPage::StartPage(QWidget* parent, const Acts& acts) : QWidget(parent) {
   const int unit = fontMetrics().height();
@@ -17,7 +41,7 @@ StartPage::StartPage(QWidget* parent, const Acts& acts) : QWidget(parent) {
   column->addStretch(2);
   column->addWidget(title);
   const auto add = [&](const QString& text, const QString& description, const std::function<void()>& act) {
-    auto* button = new QCommandLinkButton(text, description);
+    auto* button = new LinkButton(text, description);
     button->setAccessibleDescription(description);
     button->setMinimumWidth(unit * 26);
     button->setMinimumHeight(unit * 4);

@@ -9,6 +9,7 @@
 #include <QtWidgets/QVBoxLayout>
 #include <gmock/gmock.h>
 
+#include "tallybook/desktop/forms/Contrast.h"
 #include "tallybook/desktop/window/HelpWindow.h"
 #include "tests/tallybook/desktop/Waiting.h"
 #include "tests/tallybook/desktop/WindowCheck.h"
@@ -52,6 +53,29 @@ TEST_F(HelpWindowTest, ShowsWhatIsToldOfTheWindowInWhichF1IsPressed) {
   ASSERT_NE(Shown(), nullptr);
   EXPECT_EQ(Shown()->Place(), "guide/README.md");
   EXPECT_EQ(Shown()->Browser().textCursor().block().text(), "The journal");
+}
+
+TEST_F(HelpWindowTest, ItsLinksCanBeReadOnADarkGroundAsOnALightOne) {
+  const QPalette before = QApplication::palette();
+  for (const QColor& ground : {QColor(Qt::white), QColor(30, 30, 32)}) {
+    QPalette palette = before;
+    palette.setColor(QPalette::Base, ground);
+    palette.setColor(QPalette::Link, QColor(0, 0, 255));
+    QApplication::setPalette(palette);
+    help_.Show("guide/README.md");
+    QApplication::processEvents();
+    int links = 0;
+    const QTextDocument& page = *Shown()->Browser().document();
+    for (QTextBlock block = page.begin(); block.isValid(); block = block.next()) {
+      for (auto part = block.begin(); !part.atEnd(); ++part) {
+        if (!part.fragment().charFormat().isAnchor()) continue;
+        ++links;
+        EXPECT_GE(ContrastOf(part.fragment().charFormat().foreground().color(), ground), kLeastContrastOfText);
+      }
+    }
+    EXPECT_GT(links, 0);
+  }
+  QApplication::setPalette(before);
 }
 
 TEST_F(HelpWindowTest, LeavesTheKeyToWhatTakesItItself) {

@@ -4,6 +4,7 @@
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QComboBox>
+#include <QtWidgets/QCommandLinkButton>
 #include <QtWidgets/QDialog>
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
@@ -139,6 +140,19 @@ TEST_F(MainWindowTest, BeginsWithThreeThingsToDo) {
     if (button->isVisible() && !button->text().isEmpty()) words << button->text();
   }
   EXPECT_EQ(words, QStringList({"&Open a book", "&Make a book", "&Look at the example"}));
+}
+
+TEST_F(MainWindowTest, ItIsSeenWhichOfThemTheKeysAreAt) {
+  const auto buttons = Window().findChildren<QCommandLinkButton*>();
+  ASSERT_EQ(buttons.size(), 3);
+  for (QCommandLinkButton* const button : buttons) {
+    button->setFocus(Qt::TabFocusReason);
+    QApplication::processEvents();
+    const QImage with_keys = button->grab().toImage();
+    buttons[button == buttons[0] ? 1 : 0]->setFocus(Qt::TabFocusReason);
+    QApplication::processEvents();
+    EXPECT_NE(button->grab().toImage(), with_keys) << button->text().toStdString();
+  }
 }
 
 TEST_F(MainWindowTest, ShowsABookWithItsAccountsAndFigures) {

@@ -51,6 +51,33 @@ class NewBookWizardTest : public tallybook::testing::BookFixture {
   NewBookWizard wizard_;
 };
 
+TEST(CalendarPictureTest, EveryWeekEndsWithALine) {
+  engine::CalendarDescription calendar;
+  calendar.first_date = Day(2026, 1, 1);
+  calendar.first_year = 2026;
+  CalendarPicture picture(nullptr, StyleOf(QLocale::c()));
+  picture.Show(calendar, kDayLevel);
+  for (const int width : {360, 400, 501, 640}) {
+    picture.resize(width, 320);
+    const QImage image = picture.grab().toImage();
+    // Along the upper edge of January's strip, above its words, from its end back to its beginning.
+    const int gap = picture.fontMetrics().height() / 4;
+    const int y = gap + 5;
+    int x = width - gap - 3;
+    const QRgb strip = image.pixel(x, y);
+    int lines = 0;
+    for (int away = 0; away < 4; --x) {
+      if (image.pixel(x, y) != strip) {
+        ++away;
+        continue;
+      }
+      lines += away > 0 ? 1 : 0;
+      away = 0;
+    }
+    EXPECT_EQ(lines, 4) << width << " wide: weeks end on the 3rd, 10th, 17th and 24th, and the last with the month";
+  }
+}
+
 TEST_F(NewBookWizardTest, EachPageIsAGoodWindow) {
   const auto check = [&](const char* page) {
     QApplication::processEvents();
