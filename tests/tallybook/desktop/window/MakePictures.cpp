@@ -300,7 +300,10 @@ class Pictures {
 
   void Export(MainWindow& window, const QString& file) {
     walk_.Then("Export Data to QDX File", [this](QWidget& dialog) {
-      QTest::mouseClick(&WidgetOf(dialog, "optLength", 6), Qt::LeftButton);
+      QWidget& year = WidgetOf(dialog, "optLength", 6);
+      QTest::mouseClick(&year, Qt::LeftButton, {},
+                        QPoint(QApplication::isRightToLeft() ? year.width() - year.height() / 2 : year.height() / 2,
+                               year.height() / 2));
       Keep(dialog, "export");
       Click(dialog, "Command1", 2);
     });
@@ -324,12 +327,16 @@ class Pictures {
       Press(dialog, Qt::Key_Return);
     });
     walk_.Then("Add QDX Import Layout", [this](QWidget& editor) {
+      auto& title = dynamic_cast<QLineEdit&>(WidgetOf(editor, "Text1"));
+      title.selectAll();
+      QTest::keyClicks(&title, "North Shop, the year");
       Keep(editor, "definition");
       Press(editor, Qt::Key_PageDown, Qt::ControlModifier);
       Settle();
-      for (const char* keys : {"4100", "4110", "4120"}) {
-        for (const char* key = keys; *key != 0; ++key) QTest::keyClick(editor.focusWidget(), *key);
-        QTest::keyClick(editor.focusWidget(), Qt::Key_Down);
+      for (const char* keys : {"4100", "4110", "4120", "4130"}) {
+        QTest::keyClicks(editor.focusWidget(), keys);
+        Settle(app_.TypeAheadDelay() + 100);  // the next row is a search of its own
+        if (keys != Text("4130")) QTest::keyClick(editor.focusWidget(), Qt::Key_Down);
       }
       Keep(editor, "match");
       QTest::keyClick(editor.focusWidget(), Qt::Key_PageDown, Qt::ControlModifier);
