@@ -42,6 +42,10 @@ std::vector<TellingLog::Reason> TellingLog::Take() {
 
 DesktopApp::DesktopApp(const application::ReferenceAppOptions& options)
     : ReferenceApp(options), log_(ReferenceApp::Log()) {
+  FollowFont();
+}
+
+void DesktopApp::FollowFont() {
   const QFont font = QApplication::font();
   SetFont(FromQt(font.family()), static_cast<Single>(QFontInfo(font).pointSizeF()));
 }

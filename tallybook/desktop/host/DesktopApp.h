@@ -44,6 +44,8 @@ class DesktopApp : public application::ReferenceApp {
  public:
   // Takes name and size of the application's font.
   explicit DesktopApp(const application::ReferenceAppOptions& options = {});
+  // The same again, when the application has another font.
+  void FollowFont();
 
   TellingLog& Log() override { return log_; }
 

@@ -32,6 +32,7 @@
 #include "tallybook/desktop/figures/FigureGrid.h"
 #include "tallybook/desktop/figures/FigurePane.h"
 #include "tallybook/desktop/host/Conversations.h"
+#include "tallybook/desktop/host/DesktopApp.h"
 #include "tallybook/desktop/host/SaveWhole.h"
 #include "tallybook/desktop/window/AccountPane.h"
 #include "tallybook/desktop/window/DateDialog.h"
@@ -362,12 +363,12 @@ bool MainWindow::Parts::GivesUp(const QString& why, const QString& words_to_stay
 }
 
 void MainWindow::Parts::NewBook() {
-  NewBookWizard wizard(&window, style, DocumentsFolder());
+  NewBookWizard wizard(&window, style, app.DefaultDataFolder());
   if (wizard.exec() == QDialog::Accepted) Open(wizard.MadeBook());
 }
 
 void MainWindow::Parts::AskForBook() {
-  const Text folder = path.empty() ? DocumentsFolder() : fs::path(path).parent_path().string();
+  const Text folder = path.empty() ? app.DefaultDataFolder() : fs::path(path).parent_path().string();
   const QString chosen =
       QFileDialog::getOpenFileName(&window, "Open a Book", ToQt(folder), "Books (*.tbk);;All files (*)");
   if (!chosen.isEmpty()) Open(FromQt(chosen));
@@ -476,8 +477,9 @@ void MainWindow::Parts::FillFieldsOfChart() {
 }
 
 void MainWindow::Parts::SaveChart() {
-  const QString chosen = QFileDialog::getSaveFileName(&window, "Save the Chart", ToQt(DocumentsFolder()) + "/chart.svg",
-                                                      "Vector picture (*.svg);;PNG picture (*.png)");
+  const QString chosen =
+      QFileDialog::getSaveFileName(&window, "Save the Chart", ToQt(app.DefaultDataFolder()) + "/chart.svg",
+                                   "Vector picture (*.svg);;PNG picture (*.png)");
   if (chosen.isEmpty()) return;
   try {
     SaveWhole(FromQt(chosen), chart->PictureFor(chosen));
@@ -545,7 +547,13 @@ void MainWindow::Parts::ConverseAbout(const Text& file) {
 
 void MainWindow::Parts::Settings() {
   SettingsDialog dialog(&window, app.SettingsFileName());
-  dialog.exec();
+  if (dialog.exec() != QDialog::Accepted) return;
+  try {
+    ApplyFont(ReadPreferences(app.SettingsFileName()));
+  } catch (...) {
+    return window.Tell(ToQt(Shown(CurrentFailure().Description())));
+  }
+  if (means != nullptr) means->app.FollowFont();
 }
 
 void MainWindow::Parts::MovePane(int steps) {

@@ -1,12 +1,13 @@
-// The settings page: what the installation's settings file rules, in words.
+// The settings page, laid out from the description of all settings (Preferences.h).
 #pragma once
 
 #include <QtWidgets/QDialog>
+#include <functional>
+#include <vector>
 
-#include "base/Types.h"
+#include "tallybook/desktop/window/Preferences.h"
 
-class QCheckBox;
-class QSpinBox;
+class QVBoxLayout;
 
 namespace tallybook::desktop {
 
@@ -15,13 +16,33 @@ class SettingsDialog final : public QDialog {
   // `settings_file` need not be there yet.
   SettingsDialog(QWidget* parent, Text settings_file);
 
-  // Writes what was changed; what fails is told and the dialog stays.
+  // Writes what was changed, and nothing else; what fails is told and the dialog stays. So it does for a folder that is
+  // not there.
   void accept() override;
 
  private:
+  // A setting on the page.
+  struct Row {
+    const Preference* preference;
+    QWidget* widget;
+    std::function<Text()> value;
+    std::function<void(const Text&)> show;
+    Text before;  // what the page showed at first
+  };
+
+  void AddGroup(QVBoxLayout& layout, const PreferenceGroup& group);
+  Row NewRow(const Preference& preference);
+  Row NewSwitch(const Preference& preference);
+  Row NewNumber(const Preference& preference);
+  Row NewFont(const Preference& preference);
+  Row NewChoice(const Preference& preference);
+  Row NewFolder(const Preference& preference);
+  void ShowValues();
+  [[nodiscard]] bool HasFolders();
+  void Tell(const QString& words);
+
   Text settings_file_;
-  QCheckBox* keep_journal_;
-  QSpinBox* cache_;
+  std::vector<Row> rows_;
 };
 
 }  // namespace tallybook::desktop

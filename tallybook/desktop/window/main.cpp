@@ -1,8 +1,10 @@
 // The application `tallybook-desktop [FILE]`.
 #include <QtCore/QCommandLineParser>
+#include <QtCore/QFile>
 #include <QtCore/QTimer>
 #include <QtGui/QIcon>
 #include <QtWidgets/QApplication>
+#include <vector>
 
 #include "base/Failure.h"
 #include "platform/MessageBoxes.h"
@@ -14,6 +16,7 @@
 #include "tallybook/desktop/host/QtPlatform.h"
 #include "tallybook/desktop/window/DesktopSettings.h"
 #include "tallybook/desktop/window/MainWindow.h"
+#include "tallybook/desktop/window/Preferences.h"
 
 namespace tallybook::desktop {
 
@@ -34,6 +37,24 @@ class Application final : public QApplication {
   }
 };
 
+// A file of settings that cannot be read keeps nobody from his books.
+Preferences PreferencesAtStart(const Text& settings_file) {
+  try {
+    return ReadPreferences(settings_file);
+  } catch (...) {
+    ShowMessage(CurrentFailure().Description(), kExclamationIcon, "");
+    return {};
+  }
+}
+
+// What is named, or else the book of the last time where the user wants it and it is still there.
+Text FileToOpen(const QStringList& named, const Preferences& preferences, const DesktopSettings& settings) {
+  if (!named.isEmpty()) return FromQt(named.front());
+  const std::vector<Text> recent = settings.RecentBooks();
+  const bool opens = preferences.opens_last_book && !recent.empty() && QFile::exists(ToQt(recent.front()));
+  return opens ? recent.front() : Text();
+}
+
 int Run(QApplication& application) {
   QCommandLineParser parser;
   parser.setApplicationDescription("Keeps operating figures per account, field and date.");
@@ -42,21 +63,25 @@ int Run(QApplication& application) {
   parser.addPositionalArgument("FILE", "A book to open, or a file to import", "[FILE]");
   parser.process(application);
   QtPlatform platform;
+  const Text settings_file = application::UserConfigurationFolder() + "/tallybook.ini";
+  const Preferences preferences = PreferencesAtStart(settings_file);
+  ApplyFont(preferences);
   application::ReferenceAppOptions options;
-  options.import_folder = DocumentsFolder();
+  options.settings_file = settings_file;
+  options.import_folder = preferences.folder.empty() ? DocumentsFolder() : preferences.folder;
   options.data_folder = options.import_folder;
   DesktopApp app(options);
   DesktopFactory factory(platform.Handles(), platform.Progress());
   const ConversationMeans means{.platform = platform, .app = app, .factory = factory};
   platform.SetApp(&app);
   DesktopSettings settings(DesktopSettingsPath());
-  MainWindow window(app, settings, SystemStyle(), &means);
+  MainWindow window(app, settings, StyleFor(preferences, SystemStyle()), &means);
   platform.SetMainWindow(&window);
   app.SetHelpDisplay([&window](Long /*topic*/) { window.ShowHelp(); });
   platform.Dialogs().SetHelpDisplay([&window](const Text& /*help_file*/, Long /*topic*/) { window.ShowHelp(); });
   window.show();
-  const QStringList files = parser.positionalArguments();
-  if (!files.isEmpty()) QTimer::singleShot(0, &window, [&] { window.OpenFile(FromQt(files.front())); });
+  const Text file = FileToOpen(parser.positionalArguments(), preferences, settings);
+  if (!file.empty()) QTimer::singleShot(0, &window, [&] { window.OpenFile(file); });
   const int status = QApplication::exec();
   platform.SetMainWindow(nullptr);
   app.SetHelpDisplay({});
