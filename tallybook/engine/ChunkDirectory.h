@@ -26,7 +26,7 @@ class ChunkDirectory {
   // How many chunks the file has from one key to another of the same account. Fails as Has.
   [[nodiscard]] std::uint32_t CountBetween(std::int64_t first_key, std::int64_t last_key, const AccountSum& sum);
 
-  // Keeps up with what was committed.
+  // Keeps up with what was stored.
   void Note(std::int64_t key, bool is_there);
   void Clear() { numbers_of_account_.clear(); }
 

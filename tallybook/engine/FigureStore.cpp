@@ -34,6 +34,18 @@ std::vector<std::byte> WithBits(std::vector<std::byte> bits, std::span<const std
   return bits;
 }
 
+// A directory that keeps up with what a transaction stores knows nothing at its end, for the transaction may be dropped.
+class ClearedDirectory {
+ public:
+  explicit ClearedDirectory(ChunkDirectory& directory) : directory_(directory) { directory_.Clear(); }
+  ~ClearedDirectory() { directory_.Clear(); }
+  ClearedDirectory(const ClearedDirectory&) = delete;
+  ClearedDirectory& operator=(const ClearedDirectory&) = delete;
+
+ private:
+  ChunkDirectory& directory_;
+};
+
 }  // namespace
 
 FigureStore::FigureStore(std::unique_ptr<BookStorage> storage, std::size_t cache_bytes)
@@ -458,13 +470,13 @@ Long FigureStore::Undo(const std::vector<JournalEntry>& entries, const JournalEn
   AccountSums sums = sums_;
   JournalRow row;
   row.entry = undo;
+  const ClearedDirectory undone_or_not(directory_);
   Writing transaction(*this);
   NeedCommand(row.entry);
   for (const JournalEntry& entry : entries) UndoEntry(RowOfEntry(entry.id), row, sums);
   SaveSums(sums);
   transaction.Commit();
   sums_ = std::move(sums);
-  directory_.Clear();
   file_is_empty_ = false;
   ForgetAll();
   return row.entry.command;
@@ -539,7 +551,7 @@ void FigureStore::RestoreImage(const StoredChunk* stored, std::int64_t key, cons
   if (!image.empty()) Decode(key, image, before);
   if (stored != nullptr) {
     stands = {stored->row, Decode(key, stored->figures, now)};
-  } else if (directory_.Has(key, sums_.Of(AccountOf(key)))) {
+  } else if (directory_.Has(key, sums.Of(AccountOf(key)))) {
     FailDamaged(key, "a chunk is not found where the index has it");
   }
   for (std::size_t row = 0; row < std::min(shape_.rows, mark.rows.size() * 8); ++row) {
@@ -547,7 +559,7 @@ void FigureStore::RestoreImage(const StoredChunk* stored, std::int64_t key, cons
     const Double* figures = before.Find(row, shape_.fields);
     std::copy_n(figures != nullptr ? figures : row_of_zeros_.data(), shape_.fields, now.Hold(row, shape_));
   }
-  Store(stands, key, now, sums);
+  directory_.Note(key, Store(stands, key, now, sums).row != 0);
 }
 
 bool FigureStore::VisitRows(std::size_t account, std::int32_t first, std::int32_t last, const RowVisitor& visit) {

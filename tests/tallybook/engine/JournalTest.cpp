@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -365,6 +366,22 @@ TEST_F(JournalTest, AnUndoThatMeetsDamageChangesNothingAndTheBookGoesOn) {
   EXPECT_EQ(figures, (FigureMap{{{kShop, Day(2003, 5, 5), kSales}, 1},
                                 {{kShop, Day(2004, 5, 5), kSales}, 2},
                                 {{7, Day(2003, 5, 5), kSales}, 3}}));
+}
+
+TEST_F(JournalTest, TakesBackAnEntryThatMadeOneChunkOfAnAccountAndEmptiedAnother) {
+  auto description = ShopDescription();
+  description.values = {{kShop, Day(2004, 12, 30), kSales, 2}};
+  book->Close();
+  std::filesystem::remove(BookPath());
+  book = CreateAndOpen(description);
+  const FigureMap before = FiguresOf(*book);
+  book->BeginRollback(Day(2003, 1, 1), Day(2004, 12, 31));
+  Put(*book, kShop, Day(2003, 1, 1), kSales, 1);
+  Put(*book, kShop, Day(2004, 12, 30), kSales, 0);
+  book->EndRollback();
+  Reopen();
+  Undo();
+  EXPECT_EQ(FiguresOf(*book), before);
 }
 
 TEST_F(JournalTest, LeavesNoRecordCurrent) {
