@@ -82,14 +82,17 @@ class BookChecker {
   }
 
   BookFinding& FindInChunk(FindingKind kind, std::int64_t key, const Text& what) {
+    return FindInChunk(kind, key, file_.RowsOfChunk(), what);
+  }
+  BookFinding& FindInChunk(FindingKind kind, std::int64_t key, std::size_t rows_of_chunk, const Text& what) {
     BookFinding& finding = Find(kind, what);
     finding.account = AccountOf(key);
     const auto code = codes_.find(finding.account);
     if (code != codes_.end()) finding.code = code->second;
-    const std::size_t first = std::size_t{ChunkNumberOf(key)} * file_.RowsOfChunk();
+    const std::size_t first = std::size_t{ChunkNumberOf(key)} * rows_of_chunk;
     if (first >= dates_.size()) return finding;
     finding.first = dates_[first];
-    finding.last = dates_[std::min(first + file_.RowsOfChunk(), dates_.size()) - 1];
+    finding.last = dates_[std::min(first + rows_of_chunk, dates_.size()) - 1];
     return finding;
   }
 
@@ -244,12 +247,13 @@ class BookChecker {
   void CheckImage(Long entry, std::int64_t key, std::span<const std::byte> image) {
     ++result_.images;
     const auto taken = TakeChecked(image, key);
+    const ChunkShape shape = ShapeOf(*file_.Stored(), entry);
     try {
       if (!taken) throw Failure(FailureNumber::kDeviceError, "the figures do not agree with their checksum", "");
       ChunkRows rows;
-      if (deep_ && shape_) DecodeChunk(*shape_, taken->bytes, rows);
+      if (deep_ && shape_) DecodeChunk(shape, taken->bytes, rows);
     } catch (const Failure& failure) {
-      FindInChunk(FindingKind::kImage, key, Plain(failure.Description())).entry = entry;
+      FindInChunk(FindingKind::kImage, key, shape.rows, Plain(failure.Description())).entry = entry;
     }
   }
 

@@ -51,10 +51,10 @@ CREATE TABLE journal_chunk (entry INTEGER NOT NULL, key INTEGER NOT NULL, rows B
 }  // namespace
 
 // The record size decides how many records fit; a record larger than a page has a chunk of its own.
-std::size_t ChooseRowsOfChunk(const BookDescription& description) {
+std::size_t ChooseRowsOfChunk(std::size_t accounts, std::size_t fields) {
   std::size_t room = kPageRoom;
-  while (room > kSmallestChunkRoom && room * description.accounts.size() > kChunksOfAllAccounts) room /= 2;
-  const std::size_t record = std::max<std::size_t>(description.fields.size(), 1) * sizeof(Double);
+  while (room > kSmallestChunkRoom && room * accounts > kChunksOfAllAccounts) room /= 2;
+  const std::size_t record = std::max<std::size_t>(fields, 1) * sizeof(Double);
   return std::max<std::size_t>(room / record, 1);
 }
 

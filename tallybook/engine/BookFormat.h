@@ -39,6 +39,9 @@ void SetApplicationId(Database& database, std::int64_t id);
 [[nodiscard]] Long FormatOf(Database& database, bool also_backups = false);
 
 // How many records a chunk of a new book has: as many as fill a page or a part of one, at least one.
-[[nodiscard]] std::size_t ChooseRowsOfChunk(const BookDescription& description);
+[[nodiscard]] std::size_t ChooseRowsOfChunk(std::size_t accounts, std::size_t fields);
+[[nodiscard]] inline std::size_t ChooseRowsOfChunk(const BookDescription& description) {
+  return ChooseRowsOfChunk(description.accounts.size(), description.fields.size());
+}
 
 }  // namespace tallybook::engine

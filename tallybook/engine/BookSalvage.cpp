@@ -40,7 +40,7 @@ class Salvager {
     BookFile file = BookFile::Create(path, damaged_.Stored());
     WriteFigures(file.Db());
     Transaction transaction(file.Db());
-    result_.entries = JournalSalvage(damaged_, places_, losses_).CopyTo(file.Db());
+    result_.entries = JournalSalvage(damaged_, losses_).CopyTo(file.Db());
     CopyCompanions(file.Db());
     transaction.Commit();
   }

@@ -21,6 +21,9 @@ constexpr const char* kChecksum = "checksum";  // of all of it, and of the forma
 // From this format on lists can change: fields have slots, and numbers are retired.
 constexpr Long kFirstFormatOfGrowth = 3;
 
+// The most rows that a chunk may have.
+constexpr std::size_t kMostRows = 65'535;
+
 // The lists of `retired`. The numbers stand in book files.
 constexpr std::int64_t kAccountList = 1;
 constexpr std::int64_t kFieldList = 2;
@@ -118,11 +121,16 @@ std::int64_t PositionOf(std::size_t index) {
   return static_cast<std::int64_t>(index) + 1;
 }
 
+// A book whose chunks were never stored anew tells nothing of it.
 void AddGrowth(Digest& digest, const StoredDescription& stored) {
   for (const std::size_t slot : stored.slot_of_field) digest.Add(static_cast<std::int64_t>(slot));
   for (const auto* retired : {&stored.retired_accounts, &stored.retired_fields}) {
     digest.Add(static_cast<std::int64_t>(retired->size()));
     for (const Long number : *retired) digest.Add(std::int64_t{number});
+  }
+  for (const FormerLayout& layout : stored.former_layouts) {
+    digest.Add(std::int64_t{layout.last_entry}).Add(static_cast<std::int64_t>(layout.rows_of_chunk));
+    digest.Add(static_cast<std::int64_t>(layout.first_slots));
   }
 }
 
@@ -188,6 +196,20 @@ void PutRetired(Database& database, const StoredDescription& stored) {
   for (const Long number : stored.retired_fields) put.Bind(1, kFieldList).Bind(2, std::int64_t{number}).Run();
 }
 
+// The table is there once it has a row.
+void PutLayouts(Database& database, const StoredDescription& stored) {
+  if (stored.former_layouts.empty()) return;
+  database.Execute(
+      "CREATE TABLE IF NOT EXISTS layout (last_entry INTEGER PRIMARY KEY, rows_of_chunk INTEGER NOT NULL, "
+      "first_slots INTEGER NOT NULL)");
+  DbStatement put(database,
+                  "INSERT OR IGNORE INTO layout (last_entry, rows_of_chunk, first_slots) VALUES (?1, ?2, ?3)");
+  for (const FormerLayout& layout : stored.former_layouts) {
+    put.Bind(1, std::int64_t{layout.last_entry}).Bind(2, static_cast<std::int64_t>(layout.rows_of_chunk));
+    put.Bind(3, static_cast<std::int64_t>(layout.first_slots)).Run();
+  }
+}
+
 // How many rows both lists begin with. Codes and numbers are each there once, so the rows behind are taken away together
 // before new ones come.
 template <typename Row>
@@ -212,6 +234,11 @@ bool GrowthIsSound(const StoredDescription& stored) {
   };
   const BookDescription& description = stored.description;
   return stored.slots <= kMostSlots && stored.first_slots <= stored.slots &&
+         std::ranges::all_of(stored.former_layouts,
+                             [&](const FormerLayout& layout) {
+                               return layout.rows_of_chunk >= 1 && layout.rows_of_chunk <= kMostRows &&
+                                      layout.first_slots <= stored.slots;
+                             }) &&
          std::none_of(description.accounts.begin(), description.accounts.end(),
                       [&](const auto& row) { return is_retired(stored.retired_accounts, row.number); }) &&
          std::none_of(description.fields.begin(), description.fields.end(),
@@ -227,6 +254,12 @@ void LoadGrowth(Database& database, StoredDescription& stored) {
     (retired.Int(0) == kAccountList ? stored.retired_accounts : stored.retired_fields)
         .push_back(ToLong(retired.Int(1)));
   }
+  if (database.Number("SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'layout'") == 0) return;
+  DbStatement layout(database, "SELECT last_entry, rows_of_chunk, first_slots FROM layout ORDER BY last_entry");
+  while (layout.Step()) {
+    stored.former_layouts.push_back(
+        {ToLong(layout.Int(0)), static_cast<std::size_t>(layout.Int(1)), static_cast<std::size_t>(layout.Int(2))});
+  }
 }
 
 }  // namespace
@@ -236,6 +269,7 @@ void SaveDescription(Database& database, const StoredDescription& stored, Long f
   PutAccounts(database, stored, 0);
   PutFields(database, stored, 0);
   PutRetired(database, stored);
+  PutLayouts(database, stored);
   SealDescription(database, stored, format);
 }
 
@@ -255,6 +289,7 @@ void ReplaceDescription(Database& database, const StoredDescription& before, con
   PutFields(database, after, fields);
   database.Execute("DELETE FROM retired");
   PutRetired(database, after);
+  PutLayouts(database, after);
   SealDescription(database, after, format);
 }
 
@@ -300,7 +335,6 @@ StoredDescription LoadDescription(Database& database, Long format, Trust trust) 
         database.Path() + ": the book is damaged: its fields' slots and retired numbers do not agree with its lists",
         kSource);
   }
-  constexpr std::size_t kMostRows = 65'535;
   if (stored.rows_of_chunk < 1 || stored.rows_of_chunk > kMostRows) {
     throw Failure(
         FailureNumber::kDeviceError,

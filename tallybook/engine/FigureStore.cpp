@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <string>
 #include <utility>
 
@@ -10,6 +11,7 @@
 #include "base/Narrow.h"
 #include "tallybook/engine/ChunkCodec.h"
 #include "tallybook/engine/ChunkKey.h"
+#include "tallybook/engine/ChunkRelay.h"
 
 namespace tallybook::engine {
 
@@ -225,26 +227,27 @@ void FigureStore::ForgetAll() {
 
 // Of the first format no bytes have a checksum; it is told as if they had, so that the chunk can be kept in memory when
 // the file is brought up to date.
-Checksum FigureStore::Decode(std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const {
+Checksum FigureStore::Decode(const ChunkShape& shape, std::int64_t key, std::span<const std::byte> bytes,
+                             ChunkRows& rows) const {
   CheckedBytes checked;
   if (storage_->Format() == 1) {
     checked = {bytes, ChecksumOf(bytes, key)};
   } else if (const auto taken = TakeChecked(bytes, key)) {
     checked = *taken;
   } else {
-    FailDamaged(key, "a chunk does not agree with its checksum");
+    FailDamaged(shape, key, "a chunk does not agree with its checksum");
   }
   try {
-    DecodeChunk(shape_, checked.bytes, rows);
+    DecodeChunk(shape, checked.bytes, rows);
   } catch (const Failure& failure) {
-    FailDamaged(key, failure.Description());
+    FailDamaged(shape, key, failure.Description());
   }
   return checked.checksum;
 }
 
-void FigureStore::FailDamaged(std::int64_t key, const Text& what) const {
+void FigureStore::FailDamaged(const ChunkShape& shape, std::int64_t key, const Text& what) const {
   const Text damaged = what.starts_with("the book is damaged") ? what : "the book is damaged: " + what;
-  const auto first_record = std::size_t{ChunkNumberOf(key)} * shape_.rows;
+  const auto first_record = std::size_t{ChunkNumberOf(key)} * shape.rows;
   const Text from =
       first_record < date_of_record_.size() ? DateText(date_of_record_[first_record]) : Text("beyond the last date");
   throw Failure(FailureNumber::kDeviceError,
@@ -487,16 +490,21 @@ void FigureStore::UndoEntry(JournalRow row, JournalRow undo, AccountSums& sums) 
   undo.entry.first = row.entry.first;
   undo.entry.last = row.entry.last;
   storage_->SaveEntry(undo);
+  const ChunkShape made = ShapeOf(*description_, row.entry.id);
+  const bool as_now = made.rows == shape_.rows;
+  Restoration gathered;
+  // An empty image says that there was no chunk: zeros.
   storage_->VisitMarks(row, [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image) {
-    CheckCanRestore(row.entry.id, key, mark);
-    const std::optional<StoredChunk> stored = storage_->FindChunk(key);
-    const std::int64_t image_of_undo = stored ? storage_->CopyImage(stored->row) : 0;
-    undo.marks_sum += storage_->InsertMark(undo.entry.id, key, mark.rows, image_of_undo);
-    ++undo.marks;
-    ++undo.entry.chunks;
-    RestoreImage(stored ? &*stored : nullptr, key, mark, image, sums);
-    storage_->EndWalk();
+    CheckCanRestore(row.entry.id, made, key, mark);
+    Restoration restoration{.key = key, .rows = mark.rows, .before = {}};
+    if (!image.empty()) Decode(made, key, image, restoration.before);
+    if (as_now) {
+      Restore(restoration, undo, sums);
+    } else {
+      Gather(made, restoration, gathered, undo, sums);
+    }
   });
+  if (gathered.key != kNoKey) Restore(gathered, undo, sums);
   storage_->SaveEntry(undo);
   row.entry.state = JournalState::kUndone;
   storage_->SaveEntry(row);
@@ -519,13 +527,21 @@ Long FigureStore::ChangeDescription(const std::shared_ptr<const StoredDescriptio
     undone.entry.state = JournalState::kUndone;
     storage_->SaveEntry(undone);
   }
-  storage_->SaveDescription(*description_, *changed);
+  const auto fitting = std::make_shared<const StoredDescription>(
+      entry.undoes == 0 ? WithLayoutThatFits(*changed, row.entry.id) : *changed);
+  AccountSums sums = sums_;
+  if (fitting->rows_of_chunk != description_->rows_of_chunk) {
+    ChunkRelay(*storage_, shape_, ShapeOf(*fitting)).Run(sums);
+    SaveSums(sums);
+  }
+  storage_->SaveDescription(*description_, *fitting);
   transaction.Commit();
-  TakeDescription(changed);
+  sums_ = std::move(sums);
+  TakeDescription(fitting);
   return row.entry.command;
 }
 
-void FigureStore::CheckCanRestore(Long entry, std::int64_t key, const ChunkMark& mark) const {
+void FigureStore::CheckCanRestore(Long entry, const ChunkShape& made, std::int64_t key, const ChunkMark& mark) const {
   const auto refuse = [&](const Text& why) {
     throw Failure(FailureNumber::kInvalidArgument,
                   storage_->Path() + ": journal entry " + std::to_string(entry) + " cannot be undone: " + why, kSource);
@@ -534,7 +550,7 @@ void FigureStore::CheckCanRestore(Long entry, std::int64_t key, const ChunkMark&
   if (std::binary_search(retired.begin(), retired.end(), AccountOf(key))) {
     refuse("account number " + std::to_string(AccountOf(key)) + ", whose figures it changed, has been removed");
   }
-  const std::size_t first = std::size_t{ChunkNumberOf(key)} * shape_.rows;
+  const std::size_t first = std::size_t{ChunkNumberOf(key)} * made.rows;
   for (std::size_t row = 0; row < mark.rows.size() * 8; ++row) {
     if (HasBit(mark.rows, row) && first + row >= date_of_record_.size()) {
       refuse("the years that it changed have been taken away");
@@ -542,24 +558,71 @@ void FigureStore::CheckCanRestore(Long entry, std::int64_t key, const ChunkMark&
   }
 }
 
-// An empty image says that there was no chunk: zeros.
-void FigureStore::RestoreImage(const StoredChunk* stored, std::int64_t key, const ChunkMark& mark,
-                               std::span<const std::byte> image, AccountSums& sums) {
-  ChunkRows before;
+void FigureStore::Restore(const Restoration& restoration, JournalRow& undo, AccountSums& sums) {
+  const std::int64_t key = restoration.key;
+  const std::optional<StoredChunk> stored = storage_->FindChunk(key);
+  const std::int64_t image = stored ? storage_->CopyImage(stored->row) : 0;
+  undo.marks_sum += storage_->InsertMark(undo.entry.id, key, restoration.rows, image);
+  ++undo.marks;
+  ++undo.entry.chunks;
   ChunkRows now;
   StoredAs stands;
-  if (!image.empty()) Decode(key, image, before);
-  if (stored != nullptr) {
+  if (stored) {
     stands = {stored->row, Decode(key, stored->figures, now)};
   } else if (directory_.Has(key, sums.Of(AccountOf(key)))) {
     FailDamaged(key, "a chunk is not found where the index has it");
   }
-  for (std::size_t row = 0; row < std::min(shape_.rows, mark.rows.size() * 8); ++row) {
-    if (!HasBit(mark.rows, row)) continue;
-    const Double* figures = before.Find(row, shape_.fields);
+  for (std::size_t row = 0; row < std::min(shape_.rows, restoration.rows.size() * 8); ++row) {
+    if (!HasBit(restoration.rows, row)) continue;
+    const Double* figures = restoration.before.Find(row, shape_.fields);
     std::copy_n(figures != nullptr ? figures : row_of_zeros_.data(), shape_.fields, now.Hold(row, shape_));
   }
   directory_.Note(key, Store(stands, key, now, sums).row != 0);
+  storage_->EndWalk();
+}
+
+// Marks come in the order of their keys, so that the rows of a chunk come one behind another.
+void FigureStore::Gather(const ChunkShape& made, const Restoration& former, Restoration& gathered, JournalRow& undo,
+                         AccountSums& sums) {
+  const std::size_t first_record = std::size_t{ChunkNumberOf(former.key)} * made.rows;
+  for (std::size_t row = 0; row < std::min(made.rows, former.rows.size() * 8); ++row) {
+    if (!HasBit(former.rows, row)) continue;
+    const RecordPlace place = place_of_record_[first_record + row];
+    const std::int64_t key = FirstKeyOf(AccountOf(former.key)) + place.chunk;
+    if (key != gathered.key) {
+      if (gathered.key != kNoKey) Restore(gathered, undo, sums);
+      gathered = {.key = key, .rows = std::vector<std::byte>((shape_.rows + 7) / 8), .before = {}};
+    }
+    SetBit(gathered.rows, place.row);
+    const Double* figures = former.before.Find(row, shape_.fields);
+    if (figures != nullptr) std::copy_n(figures, shape_.fields, gathered.before.Hold(place.row, shape_));
+  }
+}
+
+bool FigureStore::ShareRecords(Long entry, Long other) {
+  const std::size_t rows = ShapeOf(*description_, entry).rows;
+  if (rows == ShapeOf(*description_, other).rows) return storage_->ShareRecords(entry, other);
+  // Between the two all chunks were stored anew, so that the same bits are other records.
+  const auto visit_records = [&](Long id, const auto& take) {
+    const std::size_t rows_of_chunk = ShapeOf(*description_, id).rows;
+    storage_->VisitMarks(RowOfEntry(id), [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte>) {
+      for (std::size_t row = 0; row < mark.rows.size() * 8; ++row) {
+        if (HasBit(mark.rows, row)) take(AccountOf(key), ChunkNumberOf(key) * rows_of_chunk + row);
+      }
+    });
+  };
+  std::map<Long, std::vector<bool>> written;
+  visit_records(entry, [&](Long account, std::size_t record) {
+    std::vector<bool>& records = written[account];
+    records.resize(std::max(records.size(), record + 1));
+    records[record] = true;
+  });
+  bool shared = false;
+  visit_records(other, [&](Long account, std::size_t record) {
+    const auto records = written.find(account);
+    shared = shared || (records != written.end() && record < records->second.size() && records->second[record]);
+  });
+  return shared;
 }
 
 bool FigureStore::VisitRows(std::size_t account, std::int32_t first, std::int32_t last, const RowVisitor& visit) {

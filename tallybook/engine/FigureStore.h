@@ -86,7 +86,8 @@ class FigureStore {
   // Commits and closes the entry, in one transaction.
   void EndEntry();
   // Stores another description with an entry of its own, in one transaction; ends an entry that is open, and forgets the
-  // current row. `change` tells an entry of kind kLists what it was; an undo takes back the entry that it names. All
+  // current row. Where a change makes rows so long that chunks outgrow a page by far, all are stored anew, which takes as
+  // long as an import of them. `change` tells an entry of kind kLists what it was; an undo takes back the entry that it names. All
   // positions, rows and records are those of the new description from then on. A command of 0 is a new one. Gives the
   // number of the command.
   Long ChangeDescription(const std::shared_ptr<const StoredDescription>& changed, const JournalEntry& entry,
@@ -97,7 +98,8 @@ class FigureStore {
   // The number of the command of the entry that was opened last; 0 where it is not in the file yet.
   [[nodiscard]] Long Command() const { return entry_row_.entry.command; }
   [[nodiscard]] std::vector<JournalEntry> Entries();
-  [[nodiscard]] bool ShareRecords(Long entry, Long other) { return storage_->ShareRecords(entry, other); }
+  // Whether both entries wrote some record.
+  [[nodiscard]] bool ShareRecords(Long entry, Long other);
   // Takes entries back, in the order given, in one transaction; it ends an entry that is open, and forgets the current
   // row. They must keep images and not be undone. Each leaves an entry like `undo`, all of one command, whose number
   // this gives.
@@ -191,15 +193,28 @@ class FigureStore {
   void LoadSums();
   void SaveSums(AccountSums& sums);
   // Gives the checksum of the bytes.
-  Checksum Decode(std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const;
-  [[noreturn]] void FailDamaged(std::int64_t key, const Text& what) const;
+  Checksum Decode(std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const {
+    return Decode(shape_, key, bytes, rows);
+  }
+  Checksum Decode(const ChunkShape& shape, std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const;
+  [[noreturn]] void FailDamaged(std::int64_t key, const Text& what) const { FailDamaged(shape_, key, what); }
+  [[noreturn]] void FailDamaged(const ChunkShape& shape, std::int64_t key, const Text& what) const;
   [[nodiscard]] JournalRow RowOfEntry(Long id);
   void UndoEntry(JournalRow row, JournalRow undo, AccountSums& sums);
-  // Puts a chunk's marked rows back to the image.
-  void RestoreImage(const StoredChunk* stored, std::int64_t key, const ChunkMark& mark,
-                    std::span<const std::byte> image, AccountSums& sums);
+  // Rows of a chunk that are to be put back.
+  struct Restoration {
+    std::int64_t key = kNoKey;
+    std::vector<std::byte> rows;  // a bit for each of them
+    ChunkRows before;
+  };
+  // Puts them back, and gives the undo its mark and its image of the chunk as it is before that.
+  void Restore(const Restoration& restoration, JournalRow& undo, AccountSums& sums);
+  // The marked rows of a chunk from before all chunks were stored anew, put to where they are now: what belongs to another
+  // chunk than the rows that are gathered yet is preceded by the restoring of those.
+  void Gather(const ChunkShape& made, const Restoration& former, Restoration& gathered, JournalRow& undo,
+              AccountSums& sums);
   // What a mark names must still be there.
-  void CheckCanRestore(Long entry, std::int64_t key, const ChunkMark& mark) const;
+  void CheckCanRestore(Long entry, const ChunkShape& made, std::int64_t key, const ChunkMark& mark) const;
   void CheckSeen(std::int64_t first_key, std::int64_t last_key, bool whole, const AccountSum& seen);
 
   std::unique_ptr<BookStorage> storage_;

@@ -127,7 +127,7 @@ bool JournalSalvage::ReadEntry(const JournalRow& row) {
       const auto taken = TakeChecked(image, key);
       ChunkRows rows;
       if (!taken) throw Failure(FailureNumber::kDeviceError, "", "Tallybook.Book");
-      DecodeChunk(places_.Shape(), taken->bytes, rows);
+      DecodeChunk(ShapeOf(book_.Stored(), id), taken->bytes, rows);
     });
   });
   if (!whole) LoseEntry(id, "figures from before this entry, or what it changed, are damaged or missing");

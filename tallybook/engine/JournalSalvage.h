@@ -5,7 +5,6 @@
 #include <map>
 
 #include "base/Types.h"
-#include "tallybook/engine/ChunkPlaces.h"
 #include "tallybook/engine/DamagedBook.h"
 #include "tallybook/engine/JournalTables.h"
 #include "tallybook/engine/SalvageLosses.h"
@@ -14,9 +13,8 @@ namespace tallybook::engine {
 
 class JournalSalvage {
  public:
-  // All must outlive this.
-  JournalSalvage(DamagedBook& book, const ChunkPlaces& places, SalvageLosses& losses)
-      : book_(book), places_(places), losses_(losses), old_(book.Db()) {}
+  // Both must outlive this.
+  JournalSalvage(DamagedBook& book, SalvageLosses& losses) : book_(book), losses_(losses), old_(book.Db()) {}
 
   // Writes commands and entries into a new book, within a transaction. Gives how many entries are as they were.
   long long CopyTo(Database& database);
@@ -37,7 +35,6 @@ class JournalSalvage {
   void TellWayBack();
 
   DamagedBook& book_;
-  const ChunkPlaces& places_;
   SalvageLosses& losses_;
   JournalTables old_;
   std::map<Long, JournalRow> entries_;

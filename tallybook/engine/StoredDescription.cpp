@@ -5,6 +5,8 @@
 #include <set>
 #include <utility>
 
+#include "tallybook/engine/BookFormat.h"
+
 namespace tallybook::engine {
 
 namespace {
@@ -41,6 +43,28 @@ StoredDescription WithFirstSlots(BookDescription description, std::size_t rows_o
   stored.slots = stored.first_slots = stored.description.fields.size();
   for (std::size_t slot = 0; slot < stored.slots; ++slot) stored.slot_of_field.push_back(slot);
   return stored;
+}
+
+ChunkShape ShapeOf(const StoredDescription& stored, Long entry) {
+  ChunkShape shape = ShapeOf(stored);
+  const auto former = std::ranges::lower_bound(stored.former_layouts, entry, {}, &FormerLayout::last_entry);
+  if (former == stored.former_layouts.end()) return shape;
+  shape.rows = former->rows_of_chunk;
+  shape.first_fields = std::max<std::size_t>(former->first_slots, 1);
+  return shape;
+}
+
+// Twice the length is borne, so that a book that grows by a field at a time is stored anew seldom.
+StoredDescription WithLayoutThatFits(const StoredDescription& stored, Long entry) {
+  const std::size_t rows = ChooseRowsOfChunk(stored.description.accounts.size(), stored.slots);
+  const bool fits = stored.slots <= 2 * std::max<std::size_t>(stored.first_slots, 1) ||
+                    stored.rows_of_chunk * stored.slots * sizeof(Double) <= kLargestChunkRoom;
+  if (fits || rows >= stored.rows_of_chunk) return stored;
+  StoredDescription fitting = stored;
+  fitting.former_layouts.push_back({entry, stored.rows_of_chunk, stored.first_slots});
+  fitting.rows_of_chunk = rows;
+  fitting.first_slots = stored.slots;
+  return fitting;
 }
 
 StoredDescription Grown(const StoredDescription& before, const BookDescription& after) {

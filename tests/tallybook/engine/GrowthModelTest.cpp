@@ -310,11 +310,15 @@ class GrowthModelTest : public BookFixture {
   BookDescription ChangedBy(const Step& step) const {
     BookDescription after = model->Description();
     const auto number = static_cast<Integer>(step.other % 12 + 1);
+    const auto field = static_cast<Integer>(step.other % 12 * fields_at_once + 1);
     if (step.act == Act::kYears) {
       after.calendar.years = static_cast<Integer>(after.calendar.years + step.one % 3 - (step.other % 5 == 0 ? 1 : 0));
       after.calendar.years_in_use = static_cast<Integer>(step.other % std::max<int>(after.calendar.years, 1) + 1);
     } else if (step.field) {
-      Change(after.fields, step, {number, "Field " + std::to_string(number), step.one % 2 == 0});
+      Change(after.fields, step, {field, "Field " + std::to_string(field), step.one % 2 == 0});
+      for (Integer more = 1; step.act == Act::kAdd && more < fields_at_once; ++more) {
+        after.fields.push_back({static_cast<Integer>(field + more), "", false});
+      }
     } else {
       Change(after.accounts, step, {number * 10, "Code" + std::to_string(number), ""});
     }
@@ -510,11 +514,18 @@ class GrowthModelTest : public BookFixture {
 
   engine::BookOptions options;
   bool everything_fits = true;
+  int fields_at_once = 1;  // that come with a step that adds one
   std::optional<Model> model;
   std::unique_ptr<Book> book;
 };
 
 TEST_F(GrowthModelTest, IsWhatTheModelSaysWhenEverythingFits) {
+  CheckSteps();
+}
+
+// With the first fields that come rows are so long that all chunks are stored anew, and with later ones again.
+TEST_F(GrowthModelTest, IsWhatTheModelSaysWhereChunksAreStoredAnew) {
+  fields_at_once = 25;
   CheckSteps();
 }
 

@@ -24,7 +24,7 @@ class JournalSalvageTest : public SalvageFixture {
   }
   long long Salvage() {
     Begin();
-    const long long entries = engine::JournalSalvage(*damaged, *places, *losses).CopyTo(file->Db());
+    const long long entries = engine::JournalSalvage(*damaged, *losses).CopyTo(file->Db());
     for (const BookFinding& lost : losses->Take()) what_is_lost.push_back(lost.what);
     rows = engine::JournalTables(file->Db()).Rows(3);
     return entries;
