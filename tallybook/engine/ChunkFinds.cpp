@@ -102,7 +102,7 @@ const std::vector<FoundChunk>& ChunkFinds::OfLeaves(Long account) {
 
 void ChunkFinds::ReadLeaves() {
   Tries([&] {
-    VisitLeafRows(book_.CopyPath(), kPageSize, [&](std::int64_t key, std::span<const std::byte> bytes) {
+    VisitLeafRows(book_.CopyDescriptor(), kPageSize, [&](std::int64_t key, std::span<const std::byte> bytes) {
       if (chunks_.Has(key)) return;
       auto chunk = Checked(key, bytes);
       if (chunk) leaves_[AccountOf(key)].push_back(std::move(*chunk));

@@ -1,6 +1,7 @@
 #include "tallybook/engine/DamagedBook.h"
 
 #include <cstdint>
+#include <sqlite3.h>
 
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/DatabaseHead.h"
@@ -10,6 +11,19 @@
 
 namespace tallybook::engine {
 
+namespace {
+
+// Puts what a log beside the file holds into it, as far as that can be read, so that no name is needed from then on. The
+// version of the schema is told by the first page alone: reading it opens the log, and what is damaged shows later.
+void TakeInLog(Database& database) {
+  sqlite3_exec(database.Handle(), "PRAGMA locking_mode = EXCLUSIVE; PRAGMA synchronous = OFF; PRAGMA schema_version",
+               nullptr, nullptr, nullptr);
+  const int result = sqlite3_wal_checkpoint_v2(database.Handle(), "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+  if ((result & 0xFF) == SQLITE_FULL) database.Fail(result);
+}
+
+}  // namespace
+
 DamagedBook::DamagedBook(const Text& path)
     : hold_(path, BookHold::Purpose::kLeaveAlone),
       copy_(hold_),
@@ -17,10 +31,12 @@ DamagedBook::DamagedBook(const Text& path)
       database_(OpenCopy()) {}
 
 // The schema is taken as it reads, which also lets a file be read that has been cut.
-Database DamagedBook::OpenCopy() const {
+Database DamagedBook::OpenCopy() {
   const bool has_log = StateAt(copy_.Path() + "-wal").size > 0;
   MendDatabaseHead(copy_.Path(), Path(), has_log);
   Database database(Path(), copy_.Path(), Database::Mode::kReadWrite);
+  TakeInLog(database);
+  copy_.Remove();
   database.Execute("PRAGMA writable_schema = ON; PRAGMA cell_size_check = ON; PRAGMA query_only = ON");
   return database;
 }

@@ -34,7 +34,8 @@ class DamagedBook {
   [[nodiscard]] const Text& Path() const { return hold_.Path(); }
   // The copy. Its schema is taken as it reads, so each statement may fail, or end before its last row.
   [[nodiscard]] Database& Db() { return database_; }
-  [[nodiscard]] Text CopyPath() const { return copy_.Path(); }
+  // For reading the copy, with what the log holds, page by page; not the caller's to close.
+  [[nodiscard]] int CopyDescriptor() const { return copy_.Descriptor(); }
   // What is wrong with the log; empty where nothing is.
   [[nodiscard]] const Text& LogTrouble() const { return log_trouble_; }
 
@@ -47,7 +48,7 @@ class DamagedBook {
   [[nodiscard]] const StoredDescription& Stored() const { return stored_; }
 
  private:
-  [[nodiscard]] Database OpenCopy() const;
+  [[nodiscard]] Database OpenCopy();
 
   BookHold hold_;
   PrivateCopy copy_;

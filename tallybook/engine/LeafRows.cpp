@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
 #include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,17 +23,11 @@ constexpr std::uint64_t kLargestRow = std::uint64_t{1} << 20;
 
 class Pages {
  public:
-  Pages(const Text& path, std::size_t page_size) : path_(path), size_(page_size) {
-    file_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  Pages(int file, std::size_t page_size) : file_(file), size_(page_size) {
     struct stat status {};
-    if (file_ < 0 || ::fstat(file_, &status) != 0) Fail();
+    if (::fstat(file_, &status) != 0) Fail();
     count_ = static_cast<std::uint64_t>(status.st_size) / size_;
   }
-  ~Pages() {
-    if (file_ >= 0) ::close(file_);
-  }
-  Pages(const Pages&) = delete;
-  Pages& operator=(const Pages&) = delete;
 
   [[nodiscard]] std::uint64_t Count() const { return count_; }
   [[nodiscard]] std::size_t Size() const { return size_; }
@@ -49,13 +42,13 @@ class Pages {
   }
 
  private:
-  [[noreturn]] void Fail() const {
-    throw Failure(FailureNumber::kDeviceError, path_ + ": " + WordsOfError(errno), "Tallybook.Book");
+  [[noreturn]] static void Fail() {
+    throw Failure(FailureNumber::kDeviceError, "the pages of a file cannot be read: " + WordsOfError(errno),
+                  "Tallybook.Book");
   }
 
-  Text path_;
+  int file_;
   std::size_t size_;
-  int file_ = -1;
   std::uint64_t count_ = 0;
 };
 
@@ -195,8 +188,8 @@ class LeafWalk {
 
 }  // namespace
 
-void VisitLeafRows(const Text& path, std::size_t page_size, const LeafRowVisitor& visit) {
-  const Pages pages(path, page_size);
+void VisitLeafRows(int file, std::size_t page_size, const LeafRowVisitor& visit) {
+  const Pages pages(file, page_size);
   LeafWalk(pages, visit).Walk();
 }
 

@@ -13,9 +13,11 @@
 namespace tallybook::engine {
 
 // Visits all rows of three columns of which the first is the row's own number, the second a whole number and the third a
-// run of bytes, as `chunk` has them. What cannot be read is passed over. `page_size` is a power of two from 512 to 65536.
-//   fails   57 where the file cannot be read
+// run of bytes, as `chunk` has them. What cannot be read is passed over.
+//   file       open to be read
+//   page_size  a power of two from 512 to 65536
+//   fails      57 where the file cannot be read
 using LeafRowVisitor = std::function<void(std::int64_t number, std::span<const std::byte> bytes)>;
-void VisitLeafRows(const Text& path, std::size_t page_size, const LeafRowVisitor& visit);
+void VisitLeafRows(int file, std::size_t page_size, const LeafRowVisitor& visit);
 
 }  // namespace tallybook::engine

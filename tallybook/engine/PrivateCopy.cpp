@@ -5,6 +5,9 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <limits>
+#include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <system_error>
 #include <thread>
@@ -18,9 +21,18 @@ namespace tallybook::engine {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr const char* kSource = "Tallybook.Book";
 constexpr int kTries = 30;
 constexpr std::chrono::milliseconds kBetweenTries{100};
+
+constexpr std::string_view kFolderMark = "tallybook-look-";
+constexpr const char* kBookName = "/copy.tbk";
+// An empty folder that is older than this has been left; a younger one may be about to be used.
+constexpr std::chrono::seconds kLeftoverAge{10};
+// Who has made a copy holds this byte of it, far behind any data and off the bytes that SQLite locks.
+constexpr off_t kMakerOffset = std::numeric_limits<off_t>::max() - 64;
 
 [[noreturn]] void Fail(int error, const Text& what) {
   throw Failure(FailureNumberOf(error), what + ": " + WordsOfError(error), kSource);
@@ -49,74 +61,179 @@ void WriteAll(int to, const std::vector<char>& bytes, std::size_t count, const T
   }
 }
 
-// Copies a file's bytes into a new one. `what` is said where that fails.
-void CopyBytes(int from, const Text& to_path, const Text& what) {
-  const File to(::open(to_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
-  if (to.Descriptor() < 0) Fail(errno, what);
+// Makes one file's bytes those of another. `what` is said where that fails.
+void CopyBytes(int from, int to, const Text& what) {
+  if (::ftruncate(to, 0) != 0 || ::lseek(to, 0, SEEK_SET) != 0) Fail(errno, what);
   std::vector<char> bytes(std::size_t{1} << 20);
   for (off_t offset = 0;;) {
     const ssize_t count = ::pread(from, bytes.data(), bytes.size(), offset);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) Fail(errno, what);
     if (count == 0) return;
-    WriteAll(to.Descriptor(), bytes, static_cast<std::size_t>(count), what);
+    WriteAll(to, bytes, static_cast<std::size_t>(count), what);
     offset += count;
+  }
+}
+
+Text Words(const BookHold& book) {
+  return book.Path() + ": a writer left a log beside the book, and the two cannot be copied to be read";
+}
+
+Text TemporaryFolder() {
+  std::error_code error;
+  const fs::path temporary = fs::temp_directory_path(error);
+  return error ? "/tmp" : temporary.string();
+}
+
+Text PathOfDescriptor(int descriptor) {
+  return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+// A file without a name that can be given one; negative where the system has none.
+int MakeUnnamed() {
+  if (::access("/proc/self/fd", X_OK) != 0) return -1;
+  return ::open(TemporaryFolder().c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+}
+
+struct flock MakerLock() {
+  struct flock lock {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = kMakerOffset;
+  lock.l_len = 1;
+  return lock;
+}
+
+// Where the system cannot lock files nobody takes leftovers away.
+void HoldAsMaker(int file) {
+  struct flock lock = MakerLock();
+  ::fcntl(file, F_OFD_SETLK, &lock);
+}
+
+bool IsHeld(int file) {
+  struct flock lock = MakerLock();
+  return ::fcntl(file, F_OFD_GETLK, &lock) != 0 || lock.l_type != F_UNLCK;
+}
+
+bool IsLeftover(const Text& folder) {
+  struct stat status {};
+  if (::lstat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != ::geteuid()) return false;
+  const File book(::open((folder + kBookName).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  if (book.Descriptor() >= 0) return !IsHeld(book.Descriptor());
+  const auto made = std::chrono::system_clock::from_time_t(status.st_mtime);
+  return errno == ENOENT && std::chrono::system_clock::now() - made > kLeftoverAge;
+}
+
+void RemoveFolder(const Text& folder) {
+  for (const char* ending : {"", "-wal", "-shm", "-journal"}) ::unlink((folder + kBookName + ending).c_str());
+  ::rmdir(folder.c_str());
+}
+
+void RemoveLeftovers() {
+  std::error_code ignored;  // what cannot be seen cannot be cleared away
+  for (fs::directory_iterator entry(TemporaryFolder(), ignored), end; !ignored && entry != end;
+       entry.increment(ignored)) {
+    const Text folder = entry->path().string();
+    if (entry->path().filename().string().starts_with(kFolderMark) && IsLeftover(folder)) RemoveFolder(folder);
   }
 }
 
 }  // namespace
 
 PrivateCopy::PrivateCopy(const BookHold& book) {
-  std::error_code error;
-  const std::filesystem::path temporary = std::filesystem::temp_directory_path(error);
-  folder_ = ((error ? std::filesystem::path("/tmp") : temporary) / "tallybook-look-XXXXXX").string();
-  if (::mkdtemp(folder_.data()) == nullptr) {
-    const int reason = errno;
-    const Text wanted = folder_;
-    folder_.clear();
-    Fail(reason, book.Path() +
-                     ": a writer left a log beside the book, and to read both a folder for a copy cannot be made (" +
-                     wanted + ")");
-  }
+  RemoveLeftovers();
   try {
-    for (int tries = 0; tries < kTries; ++tries) {
-      const FileState file = book.State();
-      const FileState log = StateAt(book.LogPath());
-      if (IsSettled(file) && IsSettled(log)) {
-        Copy(book);
-        if (book.State() == file && StateAt(book.LogPath()) == log) return;
-      }
-      std::this_thread::sleep_for(kBetweenTries);
-    }
+    MakeFiles(book);
+    CopySettled(book);
+    GiveNames(book);
   } catch (...) {
     Remove();
+    for (const int file : {book_, log_}) ::close(file);
     throw;
   }
+}
+
+PrivateCopy::~PrivateCopy() {
   Remove();
+  for (const int file : {book_, log_}) ::close(file);
+}
+
+void PrivateCopy::MakeFolder(const BookHold& book) {
+  folder_ = TemporaryFolder() + "/" + Text(kFolderMark) + "XXXXXX";
+  if (::mkdtemp(folder_.data()) != nullptr) return;
+  const int reason = errno;
+  const Text wanted = folder_;
+  folder_.clear();
+  Fail(reason, book.Path() +
+                   ": a writer left a log beside the book, and to read both a folder for a copy cannot be made (" +
+                   wanted + ")");
+}
+
+void PrivateCopy::MakeFiles(const BookHold& book) {
+  book_ = MakeUnnamed();
+  if (book_ >= 0) {
+    log_ = MakeUnnamed();
+    if (log_ < 0) Fail(errno, Words(book));
+  } else {
+    MakeFolder(book);
+    has_names_ = true;
+    constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
+    book_ = ::open(Path().c_str(), kFlags, 0600);
+    log_ = ::open((Path() + "-wal").c_str(), kFlags, 0600);
+    if (book_ < 0 || log_ < 0) Fail(errno, Words(book) + " (" + folder_ + ")");
+  }
+  HoldAsMaker(book_);
+}
+
+void PrivateCopy::CopySettled(const BookHold& book) {
+  for (int tries = 0; tries < kTries; ++tries) {
+    const FileState file = book.State();
+    const FileState log = StateAt(book.LogPath());
+    if (IsSettled(file) && IsSettled(log)) {
+      Copy(book);
+      if (book.State() == file && StateAt(book.LogPath()) == log) return;
+    }
+    std::this_thread::sleep_for(kBetweenTries);
+  }
   throw Failure(
       FailureNumber::kPermissionDenied,
       book.Path() + ": a writer is at work in the book, which may only be read here; try again when it is done",
       kSource);
 }
 
-void PrivateCopy::Copy(const BookHold& book) const {
-  const Text log_copy = Path() + "-wal";
-  const Text what = book.Path() + ": a writer left a log beside the book, and the two cannot be copied to be read";
-  CopyBytes(book.Descriptor(), Path(), what + " (" + folder_ + ")");
-  ::unlink(log_copy.c_str());
-  if (!StateAt(book.LogPath()).exists) return;
+void PrivateCopy::Copy(const BookHold& book) {
+  const Text what = Words(book) + " (" + TemporaryFolder() + ")";
+  CopyBytes(book.Descriptor(), book_, what);
+  has_log_ = StateAt(book.LogPath()).exists;
+  if (!has_log_) return;
   const File log(::open(book.LogPath().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
   if (log.Descriptor() >= 0) {
-    CopyBytes(log.Descriptor(), log_copy, what + " (" + folder_ + ")");
-  } else if (errno != ENOENT) {
-    Fail(errno, what + " (" + book.LogPath() + ")");
+    CopyBytes(log.Descriptor(), log_, what);
+  } else if (errno == ENOENT) {
+    has_log_ = false;
+  } else {
+    Fail(errno, Words(book) + " (" + book.LogPath() + ")");
   }
+}
+
+void PrivateCopy::GiveNames(const BookHold& book) {
+  const Text log_path = Path() + "-wal";
+  if (has_names_) {
+    if (!has_log_) ::unlink(log_path.c_str());
+    return;
+  }
+  MakeFolder(book);
+  const auto give = [&](int file, const Text& path) {
+    if (::linkat(AT_FDCWD, PathOfDescriptor(file).c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0) return;
+    Fail(errno, Words(book) + " (" + path + ")");
+  };
+  if (has_log_) give(log_, folder_ + kBookName + "-wal");
+  give(book_, Path());
 }
 
 void PrivateCopy::Remove() noexcept {
   if (folder_.empty()) return;
-  for (const char* ending : {"", "-wal", "-shm", "-journal"}) ::unlink((Path() + ending).c_str());
-  ::rmdir(folder_.c_str());
+  RemoveFolder(folder_);
   folder_.clear();
 }
 

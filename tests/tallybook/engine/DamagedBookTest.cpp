@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <filesystem>
 
 #include "tallybook/engine/DamagedBook.h"
@@ -47,6 +48,21 @@ TEST_F(DamagedBookTest, LeavesTheBookAndWhatStandsBesideItAsTheyAre) {
   EXPECT_EQ(folder.Read("North.tbk"), half);
   EXPECT_EQ(folder.Read("North.tbk-wal"), "no log");
   EXPECT_FALSE(folder.Has("North.tbk-shm"));
+}
+
+TEST_F(DamagedBookTest, HasNoCopyWithANameOnceItIsOpen) {
+  std::filesystem::create_directory(folder.Path("tmp"));
+  ::setenv("TMPDIR", folder.Path("tmp").c_str(), 1);
+  const auto writer = Open();
+  Put(*writer, 101, Day(2003, 1, 1), 1, 5);
+  writer->Commit();
+  std::filesystem::copy_file(BookPath(), folder.Path("Left.tbk"));
+  std::filesystem::copy_file(BookPath() + "-wal", folder.Path("Left.tbk-wal"));
+  DamagedBook book(folder.Path("Left.tbk"));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.Path("tmp")));
+  EXPECT_EQ(book.LoadDescription(kNotAsItReads), "");
+  EXPECT_EQ(book.Db().Number("SELECT count(*) FROM chunk"), 1);
+  ::unsetenv("TMPDIR");
 }
 
 TEST_F(DamagedBookTest, TellsTheFormatsOfOlderBooks) {

@@ -1,7 +1,9 @@
 #include <cstring>
+#include <fcntl.h>
 #include <map>
 #include <random>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include "tallybook/engine/LeafRows.h"
 #include "tests/tallybook/engine/BookFixture.h"
@@ -23,8 +25,10 @@ class LeafRowsTest : public ::testing::Test {
 
   std::map<std::int64_t, std::size_t> Sizes() {
     std::map<std::int64_t, std::size_t> sizes;
-    engine::VisitLeafRows(Path(), kPageSize,
+    const int file = ::open(Path().c_str(), O_RDONLY | O_CLOEXEC);
+    engine::VisitLeafRows(file, kPageSize,
                           [&](std::int64_t number, std::span<const std::byte> bytes) { sizes[number] = bytes.size(); });
+    ::close(file);
     return sizes;
   }
 
@@ -63,6 +67,11 @@ TEST_F(LeafRowsTest, PassesOverRowsOfAnotherShape) {
       "INTEGER);"
       "INSERT INTO two (number) VALUES (7)");
   EXPECT_TRUE(Sizes().empty());
+}
+
+TEST_F(LeafRowsTest, FailsWhereTheFileCannotBeRead) {
+  EXPECT_THAT([] { engine::VisitLeafRows(-1, kPageSize, [](std::int64_t, std::span<const std::byte>) {}); },
+              FailsWith(FailureNumber::kDeviceError, "cannot be read"));
 }
 
 TEST_F(LeafRowsTest, EndsWhateverThePagesHold) {
