@@ -23,6 +23,7 @@
 #include "tallybook/engine/BookFile.h"
 #include "tallybook/engine/BookHold.h"
 #include "tallybook/engine/BookPlace.h"
+#include "tallybook/files/FileModes.h"
 #include "tallybook/files/FileNames.h"
 
 namespace tallybook::application {
@@ -39,14 +40,10 @@ constexpr const char* kSource = "BookCare";
 
 // Nobody but its owner may read it who may not read the other.
 void MakeNoMoreReadable(const Text& path, const Text& than) {
-  struct stat own {};
-  struct stat other {};
-  const bool done = ::stat(path.c_str(), &own) == 0 && ::stat(than.c_str(), &other) == 0 &&
-                    ::chmod(path.c_str(), (own.st_mode & other.st_mode & 0777U) | S_IRUSR | S_IWUSR) == 0;
-  if (done) return;
-  const int error = errno;
-  throw Failure(FailureNumberOf(error),
-                than + ": what is made of it cannot be kept from others: " + WordsOfError(error), kSource);
+  const std::error_code error = files::MakeNoMoreReadable(path, than);
+  if (!error) return;
+  throw Failure(FailureNumberOf(error.value()),
+                than + ": what is made of it cannot be kept from others: " + WordsOfError(error.value()), kSource);
 }
 
 void CheckBackupPlace(const Text& book, const Text& file, bool replace) {
@@ -65,8 +62,8 @@ void CheckBackupPlace(const Text& book, const Text& file, bool replace) {
 
 // A backup that is whole, or not there.
 engine::BackupContents MakeBackup(const Text& book, WholeFile& output) {
-  engine::BackupContents contents = engine::WriteBackup(book, output.Begin(), output.Path());
-  MakeNoMoreReadable(output.WorkPath(), book);
+  MakeNoMoreReadable(output.Begin(), book);
+  engine::BackupContents contents = engine::WriteBackup(book, output.WorkPath(), output.Path());
   engine::RequireSound(output.WorkPath(), book);
   return contents;
 }
@@ -218,13 +215,13 @@ RestoreDone RestoreBook(const Text& file, const Text& book, const RestoreOptions
   if (LookAt(place).kind == FileKind::kRegular) present.emplace(place, options.wait_seconds);
 
   WholeFile output(*ThePlatform().files, place);
-  engine::UnpackBackup(file, output.Begin(), place);
+  output.Begin();
+  if (!present) MakeNoMoreReadable(output.WorkPath(), file);
+  engine::UnpackBackup(file, output.WorkPath(), place);
   engine::RequireSound(output.WorkPath(), file);
   if (present) {
     done.kept_as = present->Keep();
     present->KeepOthersAway();
-  } else {
-    MakeNoMoreReadable(output.WorkPath(), file);
   }
   output.Keep();
   if (present) present->SetReplaced();

@@ -1,9 +1,12 @@
 #include "tallybook/engine/BookSalvage.h"
 
+#include <system_error>
 #include <utility>
 
 #include "base/Failure.h"
+#include "platform/posix/SystemError.h"
 #include "tallybook/engine/BackupTables.h"
+#include "tallybook/engine/BookBackup.h"
 #include "tallybook/engine/BookCompanions.h"
 #include "tallybook/engine/BookFile.h"
 #include "tallybook/engine/BookPlace.h"
@@ -15,6 +18,7 @@
 #include "tallybook/engine/SalvageLosses.h"
 #include "tallybook/engine/SalvagedChunks.h"
 #include "tallybook/engine/Workpiece.h"
+#include "tallybook/files/FileModes.h"
 
 namespace tallybook::engine {
 
@@ -45,6 +49,11 @@ class Salvager {
     transaction.Commit();
   }
 
+  void TellCompanionsWait(const Text& why) {
+    losses_.Add(FindingKind::kCompanions,
+                "they are in the new book and will stand beside it when it is opened next: " + why);
+  }
+
   [[nodiscard]] SalvageResult TakeResult() {
     result_.lost = losses_.Take();
     return std::move(result_);
@@ -63,9 +72,9 @@ class Salvager {
     const Text& path = damaged_.Path();
     std::vector<Companion> companions;
     const bool read = Tries([&] {
-      // A backup has them within.
-      companions = HasBackupTables(damaged_.Db()) ? LoadCompanions(damaged_.Db())
-                                                  : ReadCompanions(BookFolder(path), BookName(path));
+      // A backup has them within, and no others even where they cannot be found there.
+      const bool within = HasBackupTables(damaged_.Db()) || LooksLikeBackup(path);
+      companions = within ? LoadCompanions(damaged_.Db()) : ReadCompanions(BookFolder(path), BookName(path));
     });
     if (!read) losses_.Add(FindingKind::kCompanions, "the companion files cannot be read");
     if (companions.empty()) return;
@@ -79,10 +88,15 @@ class Salvager {
   SalvageResult result_;
 };
 
-// Companion files that a book has within stand beside it when it has been opened.
-void PutCompanionsInPlace(const Text& path) {
-  const bool read_only = false;
-  const BookFile opened(path, read_only);
+// Companion files that a book has within stand beside it when it has been opened. Gives why that could not be done now.
+Text PutCompanionsInPlace(const Text& path) {
+  try {
+    const bool read_only = false;
+    const BookFile opened(path, read_only);
+    return "";
+  } catch (const Failure& failure) {
+    return failure.Description();
+  }
 }
 
 }  // namespace
@@ -96,10 +110,16 @@ SalvageResult SalvageBook(const Text& damaged, const Text& new_book, bool as_it_
   const Text trouble = book.LoadDescription(as_it_reads);
   Salvager salvager(book, trouble);
   Workpiece workpiece(place);
+  if (const std::error_code error = files::MakeNoMoreReadable(workpiece.Path(), book.Path())) {
+    throw Failure(FailureNumberOf(error.value()),
+                  place + ": it cannot be kept from those who may not read the damaged book: " + error.message(),
+                  kSource);
+  }
   salvager.Write(workpiece.Path());
   RequireSound(workpiece.Path(), place);
   workpiece.MoveToPlace();
-  PutCompanionsInPlace(place);
+  const Text trouble_beside = PutCompanionsInPlace(place);
+  if (!trouble_beside.empty()) salvager.TellCompanionsWait(trouble_beside);
   return salvager.TakeResult();
 }
 

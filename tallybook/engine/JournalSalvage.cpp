@@ -104,13 +104,12 @@ void JournalSalvage::ReadEntries() {
 // Entries may be missing behind those that can be read.
 void JournalSalvage::FindLastEntry() {
   constexpr std::int64_t kMostEntries = 10'000'000;
-  Tries([&] {
-    const std::int64_t given = book_.Db().Number("SELECT max(id) FROM journal");
-    const std::int64_t told = book_.Db().Number("SELECT seq FROM sqlite_sequence WHERE name = 'journal'");
-    for (const std::int64_t number : {given, told}) {
+  for (const char* sql : {"SELECT max(id) FROM journal", "SELECT seq FROM sqlite_sequence WHERE name = 'journal'"}) {
+    Tries([&] {
+      const std::int64_t number = book_.Db().Number(sql);
       if (number > last_entry_ && number < last_entry_ + kMostEntries) last_entry_ = ToLong(number);
-    }
-  });
+    });
+  }
 }
 
 // False where nothing but the entry's number can be kept.

@@ -5,6 +5,7 @@
 #include <random>
 #include <set>
 
+#include "tallybook/engine/BookBackup.h"
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/BookSalvage.h"
 #include "tests/tallybook/engine/BookFixture.h"
@@ -220,6 +221,25 @@ TEST_F(BookSalvageTest, SaysThatALogIsDamagedWhoseBookAgreesWithItsChecksums) {
   const SalvageResult result = SalvageBook(folder.Path("Left.tbk"), NewPath(), kNotAsItReads);
   EXPECT_THAT(result.lost, ElementsAre(Lost(FindingKind::kFile, "the log beside the book is damaged")));
   EXPECT_EQ(NewFigures(), figures);
+}
+
+TEST_F(BookSalvageTest, MayBeReadByNobodyWhoMayNotReadTheDamagedBook) {
+  std::filesystem::permissions(BookPath(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+  Salvage();
+  EXPECT_EQ(std::filesystem::status(NewPath()).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(BookSalvageTest, SaysThatABackupsCompanionFilesAreLost) {
+  engine::Book::Create(folder.Path("Other.tbk"), ShopDescription());
+  folder.Write("TBQDX1.Other", "another's");
+  folder.Write("safe", "");
+  engine::WriteBackup(BookPath(), folder.Path("safe"), "backup");
+  std::filesystem::rename(folder.Path("safe"), BookPath());
+  Meddle("DROP TABLE companion");
+  const SalvageResult result = Salvage();
+  EXPECT_THAT(result.lost, ElementsAre(Lost(FindingKind::kCompanions, "cannot be read")));
+  EXPECT_EQ(result.companions, 0);
 }
 
 TEST_F(BookSalvageTest, SaysThatABookOfTheFirstFormatHasNoChecksums) {

@@ -71,6 +71,15 @@ TEST_F(JournalSalvageTest, KnowsOfAnEntryThatIsMissingAtTheEnd) {
   EXPECT_THAT(what_is_lost, Contains(HasSubstr("this entry is damaged or missing")));
 }
 
+TEST_F(JournalSalvageTest, KnowsOfADamagedEntryAtTheEndWhereTheNumbersGivenAreLost) {
+  Meddle("UPDATE journal SET what = 'other' WHERE id = 3");
+  Meddle(
+      "DELETE FROM sqlite_sequence; PRAGMA writable_schema = ON; DELETE FROM sqlite_master WHERE name = "
+      "'sqlite_sequence'");
+  EXPECT_EQ(Salvage(), 0);
+  EXPECT_EQ(rows.size(), 3U);
+}
+
 TEST_F(JournalSalvageTest, SaysThatACommandIsLost) {
   Meddle("UPDATE command SET what = 'another' WHERE id = (SELECT max(id) FROM command)");
   EXPECT_EQ(Salvage(), 3);
