@@ -101,13 +101,19 @@ class PreviewReport : public PrinterEvents {
           {{3, "Account"}, {4.5F, "Date"}, {4, "Field"}, {4, "Before"}, {4, "After"}, {4, "Change"}, {4, "File"}});
     std::size_t rows = 0;
     preview_.VisitChanges([&](std::size_t file, const preview::FigureChange& change) {
-      if (!TakesOne(rows)) return true;
       Row({CodeOf(change.account_number), DateText(change.date), FieldOf(change.field_number, change.field_position),
            FigureText(change.before), FigureText(change.after), FigureText(change.after - change.before),
            preview_.Files()[file].name});
-      return true;
+      return ++rows < kMostFiguresOfAReport;
     });
-    PrintRest(rows);
+    PrintRest(AllFigures());
+  }
+
+  // As many lines as the table would have.
+  [[nodiscard]] std::size_t AllFigures() const {
+    long long figures = 0;
+    for (const preview::PreviewedFile& file : preview_.Files()) figures += file.figures;
+    return static_cast<std::size_t>(figures);
   }
 
   void PrintOwnReport() {

@@ -1,5 +1,8 @@
 #include "tallybook/cli/PreviewPrinter.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <fmt/format.h>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -24,6 +27,7 @@ using application::WithCommas;
 
 constexpr std::size_t kBufferSize = std::size_t{1} << 16;
 constexpr Long kFieldNameWidth = 20;
+constexpr std::size_t kLongestNumber = 32;  // the shortest text of a double takes 24 characters at most
 
 Text Json(const Text& text) {
   return JsonLine(nlohmann::ordered_json(text));
@@ -64,6 +68,56 @@ void PreviewPrinter::Print(PrintForm form) {
   WriteOut();
 }
 
+void PreviewPrinter::PrepareFigure(PrintForm form, const preview::FigureChange& change) {
+  if (change.account_position != account_position_) {
+    account_position_ = change.account_position;
+    const Text& code = CodeOf(account_position_);
+    const Long number = change.account_number;
+    if (form == PrintForm::kTable) account_text_ = PadRight(Shown(code), ' ', engine::kCodeWidth) + "  ";
+    if (form == PrintForm::kCsv) account_text_ = fmt::format("{},{},", number, CsvField(code));
+    if (form == PrintForm::kJson) account_text_ = fmt::format(R"("account": {}, "code": {}, )", number, Json(code));
+  }
+  if (change.date == date_) return;
+  date_ = change.date;
+  date_text_ = DateText(date_);
+  if (form == PrintForm::kTable) date_text_ += "  ";
+  if (form == PrintForm::kCsv) date_text_ += ',';
+  if (form == PrintForm::kJson) date_text_ = fmt::format(R"("date": "{}", )", date_text_);
+}
+
+// The texts of all fields and files.
+void PreviewPrinter::PrepareFiles(PrintForm form) {
+  for (const auto& field : book_.Description().fields) {
+    const auto position = static_cast<Integer>(field_texts_.size() + 1);
+    const Integer number = field.number;
+    if (form == PrintForm::kTable) field_texts_.push_back(FieldText(number, position));
+    if (form == PrintForm::kCsv) field_texts_.push_back(fmt::format("{},", number));
+    if (form == PrintForm::kJson) field_texts_.push_back(fmt::format(R"("field": {}, )", number));
+  }
+  for (const preview::PreviewedFile& file : preview_.Files()) {
+    if (form == PrintForm::kTable) file_texts_.push_back("  " + Shown(file.name) + "\n");
+    if (form == PrintForm::kCsv) file_texts_.push_back(CsvField(file.name) + "\n");
+    if (form == PrintForm::kJson) file_texts_.push_back(fmt::format(R"(, "file": {} }})", Json(file.name)));
+  }
+}
+
+void PreviewPrinter::AppendValue(Double value) {
+  std::array<char, kLongestNumber> text{};
+  const auto result = std::to_chars(text.begin(), text.end(), value);
+  buffer_.append(text.begin(), result.ptr);
+}
+
+// Of a table: two blanks, and 15 digits.
+void PreviewPrinter::AppendPadded(Double value) {
+  constexpr std::size_t kWidth = 18;
+  constexpr int kDigits = 15;
+  std::array<char, kLongestNumber> text{};
+  const auto result = std::to_chars(text.begin(), text.end(), value, std::chars_format::general, kDigits);
+  const auto width = static_cast<std::size_t>(result.ptr - text.begin());
+  buffer_.append(std::max(kWidth, width + 2) - width, ' ');
+  buffer_.append(text.begin(), result.ptr);
+}
+
 const Text& PreviewPrinter::CodeOf(Integer account_position) const {
   return book_.Description().accounts[static_cast<std::size_t>(account_position - 1)].code;
 }
@@ -85,10 +139,14 @@ void PreviewPrinter::PrintTable() {
 
 void PreviewPrinter::PrintTableOfFigures() {
   Heading(fmt::format("{:<10}  {:<10}  {:<26}  {}  File", "Account", "Date", "Field", TableFigureHeads()));
+  PrepareFiles(PrintForm::kTable);
   preview_.VisitChanges([&](std::size_t file, const preview::FigureChange& change) {
-    Line(fmt::format("{}  {}  {}  {}  {}", PadRight(Shown(CodeOf(change.account_position)), ' ', engine::kCodeWidth),
-                     DateText(change.date), FieldText(change.field_number, change.field_position),
-                     TableFigures(change.before, change.after), Shown(preview_.Files()[file].name)));
+    PrepareFigure(PrintForm::kTable, change);
+    buffer_ += account_text_;
+    buffer_ += date_text_;
+    buffer_ += field_texts_[static_cast<std::size_t>(change.field_position - 1)];
+    for (const Double figure : {change.before, change.after, change.after - change.before}) AppendPadded(figure);
+    buffer_ += file_texts_[file];
     return GoesOn();
   });
 }
@@ -135,11 +193,17 @@ void PreviewPrinter::PrintTableOfFiles() {
 
 void PreviewPrinter::PrintCsv() {
   Line("account_number,account_code,date,field,before,after,change,file");
+  PrepareFiles(PrintForm::kCsv);
   preview_.VisitChanges([&](std::size_t file, const preview::FigureChange& change) {
-    Line(fmt::format("{},{},{},{},{},{},{},{}", change.account_number, CsvField(CodeOf(change.account_position)),
-                     DateText(change.date), change.field_number, ShortestText(change.before),
-                     ShortestText(change.after), ShortestText(change.after - change.before),
-                     CsvField(preview_.Files()[file].name)));
+    PrepareFigure(PrintForm::kCsv, change);
+    buffer_ += account_text_;
+    buffer_ += date_text_;
+    buffer_ += field_texts_[static_cast<std::size_t>(change.field_position - 1)];
+    for (const Double figure : {change.before, change.after, change.after - change.before}) {
+      AppendValue(figure);
+      buffer_ += ',';
+    }
+    buffer_ += file_texts_[file];
     return GoesOn();
   });
 }
@@ -177,10 +241,21 @@ void PreviewPrinter::EndList() {
 
 void PreviewPrinter::PrintJsonOfFigures() {
   BeginList("changes");
+  PrepareFiles(PrintForm::kJson);
   preview_.VisitChanges([&](std::size_t file, const preview::FigureChange& change) {
-    AddRow(fmt::format(R"("account": {}, "code": {}, "date": "{}", "field": {}, {}, "file": {})", change.account_number,
-                       Json(CodeOf(change.account_position)), DateText(change.date), change.field_number,
-                       JsonFigures(change.before, change.after), Json(preview_.Files()[file].name)));
+    PrepareFigure(PrintForm::kJson, change);
+    buffer_ += first_row_ ? "\n    { " : ",\n    { ";
+    first_row_ = false;
+    buffer_ += account_text_;
+    buffer_ += date_text_;
+    buffer_ += field_texts_[static_cast<std::size_t>(change.field_position - 1)];
+    buffer_ += R"("figure_before": )";
+    AppendValue(change.before);
+    buffer_ += R"(, "figure_after": )";
+    AppendValue(change.after);
+    buffer_ += R"(, "change": )";
+    AppendValue(change.after - change.before);
+    buffer_ += file_texts_[file];
     return GoesOn();
   });
   EndList();

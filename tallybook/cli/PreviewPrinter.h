@@ -4,6 +4,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 #include "tallybook/application/PreviewOutcome.h"
 #include "tallybook/cli/PrintForm.h"
@@ -36,6 +37,11 @@ class PreviewPrinter {
   void PrintJsonOfDays();
   void PrintJsonOfFiles();
 
+  // What a line of figures begins with, made anew only where it changes.
+  void PrepareFigure(PrintForm form, const preview::FigureChange& change);
+  void PrepareFiles(PrintForm form);
+  void AppendValue(Double value);
+  void AppendPadded(Double value);
   [[nodiscard]] const Text& CodeOf(Integer account_position) const;
   [[nodiscard]] Text FieldText(Integer number, Integer position) const;
   [[nodiscard]] Text TotalCells(const preview::ChangeTotal& total) const;
@@ -53,6 +59,13 @@ class PreviewPrinter {
   std::ostream& out_;
   std::string buffer_;
   bool first_row_ = true;
+
+  Integer account_position_ = 0;
+  Text account_text_;
+  Date date_ = kNoDate;
+  Text date_text_;
+  std::vector<Text> field_texts_;  // by position from 0
+  std::vector<Text> file_texts_;
 };
 
 }  // namespace tallybook::cli

@@ -105,7 +105,7 @@ std::unique_ptr<engine::Book> Session::OpenToRead(const Text& path) {
 }
 
 std::unique_ptr<engine::Book> Session::OpenToPreview(const Text& path) {
-  constexpr std::size_t kMostCacheBytes = std::size_t{64} << 20;
+  constexpr std::size_t kMostCacheBytes = std::size_t{48} << 20;
   engine::BookOptions options;
   options.read_only = true;
   return Open(path, options, kMostCacheBytes);

@@ -5,6 +5,37 @@
 
 namespace tallybook::preview {
 
+namespace {
+
+// Amounts, which most figures are, take half the room in the file: as whole hundredths, where that is exact for all of a
+// chunk. Added to a value below 2 to the 51st and taken away again, kShift leaves the nearest whole number.
+constexpr Double kHundredths = 100;
+constexpr Double kShift = 6755399441055744.0;
+constexpr Double kMostHundredths = 2147483646;
+constexpr std::int32_t kUnwrittenHundredths = std::numeric_limits<std::int32_t>::min();
+
+bool Pack(std::span<const Double> figures, std::vector<std::int32_t>& packed) {
+  packed.resize(figures.size());
+  bool exact = true;
+  for (std::size_t index = 0; index < figures.size(); ++index) {
+    const Double figure = figures[index];
+    const bool unwritten = IsUnwritten(figure);
+    const Double wanted = unwritten ? 0 : std::clamp(figure * kHundredths, -kMostHundredths, kMostHundredths);
+    const Double whole = (wanted + kShift) - kShift;
+    exact = exact && (unwritten || whole / kHundredths == figure);
+    packed[index] = unwritten ? kUnwrittenHundredths : static_cast<std::int32_t>(whole);
+  }
+  return exact;
+}
+
+void Unpack(std::span<const std::int32_t> packed, std::span<Double> figures) {
+  for (std::size_t index = 0; index < packed.size(); ++index) {
+    figures[index] = packed[index] == kUnwrittenHundredths ? kUnwritten : packed[index] / kHundredths;
+  }
+}
+
+}  // namespace
+
 OverlayFigures::OverlayFigures(std::size_t accounts, std::size_t records, std::size_t cache_bytes)
     : groups_((records + kRows - 1) / kRows), cache_bytes_(cache_bytes), chunk_of_group_(accounts) {}
 
@@ -92,7 +123,7 @@ void OverlayFigures::Put(std::size_t column, Double old, Double figure) {
   chunk.changed = true;
 }
 
-// Rows held grow towards the new one, with room for as many again: most writers go from record to record.
+// Rows held grow towards the new one. Room comes in two sizes, so that what one chunk gives up fits the next.
 void OverlayFigures::HoldRow(Chunk& chunk, std::size_t row) {
   const std::size_t end = std::size_t{chunk.first} + chunk.count;
   if (row >= chunk.first && row < end) return;
@@ -102,7 +133,7 @@ void OverlayFigures::HoldRow(Chunk& chunk, std::size_t row) {
   const std::size_t last = chunk.count == 0 ? row : std::max(end - 1, row);
   const std::size_t count = last - first + 1;
   const std::size_t size = std::size_t{2} * chunk.width;
-  if (count * size > chunk.figures.capacity()) chunk.figures.reserve(std::min(kRows, 2 * count) * size);
+  if (count * size > chunk.figures.capacity()) chunk.figures.reserve((count <= kFewRows ? kFewRows : kRows) * size);
   if (chunk.count != 0 && first < chunk.first) {
     chunk.figures.insert(chunk.figures.begin(), (chunk.first - first) * size, kUnwritten);
   }
@@ -132,7 +163,13 @@ void OverlayFigures::BeginRound() {
 void OverlayFigures::Load(Chunk& chunk) {
   MakeRoom();
   std::vector<Double> figures(std::size_t{chunk.count} * 2 * chunk.width);
-  file_.ReadAt(chunk.place, std::as_writable_bytes(std::span(figures)));
+  if (chunk.packed) {
+    packed_.resize(figures.size());
+    file_.ReadAt(chunk.place, std::as_writable_bytes(std::span(packed_)));
+    Unpack(packed_, figures);
+  } else {
+    file_.ReadAt(chunk.place, std::as_writable_bytes(std::span(figures)));
+  }
   chunk.figures = std::move(figures);
   chunk.loaded = true;
   chunk.changed = false;
@@ -163,8 +200,10 @@ void OverlayFigures::GiveUpOne() {
 
 // A chunk that has outgrown its place gets another, at the end.
 void OverlayFigures::Store(Chunk& chunk) {
-  const std::span<const std::byte> bytes = std::as_bytes(std::span(chunk.figures));
-  if (chunk.changed && !bytes.empty()) {
+  if (chunk.changed && !chunk.figures.empty()) {
+    chunk.packed = Pack(chunk.figures, packed_);
+    const std::span<const std::byte> bytes =
+        chunk.packed ? std::as_bytes(std::span(packed_)) : std::as_bytes(std::span(chunk.figures));
     if (bytes.size() > chunk.room) {
       chunk.place = file_.Size();
       chunk.room = static_cast<std::uint32_t>(bytes.size());
@@ -172,7 +211,7 @@ void OverlayFigures::Store(Chunk& chunk) {
     file_.WriteAt(chunk.place, bytes);
   }
   held_bytes_ -= Bytes(chunk);
-  chunk.figures = {};
+  std::vector<Double>().swap(chunk.figures);  // to assign nothing would keep the room
   chunk.loaded = false;
   chunk.changed = false;
 }

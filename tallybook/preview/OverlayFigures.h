@@ -62,6 +62,7 @@ class OverlayFigures {
 
  private:
   static constexpr std::size_t kRows = 32;
+  static constexpr std::size_t kFewRows = 4;
   using RowBits = std::uint32_t;
   static constexpr std::uint32_t kNone = 0;
 
@@ -78,6 +79,7 @@ class OverlayFigures {
     std::uint16_t width = 0;  // columns
     std::uint8_t first = 0;   // of the rows held
     std::uint8_t count = 0;
+    bool packed = false;  // in the file
     bool loaded = true;
     bool changed = false;  // differs from the file
     bool visited = false;  // used since the hand of the cache passed by
@@ -106,6 +108,7 @@ class OverlayFigures {
   std::size_t hand_ = 0;
   std::size_t held_bytes_ = 0;
   TemporaryFile file_;
+  std::vector<std::int32_t> packed_;
   std::uint32_t round_ = 1;
   std::size_t columns_ = 0;  // the widest row so far
 

@@ -1,5 +1,6 @@
 // Figures that were written and kept apart: against a plain map, with a cache that holds next to nothing.
 #include <gmock/gmock.h>
+#include <malloc.h>
 #include <map>
 #include <rapidcheck.h>
 #include <set>
@@ -100,6 +101,11 @@ class Model {
   std::set<Record> touched_now_;
 };
 
+// Whole numbers, hundredths, and what is neither.
+Double AnyFigure() {
+  return *rc::gen::element(0.0, 7.0, -0.01, 12.34, 1.0 / 3, 1e12, -2147483646.0, 21474836.46, -21474836.48);
+}
+
 void ActAtRandom(Model& model) {
   const int acts = *rc::gen::inRange(1, 200);
   for (int act = 0; act < acts; ++act) {
@@ -110,9 +116,9 @@ void ActAtRandom(Model& model) {
       model.BeginRound();
     } else if (choice < 5) {
       for (std::size_t next = record; next < std::min(record + 40, kRecords); ++next)
-        model.Write(account, next, 2, choice);
+        model.Write(account, next, 2, AnyFigure());
     } else {
-      model.Write(account, record, *rc::gen::inRange<std::size_t>(0, kColumns), choice);
+      model.Write(account, record, *rc::gen::inRange<std::size_t>(0, kColumns), AnyFigure());
     }
   }
   model.CheckNow();
@@ -125,6 +131,24 @@ TEST(OverlayFigures, HoldWhatAPlainMapHoldsWhateverFitsIntoMemory) {
     Model model(*rc::gen::element<std::size_t>(1, kTinyCache, std::size_t{1} << 20));
     ActAtRandom(model);
   }));
+}
+
+TEST(OverlayFigures, TakeNoMoreMemoryThanTheyMay) {
+  constexpr std::size_t kMany = 100'000;
+  constexpr std::size_t kCache = std::size_t{1} << 20;
+  constexpr std::size_t kBesides = std::size_t{2} << 20;  // what tells of chunks that stand in the file
+  const std::size_t before = ::mallinfo2().uordblks;
+  OverlayFigures figures(1, kMany, kCache);
+  for (std::size_t record = 0; record < kMany; ++record) {
+    figures.Select(0, record);
+    figures.Touch();
+    for (std::size_t column = 0; column < kColumns; ++column) figures.Put(column, 0, 0.5);
+  }
+  EXPECT_LT(::mallinfo2().uordblks, before + kCache + kBesides);
+  std::size_t seen = 0;
+  figures.VisitRound([&](const OverlayFigures::Row& row) { return ++seen == row.record + 1; });
+  EXPECT_EQ(seen, kMany);
+  EXPECT_LT(::mallinfo2().uordblks, before + kCache + kBesides);
 }
 
 TEST(OverlayFigures, AVisitEndsWhereItIsTold) {
