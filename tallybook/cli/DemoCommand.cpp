@@ -28,6 +28,7 @@ constexpr std::size_t kLineWidth = 78;
 constexpr const char* kShop = "north-shop";
 constexpr const char* kOffice = "head-office";
 constexpr const char* kExchangeFile = "north-2024.QDX";
+constexpr const char* kPreview = "preview.txt";
 
 struct DemoOptions {
   Text folder;
@@ -177,10 +178,19 @@ class Demo {
                                     "--from", "2024-01-01", "--to",      "2024-03-31"};
     Type(look);
     Say("Replacing zeroes the year in the matched accounts and fields first; then every day of the file is added to "
-        "its month.");
+        "its month. A preview shows it beforehand, and changes nothing:");
+    Type({"import", "qdx", kOffice, "--definition", "1", "--math", "replace", "--preview", "--report", kPreview});
+    ShowTotals(kPreview);
+    Say("Now in earnest:");
     Type({"import", "qdx", kOffice, "--definition", "1", "--math", "replace"});
     Say("And after it:");
     Type(look);
+  }
+
+  // The part of a preview that a page has room for: its files, days and totals of the fields.
+  static void ShowTotals(const Text& preview) {
+    std::ifstream file(preview);
+    for (Text line; std::getline(file, line) && !line.starts_with("Totals of the accounts");) PrintLine(line);
   }
 
   // Sums by account code and field number over the year.
