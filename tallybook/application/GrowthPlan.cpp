@@ -128,6 +128,12 @@ Text SingleChange(const ItemDifference& item) {
   return item.name + " " + item.after;
 }
 
+Text ItemWords(const ItemDifference& item) {
+  if (item.name == "calendar.years") return Counted(std::stoll(item.after), "year") + " held";
+  if (item.name == "calendar.years_in_use") return Counted(std::stoll(item.after), "year") + " in use";
+  return fmt::format("{} {} becomes {}", item.name, item.before, item.after);
+}
+
 void AddCount(std::size_t count, const char* noun, const char* verb, Text& words) {
   if (count == 0) return;
   words += (words.empty() ? "" : ", ") + Counted(static_cast<long long>(count), noun) + " " + verb;
@@ -204,13 +210,15 @@ Text WhatRan(const BookDifference& difference) {
     if (!difference.items.empty()) return SingleChange(difference.items.front());
     return difference.accounts.IsEmpty() ? SingleChange(difference.fields) : SingleChange(difference.accounts);
   }
+  return "lists: " + CountsOf(difference);
+}
+
+Text CountsOf(const BookDifference& difference) {
   Text words;
   AddCounts(difference.accounts, "account", words);
   AddCounts(difference.fields, "field", words);
-  for (const ItemDifference& item : difference.items) {
-    words += (words.empty() ? "" : ", ") + fmt::format("{} {} becomes {}", item.name, item.before, item.after);
-  }
-  return "lists: " + words;
+  for (const ItemDifference& item : difference.items) words += (words.empty() ? "" : ", ") + ItemWords(item);
+  return words;
 }
 
 }  // namespace tallybook::application

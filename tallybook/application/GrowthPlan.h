@@ -53,5 +53,7 @@ struct GrowthRow {
 // What the journal says that ran: of a single change what the command for it would, "account add 300", else how many of
 // each, "lists: 2 accounts added, 1 field moved". Empty where nothing differs.
 [[nodiscard]] Text WhatRan(const engine::BookDifference& difference);
+// "2 accounts added, 1 field moved, 3 years held"; empty where nothing differs.
+[[nodiscard]] Text CountsOf(const engine::BookDifference& difference);
 
 }  // namespace tallybook::application

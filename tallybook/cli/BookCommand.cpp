@@ -3,6 +3,7 @@
 
 #include "base/Dates.h"
 #include "tallybook/application/BookCare.h"
+#include "tallybook/application/CareWords.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/Findings.h"
@@ -28,37 +29,17 @@ struct CheckOptions {
   PrintForm form = PrintForm::kTable;
 };
 
-Text DateOrNothing(Date date) {
-  return date == kNoDate ? Text() : DateText(date);
-}
-
-Text NumberOrNothing(Long number) {
-  return number == 0 ? Text() : std::to_string(number);
-}
-
 // Nothing where there are none.
 void PrintFindings(const std::vector<BookFinding>& findings, const Text& heading) {
   if (findings.empty()) return;
   TextTable table({{"Kind"}, {"Account"}, {"From"}, {"To"}, {"Entry", Align::kRight}, {heading}});
-  for (const BookFinding& finding : findings) {
-    table.AddRow({engine::FindingKindName(finding.kind),
-                  finding.code.empty() ? NumberOrNothing(finding.account) : finding.code, DateOrNothing(finding.first),
-                  DateOrNothing(finding.last), NumberOrNothing(finding.entry), finding.what});
-  }
+  for (const BookFinding& finding : findings) table.AddRow(application::CellsOf(finding));
   table.Print();
-}
-
-Text JournalEntries(long long count) {
-  return count == 1 ? "1 journal entry" : WithCommas(count) + " journal entries";
 }
 
 void PrintTable(const Text& path, const BookCheckResult& result) {
   PrintFindings(result.findings, "Finding");
-  const auto found = static_cast<long long>(result.findings.size());
-  PrintLine(fmt::format("{}: format {}{}, {}, {} with {}; {}", path, result.format,
-                        result.format == 1 ? " (without checksums)" : "", Counted(result.chunks, "chunk"),
-                        JournalEntries(result.entries), Counted(result.images, "image"),
-                        found == 0 ? "nothing is damaged" : Counted(found, "finding")));
+  PrintLine(application::CheckWords(path, result));
 }
 
 nlohmann::ordered_json JsonOf(const BookFinding& finding) {
@@ -121,7 +102,7 @@ void PrintTable(const Text& path, const engine::SalvageResult& result) {
   PrintFindings(result.lost, "Lost");
   const auto lost = static_cast<long long>(result.lost.size());
   PrintLine(fmt::format("Made {} with {}, {} and {}; {}.", path, Counted(result.chunks, "chunk"),
-                        JournalEntries(result.entries), Counted(result.companions, "companion file"),
+                        application::CountedEntries(result.entries), Counted(result.companions, "companion file"),
                         lost == 0 ? "nothing is lost" : Counted(lost, "finding")));
 }
 
@@ -174,16 +155,11 @@ struct BackupOptions {
   bool replace = false;
 };
 
-Text Bytes(std::int64_t count) {
-  return Counted(count, "byte");
-}
-
 ExitStatus RunBackup(const BackupOptions& options) {
   const Session session;
   const Text path = BookPath(options.book);
   const application::BackupDone done = application::BackUpBook(path, options.file, options.replace);
-  PrintLine(fmt::format("Wrote {}: {} with {}, {}.", options.file, path,
-                        Counted(static_cast<long long>(done.contents.companions), "companion file"), Bytes(done.size)));
+  PrintLine(application::BackupWords(path, options.file, done));
   return ExitStatus::kDone;
 }
 
@@ -213,14 +189,9 @@ ExitStatus RunRestore(const RestoreOptions& options) {
   const application::RestoreDone done = application::RestoreBook(options.file, BookPath(options.book), how);
   // The book stands there, whether that can be told or not.
   DoAfterCommit([&] {
-    PrintLine(fmt::format("Made {} as {} was on {}, with {}.", done.book, done.contents.book_name,
-                          DateTimeText(done.contents.time),
-                          Counted(static_cast<long long>(done.contents.companions), "companion file")));
-    if (!done.companions_wait.empty()) {
-      Warn(fmt::format("the companion files are put in place by the next command that opens the book: {}",
-                       done.companions_wait));
-    }
-    if (!done.kept_as.empty()) PrintLine(fmt::format("The book that was there is kept as {}.", done.kept_as));
+    PrintLine(application::RestoreWords(done));
+    if (!done.companions_wait.empty()) Warn(application::WaitingWords(done));
+    if (!done.kept_as.empty()) PrintLine(application::KeptWords(done));
   });
   return ExitStatus::kDone;
 }
@@ -246,7 +217,7 @@ ExitStatus RunCompact(const CompactOptions& options) {
   const Session session;
   const Text path = BookPath(options.book);
   const engine::CompactResult result = engine::CompactBook(path, options.wait);
-  PrintLine(fmt::format("{}: {} before, {} after.", path, Bytes(result.before), Bytes(result.after)));
+  PrintLine(application::CompactWords(path, result));
   return ExitStatus::kDone;
 }
 
