@@ -661,6 +661,10 @@ void FigurePane::Undo() {
   parts_->Write();
 }
 
+void FigurePane::NoteWritten(Long entry, const Text& what_ran) {
+  if (HasBook()) parts_->writer->Note(entry, what_ran);
+}
+
 bool FigurePane::CanUndo() const {
   return HasBook() && parts_->writable && parts_->writer->CanUndo();
 }

@@ -48,6 +48,8 @@ class FigurePane final : public QWidget {
   void Paste();
   void Clear();
   void Undo();
+  // What was done to the book elsewhere in this program, by one entry of the journal: Undo takes it back in its turn.
+  void NoteWritten(Long entry, const Text& what_ran);
   [[nodiscard]] bool CanUndo() const;
   [[nodiscard]] QString NextUndo() const;
   // Ends a change that is being typed, as Enter does.

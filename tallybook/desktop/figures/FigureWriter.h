@@ -29,6 +29,8 @@ class FigureWriter {
   // Puts taking back behind them: of what was written last through this writer and stands, with a paste as one. A change
   // that waits still is simply given up.
   void AddUndo();
+  // Something else has written an entry for the user, which AddUndo takes back in its turn. Nothing waits.
+  void Note(Long entry, const Text& what_ran) { written_.push_back({entry, what_ran}); }
   // Carries out what is in line, in order, until something waits or fails.
   [[nodiscard]] Outcome Try();
   // Gives up all that waits; nothing of it is written.

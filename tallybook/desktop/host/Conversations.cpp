@@ -31,6 +31,7 @@
 #include "tallybook/desktop/host/PromptFiller.h"
 #include "tallybook/desktop/host/QtPlatform.h"
 #include "tallybook/desktop/host/ReportWindow.h"
+#include "tallybook/desktop/host/RunBeside.h"
 
 namespace tallybook::desktop {
 
@@ -411,6 +412,40 @@ ConversationResult Conversations::Start(bool imports, Converse converse) {
     CDataExchangeGUI gui(state_->means.factory);
     return converse(run, gui, book);
   });
+}
+
+template <typename Converse>
+ConversationResult Conversations::StartPlain(bool imports, Converse converse) {
+  if (state_->run != nullptr) return {};
+  state_->means.app.SetFinished(false);
+  Run run(state_, imports ? Run::Kind::kImport : Run::Kind::kExport);
+  return converse(run);
+}
+
+ConversationResult Conversations::Look(const Act& act) {
+  const bool imports = false;
+  return StartPlain(imports, [&](Run& run) { return run.Do(act); });
+}
+
+ConversationResult Conversations::Change(const Act& act) {
+  const bool imports = true;
+  return StartPlain(imports, [&](Run& run) { return run.Do(act); });
+}
+
+bool Conversations::Beside(const Text& title, const std::function<void()>& work) {
+  const bool imports = false;
+  return StartPlain(imports,
+                    [&](Run& /*run*/) {
+                      ConversationResult result;
+                      try {
+                        RunBeside(state_->means.platform.Progress(), title, work);
+                        result.ran = true;
+                      } catch (...) {
+                        state_->Tell(CurrentFailure().Description(), kStopIcon);
+                      }
+                      return result;
+                    })
+      .ran;
 }
 
 ConversationResult Conversations::ExportTable(Date& current_date) {

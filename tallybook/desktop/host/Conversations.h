@@ -22,6 +22,10 @@
 
 class QWidget;
 
+namespace tallybook::engine {
+class Book;
+}
+
 namespace tallybook::desktop {
 
 class DesktopApp;
@@ -66,6 +70,15 @@ class Conversations {
   ConversationResult Undo(Long id = 0);
   ConversationResult UndoAll(const std::vector<Long>& ids);
 
+  // What the application itself does with the book, as a conversation: opens it to look, or to change it, hands it over,
+  // and closes it. What fails is told. `ran` is what the act gave; to refuse it tells why itself and gives false.
+  using Act = std::function<bool(engine::Book& book)>;
+  ConversationResult Look(const Act& act);
+  ConversationResult Change(const Act& act);
+  // Runs `work`, which opens the book itself, on a thread of its own, while the windows live; `title` is what the progress
+  // shows. Nothing but files may be reached from there. False where it failed, which is told, or where something runs.
+  bool Beside(const Text& title, const std::function<void()>& work);
+
   [[nodiscard]] bool IsRunning() const;
   // The application wants to close, which HostApp::Finished says from here on: dialogs that are open end as their close
   // boxes do, the list closes, work that can be cancelled is, and questions wait for the user. Where he stays in a dialog
@@ -82,6 +95,8 @@ class Conversations {
 
   template <typename Converse>
   ConversationResult Start(bool imports, Converse converse);
+  template <typename Converse>
+  ConversationResult StartPlain(bool imports, Converse converse);
   static ConversationResult TakeBack(const std::shared_ptr<State>& state, const std::vector<Long>& ids);
 
   std::shared_ptr<State> state_;

@@ -1,5 +1,6 @@
 #include "tallybook/desktop/host/OpenBook.h"
 
+#include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QLabel>
@@ -113,7 +114,9 @@ OpenedBook BookOpener::OpenToChange(const Text& path, QWidget* owner) {
   };
   const std::optional<Text> words = attempt();
   if (!words) return opened;
-  const QPointer<WaitDialog> dialog(new WaitDialog(path, *words, attempt, owner));
+  // A dialog that keeps its owner away would keep one away that stands beside it.
+  QWidget* const modal = QApplication::activeModalWidget();
+  const QPointer<WaitDialog> dialog(new WaitDialog(path, *words, attempt, modal == nullptr ? owner : modal));
   dialog->exec();
   const std::exception_ptr trouble = dialog.isNull() ? nullptr : dialog->Trouble();
   delete dialog.data();

@@ -97,6 +97,7 @@ void ProgressWindow::Begin(const tallybook::Text& title) {
   title_ = title;
   text_ = title;
   fraction_ = 0;
+  is_busy_ = false;
   if (begin_listener_) begin_listener_();
   LetEventsIn();
 }
@@ -140,6 +141,7 @@ void ProgressWindow::ShowState() {
   Frame& frame = *frame_;
   frame.setWindowTitle(ShownLine(title_));
   frame.text_->setText(ShownLines(text_));
+  frame.bar_->setRange(0, is_busy_ ? 0 : kSteps);
   frame.bar_->setValue(static_cast<int>(fraction_ * kSteps));
   frame.bar_->setAccessibleName(ShownLine(title_));
   frame.left_->setText(ToQt(TimeLeft(Elapsed(), fraction_)));

@@ -47,6 +47,8 @@ class ProgressWindow : public engine::ProgressDisplay {
   }
   void End() override;
 
+  // How much is done will not be told: until the next Begin the bar only shows that it goes on.
+  void Busy() { is_busy_ = true; }
   // What a cancel leaves, as words below the button: "What was imported by then stays." Until it is set anew.
   void SetCancelWords(const tallybook::Text& words);
   // Out of the way of a question, until work goes on.
@@ -85,6 +87,7 @@ class ProgressWindow : public engine::ProgressDisplay {
   long long began_ = 0;  // by a clock that no change sets back, in milliseconds
   long long events_let_in_ = 0;
   bool open_ = false;
+  bool is_busy_ = false;
   bool in_events_ = false;
   bool can_cancel_ = false;
   bool cancelled_ = false;

@@ -101,7 +101,7 @@ void AccountPane::Show(const std::vector<engine::AccountDescription>& accounts) 
 void AccountPane::TellFilter() {
   const bool no_accounts = names_->rowCount() == 0;
   nothing_->setVisible(filter_->rowCount() == 0);
-  nothing_->setText(no_accounts ? "This book has no accounts. Accounts are given when a book is made: Book, New."
+  nothing_->setText(no_accounts ? "This book has no accounts. Book, Accounts, Fields, Years adds them."
                                 : "No account has all of these words in its code or description.");
 }
 

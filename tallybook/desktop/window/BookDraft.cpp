@@ -94,13 +94,10 @@ void EachLine(const Text& text, Taker take) {
   }
 }
 
-Text Joined(const std::vector<Text>& troubles) {
-  Text all;
-  for (std::size_t index = 0; index < std::min(troubles.size(), kMostTroubles); ++index) {
-    all += (index == 0 ? "" : "\n") + troubles[index];
-  }
-  if (troubles.size() > kMostTroubles) all += fmt::format("\nand {} more", troubles.size() - kMostTroubles);
-  return all;
+// 0 for what is none.
+Long NumberOf(const Text& cell) {
+  const bool is_number = !cell.empty() && cell.size() <= 7 && cell.find_first_not_of("0123456789") == Text::npos;
+  return is_number ? static_cast<Long>(std::stol(cell)) : 0;
 }
 
 // Empty where the code is good.
@@ -141,6 +138,52 @@ ReadAccounts ReadAccountLines(const Text& text) {
     read.accounts.push_back({next, cells.front(), cells.size() > 1 ? cells[1] : Text()});
   });
   return read;
+}
+
+ReadAccounts ReadFurtherAccounts(const Text& text, const std::vector<engine::AccountDescription>& there) {
+  ReadAccounts read;
+  std::set<Text> codes;
+  std::set<Long> numbers;
+  for (const engine::AccountDescription& account : there) {
+    codes.insert(account.code);
+    numbers.insert(account.number);
+  }
+  EachLine(text, [&](int number, std::vector<Text> cells) {
+    engine::AccountDescription account;
+    Text trouble;
+    const bool has_number = cells.size() >= 3;
+    if (number == 1 && has_number && Lower(cells.front()) == "number") return;
+    if (has_number) {
+      account.number = NumberOf(cells.front());
+      if (account.number == 0) {
+        trouble = fmt::format("\"{}\" is no number of an account", Shown(cells.front()));
+      } else if (!numbers.insert(account.number).second) {
+        trouble = fmt::format("the number {} stands in the list already", account.number);
+      }
+      cells.erase(cells.begin());
+    } else {
+      PartAtBlank(cells);
+    }
+    if (trouble.empty()) trouble = TroubleWithCode(cells.front(), codes);
+    if (!trouble.empty()) {
+      read.troubles.push_back(fmt::format("Line {}: {}.", number, trouble));
+      return;
+    }
+    codes.insert(cells.front());
+    account.code = cells.front();
+    account.description = cells.size() > 1 ? cells[1] : Text();
+    read.accounts.push_back(account);
+  });
+  return read;
+}
+
+Text JoinedTroubles(const std::vector<Text>& troubles) {
+  Text all;
+  for (std::size_t index = 0; index < std::min(troubles.size(), kMostTroubles); ++index) {
+    all += (index == 0 ? "" : "\n") + troubles[index];
+  }
+  if (troubles.size() > kMostTroubles) all += fmt::format("\nand {} more", troubles.size() - kMostTroubles);
+  return all;
 }
 
 ReadFields ReadFieldLines(const Text& text) {
@@ -211,9 +254,9 @@ Text TroubleWithCalendar(const BookDraft& draft) {
 
 Text TroubleWithLists(const BookDraft& draft) {
   const ReadAccounts accounts = ReadAccountLines(draft.account_lines);
-  if (!accounts.troubles.empty()) return "Accounts. " + Joined(accounts.troubles);
+  if (!accounts.troubles.empty()) return "Accounts. " + JoinedTroubles(accounts.troubles);
   const ReadFields fields = ReadFieldLines(draft.field_lines);
-  if (!fields.troubles.empty()) return "Fields. " + Joined(fields.troubles);
+  if (!fields.troubles.empty()) return "Fields. " + JoinedTroubles(fields.troubles);
   if (accounts.accounts.empty()) return "A book needs an account at least: type a code and a description.";
   if (fields.fields.empty()) return "A book needs a field at least: what is kept for each account and date.";
   return EngineTrouble(DescriptionOf(draft));

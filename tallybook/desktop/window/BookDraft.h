@@ -23,8 +23,14 @@ struct ReadFields {
 // order of marks. Cells may stand in double quotes. Lines without anything are passed over, and so is a head ("Code",
 // "Account") in the first.
 [[nodiscard]] ReadAccounts ReadAccountLines(const Text& text);
+// The same for accounts that a book is to get besides those that it has: a line may begin with a number, where it has three
+// cells; 0 stands for a free one.
+[[nodiscard]] ReadAccounts ReadFurtherAccounts(const Text& text, const std::vector<engine::AccountDescription>& there);
 // Each line is a field's name; of a line with cells the last that is not empty.
 [[nodiscard]] ReadFields ReadFieldLines(const Text& text);
+
+// The first troubles, a line each, and how many there are besides.
+[[nodiscard]] Text JoinedTroubles(const std::vector<Text>& troubles);
 
 struct BookDraft {
   Text name;  // of the business or branch

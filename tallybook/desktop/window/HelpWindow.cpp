@@ -43,9 +43,23 @@ constexpr std::array kPlacesOfForms = {
     PlaceRow{"dlgRepSaveAs", "exchange-definitions.md#The editor"},
 };
 constexpr std::array kPlacesOfWindows = {
-    PlaceRow{"QDX Import Layouts", "exchange-definitions.md"},  PlaceRow{"Journal", "guide/README.md#The journal"},
-    PlaceRow{"New Book", "guide/README.md#A book of your own"}, PlaceRow{"Go to a Date", "guide/README.md#Figures"},
-    PlaceRow{"Paste Figures", "guide/README.md#Spreadsheets"},  PlaceRow{"Settings", "guide/README.md#Settings"},
+    PlaceRow{"QDX Import Layouts", "exchange-definitions.md"},
+    PlaceRow{"Journal", "guide/README.md#The journal"},
+    PlaceRow{"New Book", "guide/README.md#A book of your own"},
+    PlaceRow{"Go to a Date", "guide/README.md#Figures"},
+    PlaceRow{"Paste Figures", "guide/README.md#Spreadsheets"},
+    PlaceRow{"Accounts, Fields, Years", "guide/growing.md#Accounts, fields and years"},
+    PlaceRow{"Add Account", "guide/growing.md#Accounts, fields and years"},
+    PlaceRow{"Edit Account", "guide/growing.md#Accounts, fields and years"},
+    PlaceRow{"Add Field", "guide/growing.md#Accounts, fields and years"},
+    PlaceRow{"Edit Field", "guide/growing.md#Accounts, fields and years"},
+    PlaceRow{"Paste Accounts", "guide/growing.md#Many at once"},
+    PlaceRow{"Paste Fields", "guide/growing.md#Many at once"},
+    PlaceRow{"Change the Lists", "guide/growing.md#What is asked before it is done"},
+    PlaceRow{"Back Up the Book", "guide/growing.md#Backups"},
+    PlaceRow{"Restore a Book", "guide/growing.md#Backups"},
+    PlaceRow{"Check of", "guide/growing.md#Checking"},
+    PlaceRow{"Settings", "guide/README.md#Settings"},
 };
 
 // Pictures are as wide as the text at most, and the links between the pages lead to the pages.

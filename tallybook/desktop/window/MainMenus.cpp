@@ -28,6 +28,16 @@ QAction* AddSwitch(QMenu& menu, const QString& words, const QKeySequence& keys, 
   return action;
 }
 
+void AddWorkOnBook(QMenu& menu, const MenuActs& acts, MainMenus& menus) {
+  if (!acts.lists) return;
+  menus.work_on_book << Add(menu, "&Accounts, Fields, Years\u2026", QKeySequence("Ctrl+L"), acts.lists);
+  menu.addSeparator();
+  menus.work_on_book << Add(menu, "&Back Up\u2026", QKeySequence("Ctrl+B"), acts.back_up);
+  menus.leave_book << Add(menu, "Res&tore\u2026", {}, acts.restore);
+  menus.work_on_book << Add(menu, "Chec&k", {}, acts.check);
+  menus.work_on_book << Add(menu, "Co&mpact", {}, acts.compact);
+}
+
 void BuildBookMenu(QMenuBar& bar, const MenuActs& acts, MainMenus& menus) {
   QMenu& menu = *bar.addMenu("&Book");
   QAction* make = Add(menu, "&New\u2026", QKeySequence::New, acts.new_book);
@@ -37,6 +47,7 @@ void BuildBookMenu(QMenuBar& bar, const MenuActs& acts, MainMenus& menus) {
   menus.leave_book = {make, open, menus.recent->menuAction(), example};
   menu.addSeparator();
   menus.journal = Add(menu, "&Journal\u2026", QKeySequence("Ctrl+J"), acts.journal);
+  AddWorkOnBook(menu, acts, menus);
   menu.addSeparator();
   Add(menu, "&Settings\u2026", QKeySequence("Ctrl+,"), acts.settings);
   menu.addSeparator();

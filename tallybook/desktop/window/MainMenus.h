@@ -23,6 +23,7 @@ struct MenuActs {
   std::function<void()> today, go_to_date;
   // What needs conversations; left out of the menus where there are none.
   std::function<void()> export_file, export_table, definitions, import_csv, import_delimited;
+  std::function<void()> lists, back_up, check, restore, compact;
   std::function<void()> help, guide, keys, about;
 };
 
@@ -31,6 +32,7 @@ struct MainMenus {
   QMenu* recent = nullptr;
   QMenu* fields_of_chart = nullptr;
   QAction* journal = nullptr;
+  QList<QAction*> work_on_book;  // lists and care; empty where there are no conversations
   QAction* close_book = nullptr;
   QAction* undo = nullptr;
   QAction* paste = nullptr;

@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -33,12 +34,15 @@
 #include "tallybook/desktop/figures/FigurePane.h"
 #include "tallybook/desktop/host/Conversations.h"
 #include "tallybook/desktop/host/DesktopApp.h"
+#include "tallybook/desktop/host/QtPlatform.h"
 #include "tallybook/desktop/host/SaveWhole.h"
 #include "tallybook/desktop/window/AccountPane.h"
+#include "tallybook/desktop/window/CareActs.h"
 #include "tallybook/desktop/window/DateDialog.h"
 #include "tallybook/desktop/window/HelpWindow.h"
 #include "tallybook/desktop/window/JournalWindow.h"
 #include "tallybook/desktop/window/KeysDialog.h"
+#include "tallybook/desktop/window/ListsWindow.h"
 #include "tallybook/desktop/window/MainMenus.h"
 #include "tallybook/desktop/window/NewBookWizard.h"
 #include "tallybook/desktop/window/SettingsDialog.h"
@@ -96,6 +100,10 @@ class MainWindow::Parts {
   void AskForBook();
   void AskForDate();
   void Journal();
+  void Lists();
+  void Care(void (CareActs::*act)());
+  void Restore();
+  [[nodiscard]] bool CanWork();
   void SaveChart();
   void Settings();
   void MovePane(int steps);
@@ -103,7 +111,10 @@ class MainWindow::Parts {
   using Conversation = std::function<ConversationResult(Conversations& conversations)>;
   bool Converse(const Conversation& conversation);
   void FollowRunning(bool running);
-  [[nodiscard]] bool IsRunning() const { return conversations != nullptr && conversations->IsRunning(); }
+  void AskToEnd();
+  [[nodiscard]] bool IsRunning() const {
+    return is_restoring || (conversations != nullptr && conversations->IsRunning());
+  }
   void ConverseAbout(const Text& file);
   void ShowChartPane(bool shown);
 
@@ -129,6 +140,7 @@ class MainWindow::Parts {
   const ConversationMeans* means = nullptr;
   std::unique_ptr<Conversations> conversations;  // over the open book
   bool wants_to_close = false;
+  bool is_restoring = false;        // a book, with none open
   BookReader* reader = nullptr;     // the pane owns it
   std::set<Integer> chosen_fields;  // of the chart, by position; empty: that of the current column
   ChartChoice shown_chart;
@@ -195,6 +207,11 @@ MenuActs MainWindow::Parts::Acts() {
     };
     acts.export_file = [export_by] { export_by(&Conversations::ExportQdx); };
     acts.export_table = [export_by] { export_by(&Conversations::ExportTable); };
+    acts.lists = [this] { Lists(); };
+    acts.back_up = [this] { Care(&CareActs::BackUp); };
+    acts.check = [this] { Care(&CareActs::Check); };
+    acts.compact = [this] { Care(&CareActs::Compact); };
+    acts.restore = [this] { Restore(); };
   }
   acts.help = [this] { help.ShowForWindowAtHand(); };
   acts.guide = [this] { help.Show("guide/README.md"); };
@@ -402,6 +419,7 @@ void MainWindow::Parts::FollowState() {
     for (QAction* action : menu->actions()) action->setEnabled(has_book);
   }
   for (QAction* action : {menus.journal, menus.close_book}) action->setEnabled(has_book && !IsRunning());
+  for (QAction* action : menus.work_on_book) action->setEnabled(has_book && !IsRunning() && !figures->Waits());
   for (QAction* action : menus.leave_book) action->setEnabled(!IsRunning());
   for (QAction* action : {menus.paste, menus.clear}) action->setEnabled(has_book && !IsRunning());
   if (menus.exchange != nullptr) {
@@ -509,7 +527,8 @@ void MainWindow::Parts::Journal() {
 
 // --- Data exchange ---------------------------------------------------------------------------------------------------
 
-bool MainWindow::Parts::Converse(const Conversation& conversation) {
+// Nothing runs, and nothing that was typed waits to be written; else the user is told.
+bool MainWindow::Parts::CanWork() {
   if (conversations == nullptr) return false;
   if (IsRunning()) {
     window.Tell("The book is being worked on already. End that first.");
@@ -520,10 +539,57 @@ bool MainWindow::Parts::Converse(const Conversation& conversation) {
     window.Tell(figures->SavedText());
     return false;
   }
+  return true;
+}
+
+bool MainWindow::Parts::Converse(const Conversation& conversation) {
+  if (!CanWork()) return false;
   const ConversationResult result = conversation(*conversations);
   figures->LookAgain();
   if (!result.output.empty()) window.statusBar()->showMessage("Written: " + ToQt(Shown(result.output)), kMessageTime);
   return result.ChangedFigures();
+}
+
+void MainWindow::Parts::Lists() {
+  if (!CanWork()) return;
+  try {
+    ListsWindow lists(&window, *conversations, means->platform.Files(), path, app, style);
+    lists.exec();
+    for (const engine::JournalEntry& entry : lists.Entries()) figures->NoteWritten(entry.id, entry.what_ran);
+  } catch (...) {
+    window.Tell(ToQt(Shown(CurrentFailure().Description())));
+  }
+  figures->LookAgain();
+}
+
+void MainWindow::Parts::Care(void (CareActs::*act)()) {
+  if (!CanWork()) return;
+  CareActs care(window, *conversations, path);
+  (care.*act)();
+  figures->LookAgain();
+  if (!care.Said().isEmpty()) window.statusBar()->showMessage(care.Said(), kMessageTime);
+}
+
+// The book that is made is shown; one that is open in its place is closed before.
+void MainWindow::Parts::Restore() {
+  if (IsRunning()) return;
+  const std::optional<RestoreWish> wish = AskWhatToRestore(window, path.empty() ? DocumentsFolder() : path);
+  if (!wish) return;
+  const Text was_open = path;
+  if (!path.empty() && !window.CloseBook()) return;
+  Conversations run(*means, wish->book, window);
+  run.SetRunningListener([this](bool running) {
+    is_restoring = running;
+    FollowRunning(running);
+  });
+  const QString said = RestoreBook(run, *wish);
+  const Text shown = said.isEmpty() ? was_open : wish->book;
+  if (!shown.empty()) window.OpenBook(shown);
+  if (!said.isEmpty()) QMessageBox::information(&window, "Restore a Book", said);
+}
+
+void MainWindow::Parts::AskToEnd() {
+  conversations != nullptr ? conversations->AskToEnd() : means->app.SetFinished(true);
 }
 
 // Nothing else writes while a conversation works on the book, and the book stays the one it is.
@@ -657,9 +723,11 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   if (parts_->IsRunning()) {
     event->ignore();
     parts_->wants_to_close = true;
-    parts_->conversations->AskToEnd();
+    parts_->AskToEnd();
     return;
   }
+  // Whoever waits for an answer over this window works with what it holds.
+  if (QApplication::activeModalWidget() != nullptr) return event->ignore();
   if (!parts_->Leave()) return event->ignore();
   parts_->settings.SetValue("Geometry", saveGeometry().toHex().toStdString());
   event->accept();

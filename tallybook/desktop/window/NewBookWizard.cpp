@@ -1,7 +1,6 @@
 #include "tallybook/desktop/window/NewBookWizard.h"
 
 #include <QtCore/QDate>
-#include <QtCore/QFile>
 #include <QtGui/QFontDatabase>
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QDateEdit>
@@ -18,12 +17,12 @@
 #include <functional>
 #include <utility>
 
-#include "base/CodePage.h"
 #include "base/Dates.h"
 #include "base/Failure.h"
 #include "tallybook/application/Counts.h"
 #include "tallybook/application/Shown.h"
 #include "tallybook/desktop/window/CalendarPicture.h"
+#include "tallybook/desktop/window/ListFile.h"
 #include "tallybook/engine/Book.h"
 
 namespace tallybook::desktop {
@@ -31,8 +30,6 @@ namespace tallybook::desktop {
 namespace {
 
 using application::Counted;
-
-constexpr qint64 kMostBytesOfAList = qint64{8} << 20;
 
 // A page that shows what is wrong with it and lets nobody past until it is mended.
 class DraftPage : public QWizardPage {
@@ -207,18 +204,6 @@ class CalendarPage final : public DraftPage {
 
 // --- Its lists -------------------------------------------------------------------------------------------------------
 
-// Of a file that another program wrote: UTF-8 where it is that throughout, else Windows-1252.
-QString TextOfFile(const QString& path, QString& why) {
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly) || file.size() > kMostBytesOfAList) {
-    why = file.isOpen() ? QString("the file is too large for a list") : file.errorString();
-    return {};
-  }
-  const QByteArray bytes = file.readAll();
-  const Text text = bytes.toStdString();
-  return ToQt(IsUtf8(text) ? text : FromCodePage(text));
-}
-
 class ListsPage final : public DraftPage {
  public:
   explicit ListsPage(BookDraft& draft) : DraftPage(draft) {
@@ -268,7 +253,7 @@ class ListsPage final : public DraftPage {
     const QString path = QFileDialog::getOpenFileName(this, "Read a List", {}, "Lists (*.csv *.txt);;All files (*)");
     if (path.isEmpty()) return;
     QString why;
-    const QString text = TextOfFile(path, why);
+    const QString text = TextOfList(path, why);
     if (why.isEmpty()) return list.setPlainText(text);
     QMessageBox::warning(this, "Read a List", QString("%1 cannot be read: %2").arg(path, why));
   }
@@ -296,7 +281,7 @@ class DonePage final : public QWizardPage {
   DonePage(const BookDraft& draft, LocaleStyle style)
       : draft_(draft), style_(std::move(style)), summary_(new QLabel(this)) {
     setTitle("Ready to make the book");
-    setSubTitle("Its grain, calendar and lists stay as they are from here on.");
+    setSubTitle("Its grain and calendar stay as they are; lists and years can grow.");
     summary_->setWordWrap(true);
     summary_->setTextFormat(Qt::PlainText);
     summary_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);

@@ -111,5 +111,24 @@ TEST_F(BookDraftTest, NeedsAnAccountAndAField) {
   EXPECT_THAT(TroubleWithLists(draft), HasSubstr("A book needs a field at least"));
 }
 
+TEST(BookDraft, ReadsFurtherAccountsWithAndWithoutNumbers) {
+  const std::vector<engine::AccountDescription> there = {{101, "100", "Front"}};
+  const ReadAccounts read = ReadFurtherAccounts("Number;Code;Description\n42;4200;Kiosk\n4210;Car park\n4220\n", there);
+  EXPECT_TRUE(read.troubles.empty());
+  ASSERT_EQ(read.accounts.size(), 3U);
+  EXPECT_EQ(read.accounts[0], (engine::AccountDescription{42, "4200", "Kiosk"}));
+  EXPECT_EQ(read.accounts[1], (engine::AccountDescription{0, "4210", "Car park"}));
+  EXPECT_EQ(read.accounts[2], (engine::AccountDescription{0, "4220", ""}));
+}
+
+TEST(BookDraft, NamesTheLineOfAFurtherAccountThatCannotBe) {
+  const std::vector<engine::AccountDescription> there = {{101, "100", "Front"}};
+  const ReadAccounts read = ReadFurtherAccounts("100;Again\n101;4200;Kiosk\nx;4210;Car park\n4220\n4220\n", there);
+  EXPECT_THAT(read.troubles, ::testing::ElementsAre("Line 1: the code \"100\" stands in the list already.",
+                                                    "Line 2: the number 101 stands in the list already.",
+                                                    "Line 3: \"x\" is no number of an account.",
+                                                    "Line 5: the code \"4220\" stands in the list already."));
+}
+
 }  // namespace
 }  // namespace tallybook::desktop

@@ -3,12 +3,16 @@
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QTimer>
+#include <QtGui/QClipboard>
 #include <QtGui/QKeyEvent>
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QPushButton>
+#include <QtWidgets/QSpinBox>
 #include <QtWidgets/QStyleFactory>
+#include <QtWidgets/QTabWidget>
+#include <QtWidgets/QTableView>
 #include <deque>
 #include <functional>
 #include <iostream>
@@ -27,10 +31,12 @@
 #include "tallybook/desktop/host/DesktopApp.h"
 #include "tallybook/desktop/host/DesktopFactory.h"
 #include "tallybook/desktop/host/QtPlatform.h"
+#include "tallybook/desktop/window/CareActs.h"
 #include "tallybook/desktop/window/DateDialog.h"
 #include "tallybook/desktop/window/HelpWindow.h"
 #include "tallybook/desktop/window/JournalWindow.h"
 #include "tallybook/desktop/window/KeysDialog.h"
+#include "tallybook/desktop/window/ListsWindow.h"
 #include "tallybook/desktop/window/MainWindow.h"
 #include "tallybook/desktop/window/NewBookWizard.h"
 #include "tallybook/desktop/window/SettingsDialog.h"
@@ -84,6 +90,7 @@ class Walk {
     steps_.push_back({title, std::move(act)});
     return *this;
   }
+  [[nodiscard]] bool IsDone() const { return steps_.empty() && !acting_; }
 
  private:
   static constexpr int kLimit = 10'000;
@@ -181,6 +188,8 @@ class Pictures {
     Preview(window);
     Dialogs(window);
     Wizard(window);
+    Lists(window);
+    Check(window);
     Exchange(window);
     Help help;
     help.Show("guide/README.md");
@@ -267,6 +276,88 @@ class Pictures {
     }
     wizard.next();
     Keep(wizard, "new-4");
+  }
+
+  // Accounts, fields and years: edited, pasted, and asked about. Nothing of it comes into the book.
+  void Lists(MainWindow& window) {
+    temp_.Write("TBQDX1.north-shop", "\"Branch\",\"in/*.QDX\",1,0,0\r\n0,1\r\n\"f\",\"100\"\r\n0\r\n");
+    Conversations run(means_, temp_.Path("north-shop.tbk"), window);
+    ListsWindow lists(&window, run, platform_.Files(), temp_.Path("north-shop.tbk"), app_, style_);
+    lists.show();
+    auto& pages = *lists.findChild<QTabWidget*>();
+    auto& rows = *pages.widget(0)->findChild<QTableView*>("rows");
+    rows.setFocus();
+    const auto go_to = [&rows](int row) {
+      rows.selectionModel()->setCurrentIndex(rows.model()->index(row, 1),
+                                             QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    };
+    go_to(2);
+    const auto fill = [](QWidget& dialog, const QStringList& texts) {
+      const auto lines = dialog.findChildren<QLineEdit*>();
+      for (qsizetype at = 0; at < texts.size(); ++at) lines[at]->setText(texts[at]);
+    };
+    walk_.Then("Add Account", [this, fill](QWidget& dialog) {
+      fill(dialog, {"160", "Kiosk"});
+      Keep(dialog, "lists-add");
+      fill(dialog, {"130"});
+      Press(dialog, Qt::Key_Return);
+    });
+    walk_.Then("Add Account", [this, fill](QWidget& dialog) {
+      Keep(dialog, "lists-refused");
+      fill(dialog, {"160"});
+      Press(dialog, Qt::Key_Return);
+    });
+    Settle();
+    QTest::keyClick(&rows, Qt::Key_Insert);
+    QTest::keyClick(&rows, Qt::Key_Up, Qt::AltModifier);
+    go_to(0);
+    walk_.Then("Edit Account", [fill](QWidget& dialog) {
+      fill(dialog, {"101"});
+      Press(dialog, Qt::Key_Return);
+    });
+    QTest::keyClick(&rows, Qt::Key_F2);
+    Keep(lists, "lists-accounts");
+    QApplication::clipboard()->setText("4200;Kiosk\n4210;Car park\n4220;Bakery of the station\n");
+    walk_.Then("Paste Accounts", [this](QWidget& dialog) {
+      Keep(dialog, "lists-paste");
+      Press(dialog, Qt::Key_Escape);
+    });
+    QTest::keyClick(&rows, Qt::Key_V, Qt::ControlModifier);
+    pages.setCurrentIndex(1);
+    Keep(lists, "lists-fields");
+    pages.setCurrentIndex(2);
+    lists.findChild<QSpinBox*>("held")->setValue(10);
+    Keep(lists, "lists-years");
+    pages.setCurrentIndex(0);
+    go_to(1);
+    QTest::keyClick(&rows, Qt::Key_Delete);
+    walk_.Then("Change the Lists", [this](QWidget& dialog) {
+      Keep(dialog, "lists-question");
+      Press(dialog, Qt::Key_Escape);
+    });
+    lists.accept();
+    walk_.Then("Accounts, Fields, Years", [this](QWidget& box) {
+      Keep(box, "lists-leave");
+      ClickText(box, "Leave");
+    });
+    lists.reject();
+  }
+
+  void Check(MainWindow& window) {
+    Conversations run(means_, temp_.Path("north-shop.tbk"), window);
+    CareActs care(window, run, temp_.Path("north-shop.tbk"));
+    walk_.Then("Check of", [this](QWidget& report) {
+      Keep(report, "check");
+      Later(report, [&report] { report.close(); });
+    });
+    care.Check();
+    while (!walk_.IsDone()) Settle(20);
+  }
+
+  static void ClickText(QWidget& window, const QString& words) {
+    for (auto* button : window.findChildren<QPushButton*>()) {
+      if (button->text().remove('&') == words) Later(window, [button] { button->click(); });
+    }
   }
 
   // A year of the shop goes into the office: exported, matched by keys, imported, and the report of it.
