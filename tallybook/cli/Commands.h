@@ -21,6 +21,9 @@ namespace tallybook::cli {
 [[nodiscard]] CommandTable DefinitionCommand();
 [[nodiscard]] CommandTable QdxCommand();
 [[nodiscard]] CommandTable JournalCommand();
+// These two go under `journal`.
+[[nodiscard]] CommandTable JournalListCommand();
+[[nodiscard]] CommandTable JournalUndoCommand();
 [[nodiscard]] CommandTable BookCommand();
 [[nodiscard]] CommandTable AccountCommand();
 [[nodiscard]] CommandTable FieldCommand();
