@@ -20,6 +20,13 @@ namespace {
 constexpr const char* kFormClass = "ThunderForm";
 constexpr const char* kHostClass = "HostWindow";
 
+// The window with its frame. A widget keeps what it has once heard of its frame, which may be what a window manager had half
+// made by then; its native window asks anew.
+QRect FrameOf(const QWidget& window) {
+  const QWindow* const native = window.windowHandle();
+  return native == nullptr || !window.isVisible() ? window.frameGeometry() : native->frameGeometry();
+}
+
 // A window may be taken away in the middle of an event of its own: it goes once that is over.
 struct Later {
   void operator()(FormWindow* window) const {
@@ -165,16 +172,14 @@ Place QtScreen::WindowPlace(Long window) {
   QWidget* const widget = WidgetOf(window);
   if (widget == nullptr) return {};
   if (FormWindow* const form = FormWindowOf(window)) form->FitContents();
-  const QRect frame = widget->frameGeometry();
-  if (widget->isWindow()) return {frame.x(), frame.y(), frame.width(), frame.height()};
-  const QPoint corner = widget->mapToGlobal(QPoint(0, 0));
-  return {corner.x(), corner.y(), frame.width(), frame.height()};
+  const QRect place = widget->isWindow() ? FrameOf(*widget) : QRect(widget->mapToGlobal(QPoint(0, 0)), widget->size());
+  return {place.x(), place.y(), place.width(), place.height()};
 }
 
 void QtScreen::SetWindowPlace(Long window, const Place& place) {
   QWidget* const widget = WidgetOf(window);
   if (widget == nullptr) return;
-  const QSize borders = widget->frameGeometry().size() - widget->size();
+  const QSize borders = FrameOf(*widget).size() - widget->size();
   const QSize size = QSize(place.width, place.height) - borders;
   if (size != widget->size()) widget->resize(size);
   widget->move(place.left, place.top);

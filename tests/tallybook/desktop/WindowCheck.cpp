@@ -177,6 +177,19 @@ std::vector<std::string> FaultsOf(const QWidget& window, const Allowed& allowed)
   return faults;
 }
 
+bool BringToFront(QWidget& window) {
+  constexpr int kLimit = 10'000;  // milliseconds
+  constexpr int kTurnsPerWish = 200;
+  int turns = 0;
+  return RunUntil(
+      [&] {
+        if (window.isActiveWindow()) return true;
+        if (turns++ % kTurnsPerWish == 0) window.activateWindow();
+        return false;
+      },
+      kLimit);
+}
+
 void Picture(QWidget& window, const std::string& name) {
   const char* const folder = std::getenv("TALLYBOOK_PICTURES");
   if (folder == nullptr) return;

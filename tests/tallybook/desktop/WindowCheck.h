@@ -31,6 +31,10 @@ void Picture(QWidget& window, const std::string& name);
 template <typename Done>
 bool RunUntil(Done done, int limit = 5000);
 
+// Lets Qt run until a window that is shown has the input; whether it got it. A window manager that was at work on a window
+// that was going may not have heard the first wish, so that it is asked again and again.
+[[nodiscard]] bool BringToFront(QWidget& window);
+
 }  // namespace tallybook::desktop::testing
 
 #include <QCoreApplication>
