@@ -42,17 +42,7 @@ class FormsFixture : public ::testing::Test {
   FormWindow& Show(Form& form) {
     form.Show();
     FormWindow& window = WindowOf(form);
-    int turns = 0;
-    const auto is_active = [&] {
-      // The window manager may have given the input while the window before was going: then it is asked anew.
-      if (++turns % 400 == 0) {
-        window.hide();
-        window.show();
-        window.activateWindow();
-      }
-      return QApplication::activeWindow() == &window;
-    };
-    EXPECT_TRUE(RunUntil(is_active)) << form.Name() << " is not active";
+    EXPECT_TRUE(BringToFront(window)) << form.Name() << " is not active";
     QCoreApplication::processEvents();
     return window;
   }
@@ -66,8 +56,16 @@ class FormsFixture : public ::testing::Test {
   [[nodiscard]] Widget& WidgetOf(const Control& control) const {
     return dynamic_cast<Widget&>(*WindowOf(control.Parent()).WidgetOf(control));
   }
+  // A window manager that is late with a window before may take the input from the one that is shown now.
+  static void TakeInputBack() {
+    if (QApplication::activeWindow() != nullptr) return;
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+      if (window->isVisible() && dynamic_cast<FormWindow*>(window) != nullptr && BringToFront(*window)) return;
+    }
+  }
   // A key of the user's, wherever the focus is.
   static void Press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    TakeInputBack();
     QWidget* const popup = QApplication::activePopupWidget();
     QWidget* target = popup != nullptr ? popup->focusWidget() : QApplication::focusWidget();
     if (target == nullptr) target = popup != nullptr ? popup : QApplication::activeWindow();
@@ -76,6 +74,7 @@ class FormsFixture : public ::testing::Test {
     QCoreApplication::processEvents();
   }
   static void Type(const char* text) {
+    TakeInputBack();
     QTest::keyClicks(QApplication::focusWidget(), QString::fromUtf8(text));
     QCoreApplication::processEvents();
   }
