@@ -597,19 +597,21 @@ JournalEntry Book::EntryOfUndo() const {
   return undo;
 }
 
-void Book::TakeBack(const std::vector<JournalEntry>& figures, const std::vector<JournalEntry>& lists) {
+void Book::TakeBack(const std::vector<JournalEntry>& figures, const std::vector<JournalEntry>& lists,
+                    const UndoRequest& request, UndoOutcome& outcome) {
   EndOwnEntry();
   DropCurrentRecord();
   FigureStore& store = Store();
   JournalEntry undo = EntryOfUndo();
   if (lists.empty()) {
-    (void)store.Undo(figures, undo);
+    (void)store.Undo(figures, undo, request, outcome);
     return;
   }
   try {
     store.AsOne([&] {
-      if (!figures.empty()) undo.command = store.Undo(figures, undo);
+      if (!figures.empty()) undo.command = store.Undo(figures, undo, request, outcome);
       for (const JournalEntry& entry : lists) TakeListsBack(entry, undo);
+      if (request.only_look) throw UndoDropped();
     });
   } catch (...) {
     TakeStored();

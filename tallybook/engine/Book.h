@@ -249,7 +249,8 @@ class Book final : public Masterfile, public CalendarSource {
   void SetValues(const std::vector<ValueDescription>& values, const Text& what_ran, Long command);
   [[nodiscard]] JournalEntry EntryOfUndo() const;
   // Entries of figures and such of lists, each newest first, all of one command.
-  void TakeBack(const std::vector<JournalEntry>& figures, const std::vector<JournalEntry>& lists);
+  void TakeBack(const std::vector<JournalEntry>& figures, const std::vector<JournalEntry>& lists,
+                const UndoRequest& request, UndoOutcome& outcome);
   void TakeListsBack(const JournalEntry& entry, JournalEntry undo);
   // What the description was before an entry of kind kLists, where `now` is that behind it.
   [[nodiscard]] StoredDescription DescriptionBefore(const StoredDescription& now, const JournalEntry& entry) const;

@@ -95,19 +95,22 @@ class BookStorage {
   [[nodiscard]] virtual Long AddCommand(Date time, const Text& what) = 0;
   // Writes an entry: a new one where its id is 0, which it is given then.
   virtual void SaveEntry(JournalRow& row) = 0;
-  // A text of an entry under a name, each once. Failure 57 where there is none.
+  // A text of an entry under a name, each once. TextOf fails with 57 where there is none.
   virtual void SaveText(Long entry, const Text& name, const Text& value) = 0;
+  [[nodiscard]] virtual std::optional<Text> FindText(Long entry, const Text& name) = 0;
   [[nodiscard]] virtual Text TextOf(Long entry, const Text& name) = 0;
   // Copies a chunk from its row, and gives the image's row.
   [[nodiscard]] virtual std::int64_t CopyImage(std::int64_t chunk_row) = 0;
+  // An image's bytes by its row. Failure 57 where it is missing.
+  [[nodiscard]] virtual std::span<const std::byte> ReadImage(std::int64_t image) = 0;
   [[nodiscard]] virtual std::optional<ChunkMark> FindMark(Long entry, std::int64_t key) = 0;
   // Writes a mark of these bits and this image. Gives its checksum.
   virtual Checksum InsertMark(Long entry, std::int64_t key, std::span<const std::byte> rows, std::int64_t image) = 0;
   virtual Checksum UpdateMark(Long entry, std::int64_t key, std::span<const std::byte> rows, std::int64_t image) = 0;
   // Gives each mark of an entry, in the order of the keys. Failure 57 where one is damaged or missing.
   virtual void VisitMarks(const JournalRow& row, const MarkVisitor& visit) = 0;
-  // Whether both entries wrote some record.
-  [[nodiscard]] virtual bool ShareRecords(Long entry, Long other) = 0;
+  // The same without the images.
+  virtual void VisitMarkBits(const JournalRow& row, const MarkBitsVisitor& visit) = 0;
 };
 
 // A transaction: dropped by its end unless Commit came first.

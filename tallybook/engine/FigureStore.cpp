@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <map>
 #include <string>
 #include <utility>
 
@@ -12,6 +11,9 @@
 #include "tallybook/engine/ChunkCodec.h"
 #include "tallybook/engine/ChunkKey.h"
 #include "tallybook/engine/ChunkRelay.h"
+#include "tallybook/engine/EntryImages.h"
+#include "tallybook/engine/FigureUndo.h"
+#include "tallybook/engine/RowBits.h"
 
 namespace tallybook::engine {
 
@@ -22,18 +24,9 @@ constexpr const char* kSource = "Tallybook.Book";
 // About what a chunk in memory takes beside its figures: itself, and its entry in the table by key.
 constexpr std::size_t kBytesOfAChunk = 192;
 
-void SetBit(std::vector<std::byte>& bits, std::size_t index) {
-  bits[index / 8] |= std::byte{1} << (index % 8);
-}
-
-bool HasBit(std::span<const std::byte> bits, std::size_t index) {
-  return (bits[index / 8] & (std::byte{1} << (index % 8))) != std::byte{0};
-}
-
-// Bits with those of another row set besides.
-std::vector<std::byte> WithBits(std::vector<std::byte> bits, std::span<const std::byte> others) {
-  for (std::size_t index = 0; index < std::min(bits.size(), others.size()); ++index) bits[index] |= others[index];
-  return bits;
+template <typename Rows>
+auto& RowIn(Rows& journal, Long id) {
+  return *std::ranges::find(journal, id, [](const JournalRow& row) { return row.entry.id; });
 }
 
 // A directory that keeps up with what a transaction stores knows nothing at its end, for the transaction may be dropped.
@@ -458,56 +451,79 @@ std::vector<JournalEntry> FigureStore::Entries() {
   return entries;
 }
 
-JournalRow FigureStore::RowOfEntry(Long id) {
-  for (JournalRow& row : storage_->Entries()) {
-    if (row.entry.id == id) return std::move(row);
-  }
-  throw Failure(FailureNumber::kInvalidArgument, storage_->Path() + ": the journal has no entry " + std::to_string(id),
-                kSource);
-}
-
-Long FigureStore::Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo) {
+Long FigureStore::Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo, const UndoRequest& request,
+                       UndoOutcome& outcome) {
   Commit();
-  entry_ = 0;
   BringUpToDate();
   AccountSums sums = sums_;
   JournalRow row;
   row.entry = undo;
   const ClearedDirectory undone_or_not(directory_);
+  EntryImages images(*storage_, *description_,
+                     [this](const ChunkShape& shape, std::int64_t key, std::span<const std::byte> bytes,
+                            ChunkRows& rows) { static_cast<void>(Decode(shape, key, bytes, rows)); });
+  FigureUndo::FigureSet told;
+  const FigureUndo::Means means = {
+      .images = images,
+      .description = *description_,
+      .book = storage_->Path(),
+      .date_of =
+          [this](std::int64_t key, std::size_t in_chunk) {
+            return date_of_record_[std::size_t{ChunkNumberOf(key)} * shape_.rows + in_chunk];
+          },
+      .told = entries.size() > 1 ? &told : nullptr};
   Writing transaction(*this);
   NeedCommand(row.entry);
-  for (const JournalEntry& entry : entries) UndoEntry(RowOfEntry(entry.id), row, sums);
+  for (const JournalEntry& entry : entries) {
+    const std::vector<JournalRow> journal = storage_->Entries();
+    const JournalRow& entry_row = RowIn(journal, entry.id);
+    FigureUndo figures(means, request.way, request.most_listed, journal, entry_row, outcome);
+    UndoEntry(entry_row, row, images, figures, sums);
+  }
   SaveSums(sums);
+  if (request.way == UndoWay::kExact && outcome.changed_since != 0) throw UndoDropped();
+  if (request.only_look && !in_whole_) throw UndoDropped();
   transaction.Commit();
+  entry_ = 0;
   sums_ = std::move(sums);
   file_is_empty_ = false;
   ForgetAll();
   return row.entry.command;
 }
 
-void FigureStore::UndoEntry(JournalRow row, JournalRow undo, AccountSums& sums) {
+void FigureStore::UndoEntry(JournalRow row, JournalRow undo, EntryImages& images, FigureUndo& figures,
+                            AccountSums& sums) {
   undo.entry.undoes = row.entry.id;
   undo.entry.first = row.entry.first;
   undo.entry.last = row.entry.last;
   storage_->SaveEntry(undo);
-  const ChunkShape made = ShapeOf(*description_, row.entry.id);
-  const bool as_now = made.rows == shape_.rows;
-  Restoration gathered;
-  // An empty image says that there was no chunk: zeros.
-  storage_->VisitMarks(row, [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image) {
-    CheckCanRestore(row.entry.id, made, key, mark);
-    Restoration restoration{.key = key, .rows = mark.rows, .before = {}};
-    if (!image.empty()) Decode(made, key, image, restoration.before);
-    if (as_now) {
-      Restore(restoration, undo, sums);
-    } else {
-      Gather(made, restoration, gathered, undo, sums);
-    }
+  images.Visit(row, [&](const EntryRows& rows) {
+    CheckCanRestore(row.entry.id, rows);
+    Restore(rows, figures, undo, sums);
   });
-  if (gathered.key != kNoKey) Restore(gathered, undo, sums);
   storage_->SaveEntry(undo);
+  std::vector<JournalRow> journal = storage_->Entries();
+  MarkUndone(journal, row.entry.id, undo.entry.id);
+}
+
+void FigureStore::MarkUndone(std::vector<JournalRow>& journal, Long id, Long undo) {
+  JournalRow& row = RowIn(journal, id);
+  if (row.entry.state == JournalState::kUndone) return;
+  // An undo that stands again told it when it was made.
+  const bool is_told = storage_->FindText(undo, kWasText).has_value();
+  if (row.entry.state == JournalState::kOpen && !is_told) storage_->SaveText(undo, kWasText, kWasOpen);
   row.entry.state = JournalState::kUndone;
   storage_->SaveEntry(row);
+  if (row.entry.undoes != 0) MarkStanding(journal, row.entry.undoes, id);
+}
+
+void FigureStore::MarkStanding(std::vector<JournalRow>& journal, Long id, Long undo) {
+  JournalRow& row = RowIn(journal, id);
+  if (row.entry.state != JournalState::kUndone) return;
+  const bool was_open = storage_->FindText(undo, kWasText) == kWasOpen;
+  row.entry.state = was_open ? JournalState::kOpen : JournalState::kClosed;
+  storage_->SaveEntry(row);
+  if (row.entry.undoes != 0) MarkUndone(journal, row.entry.undoes, id);
 }
 
 Long FigureStore::ChangeDescription(const std::shared_ptr<const StoredDescription>& changed, const JournalEntry& entry,
@@ -523,9 +539,8 @@ Long FigureStore::ChangeDescription(const std::shared_ptr<const StoredDescriptio
   if (entry.undoes == 0) {
     storage_->SaveText(row.entry.id, kChangeText, change);
   } else {
-    JournalRow undone = RowOfEntry(entry.undoes);
-    undone.entry.state = JournalState::kUndone;
-    storage_->SaveEntry(undone);
+    std::vector<JournalRow> journal = storage_->Entries();
+    MarkUndone(journal, entry.undoes, row.entry.id);
   }
   const auto fitting = std::make_shared<const StoredDescription>(
       entry.undoes == 0 ? WithLayoutThatFits(*changed, row.entry.id) : *changed);
@@ -541,30 +556,26 @@ Long FigureStore::ChangeDescription(const std::shared_ptr<const StoredDescriptio
   return row.entry.command;
 }
 
-void FigureStore::CheckCanRestore(Long entry, const ChunkShape& made, std::int64_t key, const ChunkMark& mark) const {
+void FigureStore::CheckCanRestore(Long entry, const EntryRows& rows) const {
   const auto refuse = [&](const Text& why) {
     throw Failure(FailureNumber::kInvalidArgument,
                   storage_->Path() + ": journal entry " + std::to_string(entry) + " cannot be undone: " + why, kSource);
   };
   const std::vector<Long>& retired = description_->retired_accounts;
-  if (std::binary_search(retired.begin(), retired.end(), AccountOf(key))) {
-    refuse("account number " + std::to_string(AccountOf(key)) + ", whose figures it changed, has been removed");
+  if (std::binary_search(retired.begin(), retired.end(), AccountOf(rows.key))) {
+    refuse("account number " + std::to_string(AccountOf(rows.key)) + ", whose figures it changed, has been removed");
   }
-  const std::size_t first = std::size_t{ChunkNumberOf(key)} * made.rows;
-  for (std::size_t row = 0; row < mark.rows.size() * 8; ++row) {
-    if (HasBit(mark.rows, row) && first + row >= date_of_record_.size()) {
+  const std::size_t first = std::size_t{ChunkNumberOf(rows.key)} * shape_.rows;
+  for (std::size_t row = 0; row < rows.rows.size() * 8; ++row) {
+    if (HasBit(rows.rows, row) && first + row >= date_of_record_.size()) {
       refuse("the years that it changed have been taken away");
     }
   }
 }
 
-void FigureStore::Restore(const Restoration& restoration, JournalRow& undo, AccountSums& sums) {
-  const std::int64_t key = restoration.key;
+void FigureStore::Restore(const EntryRows& rows, FigureUndo& figures, JournalRow& undo, AccountSums& sums) {
+  const std::int64_t key = rows.key;
   const std::optional<StoredChunk> stored = storage_->FindChunk(key);
-  const std::int64_t image = stored ? storage_->CopyImage(stored->row) : 0;
-  undo.marks_sum += storage_->InsertMark(undo.entry.id, key, restoration.rows, image);
-  ++undo.marks;
-  ++undo.entry.chunks;
   ChunkRows now;
   StoredAs stands;
   if (stored) {
@@ -572,57 +583,15 @@ void FigureStore::Restore(const Restoration& restoration, JournalRow& undo, Acco
   } else if (directory_.Has(key, sums.Of(AccountOf(key)))) {
     FailDamaged(key, "a chunk is not found where the index has it");
   }
-  for (std::size_t row = 0; row < std::min(shape_.rows, restoration.rows.size() * 8); ++row) {
-    if (!HasBit(restoration.rows, row)) continue;
-    const Double* figures = restoration.before.Find(row, shape_.fields);
-    std::copy_n(figures != nullptr ? figures : row_of_zeros_.data(), shape_.fields, now.Hold(row, shape_));
+  const RowBits changed = figures.Apply(rows, now);
+  if (HasAnyBit(changed)) {
+    const std::int64_t image = stored ? storage_->CopyImage(stands.row) : 0;
+    undo.marks_sum += storage_->InsertMark(undo.entry.id, key, changed, image);
+    ++undo.marks;
+    ++undo.entry.chunks;
+    directory_.Note(key, Store(stands, key, now, sums).row != 0);
   }
-  directory_.Note(key, Store(stands, key, now, sums).row != 0);
   storage_->EndWalk();
-}
-
-// Marks come in the order of their keys, so that the rows of a chunk come one behind another.
-void FigureStore::Gather(const ChunkShape& made, const Restoration& former, Restoration& gathered, JournalRow& undo,
-                         AccountSums& sums) {
-  const std::size_t first_record = std::size_t{ChunkNumberOf(former.key)} * made.rows;
-  for (std::size_t row = 0; row < std::min(made.rows, former.rows.size() * 8); ++row) {
-    if (!HasBit(former.rows, row)) continue;
-    const RecordPlace place = place_of_record_[first_record + row];
-    const std::int64_t key = FirstKeyOf(AccountOf(former.key)) + place.chunk;
-    if (key != gathered.key) {
-      if (gathered.key != kNoKey) Restore(gathered, undo, sums);
-      gathered = {.key = key, .rows = std::vector<std::byte>((shape_.rows + 7) / 8), .before = {}};
-    }
-    SetBit(gathered.rows, place.row);
-    const Double* figures = former.before.Find(row, shape_.fields);
-    if (figures != nullptr) std::copy_n(figures, shape_.fields, gathered.before.Hold(place.row, shape_));
-  }
-}
-
-bool FigureStore::ShareRecords(Long entry, Long other) {
-  const std::size_t rows = ShapeOf(*description_, entry).rows;
-  if (rows == ShapeOf(*description_, other).rows) return storage_->ShareRecords(entry, other);
-  // Between the two all chunks were stored anew, so that the same bits are other records.
-  const auto visit_records = [&](Long id, const auto& take) {
-    const std::size_t rows_of_chunk = ShapeOf(*description_, id).rows;
-    storage_->VisitMarks(RowOfEntry(id), [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte>) {
-      for (std::size_t row = 0; row < mark.rows.size() * 8; ++row) {
-        if (HasBit(mark.rows, row)) take(AccountOf(key), ChunkNumberOf(key) * rows_of_chunk + row);
-      }
-    });
-  };
-  std::map<Long, std::vector<bool>> written;
-  visit_records(entry, [&](Long account, std::size_t record) {
-    std::vector<bool>& records = written[account];
-    records.resize(std::max(records.size(), record + 1));
-    records[record] = true;
-  });
-  bool shared = false;
-  visit_records(other, [&](Long account, std::size_t record) {
-    const auto records = written.find(account);
-    shared = shared || (records != written.end() && record < records->second.size() && records->second[record]);
-  });
-  return shared;
 }
 
 bool FigureStore::VisitRows(std::size_t account, std::int32_t first, std::int32_t last, const RowVisitor& visit) {

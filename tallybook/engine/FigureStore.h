@@ -26,10 +26,15 @@
 #include "tallybook/engine/Calendar.h"
 #include "tallybook/engine/ChunkDirectory.h"
 #include "tallybook/engine/ChunkRows.h"
-#include "tallybook/engine/Journal.h"
+#include "tallybook/engine/JournalEntry.h"
 #include "tallybook/engine/JournalRow.h"
+#include "tallybook/engine/UndoRequest.h"
 
 namespace tallybook::engine {
+
+class EntryImages;
+class FigureUndo;
+struct EntryRows;
 
 class FigureStore {
  public:
@@ -98,12 +103,12 @@ class FigureStore {
   // The number of the command of the entry that was opened last; 0 where it is not in the file yet.
   [[nodiscard]] Long Command() const { return entry_row_.entry.command; }
   [[nodiscard]] std::vector<JournalEntry> Entries();
-  // Whether both entries wrote some record.
-  [[nodiscard]] bool ShareRecords(Long entry, Long other);
   // Takes entries back, in the order given, in one transaction; it ends an entry that is open, and forgets the current
   // row. They must keep images and not be undone. Each leaves an entry like `undo`, all of one command, whose number
-  // this gives.
-  Long Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo);
+  // this gives. `outcome` gets what became of the figures; where the request is not to be carried out then, all of it is
+  // dropped, with UndoDropped.
+  Long Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo, const UndoRequest& request,
+            UndoOutcome& outcome);
 
   // Commits, then gives the stored rows of an account in the order of their records, from `first` to `last`; rows of
   // zeros may be left out. False from `visit` ends the walk and is given back.
@@ -199,22 +204,16 @@ class FigureStore {
   Checksum Decode(const ChunkShape& shape, std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const;
   [[noreturn]] void FailDamaged(std::int64_t key, const Text& what) const { FailDamaged(shape_, key, what); }
   [[noreturn]] void FailDamaged(const ChunkShape& shape, std::int64_t key, const Text& what) const;
-  [[nodiscard]] JournalRow RowOfEntry(Long id);
-  void UndoEntry(JournalRow row, JournalRow undo, AccountSums& sums);
-  // Rows of a chunk that are to be put back.
-  struct Restoration {
-    std::int64_t key = kNoKey;
-    std::vector<std::byte> rows;  // a bit for each of them
-    ChunkRows before;
-  };
-  // Puts them back, and gives the undo its mark and its image of the chunk as it is before that.
-  void Restore(const Restoration& restoration, JournalRow& undo, AccountSums& sums);
-  // The marked rows of a chunk from before all chunks were stored anew, put to where they are now: what belongs to another
-  // chunk than the rows that are gathered yet is preceded by the restoring of those.
-  void Gather(const ChunkShape& made, const Restoration& former, Restoration& gathered, JournalRow& undo,
-              AccountSums& sums);
+  // Within a transaction: takes one entry of the journal back, whose rows are all here. What was written for each chunk is
+  // told by `figures`.
+  void UndoEntry(JournalRow row, JournalRow undo, EntryImages& images, FigureUndo& figures, AccountSums& sums);
+  // Puts rows of a chunk back, and gives the undo its mark and its image of the chunk as it is before that.
+  void Restore(const EntryRows& rows, FigureUndo& figures, JournalRow& undo, AccountSums& sums);
   // What a mark names must still be there.
-  void CheckCanRestore(Long entry, const ChunkShape& made, std::int64_t key, const ChunkMark& mark) const;
+  void CheckCanRestore(Long entry, const EntryRows& rows) const;
+  // An entry is undone, or after the undo of its undo is not any more; and with an undo what it took back.
+  void MarkUndone(std::vector<JournalRow>& journal, Long id, Long undo);
+  void MarkStanding(std::vector<JournalRow>& journal, Long id, Long undo);
   void CheckSeen(std::int64_t first_key, std::int64_t last_key, bool whole, const AccountSum& seen);
 
   std::unique_ptr<BookStorage> storage_;

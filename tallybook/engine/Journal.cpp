@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
+#include "base/Dates.h"
 #include "base/Failure.h"
 #include "tallybook/engine/Book.h"
 #include "tallybook/engine/FigureStore.h"
@@ -24,6 +26,17 @@ bool IsLeft(const JournalEntry& entry) {
 
 bool IsOfLists(const JournalEntry& entry) {
   return entry.kind == JournalKind::kLists;
+}
+
+bool Contains(const std::vector<JournalEntry>& entries, Long id) {
+  return std::ranges::find(entries, id, &JournalEntry::id) != entries.end();
+}
+
+// What an undo took back, or the undo that it took back did, and so on.
+JournalEntry TakenBackBy(const std::vector<JournalEntry>& all, const JournalEntry& undo) {
+  JournalEntry entry = undo;
+  while (entry.undoes != 0) entry = *std::ranges::find(all, entry.undoes, &JournalEntry::id);
+  return entry;
 }
 
 Text Named(const JournalEntry& entry) {
@@ -49,26 +62,43 @@ std::vector<JournalEntry> Journal::One(const std::vector<JournalEntry>& all, Lon
   const auto asked = std::ranges::find(all, id, &JournalEntry::id);
   if (asked == all.end()) Refuse(book_, "the journal has no entry " + std::to_string(id));
   if (asked->state == JournalState::kUndone) Refuse(book_, Named(*asked) + " has been undone already");
-  if (asked->kind == JournalKind::kUndo) Refuse(book_, Named(*asked) + " is an undo, which cannot be undone itself");
+  if (asked->kind == JournalKind::kUndo && IsOfLists(TakenBackBy(all, *asked))) {
+    Refuse(book_, Named(*asked) + " is the undo of a change of lists, which cannot be undone itself");
+  }
   return {*asked};
 }
 
+std::vector<JournalEntry> Journal::Asked(const std::vector<JournalEntry>& all, std::optional<Long> id) const {
+  return id ? One(all, *id) : Newest(all);
+}
+
 std::vector<JournalEntry> Journal::UndoNewest() {
-  book_.RequireWritable();
-  const std::vector<JournalEntry> all = Entries();
-  return Undo(all, Newest(all));
+  return UndoExactly(std::nullopt);
 }
 
 std::vector<JournalEntry> Journal::Undo(Long id) {
-  book_.RequireWritable();
-  const std::vector<JournalEntry> all = Entries();
-  return Undo(all, One(all, id));
+  return UndoExactly(id);
+}
+
+std::vector<JournalEntry> Journal::UndoExactly(std::optional<Long> id) {
+  UndoRequest request;
+  request.id = id;
+  request.most_listed = 1;
+  UndoOutcome outcome = TakeBack(request);
+  if (outcome.done) return std::move(outcome.undone);
+  const ChangedSince& first = outcome.listed.front();
+  const auto account = static_cast<std::size_t>(book_.AccountPosition(first.account_number) - 1);
+  Refuse(book_, "journal entry " + std::to_string(first.entry) +
+                    " cannot be undone exactly: " + std::to_string(outcome.changed_since) +
+                    (outcome.changed_since == 1 ? " figure has" : " figures have") + " been changed since (account " +
+                    book_.Description().accounts[account].code + ", " + DateText(first.date) + ", field " +
+                    std::to_string(first.field_number) + ", by entry " + std::to_string(first.later) + ")");
 }
 
 BookDescription Journal::DescriptionAfterUndo(std::optional<Long> id) const {
   const std::vector<JournalEntry> all = Entries();
-  const std::vector<JournalEntry> undone = id ? One(all, *id) : Newest(all);
-  CheckNothingStandsOn(all, undone);
+  const std::vector<JournalEntry> undone = Asked(all, id);
+  CheckCanUndo(all, undone);
   StoredDescription description = book_.Stored();
   for (const JournalEntry& entry : undone) {
     if (IsOfLists(entry)) description = book_.DescriptionBefore(description, entry);
@@ -76,40 +106,47 @@ BookDescription Journal::DescriptionAfterUndo(std::optional<Long> id) const {
   return description.description;
 }
 
-void Journal::RefuseToPass(const JournalEntry& entry, const JournalEntry& later) const {
-  Refuse(book_, Named(entry) + " cannot be undone while entry " + std::to_string(later.id) +
-                    " stands on it; undo that one first");
-}
-
-// Changes of lists stand on each other alone, and so do those of figures; what one has to do with the other is told when it
-// is tried. What kept no images can never be undone, so it stands on others only where it wrote the same records.
-void Journal::CheckNothingStandsOn(const std::vector<JournalEntry>& all,
-                                   const std::vector<JournalEntry>& undone) const {
+// Changes of lists stand on each other alone; what figures have to do with them is told when it is tried.
+void Journal::CheckCanUndo(const std::vector<JournalEntry>& all, const std::vector<JournalEntry>& undone) const {
   for (const JournalEntry& entry : undone) {
-    if (entry.keeps_images) continue;
-    Refuse(book_, Named(entry) + " cannot be undone: " +
-                      (IsOfLists(entry) ? "what stood on it is lost" : "it kept no figures from before"));
-  }
-  for (auto later = all.rbegin(); later != all.rend() && later->id > undone.back().id; ++later) {
-    if (!IsLeft(*later) || std::ranges::find(undone, later->id, &JournalEntry::id) != undone.end()) continue;
-    for (const JournalEntry& entry : undone) {
-      if (later->id < entry.id || IsOfLists(*later) != IsOfLists(entry)) continue;
-      if (later->keeps_images || IsOfLists(*later)) RefuseToPass(entry, *later);
-      if (book_.Store().ShareRecords(entry.id, later->id)) {
-        Refuse(book_, Named(entry) + " cannot be undone: entry " + std::to_string(later->id) +
-                          ", which kept no figures from before, has written some of its records again");
-      }
+    if (!entry.keeps_images) {
+      Refuse(book_, Named(entry) + " cannot be undone: " +
+                        (IsOfLists(entry) ? "what stood on it is lost" : "it kept no figures from before"));
+    }
+    if (!IsOfLists(entry)) continue;
+    for (auto later = all.rbegin(); later != all.rend() && later->id > entry.id; ++later) {
+      if (!IsLeft(*later) || !IsOfLists(*later) || Contains(undone, later->id)) continue;
+      Refuse(book_, Named(entry) + " cannot be undone while entry " + std::to_string(later->id) +
+                        " stands on it; undo that one first");
     }
   }
 }
 
-std::vector<JournalEntry> Journal::Undo(const std::vector<JournalEntry>& all, const std::vector<JournalEntry>& undone) {
-  CheckNothingStandsOn(all, undone);
+void Journal::CheckCanReverse(const std::vector<JournalEntry>& undone) const {
+  for (const JournalEntry& entry : undone) {
+    if (entry.kind != JournalKind::kImport) {
+      Refuse(book_, Named(entry) + " is no import, so there are no amounts that it added");
+    }
+  }
+}
+
+UndoOutcome Journal::TakeBack(const UndoRequest& request) {
+  book_.RequireWritable();
+  const std::vector<JournalEntry> all = Entries();
+  UndoOutcome outcome;
+  outcome.undone = Asked(all, request.id);
+  CheckCanUndo(all, outcome.undone);
+  if (request.way == UndoWay::kReverse) CheckCanReverse(outcome.undone);
   std::vector<JournalEntry> figures;
   std::vector<JournalEntry> lists;
-  for (const JournalEntry& entry : undone) (IsOfLists(entry) ? lists : figures).push_back(entry);
-  book_.TakeBack(figures, lists);
-  return undone;
+  for (const JournalEntry& entry : outcome.undone) (IsOfLists(entry) ? lists : figures).push_back(entry);
+  try {
+    book_.TakeBack(figures, lists, request, outcome);
+    outcome.done = true;
+  } catch (const UndoDropped&) {
+    outcome.done = false;
+  }
+  return outcome;
 }
 
 }  // namespace tallybook::engine

@@ -4,8 +4,10 @@
 // that it cannot be taken back. An entry that was never closed, because its run failed or its process was killed, can be
 // undone as well.
 //
-// The entries of one command (Book::SetOperation, Book::Grow) belong together. Undo is newest first: the figures of an older entry
-// have had later changes put on top of them. It leaves an entry of its own.
+// The entries of one command (Book::SetOperation, Book::Grow) belong together. Any of them can be undone, whatever came
+// later: the figures that it changed are put to what they were before it, and what later entries did to the same records
+// stays. A figure that is no longer what the entry left has been changed since; what becomes of it then is the caller's to say
+// (UndoRequest.h). Undo leaves an entry of its own, which can be undone as well; what it took back stands again then.
 //
 // A change of the book's lists or years (Book::Grow) is an entry as well. Such changes stand on each other, and neither
 // on figures nor figures on them: figures are kept by the numbers of account and field. Where one has taken away what the
@@ -17,29 +19,12 @@
 
 #include "base/Types.h"
 #include "tallybook/engine/BookDescription.h"
+#include "tallybook/engine/JournalEntry.h"
+#include "tallybook/engine/UndoRequest.h"
 
 namespace tallybook::engine {
 
 class Book;
-
-// The numbers stand in book files.
-enum class JournalState : Integer { kOpen = 0, kClosed = 1, kUndone = 2 };
-
-enum class JournalKind : Integer { kImport = 1, kSet = 2, kUndo = 3, kLists = 4 };
-
-struct JournalEntry {
-  Long id = 0;       // from 1, in the order in which the file got them
-  Long command = 0;  // the same for all entries of one command
-  JournalKind kind = JournalKind::kImport;
-  Date time = 0;         // when it was opened, local time
-  Date first = kNoDate;  // the date range that was announced; kNoDate where none was
-  Date last = kNoDate;
-  Text what_ran;  // may be empty
-  JournalState state = JournalState::kOpen;
-  bool keeps_images = true;  // whether it can be undone
-  Long undoes = 0;           // the entry that this one took back; 0: it is no undo
-  Long chunks = 0;           // how many stored chunks were changed under it
-};
 
 class Journal {
  public:
@@ -49,14 +34,19 @@ class Journal {
   // All entries, oldest first. Failure 57 where the journal is damaged.
   [[nodiscard]] std::vector<JournalEntry> Entries() const;
 
-  // Take back the newest command of which anything is not undone, all of its entries, or one entry alone. Every record
-  // that was written under them is put to what it was when they were opened; records that were not written under them
-  // stay as they are. Done wholly or not at all, whatever ends the process meanwhile. The book has no current record
-  // afterwards. Give the entries taken back, newest first.
-  //   fails   5 where there is nothing to undo, for an id that is none, is undone or is an undo, for an entry that keeps
-  //           no images, where a later entry stands on it (the text names that one), where an account or the years that
-  //           it wrote are gone, and where what it added to the lists has figures since (the text counts them); 70 for a book open to read; 57
-  //           where what it needs is damaged; else as Book::Commit
+  // Takes back the newest command of which anything is not undone, all of its entries newest first, or one entry alone. Done
+  // wholly or not at all, whatever ends the process meanwhile; what is not done leaves every figure as it was. The book has
+  // no current record afterwards.
+  //   fails   5 where there is nothing to undo, for an id that is none or is undone, for an entry that keeps no images,
+  //           for the undo of a change of lists, where a later change of lists stands on one (the text names that one),
+  //           where an account or the years that it wrote are gone, where what it added to the lists has figures since (the
+  //           text counts them), and for kReverse where the amounts of an entry cannot be told, or it is no import; 6 where
+  //           taking one out gives no figure; 70 for a book open to read; 57 where what it needs is damaged; else as
+  //           Book::Commit
+  UndoOutcome TakeBack(const UndoRequest& request);
+
+  // The same for those that have nobody to ask: kExact, and failure 5 where figures have been changed since, which names
+  // the first. Give the entries taken back, newest first.
   std::vector<JournalEntry> UndoNewest();
   std::vector<JournalEntry> Undo(Long id);
 
@@ -68,9 +58,10 @@ class Journal {
   // The entries that are asked for, newest first.
   [[nodiscard]] std::vector<JournalEntry> Newest(const std::vector<JournalEntry>& all) const;
   [[nodiscard]] std::vector<JournalEntry> One(const std::vector<JournalEntry>& all, Long id) const;
-  void CheckNothingStandsOn(const std::vector<JournalEntry>& all, const std::vector<JournalEntry>& undone) const;
-  std::vector<JournalEntry> Undo(const std::vector<JournalEntry>& all, const std::vector<JournalEntry>& undone);
-  [[noreturn]] void RefuseToPass(const JournalEntry& entry, const JournalEntry& later) const;
+  [[nodiscard]] std::vector<JournalEntry> Asked(const std::vector<JournalEntry>& all, std::optional<Long> id) const;
+  void CheckCanUndo(const std::vector<JournalEntry>& all, const std::vector<JournalEntry>& undone) const;
+  void CheckCanReverse(const std::vector<JournalEntry>& undone) const;
+  std::vector<JournalEntry> UndoExactly(std::optional<Long> id);
 
   Book& book_;
 };

@@ -9,7 +9,7 @@
 
 #include "base/Types.h"
 #include "tallybook/engine/Checksums.h"
-#include "tallybook/engine/Journal.h"
+#include "tallybook/engine/JournalEntry.h"
 
 namespace tallybook::engine {
 
@@ -30,7 +30,11 @@ struct ChunkMark {
 
 // The name of the text that tells what an entry of kind kLists changed (BookGrowth.h, ChangeText).
 inline constexpr const char* kChangeText = "change";
+// The name of the text of an undo that tells in which state the entry was that it took back, where that was not closed.
+inline constexpr const char* kWasText = "was";
+inline constexpr const char* kWasOpen = "open";
 
+using MarkBitsVisitor = std::function<void(std::int64_t key, const ChunkMark& mark)>;
 // Takes a mark with the bytes of its image, empty where there was no chunk.
 using MarkVisitor = std::function<void(std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image)>;
 

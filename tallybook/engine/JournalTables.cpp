@@ -48,6 +48,7 @@ struct JournalTables::Statements {
                      "UPDATE journal SET state = ?2, images = ?3, chunks = ?4, marks = ?5, marks_sum = ?6, "
                      "checksum = ?7 WHERE id = ?1"),
         copy_image(database, "INSERT INTO image (figures) SELECT figures FROM chunk WHERE id = ?1"),
+        read_image(database, "SELECT figures FROM image WHERE id = ?1"),
         find_mark(database, "SELECT rows, image FROM journal_chunk WHERE entry = ?1 AND key = ?2"),
         insert_mark(database, "INSERT INTO journal_chunk (entry, key, rows, image) VALUES (?1, ?2, ?3, ?4)"),
         update_mark(database, "UPDATE journal_chunk SET rows = ?3, image = ?4 WHERE entry = ?1 AND key = ?2") {}
@@ -55,6 +56,7 @@ struct JournalTables::Statements {
   DbStatement insert_entry;
   DbStatement update_entry;
   DbStatement copy_image;
+  DbStatement read_image;
   DbStatement find_mark;
   DbStatement insert_mark;
   DbStatement update_mark;
@@ -195,16 +197,29 @@ void JournalTables::SaveText(Long entry, const Text& name, const Text& value) {
   insert.Run();
 }
 
-Text JournalTables::TextOf(Long entry, const Text& name) {
+std::optional<Text> JournalTables::FindText(Long entry, const Text& name) {
   DbStatement select(database_, "SELECT value, checksum FROM journal_text WHERE entry = ?1 AND name = ?2");
-  if (!select.Bind(1, std::int64_t{entry}).Bind(2, name).Step()) {
-    FailDamaged("the " + name + " of journal entry " + std::to_string(entry) + " is missing");
-  }
+  if (!select.Bind(1, std::int64_t{entry}).Bind(2, name).Step()) return std::nullopt;
   Text value = select.String(0);
   if (TextChecksum(entry, name, value) != FromColumn(select.Int(1))) {
     FailDamaged("the " + name + " of journal entry " + std::to_string(entry) + " does not agree with its checksum");
   }
   return value;
+}
+
+Text JournalTables::TextOf(Long entry, const Text& name) {
+  std::optional<Text> value = FindText(entry, name);
+  if (!value) FailDamaged("the " + name + " of journal entry " + std::to_string(entry) + " is missing");
+  return std::move(*value);
+}
+
+std::span<const std::byte> JournalTables::ReadImage(std::int64_t image) {
+  DbStatement& read = Prepared().read_image;
+  const EndOfWalk end(read);
+  if (!read.Bind(1, image).Step()) FailDamaged("an image of the journal is missing");
+  const auto bytes = read.Bytes(0);
+  image_bytes_.assign(bytes.begin(), bytes.end());
+  return image_bytes_;
 }
 
 std::int64_t JournalTables::CopyImage(std::int64_t chunk_row) {
@@ -259,24 +274,17 @@ Checksum JournalTables::UpdateMark(Long entry, std::int64_t key, std::span<const
   return WriteMark(Prepared().update_mark, entry, key, rows, image);
 }
 
-void JournalTables::VisitMarks(const JournalRow& row, const MarkVisitor& visit) {
+void JournalTables::WalkMarks(DbStatement& walk, const JournalRow& row, const MarkBitsVisitor& visit) {
   const Long entry = row.entry.id;
-  DbStatement walk(
-      database_,
-      "SELECT key, rows, image, figures FROM journal_chunk LEFT JOIN image ON image.id = journal_chunk.image "
-      "WHERE entry = ?1 ORDER BY key");
   walk.Bind(1, std::int64_t{entry});
   std::int64_t marks = 0;
   std::uint64_t marks_sum = 0;
   while (walk.Step()) {
     const std::int64_t key = walk.Int(0);
     const ChunkMark mark = CheckedMark(entry, key, walk, 1);
-    if (mark.image != 0 && walk.IsNull(3)) {
-      FailDamaged("an image of journal entry " + std::to_string(entry) + " is missing");
-    }
     ++marks;
     marks_sum += mark.checksum;
-    visit(key, mark, walk.Bytes(3));
+    visit(key, mark);
   }
   if (marks != row.marks || marks_sum != row.marks_sum) {
     FailDamaged("journal entry " + std::to_string(entry) + " shows " + std::to_string(marks) + " changed chunks of " +
@@ -284,20 +292,22 @@ void JournalTables::VisitMarks(const JournalRow& row, const MarkVisitor& visit) 
   }
 }
 
-bool JournalTables::ShareRecords(Long entry, Long other) {
-  DbStatement walk(database_,
-                   "SELECT mine.rows, theirs.rows FROM journal_chunk AS mine JOIN journal_chunk AS theirs "
-                   "ON theirs.entry = ?2 AND theirs.key = mine.key WHERE mine.entry = ?1");
-  walk.Bind(1, std::int64_t{entry}).Bind(2, std::int64_t{other});
-  while (walk.Step()) {
-    const auto mine = walk.Bytes(0);
-    const auto theirs = walk.Bytes(1);
-    const std::size_t size = std::min(mine.size(), theirs.size());
-    for (std::size_t index = 0; index + kChecksumSize < size; ++index) {
-      if ((mine[index] & theirs[index]) != std::byte{0}) return true;
+void JournalTables::VisitMarks(const JournalRow& row, const MarkVisitor& visit) {
+  DbStatement walk(
+      database_,
+      "SELECT key, rows, image, figures FROM journal_chunk LEFT JOIN image ON image.id = journal_chunk.image "
+      "WHERE entry = ?1 ORDER BY key");
+  WalkMarks(walk, row, [&](std::int64_t key, const ChunkMark& mark) {
+    if (mark.image != 0 && walk.IsNull(3)) {
+      FailDamaged("an image of journal entry " + std::to_string(row.entry.id) + " is missing");
     }
-  }
-  return false;
+    visit(key, mark, walk.Bytes(3));
+  });
+}
+
+void JournalTables::VisitMarkBits(const JournalRow& row, const MarkBitsVisitor& visit) {
+  DbStatement walk(database_, "SELECT key, rows, image FROM journal_chunk WHERE entry = ?1 ORDER BY key");
+  WalkMarks(walk, row, visit);
 }
 
 }  // namespace tallybook::engine

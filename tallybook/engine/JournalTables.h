@@ -36,12 +36,15 @@ class JournalTables {
   // Writes an entry: a new one where its id is 0, which it is given then.
   void Save(JournalRow& row);
 
-  // A text of an entry under a name. Failure 57 where there is none, or it is damaged.
+  // A text of an entry under a name. Failure 57 where it is damaged, and of TextOf where there is none.
   void SaveText(Long entry, const Text& name, const Text& value);
+  [[nodiscard]] std::optional<Text> FindText(Long entry, const Text& name);
   [[nodiscard]] Text TextOf(Long entry, const Text& name);
 
   // Copies a chunk from its row, and gives the image's row.
   std::int64_t CopyImage(std::int64_t chunk_row);
+  // An image's bytes, which last until the next call. Failure 57 where it is missing.
+  [[nodiscard]] std::span<const std::byte> ReadImage(std::int64_t image);
   [[nodiscard]] std::optional<ChunkMark> FindMark(Long entry, std::int64_t key);
   // Writes a mark of these bits and this image. Gives its checksum.
   Checksum InsertMark(Long entry, std::int64_t key, std::span<const std::byte> rows, std::int64_t image);
@@ -50,15 +53,15 @@ class JournalTables {
   // Gives each mark of an entry with the bytes of its image, empty where there was no chunk, in the order of the keys.
   // Failure 57 where one is damaged or missing.
   void VisitMarks(const JournalRow& row, const MarkVisitor& visit);
-
-  // Whether both entries wrote some record.
-  [[nodiscard]] bool ShareRecords(Long entry, Long other);
+  // The same without the images, which are not read.
+  void VisitMarkBits(const JournalRow& row, const MarkBitsVisitor& visit);
 
  private:
   struct Statements;
 
   [[nodiscard]] Statements& Prepared();
   [[nodiscard]] std::vector<JournalRow> RowsOfFirstFormat();
+  void WalkMarks(DbStatement& walk, const JournalRow& row, const MarkBitsVisitor& visit);
   [[nodiscard]] ChunkMark CheckedMark(Long entry, std::int64_t key, const DbStatement& statement, int column);
   Checksum WriteMark(DbStatement& statement, Long entry, std::int64_t key, std::span<const std::byte> rows,
                      std::int64_t image);
@@ -68,6 +71,7 @@ class JournalTables {
   Database& database_;
   std::unique_ptr<Statements> statements_;  // made when they are needed: a file of an older format lacks their columns
   std::vector<std::byte> bytes_;            // of a mark
+  std::vector<std::byte> image_bytes_;      // of the image that was read last
 };
 
 // The checksums of rows as they stand in the file.

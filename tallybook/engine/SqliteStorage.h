@@ -57,6 +57,10 @@ class SqliteStorage final : public BookStorage {
   void SaveEntry(JournalRow& row) override { journal_.Save(row); }
   void SaveText(Long entry, const Text& name, const Text& value) override { journal_.SaveText(entry, name, value); }
   [[nodiscard]] Text TextOf(Long entry, const Text& name) override { return journal_.TextOf(entry, name); }
+  [[nodiscard]] std::optional<Text> FindText(Long entry, const Text& name) override {
+    return journal_.FindText(entry, name);
+  }
+  [[nodiscard]] std::span<const std::byte> ReadImage(std::int64_t image) override { return journal_.ReadImage(image); }
   [[nodiscard]] std::int64_t CopyImage(std::int64_t chunk_row) override { return journal_.CopyImage(chunk_row); }
   [[nodiscard]] std::optional<ChunkMark> FindMark(Long entry, std::int64_t key) override {
     return journal_.FindMark(entry, key);
@@ -68,7 +72,9 @@ class SqliteStorage final : public BookStorage {
     return journal_.UpdateMark(entry, key, rows, image);
   }
   void VisitMarks(const JournalRow& row, const MarkVisitor& visit) override { journal_.VisitMarks(row, visit); }
-  [[nodiscard]] bool ShareRecords(Long entry, Long other) override { return journal_.ShareRecords(entry, other); }
+  void VisitMarkBits(const JournalRow& row, const MarkBitsVisitor& visit) override {
+    journal_.VisitMarkBits(row, visit);
+  }
 
  private:
   [[nodiscard]] Database& Db() { return file_.Db(); }

@@ -82,6 +82,9 @@ NAMES = {
     "time": like(DATE + r" \d\d:\d\d:\d\d"), "first": like(DATE), "last": like(DATE),
     "line": number, "record": count, "column": count, "column_name": text, "text": text, "help": text, "record_count": count,
     "state": words("done", "undone", "not finished", "done for good"), "what_ran": text, "undoes": number,
+    "undone": rows("entry", "what_ran"), "changed_since_count": count,
+    "changed_since": rows("entry", "account", "code", "date", "field", "before", "now", "changed_by"),
+    "before": figure, "left": figure, "now": figure, "changed_by": number,
     "format": number, "chunks": count, "entries": count, "images": count, "findings": rows("kind", "what"), "what": text,
     "position": number, "old_position": number, "description": text, "system": truth,
     "calendar": words("months", "weeks", "4-4-5", "13x4", "custom"), "week_ends_on": like("[a-z]+day"), "periods": number,
@@ -139,6 +142,9 @@ class JsonNamesTest(unittest.TestCase):
             (cls.folder / f"{name}.json").write_text(json.dumps(book(code)), encoding="utf-8")
             cls.run_line("new", name, "--from", f"{name}.json")
             cls.run_line("export", "qdx", name, f"{name}.QDX", "--from", "2003-01-01", "--to", "2003-01-31")
+        cls.run_line("new", "twice", "--from", "shop.json")
+        for value in "4", "5":
+            cls.run_line("set", "twice", "A7", "2003-01-05", "3", value)
         cls.run_line("definition", "add", "shop", "--title", "One", "--file", "shop.QDX", "--after", "keep")
         cls.run_line("definition", "add", "shop", "--title", "Rows", "--file", "other.QDX", "--after", "keep", "--map-account", "C9=A7",
                      "--map-field", "3=3")
@@ -175,7 +181,7 @@ class JsonNamesTest(unittest.TestCase):
 
     LINES = (["values", "shop"], ["definition", "list", "shop"], ["definition", "show", "shop", "2"], ["definition", "check", "shop"], ["qdx", "info", "shop.QDX"],
              ["qdx", "dump", "shop.QDX"], ["qdx", "dump", "cut.QDX"], ["qdx", "check", "shop.QDX"], ["qdx", "check", "cut.QDX"],
-             ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"], ["book", "check", "shop"],
+             ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"], ["journal", "undo", "grow"], ["journal", "undo", "twice", "1"], ["book", "check", "shop"],
              ["import", "qdx", "shop", "--all", "--preview"], ["import", "csv", "weeks", "weeks.csv", "--preview", "--yes"],
              ["import", "csv", "weeks", "bad.csv", "--preview", "--yes"],
              ["import", "delimited", "weeks", "weeks.txt", "--math", "add", "--preview", "--yes"],

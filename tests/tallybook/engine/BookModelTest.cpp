@@ -5,10 +5,12 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
 #include <rapidcheck.h>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -23,6 +25,9 @@ using engine::BookDescription;
 using engine::BookOptions;
 using engine::Journal;
 using engine::JournalKind;
+using engine::UndoOutcome;
+using engine::UndoRequest;
+using engine::UndoWay;
 
 constexpr int kAccounts = 4;
 constexpr int kFields = 250;  // records of 2,000 bytes, so that a chunk holds eight of them
@@ -60,12 +65,12 @@ class Model {
     const Row before = RowOf(key);
     if (before == row) return;
     if (!open_) Open(false);
-    entries_.back().images.emplace(key, before);
-    Set(key, row);
+    Write(entries_.back(), key, row);
   }
-  void BeginCommand() {
+  void BeginCommand(JournalKind kind) {
     EndOwn();
     in_command_ = true;
+    kind_ = kind;
     ++command_;
   }
   void Begin() { Open(true); }
@@ -73,6 +78,7 @@ class Model {
   void Close() {
     open_ = false;
     in_command_ = false;
+    kind_ = JournalKind::kImport;
   }
   void EndOwn() {
     if (open_ && !entries_.back().keeps_images) open_ = false;
@@ -81,24 +87,42 @@ class Model {
   // `choice` is any number; it stands for one of the entries.
   [[nodiscard]] bool IsEmpty() const { return entries_.empty(); }
   [[nodiscard]] Long IdAt(int choice) const { return entries_[IndexAt(choice)].id; }
-  [[nodiscard]] bool CanUndoNewest() const {
-    return !entries_.empty() && std::all_of(entries_.begin(), entries_.end(), [&](const Entry& entry) {
-      return entry.command != entries_.back().command || entry.keeps_images;
-    });
-  }
-  [[nodiscard]] bool CanUndo(int choice) const {
-    const std::size_t index = IndexAt(choice);
-    if (!entries_[index].keeps_images) return false;
-    for (std::size_t later = index + 1; later < entries_.size(); ++later) {
-      if (entries_[later].keeps_images || ShareRecords(entries_[index], entries_[later])) return false;
+  [[nodiscard]] std::set<Long> UndoneIds() const {
+    std::set<Long> ids;
+    for (const Entry& entry : entries_) {
+      if (entry.is_undone) ids.insert(entry.id);
     }
+    return ids;
+  }
+  // Of the newest command of which anything is left, what is left, newest first; empty where there is none.
+  [[nodiscard]] std::vector<std::size_t> Newest() const {
+    std::vector<std::size_t> newest;
+    for (std::size_t index = entries_.size(); index-- > 0;) {
+      if (entries_[index].is_undone || entries_[index].undoes != 0) continue;
+      if (newest.empty() || entries_[index].command == entries_[newest.front()].command) newest.push_back(index);
+    }
+    return newest;
+  }
+  [[nodiscard]] std::vector<std::size_t> One(int choice) const { return {IndexAt(choice)}; }
+
+  // Undoes them in this order; false, with all as it was, where that is refused. An entry of the book's own ends with the
+  // attempt.
+  bool Undo(const std::vector<std::size_t>& asked, UndoWay way) {
+    if (asked.empty()) return false;
+    for (const std::size_t index : asked) {
+      if (entries_[index].is_undone || !entries_[index].keeps_images) return false;
+      if (way == UndoWay::kReverse && entries_[index].kind != JournalKind::kImport) return false;
+    }
+    EndOwn();
+    Model after = *this;
+    ++after.command_;
+    for (const std::size_t index : asked) {
+      if (!after.UndoAt(index, way)) return false;
+    }
+    after.open_ = false;
+    *this = after;
     return true;
   }
-  void UndoNewest() {
-    const int command = entries_.back().command;
-    while (!entries_.empty() && entries_.back().command == command) UndoAt(entries_.size() - 1);
-  }
-  void Undo(int choice) { UndoAt(IndexAt(choice)); }
   [[nodiscard]] Long LastId() const { return last_id_; }
 
   [[nodiscard]] FigureMap Figures() const {
@@ -113,25 +137,86 @@ class Model {
   struct Entry {
     Long id = 0;
     int command = 0;
+    JournalKind kind = JournalKind::kImport;
+    Long undoes = 0;
     bool keeps_images = true;
-    std::map<RecordKey, Row> images;  // of one that keeps none its keys count
+    bool is_undone = false;
+    std::map<RecordKey, Row> before;  // records that were written, and what they were
+    std::map<RecordKey, Row> left;    // and what they were behind it
   };
 
   [[nodiscard]] std::size_t IndexAt(int choice) const { return static_cast<std::size_t>(choice) % entries_.size(); }
-  static bool ShareRecords(const Entry& one, const Entry& other) {
-    return std::any_of(one.images.begin(), one.images.end(),
-                       [&](const auto& image) { return other.images.contains(image.first); });
+  [[nodiscard]] Entry& ById(Long id) {
+    return *std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) { return entry.id == id; });
   }
   void Open(bool keeps_images) {
     if (!in_command_) ++command_;
-    entries_.push_back({++last_id_, command_, keeps_images, {}});
+    Entry entry;
+    entry.id = ++last_id_;
+    entry.command = command_;
+    entry.kind = kind_;
+    entry.keeps_images = keeps_images;
+    entries_.push_back(entry);
     open_ = true;
   }
-  void UndoAt(std::size_t index) {
-    open_ = false;
-    for (const auto& [key, row] : entries_[index].images) Set(key, row);
-    entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(index));
-    ++last_id_;
+  void Write(Entry& entry, const RecordKey& key, const Row& row) {
+    entry.before.emplace(key, RowOf(key));
+    entry.left[key] = row;
+    Set(key, row);
+  }
+  static Double In(const Row& row, Integer field) {
+    const auto found = row.find(field);
+    return found == row.end() ? 0 : found->second;
+  }
+  // What the next entry to write the record kept tells what this one left there.
+  [[nodiscard]] bool IsLeftKnown(std::size_t index, const RecordKey& key) const {
+    for (std::size_t later = index + 1; later < entries_.size(); ++later) {
+      if (entries_[later].before.contains(key)) return entries_[later].keeps_images;
+    }
+    return true;
+  }
+  bool UndoAt(std::size_t index, UndoWay way) {
+    Entry undo;
+    undo.id = ++last_id_;
+    undo.command = command_;
+    undo.kind = JournalKind::kUndo;
+    undo.undoes = entries_[index].id;
+    for (const auto& [key, before] : entries_[index].before) {
+      const Row left = entries_[index].left[key];
+      const bool known = IsLeftKnown(index, key);
+      if (!known && way == UndoWay::kReverse) return false;
+      const Row now = RowOf(key);
+      Row becomes;
+      for (Integer field = 0; field <= 3 * kFields; ++field) {
+        const Double was = In(before, field);
+        const Double is = In(now, field);
+        Double figure = is;
+        if (known && In(left, field) == was) {
+          figure = is;
+        } else if (way == UndoWay::kReverse) {
+          figure = is == In(left, field) ? was : is - (In(left, field) - was);
+        } else if (is == was || (known && is == In(left, field)) || way == UndoWay::kForce) {
+          figure = was;
+        } else if (way == UndoWay::kExact) {
+          return false;
+        }
+        if (figure != 0) becomes[field] = figure;
+      }
+      if (becomes != now) Write(undo, key, becomes);
+    }
+    entries_.push_back(undo);
+    MarkUndone(entries_[index].id);
+    return true;
+  }
+  void MarkUndone(Long id) {
+    Entry& entry = ById(id);
+    if (std::exchange(entry.is_undone, true) || entry.undoes == 0) return;
+    MarkStanding(entry.undoes);
+  }
+  void MarkStanding(Long id) {
+    Entry& entry = ById(id);
+    if (!std::exchange(entry.is_undone, false) || entry.undoes == 0) return;
+    MarkUndone(entry.undoes);
   }
   void Set(const RecordKey& key, const Row& row) {
     if (row.empty()) {
@@ -142,9 +227,10 @@ class Model {
   }
 
   std::map<RecordKey, Row> rows_;
-  std::vector<Entry> entries_;  // that are not undone, and are no undos
+  std::vector<Entry> entries_;
   Long last_id_ = 0;
   int command_ = 0;
+  JournalKind kind_ = JournalKind::kImport;
   bool in_command_ = false;
   bool open_ = false;
 };
@@ -223,6 +309,11 @@ class BookModelTest : public BookFixture {
     return {book->AccountNumber(static_cast<Integer>(step.account + 1)), Day(2003, 1, 1) + step.day};
   }
 
+  static UndoWay WayOf(const Step& step) {
+    constexpr UndoWay kWays[] = {UndoWay::kExact, UndoWay::kExact, UndoWay::kSkip, UndoWay::kForce, UndoWay::kReverse};
+    return kWays[static_cast<std::size_t>(step.field) % std::size(kWays)];
+  }
+
   void WriteOne(const RecordKey& key, const Step& step) {
     const Integer field = book->FieldNumber(static_cast<Integer>(step.field % book->NumFields() + 1));
     RC_ASSERT(book->ReadRecord(key.first, key.second));
@@ -234,24 +325,37 @@ class BookModelTest : public BookFixture {
     model.Write(key, row);
   }
 
-  // What cannot be taken back is refused, and nothing changes.
-  void UndoNewest() {
-    if (model.IsEmpty()) return;
-    if (model.CanUndoNewest()) {
-      Journal(*book).UndoNewest();
-      model.UndoNewest();
-    } else {
-      RC_ASSERT_THROWS_AS(Journal(*book).UndoNewest(), Failure);
+  // What cannot be taken back is refused, and nothing changes. A look finds out the same, and changes nothing either.
+  void Undo(const std::vector<std::size_t>& asked, std::optional<Long> id, UndoWay way) {
+    UndoRequest request;
+    request.id = id;
+    request.way = way;
+    request.only_look = true;
+    const std::optional<UndoOutcome> look = TakeBack(request);
+    request.only_look = false;
+    const std::optional<UndoOutcome> outcome = TakeBack(request);
+    const bool is_done = outcome && outcome->done;
+    RC_ASSERT(is_done == model.Undo(asked, way));
+    RC_ASSERT(look.has_value() == outcome.has_value());
+    if (!outcome) return;
+    RC_ASSERT(!look->done);
+    RC_ASSERT(look->changed_since == outcome->changed_since);
+    RC_ASSERT(look->figures == outcome->figures);
+    const bool is_free = way != UndoWay::kExact || outcome->changed_since == 0;
+    RC_ASSERT(is_done == is_free);
+  }
+  std::optional<UndoOutcome> TakeBack(const UndoRequest& request) {
+    try {
+      return Journal(*book).TakeBack(request);
+    } catch (const Failure& failure) {
+      RC_ASSERT(failure.Number() == FailureNumber::kInvalidArgument);
+      return std::nullopt;
     }
   }
-  void UndoOne(int choice) {
-    if (model.IsEmpty()) return;
-    if (model.CanUndo(choice)) {
-      Journal(*book).Undo(model.IdAt(choice));
-      model.Undo(choice);
-    } else {
-      RC_ASSERT_THROWS_AS(Journal(*book).Undo(model.IdAt(choice)), Failure);
-    }
+  void UndoNewest(UndoWay way) {
+    const bool would_reach_the_sample = model.Newest().empty() && start.LastId() != 0;
+    if (would_reach_the_sample) return;
+    Undo(model.Newest(), std::nullopt, way);
   }
 
   void Do(const Step& step) {
@@ -286,7 +390,7 @@ class BookModelTest : public BookFixture {
         break;
       case Act::kCommand:
         book->SetOperationName("command");
-        model.BeginCommand();
+        model.BeginCommand(JournalKind::kImport);
         break;
       case Act::kBegin:
         book->BeginRollback(key.second, key.second);
@@ -298,7 +402,7 @@ class BookModelTest : public BookFixture {
         break;
       case Act::kSet:
         book->SetOperation(JournalKind::kSet, "set");
-        model.BeginCommand();
+        model.BeginCommand(JournalKind::kSet);
         book->BeginRollback(key.second, key.second);
         model.Begin();
         WriteOne(key, step);
@@ -306,15 +410,23 @@ class BookModelTest : public BookFixture {
         model.End();
         break;
       case Act::kUndoNewest:
-        UndoNewest();
+        UndoNewest(WayOf(step));
         break;
       case Act::kUndoOne:
-        UndoOne(step.day);
+        if (!model.IsEmpty()) Undo(model.One(step.day), model.IdAt(step.day), WayOf(step));
         break;
       case Act::kCompare:
         RC_ASSERT(FiguresOf(*book) == model.Figures());
         break;
     }
+  }
+
+  void CompareStates() {
+    std::set<Long> undone;
+    for (const engine::JournalEntry& entry : Journal(*book).Entries()) {
+      if (entry.state == engine::JournalState::kUndone && entry.id > start.LastId()) undone.insert(entry.id);
+    }
+    RC_ASSERT(undone == model.UndoneIds());
   }
 
   void CheckSteps() {
@@ -328,10 +440,14 @@ class BookModelTest : public BookFixture {
       RC_ASSERT(FiguresOf(*book) == model.Figures());
       model.Close();
       RC_ASSERT(Journal(*book).Entries().size() == static_cast<std::size_t>(model.LastId()));
-      while (model.CanUndoNewest()) {
-        UndoNewest();
+      CompareStates();
+      while (!model.Newest().empty() && model.Undo(model.Newest(), UndoWay::kForce)) {
+        UndoRequest request;
+        request.way = UndoWay::kForce;
+        RC_ASSERT(Journal(*book).TakeBack(request).done);
         RC_ASSERT(FiguresOf(*book) == model.Figures());
       }
+      CompareStates();
       book.reset();
     }));
   }

@@ -105,6 +105,7 @@ class Model {
     if (value == 0) row.erase(field);
     if (row == RowOf(key)) return;
     entries_.back().images.emplace(key, RowOf(key));
+    entries_.back().left[key] = row;
     Set(key, row);
   }
 
@@ -123,10 +124,11 @@ class Model {
   [[nodiscard]] bool CanUndo(std::size_t index) const {
     const Entry& entry = entries_[index];
     if (entry.is_undone) return false;
+    if (!entry.is_lists) return CanRestore(entry);
     for (std::size_t later = index + 1; later < entries_.size(); ++later) {
-      if (!entries_[later].is_undone && entries_[later].is_lists == entry.is_lists) return false;
+      if (!entries_[later].is_undone && entries_[later].is_lists) return false;
     }
-    return entry.is_lists ? CanTakeBack(entry) : CanRestore(entry);
+    return CanTakeBack(entry);
   }
   // Of the newest command of which anything is left, what is left, newest first.
   [[nodiscard]] std::vector<std::size_t> Newest() const {
@@ -158,7 +160,7 @@ class Model {
     if (entry.is_lists) {
       Become(entry.before);
     } else {
-      for (const auto& [key, row] : entry.images) Set(key, row);
+      for (const auto& [key, row] : entry.images) Restore(entry, key);
     }
   }
 
@@ -170,7 +172,28 @@ class Model {
     bool is_undone = false;
     BookDescription before;
     std::map<RecordKey, Row> images;
+    std::map<RecordKey, Row> left;
   };
+
+  static Double In(const Row& row, Integer field) { return row.contains(field) ? row.at(field) : 0; }
+  // Neither what the entry left nor what was there before.
+  [[nodiscard]] bool IsChangedSince(const Entry& entry, const RecordKey& key, Integer field) const {
+    const Double before = In(entry.images.at(key), field);
+    const Double left = In(entry.left.at(key), field);
+    const Double now = In(RowOf(key), field);
+    return left != before && now != left && now != before;
+  }
+  // What was changed since is of a field that is gone.
+  void Restore(const Entry& entry, const RecordKey& key) {
+    Row row = RowOf(key);
+    for (Integer field = 0; field <= 1000; ++field) {
+      const Double before = In(entry.images.at(key), field);
+      if (before == In(entry.left.at(key), field) || IsChangedSince(entry, key, field)) continue;
+      row[field] = before;
+      if (before == 0) row.erase(field);
+    }
+    Set(key, row);
+  }
 
   Entry& AddEntry() {
     Entry& entry = entries_.emplace_back();
@@ -207,7 +230,10 @@ class Model {
   [[nodiscard]] bool CanRestore(const Entry& entry) const {
     const Date last = RecordDates(now_).back();
     return std::ranges::all_of(entry.images, [&](const auto& image) {
-      return HasNumber(now_.accounts, image.first.first) && image.first.second <= last;
+      return HasNumber(now_.accounts, image.first.first) && image.first.second <= last &&
+             std::ranges::none_of(now_.fields, [&](const FieldDescription& field) {
+               return IsChangedSince(entry, image.first, field.number);
+             });
     });
   }
 

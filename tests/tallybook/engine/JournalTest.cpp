@@ -16,12 +16,14 @@ using engine::Journal;
 using engine::JournalEntry;
 using engine::JournalKind;
 using engine::JournalState;
+using engine::UndoWay;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 constexpr Long kShop = 101;
 constexpr Long kCafe = 205;
 constexpr Integer kSales = 1;
+constexpr Integer kGuests = 4;
 
 class JournalTest : public BookFixture {
  protected:
@@ -44,6 +46,7 @@ class JournalTest : public BookFixture {
   }
 
   std::vector<JournalEntry> Entries() { return Journal(*book).Entries(); }
+  engine::UndoOutcome TakeBack(Long id, UndoWay way) { return Journal(*book).TakeBack({.id = id, .way = way}); }
   Long Undo() { return Journal(*book).UndoNewest().front().id; }
   Long Undo(Long id) { return Journal(*book).Undo(id).front().id; }
 
@@ -102,13 +105,15 @@ TEST_F(JournalTest, RestoresExactlyWhatWasThereBefore) {
   EXPECT_EQ(Entries()[1].chunks, 3);
 }
 
-TEST_F(JournalTest, UndoesNewestFirst) {
+TEST_F(JournalTest, NamesTheFirstFigureThatWasChangedSinceWhereNobodySaysWhatBecomesOfIt) {
   const FigureMap start = FiguresOf(*book);
   Change(Day(2003, 5, 5), 10);
   const FigureMap between = FiguresOf(*book);
   Change(Day(2003, 5, 5), 20);
   EXPECT_THAT([&] { Undo(1); },
-              FailsWith(FailureNumber::kInvalidArgument, "entry 1 cannot be undone while entry 2 stands on it"));
+              FailsWith(FailureNumber::kInvalidArgument,
+                        "journal entry 1 cannot be undone exactly: 1 figure has been changed since (account 100, "
+                        "2003-05-05, field 1, by entry 2)"));
   EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 20);
   EXPECT_EQ(Undo(2), 2);
   EXPECT_EQ(FiguresOf(*book), between);
@@ -184,7 +189,7 @@ TEST_F(JournalTest, MarksWhatIsWrittenUnderNoEntryAndCannotTakeItBack) {
   EXPECT_THAT([&] { Undo(); }, FailsWith(FailureNumber::kInvalidArgument,
                                          "journal entry 2 cannot be undone: it kept no figures from before"));
   EXPECT_THAT([&] { Undo(1); },
-              FailsWith(FailureNumber::kInvalidArgument, "entry 2, which kept no figures from before, has written"));
+              FailsWith(FailureNumber::kInvalidArgument, "(account 100, 2003-05-05, field 1, by entry 2)"));
   EXPECT_EQ(FiguresOf(*book), after);
 }
 
@@ -237,9 +242,143 @@ TEST_F(JournalTest, LeavesAnEntryForEachEntryThatWasTakenBack) {
   EXPECT_EQ(last.state, JournalState::kClosed);
   EXPECT_EQ(last.first, Day(2003, 5, 5));
   EXPECT_EQ(last.chunks, 1);
-  EXPECT_THAT([&] { Undo(4); },
-              FailsWith(FailureNumber::kInvalidArgument, "entry 4 is an undo, which cannot be undone"));
   EXPECT_THAT([&] { Undo(); }, FailsWith(FailureNumber::kInvalidArgument, "nothing to undo"));
+}
+
+TEST_F(JournalTest, TakesBackAnOlderImportExactlyWhereOthersCameAfterIt) {
+  book->BeginRollback(Day(2003, 5, 5), Day(2003, 5, 6));
+  Put(*book, kShop, Day(2003, 5, 5), kSales, 10);
+  Put(*book, kShop, Day(2003, 5, 6), kSales, 11);
+  book->EndRollback();
+  // The same record, another field; another record of the same chunk.
+  book->BeginRollback(Day(2003, 5, 5), Day(2003, 5, 7));
+  Put(*book, kShop, Day(2003, 5, 5), kGuests, 4);
+  Put(*book, kShop, Day(2003, 5, 7), kSales, 12);
+  book->EndRollback();
+  Reopen();
+  EXPECT_EQ(Undo(1), 1);
+  EXPECT_EQ(FiguresOf(*book), (FigureMap{{{kShop, Day(2003, 5, 5), kSales}, 1},
+                                         {{kShop, Day(2003, 5, 5), kGuests}, 4},
+                                         {{kShop, Day(2003, 5, 7), kSales}, 12},
+                                         {{kShop, Day(2004, 5, 5), kSales}, 2}}));
+}
+
+TEST_F(JournalTest, TellsEachFigureThatWasChangedSinceAndLeavesEverythingAsItIs) {
+  book->BeginRollback(Day(2003, 5, 5), Day(2003, 5, 6));
+  Put(*book, kShop, Day(2003, 5, 5), kSales, 10);
+  Put(*book, kShop, Day(2003, 5, 6), kSales, 11);
+  book->EndRollback();
+  Change(Day(2003, 5, 5), 20);
+  Change(Day(2003, 5, 7), 30);
+  const FigureMap before = FiguresOf(*book);
+  const auto outcome = TakeBack(1, UndoWay::kExact);
+  EXPECT_FALSE(outcome.done);
+  EXPECT_EQ(outcome.changed_since, 1);
+  ASSERT_THAT(outcome.listed, SizeIs(1));
+  const engine::ChangedSince& figure = outcome.listed[0];
+  EXPECT_EQ(figure.entry, 1);
+  EXPECT_EQ(figure.account_number, kShop);
+  EXPECT_EQ(figure.date, Day(2003, 5, 5));
+  EXPECT_EQ(figure.field_number, kSales);
+  EXPECT_EQ(figure.before, 1);
+  EXPECT_EQ(figure.left, 10);
+  EXPECT_EQ(figure.now, 20);
+  EXPECT_EQ(figure.later, 2);
+  Reopen();
+  EXPECT_EQ(FiguresOf(*book), before);
+  EXPECT_THAT(Entries(), SizeIs(3));
+}
+
+TEST_F(JournalTest, LeavesAloneOrPutsBackWhatWasChangedSinceAsItIsTold) {
+  const FigureMap start = FiguresOf(*book);
+  book->BeginRollback(Day(2003, 5, 5), Day(2003, 5, 6));
+  Put(*book, kShop, Day(2003, 5, 5), kSales, 10);
+  Put(*book, kShop, Day(2003, 5, 6), kSales, 11);
+  book->EndRollback();
+  Change(Day(2003, 5, 5), 20);
+  const auto skipped = TakeBack(1, UndoWay::kSkip);
+  EXPECT_TRUE(skipped.done);
+  EXPECT_EQ(skipped.changed_since, 1);
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 20);
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 6), kSales), 0);
+  EXPECT_EQ(Undo(3), 3);  // and the import stands again
+  EXPECT_EQ(Entries()[0].state, JournalState::kClosed);
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 6), kSales), 11);
+  EXPECT_TRUE(TakeBack(1, UndoWay::kForce).done);
+  EXPECT_EQ(FiguresOf(*book), start);
+}
+
+TEST_F(JournalTest, TakesOutTheAmountsOfAnImportWhateverTheFiguresAreNow) {
+  Change(Day(2003, 5, 5), 10);   // adds 9 to 1
+  Change(Day(2003, 5, 5), 110);  // adds 100
+  const auto outcome = TakeBack(1, UndoWay::kReverse);
+  EXPECT_TRUE(outcome.done);
+  EXPECT_EQ(outcome.changed_since, 0);
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 101);
+  EXPECT_TRUE(TakeBack(2, UndoWay::kReverse).done);
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 1);
+}
+
+TEST_F(JournalTest, TakesNoAmountsOutOfWhatIsNoImportOrCannotBeTold) {
+  book->SetOperation(JournalKind::kSet, "set");
+  Change(Day(2003, 5, 5), 10);
+  EXPECT_THAT([&] { TakeBack(1, UndoWay::kReverse); },
+              FailsWith(FailureNumber::kInvalidArgument, "journal entry 1 is no import"));
+  book->SetOperationName("import csv");
+  Change(Day(2003, 5, 6), 10);
+  Put(*book, kShop, Day(2003, 5, 6), kSales, 6);  // under no entry
+  EXPECT_THAT([&] { TakeBack(2, UndoWay::kReverse); },
+              FailsWith(FailureNumber::kInvalidArgument,
+                        "what journal entry 2 added to account 100, 2003-05-06, field 1 cannot be told: entry 3"));
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 6), kSales), 6);
+}
+
+TEST_F(JournalTest, AFigureThatOthersBroughtBackIsNotChangedSince) {
+  Change(Day(2003, 5, 5), 10);
+  Change(Day(2003, 5, 5), 20);
+  Change(Day(2003, 5, 5), 10);
+  EXPECT_EQ(Undo(1), 1);
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 1);
+}
+
+TEST_F(JournalTest, AnUndoCanBeUndoneAndWhatItTookBackStandsAgainAsItDid) {
+  book->BeginRollback(Day(2003, 5, 5), Day(2003, 5, 5));
+  Put(*book, kShop, Day(2003, 5, 5), kSales, 10);
+  Reopen();  // so that it was never closed
+  Undo(1);
+  EXPECT_EQ(Undo(2), 2);
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 10);
+  EXPECT_EQ(Entries()[0].state, JournalState::kOpen);
+  EXPECT_EQ(Entries()[1].state, JournalState::kUndone);
+  EXPECT_EQ(Undo(3), 3);
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 1);
+  EXPECT_EQ(Entries()[0].state, JournalState::kUndone);
+  EXPECT_THAT([&] { Undo(); }, FailsWith(FailureNumber::kInvalidArgument, "nothing to undo"));
+}
+
+TEST_F(JournalTest, CountsAFigureThatSeveralFilesChangedOnce) {
+  Change(Day(2003, 5, 5), 5);
+  book->SetOperationName("import qdx all");
+  Change(Day(2003, 5, 5), 20);
+  Change(Day(2003, 5, 5), 30);
+  EXPECT_TRUE(TakeBack(1, UndoWay::kForce).done);
+  const auto outcome = Journal(*book).TakeBack({});
+  EXPECT_FALSE(outcome.done);
+  EXPECT_THAT(outcome.undone, SizeIs(2));
+  EXPECT_EQ(outcome.changed_since, 1);
+  EXPECT_THAT(outcome.listed, SizeIs(1));
+  EXPECT_EQ(outcome.listed[0].later, 4);
+}
+
+TEST_F(JournalTest, ALookFindsOutAllAndChangesNothing) {
+  Change(Day(2003, 5, 5), 20);
+  const auto outcome = Journal(*book).TakeBack({.id = {}, .only_look = true});
+  EXPECT_FALSE(outcome.done);
+  EXPECT_EQ(outcome.figures, 1);
+  ASSERT_THAT(outcome.undone, SizeIs(1));
+  Reopen();
+  EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 20);
+  EXPECT_THAT(Entries(), SizeIs(1));
 }
 
 TEST_F(JournalTest, BeginsACommandWithEachOperationThatIsNamed) {

@@ -117,7 +117,7 @@ TEST_F(FigureWriterTest, TellsWhyWhatWasTypedCannotBeTakenBack) {
   }
   writer.AddUndo();
   EXPECT_EQ(writer.Try(), Outcome::kFailed);
-  EXPECT_THAT(writer.Words(), HasSubstr("cannot be undone while entry 2 stands on it"));
+  EXPECT_THAT(writer.Words(), HasSubstr("cannot be undone exactly: 1 figure has been changed since"));
   EXPECT_EQ(Sales(1), 77);
   EXPECT_TRUE(writer.CanUndo());
 }

@@ -1,0 +1,74 @@
+#include "tallybook/application/UndoWords.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+#include "base/Dates.h"
+#include "tallybook/application/Counts.h"
+#include "tallybook/application/EntryWords.h"
+
+namespace tallybook::application {
+
+namespace {
+
+Text CodeOf(const engine::Book& book, Long account) {
+  const Integer position = book.AccountPosition(account);
+  if (position == 0) return std::to_string(account);
+  return book.Description().accounts[static_cast<std::size_t>(position - 1)].code;
+}
+
+Text Named(const std::vector<engine::JournalEntry>& entries, Long id) {
+  const auto entry = std::ranges::find(entries, id, &engine::JournalEntry::id);
+  if (entry == entries.end()) return {};
+  const Text what = WhatRan(*entry);
+  return what.empty() ? fmt::format("entry {}", id) : fmt::format("entry {}, {}", id, what);
+}
+
+Text EntriesOf(const engine::UndoOutcome& outcome) {
+  Text named;
+  for (const engine::JournalEntry& entry : outcome.undone) {
+    named += (named.empty() ? "" : ", ") + std::to_string(entry.id);
+  }
+  return outcome.undone.size() == 1 ? "journal entry " + named + " is" : "journal entries " + named + " are";
+}
+
+}  // namespace
+
+Text UndoneWords(const engine::JournalEntry& entry) {
+  const Text what = WhatRan(entry);
+  return fmt::format("Undone: journal entry {}{}.", entry.id, what.empty() ? what : ", " + what);
+}
+
+std::vector<Text> CellsOf(const engine::Book& book, const std::vector<engine::JournalEntry>& entries,
+                          const engine::ChangedSince& figure) {
+  return {CodeOf(book, figure.account_number),
+          DateText(figure.date),
+          std::to_string(figure.field_number),
+          fmt::format("{}", figure.before),
+          figure.left ? fmt::format("{}", *figure.left) : Text(),
+          fmt::format("{}", figure.now),
+          Named(entries, figure.later)};
+}
+
+const std::vector<Text>& ChangedSinceHeadings() {
+  static const std::vector<Text> headings = {"Account", "Date", "Field", "Before", "Left", "Now", "Changed by"};
+  return headings;
+}
+
+Text ChangedSinceWords(const engine::UndoOutcome& outcome, engine::UndoWay way) {
+  if (outcome.changed_since == 0) return {};
+  const bool one = outcome.changed_since == 1;
+  const Text figures = Counted(outcome.changed_since, "figure") + " that " +
+                       (outcome.undone.size() == 1 ? "it" : "they") + " changed " + (one ? "has" : "have") +
+                       " been changed since";
+  if (!outcome.done) return EntriesOf(outcome) + " not undone: " + figures;
+  if (way == engine::UndoWay::kSkip) return figures + (one ? ", and stays as it is" : ", and stay as they are");
+  return figures + (one ? ", and was put back as well" : ", and were put back as well");
+}
+
+bool MayBeReversed(const engine::UndoOutcome& outcome) {
+  return std::ranges::all_of(
+      outcome.undone, [](const engine::JournalEntry& entry) { return entry.kind == engine::JournalKind::kImport; });
+}
+
+}  // namespace tallybook::application

@@ -1,0 +1,29 @@
+// What an undo came to, in words: for the command and for windows alike. One thread.
+#pragma once
+
+#include <vector>
+
+#include "base/Types.h"
+#include "tallybook/engine/Book.h"
+#include "tallybook/engine/UndoRequest.h"
+
+namespace tallybook::application {
+
+// "Undone: journal entry 3, set 100 2004-02-03 1 8."
+[[nodiscard]] Text UndoneWords(const engine::JournalEntry& entry);
+
+// A figure that was changed since as cells: the account's code, the date, the field's number; what it was before the entry,
+// what the entry left and what it is now, in the shortest text that reads back to the same number, empty where that is not
+// known; and the entry that changed it last. `entries` are all of the journal.
+[[nodiscard]] std::vector<Text> CellsOf(const engine::Book& book, const std::vector<engine::JournalEntry>& entries,
+                                        const engine::ChangedSince& figure);
+[[nodiscard]] const std::vector<Text>& ChangedSinceHeadings();
+
+// Of an undo that was not carried out: "journal entry 3 is not undone: 2 figures that it changed have been changed since";
+// of one that was, what became of these figures. Empty where there are none.
+[[nodiscard]] Text ChangedSinceWords(const engine::UndoOutcome& outcome, engine::UndoWay way);
+
+// Whether the amounts of all of it can be taken out instead: it is imports alone.
+[[nodiscard]] bool MayBeReversed(const engine::UndoOutcome& outcome);
+
+}  // namespace tallybook::application
