@@ -587,7 +587,7 @@ TEST_F(DefinitionEditorTest, ClosesWhereTheCopyCannotBeShownAsItsFileIsGone) {
 }
 
 TEST_F(DefinitionEditorTest, SavesTheRecordOfAnAddAlsoAfterACopyWasMade) {
-  WhenListed([this](MemoryEdtForm&, EdtFormEvents& events) {
+  WhenListed([](MemoryEdtForm&, EdtFormEvents& events) {
     Integer record = 0;
     events.AddRec(record);
     EXPECT_EQ(record, 1);

@@ -133,7 +133,7 @@ class Model {
       }
     }
     for (const auto& [from, to] : rows) {
-      accounts_[FirstOf(trial_.file.accounts, [&](const auto& a) { return a.code == from; })] = NumberOf(to);
+      accounts_[FirstOf(trial_.file.accounts, [code = from](const auto& a) { return a.code == code; })] = NumberOf(to);
       zeroed_accounts_.insert(NumberOf(to));
     }
   }
@@ -144,7 +144,7 @@ class Model {
       for (const auto& field : trial_.file.fields) rows.emplace_back(field.number, field.number);
     }
     for (const auto& [from, to] : rows) {
-      fields_[FirstOf(trial_.file.fields, [&](const auto& f) { return f.number == from; })] = to;
+      fields_[FirstOf(trial_.file.fields, [number = from](const auto& f) { return f.number == number; })] = to;
       zeroed_fields_.insert(to);
     }
   }

@@ -136,7 +136,7 @@ TEST_F(ExchangeFileTargetTest, WritesMorePeriodsThanAReaderTakes) {
   EXPECT_TRUE(Run());
   HeaderRecord record;
   Integer file_number = 0;
-  EXPECT_FALSE(MyReadQDXHeader(host->book, kPath, file_number, false, record));
+  EXPECT_FALSE(MyReadQDXHeader(host->book, kExported, file_number, false, record));
   EXPECT_EQ(record.NumPeriods, 27);
   EXPECT_EQ(record.PeriodNames(26), "Period 26");
 }
@@ -274,7 +274,7 @@ TEST_F(ExchangeFileTargetTest, IsAcceptedByTheReader) {
   EXPECT_TRUE(Run());
   HeaderRecord record;
   Integer file_number = 0;
-  ASSERT_TRUE(MyReadQDXHeader(host->book, kPath, file_number, false, record));
+  ASSERT_TRUE(MyReadQDXHeader(host->book, kExported, file_number, false, record));
   EXPECT_EQ(record.SystemName, "North Shop");
   EXPECT_EQ(record.AccountCodes(2), "200");
   EXPECT_EQ(record.FieldNumbers(2), 7);

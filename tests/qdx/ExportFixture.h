@@ -15,11 +15,11 @@ namespace tallybook::testing {
 
 class ExportFixture : public ::testing::Test {
  protected:
-  static constexpr const char* kPath = "/out/SALES.QDX";
+  static constexpr const char* kExported = "/out/SALES.QDX";
   static constexpr const char* kTablePath = "/out/SALES.csv";
 
   ExportFixture() {
-    request.file_name = kPath;
+    request.file_name = kExported;
     request.start_date = February(1);
     request.last_date = February(20);
     request.version = 1;
@@ -48,7 +48,7 @@ class ExportFixture : public ::testing::Test {
 
   bool Run() { return Export({.masterfile = host->book, .factory = host->factory, .library = library}, request); }
 
-  [[nodiscard]] std::string File() const { return platform.memory.Bytes(kPath); }
+  [[nodiscard]] std::string File() const { return platform.memory.Bytes(kExported); }
   // What stands in the file behind the header.
   [[nodiscard]] std::string Body() const {
     const std::string head = Header().All();

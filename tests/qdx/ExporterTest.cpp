@@ -163,13 +163,13 @@ constexpr const char* kCannotDelete =
     "The output file: \r\n/out/SALES.QDX\r\nalready exists, and could not delete it.  Close the file, and try again.";
 
 TEST_F(ExporterTest, ReplacesAFileOfTheName) {
-  platform.memory.Put(kPath, std::string(1000, 'x'));
+  platform.memory.Put(kExported, std::string(1000, 'x'));
   EXPECT_TRUE(Run());
   EXPECT_EQ(Body(), Bytes().I2s({1, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0}).All());
 }
 
 TEST_F(ExporterTest, AsksAboutAFileThatCannotBeDeletedUntilTheUserGivesUp) {
-  platform.memory.Put(kPath, "old");
+  platform.memory.Put(kExported, "old");
   platform.files.FailPath(FileCall::kDelete, "SALES.QDX", FailureNumber::kPermissionDenied);
   platform.boxes.Answer({kRetry, kCancel});
   EXPECT_FALSE(Run());
@@ -184,7 +184,7 @@ TEST_F(ExporterTest, AsksAboutAFileThatCannotBeDeletedUntilTheUserGivesUp) {
 }
 
 TEST_F(ExporterTest, GoesOnOnceTheFileCanBeDeleted) {
-  platform.memory.Put(kPath, std::string(1000, 'x'));
+  platform.memory.Put(kExported, std::string(1000, 'x'));
   platform.files.FailNth(FileCall::kDelete, 1, FailureNumber::kPermissionDenied);
   platform.boxes.Answer({kRetry});
   EXPECT_TRUE(Run());
@@ -195,7 +195,7 @@ TEST_F(ExporterTest, GoesOnOnceTheFileCanBeDeleted) {
 // Meant: where nobody may be asked the export writes over the file, and what reaches beyond the new end stays behind
 // the marks that end the body.
 TEST_F(ExporterTest, WritesOverAFileThatCannotBeDeletedWhereNobodyMayBeAsked) {
-  platform.memory.Put(kPath, std::string(1000, 'x'));
+  platform.memory.Put(kExported, std::string(1000, 'x'));
   platform.files.FailPath(FileCall::kDelete, "SALES.QDX", FailureNumber::kPermissionDenied);
   request.may_ask = false;
   EXPECT_TRUE(Run());
@@ -223,7 +223,7 @@ TEST_F(ExporterTest, AsksAboutAFileThatCannotBeCreatedAndEndsWithoutCleanUp) {
 
 // A retry creates again; it does not delete again.
 TEST_F(ExporterTest, CreatesTheFileOnRetry) {
-  platform.memory.Put(kPath, "old");
+  platform.memory.Put(kExported, "old");
   platform.files.FailNth(FileCall::kOpen, 1, FailureNumber::kPathNotFound);
   platform.boxes.Answer({kRetry});
   EXPECT_TRUE(Run());
@@ -233,8 +233,8 @@ TEST_F(ExporterTest, CreatesTheFileOnRetry) {
 }
 
 TEST_F(ExporterTest, WaitsForAFileThatIsInUseBeforeItAsks) {
-  platform.memory.Put(kPath, "old");
-  const auto user = platform.memory.Open(kPath, Access::kRead, Sharing::kShared, Creation::kMustExist);
+  platform.memory.Put(kExported, "old");
+  const auto user = platform.memory.Open(kExported, Access::kRead, Sharing::kShared, Creation::kMustExist);
   request.may_ask = false;  // about the deletion; the creation asks all the same
   platform.boxes.Answer({kCancel});
   EXPECT_FALSE(Run());
@@ -261,7 +261,7 @@ TEST_F(ExporterTest, LocksTheFileWhileItWrites) {
   book.on_poll = [&] {
     ++looks;
     const auto open = [&] {
-      static_cast<void>(platform.memory.Open(kPath, Access::kRead, Sharing::kShared, Creation::kMustExist));
+      static_cast<void>(platform.memory.Open(kExported, Access::kRead, Sharing::kShared, Creation::kMustExist));
     };
     EXPECT_THAT(open, FailsWith(FailureNumber::kPermissionDenied));
   };
@@ -371,7 +371,7 @@ TEST_F(ExporterTest, TellsOfADatabaseThatCannotGiveItsApplication) {
   EXPECT_FALSE(Run());
   EXPECT_EQ(platform.boxes.Shown(),
             (std::vector<ShownBox>{{"no application", kExclamationIcon | kOkOnly, ScriptedPlatform::kTitle, kOk}}));
-  EXPECT_FALSE(platform.memory.Has(kPath));
+  EXPECT_FALSE(platform.memory.Has(kExported));
   ExpectAllClosed();
 }
 

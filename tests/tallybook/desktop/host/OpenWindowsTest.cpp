@@ -99,7 +99,7 @@ TEST_F(CancelledWorkTest, AnImportThatIsCancelledInItsMidstSaysWhatItLeavesAndIs
     BeginImport();
     user_
         .Then(kZeroing,
-              [cancel = cancel, &user = user_](QWidget& window) {
+              [cancel = cancel](QWidget& window) {
                 EXPECT_THAT(Part<QLabel>(window, "words").text().toStdString(),
                             HasSubstr("What was stored so far stays"));
                 cancel(window);

@@ -143,12 +143,12 @@ TEST(ProgressWindowTest, DrawsSeldomHoweverOftenItIsTold) {
   ProgressWindow progress;
   progress.Begin("Importing");
   const PaintCounter counter;
-  constexpr int kFigures = 1'000'000;
-  for (int i = 0; i < kFigures; ++i) {
-    progress.Fraction(static_cast<Single>(i) / kFigures);
+  constexpr int kSteps = 1'000'000;
+  for (int i = 0; i < kSteps; ++i) {
+    progress.Fraction(static_cast<Single>(i) / kSteps);
     if (progress.Cancelled()) break;
   }
-  EXPECT_LT(counter.Paints(), kFigures / 100);
+  EXPECT_LT(counter.Paints(), kSteps / 100);
   progress.End();
 }
 
