@@ -33,6 +33,27 @@ if(TALLYBOOK_BUILD_FUZZERS)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
+# Where sources are compiled several at a time (CMAKE_UNITY_BUILD), the headers that they share are read once, which is
+# most of the work. They then also share what each has in a namespace without a name. The names below stand in many
+# sources, each with a value of its own, and are told apart here; a source whose other names clash is compiled alone.
+set(CMAKE_UNITY_BUILD_UNIQUE_ID TALLYBOOK_SOURCE_ID)
+string(JOIN "\n" TALLYBOOK_NAMES_OF_EACH_SOURCE
+  "#define TALLYBOOK_JOIN(a, b) a##_##b"
+  "#define TALLYBOOK_JOINED(a, b) TALLYBOOK_JOIN(a, b)"
+  "#define kForm TALLYBOOK_JOINED(kForm, TALLYBOOK_SOURCE_ID)"
+  "#define kPath TALLYBOOK_JOINED(kPath, TALLYBOOK_SOURCE_ID)"
+  "#define kSource TALLYBOOK_JOINED(kSource, TALLYBOOK_SOURCE_ID)")
+
+# tallybook_tell_names_apart(TARGETS...): targets whose sources may be compiled several at a time.
+function(tallybook_tell_names_apart)
+  set_target_properties(${ARGN} PROPERTIES UNITY_BUILD_CODE_BEFORE_INCLUDE "${TALLYBOOK_NAMES_OF_EACH_SOURCE}")
+endfunction()
+
+# tallybook_compile_alone(SOURCES...): sources of this folder that cannot be compiled together with others.
+function(tallybook_compile_alone)
+  set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()
+
 # tallybook_floor(NAME SOURCES ... [LINKS ...])
 # A static library of one folder. LINKS are the floors below it and the libraries it uses, handed on to who links it.
 function(tallybook_floor name)
@@ -41,6 +62,7 @@ function(tallybook_floor name)
   target_link_libraries(${name} PUBLIC ${FLOOR_LINKS} PRIVATE $<BUILD_INTERFACE:tallybook_build_options>)
   target_compile_features(${name} PUBLIC cxx_std_20)
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  tallybook_tell_names_apart(${name})
 endfunction()
 
 # For the folders that follow in this list: they move no figures by the million, and optimising the sanitizers' checks in

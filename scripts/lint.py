@@ -18,6 +18,9 @@ import tempfile
 import time
 
 LINTED_FOLDERS = ("src", "tallybook")
+# In a text that was made to compile several sources at once; that it includes sources is its purpose.
+INCLUDED_SOURCE = re.compile(r'^#include "(.+)"$', re.MULTILINE)
+CHECKS_OF_MADE_TEXTS = ["--checks=-bugprone-suspicious-include"]
 # The compile commands are GCC's: warnings that only GCC knows are no news to clang.
 SCOPE_SOURCE = pathlib.Path(__file__).with_name("lint_scope.cpp")
 EXTRA_ARGUMENTS = ["--extra-arg=-Wno-unknown-warning-option", "--extra-arg=-Wno-ignored-optimization-argument"]
@@ -46,39 +49,43 @@ def main():
         return 2
 
     began = time.monotonic()
-    failed, checked, told = [], 0, set()
+    failed, checked, told = False, 0, set()
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
         work = [pool.submit(lint, job, root, scope, options, configuration) for job in jobs]
         for job, result in zip(jobs, work):
             fresh, text = result.result()
-            checked += fresh
+            checked += len(job["holds"]) if fresh else 0
             if text is not None:
-                failed.append(str(pathlib.Path(job["file"]).relative_to(root)))
+                failed = True
                 for finding in findings(text):
                     # A header's finding comes with every source that includes it.
                     if finding not in told:
                         told.add(finding)
                         print(finding)
-    print(f"lint: {len(jobs)} sources, {checked} looked at, {len(failed)} with findings, "
+    print(f"lint: {sum(len(job['holds']) for job in jobs)} sources, {checked} looked at, {len(told)} findings, "
           f"{time.monotonic() - began:.0f} s")
-    for name in failed:
-        print(f"  {name}")
     return 1 if failed else 0
 
 
 def sources(commands, root, wanted):
-    """The compile commands of the linted folders, or of the files asked for; LookupError if one of these has none."""
-    entries = {}
+    """The compile commands that hold sources of the linted folders, or the files asked for; LookupError if a file has
+    none."""
+    entries = []
     for entry in json.loads((commands / "compile_commands.json").read_text()):
         path = (pathlib.Path(entry["directory"]) / entry["file"]).resolve()
-        if path.is_relative_to(root) and path.relative_to(root).parts[0] in LINTED_FOLDERS:
-            entries[path] = dict(entry, file=str(path))
+        made = path.is_relative_to(commands.resolve()) and path.name.startswith("unity_")
+        holds = {pathlib.Path(name) for name in INCLUDED_SOURCE.findall(path.read_text())} if made else {path}
+        holds = {each for each in holds if each.is_relative_to(root) and each.relative_to(root).parts[0] in LINTED_FOLDERS}
+        if holds:
+            entries.append(dict(entry, file=str(path), made=made, holds=holds))
     for path in wanted:
-        if path not in entries:
+        if not any(path in entry["holds"] for entry in entries):
             raise LookupError(f"{path}: no compile command in {commands}; sources of {LINTED_FOLDERS} are linted")
     if not entries:
         raise LookupError(f"{commands}/compile_commands.json names no source of {LINTED_FOLDERS}")
-    return [entries[path] for path in sorted(wanted or entries)]
+    chosen = [entry for entry in entries if not wanted or entry["holds"].intersection(wanted)]
+    # The longest first, so that no job is left alone at the end.
+    return sorted(chosen, key=lambda entry: (-len(entry["holds"]), entry["file"]))
 
 
 def findings(text):
@@ -113,8 +120,9 @@ def lint(entry, root, scope, options, configuration):
     if verdict.exists():
         verdict.touch()
         return False, None
+    checks = CHECKS_OF_MADE_TEXTS if entry["made"] else []
     run = subprocess.run(["clang-tidy", f"--load={scope}", "--quiet", "-p", str(options.commands), *EXTRA_ARGUMENTS,
-                          entry["file"]], capture_output=True, text=True)
+                          *checks, entry["file"]], capture_output=True, text=True)
     if run.returncode == 0:
         verdict.touch()
         return True, None

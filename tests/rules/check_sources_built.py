@@ -13,8 +13,8 @@ FOLDERS = ("src", "tallybook", "tests", "bench", "fuzz", "examples")
 
 
 def names_in(lists_file):
-    """The words of a CMakeLists.txt, comments taken out."""
-    text = re.sub(r"#.*", "", lists_file.read_text(encoding="utf-8"))
+    """The words of a CMakeLists.txt, without comments and what only tells how to compile a source."""
+    text = re.sub(r"#.*|tallybook_compile_alone\([^)]*\)", "", lists_file.read_text(encoding="utf-8"))
     words = re.findall(r'[^\s()"]+', text)
     return {word.removeprefix("${CMAKE_CURRENT_SOURCE_DIR}/") for word in words}
 

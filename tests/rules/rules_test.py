@@ -7,6 +7,7 @@ import unittest
 import check_includes
 import check_lines
 import check_sources_built
+import check_usings
 
 
 class RuleTest(unittest.TestCase):
@@ -155,11 +156,26 @@ class SourcesBuiltTest(RuleTest):
         self.write("tests/qdx/BodyTest.cpp")
         self.assertEqual(["tests/qdx/BodyTest.cpp: named in no CMakeLists.txt"], self.found())
 
+    def test_finds_a_test_of_which_only_the_way_to_compile_is_told(self):
+        self.write("tests/base/CMakeLists.txt", "tallybook_compile_alone(TypesTest.cpp)")
+        self.write("tests/base/TypesTest.cpp")
+        self.assertEqual(["tests/base/TypesTest.cpp: named in no CMakeLists.txt"], check_sources_built.violations(self.root))
+
     def test_is_not_misled_by_a_namesake_elsewhere(self):
         self.write("tests/qdx/CMakeLists.txt", "tallybook_test(qdx_test SOURCES BodyTest.cpp)")
         self.write("tests/qdx/BodyTest.cpp")
         self.write("tests/import/BodyTest.cpp")
         self.assertEqual(["tests/import/BodyTest.cpp: named in no CMakeLists.txt"], self.found())
+
+
+class UsingsTest(RuleTest):
+    def test_accepts_names_that_are_used_and_what_a_class_inherits(self):
+        self.write("tallybook/cli/A.cpp", "using a::b::Shown;\nText t = Shown(x);\nstruct C : D {\n  using D::D;\n};")
+        self.assertEqual([], check_usings.violations(self.root))
+
+    def test_finds_a_name_that_only_a_comment_uses(self):
+        self.write("src/base/A.cpp", "\nusing a::Shown;\n// Shown\nint ShownHere;")
+        self.assertEqual(["src/base/A.cpp:2: Shown is not used"], check_usings.violations(self.root))
 
 
 class LinesTest(RuleTest):
