@@ -18,6 +18,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC 12 reports these inside the standard library's own headers when it optimises (its bugs 105329, 105562, 105651).
   target_compile_options(tallybook_build_options INTERFACE -Wno-restrict -Wno-null-dereference -Wno-maybe-uninitialized
                                                      -Wno-stringop-overflow)
+  if(CMAKE_UNITY_BUILD)
+    # It takes a source that is compiled together with others for a header, which may not have types of its own.
+    target_compile_options(tallybook_build_options INTERFACE -Wno-subobject-linkage)
+  endif()
 endif()
 if(TALLYBOOK_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
