@@ -150,7 +150,7 @@ void ReadItems(ItemReader& items, TablesWanted tables, DefinitionRecord& record)
   VisitHead(record, items, end_line);
   record.Desc = TrimRight(record.Desc);
   record.QdxFileName = TrimRight(record.QdxFileName);
-  if (tables == TablesWanted::kYes) {
+  if (tables == TablesWanted::kRead) {
     record.accounts.Reset(kMaxDefinitionRows);
     record.fields.Reset(kMaxDefinitionRows);
     VisitTables(record, items, end_line);
@@ -205,7 +205,7 @@ void OpenForWriting(const Text& path, FileNumber& file) {
 bool ReadDefinition(const Text& path, TablesWanted tables, DefinitionRecord& record,
                     const std::function<void()>& clear) {
   const bool whole = ReadFile(path, tables, record, clear);
-  if (whole && tables == TablesWanted::kYes) TrimCodes(record);
+  if (whole && tables == TablesWanted::kRead) TrimCodes(record);
   return whole;
 }
 
@@ -224,7 +224,7 @@ void WriteDefinition(const Text& path, const DefinitionRecord& record, const Row
 
 Conversion ConvertDefinition(const Text& old_path, const Text& new_path) {
   DefinitionRecord record;
-  if (!ReadFile(old_path, TablesWanted::kYes, record, [] {})) return Conversion::kCannotRead;
+  if (!ReadFile(old_path, TablesWanted::kRead, record, [] {})) return Conversion::kCannotRead;
   record.Desc = ProperCase(record.Desc);
   record.QdxFileName += ".QDX";
   ItemWriter items;

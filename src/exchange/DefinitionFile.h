@@ -9,7 +9,7 @@
 
 namespace tallybook {
 
-enum class TablesWanted { kYes, kSkip };
+enum class TablesWanted { kRead, kSkip };
 
 // The code that is written for an account row, by its position in the file's account table and its number here.
 struct RowCodes {

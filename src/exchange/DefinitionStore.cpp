@@ -119,7 +119,7 @@ void DefinitionStore::Select(Integer position, Masterfile& masterfile) {
     return;
   }
   // A definition that cannot be read whole stands as far as it was read: meant.
-  (void)ReadDefinition(entry.Filename, TablesWanted::kYes, current_, [&] { Clear(masterfile); });
+  (void)ReadDefinition(entry.Filename, TablesWanted::kRead, current_, [&] { Clear(masterfile); });
   entry.Desc = current_.Desc;
 }
 

@@ -75,7 +75,7 @@ void Read(WholeFiles& files, SeenDefinition& seen) {
     return;
   }
   DefinitionRecord record;
-  if (!ReadDefinition(seen.path, TablesWanted::kYes, record, [] {})) {
+  if (!ReadDefinition(seen.path, TablesWanted::kRead, record, [] {})) {
     seen.trouble = "it is cut short or damaged";
     return;
   }
@@ -128,7 +128,7 @@ void NeedReadableDefinitions(const std::vector<SeenDefinition>& definitions) {
 
 DefinitionRecord ReadDefinitionAt(const Text& path) {
   DefinitionRecord record;
-  if (ReadDefinition(path, TablesWanted::kYes, record, [] {})) return record;
+  if (ReadDefinition(path, TablesWanted::kRead, record, [] {})) return record;
   throw Failure(FailureNumber::kPathOrAccess, path + ": the exchange definition cannot be read", "DefinitionLook");
 }
 

@@ -12,6 +12,7 @@
 
 #include "base/Failure.h"
 #include "base/Texts.h"
+#include "platform/posix/Descriptor.h"
 #include "platform/posix/SystemError.h"
 #include "qdx/HeaderItems.h"
 #include "tallybook/engine/BookFile.h"
@@ -37,14 +38,12 @@ constexpr std::array kLogEndings = {"-wal", "-shm", "-lock", "-journal"};
 
 // The first bytes of a file; fewer where it is shorter.
 std::string HeadOf(const Text& path) {
-  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   std::string head(kHeadSize, '\0');
-  const ssize_t count = file < 0 ? -1 : ::pread(file, head.data(), head.size(), 0);
-  const int error = errno;
-  if (file >= 0) ::close(file);
+  const ssize_t count = file.IsOpen() ? ::pread(file.Number(), head.data(), head.size(), 0) : -1;
   if (count < 0) {
     throw Failure(FailureNumber::kPermissionDenied,
-                  path + " cannot be looked at before it is replaced: " + WordsOfError(error), "FileSystem");
+                  path + " cannot be looked at before it is replaced: " + WordsOfError(errno), "FileSystem");
   }
   head.resize(static_cast<std::size_t>(count));
   return head;

@@ -12,7 +12,9 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "platform/posix/Descriptor.h"
 #include "platform/posix/SystemError.h"
+#include "platform/posix/WriteAll.h"
 
 namespace tallybook::application {
 
@@ -26,19 +28,6 @@ constexpr const char* kSource = "StandardStreams";
   throw Failure(FailureNumberOf(error), what + ": " + WordsOfError(error), kSource);
 }
 
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() { Close(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  [[nodiscard]] int Number() const { return number_; }
-  int Close() { return number_ < 0 ? 0 : ::close(std::exchange(number_, -1)); }
-
- private:
-  int number_;
-};
-
 // Copies from where the descriptors stand to the end of the input.
 void CopyAll(int from, int to, const Text& reading, const Text& writing) {
   std::array<char, std::size_t{64} * 1024> buffer{};
@@ -47,12 +36,7 @@ void CopyAll(int from, int to, const Text& reading, const Text& writing) {
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) Fail(errno, reading);
     if (count == 0) return;
-    for (ssize_t done = 0; done < count;) {
-      const ssize_t written = ::write(to, buffer.data() + done, static_cast<std::size_t>(count - done));
-      if (written < 0 && errno == EINTR) continue;
-      if (written < 0) Fail(errno, writing);
-      done += written;
-    }
+    if (const int error = WriteAll(to, buffer.data(), static_cast<std::size_t>(count))) Fail(error, writing);
   }
 }
 
@@ -87,7 +71,7 @@ void SpoolStandardInput(const Text& to_path) {
     throw Failure(FailureNumber::kPathOrAccess, "standard input is a device that may have no end", kSource);
   Descriptor file(::open(to_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly));
   const Text writing = to_path + " cannot take standard input";
-  if (file.Number() < 0) Fail(errno, writing);
+  if (!file.IsOpen()) Fail(errno, writing);
   CopyAll(STDIN_FILENO, file.Number(), "standard input cannot be read", writing);
   if (file.Close() != 0) Fail(errno, writing);
 }
@@ -96,7 +80,7 @@ void CopyToStandardOutput(const Text& from_path) {
   std::cout << std::flush;
   const Descriptor file(::open(from_path.c_str(), O_RDONLY | O_CLOEXEC));
   const Text reading = from_path + " cannot be read";
-  if (file.Number() < 0) Fail(errno, reading);
+  if (!file.IsOpen()) Fail(errno, reading);
   CopyAll(file.Number(), STDOUT_FILENO, reading, "standard output cannot be written");
 }
 

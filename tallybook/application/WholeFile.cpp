@@ -6,7 +6,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <limits>
 #include <random>
 #include <string_view>
 #include <sys/stat.h>
@@ -15,6 +14,8 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/FileLock.h"
 #include "platform/posix/SystemError.h"
 #include "tallybook/files/FileNames.h"
 
@@ -28,10 +29,6 @@ constexpr const char* kSource = "WholeFile";
 constexpr std::string_view kWorkMark = ".part-";
 constexpr std::size_t kEndingLength = 10;
 constexpr mode_t kModeBits = 07777;
-
-// Who writes an unfinished output holds this byte of it, far behind any data and off the bytes that open files of the
-// platform hold. Shared by every process that runs any version of this: never move it.
-constexpr off_t kWriterOffset = std::numeric_limits<off_t>::max() - 64;
 
 [[noreturn]] void Fail(FailureNumber number, const Text& path, const Text& reason) {
   throw Failure(number, path + ": " + reason, kSource);
@@ -48,20 +45,6 @@ FailureNumber NumberOf(int error) {
 
 bool Permits(const Text& path, int rights) {
   return ::faccessat(AT_FDCWD, path.c_str(), rights, AT_EACCESS) == 0;
-}
-
-struct flock WriterLock() {
-  struct flock lock {};
-  lock.l_type = F_WRLCK;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = kWriterOffset;
-  lock.l_len = 1;
-  return lock;
-}
-
-bool TakeWriterLock(int file) {
-  struct flock lock = WriterLock();
-  return ::fcntl(file, F_OFD_SETLK, &lock) == 0;
 }
 
 // True while the name still leads to the open file.
@@ -155,11 +138,10 @@ void WholeFile::ClearLeftovers() const {
     const Text leftover = entry.path().string();
     const Text name = entry.path().filename().string();
     if (!name.starts_with(prefix) || name.size() != prefix.size() + kEndingLength) continue;
-    const int file = ::open(leftover.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-    if (file < 0) continue;
-    const bool abandoned = TakeWriterLock(file);
-    if (abandoned && StillStandsAt(file, leftover)) ::unlink(leftover.c_str());
-    ::close(file);
+    const Descriptor file(::open(leftover.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!file.IsOpen()) continue;
+    const bool abandoned = TryLock(file.Number(), kMakersByte);
+    if (abandoned && StillStandsAt(file.Number(), leftover)) ::unlink(leftover.c_str());
     if (!abandoned) Fail(FailureNumber::kPermissionDenied, path_, "another process is writing it");
   }
 }
@@ -180,7 +162,7 @@ void WholeFile::MakeWorkFile() {
     work_ = file;
     work_path_ = name;
     broken_ = false;
-    if (!TakeWriterLock(file)) {
+    if (!TryLock(file, kMakersByte)) {
       const int reason = errno;
       Drop();
       FailWithError(reason, path_, "its file system cannot lock files");

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "base/Failure.h"
+#include "platform/posix/Descriptor.h"
 #include "platform/posix/SystemError.h"
 #include "tallybook/engine/Checksums.h"
 
@@ -36,12 +37,10 @@ Checksum TablesChecksum(const BackupHead& head, const std::vector<Companion>& co
 // The copy is opened as it lies, without a log that would have to be made beside it.
 void MarkAsWithoutLog(const Text& path, const Text& shown) {
   const std::array<unsigned char, 2> versions{1, 1};
-  const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
-  const bool written =
-      file >= 0 && ::pwrite(file, versions.data(), versions.size(), kWriteVersionOffset) == ssize_t{versions.size()};
-  const int error = errno;
-  if (file >= 0) ::close(file);
-  if (!written) throw Failure(FailureNumberOf(error), shown + ": " + WordsOfError(error), kSource);
+  const Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+  const bool written = file.IsOpen() && ::pwrite(file.Number(), versions.data(), versions.size(),
+                                                 kWriteVersionOffset) == ssize_t{versions.size()};
+  if (!written) throw Failure(FailureNumberOf(errno), shown + ": " + WordsOfError(errno), kSource);
 }
 
 struct Tables {

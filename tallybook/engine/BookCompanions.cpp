@@ -15,7 +15,9 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "platform/posix/Descriptor.h"
 #include "platform/posix/SystemError.h"
+#include "platform/posix/WriteAll.h"
 #include "tallybook/engine/BookPlace.h"
 #include "tallybook/files/FileNames.h"
 
@@ -119,18 +121,13 @@ Text ReadWhole(const Text& path) {
 
 // Writes all of a new file, and hands it to the disk.
 void WriteNew(const Text& path, const Text& content, const struct stat& book) {
-  const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
-  if (file < 0) FailPut(errno, path);
-  int error = 0;
-  for (std::size_t done = 0; error == 0 && done < content.size();) {
-    const ssize_t count = ::write(file, content.data() + done, content.size() - done);
-    if (count >= 0) done += static_cast<std::size_t>(count);
-    if (count < 0 && errno != EINTR) error = errno;
-  }
+  Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
+  if (!file.IsOpen()) FailPut(errno, path);
+  int error = WriteAll(file.Number(), content.data(), content.size());
   // By root alone: others' files belong to them already.
-  if (::geteuid() == 0) (void)!::fchown(file, book.st_uid, book.st_gid);
-  if (error == 0 && (::fchmod(file, book.st_mode & 0666U) != 0 || ::fsync(file) != 0)) error = errno;
-  if (::close(file) != 0 && error == 0) error = errno;
+  if (::geteuid() == 0) (void)!::fchown(file.Number(), book.st_uid, book.st_gid);
+  if (error == 0 && (::fchmod(file.Number(), book.st_mode & 0666U) != 0 || ::fsync(file.Number()) != 0)) error = errno;
+  if (file.Close() != 0 && error == 0) error = errno;
   if (error != 0) FailPut(error, path);
 }
 

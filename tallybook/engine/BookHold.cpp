@@ -18,6 +18,7 @@
 
 #include "base/Failure.h"
 #include "platform/Platform.h"
+#include "platform/posix/FileLock.h"
 #include "platform/posix/SystemError.h"
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/BookPlace.h"
@@ -34,10 +35,9 @@ constexpr int kTries = 30;
 
 // The byte of the right to write. It lies behind any book, and before the bytes that the files of the component are
 // shared by. Every version must take the same: never move it.
-constexpr off_t kRightByte = std::numeric_limits<off_t>::max() - 256;
+constexpr FileBytes kRightByte{.start = std::numeric_limits<off_t>::max() - 256, .count = 1};
 // The bytes of a database that SQLite locks (file format, "Locking bytes"): who reads or writes has one of them.
-constexpr off_t kSqliteBytes = 0x40000000;
-constexpr off_t kSqliteByteCount = 512;
+constexpr FileBytes kSqliteBytes{.start = 0x40000000, .count = 512};
 
 // The head of a database (SQLite file format, "The Database Header"): its magic, and where its application's mark stands.
 constexpr std::string_view kSqliteHead = "SQLite format 3";
@@ -130,22 +130,6 @@ KeptFiles& TheKeptFiles() {
   return files;
 }
 
-// --- Locks -----------------------------------------------------------------------------------------------------------
-
-struct flock LockOn(off_t start, off_t count, short type) {
-  struct flock lock {};
-  lock.l_type = type;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = start;
-  lock.l_len = count;
-  return lock;
-}
-
-void Unlock(int descriptor, off_t start, off_t count) {
-  struct flock lock = LockOn(start, count, F_UNLCK);
-  ::fcntl(descriptor, F_OFD_SETLK, &lock);
-}
-
 // --- Rights ----------------------------------------------------------------------------------------------------------
 
 bool Allows(const Text& path, int rights) {
@@ -179,9 +163,9 @@ BookHold::BookHold(Text path, Purpose purpose) : path_(std::move(path)) {
 BookHold::~BookHold() {
   if (may_write_) ClearLog(false);
   older_right_.reset();
-  if (is_alone_) Unlock(descriptor_, kSqliteBytes, kSqliteByteCount);
+  if (is_alone_) Unlock(descriptor_, kSqliteBytes);
   if (has_right_) {
-    Unlock(descriptor_, kRightByte, 1);
+    Unlock(descriptor_, kRightByte);
     TheKeptFiles().GiveRightBack(opened_);
   }
   TheKeptFiles().Leave(opened_);
@@ -189,8 +173,7 @@ BookHold::~BookHold() {
 
 bool BookHold::TryRight() const {
   if (!TheKeptFiles().TakeRight(opened_)) return false;
-  struct flock lock = LockOn(kRightByte, 1, F_WRLCK);
-  if (::fcntl(descriptor_, F_OFD_SETLK, &lock) == 0) return true;
+  if (TryLock(descriptor_, kRightByte)) return true;
   const int error = errno;
   TheKeptFiles().GiveRightBack(opened_);
   if (error == EAGAIN || error == EACCES) return false;
@@ -218,10 +201,10 @@ void BookHold::TakeRightToWrite(double wait_seconds) {
 
 // The locks of files tell no process; those of SQLite do, and whoever writes a book has one.
 Text BookHold::HolderWords() const {
-  struct flock lock = LockOn(kSqliteBytes, kSqliteByteCount, F_WRLCK);
-  if (::fcntl(descriptor_, F_OFD_GETLK, &lock) != 0 || lock.l_type == F_UNLCK || lock.l_pid <= 0) return "";
-  if (lock.l_pid == ::getpid()) return " (in this program)";
-  return " (process " + std::to_string(lock.l_pid) + " has it open)";
+  const auto holder = HolderOf(descriptor_, kSqliteBytes);
+  if (!holder || !holder->exists || holder->process <= 0) return "";
+  if (holder->process == ::getpid()) return " (in this program)";
+  return " (process " + std::to_string(holder->process) + " has it open)";
 }
 
 void BookHold::MakeLockFile() const {
@@ -268,8 +251,7 @@ void BookHold::TakeOlderRight() {
 // Who has the lock on all of SQLite's bytes knows that nobody has the book open: a connection takes one of them before it
 // looks for a log, and keeps it to its end.
 void BookHold::TakeAlone() {
-  struct flock lock = LockOn(kSqliteBytes, kSqliteByteCount, F_WRLCK);
-  while (::fcntl(descriptor_, F_OFD_SETLK, &lock) != 0) {
+  while (!TryLock(descriptor_, kSqliteBytes)) {
     if (!WaitedInVain()) continue;
     throw Failure(FailureNumber::kPermissionDenied, path_ + ": the book is open elsewhere" + HolderWords(), kSource);
   }
@@ -287,15 +269,14 @@ bool BookHold::CanShareLog() {
 void BookHold::ClearLog(bool only_unusable) {
   struct stat status {};
   if (::lstat(IndexPath().c_str(), &status) != 0 && ::lstat(LogPath().c_str(), &status) != 0) return;
-  struct flock lock = LockOn(kSqliteBytes, kSqliteByteCount, F_WRLCK);
-  if (::fcntl(descriptor_, F_OFD_SETLK, &lock) != 0) return;
+  if (!TryLock(descriptor_, kSqliteBytes)) return;
   // Beside a path that leads elsewhere by now stands what belongs to another file.
   if (StateAt(path_).IsSameFile(opened_)) {
     const bool empty = LogIsEmpty();
     if (empty && (!only_unusable || !IsUsable(LogPath()))) ::unlink(LogPath().c_str());
     if (only_unusable ? !IsUsable(IndexPath()) : empty) ::unlink(IndexPath().c_str());
   }
-  Unlock(descriptor_, kSqliteBytes, kSqliteByteCount);
+  Unlock(descriptor_, kSqliteBytes);
 }
 
 FileState BookHold::SettledState() const {

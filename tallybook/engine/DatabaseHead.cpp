@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "base/Failure.h"
+#include "platform/posix/Descriptor.h"
 #include "tallybook/engine/BookFormat.h"
 
 namespace tallybook::engine {
@@ -23,19 +24,13 @@ constexpr ssize_t kHeadSize = 100;
 class Head {
  public:
   explicit Head(const Text& path) : file_(::open(path.c_str(), O_RDWR | O_CLOEXEC)) {}
-  ~Head() {
-    if (file_ >= 0) ::close(file_);
-  }
-  Head(const Head&) = delete;
-  Head& operator=(const Head&) = delete;
-
   [[nodiscard]] bool Read() {
-    return file_ >= 0 && ::pread(file_, bytes_.data(), bytes_.size(), 0) == kHeadSize && LooksLikeABooks();
+    return file_.IsOpen() && ::pread(file_.Number(), bytes_.data(), bytes_.size(), 0) == kHeadSize && LooksLikeABooks();
   }
-  [[nodiscard]] bool Write() const { return ::pwrite(file_, bytes_.data(), bytes_.size(), 0) == kHeadSize; }
+  [[nodiscard]] bool Write() const { return ::pwrite(file_.Number(), bytes_.data(), bytes_.size(), 0) == kHeadSize; }
 
   void Mend(bool has_log) {
-    const auto pages = static_cast<std::uint32_t>(::lseek(file_, 0, SEEK_END) / off_t{kPageSize});
+    const auto pages = static_cast<std::uint32_t>(::lseek(file_.Number(), 0, SEEK_END) / off_t{kPageSize});
     const unsigned char version = has_log ? 2 : 1;
     std::copy(kMagic.begin(), kMagic.end(), bytes_.begin());
     Put(16, {kPageSize >> 8, kPageSize & 0xFF, version, version, 0, 64, 32, 32});
@@ -62,7 +57,7 @@ class Head {
     Put(at, {number >> 24, number >> 16 & 0xFF, number >> 8 & 0xFF, number & 0xFF});
   }
 
-  int file_;
+  Descriptor file_;
   std::array<unsigned char, kHeadSize> bytes_{};
 };
 

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -15,7 +14,10 @@
 #include <vector>
 
 #include "base/Failure.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/FileLock.h"
 #include "platform/posix/SystemError.h"
+#include "platform/posix/WriteAll.h"
 
 namespace tallybook::engine {
 
@@ -31,34 +33,9 @@ constexpr std::string_view kFolderMark = "tallybook-look-";
 constexpr const char* kBookName = "/copy.tbk";
 // An empty folder that is older than this has been left; a younger one may be about to be used.
 constexpr std::chrono::seconds kLeftoverAge{10};
-// Who has made a copy holds this byte of it, far behind any data and off the bytes that SQLite locks.
-constexpr off_t kMakerOffset = std::numeric_limits<off_t>::max() - 64;
 
 [[noreturn]] void Fail(int error, const Text& what) {
   throw Failure(FailureNumberOf(error), what + ": " + WordsOfError(error), kSource);
-}
-
-class File {
- public:
-  explicit File(int descriptor) : descriptor_(descriptor) {}
-  ~File() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-
-  [[nodiscard]] int Descriptor() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
-
-void WriteAll(int to, const std::vector<char>& bytes, std::size_t count, const Text& what) {
-  for (std::size_t done = 0; done < count;) {
-    const ssize_t written = ::write(to, bytes.data() + done, count - done);
-    if (written < 0 && errno != EINTR) Fail(errno, what);
-    if (written > 0) done += static_cast<std::size_t>(written);
-  }
 }
 
 // Makes one file's bytes those of another. `what` is said where that fails.
@@ -70,7 +47,7 @@ void CopyBytes(int from, int to, const Text& what) {
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) Fail(errno, what);
     if (count == 0) return;
-    WriteAll(to, bytes, static_cast<std::size_t>(count), what);
+    if (const int error = WriteAll(to, bytes.data(), static_cast<std::size_t>(count))) Fail(error, what);
     offset += count;
   }
 }
@@ -95,31 +72,21 @@ int MakeUnnamed() {
   return ::open(TemporaryFolder().c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
 }
 
-struct flock MakerLock() {
-  struct flock lock {};
-  lock.l_type = F_WRLCK;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = kMakerOffset;
-  lock.l_len = 1;
-  return lock;
-}
-
 // Where the system cannot lock files nobody takes leftovers away.
 void HoldAsMaker(int file) {
-  struct flock lock = MakerLock();
-  ::fcntl(file, F_OFD_SETLK, &lock);
+  (void)TryLock(file, kMakersByte);
 }
 
 bool IsHeld(int file) {
-  struct flock lock = MakerLock();
-  return ::fcntl(file, F_OFD_GETLK, &lock) != 0 || lock.l_type != F_UNLCK;
+  const auto maker = HolderOf(file, kMakersByte);
+  return !maker || maker->exists;
 }
 
 bool IsLeftover(const Text& folder) {
   struct stat status {};
   if (::lstat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != ::geteuid()) return false;
-  const File book(::open((folder + kBookName).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-  if (book.Descriptor() >= 0) return !IsHeld(book.Descriptor());
+  const Descriptor book(::open((folder + kBookName).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  if (book.IsOpen()) return !IsHeld(book.Number());
   const auto made = std::chrono::system_clock::from_time_t(status.st_mtime);
   return errno == ENOENT && std::chrono::system_clock::now() - made > kLeftoverAge;
 }
@@ -206,9 +173,9 @@ void PrivateCopy::Copy(const BookHold& book) {
   CopyBytes(book.Descriptor(), book_, what);
   has_log_ = StateAt(book.LogPath()).exists;
   if (!has_log_) return;
-  const File log(::open(book.LogPath().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-  if (log.Descriptor() >= 0) {
-    CopyBytes(log.Descriptor(), log_, what);
+  const tallybook::Descriptor log(::open(book.LogPath().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  if (log.IsOpen()) {
+    CopyBytes(log.Number(), log_, what);
   } else if (errno == ENOENT) {
     has_log_ = false;
   } else {

@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "platform/posix/Descriptor.h"
+
 namespace tallybook::files {
 
 namespace {
@@ -24,10 +26,8 @@ std::error_code RenameToFreeName(const Text& from, const Text& to) {
 }
 
 void StoreFolder(const Text& folder) {
-  const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return;
-  ::fsync(descriptor);
-  ::close(descriptor);
+  const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (descriptor.IsOpen()) ::fsync(descriptor.Number());
 }
 
 }  // namespace tallybook::files

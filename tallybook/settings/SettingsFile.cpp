@@ -8,7 +8,9 @@
 #include <unistd.h>
 
 #include "base/Failure.h"
+#include "platform/posix/Descriptor.h"
 #include "platform/posix/SystemError.h"
+#include "platform/posix/WriteAll.h"
 #include "tallybook/settings/IniText.h"
 
 namespace tallybook::settings {
@@ -27,29 +29,10 @@ FailureNumber NumberOf(int error) {
                 "SettingsFile");
 }
 
-// An open file, closed on every way out.
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() { Close(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  [[nodiscard]] int Number() const { return number_; }
-  int Close() {
-    const int result = number_ < 0 ? 0 : ::close(number_);
-    number_ = -1;
-    return result;
-  }
-
- private:
-  int number_;
-};
-
 // The bytes of a file; empty where there is none.
 Text ReadFile(const Text& path) {
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (file.Number() < 0) {
+  if (!file.IsOpen()) {
     if (errno == ENOENT) return {};
     Fail("read", path, errno);
   }
@@ -73,20 +56,12 @@ Text FileBehind(const Text& path) {
   return error ? path : target.string();
 }
 
-void WriteAll(int file, const Text& bytes, const Text& path) {
-  for (std::size_t done = 0; done < bytes.size();) {
-    const ssize_t count = ::write(file, bytes.data() + done, bytes.size() - done);
-    if (count < 0 && errno != EINTR) Fail("written", path, errno);
-    if (count > 0) done += static_cast<std::size_t>(count);
-  }
-}
-
 // A new file beside `path`, removed again unless it was renamed into place.
 class FileBeside {
  public:
   explicit FileBeside(const Text& path)
       : path_(path), name_(path + ".XXXXXX"), file_(::mkostemp(name_.data(), O_CLOEXEC)) {
-    if (file_.Number() < 0) Fail("written", path_, errno);
+    if (!file_.IsOpen()) Fail("written", path_, errno);
   }
   ~FileBeside() {
     if (!in_place_) ::unlink(name_.c_str());
@@ -98,7 +73,7 @@ class FileBeside {
     struct stat old {};
     const mode_t mode = ::stat(path_.c_str(), &old) == 0 ? old.st_mode & 07777U : kNewFileMode;
     if (::fchmod(file_.Number(), mode) != 0) Fail("written", path_, errno);
-    WriteAll(file_.Number(), bytes, path_);
+    if (const int error = WriteAll(file_.Number(), bytes.data(), bytes.size())) Fail("written", path_, error);
     // The bytes must be on the disk before the name is, or a crash could leave an empty file under it.
     if (::fsync(file_.Number()) != 0 || file_.Close() != 0) Fail("written", path_, errno);
   }

@@ -43,7 +43,7 @@ DefinitionRecord Daily() {
 class DefinitionFileTest : public ::testing::Test {
  protected:
   void Put(const std::string& bytes) { platform_.memory.Put(kPath, bytes); }
-  bool Read(TablesWanted tables = TablesWanted::kYes) {
+  bool Read(TablesWanted tables = TablesWanted::kRead) {
     return ReadDefinition(kPath, tables, record_, [this] {
       ++cleared_;
       record_ = DefinitionRecord{};
@@ -412,7 +412,7 @@ RC_GTEST_PROP(DefinitionFileProperty, WhatIsWrittenIsReadBack, ()) {
 
   WriteDefinition(kPath, record, {code, code});
   DefinitionRecord back;
-  RC_ASSERT(ReadDefinition(kPath, TablesWanted::kYes, back, [] {}));
+  RC_ASSERT(ReadDefinition(kPath, TablesWanted::kRead, back, [] {}));
 
   RC_ASSERT(back.Desc == record.Desc);
   RC_ASSERT(back.QdxFileName == record.QdxFileName);

@@ -13,6 +13,8 @@
 
 #include "base/Failure.h"
 #include "base/Wildcard.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/FileLock.h"
 #include "platform/posix/PosixPlatform.h"
 #include "platform/posix/SystemError.h"
 
@@ -51,29 +53,6 @@ auto Uninterrupted(Call call) {
   }
 }
 
-class Descriptor {
- public:
-  explicit Descriptor(int number = -1) : number_(number) {}
-  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(number_, other.number_);
-    return *this;
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (number_ >= 0) ::close(number_);
-  }
-
-  [[nodiscard]] bool IsOpen() const { return number_ >= 0; }
-  [[nodiscard]] int Number() const { return number_; }
-  // The number, handed on to the caller to close.
-  int Release() { return std::exchange(number_, -1); }
-
- private:
-  int number_;
-};
-
 struct stat StatusOf(const Descriptor& file, const Text& deed, const Text& path) {
   struct stat status {};
   if (::fstat(file.Number(), &status) != 0) FailWithError(errno, deed, path);
@@ -106,13 +85,8 @@ enum Statement : unsigned { kReads = 1, kWrites = 2, kDeniesReading = 4, kDenies
 constexpr std::array kAllStatements{kReads, kWrites, kDeniesReading, kDeniesWriting};
 constexpr off_t kHoldsOffset = std::numeric_limits<off_t>::max() - 16;
 
-struct flock LockOn(std::size_t index, short type) {
-  struct flock lock {};
-  lock.l_type = type;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = kHoldsOffset + static_cast<off_t>(index);
-  lock.l_len = 1;
-  return lock;
+FileBytes PlaceOf(std::size_t statement) {
+  return {.start = kHoldsOffset + static_cast<off_t>(statement), .count = 1};
 }
 
 unsigned StatementsOf(Access access, Sharing sharing) {
@@ -136,8 +110,7 @@ unsigned ContradictionsOf(unsigned statements) {
 void TakeHolds(const Descriptor& file, unsigned statements, const Text& deed, const Text& path) {
   for (std::size_t i = 0; i < kAllStatements.size(); ++i) {
     if ((statements & kAllStatements[i]) == 0) continue;
-    struct flock lock = LockOn(i, F_RDLCK);
-    if (::fcntl(file.Number(), F_OFD_SETLK, &lock) == 0) continue;
+    if (TryLock(file.Number(), PlaceOf(i), LockKind::kShared)) continue;
     // A file system that knows no such locks says so in more than one way.
     if (errno == EINVAL) Fail(FailureNumber::kFeatureUnavailable, deed, path, "its file system cannot lock files");
     FailWithError(errno, deed, path);
@@ -148,9 +121,9 @@ void TakeHolds(const Descriptor& file, unsigned statements, const Text& deed, co
 bool OthersState(const Descriptor& file, unsigned statements, const Text& deed, const Text& path) {
   for (std::size_t i = 0; i < kAllStatements.size(); ++i) {
     if ((statements & kAllStatements[i]) == 0) continue;
-    struct flock lock = LockOn(i, F_WRLCK);
-    if (::fcntl(file.Number(), F_OFD_GETLK, &lock) != 0) FailWithError(errno, deed, path);
-    if (lock.l_type != F_UNLCK) return true;
+    const auto holder = HolderOf(file.Number(), PlaceOf(i));
+    if (!holder) FailWithError(errno, deed, path);
+    if (holder->exists) return true;
   }
   return false;
 }
@@ -228,7 +201,7 @@ class PosixFile : public OpenFile {
   void Close() override {
     // What some file systems only find out at the end (a full quota, a lost server) is told by close itself. The
     // descriptor is gone even then.
-    if (::close(file_.Release()) != 0 && errno != EINTR) FailWithError(errno, "close", path_);
+    if (file_.Close() != 0 && errno != EINTR) FailWithError(errno, "close", path_);
   }
 
  private:
