@@ -71,7 +71,7 @@ class Model {
     EndOwn();
     in_command_ = true;
     kind_ = kind;
-    ++command_;
+    command_ = ++last_command_;
   }
   void Begin() { Open(true); }
   void End() { open_ = false; }
@@ -115,7 +115,7 @@ class Model {
     }
     EndOwn();
     Model after = *this;
-    ++after.command_;
+    ++after.last_command_;  // the undo is a command of its own; one that it came in the midst of goes on behind it
     for (const std::size_t index : asked) {
       if (!after.UndoAt(index, way)) return false;
     }
@@ -150,7 +150,7 @@ class Model {
     return *std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) { return entry.id == id; });
   }
   void Open(bool keeps_images) {
-    if (!in_command_) ++command_;
+    if (!in_command_) command_ = ++last_command_;
     Entry entry;
     entry.id = ++last_id_;
     entry.command = command_;
@@ -178,7 +178,7 @@ class Model {
   bool UndoAt(std::size_t index, UndoWay way) {
     Entry undo;
     undo.id = ++last_id_;
-    undo.command = command_;
+    undo.command = last_command_;
     undo.kind = JournalKind::kUndo;
     undo.undoes = entries_[index].id;
     for (const auto& [key, before] : entries_[index].before) {
@@ -229,7 +229,8 @@ class Model {
   std::map<RecordKey, Row> rows_;
   std::vector<Entry> entries_;
   Long last_id_ = 0;
-  int command_ = 0;
+  int last_command_ = 0;
+  int command_ = 0;  // the one that goes on
   JournalKind kind_ = JournalKind::kImport;
   bool in_command_ = false;
   bool open_ = false;
