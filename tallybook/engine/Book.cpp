@@ -413,8 +413,13 @@ void Book::SetOperation(JournalKind kind, const Text& name) {
   EndOwnEntry();
   operation_kind_ = kind;
   operation_name_ = name;
+  notes_ = {};
   in_command_ = true;
   command_has_entry_ = false;
+}
+
+Long Book::LastEntry() const {
+  return Store().LastEntry();
 }
 
 std::unique_ptr<AccountRecord> Book::NewAccountRecord() {
@@ -567,7 +572,7 @@ void Book::BeginEntry(Date first, Date last, bool keeps_images) {
   entry.last = last;
   entry.what_ran = operation_name_.empty() && progress_open_ ? progress_title_ : operation_name_;
   entry.keeps_images = keeps_images;
-  store.BeginEntry(entry);
+  store.BeginEntry(entry, notes_);
   command_has_entry_ = in_command_;
 }
 

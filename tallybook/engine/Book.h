@@ -31,6 +31,7 @@
 #include "host/Sequence.h"
 #include "tallybook/engine/BookDescription.h"
 #include "tallybook/engine/Calendar.h"
+#include "tallybook/engine/EntryNotes.h"
 #include "tallybook/engine/Journal.h"
 #include "tallybook/engine/Notice.h"
 #include "tallybook/engine/ProgressDisplay.h"
@@ -149,6 +150,10 @@ class Book final : public Masterfile, public CalendarSource {
   // the progress display.
   void SetOperation(JournalKind kind, const Text& name);
   void SetOperationName(const Text& name) { SetOperation(JournalKind::kImport, name); }
+  // What the entries keep that are opened from here to the next SetOperation; each has them from its first moment on.
+  void SetNotes(const EntryNotes& notes) { notes_ = notes; }
+  // The number of the entry that was opened last since the book was; 0 where none has reached the file.
+  [[nodiscard]] Long LastEntry() const;
 
   // CalendarSource.
   [[nodiscard]] const Calendar& CalendarRules() const override;
@@ -229,6 +234,7 @@ class Book final : public Masterfile, public CalendarSource {
 
  private:
   friend class Journal;
+  friend class JournalNotes;
 
   class SystemTitle : public TitleLookup {
    public:
@@ -285,6 +291,7 @@ class Book final : public Masterfile, public CalendarSource {
   Text operation_name_;
   bool in_command_ = false;         // SetOperation has begun one
   bool command_has_entry_ = false;  // and an entry of it was the last that was opened
+  EntryNotes notes_;
   bool own_entry_ = false;          // the open entry is one that the book opened by itself
   Text progress_title_;
 };

@@ -12,6 +12,7 @@
 #include "tallybook/engine/AccountSums.h"
 #include "tallybook/engine/BackupTables.h"
 #include "tallybook/engine/BookFile.h"
+#include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/BookPlace.h"
 #include "tallybook/engine/Calendar.h"
 #include "tallybook/engine/Checksums.h"
@@ -236,6 +237,7 @@ class BookChecker {
     const Long entry = row.entry.id;
     try {
       if (row.entry.kind == JournalKind::kLists) static_cast<void>(tables.TextOf(entry, kChangeText));
+      if (file_.Format() >= kFirstFormatOfNotes) static_cast<void>(tables.NotesOf(row));
       tables.VisitMarks(row, [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image) {
         if (mark.image != 0) CheckImage(entry, key, image);
       });

@@ -38,7 +38,8 @@ CREATE TABLE journal (id INTEGER PRIMARY KEY AUTOINCREMENT, command INTEGER NOT 
                       time REAL NOT NULL, first REAL NOT NULL, last REAL NOT NULL, what TEXT NOT NULL,
                       state INTEGER NOT NULL, images INTEGER NOT NULL, undoes INTEGER NOT NULL,
                       chunks INTEGER NOT NULL, marks INTEGER NOT NULL, marks_sum INTEGER NOT NULL,
-                      checksum INTEGER NOT NULL);
+                      checksum INTEGER NOT NULL, notes INTEGER NOT NULL DEFAULT 0,
+                      notes_sum INTEGER NOT NULL DEFAULT 0);
 CREATE TABLE journal_text (entry INTEGER NOT NULL, name TEXT NOT NULL, value, checksum INTEGER NOT NULL,
                            PRIMARY KEY (entry, name)) WITHOUT ROWID;
 CREATE TABLE journal_file (entry INTEGER NOT NULL, position INTEGER NOT NULL, path TEXT NOT NULL, size INTEGER,

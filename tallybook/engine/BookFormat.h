@@ -15,7 +15,9 @@ inline constexpr std::int64_t kBookApplicationId = 0x54626B31;
 // The mark of a backup of one ("Tbkb"): a book with its companion files in two tables more (BackupTables.h).
 inline constexpr std::int64_t kBackupApplicationId = 0x54626B62;
 // The format that this engine writes, and the newest that it reads.
-inline constexpr Long kBookFormat = 3;
+inline constexpr Long kBookFormat = 4;
+// From this format on an entry counts its notes.
+inline constexpr Long kFirstFormatOfNotes = 4;
 
 inline constexpr std::size_t kPageSize = 16'384;
 // The least that a chunk's figures may take, in bytes, where its records are small enough.

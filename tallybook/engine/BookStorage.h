@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -92,13 +93,21 @@ class BookStorage {
   // All entries of the journal, oldest first. Failure 57 where a row is damaged or missing.
   [[nodiscard]] virtual std::vector<JournalRow> Entries() = 0;
   // Begins a command; gives its number.
-  [[nodiscard]] virtual Long AddCommand(Date time, const Text& what) = 0;
+  [[nodiscard]] virtual Long AddCommand(Date time, const Text& what, const Text& who) = 0;
+  // Who ran each command, by its number. Failure 57 where the journal is damaged.
+  [[nodiscard]] virtual std::map<Long, Text> Users() = 0;
   // Writes an entry: a new one where its id is 0, which it is given then.
   virtual void SaveEntry(JournalRow& row) = 0;
-  // A text of an entry under a name, each once. TextOf fails with 57 where there is none.
-  virtual void SaveText(Long entry, const Text& name, const Text& value) = 0;
+  // A text of an entry under a name, each once. The entry counts it, and has to be saved then. TextOf fails with 57 where
+  // there is none.
+  virtual void SaveText(JournalRow& row, const Text& name, const Text& value) = 0;
   [[nodiscard]] virtual std::optional<Text> FindText(Long entry, const Text& name) = 0;
   [[nodiscard]] virtual Text TextOf(Long entry, const Text& name) = 0;
+  // The notes of an entry. SaveNotes puts others in their place, and the entry has to be saved then. Failure 57 where they
+  // are damaged.
+  [[nodiscard]] virtual EntryNotes NotesOf(const JournalRow& row) = 0;
+  [[nodiscard]] virtual std::vector<EntryFile> FilesOf(Long entry) = 0;
+  virtual void SaveNotes(JournalRow& row, const EntryNotes& notes) = 0;
   // Copies a chunk from its row, and gives the image's row.
   [[nodiscard]] virtual std::int64_t CopyImage(std::int64_t chunk_row) = 0;
   // An image's bytes by its row. Failure 57 where it is missing.

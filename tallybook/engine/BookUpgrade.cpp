@@ -101,7 +101,7 @@ void ConvertJournal(Database& database) {
   for (JournalRow& row : rows) {
     JournalEntry& entry = row.entry;
     const Long id = entry.id;
-    entry.command = tables.AddCommand(entry.time, entry.what_ran);
+    entry.command = tables.AddCommand(entry.time, entry.what_ran, "");
     entry.id = 0;
     tables.Save(row);
     if (entry.id != id) {
@@ -148,9 +148,27 @@ void ToFormat3(Database& database) {
   SealDescription(database, stored, 3);
 }
 
+// Format 4: entries count their notes. The journal of a book of the first format has been made anew above, with all that
+// this one has.
+void ToFormat4(Database& database) {
+  const StoredDescription stored = LoadDescription(database, 3);
+  if (database.Number("SELECT count(*) FROM pragma_table_info('journal') WHERE name = 'notes'") == 0) {
+    JournalTables tables(database);
+    std::vector<JournalRow> rows = tables.Rows(3);
+    database.Execute(
+        "ALTER TABLE journal ADD COLUMN notes INTEGER NOT NULL DEFAULT 0;"
+        "ALTER TABLE journal ADD COLUMN notes_sum INTEGER NOT NULL DEFAULT 0");
+    for (JournalRow& row : rows) {
+      tables.CountTexts(row);
+      tables.Save(row);
+    }
+  }
+  SealDescription(database, stored, 4);
+}
+
 // The step from each format to the next; the first is from format 1.
 using UpgradeStep = void (*)(Database&);
-constexpr std::array<UpgradeStep, kBookFormat - 1> kSteps = {ToFormat2, ToFormat3};
+constexpr std::array<UpgradeStep, kBookFormat - 1> kSteps = {ToFormat2, ToFormat3, ToFormat4};
 
 [[noreturn]] void FailBackup(const Text& path, const Text& why) {
   throw Failure(FailureNumber::kPathOrAccess, path + ": the backup of the book cannot be made: " + why, kSource);

@@ -41,11 +41,21 @@ Database DamagedBook::OpenCopy() {
   return database;
 }
 
+// The first format has no checksum that would tell it from others, so it is taken at its word.
+std::vector<Long> DamagedBook::FormatsToTry(std::int64_t told) {
+  std::vector<Long> formats;
+  if (told > 1 && told <= kBookFormat) formats.push_back(static_cast<Long>(told));
+  for (Long format = kBookFormat; format > 1; --format) {
+    if (format != told) formats.push_back(format);
+  }
+  if (told == 1) formats.push_back(1);
+  return formats;
+}
+
 Text DamagedBook::LoadDescription(bool as_it_reads) {
   const std::int64_t told = database_.Number("PRAGMA user_version");
   Text trouble;
-  for (const Long format : {told == 2 ? 2 : 3, told == 2 ? 3 : 2, 1}) {
-    if (format == 1 && told != 1) break;
+  for (const Long format : FormatsToTry(told)) {
     try {
       stored_ = engine::LoadDescription(database_, format);
       format_ = format;
@@ -55,7 +65,7 @@ Text DamagedBook::LoadDescription(bool as_it_reads) {
     }
   }
   if (!as_it_reads) throw Failure(FailureNumber::kDeviceError, trouble, "Tallybook.Book");
-  format_ = told == 2 ? 2 : kBookFormat;
+  format_ = FormatsToTry(told).front();
   stored_ = engine::LoadDescription(database_, format_, Trust::kAsItReads);
   return trouble;
 }

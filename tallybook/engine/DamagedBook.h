@@ -48,6 +48,7 @@ class DamagedBook {
   [[nodiscard]] const StoredDescription& Stored() const { return stored_; }
 
  private:
+  [[nodiscard]] static std::vector<Long> FormatsToTry(std::int64_t told);
   [[nodiscard]] Database OpenCopy();
 
   BookHold hold_;

@@ -13,6 +13,7 @@
 #include "tallybook/engine/ChunkRelay.h"
 #include "tallybook/engine/EntryImages.h"
 #include "tallybook/engine/FigureUndo.h"
+#include "tallybook/engine/LoginName.h"
 #include "tallybook/engine/RowBits.h"
 
 namespace tallybook::engine {
@@ -369,7 +370,10 @@ void FigureStore::WriteAll(JournalRow& entry, AccountSums& sums, std::vector<Sto
   stored.reserve(changed_.size());
   marks.reserve(entry_ == 0 ? 0 : changed_.size());
   if (entry_ != 0) NeedCommand(entry.entry);
-  if (entry_ != 0 && entry.entry.id == 0) storage_->SaveEntry(entry);
+  if (entry_ != 0 && entry.entry.id == 0) {
+    storage_->SaveEntry(entry);
+    if (!entry_notes_.Empty()) storage_->SaveNotes(entry, entry_notes_);
+  }
   for (const Chunk* chunk : changed_) {
     if (entry_ != 0) marks.push_back(WriteMark(*chunk, entry));
     stored.push_back(Store({chunk->stored, chunk->checksum}, chunk->key, chunk->rows, sums));
@@ -379,7 +383,7 @@ void FigureStore::WriteAll(JournalRow& entry, AccountSums& sums, std::vector<Sto
 }
 
 void FigureStore::NeedCommand(JournalEntry& entry) {
-  if (entry.command == 0) entry.command = storage_->AddCommand(entry.time, entry.what_ran);
+  if (entry.command == 0) entry.command = storage_->AddCommand(entry.time, entry.what_ran, LoginName());
 }
 
 FigureStore::MarkedAs FigureStore::WriteMark(const Chunk& chunk, JournalRow& entry) {
@@ -421,11 +425,12 @@ FigureStore::StoredAs FigureStore::Store(StoredAs stands, std::int64_t key, cons
   return {storage_->InsertChunk(key, bytes_), checksum};
 }
 
-void FigureStore::BeginEntry(const JournalEntry& entry) {
+void FigureStore::BeginEntry(const JournalEntry& entry, const EntryNotes& notes) {
   Commit();
   entry_ = ++last_entry_;
   entry_row_ = {};
   entry_row_.entry = entry;
+  entry_notes_ = notes;
   entry_records_ = RecordsBetween(entry.first, entry.last);
   marks_given_up_ = false;
 }
@@ -449,6 +454,27 @@ std::vector<JournalEntry> FigureStore::Entries() {
   std::vector<JournalEntry> entries;
   for (JournalRow& row : storage_->Entries()) entries.push_back(std::move(row.entry));
   return entries;
+}
+
+JournalRow FigureStore::RowOfEntry(Long id) {
+  for (JournalRow& row : storage_->Entries()) {
+    if (row.entry.id == id) return std::move(row);
+  }
+  throw Failure(FailureNumber::kInvalidArgument, storage_->Path() + ": the journal has no entry " + std::to_string(id),
+                kSource);
+}
+
+void FigureStore::SaveNotes(Long id, const EntryNotes& notes) {
+  Commit();
+  BringUpToDate();
+  JournalRow row = RowOfEntry(id);
+  Writing transaction(*this);
+  storage_->SaveNotes(row, notes);
+  storage_->SaveEntry(row);
+  transaction.Commit();
+  if (entry_row_.entry.id != id) return;
+  entry_row_.notes = row.notes;
+  entry_row_.notes_sum = row.notes_sum;
 }
 
 Long FigureStore::Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo, const UndoRequest& request,
@@ -511,7 +537,11 @@ void FigureStore::MarkUndone(std::vector<JournalRow>& journal, Long id, Long und
   if (row.entry.state == JournalState::kUndone) return;
   // An undo that stands again told it when it was made.
   const bool is_told = storage_->FindText(undo, kWasText).has_value();
-  if (row.entry.state == JournalState::kOpen && !is_told) storage_->SaveText(undo, kWasText, kWasOpen);
+  if (row.entry.state == JournalState::kOpen && !is_told) {
+    JournalRow& undo_row = RowIn(journal, undo);
+    storage_->SaveText(undo_row, kWasText, kWasOpen);
+    storage_->SaveEntry(undo_row);
+  }
   row.entry.state = JournalState::kUndone;
   storage_->SaveEntry(row);
   if (row.entry.undoes != 0) MarkStanding(journal, row.entry.undoes, id);
@@ -537,7 +567,8 @@ Long FigureStore::ChangeDescription(const std::shared_ptr<const StoredDescriptio
   NeedCommand(row.entry);
   storage_->SaveEntry(row);
   if (entry.undoes == 0) {
-    storage_->SaveText(row.entry.id, kChangeText, change);
+    storage_->SaveText(row, kChangeText, change);
+    storage_->SaveEntry(row);
   } else {
     std::vector<JournalRow> journal = storage_->Entries();
     MarkUndone(journal, entry.undoes, row.entry.id);

@@ -87,7 +87,7 @@ class FigureStore {
 
   // The journal. An entry is written with the first commit under it. One that is open when another begins stays
   // unclosed. `entry` tells all but id and command; a command of 0 is a new one that bears the entry's words.
-  void BeginEntry(const JournalEntry& entry);
+  void BeginEntry(const JournalEntry& entry, const EntryNotes& notes = {});
   // Commits and closes the entry, in one transaction.
   void EndEntry();
   // Stores another description with an entry of its own, in one transaction; ends an entry that is open, and forgets the
@@ -102,6 +102,11 @@ class FigureStore {
   [[nodiscard]] bool EntryIsOpen() const { return entry_ != 0; }
   // The number of the command of the entry that was opened last; 0 where it is not in the file yet.
   [[nodiscard]] Long Command() const { return entry_row_.entry.command; }
+  // The number of the entry that was opened last; 0 where it is not in the file yet.
+  [[nodiscard]] Long LastEntry() const { return entry_row_.entry.id; }
+  // The notes of an entry; SaveNotes commits, and puts others in their place. Failure 5 for an id that is none.
+  [[nodiscard]] EntryNotes NotesOf(Long id) { return storage_->NotesOf(RowOfEntry(id)); }
+  void SaveNotes(Long id, const EntryNotes& notes);
   [[nodiscard]] std::vector<JournalEntry> Entries();
   // Takes entries back, in the order given, in one transaction; it ends an entry that is open, and forgets the current
   // row. They must keep images and not be undone. Each leaves an entry like `undo`, all of one command, whose number
@@ -211,6 +216,8 @@ class FigureStore {
   void Restore(const EntryRows& rows, FigureUndo& figures, JournalRow& undo, AccountSums& sums);
   // What a mark names must still be there.
   void CheckCanRestore(Long entry, const EntryRows& rows) const;
+  // Failure 5 for an id that is none.
+  [[nodiscard]] JournalRow RowOfEntry(Long id);
   // An entry is undone, or after the undo of its undo is not any more; and with an undo what it took back.
   void MarkUndone(std::vector<JournalRow>& journal, Long id, Long undo);
   void MarkStanding(std::vector<JournalRow>& journal, Long id, Long undo);
@@ -256,6 +263,7 @@ class FigureStore {
   std::vector<std::byte> bytes_;
   ChunkDirectory directory_;
   AccountSums sums_;  // as of the last commit; nothing in a file of format 1
+  EntryNotes entry_notes_;       // to be written with it
 };
 
 }  // namespace tallybook::engine

@@ -9,6 +9,7 @@
 
 #include "base/Types.h"
 #include "tallybook/engine/Checksums.h"
+#include "tallybook/engine/EntryNotes.h"
 #include "tallybook/engine/JournalEntry.h"
 
 namespace tallybook::engine {
@@ -18,6 +19,8 @@ struct JournalRow {
   JournalEntry entry;           // id 0: not stored yet
   std::int64_t marks = 0;       // how many marks are kept of it
   std::uint64_t marks_sum = 0;  // their checksums added up, modulo 2 to the 64th
+  std::int64_t notes = 0;       // how many texts and files are kept of it
+  std::uint64_t notes_sum = 0;  // as marks_sum
 };
 
 // What an entry did to a chunk: a bit for each row of the chunk that was written, lowest bit first, and the row of

@@ -9,6 +9,7 @@
 
 #include "base/Failure.h"
 #include "base/Narrow.h"
+#include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/ChunkCodec.h"
 
 namespace tallybook::engine {
@@ -39,8 +40,13 @@ long long JournalSalvage::CopyTo(Database& database) {
     row.entry.id = 0;
     row.marks = 0;
     row.marks_sum = 0;
+    row.notes = 0;
+    row.notes_sum = 0;
     fresh.Save(row);
-    if (const auto text = texts_.find(id); text != texts_.end()) fresh.SaveText(id, kChangeText, text->second);
+    if (const auto text = texts_.find(id); text != texts_.end()) fresh.SaveText(row, kChangeText, text->second);
+    if (const auto was = was_.find(id); was != was_.end()) fresh.SaveText(row, kWasText, was->second);
+    if (const auto notes = notes_.find(id); notes != notes_.end()) fresh.SaveNotes(row, notes->second);
+    fresh.Save(row);
     if (!whole) continue;
     CopyMarks(row, found->second, fresh, database);
     ++whole_entries;
@@ -120,6 +126,14 @@ bool JournalSalvage::ReadEntry(const JournalRow& row) {
     LoseEntry(id, "what this entry changed is damaged or missing");
     return false;
   }
+  // One that is damaged is told with the notes.
+  Tries([&] {
+    if (const auto was = old_.FindText(id, kWasText)) was_[id] = *was;
+  });
+  if (book_.Format() >= kFirstFormatOfNotes && !Tries([&] { notes_[id] = old_.NotesOf(row); })) {
+    notes_.erase(id);
+    losses_.AddEntry(id, "which files this entry read, and what it told of them, is damaged or missing");
+  }
   const bool whole = Tries([&] {
     old_.VisitMarks(row, [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image) {
       if (mark.image == 0) return;
@@ -136,7 +150,7 @@ bool JournalSalvage::ReadEntry(const JournalRow& row) {
 std::map<Long, JournalSalvage::Command> JournalSalvage::ReadCommands() {
   std::map<Long, Command> commands;
   if (!book_.HasChecksums()) {
-    for (const auto& [id, row] : entries_) commands[row.entry.command] = {row.entry.time, row.entry.what_ran};
+    for (const auto& [id, row] : entries_) commands[row.entry.command] = {row.entry.time, row.entry.what_ran, ""};
     return commands;
   }
   Tries([&] {
@@ -144,7 +158,7 @@ std::map<Long, JournalSalvage::Command> JournalSalvage::ReadCommands() {
     while (select.Step()) {
       const Long id = ToLong(select.Int(0));
       const Checksum checksum = CommandChecksum(id, select.Real(1), select.String(2), select.String(3));
-      if (checksum == FromColumn(select.Int(4))) commands[id] = {select.Real(1), select.String(2)};
+      if (checksum == FromColumn(select.Int(4))) commands[id] = {select.Real(1), select.String(2), select.String(3)};
     }
   });
   return commands;
@@ -160,7 +174,7 @@ void JournalSalvage::CopyCommands(JournalTables& fresh) {
     const bool lost = found == commands.end();
     if (lost) losses_.Add(FindingKind::kJournal, "command " + std::to_string(id) + " is damaged or missing");
     const Command command = lost ? Command() : found->second;
-    static_cast<void>(fresh.AddCommand(command.time, command.what));
+    static_cast<void>(fresh.AddCommand(command.time, command.what, command.who));
   }
 }
 

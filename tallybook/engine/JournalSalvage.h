@@ -28,6 +28,7 @@ class JournalSalvage {
   struct Command {
     Date time = 0;
     Text what;
+    Text who;
   };
   [[nodiscard]] std::map<Long, Command> ReadCommands();
   void CopyCommands(JournalTables& fresh);
@@ -38,7 +39,9 @@ class JournalSalvage {
   SalvageLosses& losses_;
   JournalTables old_;
   std::map<Long, JournalRow> entries_;
-  std::map<Long, Text> texts_;
+  std::map<Long, Text> texts_;  // what changes of lists changed
+  std::map<Long, Text> was_;    // in which state the entries were that undos took back, where they tell it
+  std::map<Long, EntryNotes> notes_;
   Long last_entry_ = 0;
   Long damaged_entry_ = 0;  // the last one
 };

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "base/Failure.h"
 #include "base/Narrow.h"
+#include "tallybook/engine/BookFormat.h"
 
 namespace tallybook::engine {
 
@@ -36,6 +38,33 @@ Checksum TextChecksum(Long entry, const Text& name, const Text& value) {
   return Digest().Add(std::int64_t{entry}).Add(name).Add(value).Value();
 }
 
+// A size that is not known stands as -1.
+Checksum FileChecksum(Long entry, std::int64_t position, const EntryFile& file) {
+  Digest digest;
+  digest.Add(std::int64_t{entry}).Add(position).Add(file.path).Add(file.size.value_or(-1));
+  return digest.Add(std::span<const std::byte>(file.xxh3)).Add(std::span<const std::byte>(file.sha256)).Value();
+}
+
+// The name of the text that holds what the application tells of a run.
+constexpr const char* kFactsText = "facts";
+
+void BindOrNull(DbStatement& statement, int parameter, const std::vector<std::byte>& bytes) {
+  if (bytes.empty()) {
+    statement.BindNull(parameter);
+  } else {
+    statement.Bind(parameter, std::span<const std::byte>(bytes));
+  }
+}
+
+std::vector<std::byte> Copied(std::span<const std::byte> bytes) {
+  return {bytes.begin(), bytes.end()};
+}
+
+void CountNote(JournalRow& row, Checksum checksum) {
+  ++row.notes;
+  row.notes_sum += checksum;
+}
+
 }  // namespace
 
 struct JournalTables::Statements {
@@ -43,10 +72,12 @@ struct JournalTables::Statements {
       : insert_entry(
             database,
             "INSERT INTO journal (command, kind, time, first, last, what, state, images, undoes, chunks, marks, "
-            "marks_sum, checksum) VALUES (?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, 0)"),
+            "marks_sum, checksum, notes, notes_sum) VALUES (?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, 0, "
+            "?14, "
+            "?15)"),
         update_entry(database,
                      "UPDATE journal SET state = ?2, images = ?3, chunks = ?4, marks = ?5, marks_sum = ?6, "
-                     "checksum = ?7 WHERE id = ?1"),
+                     "checksum = ?7, notes = ?8, notes_sum = ?9 WHERE id = ?1"),
         copy_image(database, "INSERT INTO image (figures) SELECT figures FROM chunk WHERE id = ?1"),
         read_image(database, "SELECT figures FROM image WHERE id = ?1"),
         find_mark(database, "SELECT rows, image FROM journal_chunk WHERE entry = ?1 AND key = ?2"),
@@ -66,14 +97,16 @@ Checksum CommandChecksum(Long id, Date time, const Text& what, const Text& who) 
   return Digest().Add(std::int64_t{id}).Add(time).Add(what).Add(who).Value();
 }
 
-Checksum EntryChecksum(const JournalRow& row) {
+Checksum EntryChecksum(const JournalRow& row, Long format) {
   const JournalEntry& entry = row.entry;
   Digest digest;
   digest.Add(std::int64_t{entry.id}).Add(std::int64_t{entry.command}).Add(static_cast<std::int64_t>(entry.kind));
   digest.Add(entry.time).Add(entry.first).Add(entry.last).Add(entry.what_ran);
   digest.Add(static_cast<std::int64_t>(entry.state)).Add(std::int64_t{entry.keeps_images});
   digest.Add(std::int64_t{entry.undoes}).Add(std::int64_t{entry.chunks});
-  return digest.Add(row.marks).Add(ToColumn(row.marks_sum)).Value();
+  digest.Add(row.marks).Add(ToColumn(row.marks_sum));
+  if (format >= kFirstFormatOfNotes) digest.Add(row.notes).Add(ToColumn(row.notes_sum));
+  return digest.Value();
 }
 
 JournalTables::JournalTables(Database& database) : database_(database) {}
@@ -96,10 +129,11 @@ void JournalTables::Tell(const TroubleTaker& tell, Long entry, const Text& what)
 
 std::vector<JournalRow> JournalTables::Rows(Long format, const TroubleTaker& tell) {
   if (format == 1) return RowsOfFirstFormat();
+  const bool has_notes = format >= kFirstFormatOfNotes;
+  const Text columns =
+      "id, command, kind, time, first, last, what, state, images, undoes, chunks, marks, marks_sum, checksum";
   DbStatement select(
-      database_,
-      "SELECT id, command, kind, time, first, last, what, state, images, undoes, chunks, marks, marks_sum, "
-      "checksum FROM journal ORDER BY id");
+      database_, ("SELECT " + columns + (has_notes ? ", notes, notes_sum" : "") + " FROM journal ORDER BY id").c_str());
   std::vector<JournalRow> rows;
   std::int64_t shown = 0;
   Long last = 0;
@@ -119,9 +153,11 @@ std::vector<JournalRow> JournalTables::Rows(Long format, const TroubleTaker& tel
     entry.chunks = ToLong(select.Int(10));
     row.marks = select.Int(11);
     row.marks_sum = FromColumn(select.Int(12));
+    row.notes = has_notes ? select.Int(14) : 0;
+    row.notes_sum = has_notes ? FromColumn(select.Int(15)) : 0;
     last = entry.id;
     ++shown;
-    if (EntryChecksum(row) != FromColumn(select.Int(13))) {
+    if (EntryChecksum(row, format) != FromColumn(select.Int(13))) {
       Tell(tell, last, "journal entry " + std::to_string(last) + " does not agree with its checksum");
       rows.pop_back();
     }
@@ -163,13 +199,24 @@ std::vector<JournalRow> JournalTables::RowsOfFirstFormat() {
   return rows;
 }
 
-Long JournalTables::AddCommand(Date time, const Text& what) {
-  const Text nobody;
+std::map<Long, Text> JournalTables::Users() {
+  std::map<Long, Text> users;
+  DbStatement select(database_, "SELECT id, time, what, who, checksum FROM command ORDER BY id");
+  while (select.Step()) {
+    const Long id = ToLong(select.Int(0));
+    users[id] = select.String(3);
+    if (CommandChecksum(id, select.Real(1), select.String(2), users[id]) == FromColumn(select.Int(4))) continue;
+    FailDamaged("command " + std::to_string(id) + " does not agree with its checksum");
+  }
+  return users;
+}
+
+Long JournalTables::AddCommand(Date time, const Text& what, const Text& who) {
   DbStatement insert(database_, "INSERT INTO command (time, what, who, checksum) VALUES (?1, ?2, ?3, 0)");
-  insert.Bind(1, time).Bind(2, what).Bind(3, nobody).Run();
+  insert.Bind(1, time).Bind(2, what).Bind(3, who).Run();
   const Long id = ToLong(database_.LastRow());
   DbStatement update(database_, "UPDATE command SET checksum = ?2 WHERE id = ?1");
-  update.Bind(1, std::int64_t{id}).Bind(2, ToColumn(CommandChecksum(id, time, what, nobody))).Run();
+  update.Bind(1, std::int64_t{id}).Bind(2, ToColumn(CommandChecksum(id, time, what, who))).Run();
   return id;
 }
 
@@ -181,20 +228,23 @@ void JournalTables::Save(JournalRow& row) {
     insert.Bind(4, entry.time).Bind(5, entry.first).Bind(6, entry.last).Bind(7, entry.what_ran);
     insert.Bind(8, static_cast<std::int64_t>(entry.state)).Bind(9, std::int64_t{entry.keeps_images});
     insert.Bind(10, std::int64_t{entry.undoes}).Bind(11, std::int64_t{entry.chunks}).Bind(12, row.marks);
-    insert.Bind(13, ToColumn(row.marks_sum)).Run();
+    insert.Bind(13, ToColumn(row.marks_sum)).Bind(14, row.notes).Bind(15, ToColumn(row.notes_sum)).Run();
     entry.id = ToLong(database_.LastRow());
   }
   // The checksum holds the number that a new entry is given only now.
   DbStatement& update = Prepared().update_entry;
   update.Bind(1, std::int64_t{entry.id}).Bind(2, static_cast<std::int64_t>(entry.state));
   update.Bind(3, std::int64_t{entry.keeps_images}).Bind(4, std::int64_t{entry.chunks}).Bind(5, row.marks);
-  update.Bind(6, ToColumn(row.marks_sum)).Bind(7, ToColumn(EntryChecksum(row))).Run();
+  update.Bind(6, ToColumn(row.marks_sum)).Bind(7, ToColumn(EntryChecksum(row, kBookFormat)));
+  update.Bind(8, row.notes).Bind(9, ToColumn(row.notes_sum)).Run();
 }
 
-void JournalTables::SaveText(Long entry, const Text& name, const Text& value) {
+void JournalTables::SaveText(JournalRow& row, const Text& name, const Text& value) {
+  const Long entry = row.entry.id;
+  const Checksum checksum = TextChecksum(entry, name, value);
   DbStatement insert(database_, "INSERT INTO journal_text (entry, name, value, checksum) VALUES (?1, ?2, ?3, ?4)");
-  insert.Bind(1, std::int64_t{entry}).Bind(2, name).Bind(3, value).Bind(4, ToColumn(TextChecksum(entry, name, value)));
-  insert.Run();
+  insert.Bind(1, std::int64_t{entry}).Bind(2, name).Bind(3, value).Bind(4, ToColumn(checksum)).Run();
+  CountNote(row, checksum);
 }
 
 std::optional<Text> JournalTables::FindText(Long entry, const Text& name) {
@@ -220,6 +270,109 @@ std::span<const std::byte> JournalTables::ReadImage(std::int64_t image) {
   const auto bytes = read.Bytes(0);
   image_bytes_.assign(bytes.begin(), bytes.end());
   return image_bytes_;
+}
+
+std::map<Text, Text> JournalTables::TextsOf(JournalRow& seen) {
+  const Long entry = seen.entry.id;
+  DbStatement select(database_, "SELECT name, value, checksum FROM journal_text WHERE entry = ?1 ORDER BY name");
+  select.Bind(1, std::int64_t{entry});
+  std::map<Text, Text> texts;
+  while (select.Step()) {
+    const Text name = select.String(0);
+    const Checksum checksum = TextChecksum(entry, name, texts[name] = select.String(1));
+    if (checksum != FromColumn(select.Int(2))) {
+      FailDamaged("the " + name + " of journal entry " + std::to_string(entry) + " does not agree with its checksum");
+    }
+    CountNote(seen, checksum);
+  }
+  return texts;
+}
+
+std::vector<EntryFile> JournalTables::FilesOf(JournalRow& seen) {
+  const Long entry = seen.entry.id;
+  DbStatement select(
+      database_,
+      "SELECT position, path, size, xxh3, sha256, checksum FROM journal_file WHERE entry = ?1 ORDER BY position");
+  select.Bind(1, std::int64_t{entry});
+  std::vector<EntryFile> files;
+  while (select.Step()) {
+    EntryFile& file = files.emplace_back();
+    file.path = select.String(1);
+    if (!select.IsNull(2)) file.size = select.Int(2);
+    file.xxh3 = Copied(select.Bytes(3));
+    file.sha256 = Copied(select.Bytes(4));
+    const Checksum checksum = FileChecksum(entry, select.Int(0), file);
+    if (checksum != FromColumn(select.Int(5))) {
+      FailDamaged("a file of journal entry " + std::to_string(entry) + " does not agree with its checksum");
+    }
+    CountNote(seen, checksum);
+  }
+  return files;
+}
+
+std::vector<EntryFile> JournalTables::FilesOf(Long entry) {
+  JournalRow seen;
+  seen.entry.id = entry;
+  return FilesOf(seen);
+}
+
+EntryNotes JournalTables::NotesOf(const JournalRow& row) {
+  JournalRow seen;
+  seen.entry.id = row.entry.id;
+  EntryNotes notes;
+  std::map<Text, Text> texts = TextsOf(seen);
+  notes.facts = std::move(texts[kFactsText]);
+  notes.files = FilesOf(seen);
+  if (seen.notes != row.notes || seen.notes_sum != row.notes_sum) {
+    FailDamaged("journal entry " + std::to_string(row.entry.id) + " shows " + std::to_string(seen.notes) +
+                " texts and files of " + std::to_string(row.notes));
+  }
+  return notes;
+}
+
+void JournalTables::CountTexts(JournalRow& row) {
+  static_cast<void>(TextsOf(row));
+}
+
+// What the entry keeps of another kind stays, and its count with it.
+void JournalTables::DropNotes(JournalRow& row) {
+  const auto drop = [&](const Text& from_where) {
+    DbStatement select(database_, ("SELECT checksum FROM " + from_where).c_str());
+    select.Bind(1, std::int64_t{row.entry.id});
+    while (select.Step()) {
+      --row.notes;
+      row.notes_sum -= FromColumn(select.Int(0));
+    }
+    select.Reset();
+    DbStatement(database_, ("DELETE FROM " + from_where).c_str()).Bind(1, std::int64_t{row.entry.id}).Run();
+  };
+  drop(Text("journal_text WHERE entry = ?1 AND name = '") + kFactsText + "'");
+  drop("journal_file WHERE entry = ?1");
+}
+
+void JournalTables::SaveFile(JournalRow& row, std::int64_t position, const EntryFile& file) {
+  const Long entry = row.entry.id;
+  const Checksum checksum = FileChecksum(entry, position, file);
+  DbStatement insert(database_,
+                     "INSERT INTO journal_file (entry, position, path, size, xxh3, sha256, checksum) "
+                     "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)");
+  insert.Bind(1, std::int64_t{entry}).Bind(2, position).Bind(3, file.path);
+  if (file.size) {
+    insert.Bind(4, *file.size);
+  } else {
+    insert.BindNull(4);
+  }
+  BindOrNull(insert, 5, file.xxh3);
+  BindOrNull(insert, 6, file.sha256);
+  insert.Bind(7, ToColumn(checksum)).Run();
+  CountNote(row, checksum);
+}
+
+void JournalTables::SaveNotes(JournalRow& row, const EntryNotes& notes) {
+  DropNotes(row);
+  if (!notes.facts.empty()) SaveText(row, kFactsText, notes.facts);
+  std::int64_t position = 0;
+  for (const EntryFile& file : notes.files) SaveFile(row, ++position, file);
 }
 
 std::int64_t JournalTables::CopyImage(std::int64_t chunk_row) {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -32,14 +33,26 @@ class JournalTables {
   void CheckCommands(const std::function<void(const Text& what)>& tell);
 
   // Begins a command; gives its number.
-  Long AddCommand(Date time, const Text& what);
+  Long AddCommand(Date time, const Text& what, const Text& who);
+  // Who ran each command. Failure 57 where a row is damaged.
+  [[nodiscard]] std::map<Long, Text> Users();
   // Writes an entry: a new one where its id is 0, which it is given then.
   void Save(JournalRow& row);
 
-  // A text of an entry under a name. Failure 57 where it is damaged, and of TextOf where there is none.
-  void SaveText(Long entry, const Text& name, const Text& value);
+  // A text of an entry under a name. Failure 57 where it is damaged, and of TextOf where there is none. The row counts what
+  // is saved, and has to be saved behind it.
+  void SaveText(JournalRow& row, const Text& name, const Text& value);
   [[nodiscard]] std::optional<Text> FindText(Long entry, const Text& name);
   [[nodiscard]] Text TextOf(Long entry, const Text& name);
+
+  // The notes of an entry that has been stored: its files, and its text kFactsText. SaveNotes puts others in their place; the row
+  // has to be saved behind it. Failure 57 where a text or file of the entry is damaged or missing.
+  [[nodiscard]] EntryNotes NotesOf(const JournalRow& row);
+  void SaveNotes(JournalRow& row, const EntryNotes& notes);
+  // Its files alone, each held against its checksum, whatever their number should be.
+  [[nodiscard]] std::vector<EntryFile> FilesOf(Long entry);
+  // Counts the texts of an entry of a format that did not. Failure 57 where one is damaged.
+  void CountTexts(JournalRow& row);
 
   // Copies a chunk from its row, and gives the image's row.
   std::int64_t CopyImage(std::int64_t chunk_row);
@@ -68,6 +81,12 @@ class JournalTables {
   [[noreturn]] void FailDamaged(const Text& what) const;
   void Tell(const TroubleTaker& tell, Long entry, const Text& what) const;
 
+  // Both count what they read in `seen`, whose number says of which entry it is.
+  [[nodiscard]] std::map<Text, Text> TextsOf(JournalRow& seen);
+  [[nodiscard]] std::vector<EntryFile> FilesOf(JournalRow& seen);
+  void DropNotes(JournalRow& row);
+  void SaveFile(JournalRow& row, std::int64_t position, const EntryFile& file);
+
   Database& database_;
   std::unique_ptr<Statements> statements_;  // made when they are needed: a file of an older format lacks their columns
   std::vector<std::byte> bytes_;            // of a mark
@@ -76,6 +95,6 @@ class JournalTables {
 
 // The checksums of rows as they stand in the file.
 [[nodiscard]] Checksum CommandChecksum(Long id, Date time, const Text& what, const Text& who);
-[[nodiscard]] Checksum EntryChecksum(const JournalRow& row);
+[[nodiscard]] Checksum EntryChecksum(const JournalRow& row, Long format);
 
 }  // namespace tallybook::engine

@@ -46,6 +46,18 @@ void SqliteStorage::CopyTo(const Text& path, const Text& shown) {
   CopyToFile(Db(), path, shown);
 }
 
+std::map<Long, Text> SqliteStorage::Users() {
+  return Format() == 1 ? std::map<Long, Text>() : journal_.Users();
+}
+
+EntryNotes SqliteStorage::NotesOf(const JournalRow& row) {
+  return Format() < kFirstFormatOfNotes ? EntryNotes() : journal_.NotesOf(row);
+}
+
+std::vector<EntryFile> SqliteStorage::FilesOf(Long entry) {
+  return Format() < kFirstFormatOfNotes ? std::vector<EntryFile>() : journal_.FilesOf(entry);
+}
+
 void SqliteStorage::CommitWriting() {
   transaction_->Commit();
   transaction_.reset();

@@ -1,6 +1,7 @@
 // A book's storage in an SQLite file (docs/book-file.md).
 #pragma once
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -53,14 +54,20 @@ class SqliteStorage final : public BookStorage {
   void PutSums(std::int64_t block, std::span<const std::byte> bytes) override { sums_.Put(block, bytes); }
 
   [[nodiscard]] std::vector<JournalRow> Entries() override { return journal_.Rows(file_.Format()); }
-  [[nodiscard]] Long AddCommand(Date time, const Text& what) override { return journal_.AddCommand(time, what); }
+  [[nodiscard]] Long AddCommand(Date time, const Text& what, const Text& who) override {
+    return journal_.AddCommand(time, what, who);
+  }
+  [[nodiscard]] std::map<Long, Text> Users() override;
   void SaveEntry(JournalRow& row) override { journal_.Save(row); }
-  void SaveText(Long entry, const Text& name, const Text& value) override { journal_.SaveText(entry, name, value); }
+  void SaveText(JournalRow& row, const Text& name, const Text& value) override { journal_.SaveText(row, name, value); }
   [[nodiscard]] Text TextOf(Long entry, const Text& name) override { return journal_.TextOf(entry, name); }
   [[nodiscard]] std::optional<Text> FindText(Long entry, const Text& name) override {
     return journal_.FindText(entry, name);
   }
   [[nodiscard]] std::span<const std::byte> ReadImage(std::int64_t image) override { return journal_.ReadImage(image); }
+  [[nodiscard]] EntryNotes NotesOf(const JournalRow& row) override;
+  [[nodiscard]] std::vector<EntryFile> FilesOf(Long entry) override;
+  void SaveNotes(JournalRow& row, const EntryNotes& notes) override { journal_.SaveNotes(row, notes); }
   [[nodiscard]] std::int64_t CopyImage(std::int64_t chunk_row) override { return journal_.CopyImage(chunk_row); }
   [[nodiscard]] std::optional<ChunkMark> FindMark(Long entry, std::int64_t key) override {
     return journal_.FindMark(entry, key);

@@ -3,6 +3,7 @@
 
 #include "tallybook/engine/BookBackup.h"
 #include "tallybook/engine/BookCheck.h"
+#include "tallybook/engine/BookFormat.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/tallybook/engine/BookFixture.h"
 
@@ -41,7 +42,7 @@ TEST_F(BookBackupTest, TellsWhatItHolds) {
   const BackupContents read = ReadBackup(Backup());
   for (const BackupContents& contents : {written, read}) {
     EXPECT_EQ(contents.book_name, "North");
-    EXPECT_EQ(contents.format, 3);
+    EXPECT_EQ(contents.format, engine::kBookFormat);
     EXPECT_EQ(contents.companions, 1U);
   }
   EXPECT_EQ(written.time, read.time);

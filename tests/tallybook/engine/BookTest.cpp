@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "tallybook/engine/Book.h"
+#include "tallybook/engine/BookFormat.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/MemoryPrinter.h"
 #include "tests/tallybook/engine/BookFixture.h"
@@ -397,7 +398,7 @@ TEST_F(BookTest, ReadingChangesNoByteOfTheBook) {
 
 TEST_F(BookTest, LeavesABookOfANewerVersionAlone) {
   Create(ShopDescription());
-  Meddle("PRAGMA user_version = 4");
+  Meddle("PRAGMA user_version = " + std::to_string(engine::kBookFormat + 1));
   EXPECT_THAT([&] { Open(); },
               FailsWith(FailureNumber::kFeatureUnavailable, BookPath() + ": this book was made by a newer version"));
 }

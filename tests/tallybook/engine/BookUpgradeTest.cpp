@@ -62,8 +62,8 @@ TEST_F(BookUpgradeTest, KeepsEveryFigureAndSaysWhereTheBackupIs) {
   ChangeOneFigure(*Open(options));
   figures[{101, Day(2003, 1, 1), 1}] = 12345;
   EXPECT_THAT(notices,
-              ElementsAre(BookPath() + ": the book is brought from format 1 to 3; as it was it stands in " + Backup()));
-  EXPECT_EQ(FormatOfFile(), 3);
+              ElementsAre(BookPath() + ": the book is brought from format 1 to 4; as it was it stands in " + Backup()));
+  EXPECT_EQ(FormatOfFile(), 4);
   EXPECT_EQ(FiguresOf(*OpenToRead()), figures);
   notices.clear();
   ChangeOneFigure(*Open(options));

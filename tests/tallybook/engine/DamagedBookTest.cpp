@@ -1,6 +1,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/DamagedBook.h"
 #include "tests/tallybook/engine/BookFixture.h"
 
@@ -31,7 +32,7 @@ TEST_F(DamagedBookTest, ReadsTheDescriptionOfABookThatIsWhole) {
   DamagedBook book(BookPath());
   EXPECT_EQ(book.LoadDescription(kNotAsItReads), "");
   EXPECT_EQ(book.Stored().description, ShopDescription());
-  EXPECT_EQ(book.Format(), 3);
+  EXPECT_EQ(book.Format(), engine::kBookFormat);
   EXPECT_TRUE(book.HasChecksums());
   EXPECT_EQ(book.LogTrouble(), "");
 }
@@ -82,7 +83,7 @@ TEST_F(DamagedBookTest, FindsTheFormatWhereItsNumberIsDamaged) {
     Meddle("PRAGMA user_version = " + std::to_string(number));
     DamagedBook book(BookPath());
     EXPECT_EQ(book.LoadDescription(kNotAsItReads), "") << number;
-    EXPECT_EQ(book.Format(), 3) << number;
+    EXPECT_EQ(book.Format(), engine::kBookFormat) << number;
   }
 }
 

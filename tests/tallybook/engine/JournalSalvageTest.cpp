@@ -1,3 +1,4 @@
+#include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/JournalSalvage.h"
 #include "tests/tallybook/engine/SalvageFixture.h"
 
@@ -26,7 +27,7 @@ class JournalSalvageTest : public SalvageFixture {
     Begin();
     const long long entries = engine::JournalSalvage(*damaged, *losses).CopyTo(file->Db());
     for (const BookFinding& lost : losses->Take()) what_is_lost.push_back(lost.what);
-    rows = engine::JournalTables(file->Db()).Rows(3);
+    rows = engine::JournalTables(file->Db()).Rows(engine::kBookFormat);
     return entries;
   }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tallybook/engine/Journal.h"
+#include "tallybook/engine/JournalNotes.h"
 #include "tests/tallybook/engine/BookFixture.h"
 
 namespace tallybook::testing {
@@ -73,7 +74,7 @@ TEST_P(SampleBooksTest, CanBeTakenBackToWhatStoodBeforeTheLastEntry) {
 }
 
 INSTANTIATE_TEST_SUITE_P(OfEachVersion, SampleBooksTest,
-                         ::testing::Values("book-v1.tbk", "book-v2.tbk", "book-v3.tbk"));
+                         ::testing::Values("book-v1.tbk", "book-v2.tbk", "book-v3.tbk", "book-v4.tbk"));
 
 using GrownSampleTest = BookFixture;
 
@@ -93,6 +94,20 @@ TEST_F(GrownSampleTest, HoldsItsListsAndTheWayBackToThoseOfBefore) {
   Journal(*book).Undo(changes[1]);
   EXPECT_EQ(Get(*book, 960, Day(2003, 1, 1), 60), 1.5);
   EXPECT_EQ(Get(*book, 101, Day(2003, 1, 1), 60), 1.5);
+}
+
+using NotedSampleTest = BookFixture;
+
+TEST_F(NotedSampleTest, HoldsTheFilesOfItsImports) {
+  std::filesystem::copy_file(Sample("book-v4.tbk"), BookPath());
+  const auto book = OpenToRead();
+  std::vector<Text> files;
+  for (const JournalEntry& entry : Journal(*book).Entries()) {
+    const engine::EntryNotes notes = engine::JournalNotes(*book).Of(entry);
+    for (const engine::EntryFile& file : notes.files) files.push_back(file.path + " " + std::to_string(*file.size));
+    EXPECT_EQ(notes.facts, notes.files.empty() ? "" : R"({"math":"add"})");
+  }
+  EXPECT_THAT(files, ::testing::ElementsAre("in/1.QDX 1001", "in/2.QDX 1002", "in/3.QDX 1003", "in/3.QDX 1003"));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <vector>
 
 #include "base/Dates.h"
 #include "tallybook/engine/Book.h"
@@ -116,9 +117,21 @@ class SampleMaker {
 
   static void Import(Book& book, const Text& name, int pass, Long account, int first_day, int end_day) {
     book.SetOperationName(name);
+    book.SetNotes(NotesOf(name, pass));
     book.BeginRollback(Day(2003, 1, 1) + first_day, Day(2003, 1, 1) + end_day - 1);
     WriteDays(book, pass, account, first_day, end_day);
     book.EndRollback();
+  }
+
+  // Of what is imported by name: a file, and a word of the application.
+  static engine::EntryNotes NotesOf(const Text& name, int pass) {
+    if (name.empty()) return {};
+    const auto byte = static_cast<std::byte>(pass);
+    return {.files = {{.path = "in/" + std::to_string(pass) + ".QDX",
+                       .size = 1000 + pass,
+                       .xxh3 = std::vector<std::byte>(16, byte),
+                       .sha256 = std::vector<std::byte>(32, byte)}},
+            .facts = R"({"math":"add"})"};
   }
 
   // Lists change between imports: a field and an account come before the others, one more of each comes and goes with the

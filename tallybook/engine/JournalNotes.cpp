@@ -1,0 +1,37 @@
+#include "tallybook/engine/JournalNotes.h"
+
+#include "tallybook/engine/Book.h"
+#include "tallybook/engine/FigureStore.h"
+
+namespace tallybook::engine {
+
+std::vector<NotedEntry> JournalNotes::Entries() const {
+  FigureStore& store = book_.Store();
+  if (!book_.ReadOnly()) store.Commit();
+  BookStorage& storage = store.Storage();
+  std::map<Long, Text> users = storage.Users();
+  std::vector<NotedEntry> entries;
+  for (const JournalRow& row : storage.Entries()) {
+    entries.push_back({row.entry, users[row.entry.command], storage.NotesOf(row)});
+  }
+  return entries;
+}
+
+std::map<Long, Text> JournalNotes::Users() const {
+  return book_.Store().Storage().Users();
+}
+
+EntryNotes JournalNotes::Of(const JournalEntry& entry) const {
+  return book_.Store().NotesOf(entry.id);
+}
+
+std::vector<EntryFile> JournalNotes::FilesOf(Long entry) const {
+  return book_.Store().Storage().FilesOf(entry);
+}
+
+void JournalNotes::Save(Long entry, const EntryNotes& notes) {
+  book_.RequireWritable();
+  book_.Store().SaveNotes(entry, notes);
+}
+
+}  // namespace tallybook::engine

@@ -1,0 +1,48 @@
+// What a book's journal tells beside figures: who ran what, and the notes of each entry. One thread.
+#pragma once
+
+#include <map>
+#include <vector>
+
+#include "base/Types.h"
+#include "tallybook/engine/EntryNotes.h"
+#include "tallybook/engine/Journal.h"
+
+namespace tallybook::engine {
+
+class Book;
+
+// An entry with all that is kept of it.
+struct NotedEntry {
+  JournalEntry entry;
+  Text who;  // as of JournalNotes::Users
+  EntryNotes notes;
+};
+
+class JournalNotes {
+ public:
+  // Works on an open book, which must outlive it.
+  explicit JournalNotes(Book& book) : book_(book) {}
+
+  // All entries, oldest first. Failure 57 where the journal or its notes are damaged.
+  [[nodiscard]] std::vector<NotedEntry> Entries() const;
+
+  // The login name of whoever ran each command, by the command's number; empty for what ran before names were kept. Failure
+  // 57 where the journal is damaged.
+  [[nodiscard]] std::map<Long, Text> Users() const;
+
+  // The notes of an entry; empty for one from before they were kept. Failure 57 where they are damaged.
+  [[nodiscard]] EntryNotes Of(const JournalEntry& entry) const;
+
+  // The files of an entry by its number, without a look at how many it should have; for many entries one after another.
+  [[nodiscard]] std::vector<EntryFile> FilesOf(Long entry) const;
+
+  // Keeps notes for an entry in the place of those that it has, and commits them. Failure 5 for an id that is none, 70 for
+  // a book open to read, else as Book::Commit.
+  void Save(Long entry, const EntryNotes& notes);
+
+ private:
+  Book& book_;
+};
+
+}  // namespace tallybook::engine
