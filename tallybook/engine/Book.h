@@ -235,6 +235,8 @@ class Book final : public Masterfile, public CalendarSource {
  private:
   friend class Journal;
   friend class JournalNotes;
+  friend class JournalTrim;
+  friend class Lineage;
 
   class SystemTitle : public TitleLookup {
    public:
@@ -289,9 +291,9 @@ class Book final : public Masterfile, public CalendarSource {
   unsigned written_records_ = 0;
   JournalKind operation_kind_ = JournalKind::kImport;
   Text operation_name_;
+  EntryNotes notes_;
   bool in_command_ = false;         // SetOperation has begun one
   bool command_has_entry_ = false;  // and an entry of it was the last that was opened
-  EntryNotes notes_;
   bool own_entry_ = false;          // the open entry is one that the book opened by itself
   Text progress_title_;
 };

@@ -120,6 +120,11 @@ class BookStorage {
   virtual void VisitMarks(const JournalRow& row, const MarkVisitor& visit) = 0;
   // The same without the images.
   virtual void VisitMarkBits(const JournalRow& row, const MarkBitsVisitor& visit) = 0;
+  // Gives the mark of one chunk, as VisitMarks; false where the entry did not write it.
+  virtual bool VisitMark(Long entry, std::int64_t key, const MarkVisitor& visit) = 0;
+  // Takes the images of an entry away, and tells so in its marks and in the row, which has to be saved then. Failure 57 where
+  // a mark is damaged.
+  virtual void DropImages(JournalRow& row) = 0;
 };
 
 // A transaction: dropped by its end unless Commit came first.

@@ -625,6 +625,24 @@ void FigureStore::Restore(const EntryRows& rows, FigureUndo& figures, JournalRow
   storage_->EndWalk();
 }
 
+std::vector<JournalEntry> FigureStore::DropImagesBefore(Date date) {
+  Commit();
+  entry_ = 0;
+  BringUpToDate();
+  std::vector<JournalRow> rows = storage_->Entries();
+  while (!rows.empty() && rows.back().entry.time >= date) rows.pop_back();
+  std::vector<JournalEntry> dropped;
+  Writing transaction(*this);
+  for (JournalRow& row : rows) {
+    if (!row.entry.keeps_images || row.entry.kind == JournalKind::kLists) continue;
+    storage_->DropImages(row);
+    storage_->SaveEntry(row);
+    dropped.push_back(row.entry);
+  }
+  transaction.Commit();
+  return dropped;
+}
+
 bool FigureStore::VisitRows(std::size_t account, std::int32_t first, std::int32_t last, const RowVisitor& visit) {
   if (!storage_->ReadOnly()) Commit();
   if (first > last) return true;

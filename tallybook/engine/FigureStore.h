@@ -115,6 +115,14 @@ class FigureStore {
   Long Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo, const UndoRequest& request,
             UndoOutcome& outcome);
 
+  // Drops the images of all entries up to the last that was opened before a date, in one transaction; gives those that had
+  // some.
+  std::vector<JournalEntry> DropImagesBefore(Date date);
+  // The rows of an image of an entry, in chunks as they were then (ShapeOf).
+  void DecodeImage(Long entry, std::int64_t key, std::span<const std::byte> image, ChunkRows& rows) const {
+    Decode(ShapeOf(*description_, entry), key, image, rows);
+  }
+
   // Commits, then gives the stored rows of an account in the order of their records, from `first` to `last`; rows of
   // zeros may be left out. False from `visit` ends the walk and is given back.
   using RowVisitor = std::function<bool(std::int32_t record, std::span<const Double> figures)>;
@@ -255,6 +263,7 @@ class FigureStore {
   Long entry_ = 0;               // the serial number of the open entry; 0: none
   Long last_entry_ = 0;          // the last serial number given
   JournalRow entry_row_;         // the open entry as the file has it; with no id where it has it not yet
+  EntryNotes entry_notes_;       // to be written with it
   RowRange entry_records_;       // those of the entry's dates
   bool marks_given_up_ = false;  // a chunk that was marked under the entry has left the cache
 
@@ -263,7 +272,6 @@ class FigureStore {
   std::vector<std::byte> bytes_;
   ChunkDirectory directory_;
   AccountSums sums_;  // as of the last commit; nothing in a file of format 1
-  EntryNotes entry_notes_;       // to be written with it
 };
 
 }  // namespace tallybook::engine

@@ -445,6 +445,38 @@ void JournalTables::WalkMarks(DbStatement& walk, const JournalRow& row, const Ma
   }
 }
 
+bool JournalTables::VisitMark(Long entry, std::int64_t key, const MarkVisitor& visit) {
+  if (!visit_mark_) {
+    visit_mark_.emplace(database_,
+                        "SELECT rows, image, figures FROM journal_chunk LEFT JOIN image ON image.id = "
+                        "journal_chunk.image WHERE entry = ?1 AND key = ?2");
+  }
+  const EndOfWalk end(*visit_mark_);
+  if (!visit_mark_->Bind(1, std::int64_t{entry}).Bind(2, key).Step()) return false;
+  const ChunkMark mark = CheckedMark(entry, key, *visit_mark_, 0);
+  if (mark.image != 0 && visit_mark_->IsNull(2)) {
+    FailDamaged("an image of journal entry " + std::to_string(entry) + " is missing");
+  }
+  visit(key, mark, visit_mark_->Bytes(2));
+  return true;
+}
+
+void JournalTables::DropImages(JournalRow& row) {
+  const Long entry = row.entry.id;
+  std::vector<std::pair<std::int64_t, ChunkMark>> marks;
+  DbStatement walk(database_, "SELECT key, rows, image FROM journal_chunk WHERE entry = ?1");
+  walk.Bind(1, std::int64_t{entry});
+  while (walk.Step()) marks.emplace_back(walk.Int(0), CheckedMark(entry, walk.Int(0), walk, 1));
+  walk.Reset();
+  DbStatement drop(database_, "DELETE FROM image WHERE id = ?1");
+  for (const auto& [key, mark] : marks) {
+    if (mark.image == 0) continue;
+    drop.Bind(1, mark.image).Run();
+    row.marks_sum += UpdateMark(entry, key, mark.rows, 0) - mark.checksum;
+  }
+  row.entry.keeps_images = false;
+}
+
 void JournalTables::VisitMarks(const JournalRow& row, const MarkVisitor& visit) {
   DbStatement walk(
       database_,

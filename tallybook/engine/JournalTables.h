@@ -69,6 +69,13 @@ class JournalTables {
   // The same without the images, which are not read.
   void VisitMarkBits(const JournalRow& row, const MarkBitsVisitor& visit);
 
+  // The same for the mark of one chunk; false where there is none.
+  bool VisitMark(Long entry, std::int64_t key, const MarkVisitor& visit);
+
+  // Takes the images of an entry away; its marks stay, and say so. The row has to be saved behind it. Failure 57 where a
+  // mark is damaged.
+  void DropImages(JournalRow& row);
+
  private:
   struct Statements;
 
@@ -89,6 +96,7 @@ class JournalTables {
 
   Database& database_;
   std::unique_ptr<Statements> statements_;  // made when they are needed: a file of an older format lacks their columns
+  std::optional<DbStatement> visit_mark_;   // the same, and of every format but the first
   std::vector<std::byte> bytes_;            // of a mark
   std::vector<std::byte> image_bytes_;      // of the image that was read last
 };

@@ -82,6 +82,10 @@ class SqliteStorage final : public BookStorage {
   void VisitMarkBits(const JournalRow& row, const MarkBitsVisitor& visit) override {
     journal_.VisitMarkBits(row, visit);
   }
+  bool VisitMark(Long entry, std::int64_t key, const MarkVisitor& visit) override {
+    return journal_.VisitMark(entry, key, visit);
+  }
+  void DropImages(JournalRow& row) override { journal_.DropImages(row); }
 
  private:
   [[nodiscard]] Database& Db() { return file_.Db(); }
