@@ -61,6 +61,8 @@ class WholeFiles : public FileLayer {
   // The name stands for the input at `place` from now on, and a name that is made from it by an ending, such as "-.bak",
   // for one beside that. Renaming or deleting them does nothing, for the files are not the user's.
   void StandFor(const Text& name, const Text& place);
+  // Where a path leads that stands for an input elsewhere; nothing for any other.
+  [[nodiscard]] std::optional<Text> PlaceOf(const Text& path) const;
 
  private:
   struct Output {
@@ -71,8 +73,6 @@ class WholeFiles : public FileLayer {
   class Stream;
 
   [[nodiscard]] Output* OutputOf(const Text& path);
-  // Where a path leads that stands for an input elsewhere; nothing for any other.
-  [[nodiscard]] std::optional<Text> PlaceOf(const Text& path) const;
   template <typename Operation>
   auto Noted(const Operation& operation);
 

@@ -92,7 +92,7 @@ def time_of_import(book):
 def kill_round(book, delay, math, before):
     """Kills one import and gives what state its journal entry was in: None, "open" or "done"."""
     known = book.last_entry()
-    process = book.start("import", "qdx", "book", "--definition", "1", "--math", math)
+    process = book.start("import", "qdx", "book", "--definition", "1", "--math", math, "--again")
     time.sleep(delay)
     process.send_signal(signal.SIGKILL)
     process.wait(TIMEOUT)

@@ -1,0 +1,27 @@
+// Files that an import is not to see. The component finds the files of a definition by itself; what the host does not let
+// it import is hidden from it.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "base/Types.h"
+#include "platform/FileSystem.h"
+
+namespace tallybook::application {
+
+// While it lives, these files are neither found nor opened by way of the installed platform's file system; everything else
+// of that is as it was, and so are the files. One at a time; the platform stays installed longer.
+class FilesLeftAlone {
+ public:
+  explicit FilesLeftAlone(const std::vector<Text>& paths);
+  ~FilesLeftAlone();
+  FilesLeftAlone(const FilesLeftAlone&) = delete;
+  FilesLeftAlone& operator=(const FilesLeftAlone&) = delete;
+
+ private:
+  FileSystem* before_;
+  std::unique_ptr<FileSystem> files_;
+};
+
+}  // namespace tallybook::application

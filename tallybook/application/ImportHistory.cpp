@@ -1,0 +1,60 @@
+#include "tallybook/application/ImportHistory.h"
+
+#include <cstdint>
+#include <fmt/format.h>
+#include <utility>
+
+#include "base/Dates.h"
+#include "tallybook/application/FileFingerprint.h"
+#include "tallybook/application/Shown.h"
+#include "tallybook/engine/Book.h"
+
+namespace tallybook::application {
+
+namespace {
+
+bool IsOfImport(const engine::NotedEntry& noted) {
+  return noted.entry.kind == engine::JournalKind::kImport && noted.entry.state != engine::JournalState::kUndone &&
+         !noted.notes.files.empty();
+}
+
+}  // namespace
+
+ImportHistory::ImportHistory(engine::Book& book) {
+  for (engine::NotedEntry& noted : engine::JournalNotes(book).Entries()) {
+    if (!IsOfImport(noted)) continue;
+    EntryFacts facts = FactsOf(noted.notes.facts);
+    imports_.push_back({std::move(noted), std::move(facts)});
+  }
+}
+
+std::optional<EarlierImport> ImportHistory::Find(const Text& path, const Text& place, const EntryFacts& way) const {
+  std::optional<std::int64_t> size;
+  std::optional<FileFingerprint> print;
+  for (auto known = imports_.rbegin(); known != imports_.rend(); ++known) {
+    if (!IsSameImport(known->facts, way)) continue;
+    if (!size) size = SizeOfFile(place);
+    if (!size) return std::nullopt;
+    for (const engine::EntryFile& file : known->noted.notes.files) {
+      if (file.size != size) continue;
+      EarlierImport earlier = {known->noted.entry, known->noted.who, file.path, file.xxh3.empty()};
+      if (earlier.likely && file.path == path) return earlier;
+      if (earlier.likely) continue;
+      if (!print) print = FingerprintOf(place);
+      if (print && print->xxh3 == file.xxh3 && print->sha256 == file.sha256) return earlier;
+    }
+  }
+  return std::nullopt;
+}
+
+Text EarlierImportText(const Text& path, const EarlierImport& earlier) {
+  const Text by = earlier.who.empty() ? Text() : " by " + earlier.who;
+  const Text as = earlier.file == path ? Text() : " as " + OnOneLine(earlier.file);
+  const bool open = earlier.entry.state == engine::JournalState::kOpen;
+  const Text what = open ? "the import of it was begun and not finished" : "it was imported";
+  const Text likely = earlier.likely ? "a file of this name and size: " : "";
+  return fmt::format("{}: {}{} on {}{}{} (journal entry {}), and that has not been taken back", OnOneLine(path), likely,
+                     what, DateTimeText(earlier.entry.time), by, as, earlier.entry.id);
+}
+
+}  // namespace tallybook::application

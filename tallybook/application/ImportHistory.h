@@ -1,0 +1,46 @@
+// Whether a file that is about to be imported stands in the book's history already: a rule of the host, since nothing in a
+// file says that its figures have been added before. One thread.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "base/Types.h"
+#include "tallybook/application/EntryFacts.h"
+#include "tallybook/engine/JournalNotes.h"
+
+namespace tallybook::application {
+
+// An entry under which the file was imported, the same way, and which is not undone.
+struct EarlierImport {
+  engine::JournalEntry entry;
+  Text who;             // empty where it is not known
+  Text file;            // as it was called then
+  bool likely = false;  // that import ended before it had read the file: only name and size are the same
+};
+
+class ImportHistory {
+ public:
+  // Reads the journal of an open book. Failure 57 where it is damaged.
+  explicit ImportHistory(engine::Book& book);
+
+  // The newest such entry. Of a file whose size no import of that kind had, nothing but the size is looked at; any other is
+  // read to its end.
+  //   path   by which the entry tells the file
+  //   place  where its bytes are
+  //   way    how it is to be imported
+  [[nodiscard]] std::optional<EarlierImport> Find(const Text& path, const Text& place, const EntryFacts& way) const;
+
+ private:
+  struct Known {
+    engine::NotedEntry noted;
+    EntryFacts facts;
+  };
+  std::vector<Known> imports_;  // not undone, oldest first
+};
+
+// "in/north.QDX was imported on 2024-03-01 12:00:00 by anna (journal entry 3), and has not been taken back", and under which
+// name where that was another.
+[[nodiscard]] Text EarlierImportText(const Text& path, const EarlierImport& earlier);
+
+}  // namespace tallybook::application

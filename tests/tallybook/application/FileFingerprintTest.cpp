@@ -1,0 +1,77 @@
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "tallybook/application/FileFingerprint.h"
+#include "tests/support/TempFolder.h"
+
+namespace tallybook::application {
+namespace {
+
+// The sums of "abc" are those that the two methods' own descriptions give.
+constexpr const char* kXxh3OfAbc = "06b05ab6733a618578af5f94892f3950";
+constexpr const char* kSha256OfAbc = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
+
+class FileFingerprintTest : public ::testing::Test {
+ protected:
+  testing::TempFolder folder_;
+};
+
+TEST_F(FileFingerprintTest, HasSizeAndBothSums) {
+  folder_.Write("abc", "abc");
+  const auto print = FingerprintOf(folder_.Path("abc"));
+  ASSERT_TRUE(print);
+  EXPECT_EQ(print->size, 3);
+  EXPECT_EQ(HexText(print->xxh3), kXxh3OfAbc);
+  EXPECT_EQ(HexText(print->sha256), kSha256OfAbc);
+  EXPECT_EQ(SizeOfFile(folder_.Path("abc")), 3);
+}
+
+TEST_F(FileFingerprintTest, DiffersByAByteInAnyOfManyPieces) {
+  std::string bytes(1'000'000, 'x');
+  folder_.Write("one", bytes);
+  bytes[700'000] = 'y';
+  folder_.Write("other", bytes);
+  const auto one = FingerprintOf(folder_.Path("one"));
+  const auto other = FingerprintOf(folder_.Path("other"));
+  ASSERT_TRUE(one && other);
+  EXPECT_EQ(one->size, other->size);
+  EXPECT_NE(one->xxh3, other->xxh3);
+  EXPECT_NE(one->sha256, other->sha256);
+}
+
+TEST_F(FileFingerprintTest, IsThatOfTheFileWhichWasOpenedWhateverBecomesOfItsName) {
+  folder_.Write("gone", "abc");
+  folder_.Write("moved", "abc");
+  FingerprintReader gone(folder_.Path("gone"));
+  FingerprintReader moved(folder_.Path("moved"));
+  std::filesystem::remove(folder_.Path("gone"));
+  std::filesystem::rename(folder_.Path("moved"), folder_.Path("elsewhere"));
+  folder_.Write("moved", "another");
+  EXPECT_EQ(gone.Size(), 3);
+  ASSERT_TRUE(gone.Take());
+  EXPECT_EQ(HexText(gone.Take()->sha256), kSha256OfAbc);
+  EXPECT_EQ(HexText(moved.Take()->xxh3), kXxh3OfAbc);
+}
+
+TEST_F(FileFingerprintTest, IsNoneOfWhatIsNoRegularFile) {
+  ASSERT_EQ(::mkfifo(folder_.Path("pipe").c_str(), 0600), 0);
+  std::filesystem::create_directory(folder_.Path("folder"));
+  for (const char* name : {"pipe", "folder", "missing"}) {
+    EXPECT_FALSE(FingerprintOf(folder_.Path(name))) << name;
+    EXPECT_FALSE(SizeOfFile(folder_.Path(name))) << name;
+    FingerprintReader reader(folder_.Path(name));
+    EXPECT_FALSE(reader.Size()) << name;
+    EXPECT_FALSE(reader.Take()) << name;
+  }
+}
+
+TEST_F(FileFingerprintTest, EndsItsReadingWithItself) {
+  std::filesystem::resize_file((folder_.Write("large", ""), folder_.Path("large")), 50'000'000'000);
+  const FingerprintReader reader(folder_.Path("large"));
+  EXPECT_EQ(reader.Size(), 50'000'000'000);
+}
+
+}  // namespace
+}  // namespace tallybook::application
