@@ -21,9 +21,12 @@ namespace tallybook::cli {
 [[nodiscard]] CommandTable DefinitionCommand();
 [[nodiscard]] CommandTable QdxCommand();
 [[nodiscard]] CommandTable JournalCommand();
-// These two go under `journal`.
+[[nodiscard]] CommandTable HistoryCommand();
+// These go under `journal`.
 [[nodiscard]] CommandTable JournalListCommand();
+[[nodiscard]] CommandTable JournalShowCommand();
 [[nodiscard]] CommandTable JournalUndoCommand();
+[[nodiscard]] CommandTable JournalTrimCommand();
 [[nodiscard]] CommandTable BookCommand();
 [[nodiscard]] CommandTable AccountCommand();
 [[nodiscard]] CommandTable FieldCommand();

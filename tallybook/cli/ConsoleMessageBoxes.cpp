@@ -139,6 +139,16 @@ Integer ConsoleMessageBoxes::Show(const Text& text, Long style, const Text& capt
   return answer;
 }
 
+Integer ConsoleMessageBoxes::ShowToUser(const Text& text, Long style, const Text& caption) {
+  if (!CanAsk()) return RefusingButton(style);
+  progress_.Hide();
+  const bool is_error = false;
+  TellBox(caption, text, is_error);
+  const Integer answer = AskOnTerminal(style);
+  if (!messages_path_.empty()) Record(text, style, answer);
+  return answer;
+}
+
 Integer ConsoleMessageBoxes::AnswerAudit(const Text& text, Long style, const Text& caption) {
   // The comma-separated import asks a second time, about the number 0, for one bad code: it is no further error.
   const bool repeated = text.starts_with("Invalid Account Number 0\r\n");

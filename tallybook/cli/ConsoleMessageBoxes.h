@@ -37,6 +37,9 @@ class ConsoleMessageBoxes : public MessageBoxes {
   void StartMessages();
 
   [[nodiscard]] Integer Show(const Text& text, Long style, const Text& caption) override;
+  // The same for a question that neither `answers` nor `yes` answers: the user does on a terminal, and it is refused where
+  // nobody can be asked. Its refusal is not that of the operation.
+  [[nodiscard]] Integer ShowToUser(const Text& text, Long style, const Text& caption);
   // The terminal has no sounds.
   void PlaySound(const Text& /*name*/) override {}
 

@@ -1,13 +1,18 @@
+#include <algorithm>
 #include <fmt/format.h>
+#include <optional>
 
 #include "base/Failure.h"
 #include "exchange/CDataExchange.h"
 #include "tallybook/application/DefinitionLook.h"
+#include "tallybook/application/FilesLeftAlone.h"
+#include "tallybook/application/ImportRecorder.h"
 #include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/StopText.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DefinitionList.h"
+#include "tallybook/cli/KnownFiles.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Preview.h"
 #include "tallybook/cli/ReportFile.h"
@@ -26,6 +31,7 @@ struct ImportQdxOptions {
   Integer math = static_cast<Integer>(eMath::mAdd);
   Text report;
   bool expect_files = false;
+  bool again = false;
   PreviewOptions preview;
   AskOptions asking;
 };
@@ -46,6 +52,84 @@ void LookAtExchangeFiles(Session& session, const std::vector<application::SeenDe
   }
 }
 
+using Definitions = std::vector<application::SeenDefinition>;
+
+// How a definition's files are imported. Several definitions replace, one after another.
+application::EntryFacts WayOf(const application::SeenDefinition& definition, const ImportQdxOptions& options) {
+  application::EntryFacts way;
+  way.kind = "qdx";
+  way.definition = definition.number;
+  way.title = definition.title;
+  way.math = application::MathWord(options.all ? static_cast<Integer>(eMath::mReplace) : options.math);
+  return way;
+}
+
+// Files that are not to be imported, which has been told.
+struct LeftAlone {
+  std::vector<Text> files;
+  bool all = false;  // of the one definition that runs there is no other file
+};
+
+LeftAlone FindKnownFiles(Session& session, engine::Book& book, const Definitions& definitions,
+                         const ImportQdxOptions& options) {
+  KnownFiles known(session, book, options.again);
+  LeftAlone left;
+  std::size_t count = 0;
+  for (const application::SeenDefinition& definition : definitions) {
+    if (!options.all && definition.number != options.definition) continue;
+    for (const Text& file : application::ExchangeFilesOf(definition.exchange_files)) {
+      ++count;
+      const bool may_ask = !options.all;
+      if (!known.MayImport(file, WayOf(definition, options), may_ask)) left.files.push_back(file);
+    }
+  }
+  left.all = !options.all && !left.files.empty() && left.files.size() == count;
+  return left;
+}
+
+// What is known of the definition when its import begins: one that leads to the file, where no other does.
+application::EntryFacts WayOfFile(const Definitions& definitions, const Text& file, const ImportQdxOptions& options) {
+  std::vector<const application::SeenDefinition*> leading;
+  for (const application::SeenDefinition& definition : definitions) {
+    if (options.all ? std::ranges::count(application::ExchangeFilesOf(definition.exchange_files), file) != 0
+                    : definition.number == options.definition) {
+      leading.push_back(&definition);
+    }
+  }
+  if (leading.size() == 1) return WayOf(*leading.front(), options);
+  application::EntryFacts way = WayOf({}, options);
+  way.definition = 0;
+  return way;
+}
+
+// What came of each file, in the order in which they ran. A file that ended before it was recorded has none.
+void AddOutcomes(application::ImportRecorder& recorder, const QDXImportRecord& record, const Definitions& definitions,
+                 const ImportQdxOptions& options) {
+  const auto runs = recorder.Runs();
+  auto run = runs.begin();
+  for (const QDXDefinitionImport& import : record.definitions) {
+    const auto seen = std::ranges::find_if(definitions, [&](const application::SeenDefinition& definition) {
+      return definition.title == import.title && definition.exchange_files == import.pattern;
+    });
+    for (const QDXFileImport& file : import.files) {
+      if (run == runs.end() || (*run)->path != file.file) continue;
+      if (seen != definitions.end()) (*run)->facts = WayOf(*seen, options);
+      application::AddOutcome((*run)->facts, file, &file == &import.files.back() ? import.stop : std::nullopt);
+      ++run;
+    }
+  }
+}
+
+// Without the definitions of which every file was left alone: they have one, whatever the run says.
+QDXImportRecord WithoutLeftAlone(QDXImportRecord record, const std::vector<Text>& left) {
+  std::erase_if(record.definitions, [&](const QDXDefinitionImport& definition) {
+    if (!definition.files.empty() || definition.stop) return false;
+    const std::vector<Text> files = application::ExchangeFilesOf(definition.pattern);
+    return std::ranges::any_of(files, [&](const Text& file) { return std::ranges::count(left, file) != 0; });
+  });
+  return record;
+}
+
 // What the engine's record tells: what was applied and left out. A definition without a file is what --expect-files
 // calls a failure. True where there is none.
 bool TellRecord(Session& session, const QDXImportRecord& record, bool expect_files) {
@@ -60,8 +144,10 @@ bool TellRecord(Session& session, const QDXImportRecord& record, bool expect_fil
 }
 
 // What stopped a run of which every figure is stored came behind its last one.
-bool TellDone(Session& session, const QDXImportRecord& record, engine::Book& book, bool expect_files) {
+bool TellDone(Session& session, const QDXImportRecord& record, engine::Book& book,
+              application::ImportRecorder& recorder, bool expect_files) {
   CommitOrAbandon(book);
+  SaveRecord(recorder);
   bool complete = true;
   DoAfterCommit([&] { complete = TellRecord(session, record, expect_files); });
   for (const StopReason& stop : application::StopsOf(record)) WarnAfterCommit(application::StopText(stop));
@@ -69,8 +155,9 @@ bool TellDone(Session& session, const QDXImportRecord& record, engine::Book& boo
 }
 
 bool TellNotDone(Session& session, const QDXImportRecord& record, engine::Book& book,
-                 const application::JournalMark& mark) {
+                 const application::JournalMark& mark, application::ImportRecorder& recorder) {
   const auto lost = CommitWhatStays(book);
+  if (!lost) SaveRecord(recorder);
   const bool expect_files = false;  // there is another reason for the status
   (void)TellRecord(session, record, expect_files);
   for (const StopReason& stop : application::StopsOf(record)) session.TellStop(stop);
@@ -131,18 +218,30 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   session.AllInputsKnown();
   ReportFile report(session.Files(), options.report);
   const Text type = ImportType(exchange, *book, options);
+  const LeftAlone left = FindKnownFiles(session, *book, definitions, options);
+  if (left.all) return session.StatusOf(false);
   book->SetOperationName(options.all ? "import qdx all" : fmt::format("import qdx #{}", options.definition));
   exchange.SetMath(options.math);
   const Long no_window = 0;
   const application::JournalMark mark(*book);
+  application::ImportRecorder recorder(*book);
+  session.FollowImports([&] {
+    const Text& file = exchange.TrueFilename();
+    recorder.BeginFile(file, PlaceOf(session, file), WayOfFile(definitions, file, options));
+  });
+  std::optional<application::FilesLeftAlone> hidden;
+  if (!left.files.empty()) hidden.emplace(left.files);
   const bool imported = exchange.ImportQDXFileEX(no_window, *book, type);
-  const QDXImportRecord& record = exchange.LastQDXImport();
-  const bool done = imported || application::IsStored(record, options.all ? definitions.size() : 1);
-  const bool complete =
-      done ? TellDone(session, record, *book, options.expect_files) : TellNotDone(session, record, *book, mark);
+  hidden.reset();
+  session.FollowImports({});
+  AddOutcomes(recorder, exchange.LastQDXImport(), definitions, options);
+  const QDXImportRecord record = WithoutLeftAlone(exchange.LastQDXImport(), left.files);
+  const bool done = imported || application::IsStored(exchange.LastQDXImport(), options.all ? definitions.size() : 1);
+  const bool complete = done ? TellDone(session, record, *book, recorder, options.expect_files)
+                             : TellNotDone(session, record, *book, mark, recorder);
   DoAfterCommit([&] { book->Close(); });
   report.Finish(done);
-  return session.StatusOf(complete);
+  return session.StatusOf(complete && left.files.empty());
 }
 
 CommandTable ImportQdxCommand() {
@@ -169,6 +268,7 @@ CommandTable ImportQdxCommand() {
   AddPreview(command, options->preview);
   AddFlag(command, "--expect-files", options->expect_files, "A definition that no file matches is a failure: status 1");
   AddAsking(command, options->asking);
+  AddAgain(command, options->again);
   return command;
 }
 

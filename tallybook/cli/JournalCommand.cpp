@@ -4,7 +4,7 @@ namespace tallybook::cli {
 
 CommandTable JournalCommand() {
   return MakeGroup("journal", "List what has changed figures, and take it back",
-                   {JournalListCommand(), JournalUndoCommand()});
+                   {JournalListCommand(), JournalShowCommand(), JournalUndoCommand(), JournalTrimCommand()});
 }
 
 }  // namespace tallybook::cli

@@ -97,6 +97,11 @@ class Session : private StopWitness {
   // The boxes shown so far.
   [[nodiscard]] const ConsoleMessageBoxes& Boxes() { return platform_.Boxes(); }
 
+  // A question that is the user's alone: ConsoleMessageBoxes::ShowToUser.
+  [[nodiscard]] Integer AskUser(const Text& text, Long style) {
+    return platform_.Boxes().ShowToUser(text, style, app_.Title());
+  }
+
   // Of an audit that lists its errors: ConsoleMessageBoxes::FollowAudit.
   void FollowAudit(const TextImportTally* tally) { platform_.Boxes().FollowAudit(tally); }
 

@@ -1,8 +1,22 @@
 #include "tallybook/cli/TextFileArguments.h"
 
+#include <algorithm>
+#include <utility>
+
+#include "base/Texts.h"
 #include "import/DelimitedImport.h"
 
 namespace tallybook::cli {
+
+namespace {
+
+const Choices<Integer>& DateOrders() {
+  static const Choices<Integer> orders = {
+      {"mdy", kMonthDayYear}, {"dmy", kDayMonthYear}, {"ymd", kYearMonthDay}, {"auto", kFindDateOrder}};
+  return orders;
+}
+
+}  // namespace
 
 Argument& AddMath(CommandTable& command, eMath& math, const Text& what) {
   static const Choices<eMath> modes = {
@@ -17,9 +31,13 @@ Argument& AddEncoding(CommandTable& command, TextEncoding& encoding) {
                    "auto (the default: UTF-8 where all of the file is valid), utf8 or windows-1252");
 }
 
+Text DateOrderWord(Integer order) {
+  const auto found = std::ranges::find(DateOrders(), order, &std::pair<Text, Integer>::second);
+  return found == DateOrders().end() ? Text() : UpperCase(found->first);
+}
+
 void AddDelimitedForm(CommandTable& command, const DelimitedArguments& form) {
-  static const Choices<Integer> orders = {
-      {"mdy", kMonthDayYear}, {"dmy", kDayMonthYear}, {"ymd", kYearMonthDay}, {"auto", kFindDateOrder}};
+  const Choices<Integer>& orders = DateOrders();
   static const Choices<bool> line_ends = {{"crlf", false}, {"any", true}};
   AddChoice(command, "--date-order", form.date_order, orders,
             "MDY (the default), DMY, YMD, or auto: the one that fits all dates of the file");

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 #include <optional>
 #include <set>
+#include <string>
 
 #include "exchange/CDataExchange.h"
 #include "host/FiscalCalendar.h"
@@ -10,6 +11,7 @@
 #include "platform/Platform.h"
 #include "support/HostMessages.h"
 #include "support/Utility.h"
+#include "tallybook/application/ImportRecorder.h"
 #include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/LineEnds.h"
 #include "tallybook/application/StandardStreams.h"
@@ -19,6 +21,7 @@
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FileQuestion.h"
+#include "tallybook/cli/KnownFiles.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Preview.h"
 #include "tallybook/cli/ReportFile.h"
@@ -49,6 +52,7 @@ struct TextImportOptions {
   Text report;  // of a preview
   PreviewOptions preview;
   AskOptions asking;
+  bool again = false;
 };
 
 struct ImportCsvOptions : TextImportOptions {
@@ -170,11 +174,20 @@ ExitStatus PreviewTextImport(const TextImportOptions& options, const FileQuestio
   return session.StatusOf(outcome.done);
 }
 
+// How a file is read, as the journal keeps it: what was chosen beside the file itself.
+application::EntryFacts WayOf(const Text& kind, const TextImportOptions& options, const Text& others) {
+  application::EntryFacts way;
+  way.kind = kind == kDelimited ? "delimited" : "csv";
+  way.math = options.math == eMath::mDefault ? "as told" : application::MathWord(static_cast<Integer>(options.math));
+  way.options = others;
+  return way;
+}
+
 // Opens the book, lets `import` run on it with the file, and tells what came of it. `kind` names the import in the
-// journal, with the file; `look` is that of FileToImport.
-template <typename Look, typename Import>
+// journal, with the file; `look` is that of FileToImport, and `others` tells behind it what was chosen besides the math.
+template <typename Look, typename Import, typename Others>
 ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& question, const Text& kind, Look look,
-                         Import import) {
+                         Import import, Others others) {
   NeedFileOrTerminal(options.file);
   NeedPreviewForForm(options.preview);
   if (!options.report.empty() && !options.preview.on)
@@ -186,21 +199,29 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   const auto book = session.OpenToChange(options.book, options.wait);
   const auto file = FileToImport(session, *book, options, question, kind, look);
   if (!file) return session.StatusOf(false);
+  const application::EntryFacts way = WayOf(kind, options, others());
+  const bool may_ask = true;
+  if (!KnownFiles(session, *book, options.again).MayImport(*file, way, may_ask)) return session.StatusOf(false);
   const application::JournalMark mark(*book);
+  application::ImportRecorder recorder(*book);
   const bool there_before = FileExists(*file);
   CDataExchange exchange(session.Factory());
   exchange.SetOwner(book.get());
   book->SetOperationName(kind + " " + *file);
+  recorder.BeginFile(*file, PlaceOf(session, *file), way);
   session.FollowAudit(&exchange.LastTextImport());
   const bool imported = import(*book, exchange, *file);
   session.FollowAudit(nullptr);
   const TextImportTally& tally = exchange.LastTextImport();
+  for (application::ImportRecorder::Run* run : recorder.Runs()) application::AddOutcome(run->facts, tally, imported);
   const bool done = imported || tally.stored;
   if (done) {
     CommitOrAbandon(*book);
+    SaveRecord(recorder);
     TellDone(*book, *file, tally);
   } else {
     const auto lost = CommitWhatStays(*book);
+    if (!lost) SaveRecord(recorder);
     session.TellStop(ReasonFor(tally.stop.value_or(StopReason{}), session.Boxes(), *file));
     TellNewName(session, *file, there_before);
     if (lost) {
@@ -226,7 +247,12 @@ ExitStatus RunImportCsv(const ImportCsvOptions& options) {
     const bool no_prompts = false;
     return exchange.ImportCSVFile(file, no_prompts, ClearFlags(book, options.clear), options.math);
   };
-  return RunTextImport(options, question, "import csv", NothingToLookAt, import);
+  const auto others = [&] {
+    Text fields;
+    for (const Long field : options.clear) fields += (fields.empty() ? "clear " : ", ") + std::to_string(field);
+    return fields;
+  };
+  return RunTextImport(options, question, "import csv", NothingToLookAt, import, others);
 }
 
 // Looks through the dates and asks whether they are to be read in the one order that fits them. Gives why the import cannot
@@ -269,7 +295,11 @@ ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {
     }
     return date_order == kFindDateOrder ? ProposeDateOrder(book, file, options, date_order) : std::nullopt;
   };
-  return RunTextImport(options, question, kDelimited, look, import);
+  const auto others = [&] {
+    return fmt::format("dates {}{}{}{}", DateOrderWord(date_order), options.date_parts ? " in parts" : "",
+                       options.system_fields ? ", system fields" : "", options.any_line_end ? ", any line end" : "");
+  };
+  return RunTextImport(options, question, kDelimited, look, import, others);
 }
 
 void AddBookAndFile(CommandTable& command, TextImportOptions& options) {
@@ -283,6 +313,7 @@ void AddEncodingAndAsking(CommandTable& command, TextImportOptions& options) {
   AddText(command, "--report", options.report, "FILE", "Write the preview to FILE: .txt, .html or .pdf")
       .As(ArgumentKind::kFile);
   AddAsking(command, options.asking);
+  AddAgain(command, options.again);
   AddFlag(command, "--keep-auditing", options.asking.keep_auditing,
           "List every error of the file, one a line, instead of asking at each")
       .Heading(kQuestions);

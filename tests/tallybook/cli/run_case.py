@@ -16,7 +16,8 @@ A case is a text file. Lines before the first file or command are its title. It 
 A case may also be a page of Markdown: its blocks fenced as ```console are run, all in one folder, and compared.
 
 The clock is fixed, the time zone is UTC, and home and settings lie in the folder, so that output is the same
-everywhere. The text of the folder's own path is shown as {DIR}. With --update the case is rewritten with what was
+everywhere. The text of the folder's own path is shown as {DIR}, and the login name of whoever runs the case as {USER}
+where the command tells who ran something. With --update the case is rewritten with what was
 printed: read the change like code.
 """
 
@@ -24,12 +25,15 @@ import argparse
 import difflib
 import os
 import pathlib
+import pwd
+import re
 import subprocess
 import sys
 import tempfile
 
 CLOCK = "1709294400"  # 2024-03-01 12:00:00 UTC
 TIMEOUT = 120
+USER = pwd.getpwuid(os.geteuid()).pw_name
 
 
 class Command:
@@ -93,6 +97,11 @@ def environment(folder, tallybook):
     }
 
 
+# Where the command tells who: in JSON, on a line of its own, in a sentence, and between the commas of CSV.
+WHO = re.compile("|".join(before + re.escape(USER) + after for before, after in (
+    (r'(?<="who": ")', r'(?=")'), (r"(?<=^  Who        )", "$"), (r"(?<= by )", r"(?= )"), (r"(?<=,)", r"(?=,)"))))
+
+
 def run(command, folder, env):
     done = subprocess.run(["bash", "-c", command.text()], cwd=folder, env=env, timeout=TIMEOUT,
                           input="\n".join([line[2:] for line in command.input] + [""]) if command.input else "",
@@ -100,7 +109,7 @@ def run(command, folder, env):
     shown = done.stdout.splitlines() + ["! " + line for line in done.stderr.splitlines()]
     if done.returncode != 0:
         shown.append(f"? {done.returncode}")
-    return [line.replace(str(folder), "{DIR}").rstrip() for line in shown]
+    return [WHO.sub("{USER}", line.replace(str(folder), "{DIR}").rstrip()) for line in shown]
 
 
 def render(title, steps):

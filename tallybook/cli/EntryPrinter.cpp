@@ -1,0 +1,204 @@
+#include "tallybook/cli/EntryPrinter.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+#include "base/Dates.h"
+#include "tallybook/application/EntryDates.h"
+#include "tallybook/application/EntryFacts.h"
+#include "tallybook/application/EntryWords.h"
+#include "tallybook/application/FileFingerprint.h"
+#include "tallybook/cli/Lines.h"
+#include "tallybook/cli/TextTable.h"
+
+namespace tallybook::cli {
+
+namespace {
+
+using application::EntryFacts;
+using application::FactsOf;
+using application::HexText;
+using application::KindText;
+using application::StateText;
+using application::WhatRan;
+
+nlohmann::ordered_json JsonOf(const engine::EntryFile& file) {
+  nlohmann::ordered_json json = {{"file", file.path}};
+  if (file.size) json["size"] = *file.size;
+  if (!file.xxh3.empty()) json["xxh3"] = HexText(file.xxh3);
+  if (!file.sha256.empty()) json["sha256"] = HexText(file.sha256);
+  return json;
+}
+
+void AddFacts(const EntryFacts& facts, nlohmann::ordered_json& json) {
+  if (facts.definition != 0) json["definition"] = facts.definition;
+  if (!facts.title.empty()) json["title"] = facts.title;
+  if (!facts.math.empty()) json["math"] = facts.math;
+  if (!facts.options.empty()) json["options"] = facts.options;
+  nlohmann::ordered_json counts = nlohmann::ordered_json::object();
+  for (const auto& [name, member] : application::NamedCounts()) {
+    if (facts.counts.*member) counts[name] = *(facts.counts.*member);
+  }
+  if (!counts.empty()) json["counts"] = counts;
+  if (!facts.result.empty()) json["result"] = facts.result;
+  if (!facts.warnings.empty()) json["warnings"] = facts.warnings;
+}
+
+// Members that an entry has no value for are left out.
+nlohmann::ordered_json JsonOf(const engine::NotedEntry& noted) {
+  const engine::JournalEntry& entry = noted.entry;
+  const application::EntryDates dates = application::EntryDatesOf(entry);
+  nlohmann::ordered_json json = {{"entry", entry.id},
+                                 {"command", entry.command},
+                                 {"kind", KindText(entry.kind)},
+                                 {"time", DateTimeText(entry.time)}};
+  if (entry.first != kNoDate) json.update({{"first", dates.first}, {"last", dates.last}});
+  json.update({{"state", StateText(entry)}, {"what_ran", entry.what_ran}});
+  if (entry.undoes != 0) json["undoes"] = entry.undoes;
+  if (!noted.who.empty()) json["who"] = noted.who;
+  for (const engine::EntryFile& file : noted.notes.files) json["read_files"].push_back(JsonOf(file));
+  AddFacts(FactsOf(noted.notes.facts), json);
+  return json;
+}
+
+Text JoinedPaths(const std::vector<engine::EntryFile>& files) {
+  Text paths;
+  for (const engine::EntryFile& file : files) paths += (paths.empty() ? "" : "; ") + file.path;
+  return paths;
+}
+
+Text Joined(const std::vector<Text>& texts) {
+  Text joined;
+  for (const Text& text : texts) joined += (joined.empty() ? "" : "; ") + text;
+  return joined;
+}
+
+Text NumberOrNothing(long long number) {
+  return number == 0 ? Text() : std::to_string(number);
+}
+
+Text CsvHeading() {
+  Text line = "entry,command,kind,time,first,last,state,what_ran,undoes,who,files,definition,math,options";
+  for (const auto& [name, member] : application::NamedCounts()) line += Text(",") + name;
+  return line + ",result,warnings\n";
+}
+
+Text CsvLine(const engine::NotedEntry& noted) {
+  const engine::JournalEntry& entry = noted.entry;
+  const EntryFacts facts = FactsOf(noted.notes.facts);
+  const bool dated = entry.first != kNoDate;
+  const application::EntryDates dates = application::EntryDatesOf(entry);
+  Text line = fmt::format("{},{},{},{},{},{},{},{},{},{},{},{},{},{}", entry.id, entry.command, KindText(entry.kind),
+                          DateTimeText(entry.time), dated ? dates.first : "", dated ? dates.last : "", StateText(entry),
+                          CsvField(entry.what_ran), NumberOrNothing(entry.undoes), CsvField(noted.who),
+                          CsvField(JoinedPaths(noted.notes.files)), NumberOrNothing(facts.definition),
+                          CsvField(facts.math), CsvField(facts.options));
+  for (const auto& [name, member] : application::NamedCounts()) {
+    line += "," + (facts.counts.*member ? std::to_string(*(facts.counts.*member)) : Text());
+  }
+  return line + fmt::format(",{},{}\n", CsvField(facts.result), CsvField(Joined(facts.warnings)));
+}
+
+void PrintTable(const std::vector<engine::NotedEntry>& entries) {
+  if (entries.empty()) {
+    PrintLine("The journal is empty.");
+    return;
+  }
+  TextTable table({{"ID", Align::kRight}, {"Time"}, {"From"}, {"To"}, {"State"}, {"What ran"}});
+  for (const auto& [entry, who, notes] : entries) {
+    const application::EntryDates dates = application::EntryDatesOf(entry);
+    table.AddRow({std::to_string(entry.id), DateTimeText(entry.time), dates.first, dates.last, StateText(entry),
+                  WhatRan(entry)});
+  }
+  table.Print();
+}
+
+void PrintItem(const Text& name, const Text& value) {
+  if (!value.empty()) PrintLine(fmt::format("  {:<11}{}", name, value));
+}
+
+// "12 read: 10 applied, 2 not mapped"; empty where an import of that kind counts no figures.
+Text FiguresText(const EntryFacts::Counts& counts) {
+  if (!counts.read) return "";
+  Text text = fmt::format("{} read: {} applied", WithCommas(*counts.read), WithCommas(counts.applied.value_or(0)));
+  if (counts.not_mapped.value_or(0) != 0) text += fmt::format(", {} not mapped", WithCommas(*counts.not_mapped));
+  if (counts.refused.value_or(0) != 0) text += fmt::format(", {} refused", WithCommas(*counts.refused));
+  if (counts.zeroed.value_or(0) != 0) text += fmt::format("; {} zeroed before", WithCommas(*counts.zeroed));
+  return text;
+}
+
+Text ReachText(const EntryFacts::Counts& counts) {
+  if (!counts.accounts) return "";
+  Text text = counts.records ? Counted(*counts.records, "record") + ", " : Text();
+  text += Counted(*counts.accounts, "account") + ", " + Counted(counts.fields.value_or(0), "field");
+  return text + ", " + Counted(counts.dates.value_or(0), "date");
+}
+
+Text DefinitionText(const EntryFacts& facts) {
+  if (facts.definition == 0) return "";
+  return facts.title.empty() ? std::to_string(facts.definition) : fmt::format("{}: {}", facts.definition, facts.title);
+}
+
+void PrintFile(const engine::EntryFile& file) {
+  PrintItem("File", file.size ? fmt::format("{}, {}", file.path, Counted(*file.size, "byte")) : file.path);
+  PrintItem("  XXH3", HexText(file.xxh3));
+  PrintItem("  SHA-256", HexText(file.sha256));
+}
+
+void PrintItems(const engine::NotedEntry& noted) {
+  const engine::JournalEntry& entry = noted.entry;
+  const EntryFacts facts = FactsOf(noted.notes.facts);
+  const application::EntryDates dates = application::EntryDatesOf(entry);
+  PrintHeading(fmt::format("Journal entry {}{}", entry.id, entry.what_ran.empty() ? "" : ": " + WhatRan(entry)));
+  PrintItem("Kind", KindText(entry.kind));
+  PrintItem("Command", std::to_string(entry.command));
+  PrintItem("Time", DateTimeText(entry.time));
+  PrintItem("Who", noted.who);
+  if (entry.first != kNoDate) PrintItem("Dates", fmt::format("{} to {}", dates.first, dates.last));
+  const bool open = entry.state == engine::JournalState::kOpen;
+  PrintItem("State", StateText(entry) + (open ? ": it failed or was cut off, and what it wrote stands" : ""));
+  PrintItem("Definition", DefinitionText(facts));
+  PrintItem("Math", facts.math);
+  PrintItem("Options", facts.options);
+  std::ranges::for_each(noted.notes.files, PrintFile);
+  PrintItem("Figures", FiguresText(facts.counts));
+  PrintItem("Reached", ReachText(facts.counts));
+  PrintItem("Result", facts.result);
+  for (const Text& warning : facts.warnings) PrintItem("Warning", warning);
+}
+
+void PrintCsv(const std::vector<engine::NotedEntry>& entries) {
+  PrintAsItStands(CsvHeading());
+  for (const engine::NotedEntry& entry : entries) PrintAsItStands(CsvLine(entry));
+}
+
+}  // namespace
+
+void PrintEntries(const std::vector<engine::NotedEntry>& entries, PrintForm form) {
+  switch (form) {
+    case PrintForm::kTable:
+      return PrintTable(entries);
+    case PrintForm::kCsv:
+      return PrintCsv(entries);
+    case PrintForm::kJson:
+      nlohmann::ordered_json json = nlohmann::ordered_json::array();
+      for (const engine::NotedEntry& entry : entries) json.push_back(JsonOf(entry));
+      return PrintAsItStands(JsonText(json));
+  }
+}
+
+void PrintEntry(const engine::NotedEntry& entry, PrintForm form) {
+  switch (form) {
+    case PrintForm::kTable:
+      return PrintItems(entry);
+    case PrintForm::kCsv:
+      return PrintCsv({entry});
+    case PrintForm::kJson:
+      return PrintAsItStands(JsonText(JsonOf(entry)));
+  }
+}
+
+}  // namespace tallybook::cli
