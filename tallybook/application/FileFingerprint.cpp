@@ -12,6 +12,8 @@
 #include <thread>
 #include <unistd.h>
 
+#include "platform/posix/Descriptor.h"
+
 #define XXH_INLINE_ALL
 #include <xxhash.h>
 
@@ -19,36 +21,34 @@ namespace tallybook::application {
 
 namespace {
 
-class Descriptor {
+class RegularFile {
  public:
-  explicit Descriptor(Text path) {
-    std::replace(path.begin(), path.end(), '\\', '/');
-    // A pipe of that name would keep the caller waiting for its writer.
-    number_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  }
-  ~Descriptor() {
-    if (number_ >= 0) close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
+  // A pipe of that name would keep the caller waiting for its writer.
+  explicit RegularFile(const Text& path)
+      : file_(::open(NativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
 
-  // Of a regular file alone.
+  // Nothing where there is no such file, or it is of another kind.
   [[nodiscard]] std::optional<struct stat> Status() const {
     struct stat status {};
-    if (number_ < 0 || fstat(number_, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    if (!file_.IsOpen() || ::fstat(file_.Number(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
     return status;
   }
 
   // How many bytes there were; -1 where they cannot be read.
   [[nodiscard]] ssize_t ReadAt(std::int64_t offset, std::span<std::byte> into) const {
     for (;;) {
-      const ssize_t size = pread(number_, into.data(), into.size(), static_cast<off_t>(offset));
+      const ssize_t size = ::pread(file_.Number(), into.data(), into.size(), static_cast<off_t>(offset));
       if (size >= 0 || errno != EINTR) return size;
     }
   }
 
  private:
-  int number_ = -1;
+  static Text NativePath(Text path) {
+    std::ranges::replace(path, '\\', '/');
+    return path;
+  }
+
+  Descriptor file_;
 };
 
 bool IsAsBefore(const struct stat& before, const struct stat& now) {
@@ -86,7 +86,7 @@ class Sums {
   sha256_ctx sha256_{};
 };
 
-std::optional<FileFingerprint> ReadWhole(const Descriptor& file, const std::atomic<bool>& stop) {
+std::optional<FileFingerprint> ReadWhole(const RegularFile& file, const std::atomic<bool>& stop) {
   constexpr std::size_t kPiece = std::size_t{256} << 10;
   const auto before = file.Status();
   if (!before) return std::nullopt;
@@ -143,7 +143,7 @@ class FingerprintReader::Reading {
   }
 
  private:
-  Descriptor file_;
+  RegularFile file_;
   std::optional<std::int64_t> size_;
   std::atomic<bool> stop_ = false;
   std::optional<FileFingerprint> print_;  // the thread's until it has been joined
@@ -164,11 +164,11 @@ std::optional<FileFingerprint> FingerprintReader::Take() {
 
 std::optional<FileFingerprint> FingerprintOf(const Text& path) {
   const std::atomic<bool> stop = false;
-  return ReadWhole(Descriptor(path), stop);
+  return ReadWhole(RegularFile(path), stop);
 }
 
 std::optional<std::int64_t> SizeOfFile(const Text& path) {
-  const auto status = Descriptor(path).Status();
+  const auto status = RegularFile(path).Status();
   if (!status) return std::nullopt;
   return status->st_size;
 }
