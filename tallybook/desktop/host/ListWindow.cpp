@@ -263,12 +263,18 @@ class ListWindow::Frame : public QWidget {
   // The time in which an event is answered.
   class Busy {
    public:
-    explicit Busy(Frame& frame) : frame_(frame) { ++frame_.busy_; }
-    ~Busy() { --frame_.busy_; }
+    explicit Busy(Frame& frame) : frame_(frame) { Count(1); }
+    ~Busy() { Count(-1); }
     Busy(const Busy&) = delete;
     Busy& operator=(const Busy&) = delete;
 
    private:
+    // The property says from outside when the window takes keys again.
+    void Count(int change) {
+      frame_.busy_ += change;
+      frame_.setProperty("busy", frame_.busy_ > 0);
+    }
+
     Frame& frame_;
   };
 

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QTest>
 #include <QTimer>
 #include <QWidget>
@@ -79,7 +80,8 @@ class WhenShown {
     QWidget* const waits =
         QApplication::activeModalWidget() != nullptr ? QApplication::activeModalWidget() : QApplication::activeWindow();
     ADD_FAILURE() << "waited for " << acts_.front().title.toStdString()
-                  << " while this window waits: " << (waits == nullptr ? "none" : waits->windowTitle().toStdString());
+                  << " while this window waits: " << (waits == nullptr ? "none" : waits->windowTitle().toStdString())
+                  << WordsIn(waits);
     acts_.clear();
     CloseAll();
   }
@@ -91,6 +93,14 @@ class WhenShown {
     ADD_FAILURE() << "still waiting: " << (waits == nullptr ? "no dialog" : waits->windowTitle().toStdString());
     waited_.start();
     CloseAll();
+  }
+
+  // What a window says, for whoever reads the failure.
+  static std::string WordsIn(const QWidget* window) {
+    std::string words;
+    if (window == nullptr) return words;
+    for (const QLabel* const label : window->findChildren<QLabel*>()) words += "\n  " + label->text().toStdString();
+    return words;
   }
 
   static void CloseAll() {
