@@ -45,7 +45,8 @@ TEST_F(ConversationsTest, ACommaSeparatedFileThatWasNamedStandsInThePromptAndIsI
   user_
       .Then(kCsvPrompt,
             [&](QWidget& window) {
-              testing::WaitUntil([&] { return !FileBox(window).text().isEmpty(); }, "the file's name is filled in");
+              const auto file = [&] { return FileBox(window).text().toStdString(); };
+              testing::WaitUntil([&] { return file() == folder_.Path("day.csv"); }, "the file's name is filled in");
               EXPECT_EQ(FileBox(window).text().toStdString(), folder_.Path("day.csv"));
               QTest::keyClick(&FileBox(window), Qt::Key_Return);
             })
@@ -192,7 +193,8 @@ TEST_F(ConversationsTest, AFileThatNoDefinitionKnowsBeginsANewOneWithItsName) {
   user_
       .Then("Open QDX File",
             [&](QWidget& window) {
-              testing::WaitUntil([&] { return !FileBox(window).text().isEmpty(); }, "the file's name is filled in");
+              const auto file = [&] { return FileBox(window).text().toStdString(); };
+              testing::WaitUntil([&] { return file() == folder_.Path("south.QDX"); }, "the file's name is filled in");
               EXPECT_EQ(FileBox(window).text().toStdString(), folder_.Path("south.QDX"));
               QTest::keyClick(&FileBox(window), Qt::Key_Escape);
             })
