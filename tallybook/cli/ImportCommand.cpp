@@ -199,10 +199,10 @@ ExitStatus PreviewImportQdx(const ImportQdxOptions& options) {
   outcome.done = imported || application::IsStored(record, options.all ? definitions.size() : 1);
   preview.End(outcome);
   outcome.imports = application::ImportsOf(record, preview.Overlay());
-  preview.Print(options.preview, options.report, outcome);
+  const bool shown = preview.Print(options.preview, options.report, outcome);
   const bool complete = TellPreviewed(session, record, outcome.done, options.expect_files);
   session.FollowImports({});
-  return session.StatusOf(complete);
+  return session.StatusOf(complete && shown);
 }
 
 ExitStatus RunImportQdx(const ImportQdxOptions& options) {

@@ -43,16 +43,16 @@ void SessionPreview::End(application::PreviewOutcome& outcome) {
   outcome.report = application::LinesOf(own_report_.str());
 }
 
-void SessionPreview::Print(const PreviewOptions& options, const Text& report_path,
+bool SessionPreview::Print(const PreviewOptions& options, const Text& report_path,
                            const application::PreviewOutcome& outcome) {
   if (options.form || report_path.empty()) {
     PreviewPrinter(book_, *overlay_, outcome, std::cout).Print(options.form.value_or(PrintForm::kTable));
   }
-  if (report_path.empty()) return;
+  if (report_path.empty()) return true;
   ReportFile file(session_.Files(), report_path);
   SendReportTo(session_, report_path);
   application::PrintPreviewReport(*session_.Factory().NewPrinter(), book_, *overlay_, outcome);
-  file.Finish(outcome.done);
+  return file.Finish(outcome.done);
 }
 
 }  // namespace tallybook::cli

@@ -36,8 +36,10 @@ class SessionPreview {
   void End(application::PreviewOutcome& outcome);
 
   // Prints the preview to standard output in the form that was asked for, and as a report to `report_path`, where there
-  // is one. With a report alone nothing goes to standard output.
-  void Print(const PreviewOptions& options, const Text& report_path, const application::PreviewOutcome& outcome);
+  // is one. With a report alone nothing goes to standard output. False where the report could not be written, which has
+  // been told: a preview is nothing but what it shows.
+  [[nodiscard]] bool Print(const PreviewOptions& options, const Text& report_path,
+                           const application::PreviewOutcome& outcome);
 
  private:
   Session& session_;

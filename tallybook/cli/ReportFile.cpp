@@ -33,14 +33,18 @@ ReportFile::~ReportFile() {
   }
 }
 
-void ReportFile::Finish(bool done) {
-  if (!output_) return;
+bool ReportFile::Finish(bool done) {
+  if (!output_) return true;
+  bool written = true;
   try {
-    if (!output_->Keep() && done) TellUnwritten("");
+    written = output_->Keep() || !done;
+    if (!written) TellUnwritten("");
   } catch (...) {
+    written = false;
     TellUnwritten(": " + CurrentFailure().Description());
   }
   output_.reset();
+  return written;
 }
 
 void ReportFile::TellUnwritten(const Text& why) const {

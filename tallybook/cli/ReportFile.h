@@ -20,8 +20,8 @@ class ReportFile {
   ReportFile& operator=(const ReportFile&) = delete;
 
   // Once the import is over. A report that cannot be written takes back no figure. One that a failed import has not
-  // begun is no news.
-  void Finish(bool done);
+  // begun is no news. False where a report is not there that was asked for; that has been told.
+  bool Finish(bool done);
 
  private:
   void TellUnwritten(const Text& why) const;

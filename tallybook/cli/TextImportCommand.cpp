@@ -162,7 +162,7 @@ ExitStatus PreviewTextImport(const TextImportOptions& options, const FileQuestio
   outcome.done = imported || tally.stored;
   preview.End(outcome);
   outcome.imports = {application::ImportOf(*file, tally, preview.Overlay())};
-  preview.Print(options.preview, options.report, outcome);
+  const bool shown = preview.Print(options.preview, options.report, outcome);
   if (outcome.done) {
     session.Note("Nothing has been changed; the import would say:", false);
     TellApplied(*book, *file, tally);
@@ -171,7 +171,7 @@ ExitStatus PreviewTextImport(const TextImportOptions& options, const FileQuestio
   } else {
     session.TellStop(ReasonFor(tally.stop.value_or(StopReason{}), session.Boxes(), *file));
   }
-  return session.StatusOf(outcome.done);
+  return session.StatusOf(outcome.done && shown);
 }
 
 // How a file is read, as the journal keeps it: what was chosen beside the file itself.
