@@ -91,9 +91,10 @@ bool IsLeftover(const Text& folder) {
   return errno == ENOENT && std::chrono::system_clock::now() - made > kLeftoverAge;
 }
 
-void RemoveFolder(const Text& folder) {
+// False where it is still there.
+bool RemoveFolder(const Text& folder) {
   for (const char* ending : {"", "-wal", "-shm", "-journal"}) ::unlink((folder + kBookName + ending).c_str());
-  ::rmdir(folder.c_str());
+  return ::rmdir(folder.c_str()) == 0 || errno == ENOENT;
 }
 
 void RemoveLeftovers() {
@@ -200,8 +201,8 @@ void PrivateCopy::GiveNames(const BookHold& book) {
 
 void PrivateCopy::Remove() noexcept {
   if (folder_.empty()) return;
-  RemoveFolder(folder_);
-  folder_.clear();
+  // What cannot be removed now is tried once more at the end.
+  if (RemoveFolder(folder_)) folder_.clear();
 }
 
 }  // namespace tallybook::engine
