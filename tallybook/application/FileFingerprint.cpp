@@ -4,6 +4,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <nettle/sha2.h>
 #include <span>
@@ -24,8 +25,7 @@ namespace {
 class RegularFile {
  public:
   // A pipe of that name would keep the caller waiting for its writer.
-  explicit RegularFile(const Text& path)
-      : file_(::open(NativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+  explicit RegularFile(const Text& path) : file_(::open(NativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
 
   // Nothing where there is no such file, or it is of another kind.
   [[nodiscard]] std::optional<struct stat> Status() const {
@@ -86,6 +86,22 @@ class Sums {
   sha256_ctx sha256_{};
 };
 
+// The thread that is made meanwhile gets no signals: they are for the one that asks the user, and would not wake it there.
+class NoSignals {
+ public:
+  NoSignals() {
+    sigset_t all{};
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before_);
+  }
+  ~NoSignals() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  NoSignals(const NoSignals&) = delete;
+  NoSignals& operator=(const NoSignals&) = delete;
+
+ private:
+  sigset_t before_{};
+};
+
 std::optional<FileFingerprint> ReadWhole(const RegularFile& file, const std::atomic<bool>& stop) {
   constexpr std::size_t kPiece = std::size_t{256} << 10;
   const auto before = file.Status();
@@ -122,6 +138,7 @@ class FingerprintReader::Reading {
   explicit Reading(const Text& path) : file_(path) {
     if (const auto status = file_.Status()) {
       size_ = status->st_size;
+      const NoSignals here;
       try {
         thread_ = std::thread([this] { print_ = ReadWhole(file_, stop_); });
       } catch (const std::system_error&) {

@@ -99,10 +99,10 @@ void PrintJson(const ToldHistory& told) {
                                  {"field", told.field},
                                  {"value", history.value}};
   if (history.unknown_before != 0) json["unknown_before"] = history.unknown_before;
-  json["changes"] = nlohmann::ordered_json::array();
+  json["history"] = nlohmann::ordered_json::array();
   for (std::size_t index = 0; index < history.changes.size(); ++index) {
     const auto& [entry, before, after] = history.changes[index];
-    nlohmann::ordered_json& change = json["changes"].emplace_back();
+    nlohmann::ordered_json& change = json["history"].emplace_back();
     change = {{"entry", entry.id},
               {"time", DateTimeText(entry.time)},
               {"kind", application::KindText(entry.kind)},

@@ -319,7 +319,7 @@ class Cases:
         tenant.chmod("closed", 0o555)
         for after in ("rename", "delete"):
             tenant.done("definition", "edit", "office", "1", "--file", "closed/a.QDX", "--after", after, "--yes")
-            self._is_done_with_a_warning(tenant, "closed/a.QDX", "import", "qdx", "office", "--definition", "1")
+            self._is_done_with_a_warning(tenant, "closed/a.QDX", "import", "qdx", "office", "--definition", "1", "--again")
         self._is_done_with_a_warning(tenant, "closed/lines.txt", "import", "delimited", "office", "closed/lines.txt",
                                      "--math", "add", "--date-order", "DMY", "--yes")
 

@@ -85,6 +85,11 @@ NAMES = {
     "undone": rows("entry", "what_ran"), "changed_since_count": count,
     "changed_since": rows("entry", "account", "code", "date", "field", "before", "now", "changed_by"),
     "before": figure, "left": figure, "now": figure, "changed_by": number,
+    "who": text, "read_files": rows("file", "size"), "size": count, "xxh3": like("[0-9a-f]{32}"), "sha256": like("[0-9a-f]{64}"),
+    "definition": number, "math": words("add", "subtract", "replace", "zero", "as told"), "options": text,
+    "counts": lambda value: isinstance(value, dict), "read": count, "applied": count, "not_mapped": count, "refused": count,
+    "zeroed": count, "field_count": count, "result": text, "warnings": texts, "unknown_before": number,
+    "history": rows("entry", "time", "kind", "state", "what_ran", "figure_after"),
     "format": number, "chunks": count, "entries": count, "images": count, "findings": rows("kind", "what"), "what": text,
     "position": number, "old_position": number, "description": text, "system": truth,
     "calendar": words("months", "weeks", "4-4-5", "13x4", "custom"), "week_ends_on": like("[a-z]+day"), "periods": number,
@@ -164,6 +169,13 @@ class JsonNamesTest(unittest.TestCase):
         (cls.folder / "look.txt").write_bytes(b"01/06/2003,A7,3,x\r\n")
         cut = (cls.folder / "shop.QDX").read_bytes()
         (cls.folder / "cut.QDX").write_bytes(cut[:-5])
+        cls.run_line("new", "noted", "--from", "shop.json")
+        cls.run_line("definition", "add", "noted", "--title", "Cut", "--file", "cut.QDX", "--after", "keep")
+        cls.run_line("import", "qdx", "noted", "--definition", "1")
+        cls.run_line("import", "delimited", "noted", "weeks.txt", "--math", "add", "--date-order", "MDY", "--yes")
+        (cls.folder / "weeks.txt").write_bytes(b"1.6.2003,A7,3,5\r\n")
+        shutil.copy(cls.folder / "noted.tbk", cls.folder / "trimmed.tbk")
+        cls.run_line("journal", "trim", "trimmed", "--before", "2100-01-01")
         shutil.copy(cls.folder / "shop.tbk", cls.folder / "bad.tbk")
         bad = sqlite3.connect(cls.folder / "bad.tbk")
         bad.execute("UPDATE chunk SET figures = zeroblob(length(figures))")
@@ -181,7 +193,9 @@ class JsonNamesTest(unittest.TestCase):
 
     LINES = (["values", "shop"], ["definition", "list", "shop"], ["definition", "show", "shop", "2"], ["definition", "check", "shop"], ["qdx", "info", "shop.QDX"],
              ["qdx", "dump", "shop.QDX"], ["qdx", "dump", "cut.QDX"], ["qdx", "check", "shop.QDX"], ["qdx", "check", "cut.QDX"],
-             ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"], ["journal", "undo", "grow"], ["journal", "undo", "twice", "1"], ["book", "check", "shop"],
+             ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"],
+             ["journal", "show", "noted", "1"], ["journal", "show", "noted", "2"], ["history", "noted", "A7", "2003-01-06", "3"],
+             ["history", "trimmed", "A7", "2003-01-05", "3"], ["journal", "undo", "grow"], ["journal", "undo", "twice", "1"], ["book", "check", "shop"],
              ["import", "qdx", "shop", "--all", "--preview"], ["import", "csv", "weeks", "weeks.csv", "--preview", "--yes"],
              ["import", "csv", "weeks", "bad.csv", "--preview", "--yes"],
              ["import", "delimited", "weeks", "weeks.txt", "--math", "add", "--preview", "--yes"],

@@ -198,11 +198,15 @@ class LinesTest(unittest.TestCase):
             self.run_line("definition", *command)
         self.run_line("definition", "edit", office, "1", "--title", PLAIN_FILE + "2")
         self.assertIn("Import", self.run_line("import", "qdx", office, "--definition", "1"))  # the report on standard output
-        self.run_line("import", "qdx", office, "--all", "--report", self.path("report.txt"))
+        self.run_line("import", "qdx", office, "--all", "--report", self.path("report.txt"), status=1, tells="it was imported")
+        self.run_line("import", "qdx", office, "--all", "--again", "--report", self.path("report.txt"))
         self.judge("report", pathlib.Path(self.path("report.txt")).read_bytes())
-        self.on_terminal("import", "qdx", office, "--definition", "1")
+        self.on_terminal("import", "qdx", office, "--definition", "1", typed="y\n")
         self.run_line("journal", "list", office)
+        self.run_line("journal", "show", office, "1")
+        self.run_line("history", office, SHORT, "2003-01-05", "1")
         self.run_line("journal", "undo", office)
+        self.run_line("journal", "trim", office, "--before", "2000-01-01")
         file = self.root / PLAIN_FILE / "in.QDX"
         whole = file.read_bytes()
         file.write_bytes(whole[:-40])
@@ -246,8 +250,8 @@ class LinesTest(unittest.TestCase):
             for more in (["--yes"], ["--yes", "--keep-auditing"], ["--answer", "ok,no"]):
                 line = self.write("b.txt", content)
                 self.run_line("import", "delimited", shop, line, "--math", "add", *more, status=1, tells="allybook: ")
-        self.run_line("import", "csv", shop, "-", "--yes", typed=good.encode())
-        self.on_terminal("import", "csv", shop, self.path("a.csv"), typed="o\n")
+        self.run_line("import", "csv", shop, "-", "--yes", "--again", typed=good.encode())
+        self.on_terminal("import", "csv", shop, self.path("a.csv"), typed="y\no\n")
         self.assertIn("File name", self.on_terminal("import", "csv", shop, typed="*\n\n", status=3))
 
     def test_changes_of_lists(self):
