@@ -464,10 +464,7 @@ bool JournalTables::VisitMark(Long entry, std::int64_t key, const MarkVisitor& v
 void JournalTables::DropImages(JournalRow& row) {
   const Long entry = row.entry.id;
   std::vector<std::pair<std::int64_t, ChunkMark>> marks;
-  DbStatement walk(database_, "SELECT key, rows, image FROM journal_chunk WHERE entry = ?1");
-  walk.Bind(1, std::int64_t{entry});
-  while (walk.Step()) marks.emplace_back(walk.Int(0), CheckedMark(entry, walk.Int(0), walk, 1));
-  walk.Reset();
+  VisitMarkBits(row, [&](std::int64_t key, const ChunkMark& mark) { marks.emplace_back(key, mark); });
   DbStatement drop(database_, "DELETE FROM image WHERE id = ?1");
   for (const auto& [key, mark] : marks) {
     if (mark.image == 0) continue;

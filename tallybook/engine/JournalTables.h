@@ -73,7 +73,7 @@ class JournalTables {
   bool VisitMark(Long entry, std::int64_t key, const MarkVisitor& visit);
 
   // Takes the images of an entry away; its marks stay, and say so. The row has to be saved behind it. Failure 57 where a
-  // mark is damaged.
+  // mark is damaged or missing.
   void DropImages(JournalRow& row);
 
  private:

@@ -9,16 +9,13 @@
 #include "tallybook/engine/ChunkCodec.h"
 #include "tallybook/engine/ChunkKey.h"
 #include "tallybook/engine/FigureStore.h"
+#include "tallybook/engine/RowBits.h"
 
 namespace tallybook::engine {
 
 namespace {
 
 constexpr const char* kSource = "Tallybook.Journal";
-
-bool HasRow(std::span<const std::byte> bits, std::size_t row) {
-  return row / 8 < bits.size() && (bits[row / 8] & (std::byte{1} << (row % 8))) != std::byte{0};
-}
 
 }  // namespace
 
@@ -42,7 +39,7 @@ bool Lineage::Take(const JournalRow& row, const Place& place, FigureHistory& his
   bool wrote = false;
   book_.Store().Storage().VisitMark(entry.id, key,
                                     [&](std::int64_t, const ChunkMark& mark, std::span<const std::byte> image) {
-                                      wrote = HasRow(mark.rows, place.record % shape.rows);
+                                      wrote = HasBit(mark.rows, place.record % shape.rows);
                                       if (!wrote || !entry.keeps_images) return;
                                       ChunkRows rows;
                                       if (mark.image != 0) book_.Store().DecodeImage(entry.id, key, image, rows);
