@@ -50,11 +50,6 @@ std::vector<Text> CellsOf(const engine::Book& book, const std::vector<engine::Jo
           Named(entries, figure.later)};
 }
 
-const std::vector<Text>& ChangedSinceHeadings() {
-  static const std::vector<Text> headings = {"Account", "Date", "Field", "Before", "Left", "Now", "Changed by"};
-  return headings;
-}
-
 Text ChangedSinceWords(const engine::UndoOutcome& outcome, engine::UndoWay way) {
   if (outcome.changed_since == 0) return {};
   const bool one = outcome.changed_since == 1;

@@ -17,7 +17,6 @@ namespace tallybook::application {
 // known; and the entry that changed it last. `entries` are all of the journal.
 [[nodiscard]] std::vector<Text> CellsOf(const engine::Book& book, const std::vector<engine::JournalEntry>& entries,
                                         const engine::ChangedSince& figure);
-[[nodiscard]] const std::vector<Text>& ChangedSinceHeadings();
 
 // Of an undo that was not carried out: "journal entry 3 is not undone: 2 figures that it changed have been changed since";
 // of one that was, what became of these figures. Empty where there are none.
