@@ -110,13 +110,18 @@ bool frmImport::AskFileName(Mode mode, Long owner, Text& file_name, const Text& 
     cancelled_ = true;  // where the window cannot be shown, nobody presses a button
     ShowLikeModal(*this, owner);
     if (cancelled_) return false;
-    const Text name = TrimRight(Text1.Text());
+    const Text name = NamedFile();
     if (!name.empty()) {
-      file_name = WithExtension(name, extension_);
+      file_name = name;
       return true;
     }
     ShowMessage("Filename cannot be blank.", kExclamationIcon, "");
   }
+}
+
+Text frmImport::NamedFile() const {
+  const Text name = TrimRight(Text1.Text());
+  return name.empty() ? name : WithExtension(name, extension_);
 }
 
 void frmImport::Command1_Click() {

@@ -49,6 +49,8 @@ class frmImport : public Form {
   [[nodiscard]] bool OverwriteFile() const { return chkClear.Checked(); }
   void SetOverwriteFile(bool overwrite) { chkClear.SetChecked(overwrite); }
 
+  // What stands in the box, as it is given: without trailing blanks, and with the extension; empty for nothing.
+  [[nodiscard]] Text NamedFile() const;
   [[nodiscard]] bool Cancelled() const { return cancelled_; }
   [[nodiscard]] bool CancelEnabled() const { return SaveButtons1.CancelEnabled(); }
   void SetCancelEnabled(bool enabled) { SaveButtons1.SetCancelEnabled(enabled); }

@@ -60,9 +60,12 @@ class CDataExchange::Batch : public BatchDefinitions {
   CDataExchange& exchange_;
 };
 
-CDataExchange::CDataExchange(HostFactory& factory) : factory_(factory) {}
+CDataExchange::CDataExchange(HostFactory& factory) : factory_(factory) {
+  factory_.ExchangeBegins(*this);
+}
 
 CDataExchange::~CDataExchange() {
+  factory_.ExchangeEnds(*this);
   library_.reset();
   masterfile_ = nullptr;
   account_lookup_.reset();

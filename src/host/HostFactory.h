@@ -6,6 +6,7 @@
 
 namespace tallybook {
 
+class CDataExchange;
 class DataExportObject;
 class EdtForm;
 class FiscalCalendar;
@@ -24,6 +25,11 @@ class HostFactory {
   // A calendar that is not attached to a database yet.
   virtual std::unique_ptr<FiscalCalendar> NewFiscalCalendar() = 0;
   virtual std::unique_ptr<PrintSequence> NewPrintSequence() = 0;
+
+  // Told of each exchange object that takes its objects from here: when it is there, and before it goes. Conversations make
+  // their own, which nobody else gets to see: so an application can ask what an import of theirs came to.
+  virtual void ExchangeBegins(CDataExchange& /*exchange*/) {}
+  virtual void ExchangeEnds(CDataExchange& /*exchange*/) noexcept {}
 };
 
 }  // namespace tallybook

@@ -8,6 +8,7 @@
 #include "tallybook/application/FilesLeftAlone.h"
 #include "tallybook/application/ImportRecorder.h"
 #include "tallybook/application/ImportSummary.h"
+#include "tallybook/application/ImportWays.h"
 #include "tallybook/application/StopText.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
@@ -56,12 +57,8 @@ using Definitions = std::vector<application::SeenDefinition>;
 
 // How a definition's files are imported. Several definitions replace, one after another.
 application::EntryFacts WayOf(const application::SeenDefinition& definition, const ImportQdxOptions& options) {
-  application::EntryFacts way;
-  way.kind = "qdx";
-  way.definition = definition.number;
-  way.title = definition.title;
-  way.math = application::MathWord(options.all ? static_cast<Integer>(eMath::mReplace) : options.math);
-  return way;
+  const Integer math = options.all ? static_cast<Integer>(eMath::mReplace) : options.math;
+  return application::WayOfDefinition(definition.number, definition.title, math);
 }
 
 // Files that are not to be imported, which has been told.

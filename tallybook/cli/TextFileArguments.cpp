@@ -1,9 +1,5 @@
 #include "tallybook/cli/TextFileArguments.h"
 
-#include <algorithm>
-#include <utility>
-
-#include "base/Texts.h"
 #include "import/DelimitedImport.h"
 
 namespace tallybook::cli {
@@ -29,11 +25,6 @@ Argument& AddEncoding(CommandTable& command, TextEncoding& encoding) {
       {"auto", TextEncoding::kDetect}, {"utf8", TextEncoding::kUtf8}, {"windows-1252", TextEncoding::kCodePage}};
   return AddChoice(command, "--encoding", encoding, encodings,
                    "auto (the default: UTF-8 where all of the file is valid), utf8 or windows-1252");
-}
-
-Text DateOrderWord(Integer order) {
-  const auto found = std::ranges::find(DateOrders(), order, &std::pair<Text, Integer>::second);
-  return found == DateOrders().end() ? Text() : UpperCase(found->first);
 }
 
 void AddDelimitedForm(CommandTable& command, const DelimitedArguments& form) {

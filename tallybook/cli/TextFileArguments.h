@@ -14,8 +14,6 @@ Argument& AddEncoding(CommandTable& command, TextEncoding& encoding);
 
 // The order of a date's parts that is to be found out from the file.
 inline constexpr Integer kFindDateOrder = 0;
-// An order as the option has it: "DMY".
-[[nodiscard]] Text DateOrderWord(Integer order);
 
 // How a delimited file is written: --date-order (kFindDateOrder for auto), --line-ends, --date-parts and --system-fields.
 struct DelimitedArguments {

@@ -13,6 +13,7 @@
 #include "support/Utility.h"
 #include "tallybook/application/ImportRecorder.h"
 #include "tallybook/application/ImportSummary.h"
+#include "tallybook/application/ImportWays.h"
 #include "tallybook/application/LineEnds.h"
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/application/StopText.h"
@@ -174,20 +175,11 @@ ExitStatus PreviewTextImport(const TextImportOptions& options, const FileQuestio
   return session.StatusOf(outcome.done && shown);
 }
 
-// How a file is read, as the journal keeps it: what was chosen beside the file itself.
-application::EntryFacts WayOf(const Text& kind, const TextImportOptions& options, const Text& others) {
-  application::EntryFacts way;
-  way.kind = kind == kDelimited ? "delimited" : "csv";
-  way.math = options.math == eMath::mDefault ? "as told" : application::MathWord(static_cast<Integer>(options.math));
-  way.options = others;
-  return way;
-}
-
 // Opens the book, lets `import` run on it with the file, and tells what came of it. `kind` names the import in the
-// journal, with the file; `look` is that of FileToImport, and `others` tells behind it what was chosen besides the math.
-template <typename Look, typename Import, typename Others>
+// journal, with the file; `look` is that of FileToImport, and `way_of` tells behind it how the file is imported.
+template <typename Look, typename Import, typename WayOf>
 ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& question, const Text& kind, Look look,
-                         Import import, Others others) {
+                         Import import, WayOf way_of) {
   NeedFileOrTerminal(options.file);
   NeedPreviewForForm(options.preview);
   if (!options.report.empty() && !options.preview.on)
@@ -199,7 +191,7 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   const auto book = session.OpenToChange(options.book, options.wait);
   const auto file = FileToImport(session, *book, options, question, kind, look);
   if (!file) return session.StatusOf(false);
-  const application::EntryFacts way = WayOf(kind, options, others());
+  const application::EntryFacts way = way_of();
   const bool may_ask = true;
   if (!KnownFiles(session, *book, options.again).MayImport(*file, way, may_ask)) return session.StatusOf(false);
   const application::JournalMark mark(*book);
@@ -247,12 +239,8 @@ ExitStatus RunImportCsv(const ImportCsvOptions& options) {
     const bool no_prompts = false;
     return exchange.ImportCSVFile(file, no_prompts, ClearFlags(book, options.clear), options.math);
   };
-  const auto others = [&] {
-    Text fields;
-    for (const Long field : options.clear) fields += (fields.empty() ? "clear " : ", ") + std::to_string(field);
-    return fields;
-  };
-  return RunTextImport(options, question, "import csv", NothingToLookAt, import, others);
+  const auto way_of = [&] { return application::WayOfCsv(options.math, options.clear); };
+  return RunTextImport(options, question, "import csv", NothingToLookAt, import, way_of);
 }
 
 // Looks through the dates and asks whether they are to be read in the one order that fits them. Gives why the import cannot
@@ -295,11 +283,14 @@ ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {
     }
     return date_order == kFindDateOrder ? ProposeDateOrder(book, file, options, date_order) : std::nullopt;
   };
-  const auto others = [&] {
-    return fmt::format("dates {}{}{}{}", DateOrderWord(date_order), options.date_parts ? " in parts" : "",
-                       options.system_fields ? ", system fields" : "", options.any_line_end ? ", any line end" : "");
+  const auto way_of = [&] {
+    return application::WayOfDelimited({.math = options.math,
+                                        .date_order = date_order,
+                                        .date_parts = options.date_parts,
+                                        .system_fields = options.system_fields,
+                                        .any_line_end = options.any_line_end});
   };
-  return RunTextImport(options, question, kDelimited, look, import, others);
+  return RunTextImport(options, question, kDelimited, look, import, way_of);
 }
 
 void AddBookAndFile(CommandTable& command, TextImportOptions& options) {

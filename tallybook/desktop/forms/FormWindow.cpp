@@ -20,6 +20,7 @@
 #include "tallybook/desktop/forms/Fonts.h"
 #include "tallybook/desktop/forms/GridBinder.h"
 #include "tallybook/desktop/forms/Handles.h"
+#include "tallybook/desktop/forms/HostBinders.h"
 #include "tallybook/desktop/forms/PlainBinders.h"
 #include "tallybook/desktop/forms/ProgramFocus.h"
 #include "tallybook/desktop/forms/TabStripBinder.h"
@@ -42,7 +43,7 @@ bool IsDropped(const Control* control) {
 
 }  // namespace
 
-FormWindow::FormWindow(Form& form, const views::FormView& view, Handles& handles)
+FormWindow::FormWindow(Form& form, const views::FormView& view, Handles& handles, FormAddition addition)
     : QWidget(nullptr, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint),
       form_(form),
       handles_(handles) {
@@ -51,6 +52,7 @@ FormWindow::FormWindow(Form& form, const views::FormView& view, Handles& handles
   setFont(FontOf(form.FontName(), form.FontSize()));
   setEnabled(form.Enabled());
   made_ = std::make_unique<LaidOut>(ViewLayout(form, *this).Build(view));
+  Add(std::move(addition));
   for (const auto& binder : made_->binders) ListenTo(*binder);
   form_.Changed.ConnectWhile(life_, [this] { FollowForm(); });
   FollowForm();
@@ -65,6 +67,13 @@ FormWindow::FormWindow(Form& form, const views::FormView& view, Handles& handles
 
 FormWindow::~FormWindow() {
   Detach();
+}
+
+void FormWindow::Add(FormAddition addition) {
+  auto* const buttons = dynamic_cast<SaveButtonsBinder*>(made_->main);
+  if (buttons == nullptr) return;
+  QPushButton* const added = buttons->Add(std::move(addition));
+  if (added != nullptr) made_->feet.back().push_back(added);
 }
 
 void FormWindow::ListenTo(ControlBinder& binder) {

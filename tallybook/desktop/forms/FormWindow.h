@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "base/Types.h"
+#include "tallybook/desktop/forms/FormAddition.h"
 #include "tallybook/desktop/forms/KeyCodes.h"
 
 class QTimer;
@@ -34,7 +35,7 @@ struct LaidOut;
 class FormWindow : public QWidget {
  public:
   // Each control that has a widget gets a handle. Fails with 5 where the view does not fit the form.
-  FormWindow(Form& form, const views::FormView& view, Handles& handles);
+  FormWindow(Form& form, const views::FormView& view, Handles& handles, FormAddition addition = {});
   ~FormWindow() override;
 
   [[nodiscard]] Form& Shown() const { return form_; }
@@ -58,6 +59,7 @@ class FormWindow : public QWidget {
   bool focusNextPrevChild(bool /*next*/) override { return false; }
 
  private:
+  void Add(FormAddition addition);
   void FollowForm();
   void ListenTo(ControlBinder& binder);
   void LayOut();

@@ -8,7 +8,9 @@
 #include <QPushButton>
 #include <QTableView>
 #include <QTextCharFormat>
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "forms/HostControls.h"
 #include "tallybook/desktop/forms/Fonts.h"
@@ -74,8 +76,27 @@ SaveButtonsBinder::SaveButtonsBinder(SaveButtons& buttons, QWidget& parent)
   QObject::connect(&cancel_, &QPushButton::clicked, &Receiver(), [this] { Press(true); });
 }
 
+QPushButton* SaveButtonsBinder::Add(FormAddition addition) {
+  addition_ = std::move(addition);
+  if (addition_.caption.isEmpty()) return nullptr;
+  added_ = new QPushButton(addition_.caption, &Widget());
+  added_->setObjectName(Widget().objectName() + QStringLiteral("Added"));
+  added_->setAccessibleName(SpokenName(FromQt(addition_.caption)));
+  added_->setAutoDefault(false);
+  constexpr int kBehindMain = 1;
+  static_cast<QHBoxLayout*>(Widget().layout())->insertWidget(kBehindMain, added_);
+  QObject::connect(added_, &QPushButton::clicked, &Receiver(), [this] { User(addition_.act); });
+  return added_;
+}
+
+std::vector<QPushButton*> SaveButtonsBinder::Row() const {
+  if (added_ == nullptr) return {&main_, &cancel_};
+  return {&main_, added_, &cancel_};
+}
+
 std::vector<QWidget*> SaveButtonsBinder::InputWidgets() const {
-  return {&main_, &cancel_};
+  const std::vector<QPushButton*> row = Row();
+  return {row.begin(), row.end()};
 }
 
 QWidget& SaveButtonsBinder::FocusWidget() const {
@@ -86,31 +107,55 @@ std::vector<QPushButton*> SaveButtonsBinder::FootButtons() const {
   return {&main_, &cancel_};
 }
 
-bool SaveButtonsBinder::IsAtCancel() const {
-  return Widget().window()->focusWidget() == &cancel_;
+std::size_t SaveButtonsBinder::Place() const {
+  const std::vector<QPushButton*> row = Row();
+  const auto at = std::ranges::find(row, Widget().window()->focusWidget());
+  return at == row.end() ? 0 : static_cast<std::size_t>(at - row.begin());
+}
+
+bool SaveButtonsBinder::Move(bool backwards) {
+  const std::vector<QPushButton*> row = Row();
+  const std::size_t place = Place();
+  if (backwards ? place == 0 : place + 1 == row.size()) return false;
+  row[backwards ? place - 1 : place + 1]->setFocus(Qt::TabFocusReason);
+  return true;
 }
 
 bool SaveButtonsBinder::TabWithin(bool backwards) {
-  if (IsAtCancel() != backwards) return false;
-  (backwards ? main_ : cancel_).setFocus(Qt::TabFocusReason);
-  return true;
+  return Move(backwards);
 }
 
 bool SaveButtonsBinder::TakeKey(const KeyPress& press) {
   const bool forwards = press.key == kRightKey || press.key == kDownKey;
   const bool backwards = press.key == kLeftKey || press.key == kUpKey;
   if (!forwards && !backwards) return false;
-  (backwards ? main_ : cancel_).setFocus(Qt::TabFocusReason);
+  Move(backwards);
   return true;
 }
 
 bool SaveButtonsBinder::TakeEnter() {
-  Press(IsAtCancel());
+  const QPushButton* const at = Row()[Place()];
+  if (at == added_ && added_ != nullptr) {
+    User(addition_.act);
+  } else {
+    Press(at == &cancel_);
+  }
   return true;
 }
 
 void SaveButtonsBinder::Press(bool cancel) {
-  User([&] { buttons_.UserClick(cancel ? SaveButtons::kCancelButton : SaveButtons::kMainButton); });
+  if (cancel) {
+    User([this] { buttons_.UserClick(SaveButtons::kCancelButton); });
+  } else {
+    PressMain();
+  }
+}
+
+// Who is asked may end the window: what is held here goes with it.
+void SaveButtonsBinder::PressMain() {
+  User([&buttons = buttons_, may_press = addition_.may_press] {
+    if (!may_press || may_press()) buttons.UserClick(SaveButtons::kMainButton);
+  });
 }
 
 void SaveButtonsBinder::Follow(const Change& /*change*/) {

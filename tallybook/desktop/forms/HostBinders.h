@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tallybook/desktop/forms/ControlBinder.h"
+#include "tallybook/desktop/forms/FormAddition.h"
 
 class QCalendarWidget;
 class QDoubleSpinBox;
@@ -31,6 +32,8 @@ class NumberBoxBinder : public ControlBinder {
 class SaveButtonsBinder : public ControlBinder {
  public:
   SaveButtonsBinder(SaveButtons& buttons, QWidget& parent);
+  // To be called before the window listens to the input widgets. Gives the button that was added; null for none.
+  QPushButton* Add(FormAddition addition);
   [[nodiscard]] bool DrawsCaption() const override { return true; }
   [[nodiscard]] std::vector<QWidget*> InputWidgets() const override;
   [[nodiscard]] QWidget& FocusWidget() const override;
@@ -46,11 +49,17 @@ class SaveButtonsBinder : public ControlBinder {
   [[nodiscard]] std::vector<QWidget*> NamedWidgets() const override { return {}; }
 
  private:
-  [[nodiscard]] bool IsAtCancel() const;
+  [[nodiscard]] std::vector<QPushButton*> Row() const;
+  // The place in the row of the one that has the focus; the first where none has.
+  [[nodiscard]] std::size_t Place() const;
+  bool Move(bool backwards);
+  void PressMain();
 
   SaveButtons& buttons_;
   QPushButton& main_;
   QPushButton& cancel_;
+  QPushButton* added_ = nullptr;
+  FormAddition addition_;
 };
 
 class CalendarBinder : public ControlBinder {

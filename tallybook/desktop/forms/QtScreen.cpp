@@ -40,6 +40,7 @@ struct Later {
 
 struct QtScreen::State {
   ViewSource views;
+  Additions additions;
   Handles handles;
   std::map<Long, std::unique_ptr<FormWindow, Later>> forms;
   std::map<Long, Long> parents;
@@ -57,6 +58,10 @@ QtScreen::~QtScreen() {
   SetPointer(Pointer::kDefault);
   state_->forms.clear();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void QtScreen::SetAdditions(Additions additions) {
+  state_->additions = std::move(additions);
 }
 
 Long QtScreen::HandleOf(QWidget& widget) {
@@ -86,7 +91,9 @@ void QtScreen::SetPointer(Pointer pointer) {
 }
 
 Long QtScreen::CreateWindow(Form& form) {
-  std::unique_ptr<FormWindow, Later> window(new FormWindow(form, state_->views(form.Name()), state_->handles));
+  const FormAddition addition = state_->additions ? state_->additions(form) : FormAddition();
+  std::unique_ptr<FormWindow, Later> window(
+      new FormWindow(form, state_->views(form.Name()), state_->handles, addition));
   const Long handle = state_->handles.Of(*window);
   state_->forms.emplace(handle, std::move(window));
   return handle;

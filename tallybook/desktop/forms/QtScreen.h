@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "platform/Screen.h"
+#include "tallybook/desktop/forms/FormAddition.h"
 
 class QWidget;
 
@@ -35,6 +36,10 @@ class QtScreen : public Screen {
   ~QtScreen() override;
   QtScreen(const QtScreen&) = delete;
   QtScreen& operator=(const QtScreen&) = delete;
+
+  // Asked for each window of a form that is made from here on; empty for no additions.
+  using Additions = std::function<FormAddition(const Form& form)>;
+  void SetAdditions(Additions additions);
 
   // The handle of a window of the host, or of any widget; made on the first call.
   [[nodiscard]] Long HandleOf(QWidget& widget);

@@ -11,7 +11,9 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "base/Narrow.h"
 #include "dialogs/CDataExchangeGUI.h"
+#include "dialogs/FormInstances.h"
 #include "forms/Form.h"
 #include "forms/modAllUI.h"
 #include "platform/MessageBoxes.h"
@@ -21,11 +23,14 @@
 #include "tallybook/application/Counts.h"
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/application/EntryDates.h"
+#include "tallybook/application/ImportWays.h"
 #include "tallybook/application/JournalMark.h"
 #include "tallybook/application/OutputRules.h"
+#include "tallybook/desktop/forms/QtScreen.h"
 #include "tallybook/desktop/host/DesktopApp.h"
 #include "tallybook/desktop/host/DesktopFactory.h"
 #include "tallybook/desktop/host/ExportOutputs.h"
+#include "tallybook/desktop/host/ImportWatch.h"
 #include "tallybook/desktop/host/LineEndQuestion.h"
 #include "tallybook/desktop/host/OpenBook.h"
 #include "tallybook/desktop/host/PromptFiller.h"
@@ -41,8 +46,9 @@ constexpr Integer kDefinitionDataType = 1;
 constexpr const char* kFilePrompt = "frmImport";
 constexpr const char* kDelimitedPrompt = "frmDelimited";
 constexpr const char* kImportReport = "QDX Import Report";
-constexpr Integer kImportAll = 2;  // of the list's action buttons
-constexpr int kLookEvery = 100;    // at what is to be closed, in milliseconds
+constexpr Integer kImportOne = 1;  // of the list's action buttons
+constexpr Integer kImportAll = 2;
+constexpr int kLookEvery = 100;  // at what is to be closed, in milliseconds
 
 Text DatesOf(const engine::JournalEntry& entry) {
   const application::EntryDates dates = application::EntryDatesOf(entry);
@@ -133,6 +139,9 @@ struct Conversations::State {
   void Tell(const Text& text, Long icon, const Text& details = "") const {
     means.platform.Boxes().Tell(text, kOkOnly | icon, Title(), details);
   }
+  [[nodiscard]] Integer Ask(const Text& question, Long style) const {
+    return means.platform.Boxes().Tell(question, style, Title(), "");
+  }
 
   // What the component has logged and nobody has told.
   void TellWaiting() const {
@@ -188,22 +197,19 @@ class Conversations::Run {
   void SetList(ListWindow* list) { list_ = list; }
   [[nodiscard]] Long Owner() const { return state_.means.platform.Handles().HandleOf(state_.owner); }
 
-  // The name that the journal gives what is imported from here on; the same name again goes on with the same command.
-  void NameImport(const Text& name) {
-    if (name == import_name_ || book_ == nullptr || book_->ReadOnly()) return;
-    import_name_ = name;
-    book_->SetOperationName(name);
-  }
-  // A report begins: what is written under it is a command of its own.
+  // A report begins: what is written under it is a command of its own, whose files are recorded.
   void BeginReport() {
     if (book_ == nullptr || book_->ReadOnly()) return;
     report_mark_.emplace(*book_);
-    import_name_.clear();
-    if (list_ == nullptr) return;
-    const bool all = list_->ActionUnderWay() == kImportAll;
-    NameImport(all ? Text("import qdx all") : "import qdx #" + NumberOfKey(list_->SelectedKey()));
+    const Integer action = list_ == nullptr ? Integer{0} : list_->ActionUnderWay();
+    if (action != kImportOne && action != kImportAll) return;
+    const bool all = action == kImportAll;
+    book_->SetOperationName(all ? Text("import qdx all") : "import qdx #" + NumberOfKey(list_->SelectedKey()));
+    if (all) watch_->LeaveKnownAlone();
+    watch_->BeginRun();
   }
   void ShowReport(report::Report report, report::Blocks head) {
+    if (watch_) watch_->EndRun();
     ReportSetting setting;
     if (report.title == kImportReport && report_mark_) AddChanges(setting);
     auto* const window = new ReportWindow(std::move(report), std::move(head), std::move(setting), &state_.owner);
@@ -212,15 +218,12 @@ class Conversations::Run {
     window->activateWindow();
     if (state_.changed) state_.changed();
   }
-  // What is imported is named after the file in the prompt, when work on it begins.
-  void NameImportsBy(const Text& what, const Text& prompt) {
-    state_.means.platform.Progress().SetBeginListener([this, what, prompt] {
-      const Text file = PromptedFile(prompt);
-      NameImport(file.empty() ? what : what + " " + file);
-    });
+  // Of the import of a delimited file: who is asked about its line ends, and whether fields that the system keeps by itself
+  // are imported, too.
+  void SetDelimited(LineEndQuestion& line_ends, bool system_fields) {
+    line_ends_ = &line_ends;
+    system_fields_ = system_fields;
   }
-  // The next import is a command of its own again.
-  void ForgetName() { import_name_.clear(); }
 
   // The list waits for the user, and nothing stands over it.
   [[nodiscard]] bool IsIdle() const {
@@ -261,6 +264,63 @@ class Conversations::Run {
     return book_ != nullptr;
   }
 
+  // --- What the application adds to the prompts of imports -----------------------------------------------------------
+
+  [[nodiscard]] FormAddition AdditionTo(const Form& form) {
+    FormAddition addition;
+    const FormInstances& forms = TheForms();
+    if (&form == forms.QDXImp.IfThere()) {
+      addition.may_press = [this] { return watch_->MayImport(TheForms().QDXImp.IfThere()->Math()); };
+    } else if (&form == forms.Import.IfThere()) {
+      addition.may_press = [this] { return MayImportCsv(*TheForms().Import.IfThere()); };
+    } else if (&form == forms.Delimited.IfThere()) {
+      addition.may_press = [this] { return MayImportDelimited(*TheForms().Delimited.IfThere()); };
+    }
+    return addition;
+  }
+
+  bool MayImportCsv(const frmImport& prompt) {
+    return MayImportText("import csv", prompt.NamedFile(), application::WayOfCsv(eMath::mDefault, {}));
+  }
+
+  // Line ends that the import does not take are asked about when it opens the file; there is no other way to read it.
+  bool MayImportDelimited(const frmDelimited& prompt) {
+    const Text file = prompt.Text1.Text();
+    const bool any_line_end = line_ends_ != nullptr && line_ends_->IsAskedAbout(file);
+    return MayImportText("import delimited", file,
+                         application::WayOfDelimited({.math = static_cast<eMath>(ComboItemTag(prompt.cmbMath)),
+                                                      .date_order = ToInteger(ComboItemTag(prompt.cmbDate)),
+                                                      .date_parts = !prompt.chkDate.Checked(),
+                                                      .system_fields = system_fields_,
+                                                      .any_line_end = any_line_end}));
+  }
+
+  // A file that is not there is for the import to tell of. The one that may be imported is a command of its own.
+  bool MayImportText(const Text& what, const Text& file, const application::EntryFacts& way) {
+    if (file.empty() || !FileExists(file)) return true;
+    if (!watch_->MayImport(file, way)) return false;
+    book_->SetOperationName(what + " " + file);
+    watch_->BeginRun(file, way);
+    return true;
+  }
+
+  void WatchImports() {
+    QtPlatform& platform = state_.means.platform;
+    watch_.emplace(
+        *book_, ImportWatch::Means{
+                    .exchange = [this] { return state_.means.factory.Exchange(); },
+                    .ask =
+                        [this](const Text& question) {
+                          const Long style = kYesNo | kQuestionIcon | kSecondButtonDefault;
+                          return state_.Ask(question, style) == kYes;
+                        },
+                    .place_of = [&platform](const Text& path) { return platform.Files().PlaceOf(path).value_or(path); },
+                    .warn = [this](const Text& words) { state_.Tell(words, kExclamationIcon); }});
+    state_.means.app.SetImportListener([this] { watch_->BeginFile(); });
+    state_.means.factory.SetExchangeListener([this] { watch_->EndRun(); });
+    platform.Screen().SetAdditions([this](const Form& form) { return AdditionTo(form); });
+  }
+
   void Prepare() {
     QtPlatform& platform = state_.means.platform;
     DesktopFactory& factory = state_.means.factory;
@@ -273,6 +333,7 @@ class Conversations::Run {
                                            ? "The file then holds only what was written so far, and you are told so."
                                            : "What was stored so far stays; the journal can take it back.");
     if (kind_ == Kind::kExport) PrepareOutputs();
+    if (kind_ == Kind::kImport) WatchImports();
     // What waits to be told goes into the next box of the component, which has no room for it, or is told by itself.
     platform.Boxes().SetDetails([this] { return DetailsOfBox(); });
     platform.Boxes().SetBeforeBox([this] { BeforeBox(); });
@@ -287,6 +348,10 @@ class Conversations::Run {
     QtPlatform& platform = state_.means.platform;
     DesktopFactory& factory = state_.means.factory;
     state_.tell.stop();
+    state_.means.app.SetImportListener({});
+    factory.SetExchangeListener({});
+    platform.Screen().SetAdditions({});
+    watch_.reset();
     state_.means.app.Log().SetListener({});
     platform.Boxes().SetDetails({});
     platform.Boxes().SetBeforeBox([&platform] { platform.Progress().Hide(); });
@@ -295,7 +360,6 @@ class Conversations::Run {
     factory.SetReportDisplay({});
     factory.SetListListener({});
     factory.SetTableWrapper({});
-    platform.Progress().SetBeginListener({});
     outputs_.reset();
     static const application::OutputRules no_rules;
     platform.Files().UseRules(no_rules);
@@ -370,6 +434,7 @@ class Conversations::Run {
     const std::vector<engine::JournalEntry> entries = report_mark_->Since();
     for (const engine::JournalEntry& entry : entries) setting.changes.push_back(ChangeOf(entry));
     if (entries.empty()) setting.changes.emplace_back("No figure was changed.");
+    for (const Text& left : watch_->LeftAlone()) setting.changes.push_back(left);
     std::vector<engine::JournalEntry> undoable;
     std::ranges::copy_if(entries, std::back_inserter(undoable), CanBeUndone);
     if (undoable.empty()) return;
@@ -390,8 +455,10 @@ class Conversations::Run {
   std::optional<ExportOutputs> outputs_;
   const application::JournalMark* mark_ = nullptr;
   std::optional<application::JournalMark> report_mark_;
+  std::optional<ImportWatch> watch_;  // of a conversation that imports
   ListWindow* list_ = nullptr;
-  Text import_name_;
+  LineEndQuestion* line_ends_ = nullptr;
+  bool system_fields_ = false;
   QTimer ending_;
   std::vector<const Form*> asked_to_close_;
 };
@@ -468,7 +535,6 @@ ConversationResult Conversations::ImportCsv(const Text& file) {
   const bool imports = true;
   return Start(imports, [&](Run& run, CDataExchangeGUI& gui, engine::Book& book) {
     const PromptFiller filler(kFilePrompt, file);
-    run.NameImportsBy("import csv", kFilePrompt);
     const bool ignored = true;
     return gui.ImportCSV(run.Owner(), book, ignored);
   });
@@ -478,8 +544,8 @@ ConversationResult Conversations::ImportDelimited(const Text& file, bool allow_s
   const bool imports = true;
   return Start(imports, [&](Run& run, CDataExchangeGUI& gui, engine::Book& book) {
     const PromptFiller filler(kDelimitedPrompt, file);
-    const LineEndQuestion line_ends;
-    run.NameImportsBy("import delimited", kDelimitedPrompt);
+    LineEndQuestion line_ends;
+    run.SetDelimited(line_ends, allow_system_fields);
     return gui.ImportDelimited(run.Owner(), book, allow_system_fields);
   });
 }
@@ -541,7 +607,6 @@ ConversationResult Conversations::TakeBack(const std::shared_ptr<State>& state, 
     }
     // What was taken back before one could not be stays so.
     result.entries = mark.Since();
-    if (run != nullptr) run->ForgetName();
     if (run == nullptr) opened.book->Close();
     if (!result.ran) state->Tell(failure, kStopIcon, WhatWasTakenBack(result.entries));
   } catch (...) {

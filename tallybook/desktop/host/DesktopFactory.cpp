@@ -1,8 +1,10 @@
 #include "tallybook/desktop/host/DesktopFactory.h"
 
+#include <exception>
 #include <utility>
 
 #include "host/Sequence.h"
+#include "tallybook/desktop/forms/UserActs.h"
 
 namespace tallybook::desktop {
 
@@ -47,6 +49,16 @@ DesktopFactory::DesktopFactory(WindowHandles& handles, engine::ProgressDisplay& 
     if (list_listener_) list_listener_(*window);
     return window;
   });
+}
+
+// What listens has told what there is to tell; the object goes whatever becomes of that.
+void DesktopFactory::ExchangeEnds(CDataExchange& exchange) noexcept {
+  try {
+    if (&exchange == Exchange() && before_exchange_goes_) before_exchange_goes_();
+  } catch (...) {
+    KeepFailure(std::current_exception());
+  }
+  std::erase(exchanges_, &exchange);
 }
 
 std::unique_ptr<Printer> DesktopFactory::NewPrinter() {

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "tallybook/application/ReferenceFactory.h"
 #include "tallybook/desktop/host/ListWindow.h"
@@ -25,6 +26,13 @@ class DesktopFactory : public application::ReferenceFactory {
   using TableWrapper = std::function<std::shared_ptr<DataExportObject>(std::shared_ptr<DataExportObject>)>;
   void SetTableWrapper(TableWrapper wrapper) { wrapper_ = std::move(wrapper); }
 
+  // The exchange object that was made last and is there still; null where there is none.
+  [[nodiscard]] CDataExchange* Exchange() const { return exchanges_.empty() ? nullptr : exchanges_.back(); }
+  // Told before that one goes, while it can still be asked.
+  void SetExchangeListener(std::function<void()> before_it_goes) { before_exchange_goes_ = std::move(before_it_goes); }
+  void ExchangeBegins(CDataExchange& exchange) override { exchanges_.push_back(&exchange); }
+  void ExchangeEnds(CDataExchange& exchange) noexcept override;
+
   std::unique_ptr<Printer> NewPrinter() override;
   std::shared_ptr<DataExportObject> NewDataExportObject() override;
 
@@ -35,6 +43,8 @@ class DesktopFactory : public application::ReferenceFactory {
   std::function<void(ListWindow&)> list_listener_;
   std::function<void()> report_listener_;
   TableWrapper wrapper_;
+  std::function<void()> before_exchange_goes_;
+  std::vector<CDataExchange*> exchanges_;
 };
 
 }  // namespace tallybook::desktop

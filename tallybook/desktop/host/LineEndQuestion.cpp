@@ -31,6 +31,13 @@ std::unique_ptr<OpenFile> LineEndQuestion::Open(const Text& path, Access access,
   }
 }
 
+bool LineEndQuestion::IsAskedAbout(const Text& path) {
+  looks_ = true;
+  const auto trouble = application::BadLineEnds(path);
+  looks_ = false;
+  return trouble.has_value();
+}
+
 void LineEndQuestion::Ask(const Text& path) {
   if (read_any_end_.contains(path)) return;
   looks_ = true;

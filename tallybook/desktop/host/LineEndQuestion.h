@@ -19,6 +19,9 @@ class LineEndQuestion : public application::FileLayer {
   LineEndQuestion(const LineEndQuestion&) = delete;
   LineEndQuestion& operator=(const LineEndQuestion&) = delete;
 
+  // Whether the lines of a file end in a way that it is asked about. Asks nobody.
+  [[nodiscard]] bool IsAskedAbout(const Text& path);
+
   // Each file is asked about once. Failure 75 with the reason where the user does not want it read.
   [[nodiscard]] std::unique_ptr<OpenFile> Open(const Text& path, Access access, Sharing sharing,
                                                Creation creation) override;

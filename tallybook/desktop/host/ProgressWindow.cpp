@@ -98,7 +98,6 @@ void ProgressWindow::Begin(const tallybook::Text& title) {
   text_ = title;
   fraction_ = 0;
   is_busy_ = false;
-  if (begin_listener_) begin_listener_();
   LetEventsIn();
 }
 

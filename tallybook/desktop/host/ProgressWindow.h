@@ -57,8 +57,6 @@ class ProgressWindow : public engine::ProgressDisplay {
   void AskToCancel() {
     if (open_ && can_cancel_) Cancel();
   }
-  // Told whenever work begins; empty for nobody.
-  void SetBeginListener(std::function<void()> listener) { begin_listener_ = std::move(listener); }
 
   [[nodiscard]] bool IsOpen() const { return open_; }
   // Some work since Forget was cancelled by the user.
@@ -77,7 +75,6 @@ class ProgressWindow : public engine::ProgressDisplay {
 
   Owner owner_;
   Teller teller_;
-  std::function<void()> begin_listener_;
   std::unique_ptr<Frame> frame_;
   tallybook::Text title_;
   tallybook::Text text_;

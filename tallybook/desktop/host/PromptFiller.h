@@ -1,30 +1,28 @@
-// Puts a file's name into the box of a dialog when that is shown, before the user can press a key in it, as if the user had
-// typed it: for a file that was dropped on the application or opened from the file manager. One thread.
+// Puts a file's name into the box of a dialog as soon as that is shown, as if the user had typed it: for a file that was
+// dropped on the application or opened from the file manager. One thread.
 #pragma once
 
-#include <QObject>
+#include <QTimer>
 
 #include "base/Types.h"
 
 namespace tallybook::desktop {
 
-class PromptFiller final : public QObject {
+class PromptFiller {
  public:
   // Waits for the first showing of the form of this name, and fills its box "Text1". An empty file fills nothing.
   PromptFiller(const Text& form, const Text& file);
-  ~PromptFiller() override = default;
   PromptFiller(const PromptFiller&) = delete;
   PromptFiller& operator=(const PromptFiller&) = delete;
 
- protected:
-  bool eventFilter(QObject* watched, QEvent* event) override;
+  [[nodiscard]] bool IsDone() const { return !timer_.isActive(); }
 
  private:
+  void Look();
+
   Text form_;
   Text file_;
+  QTimer timer_;
 };
-
-// What stands in the box "Text1" of a form that is loaded; empty where there is none.
-[[nodiscard]] Text PromptedFile(const Text& form);
 
 }  // namespace tallybook::desktop

@@ -285,6 +285,57 @@ TEST_F(ButtonsTest, ADisabledButtonIsNotClicked) {
   EXPECT_THAT(told_, IsEmpty());
 }
 
+// What the application puts beside the buttons of a form.
+class AddedButtonTest : public ButtonsTest {
+ protected:
+  AddedButtonTest() {
+    form_.Unload();
+    text_.SetCaption("Name:");
+    screen.SetAdditions([this](const Form& form) {
+      EXPECT_EQ(&form, &form_);
+      FormAddition addition;
+      addition.may_press = [this] {
+        told_.emplace_back("may it?");
+        return may_;
+      };
+      addition.caption = "Pre&view";
+      addition.act = [this] { told_.emplace_back("view"); };
+      return addition;
+    });
+    Show(form_);
+  }
+
+  bool may_ = true;
+};
+
+TEST_F(AddedButtonTest, IsAskedBeforeTheMainButtonActsHoweverItIsPressed) {
+  may_ = false;
+  text_.SetFocus();
+  Press(Qt::Key_Return);
+  EXPECT_THAT(told_, ElementsAre("may it?"));
+  may_ = true;
+  QTest::mouseClick(&WidgetOf(save_), Qt::LeftButton);
+  Press(Qt::Key_Escape);
+  EXPECT_THAT(told_, ElementsAre("may it?", "may it?", "save 1", "save 0"));
+}
+
+TEST_F(AddedButtonTest, ItsButtonStandsBetweenTheTwoAndIsReachedByEveryKey) {
+  check_.SetFocus();
+  for (int times = 0; times < 2; ++times) Press(Qt::Key_Tab);
+  EXPECT_TRUE(save_.HasFocus());
+  Press(Qt::Key_Return);
+  EXPECT_THAT(told_, ElementsAre("view"));
+  Press(Qt::Key_Right);
+  Press(Qt::Key_Return);
+  Press(Qt::Key_Left);
+  Press(Qt::Key_Space);
+  EXPECT_THAT(told_, ElementsAre("view", "save 0", "view"));
+  Press(Qt::Key_V, Qt::AltModifier);
+  EXPECT_TRUE(RunUntil([&] { return told_.size() == 4; }, 1000));
+  EXPECT_EQ(told_.back(), "view");
+  EXPECT_THAT(FaultsOf(WindowOf(form_)), IsEmpty());
+}
+
 // --- Lists -----------------------------------------------------------------------------------------------------------
 
 class ListBinderTest : public BindersTest {

@@ -61,12 +61,12 @@ class ConversationsFixture : public ::testing::Test {
     return FiguresOf(*engine::Book::Open(BookPath(), app_, options));
   }
 
-  void WriteExchangeFile(const Text& name) {
+  void WriteExchangeFile(const Text& name, Double sales = 7.5) {
     ExchangeFile file;
     file.first = day_;
     file.last = day_;
     file.accounts = {{"100", "Front"}};
-    file.blocks = {{Integer{1}, {{day_, {{kSales, 7.5}}}}}};
+    file.blocks = {{Integer{1}, {{day_, {{kSales, sales}}}}}};
     file.fields = {{kSales, "Sales"}};
     folder_.Write(name, file.Bytes());
   }

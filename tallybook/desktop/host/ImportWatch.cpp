@@ -1,0 +1,130 @@
+#include "tallybook/desktop/host/ImportWatch.h"
+
+#include <optional>
+#include <utility>
+
+#include "base/Failure.h"
+#include "exchange/CDataExchange.h"
+#include "tallybook/application/DefinitionLook.h"
+#include "tallybook/application/ImportHistory.h"
+#include "tallybook/application/ImportWays.h"
+
+namespace tallybook::desktop {
+
+namespace {
+
+constexpr const char* kAskAgain = ".\r\n\r\nImport it again?";
+
+application::EntryFacts WayOf(const CDataExchange& exchange, Integer definition, Integer math) {
+  return application::WayOfDefinition(exchange.FileNum(definition), exchange.Desc(definition), math);
+}
+
+}  // namespace
+
+ImportWatch::ImportWatch(engine::Book& book, Means means) : book_(book), means_(std::move(means)) {}
+
+ImportWatch::~ImportWatch() = default;
+
+void ImportWatch::Forget() {
+  EndRun();
+  left_.clear();
+  told_.clear();
+}
+
+void ImportWatch::Leave(const Text& file, const Text& told) {
+  left_.push_back(file);
+  told_.push_back("Left alone: " + told + ".");
+}
+
+bool ImportWatch::MayImport(Integer math) {
+  Forget();
+  const CDataExchange* const exchange = means_.exchange();
+  if (exchange == nullptr) return true;
+  const application::ImportHistory history(book_);
+  const application::EntryFacts way = WayOf(*exchange, kSelected, math);
+  const std::vector<Text> files = application::ExchangeFilesOf(exchange->QdxFileName());
+  for (const Text& file : files) {
+    const auto earlier = history.Find(file, PlaceOf(file), way);
+    if (!earlier) continue;
+    const Text told = application::EarlierImportText(file, *earlier);
+    if (!means_.ask(told + kAskAgain)) Leave(file, told);
+  }
+  return left_.empty() || left_.size() < files.size();
+}
+
+void ImportWatch::LeaveKnownAlone() {
+  Forget();
+  const CDataExchange* const exchange = means_.exchange();
+  if (exchange == nullptr) return;
+  const application::ImportHistory history(book_);
+  for (Integer definition = 1; definition <= exchange->NumRecs(); ++definition) {
+    const application::EntryFacts way = WayOf(*exchange, definition, static_cast<Integer>(eMath::mReplace));
+    for (const Text& file : application::ExchangeFilesOf(exchange->QdxFileName(definition))) {
+      const auto earlier = history.Find(file, PlaceOf(file), way);
+      if (earlier) Leave(file, application::EarlierImportText(file, *earlier));
+    }
+  }
+}
+
+void ImportWatch::BeginRun() {
+  EndRun();
+  is_text_ = false;
+  recorder_ = std::make_unique<application::ImportRecorder>(book_);
+  if (!left_.empty()) hidden_ = std::make_unique<application::FilesLeftAlone>(left_);
+  left_.clear();
+}
+
+void ImportWatch::BeginFile() {
+  const CDataExchange* const exchange = means_.exchange();
+  if (recorder_ == nullptr || is_text_ || exchange == nullptr) return;
+  const Text& file = exchange->TrueFilename();
+  recorder_->BeginFile(file, PlaceOf(file), WayOf(*exchange, kSelected, exchange->Math()));
+}
+
+bool ImportWatch::MayImport(const Text& file, const application::EntryFacts& way) {
+  Forget();
+  const auto earlier = application::ImportHistory(book_).Find(file, PlaceOf(file), way);
+  return !earlier || means_.ask(application::EarlierImportText(file, *earlier) + kAskAgain);
+}
+
+void ImportWatch::BeginRun(const Text& file, const application::EntryFacts& way) {
+  EndRun();
+  is_text_ = true;
+  recorder_ = std::make_unique<application::ImportRecorder>(book_);
+  recorder_->BeginFile(file, PlaceOf(file), way);
+}
+
+// Exchange files came in the order in which the recorder has them; one that ended before it was recorded has no run.
+void ImportWatch::AddOutcomes(application::ImportRecorder& recorder) const {
+  const auto runs = recorder.Runs();
+  const CDataExchange* const exchange = means_.exchange();
+  if (exchange == nullptr) return;
+  if (is_text_) {
+    const TextImportTally& tally = exchange->LastTextImport();
+    for (application::ImportRecorder::Run* const run : runs) application::AddOutcome(run->facts, tally, tally.stored);
+    return;
+  }
+  auto run = runs.begin();
+  for (const QDXDefinitionImport& import : exchange->LastQDXImport().definitions) {
+    for (const QDXFileImport& file : import.files) {
+      if (run == runs.end() || (*run)->path != file.file) continue;
+      const bool is_last = &file == &import.files.back();
+      application::AddOutcome((*run)->facts, file, is_last ? import.stop : std::nullopt);
+      ++run;
+    }
+  }
+}
+
+void ImportWatch::EndRun() {
+  hidden_.reset();
+  if (recorder_ == nullptr) return;
+  const auto ended = std::move(recorder_);
+  try {
+    AddOutcomes(*ended);
+    ended->Save();
+  } catch (...) {
+    means_.warn("The journal does not keep which files were read: " + CurrentFailure().Description());
+  }
+}
+
+}  // namespace tallybook::desktop
