@@ -372,9 +372,10 @@ void FigurePane::Parts::FillBar() {
 void FigurePane::Parts::ShowChoice() {
   grid->TakeWhatIsTyped();
   const QModelIndex before = grid->currentIndex();
-  FillBar();
+  // Before anything is laid out, which asks the table for its rows: it may have fewer now.
   model->TakeAnew();
   totals_model->TakeAnew();
+  FillBar();
   grid->FitColumns();
   totals_row->verticalHeader()->setDefaultSectionSize(grid->verticalHeader()->defaultSectionSize());
   totals_row->setFixedHeight(grid->verticalHeader()->defaultSectionSize() + 1);
