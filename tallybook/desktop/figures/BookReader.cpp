@@ -84,6 +84,18 @@ bool BookReader::TakeLists() {
   return true;
 }
 
+Date BookReader::DateOfNewestFigures(Date until) {
+  Integer account = 0;
+  Date newest = until;
+  Read().VisitFigures({CalendarRules().FirstDate(), until, {}, {}}, [&](const engine::Figure& figure) {
+    if (account == 0) account = figure.account_position;
+    if (figure.account_position != account) return false;
+    newest = figure.date;
+    return true;
+  });
+  return newest;
+}
+
 void BookReader::VisitAccount(Integer account, Date first, Date last, Integer field,
                               const std::function<void(const FigureSeen&)>& visit) {
   engine::Book& book = Read();

@@ -40,6 +40,9 @@ class BookReader {
   };
   void VisitAccount(Integer account, Date first, Date last, Integer field,
                     const std::function<void(const FigureSeen&)>& visit);
+  // The last date up to `until` on which the first account that has figures by then has one; `until` where none has.
+  // Fails as Read.
+  [[nodiscard]] Date DateOfNewestFigures(Date until);
   // Whether the file has been written since the last read began, by whomever. Does not open it.
   [[nodiscard]] bool HasChanged() const;
   // Ends the read, and begins one that shows what has been committed by now. Fails as Book::Open, and leaves the reader

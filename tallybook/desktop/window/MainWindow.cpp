@@ -88,6 +88,7 @@ class MainWindow::Parts {
   bool Open(const Text& path);
   bool Leave();
   bool GivesUp(const QString& why, const QString& words_to_stay);
+  [[nodiscard]] static Date FirstDateOf(BookReader& opened);
   void ShowBook(std::unique_ptr<BookReader> opened);
   void ShowStart();
   void KeepLook() const;
@@ -292,6 +293,17 @@ bool MainWindow::Parts::Open(const Text& named) {
   return true;
 }
 
+// Of a book that was never seen here.
+Date MainWindow::Parts::FirstDateOf(BookReader& opened) {
+  const Date today = std::floor(Now());
+  try {
+    return opened.DateOfNewestFigures(today);
+  } catch (const Failure&) {
+    // Meant: the table itself says of what it shows why it cannot be read.
+    return today;
+  }
+}
+
 void MainWindow::Parts::ShowBook(std::unique_ptr<BookReader> opened) {
   path = opened->Path();
   reader = opened.get();
@@ -314,10 +326,14 @@ void MainWindow::Parts::ShowBook(std::unique_ptr<BookReader> opened) {
     across->setSizes({unit * 16, unit * 60});
     down->setSizes({unit * 26, unit * 12});
   }
-  const bool was_never_seen = look.choice.date == kNoDate;
-  figures->Open(std::move(opened));
   FigureChoice choice = look.choice;
-  if (was_never_seen) choice.date = std::floor(Now());
+  const bool was_never_seen = choice.date == kNoDate;
+  if (was_never_seen) {
+    choice.date = FirstDateOf(*opened);
+    // Of a year of periods all twelve are seen at once.
+    if (opened->Description().data_level >= kPeriodLevel) choice.stretch = engine::kYearLevel;
+  }
+  figures->Open(std::move(opened));
   figures->Choose(choice);
   if (was_never_seen) figures->GoToDate(choice.date);
   settings.NoteBook(path);
@@ -677,9 +693,7 @@ void MainWindow::OpenExample() {
   } catch (...) {
     return Tell(ToQt(Shown(CurrentFailure().Description())));
   }
-  const Text shop = (folder / kExampleShop).string();
-  const bool is_new = parts_->settings.LookOf(shop).choice.date == kNoDate;
-  if (OpenBook(shop) && is_new) parts_->figures->GoToDate(DateFromParts(application::kDemoYear, 1, 2));
+  OpenBook((folder / kExampleShop).string());
 }
 
 void MainWindow::OpenFile(const Text& path) {

@@ -31,6 +31,16 @@ TEST_F(BookReaderTest, ShowsOneStateUntilItIsToldToLookAgain) {
   EXPECT_EQ(Sales(), 99);
 }
 
+TEST_F(BookReaderTest, GivesTheLastDateOnWhichTheFirstAccountWithFiguresHasOne) {
+  EXPECT_EQ(Reader().DateOfNewestFigures(Day(2004, 6, 1)), Day(2003, 1, 31));
+  EXPECT_EQ(Reader().DateOfNewestFigures(Day(2003, 1, 12)), Day(2003, 1, 12));
+  EXPECT_EQ(Reader().DateOfNewestFigures(Day(2026, 1, 1)), Day(2004, 12, 31));
+}
+
+TEST_F(BookReaderTest, GivesTheDateAskedWhereNoAccountHasAFigureByThen) {
+  EXPECT_EQ(Reader().DateOfNewestFigures(Day(2002, 12, 31)), Day(2002, 12, 31));
+}
+
 TEST_F(BookReaderTest, KnowsTheListsAtRest) {
   Reader().Rest();
   EXPECT_EQ(Reader().Description().accounts.size(), 3U);

@@ -62,7 +62,7 @@ class MainWindowTest : public tallybook::testing::BookFixture {
   }
 
   void OpenShop() {
-    ASSERT_TRUE(window_->OpenBook(BookPath()));
+    ASSERT_TRUE(Window().OpenBook(BookPath()));
     Figures().GoToDate(Day(2003, 1, 1));
     Grid().setFocus();
   }
@@ -469,6 +469,30 @@ TEST_F(MainWindowTest, TellsWhyABookCannotBeOpenedAndStays) {
   EXPECT_FALSE(Window().OpenBook(folder.Path("none.tbk")));
   EXPECT_TRUE(WasAsked());
   EXPECT_EQ(Window().BookPath(), "");
+}
+
+TEST_F(MainWindowTest, ShowsATableOfFewerRowsFromALineFarDown) {
+  OpenShop();
+  Figures().GoToDate(Day(2003, 1, 31));
+  EXPECT_EQ(Grid().currentIndex().row(), 30);
+  Press(Qt::Key_3, Qt::ControlModifier);
+  EXPECT_EQ(Grid().model()->rowCount(), 3);
+  EXPECT_EQ(Grid().currentIndex().row(), 0) << "the account stays";
+  Press(Qt::Key_1, Qt::ControlModifier);
+  EXPECT_EQ(Grid().currentIndex().row(), 30) << "and the date";
+}
+
+TEST_F(MainWindowTest, ShowsABookThatWasNeverSeenAtItsNewestFigures) {
+  ASSERT_TRUE(Window().OpenBook(BookPath()));
+  const FigureChoice& choice = Figures().Table().Choice();
+  EXPECT_EQ(choice.date, Day(2003, 1, 31));
+  EXPECT_EQ(choice.stretch, kPeriodLevel);
+}
+
+TEST_F(MainWindowTest, ShowsAWholeYearOfPeriodsOfABookThatWasNeverSeen) {
+  engine::Book::Create(folder.Path("office.tbk"), application::DemoOffice());
+  ASSERT_TRUE(Window().OpenBook(folder.Path("office.tbk")));
+  EXPECT_EQ(Figures().Table().Choice().stretch, engine::kYearLevel);
 }
 
 TEST_F(MainWindowTest, RemembersABookAndHowItWasLookedAt) {
