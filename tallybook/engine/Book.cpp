@@ -193,8 +193,6 @@ void Book::Create(const Text& path, const BookDescription& description) {
   CheckNewBookDescription(description, path);
   const Text place = NativeBookPath(path);
   Workpiece workpiece(place);
-  const std::vector<Text> troubles = NameTroubles(place);
-  if (!troubles.empty()) throw Failure(FailureNumber::kPathOrAccess, place + ": " + troubles.front(), kSource);
   {
     FigureStore store(std::make_unique<SqliteStorage>(BookFile::Create(workpiece.Path(), description)),
                       BookOptions().cache_bytes);

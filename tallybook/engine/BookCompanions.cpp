@@ -166,13 +166,15 @@ std::vector<Companion> ReadCompanions(const Text& folder, const Text& name) {
   return companions;
 }
 
-void RefuseStrayCompanions(const Text& path) {
+Text StrayCompanionTrouble(const Text& path) {
   const std::vector<Text> companions = CompanionPaths(BookFolder(path), BookName(path));
-  if (companions.empty()) return;
-  throw Failure(
-      FailureNumber::kPathOrAccess,
-      path + ": there is no book, but " + companions.front() + ", which would belong to it; move that away first",
-      kSource);
+  if (companions.empty()) return "";
+  return "there is no book, but " + companions.front() + ", which would belong to it; move that away first";
+}
+
+void RefuseStrayCompanions(const Text& path) {
+  const Text trouble = StrayCompanionTrouble(path);
+  if (!trouble.empty()) throw Failure(FailureNumber::kPathOrAccess, path + ": " + trouble, kSource);
 }
 
 void PutCompanions(const Text& path, const std::vector<Companion>& companions) {

@@ -25,7 +25,9 @@ struct Companion {
 // The same with what they hold.
 //   fails   70, 57 with the path where one cannot be read
 [[nodiscard]] std::vector<Companion> ReadCompanions(const Text& folder, const Text& name);
-// Failure 75 where companions stand that a new book at this path would take for its own.
+// What is wrong where companions stand that a new book at this path would take for its own; empty where none do.
+[[nodiscard]] Text StrayCompanionTrouble(const Text& path);
+// Failure 75 with the same.
 void RefuseStrayCompanions(const Text& path);
 // Makes a book's companions just these: each is written whole, and those that it has besides are taken away. What is
 // there and the same is left alone. They may be read and written by whoever may read and write the book.

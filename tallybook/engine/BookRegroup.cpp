@@ -234,8 +234,6 @@ Regrouped MakeRegroupedBook(Book& book, const Text& path, const BookDescription&
   CheckNewBookDescription(description, path);
   const Text place = NativeBookPath(path);
   Workpiece workpiece(place);
-  const std::vector<Text> troubles = NameTroubles(place);
-  if (!troubles.empty()) throw Failure(FailureNumber::kPathOrAccess, place + ": " + troubles.front(), kSource);
   Regrouped regrouped;
   {
     FigureStore store(std::make_unique<SqliteStorage>(BookFile::Create(workpiece.Path(), description)),

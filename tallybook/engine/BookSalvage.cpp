@@ -13,7 +13,6 @@
 #include "tallybook/engine/ChunkPlaces.h"
 #include "tallybook/engine/DamagedBook.h"
 #include "tallybook/engine/FigureSalvage.h"
-#include "tallybook/engine/FileState.h"
 #include "tallybook/engine/JournalSalvage.h"
 #include "tallybook/engine/SalvageLosses.h"
 #include "tallybook/engine/SalvagedChunks.h"
@@ -103,13 +102,10 @@ Text PutCompanionsInPlace(const Text& path) {
 
 SalvageResult SalvageBook(const Text& damaged, const Text& new_book, bool as_it_reads) {
   const Text place = NativeBookPath(new_book);
-  const std::vector<Text> troubles = NameTroubles(place);
-  if (!troubles.empty()) throw Failure(FailureNumber::kPathOrAccess, place + ": " + troubles.front(), kSource);
-  if (!StateAt(place).exists) RefuseStrayCompanions(place);
+  Workpiece workpiece(place);
   DamagedBook book(ResolvedBookPath(damaged));
   const Text trouble = book.LoadDescription(as_it_reads);
   Salvager salvager(book, trouble);
-  Workpiece workpiece(place);
   if (const std::error_code error = files::MakeNoMoreReadable(workpiece.Path(), book.Path())) {
     throw Failure(FailureNumberOf(error.value()),
                   place + ": it cannot be kept from those who may not read the damaged book: " + error.message(),

@@ -8,9 +8,11 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <vector>
 
 #include "base/Failure.h"
 #include "platform/posix/SystemError.h"
+#include "tallybook/engine/BookCompanions.h"
 #include "tallybook/engine/BookHold.h"
 #include "tallybook/engine/BookPlace.h"
 #include "tallybook/files/FileNames.h"
@@ -60,6 +62,7 @@ void RemoveIfNobodyHasIt(const Text& path) {
 
 Workpiece::Workpiece(const Text& path) : path_(path), work_path_(path + kEnding + RandomWord()) {
   RefuseTakenName();
+  RefuseUnfitName();
   const int made = ::open(work_path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
   if (made < 0) {
     const int error = errno;
@@ -86,6 +89,12 @@ void Workpiece::RefuseTakenName() const {
   const bool leads_nowhere = S_ISLNK(status.st_mode) && ::stat(path_.c_str(), &status) != 0;
   throw Failure(FailureNumber::kPathOrAccess,
                 path_ + ": the file exists already" + (leads_nowhere ? ", as a link that leads nowhere" : ""), kSource);
+}
+
+void Workpiece::RefuseUnfitName() const {
+  const std::vector<Text> troubles = NameTroubles(path_);
+  if (!troubles.empty()) throw Failure(FailureNumber::kPathOrAccess, path_ + ": " + troubles.front(), kSource);
+  RefuseStrayCompanions(path_);
 }
 
 void Workpiece::RemoveLeftovers() const {

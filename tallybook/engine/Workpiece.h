@@ -9,8 +9,9 @@ namespace tallybook::engine {
 class Workpiece {
  public:
   // Makes an empty file beside `path`, and takes away those of programs that were killed at this work.
-  //   fails   75 where anything has the name already, also a link that leads nowhere, or where the file cannot be made;
-  //           76 no such folder, 61 no room
+  //   fails   75 where anything has the name already, also a link that leads nowhere, where the name is too much like
+  //           another book's, where companion files stand that the new book would take for its own, or where the file
+  //           cannot be made; 76 no such folder, 61 no room
   explicit Workpiece(const Text& path);
   // Takes the file away unless it was moved to its place.
   ~Workpiece();
@@ -24,6 +25,7 @@ class Workpiece {
 
  private:
   void RefuseTakenName() const;
+  void RefuseUnfitName() const;
   void RefuseWithLog() const;
   void RemoveLeftovers() const;
 

@@ -11,6 +11,7 @@
 #include "base/ModParse.h"
 #include "base/Narrow.h"
 #include "tallybook/application/Shown.h"
+#include "tallybook/engine/BookCompanions.h"
 #include "tallybook/engine/BookPlace.h"
 #include "tallybook/engine/Calendar.h"
 
@@ -223,7 +224,7 @@ Text TroubleWithName(const BookDraft& draft) {
   if (std::filesystem::exists(path, ignored)) return "There is a file of that name already; choose another one.";
   if (!std::filesystem::is_directory(path.parent_path(), ignored)) return "There is no such folder.";
   const std::vector<Text> troubles = engine::NameTroubles(draft.path);
-  return troubles.empty() ? Text() : Shown(troubles.front());
+  return Shown(troubles.empty() ? engine::StrayCompanionTrouble(draft.path) : troubles.front());
 }
 
 engine::CalendarDescription CalendarOf(const BookDraft& draft) {

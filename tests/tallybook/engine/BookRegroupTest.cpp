@@ -106,6 +106,15 @@ TEST_F(BookRegroupTest, RefusesAFigureThatTheNewCalendarDoesNotHoldAndLeavesNoFi
   EXPECT_FALSE(folder.Has("New.tbk"));
 }
 
+TEST_F(BookRegroupTest, RefusesANameWhoseCompanionsAnotherBookHasLeft) {
+  const auto old = Old(ShopWith({{101, Day(2003, 1, 5), 1, 2}}));
+  folder.Write("TBQDX1.New", "of a book that is gone");
+  EXPECT_THAT([&] { Regroup(*old, {}); },
+              FailsWith(FailureNumber::kPathOrAccess, "TBQDX1.New, which would belong to it"));
+  EXPECT_FALSE(folder.Has("New.tbk"));
+  EXPECT_EQ(folder.Read("TBQDX1.New"), "of a book that is gone");
+}
+
 TEST_F(BookRegroupTest, RefusesASumThatIsNoFigureAndAPlaceThatIsTaken) {
   const auto old = Old(ShopWith({{101, Day(2003, 1, 5), 1, 1e308}, {101, Day(2003, 1, 6), 1, 1e308}}));
   const RegroupRequest request = {kPeriodLevel, {}, {}};

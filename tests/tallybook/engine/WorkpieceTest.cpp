@@ -69,6 +69,19 @@ TEST_F(WorkpieceTest, RefusesANameThatIsALinkToNowhere) {
   EXPECT_FALSE(folder.Has("nowhere"));
 }
 
+TEST_F(WorkpieceTest, RefusesANameWhoseCompanionsAnotherBookHasLeft) {
+  for (const char* name : {"TBQDX1.North", "TBQDBU2.North", "KVQDX3.North", "North.ini"}) {
+    folder.Write(name, "of a book that is gone");
+    EXPECT_THAT([&] { Create(ShopDescription()); },
+                FailsWith(FailureNumber::kPathOrAccess, Text(name) + ", which would belong to it"));
+    EXPECT_THAT(Names(), ElementsAre(name));
+    fs::remove(folder.Path(name));
+  }
+  folder.Write("TBQDX1.South", "of another book");
+  Create(ShopDescription());
+  EXPECT_TRUE(folder.Has("North.tbk"));
+}
+
 TEST_F(WorkpieceTest, NeedsAFolder) {
   EXPECT_THAT([&] { Book::Create(folder.Path("none/North.tbk"), ShopDescription()); },
               FailsWith(FailureNumber::kPathNotFound, "the folder does not exist"));

@@ -90,6 +90,9 @@ TEST_F(BookDraftTest, AsksForANameAndAFileThatIsNotThereYet) {
   EXPECT_EQ(TroubleWithName(draft), "There is a file of that name already; choose another one.");
   draft.path = folder.Path("none") + "/there.tbk";
   EXPECT_EQ(TroubleWithName(draft), "There is no such folder.");
+  folder.Write("TBQDX1.gone", "of a book that is gone");
+  draft.path = folder.Path("gone.tbk");
+  EXPECT_NE(TroubleWithName(draft).find("TBQDX1.gone, which would belong to it"), Text::npos);
 }
 
 TEST_F(BookDraftTest, CutsACustomYearByTheLengthsGiven) {
