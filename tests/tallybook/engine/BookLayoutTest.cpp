@@ -20,6 +20,7 @@ using engine::Book;
 using engine::BookDescription;
 using engine::Journal;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::SizeIs;
 
 constexpr Integer kFirstNew = 20;
@@ -217,6 +218,142 @@ TEST_F(BookLayoutTest, IsRefusedWhereWhatItTellsOfItsChunksIsDamaged) {
   EXPECT_THAT([&] { Open(); }, FailsWith(FailureNumber::kDeviceError, "does not agree with its checksum"));
   Meddle("DROP TABLE layout");
   EXPECT_THAT([&] { Open(); }, FailsWith(FailureNumber::kDeviceError, "does not agree with its checksum"));
+}
+
+// The pages of a closed book's file (SQLite file format, "B-tree Pages", "The Freelist"). Pages count from 1.
+class FilePages {
+ public:
+  explicit FilePages(std::string bytes) : bytes_(std::move(bytes)) {}
+
+  [[nodiscard]] const std::string& Bytes() const { return bytes_; }
+  [[nodiscard]] std::string PageAt(std::uint32_t page) const { return bytes_.substr(StartOf(page), engine::kPageSize); }
+  void SetPage(std::uint32_t page, const std::string& content) {
+    bytes_.replace(StartOf(page), content.size(), content);
+  }
+  void SetNumber(std::size_t at, std::uint32_t number) {
+    for (std::size_t byte = 0; byte < 4; ++byte) bytes_[at + byte] = static_cast<char>(number >> (24 - 8 * byte));
+  }
+
+  // Where a page above leaves has the numbers of the pages below; none for a leaf.
+  [[nodiscard]] std::vector<std::size_t> PointersOf(std::uint32_t page) const {
+    constexpr char kAboveLeavesOfTable = 5;
+    constexpr char kAboveLeavesOfIndex = 2;
+    constexpr std::size_t kHead = 12;
+    const std::size_t start = StartOf(page);
+    if (bytes_[start] != kAboveLeavesOfTable && bytes_[start] != kAboveLeavesOfIndex) return {};
+    std::vector<std::size_t> pointers = {start + 8};
+    for (std::size_t cell = 0; cell < Number(start + 3, 2); ++cell) {
+      pointers.push_back(start + Number(start + kHead + 2 * cell, 2));
+    }
+    return pointers;
+  }
+  // A page that is not in use, and is no list of such.
+  [[nodiscard]] std::uint32_t FreePage() const { return Number(StartOf(Number(32, 4)) + 8, 4); }
+
+ private:
+  static std::size_t StartOf(std::uint32_t page) { return (page - 1) * engine::kPageSize; }
+  [[nodiscard]] std::uint32_t Number(std::size_t at, std::size_t size) const {
+    std::uint32_t number = 0;
+    for (std::size_t byte = 0; byte < size; ++byte)
+      number = number << 8 | static_cast<unsigned char>(bytes_[at + byte]);
+    return number;
+  }
+
+  std::string bytes_;
+};
+
+// Nine years in which chunks of before and of now have keys in common, at other dates: the file of one keeps, in a page that
+// is not in use any more, what looks like one of the other.
+class BookLayoutPages : public BookFixture {
+ protected:
+  void SetUp() override {
+    BookDescription description = ShopDescription();
+    description.accounts.resize(1);
+    description.fields.resize(1);
+    description.calendar.years = 9;
+    {
+      const auto book = CreateAndOpen(description);
+      Grow(*book, 2);
+      for (const int day : {0, 40, FirstOfSecondChunk(*book) + kRow}) Set(*book, day, 2, 4711);
+    }
+    old_leaf = FilePages(folder.Read("North.tbk")).PageAt(RootOf("chunk"));
+    {
+      const auto book = Open();
+      Grow(*book, kFields);
+      ASSERT_NE(book->Stored().former_layouts.size(), 0U);
+      for (int day = 100; day < 3200; day += 11) {
+        for (Integer field = 1; field <= kFields; ++field) Set(*book, day, field, 0.1 * day + field);
+      }
+      right = FiguresOf(*book);
+    }
+    Meddle("CREATE TABLE gone (content BLOB); INSERT INTO gone VALUES (zeroblob(100000)); DROP TABLE gone");
+  }
+
+  static constexpr Integer kFields = 60;
+  static constexpr int kRow = 3;
+  static int FirstOfSecondChunk(const Book& book) { return static_cast<int>(book.Stored().rows_of_chunk); }
+  static void Set(Book& book, int day, Integer field, Double value) {
+    Put(book, 101, Day(2003, 1, 1) + day, field, value);
+  }
+  static void Grow(Book& book, Integer fields) {
+    BookDescription after = book.Description();
+    while (after.fields.size() < static_cast<std::size_t>(fields)) {
+      after.fields.push_back({static_cast<Integer>(after.fields.size() + 1), "", false});
+    }
+    book.Grow(after, "grow");
+  }
+  std::uint32_t RootOf(const Text& tree) {
+    engine::Database database(BookPath(), engine::Database::Mode::kReadWrite);
+    return static_cast<std::uint32_t>(
+        database.Number(("SELECT rootpage FROM sqlite_master WHERE name = '" + tree + "'").c_str()));
+  }
+
+  // Each of these ends with a failure, or as if nothing were damaged.
+  void ExpectRightOrRefused() {
+    const auto refused = [](const auto& act) {
+      try {
+        act();
+      } catch (const Failure&) {
+      }
+    };
+    for (int day = 0; day < 3285; ++day) {
+      refused([&] {
+        const auto book = OpenOnce();
+        const Date date = Day(2003, 1, 1) + day;
+        if (!book->ReadRecord(101, date)) return;
+        for (const Integer field : {Integer{1}, Integer{2}}) {
+          const auto found = right.find({101, date, field});
+          ASSERT_EQ(book->FieldValue(field), found == right.end() ? 0 : found->second) << day;
+        }
+      });
+    }
+    opened.reset();
+    refused([&] { EXPECT_EQ(FiguresOf(*OpenToRead()), right); });
+  }
+  Book* OpenOnce() {
+    if (!opened) opened = OpenToRead();
+    return opened.get();
+  }
+
+  std::string old_leaf;
+  FigureMap right;
+  std::unique_ptr<Book> opened;
+};
+
+TEST_F(BookLayoutPages, FromBeforeAGrowthAreNeverReadWhereADamagedPointerLeadsToThem) {
+  FilePages pages(folder.Read("North.tbk"));
+  const std::uint32_t root = RootOf("chunk");
+  const auto pointers = pages.PointersOf(root);
+  ASSERT_GT(pointers.size(), 2U);
+  pages.SetPage(pages.FreePage(), old_leaf);
+  for (const std::size_t pointer : pointers) {
+    SCOPED_TRACE("the pointer at " + std::to_string(pointer));
+    FilePages damaged = pages;
+    damaged.SetNumber(pointer, pages.FreePage());
+    folder.Write("North.tbk", damaged.Bytes());
+    ExpectRightOrRefused();
+    for (const bool deep : {false, true}) EXPECT_THAT(engine::CheckBook(BookPath(), deep).findings, Not(IsEmpty()));
+  }
 }
 
 }  // namespace
