@@ -75,6 +75,15 @@ Moment FindMoment(const Text& path) {
                 path + ": its companion files are being changed all the while; try again when that is done", kSource);
 }
 
+// Those that are sound have been put in place when the book was opened.
+void RefuseCompanionsWithin(Database& copy, const Text& book) {
+  if (!HasBackupTables(copy)) return;
+  throw Failure(FailureNumber::kDeviceError,
+                book + ": the book is damaged: the companion files that were restored with it do not agree with their "
+                       "checksum",
+                kSource);
+}
+
 Long FormatOfBackup(Database& database) {
   const bool also_backups = true;
   if (!LooksLikeBackup(database.Path())) {
@@ -92,6 +101,7 @@ BackupContents WriteBackup(const Text& book, const Text& to, const Text& shown) 
   moment.storage.reset();
   const BackupHead head{moment.name, Now()};
   Database copy = OpenWorkFile(to, shown);
+  RefuseCompanionsWithin(copy, book);
   Transaction transaction(copy);
   SaveBackupTables(copy, head, moment.companions);
   SetApplicationId(copy, kBackupApplicationId);

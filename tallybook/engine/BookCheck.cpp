@@ -41,7 +41,9 @@ class BookChecker {
 
   BookCheckResult Check() {
     const bool is_backup = IsBackup(Db());
-    if (is_backup) Try(FindingKind::kCompanions, [this] { static_cast<void>(LoadCompanions(Db())); });
+    Try(FindingKind::kCompanions, [this, is_backup] {
+      if (is_backup || HasBackupTables(Db())) static_cast<void>(LoadCompanions(Db()));
+    });
     if (!is_backup) FindNameTroubles();
     if (deep_) Try(FindingKind::kFile, [this] { CheckFile(); });
     ReadDescription();

@@ -35,7 +35,8 @@ struct BookCheckResult {
 // chunk, what the index shows against what was written, and the journal. A book of format 1 has no checksums, and is read for what can be read of it.
 //   deep    SQLite's own check of the whole file as well, and every image is read as figures
 //   fails   as Book::Open where the file cannot be opened as a book at all
-// Takes a backup as well, whose companion files are looked at too, and whose name is nobody's business.
+// Companion files that a restore has left within the book are looked at too. Takes a backup as well, whose name is
+// nobody's business.
 [[nodiscard]] BookCheckResult CheckBook(const Text& path, bool deep);
 
 // Looks as deep as that goes, and fails with 57 where anything is damaged; names are nobody's business here.

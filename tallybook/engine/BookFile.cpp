@@ -92,6 +92,11 @@ bool BookFile::BringUpToDate() {
   return true;
 }
 
+void BookFile::SetNotice(Notice notice) {
+  notice_ = std::move(notice);
+  if (notice_ && !companions_trouble_.empty()) notice_(companions_trouble_);
+}
+
 // The log that this fills goes back into the file at once, so that the room is given back where nobody else reads.
 void BookFile::Compact() {
   CheckInPlace();
@@ -171,9 +176,24 @@ bool BookFile::LacksCompanions() {
   return !IsBackup(*database_) && HasBackupTables(*database_);
 }
 
+// Nothing where they are damaged.
+std::optional<std::vector<Companion>> BookFile::CompanionsWithin() {
+  try {
+    return LoadCompanions(*database_);
+  } catch (const Failure& failure) {
+    if (failure.Number() != FailureNumber::kDeviceError) throw;
+    companions_trouble_ = path_ +
+                          ": the companion files that were restored with this book are damaged within it, and are not "
+                          "put in place";
+    return std::nullopt;
+  }
+}
+
 void BookFile::FinishRestoring() {
   if (!LacksCompanions()) return;
-  PutCompanions(path_, LoadCompanions(*database_));
+  const auto companions = CompanionsWithin();
+  if (!companions) return;
+  PutCompanions(path_, *companions);
   Transaction transaction(*database_);
   DropBackupTables(*database_);
   transaction.Commit();
@@ -181,7 +201,7 @@ void BookFile::FinishRestoring() {
 
 // What a killed restore has left to do, done by who may; a writer who has the book does it first of all.
 void BookFile::LetRestoringFinish() {
-  if (!LacksCompanions()) return;
+  if (!LacksCompanions() || !CompanionsWithin()) return;
   database_.reset();
   hold_.reset();
   try {

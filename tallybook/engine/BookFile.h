@@ -5,9 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <utility>
+#include <optional>
+#include <vector>
 
 #include "base/Types.h"
+#include "tallybook/engine/BookCompanions.h"
 #include "tallybook/engine/BookDescription.h"
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/BookHold.h"
@@ -48,7 +50,9 @@ class BookFile {
   bool BringUpToDate();
   // As BookStorage::Compact, of a file that is open to be changed.
   void Compact();
-  void SetNotice(Notice notice) { notice_ = std::move(notice); }
+  // Tells at once what there is to tell of the opening: companion files that a restore has left within the book, and that
+  // are damaged there. They keep nobody from the figures, and stay as they are.
+  void SetNotice(Notice notice);
   // How many records a chunk has; fixed when the book was made.
   [[nodiscard]] std::size_t RowsOfChunk() const { return stored_->rows_of_chunk; }
 
@@ -65,6 +69,7 @@ class BookFile {
   void CheckInPlace() const;
   void CheckIsBook();
   [[nodiscard]] bool LacksCompanions();
+  [[nodiscard]] std::optional<std::vector<Companion>> CompanionsWithin();
   void FinishRestoring();
   void LetRestoringFinish();
 
@@ -77,6 +82,7 @@ class BookFile {
   bool also_backups_ = false;
   Notice notice_;
   Text description_trouble_;
+  Text companions_trouble_;
 };
 
 }  // namespace tallybook::engine

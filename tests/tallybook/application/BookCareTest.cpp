@@ -16,10 +16,12 @@ namespace tallybook::application {
 namespace {
 
 using testing::Day;
+using ::testing::ElementsAre;
 using testing::FailsWith;
 using testing::FigureMap;
 using testing::FiguresOf;
 using testing::Get;
+using ::testing::HasSubstr;
 using testing::InChild;
 using ::testing::IsEmpty;
 using testing::Put;
@@ -311,6 +313,64 @@ TEST_F(RestoredHalf, GetsItsCompanionFilesFromWhoeverChangesItFirstAndOnlyOnce) 
   folder.Write("TBQDX1.North", "changed since");
   Open();
   EXPECT_EQ(folder.Read("TBQDX1.North"), "changed since");
+}
+
+// The same with damage in the companion files within.
+class RestoredDamaged : public RestoredHalf {
+ protected:
+  void SetUp() override {
+    RestoredHalf::SetUp();
+    Meddle("UPDATE companion SET content = x'00' WHERE stem = 'TBQDX1'");
+  }
+  std::vector<Text> NoticesOf(bool read_only) {
+    std::vector<Text> notices;
+    engine::BookOptions options;
+    options.read_only = read_only;
+    options.notice = [&](const Text& line) { notices.push_back(line); };
+    EXPECT_EQ(FiguresOf(*BookFixture::Open(options)), figures);
+    return notices;
+  }
+  const FigureMap figures = {{{101, Day(2003, 1, 5), 1}, 1.5}, {{205, Day(2004, 5, 5), 4}, 7}};
+};
+
+TEST_F(RestoredDamaged, IsOpenedAllTheSameWhichIsTold) {
+  for (const bool read_only : {true, false, true}) {
+    EXPECT_THAT(NoticesOf(read_only), ElementsAre(HasSubstr("are damaged within it, and are not put in place")));
+  }
+  EXPECT_EQ(folder.Read("TBQDX1.North"), "a newer definition");
+  EXPECT_EQ(folder.Read("TBQDX2.North"), "a second definition");
+}
+
+TEST_F(RestoredDamaged, IsReadAndChangedAsAnyOther) {
+  EXPECT_EQ(Figures(), figures);
+  Change();
+  EXPECT_EQ(Get(*OpenToRead(), 101, Day(2003, 1, 6), 1), 99);
+}
+
+TEST_F(RestoredDamaged, IsNamedByTheCheck) {
+  for (const bool deep : {false, true}) {
+    const auto findings = engine::CheckBook(BookPath(), deep).findings;
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].kind, engine::FindingKind::kCompanions);
+  }
+}
+
+TEST_F(RestoredDamaged, IsSalvagedWithoutItsCompanionFiles) {
+  const auto lost = engine::SalvageBook(BookPath(), folder.Path("Saved.tbk"), false).lost;
+  ASSERT_EQ(lost.size(), 1U);
+  EXPECT_EQ(lost[0].kind, engine::FindingKind::kCompanions);
+  EXPECT_EQ(FiguresOf(*OpenAt(folder.Path("Saved.tbk"))), figures);
+  EXPECT_FALSE(folder.Has("TBQDX1.Saved"));
+}
+
+TEST_F(RestoredDamaged, HasNoBackupAndIsKeptAsItIsWhereItIsReplaced) {
+  EXPECT_THAT([&] { BackUpBook(BookPath(), folder.Path("other"), kNotReplace); },
+              FailsWith(FailureNumber::kDeviceError, "North.tbk: the book is damaged: the companion files"));
+  EXPECT_FALSE(folder.Has("other"));
+  const std::string damaged = folder.Read("North.tbk");
+  EXPECT_EQ(Restore(kReplace).kept_as, BookPath() + "-replaced");
+  EXPECT_EQ(folder.Read("North.tbk-replaced"), damaged);
+  EXPECT_EQ(folder.Read("TBQDX1.North"), "a definition");
 }
 
 }  // namespace
