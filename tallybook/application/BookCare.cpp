@@ -61,10 +61,13 @@ void CheckBackupPlace(const Text& book, const Text& file, bool replace) {
 }
 
 // A backup that is whole, or not there.
-engine::BackupContents MakeBackup(const Text& book, WholeFile& output) {
+engine::BackupContents MakeBackup(const Text& book, WholeFile& output, engine::WorkWatch& watch) {
+  constexpr Single kWritten = 0.4F;
+  engine::WorkPart writing(watch, 0, kWritten);
+  engine::WorkPart checking(watch, kWritten, 1);
   MakeNoMoreReadable(output.Begin(), book);
-  engine::BackupContents contents = engine::WriteBackup(book, output.WorkPath(), output.Path());
-  engine::RequireSound(output.WorkPath(), book);
+  engine::BackupContents contents = engine::WriteBackup(book, output.WorkPath(), output.Path(), writing);
+  engine::RequireSound(output.WorkPath(), book, checking);
   return contents;
 }
 
@@ -92,9 +95,9 @@ void CheckBookPlace(const Text& book, const Text& place, bool replace) {
 // the book has been replaced.
 class PresentBook {
  public:
-  PresentBook(const Text& place, double wait_seconds)
+  PresentBook(const Text& place, double wait_seconds, engine::WorkWatch& watch)
       : place_(place), hold_(place, engine::BookHold::Purpose::kChange) {
-    hold_.TakeRightToWrite(wait_seconds);
+    hold_.TakeRightToWrite(wait_seconds, watch);
     (void)hold_.CanShareLog();
     hold_.TakeOlderRight();
   }
@@ -107,10 +110,10 @@ class PresentBook {
   PresentBook& operator=(const PresentBook&) = delete;
 
   // Gives where it is kept.
-  Text Keep() {
+  Text Keep(engine::WorkWatch& watch) {
     Text kept = FreeName();
     try {
-      KeepAsBackup(kept);
+      KeepAsBackup(kept, watch);
     } catch (const Failure& failure) {
       if (failure.Number() != FailureNumber::kDeviceError && failure.Number() != FailureNumber::kPathOrAccess) throw;
       KeepAsItIs(kept);
@@ -134,9 +137,9 @@ class PresentBook {
     }
   }
 
-  void KeepAsBackup(const Text& kept) {
+  void KeepAsBackup(const Text& kept, engine::WorkWatch& watch) {
     WholeFile output(*ThePlatform().files, kept);
-    MakeBackup(place_, output);
+    MakeBackup(place_, output, watch);
     MakeAs(output.WorkPath());
     output.Keep();
     made_.push_back(kept);
@@ -192,18 +195,21 @@ Text PutCompanionsInPlace(const Text& place) {
 
 }  // namespace
 
-BackupDone BackUpBook(const Text& book, const Text& file, bool replace) {
+BackupDone BackUpBook(const Text& book, const Text& file, bool replace, engine::WorkWatch& watch) {
   const Text place = engine::ResolvedBookPath(book);
   engine::CheckIsBookFile(place);
   CheckBackupPlace(place, file, replace);
   WholeFile output(*ThePlatform().files, file);
-  BackupDone done{MakeBackup(place, output)};
+  BackupDone done{MakeBackup(place, output, watch)};
   done.size = static_cast<std::int64_t>(fs::file_size(output.WorkPath()));
   output.Keep();
   return done;
 }
 
-RestoreDone RestoreBook(const Text& file, const Text& book, const RestoreOptions& options) {
+// From the moment that the new book takes its name nobody can cancel any more.
+RestoreDone RestoreBook(const Text& file, const Text& book, const RestoreOptions& options, engine::WorkWatch& watch) {
+  constexpr Single kUnpacked = 0.2F;
+  constexpr Single kChecked = 0.5F;
   NeedRegularFile(file);
   if (LookAt(file).kind == FileKind::kMissing) {
     throw Failure(FailureNumber::kFileNotFound, file + ": there is no such file", kSource);
@@ -212,20 +218,24 @@ RestoreDone RestoreBook(const Text& file, const Text& book, const RestoreOptions
   const Text& place = done.book;
   CheckBookPlace(book, place, options.replace);
   std::optional<PresentBook> present;
-  if (LookAt(place).kind == FileKind::kRegular) present.emplace(place, options.wait_seconds);
+  if (LookAt(place).kind == FileKind::kRegular) present.emplace(place, options.wait_seconds, watch);
 
   WholeFile output(*ThePlatform().files, place);
   output.Begin();
   if (!present) MakeNoMoreReadable(output.WorkPath(), file);
-  engine::UnpackBackup(file, output.WorkPath(), place);
-  engine::RequireSound(output.WorkPath(), file);
+  engine::WorkPart unpacking(watch, 0, kUnpacked);
+  engine::UnpackBackup(file, output.WorkPath(), place, unpacking);
+  engine::WorkPart checking(watch, kUnpacked, kChecked);
+  engine::RequireSound(output.WorkPath(), file, checking);
   if (present) {
-    done.kept_as = present->Keep();
+    engine::WorkPart keeping(watch, kChecked, 1);
+    done.kept_as = present->Keep(keeping);
     present->KeepOthersAway();
   }
   output.Keep();
   if (present) present->SetReplaced();
   present.reset();
+  watch.Done(1);
   done.companions_wait = PutCompanionsInPlace(place);
   return done;
 }

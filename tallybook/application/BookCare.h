@@ -19,7 +19,7 @@ struct BackupDone {
 //   replace  a backup that is there already is replaced; nothing else ever is
 //   fails    75 where something is there, where OutputRules refuse the place, or where the place is no file; 57 where the
 //            book is damaged; else as engine::WriteBackup. What was at `file` is there then
-BackupDone BackUpBook(const Text& book, const Text& file, bool replace);
+BackupDone BackUpBook(const Text& book, const Text& file, bool replace, engine::WorkWatch& watch = engine::Unwatched());
 
 struct RestoreOptions {
   bool replace = false;     // the book that is there is replaced, and kept beside
@@ -42,7 +42,9 @@ struct RestoreDone {
 // that is damaged is kept as it is, as a book of that name with companion files and log of its own.
 //   fails   75 for what is no backup, where a book or companion files of its name stand there and are not to be replaced,
 //           where something else stands there, or where another book's name is too much like it; 57 for a backup that is
-//           damaged; 70 where others have the book open, or may not be written; 61. All is as it was then
-RestoreDone RestoreBook(const Text& file, const Text& book, const RestoreOptions& options);
+//           damaged; 70 where others have the book open, or may not be written; 61; engine::WorkCancelled. All is as it was
+//           then
+RestoreDone RestoreBook(const Text& file, const Text& book, const RestoreOptions& options,
+                        engine::WorkWatch& watch = engine::Unwatched());
 
 }  // namespace tallybook::application

@@ -64,6 +64,13 @@ Text WaitingWords(const RestoreDone& done) {
              : "the companion files are put in place by the next command that opens the book: " + done.companions_wait;
 }
 
+Text SalvageWords(const Text& path, const engine::SalvageResult& result) {
+  const auto lost = static_cast<long long>(result.lost.size());
+  return fmt::format("Made {} with {}, {} and {}; {}.", path, Counted(result.chunks, "chunk"),
+                     CountedEntries(result.entries), Counted(result.companions, "companion file"),
+                     lost == 0 ? "nothing is lost" : Counted(lost, "finding"));
+}
+
 Text CompactWords(const Text& path, const engine::CompactResult& result) {
   return fmt::format("{}: {} before, {} after.", path, Bytes(result.before), Bytes(result.after));
 }

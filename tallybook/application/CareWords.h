@@ -7,6 +7,7 @@
 #include "tallybook/application/BookCare.h"
 #include "tallybook/engine/BookCheck.h"
 #include "tallybook/engine/BookCompact.h"
+#include "tallybook/engine/BookSalvage.h"
 
 namespace tallybook::application {
 
@@ -26,6 +27,8 @@ namespace tallybook::application {
 // Where the book that was there is kept, and why companion files are not in place yet; empty where there is nothing of it.
 [[nodiscard]] Text KeptWords(const RestoreDone& done);
 [[nodiscard]] Text WaitingWords(const RestoreDone& done);
+// "Made saved.tbk with 12 chunks, 4 journal entries and 2 companion files; nothing is lost."
+[[nodiscard]] Text SalvageWords(const Text& path, const engine::SalvageResult& result);
 // "north.tbk: 40,960 bytes before, 20,480 bytes after."
 [[nodiscard]] Text CompactWords(const Text& path, const engine::CompactResult& result);
 

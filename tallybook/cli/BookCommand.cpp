@@ -1,10 +1,10 @@
-#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "base/Dates.h"
 #include "tallybook/application/BookCare.h"
 #include "tallybook/application/CareWords.h"
 #include "tallybook/cli/AfterCommit.h"
+#include "tallybook/cli/CareWatch.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/Findings.h"
 #include "tallybook/cli/Lines.h"
@@ -66,10 +66,18 @@ void PrintJson(const Text& path, const BookCheckResult& result) {
   PrintAsItStands(JsonText(json));
 }
 
+// What the work gives, which is told how far it is; the line is gone by then.
+template <typename Work>
+auto Watched(Session& session, const Text& title, Work work) {
+  CareWatch watch(session.Progress(), title);
+  return work(watch);
+}
+
 ExitStatus RunCheck(const CheckOptions& options) {
-  const Session session;
+  Session session;
   const Text path = BookPath(options.book);
-  const BookCheckResult result = engine::CheckBook(path, options.deep);
+  const BookCheckResult result =
+      Watched(session, "Check " + path, [&](auto& watch) { return engine::CheckBook(path, options.deep, watch); });
   if (options.form == PrintForm::kJson) {
     PrintJson(path, result);
   } else {
@@ -100,10 +108,7 @@ struct SalvageOptions {
 
 void PrintTable(const Text& path, const engine::SalvageResult& result) {
   PrintFindings(result.lost, "Lost");
-  const auto lost = static_cast<long long>(result.lost.size());
-  PrintLine(fmt::format("Made {} with {}, {} and {}; {}.", path, Counted(result.chunks, "chunk"),
-                        application::CountedEntries(result.entries), Counted(result.companions, "companion file"),
-                        lost == 0 ? "nothing is lost" : Counted(lost, "finding")));
+  PrintLine(application::SalvageWords(path, result));
 }
 
 void PrintJson(const Text& damaged, const Text& path, const engine::SalvageResult& result) {
@@ -119,10 +124,12 @@ void PrintJson(const Text& damaged, const Text& path, const engine::SalvageResul
 }
 
 ExitStatus RunSalvage(const SalvageOptions& options) {
-  const Session session;
+  Session session;
   const Text damaged = BookPath(options.damaged);
   const Text path = BookPath(options.book);
-  const engine::SalvageResult result = engine::SalvageBook(damaged, path, options.as_it_reads);
+  const engine::SalvageResult result = Watched(session, "Salvage " + damaged, [&](auto& watch) {
+    return engine::SalvageBook(damaged, path, options.as_it_reads, watch);
+  });
   if (options.form == PrintForm::kJson) {
     PrintJson(damaged, path, result);
   } else {
@@ -156,9 +163,11 @@ struct BackupOptions {
 };
 
 ExitStatus RunBackup(const BackupOptions& options) {
-  const Session session;
+  Session session;
   const Text path = BookPath(options.book);
-  const application::BackupDone done = application::BackUpBook(path, options.file, options.replace);
+  const application::BackupDone done = Watched(session, "Back up " + path, [&](auto& watch) {
+    return application::BackUpBook(path, options.file, options.replace, watch);
+  });
   PrintLine(application::BackupWords(path, options.file, done));
   return ExitStatus::kDone;
 }
@@ -183,10 +192,12 @@ struct RestoreOptions {
 };
 
 ExitStatus RunRestore(const RestoreOptions& options) {
-  const Session session;
+  Session session;
   application::RestoreOptions how = options.how;
   how.wait_seconds = options.wait;
-  const application::RestoreDone done = application::RestoreBook(options.file, BookPath(options.book), how);
+  const application::RestoreDone done = Watched(session, "Restore " + options.file, [&](auto& watch) {
+    return application::RestoreBook(options.file, BookPath(options.book), how, watch);
+  });
   // The book stands there, whether that can be told or not.
   DoAfterCommit([&] {
     PrintLine(application::RestoreWords(done));
@@ -214,9 +225,10 @@ struct CompactOptions {
 };
 
 ExitStatus RunCompact(const CompactOptions& options) {
-  const Session session;
+  Session session;
   const Text path = BookPath(options.book);
-  const engine::CompactResult result = engine::CompactBook(path, options.wait);
+  const engine::CompactResult result =
+      Watched(session, "Compact " + path, [&](auto& watch) { return engine::CompactBook(path, options.wait, watch); });
   PrintLine(application::CompactWords(path, result));
   return ExitStatus::kDone;
 }

@@ -10,6 +10,7 @@
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Program.h"
 #include "tallybook/cli/Reasons.h"
+#include "tallybook/engine/WorkWatch.h"
 
 namespace tallybook::cli {
 
@@ -77,6 +78,8 @@ ExitStatus RunCommandLine(const std::vector<Text>& arguments) {
     return Tell("standard output cannot be written", ExitStatus::kFailed);
   } catch (const WrongUse& error) {
     return TellWrongUse(error.what());
+  } catch (const engine::WorkCancelled& cancelled) {
+    return Tell(cancelled.what(), ExitStatus::kCancelled);
   } catch (...) {
     return Tell(CurrentFailure().Description(), ExitStatus::kFailed);
   }

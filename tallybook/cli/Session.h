@@ -87,6 +87,9 @@ class Session : private StopWitness {
   // Opens a book to read for a preview: with less in memory, since a preview holds figures of its own.
   [[nodiscard]] std::unique_ptr<engine::Book> OpenToPreview(const Text& path);
 
+  // The line that shows how far long work is.
+  [[nodiscard]] ConsoleProgress& Progress() { return platform_.Progress(); }
+
   // Nothing goes into the log from here on.
   void KeepNoLog() { app_.OwnLog().KeepNothing(); }
   // Who is told when an import comes to a file; empty for nobody.

@@ -64,10 +64,10 @@ Tables LoadTables(Database& database) {
 
 }  // namespace
 
-void CopyToFile(Database& database, const Text& path, const Text& shown) {
+void CopyToFile(Database& database, const Text& path, const Text& shown, WorkWatch& watch) {
   {
     Database copy = OpenWorkFile(path, shown);
-    database.CopyPagesTo(copy);
+    database.CopyPagesTo(copy, watch);
   }
   MarkAsWithoutLog(path, shown);
 }

@@ -19,7 +19,7 @@ struct BackupHead {
 
 // Copies a database, as its connection sees it, into the empty file at `path`, which needs no log beside it then. Nothing
 // is made beside that file, and it is not handed to the disk. Failures call it `shown`.
-void CopyToFile(Database& database, const Text& path, const Text& shown);
+void CopyToFile(Database& database, const Text& path, const Text& shown, WorkWatch& watch = Unwatched());
 
 // Opens such a file to change it, so that nothing is ever beside it; a failure leaves it in pieces.
 [[nodiscard]] Database OpenWorkFile(const Text& path, const Text& shown);

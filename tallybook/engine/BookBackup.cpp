@@ -66,8 +66,9 @@ std::optional<Moment> TryMoment(const Text& path) {
   return std::nullopt;
 }
 
-Moment FindMoment(const Text& path) {
+Moment FindMoment(const Text& path, WorkWatch& watch) {
   for (int tries = 0; tries < kTries; ++tries) {
+    watch.EndIfCancelled();
     if (auto moment = TryMoment(path)) return std::move(*moment);
     std::this_thread::sleep_for(kBetweenTries);
   }
@@ -79,8 +80,9 @@ Moment FindMoment(const Text& path) {
 void RefuseCompanionsWithin(Database& copy, const Text& book) {
   if (!HasBackupTables(copy)) return;
   throw Failure(FailureNumber::kDeviceError,
-                book + ": the book is damaged: the companion files that were restored with it do not agree with their "
-                       "checksum",
+                book +
+                    ": the book is damaged: the companion files that were restored with it do not agree with their "
+                    "checksum",
                 kSource);
 }
 
@@ -94,10 +96,10 @@ Long FormatOfBackup(Database& database) {
 
 }  // namespace
 
-BackupContents WriteBackup(const Text& book, const Text& to, const Text& shown) {
-  Moment moment = FindMoment(ResolvedBookPath(book));
+BackupContents WriteBackup(const Text& book, const Text& to, const Text& shown, WorkWatch& watch) {
+  Moment moment = FindMoment(ResolvedBookPath(book), watch);
   const Long format = moment.storage->Format();
-  moment.storage->CopyTo(to, shown);
+  moment.storage->CopyTo(to, shown, watch);
   moment.storage.reset();
   const BackupHead head{moment.name, Now()};
   Database copy = OpenWorkFile(to, shown);
@@ -116,11 +118,11 @@ BackupContents ReadBackup(const Text& path) {
   return {head.book_name, head.time, format, LoadCompanions(database).size()};
 }
 
-void UnpackBackup(const Text& backup, const Text& to, const Text& shown) {
+void UnpackBackup(const Text& backup, const Text& to, const Text& shown, WorkWatch& watch) {
   {
     Database from(backup, Database::Mode::kUnchanging);
     static_cast<void>(FormatOfBackup(from));
-    CopyToFile(from, to, shown);
+    CopyToFile(from, to, shown, watch);
   }
   Database copy = OpenWorkFile(to, shown);
   Transaction transaction(copy);

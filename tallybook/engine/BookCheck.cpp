@@ -35,7 +35,9 @@ struct Whereabouts {
 class BookChecker {
  public:
   // `path` is the file's own (ResolvedBookPath).
-  BookChecker(const Text& path, bool deep) : path_(path), file_(BookFile::OpenToCheck(path)), deep_(deep) {
+  BookChecker(const Text& path, bool deep, WorkWatch& watch)
+      : path_(path), file_(BookFile::OpenToCheck(path)), deep_(deep), watch_(watch) {
+    Db().SetWatch(watch_);
     result_.format = file_.Format();
   }
 
@@ -46,12 +48,14 @@ class BookChecker {
     });
     if (!is_backup) FindNameTroubles();
     if (deep_) Try(FindingKind::kFile, [this] { CheckFile(); });
+    watch_.Step(kFileChecked);
     ReadDescription();
     Try(FindingKind::kIndex, [this] { ReadIndex(); });
     Try(FindingKind::kFile, [this] { ReadTable(); });
-    for (const auto& [key, place] : places_) CheckChunk(key, place);
+    CheckChunks();
     if (HasChecksums()) Try(FindingKind::kSums, [this] { CheckSums(); });
     CheckJournal();
+    watch_.Done(1);
     return std::move(result_);
   }
 
@@ -150,6 +154,15 @@ class BookChecker {
     }
   }
 
+  void CheckChunks() {
+    WorkPart part(watch_, kFileChecked, kChunksChecked);
+    const auto all = static_cast<Single>(places_.size());
+    for (const auto& [key, place] : places_) {
+      CheckChunk(key, place);
+      part.Step(static_cast<Single>(result_.chunks) / all);
+    }
+  }
+
   void CheckChunk(std::int64_t key, const Whereabouts& place) {
     ++result_.chunks;
     if (!place.in_index) FindInChunk(FindingKind::kIndex, key, "the index hides these figures");
@@ -232,7 +245,13 @@ class BookChecker {
     if (!HasChecksums()) return;
     Try(FindingKind::kJournal,
         [&] { tables.CheckCommands([this](const Text& what) { Find(FindingKind::kJournal, what); }); });
-    for (const JournalRow& row : rows) CheckEntry(tables, row);
+    WorkPart part(watch_, kChunksChecked, 1);
+    const auto all = static_cast<Single>(rows.size());
+    Single done = 0;
+    for (const JournalRow& row : rows) {
+      CheckEntry(tables, row);
+      part.Step(++done / all);
+    }
   }
 
   void CheckEntry(JournalTables& tables, const JournalRow& row) {
@@ -261,9 +280,14 @@ class BookChecker {
     }
   }
 
+  // How far the whole is then; the sizes of its parts differ from book to book.
+  static constexpr Single kFileChecked = 0.3F;
+  static constexpr Single kChunksChecked = 0.7F;
+
   Text path_;
   BookFile file_;
   bool deep_;
+  WorkWatch& watch_;
   std::optional<ChunkShape> shape_;  // none where the description is damaged
   std::map<Long, Text> codes_;
   std::vector<Date> dates_;  // of the records
@@ -299,13 +323,13 @@ Text FindingKindName(FindingKind kind) {
   return "";
 }
 
-BookCheckResult CheckBook(const Text& path, bool deep) {
-  return BookChecker(ResolvedBookPath(path), deep).Check();
+BookCheckResult CheckBook(const Text& path, bool deep, WorkWatch& watch) {
+  return BookChecker(ResolvedBookPath(path), deep, watch).Check();
 }
 
-void RequireSound(const Text& path, const Text& shown) {
+void RequireSound(const Text& path, const Text& shown, WorkWatch& watch) {
   const bool deep = true;
-  std::vector<BookFinding> findings = CheckBook(path, deep).findings;
+  std::vector<BookFinding> findings = CheckBook(path, deep, watch).findings;
   std::erase_if(findings, [](const BookFinding& finding) { return finding.kind == FindingKind::kName; });
   if (findings.empty()) return;
   throw Failure(FailureNumber::kDeviceError,

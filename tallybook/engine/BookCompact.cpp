@@ -16,15 +16,18 @@ std::int64_t SizeWithLog(const Text& path) {
 
 }  // namespace
 
-CompactResult CompactBook(const Text& path, double wait_seconds) {
+CompactResult CompactBook(const Text& path, double wait_seconds, WorkWatch& watch) {
   const Text place = ResolvedBookPath(path);
   CompactResult result;
   {
     const bool read_only = false;
-    SqliteStorage storage(BookFile(place, read_only, wait_seconds));
+    SqliteStorage storage(BookFile(place, read_only, wait_seconds, watch));
     result.before = SizeWithLog(place);
-    RequireSound(place);
-    storage.Compact();
+    constexpr Single kChecked = 0.4F;
+    WorkPart check(watch, 0, kChecked);
+    RequireSound(place, place, check);
+    storage.Compact(watch);
+    watch.Done(1);
   }
   result.after = SizeWithLog(place);
   return result;

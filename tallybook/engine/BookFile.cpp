@@ -42,14 +42,15 @@ BookFile::BookFile(const Text& path, std::shared_ptr<const StoredDescription> st
   transaction.Commit();
 }
 
-BookFile::BookFile(const Text& path, bool read_only, double wait_seconds) : path_(path), read_only_(read_only) {
+BookFile::BookFile(const Text& path, bool read_only, double wait_seconds, WorkWatch& watch)
+    : path_(path), read_only_(read_only) {
   if (read_only_) {
     OpenToLook();
     LetRestoringFinish();
     // One long read transaction: whatever a writer commits meanwhile, this book stays one consistent state.
     database_->BeginReading();
   } else {
-    OpenToChange(wait_seconds);
+    OpenToChange(wait_seconds, watch);
     // A log of up to 64 MiB is left to grow before it is copied back, so that a large commit is not written twice at
     // once.
     // SQLite keeps 16 MiB of pages besides, so that the index pages of a large commit are written once.
@@ -98,15 +99,16 @@ void BookFile::SetNotice(Notice notice) {
 }
 
 // The log that this fills goes back into the file at once, so that the room is given back where nobody else reads.
-void BookFile::Compact() {
+void BookFile::Compact(WorkWatch& watch) {
   CheckInPlace();
   database_->EndReading();
+  database_->SetWatch(watch);
   database_->Execute("VACUUM; PRAGMA wal_checkpoint(TRUNCATE)");
 }
 
-void BookFile::OpenToChange(double wait_seconds) {
+void BookFile::OpenToChange(double wait_seconds, WorkWatch& watch) {
   hold_ = std::make_unique<BookHold>(path_, BookHold::Purpose::kChange);
-  hold_->TakeRightToWrite(wait_seconds);
+  hold_->TakeRightToWrite(wait_seconds, watch);
   (void)hold_->CanShareLog();  // clears away what would keep the book from being written; what stays, the opening tells
   database_ = std::make_unique<Database>(path_, Database::Mode::kReadWrite);
   CheckIsBook();

@@ -27,8 +27,8 @@ class BookFile {
   static BookFile Create(const Text& path, const StoredDescription& stored);
 
   // Opens a file; fails as Book::Open. A file that is open to read shows what was committed when it was opened. One to be
-  // written that is in use elsewhere is waited for so many seconds at most.
-  BookFile(const Text& path, bool read_only, double wait_seconds = 0);
+  // written that is in use elsewhere is waited for so many seconds at most, as long as `watch` wants it.
+  BookFile(const Text& path, bool read_only, double wait_seconds = 0, WorkWatch& watch = Unwatched());
 
   // Opens a file to look for damage: a description that is damaged is no failure then, but told by DescriptionTrouble,
   // and empty.
@@ -49,7 +49,7 @@ class BookFile {
   // `notice`. No statement may stand on a row. Gives whether that had to be done.
   bool BringUpToDate();
   // As BookStorage::Compact, of a file that is open to be changed.
-  void Compact();
+  void Compact(WorkWatch& watch);
   // Tells at once what there is to tell of the opening: companion files that a restore has left within the book, and that
   // are damaged there. They keep nobody from the figures, and stay as they are.
   void SetNotice(Notice notice);
@@ -61,7 +61,7 @@ class BookFile {
   explicit BookFile(const Text& path);
 
   void LoadDescription();
-  void OpenToChange(double wait_seconds);
+  void OpenToChange(double wait_seconds, WorkWatch& watch);
   void OpenToLook();
   [[nodiscard]] bool OpenShared();
   void OpenUnchanging();

@@ -186,11 +186,13 @@ bool BookHold::TryRight() const {
 bool BookHold::WaitedInVain() const {
   const auto left = deadline_ - std::chrono::steady_clock::now();
   if (left <= left.zero()) return true;
+  watch_->EndIfCancelled();
   std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(left, kBetweenTries));
   return false;
 }
 
-void BookHold::TakeRightToWrite(double wait_seconds) {
+void BookHold::TakeRightToWrite(double wait_seconds, WorkWatch& watch) {
+  watch_ = &watch;
   deadline_ = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::steady_clock::duration>(
                                                      std::chrono::duration<double>(wait_seconds));
   while (!(has_right_ = TryRight())) {

@@ -19,6 +19,7 @@
 #include "base/Types.h"
 #include "platform/FileSystem.h"
 #include "tallybook/engine/FileState.h"
+#include "tallybook/engine/WorkWatch.h"
 
 namespace tallybook::engine {
 
@@ -36,8 +37,9 @@ class BookHold {
   BookHold& operator=(const BookHold&) = delete;
 
   // Takes the right to write; a book that is in use elsewhere is waited for so many seconds at most.
-  //   fails   70 in use, 73 where the file system cannot lock files
-  void TakeRightToWrite(double wait_seconds);
+  //   watch   asked while it is waited, here and below; outlives that
+  //   fails   70 in use, 73 where the file system cannot lock files; WorkCancelled
+  void TakeRightToWrite(double wait_seconds, WorkWatch& watch = Unwatched());
   // Takes the lock of earlier programs too, within the time that TakeRightToWrite was given. This makes NAME.tbk-lock,
   // with the mode (and, by root, the owner) of the book, so it comes when the file is known to be a book.
   //   fails   as TakeRightToWrite; 75 where something that is no file bears the lock's name
@@ -85,6 +87,7 @@ class BookHold {
   bool has_right_ = false;
   bool is_alone_ = false;
   std::chrono::steady_clock::time_point deadline_;
+  WorkWatch* watch_ = &Unwatched();
   std::unique_ptr<OpenFile> older_right_;
 };
 

@@ -39,13 +39,17 @@ class Salvager {
     result_.format = damaged_.Format();
   }
 
-  void Write(const Text& path) {
+  void Write(const Text& path, WorkWatch& watch) {
+    constexpr Single kFiguresWritten = 0.6F;
     BookFile file = BookFile::Create(path, damaged_.Stored());
+    for (Database* database : {&file.Db(), &damaged_.Db()}) database->SetWatch(watch);
     WriteFigures(file.Db());
+    watch.Step(kFiguresWritten);
     Transaction transaction(file.Db());
     result_.entries = JournalSalvage(damaged_, losses_).CopyTo(file.Db());
     CopyCompanions(file.Db());
     transaction.Commit();
+    watch.Step(1);
   }
 
   void TellCompanionsWait(const Text& why) {
@@ -100,10 +104,15 @@ Text PutCompanionsInPlace(const Text& path) {
 
 }  // namespace
 
-SalvageResult SalvageBook(const Text& damaged, const Text& new_book, bool as_it_reads) {
+SalvageResult SalvageBook(const Text& damaged, const Text& new_book, bool as_it_reads, WorkWatch& watch) {
+  constexpr Single kCopied = 0.2F;
+  constexpr Single kWritten = 0.7F;
   const Text place = NativeBookPath(new_book);
   Workpiece workpiece(place);
-  DamagedBook book(ResolvedBookPath(damaged));
+  WorkPart copying(watch, 0, kCopied);
+  WorkPart writing(watch, kCopied, kWritten);
+  WorkPart checking(watch, kWritten, 1);
+  DamagedBook book(ResolvedBookPath(damaged), copying);
   const Text trouble = book.LoadDescription(as_it_reads);
   Salvager salvager(book, trouble);
   if (const std::error_code error = files::MakeNoMoreReadable(workpiece.Path(), book.Path())) {
@@ -111,8 +120,8 @@ SalvageResult SalvageBook(const Text& damaged, const Text& new_book, bool as_it_
                   place + ": it cannot be kept from those who may not read the damaged book: " + error.message(),
                   kSource);
   }
-  salvager.Write(workpiece.Path());
-  RequireSound(workpiece.Path(), place);
+  salvager.Write(workpiece.Path(), writing);
+  RequireSound(workpiece.Path(), place, checking);
   workpiece.MoveToPlace();
   const Text trouble_beside = PutCompanionsInPlace(place);
   if (!trouble_beside.empty()) salvager.TellCompanionsWait(trouble_beside);

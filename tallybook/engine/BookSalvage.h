@@ -29,7 +29,7 @@ struct SalvageResult {
 //                under another account, field or date than before
 //   fails        57 where the description cannot be read, or is damaged and not to be taken; 75 where something stands at
 //                the new place or is too much like another book; 70 where a writer is at work in the damaged book; else
-//                as Book::Create. There is no new book then
-SalvageResult SalvageBook(const Text& damaged, const Text& new_book, bool as_it_reads);
+//                as Book::Create; WorkCancelled. There is no new book then
+SalvageResult SalvageBook(const Text& damaged, const Text& new_book, bool as_it_reads, WorkWatch& watch = Unwatched());
 
 }  // namespace tallybook::engine

@@ -21,6 +21,7 @@
 #include "tallybook/engine/JournalRow.h"
 #include "tallybook/engine/Notice.h"
 #include "tallybook/engine/StoredDescription.h"
+#include "tallybook/engine/WorkWatch.h"
 
 namespace tallybook::engine {
 
@@ -66,11 +67,11 @@ class BookStorage {
 
   // Puts all that is stored, as one moment has it, into an empty file, which is a book then; writers may be at work
   // meanwhile. Failures call the file `shown`, and it is not handed to the disk.
-  virtual void CopyTo(const Text& path, const Text& shown) = 0;
+  virtual void CopyTo(const Text& path, const Text& shown, WorkWatch& watch) = 0;
 
   // Stores what is stored anew, without the room that it leaves unused. Outside a transaction; what it holds, and the rows
   // that tell chunks and images apart, stay as they are, and whatever ends it meanwhile leaves all as it was.
-  virtual void Compact() = 0;
+  virtual void Compact(WorkWatch& watch) = 0;
 
   // Makes the operations that read see one state, whatever a writer commits meanwhile, until a transaction begins.
   virtual void BeginReading() = 0;

@@ -24,9 +24,9 @@ void TakeInLog(Database& database) {
 
 }  // namespace
 
-DamagedBook::DamagedBook(const Text& path)
+DamagedBook::DamagedBook(const Text& path, WorkWatch& watch)
     : hold_(path, BookHold::Purpose::kLeaveAlone),
-      copy_(hold_),
+      copy_(hold_, watch),
       log_trouble_(engine::LogTrouble(copy_.Path() + "-wal")),
       database_(OpenCopy()) {}
 

@@ -28,8 +28,8 @@ class DamagedBook {
   // Copies the book and its log to among the system's temporary files, and opens the copy.
   //   path   one that ResolvedBookPath gave
   //   fails  75 for what does not look like a book at all, 70 where a writer is at work in it, 61 and 57 where there can
-  //          be no copy
-  explicit DamagedBook(const Text& path);
+  //          be no copy; WorkCancelled while it is made
+  explicit DamagedBook(const Text& path, WorkWatch& watch = Unwatched());
 
   [[nodiscard]] const Text& Path() const { return hold_.Path(); }
   // The copy. Its schema is taken as it reads, so each statement may fail, or end before its last row.

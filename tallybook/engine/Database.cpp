@@ -1,5 +1,6 @@
 #include "tallybook/engine/Database.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <string>
@@ -190,6 +191,7 @@ std::int64_t Database::Number(const char* sql) {
 }
 
 void Database::Fail(int result) const {
+  if ((result & 0xFF) == SQLITE_INTERRUPT) throw WorkCancelled();
   // SQLite tells of a full disk in more ways than one; the system's own number is plain.
   const int error = handle_ && (result & 0xFF) == SQLITE_IOERR ? sqlite3_system_errno(handle_.get()) : 0;
   if (error == ENOSPC || error == EDQUOT || error == EFBIG) result = SQLITE_FULL;
@@ -228,12 +230,25 @@ void Database::EndReading() {
   if (sqlite3_get_autocommit(handle_.get()) == 0) Execute("COMMIT");
 }
 
-void Database::CopyPagesTo(Database& other) {
+void Database::SetWatch(WorkWatch& watch) {
+  constexpr int kStepsBetween = 20'000;  // of SQLite's machine: some milliseconds
+  sqlite3_progress_handler(
+      handle_.get(), kStepsBetween, [](void* its) { return static_cast<WorkWatch*>(its)->IsCancelled() ? 1 : 0; },
+      &watch);
+}
+
+void Database::CopyPagesTo(Database& other, WorkWatch& watch) {
+  constexpr int kPagesAtATime = 256;
   sqlite3_backup* backup = sqlite3_backup_init(other.Handle(), "main", Handle(), "main");
   if (backup == nullptr) other.Fail(sqlite3_errcode(other.Handle()));
-  const int all_pages = -1;
-  const int result = sqlite3_backup_step(backup, all_pages);
+  int result = SQLITE_OK;
+  while (result == SQLITE_OK && !watch.IsCancelled()) {
+    result = sqlite3_backup_step(backup, kPagesAtATime);
+    const auto pages = static_cast<Single>(std::max(sqlite3_backup_pagecount(backup), 1));
+    watch.Done(1 - static_cast<Single>(sqlite3_backup_remaining(backup)) / pages);
+  }
   const int finished = sqlite3_backup_finish(backup);
+  if (result == SQLITE_OK) throw WorkCancelled();
   if (result != SQLITE_DONE) other.Fail(finished == SQLITE_OK ? result : finished);
   if (guards_steps_) Guard();
 }

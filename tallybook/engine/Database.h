@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "base/Types.h"
+#include "tallybook/engine/WorkWatch.h"
 
 namespace tallybook::engine {
 
@@ -101,14 +102,18 @@ class Database {
   void BeginReading();
   void EndReading();
 
+  // Statements end with WorkCancelled where the work is not wanted any more; what they had changed is taken back. `watch`
+  // outlives the last of them.
+  void SetWatch(WorkWatch& watch);
+
   // Puts all pages as this connection sees them, with what its log holds, into the file of another, which is empty.
-  void CopyPagesTo(Database& other);
+  void CopyPagesTo(Database& other, WorkWatch& watch = Unwatched());
 
   // The key of the row that was inserted last.
   [[nodiscard]] std::int64_t LastRow() const { return sqlite3_last_insert_rowid(handle_.get()); }
 
   // Raises the failure of an SQLite result code: 61 no room, 70 busy, locked or not permitted, 75 no database or cannot
-  // be opened, 57 anything else.
+  // be opened, 57 anything else. WorkCancelled where the watch has ended it.
   [[noreturn]] void Fail(int result) const;
 
  private:

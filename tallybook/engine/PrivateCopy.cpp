@@ -1,5 +1,6 @@
 #include "tallybook/engine/PrivateCopy.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -38,8 +39,8 @@ constexpr std::chrono::seconds kLeftoverAge{10};
   throw Failure(FailureNumberOf(error), what + ": " + WordsOfError(error), kSource);
 }
 
-// Makes one file's bytes those of another. `what` is said where that fails.
-void CopyBytes(int from, int to, const Text& what) {
+// Makes one file's bytes those of another, which has about so many. `what` is said where that fails.
+void CopyBytes(int from, int to, std::int64_t size, const Text& what, WorkWatch& watch) {
   if (::ftruncate(to, 0) != 0 || ::lseek(to, 0, SEEK_SET) != 0) Fail(errno, what);
   std::vector<char> bytes(std::size_t{1} << 20);
   for (off_t offset = 0;;) {
@@ -49,6 +50,7 @@ void CopyBytes(int from, int to, const Text& what) {
     if (count == 0) return;
     if (const int error = WriteAll(to, bytes.data(), static_cast<std::size_t>(count))) Fail(error, what);
     offset += count;
+    watch.Step(std::min(1.0F, static_cast<Single>(offset) / static_cast<Single>(size)));
   }
 }
 
@@ -108,11 +110,11 @@ void RemoveLeftovers() {
 
 }  // namespace
 
-PrivateCopy::PrivateCopy(const BookHold& book) {
+PrivateCopy::PrivateCopy(const BookHold& book, WorkWatch& watch) {
   RemoveLeftovers();
   try {
     MakeFiles(book);
-    CopySettled(book);
+    CopySettled(book, watch);
     GiveNames(book);
   } catch (...) {
     Remove();
@@ -153,14 +155,15 @@ void PrivateCopy::MakeFiles(const BookHold& book) {
   HoldAsMaker(book_);
 }
 
-void PrivateCopy::CopySettled(const BookHold& book) {
+void PrivateCopy::CopySettled(const BookHold& book, WorkWatch& watch) {
   for (int tries = 0; tries < kTries; ++tries) {
     const FileState file = book.State();
     const FileState log = StateAt(book.LogPath());
     if (IsSettled(file) && IsSettled(log)) {
-      Copy(book);
+      Copy(book, watch);
       if (book.State() == file && StateAt(book.LogPath()) == log) return;
     }
+    watch.EndIfCancelled();
     std::this_thread::sleep_for(kBetweenTries);
   }
   throw Failure(
@@ -169,14 +172,15 @@ void PrivateCopy::CopySettled(const BookHold& book) {
       kSource);
 }
 
-void PrivateCopy::Copy(const BookHold& book) {
+void PrivateCopy::Copy(const BookHold& book, WorkWatch& watch) {
   const Text what = Words(book) + " (" + TemporaryFolder() + ")";
-  CopyBytes(book.Descriptor(), book_, what);
-  has_log_ = StateAt(book.LogPath()).exists;
+  CopyBytes(book.Descriptor(), book_, book.State().size, what, watch);
+  const FileState log_state = StateAt(book.LogPath());
+  has_log_ = log_state.exists;
   if (!has_log_) return;
   const tallybook::Descriptor log(::open(book.LogPath().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
   if (log.IsOpen()) {
-    CopyBytes(log.Number(), log_, what);
+    CopyBytes(log.Number(), log_, log_state.size, what, watch);
   } else if (errno == ENOENT) {
     has_log_ = false;
   } else {

@@ -3,6 +3,7 @@
 
 #include "base/Types.h"
 #include "tallybook/engine/BookHold.h"
+#include "tallybook/engine/WorkWatch.h"
 
 namespace tallybook::engine {
 
@@ -13,8 +14,8 @@ class PrivateCopy {
  public:
   // Copies what `book` holds, and its log. Where a writer changes either meanwhile, the copy is made again.
   //   fails   70 where a writer gives no time for a copy, or where the log may not be read; 61, 57 where the copy cannot
-  //           be written
-  explicit PrivateCopy(const BookHold& book);
+  //           be written; WorkCancelled
+  explicit PrivateCopy(const BookHold& book, WorkWatch& watch = Unwatched());
   ~PrivateCopy();
   PrivateCopy(const PrivateCopy&) = delete;
   PrivateCopy& operator=(const PrivateCopy&) = delete;
@@ -29,8 +30,8 @@ class PrivateCopy {
  private:
   void MakeFolder(const BookHold& book);
   void MakeFiles(const BookHold& book);
-  void CopySettled(const BookHold& book);
-  void Copy(const BookHold& book);
+  void CopySettled(const BookHold& book, WorkWatch& watch);
+  void Copy(const BookHold& book, WorkWatch& watch);
   void GiveNames(const BookHold& book);
 
   Text folder_;  // empty while there is none

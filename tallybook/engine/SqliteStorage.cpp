@@ -42,8 +42,8 @@ void SqliteStorage::VisitKeys(std::int64_t first_key, std::int64_t last_key, con
   while (walk_keys_.Step()) visit(walk_keys_.Int(0));
 }
 
-void SqliteStorage::CopyTo(const Text& path, const Text& shown) {
-  CopyToFile(Db(), path, shown);
+void SqliteStorage::CopyTo(const Text& path, const Text& shown, WorkWatch& watch) {
+  CopyToFile(Db(), path, shown, watch);
 }
 
 std::map<Long, Text> SqliteStorage::Users() {

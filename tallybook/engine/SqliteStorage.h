@@ -37,8 +37,8 @@ class SqliteStorage final : public BookStorage {
   bool VisitChunks(std::int64_t first_key, std::int64_t last_key, const ChunkVisitor& visit) override;
   void VisitKeys(std::int64_t first_key, std::int64_t last_key, const KeyVisitor& visit) override;
 
-  void CopyTo(const Text& path, const Text& shown) override;
-  void Compact() override { file_.Compact(); }
+  void CopyTo(const Text& path, const Text& shown, WorkWatch& watch) override;
+  void Compact(WorkWatch& watch) override { file_.Compact(watch); }
 
   void BeginReading() override { Db().BeginReading(); }
   void BeginWriting() override { transaction_.emplace(Db()); }

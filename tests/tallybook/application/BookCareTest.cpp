@@ -1,5 +1,7 @@
 // Backups of books, and books out of them: with companion files, beside writers and readers, over damage.
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -285,6 +287,73 @@ TEST_F(BookCareTest, FollowsLinksToTheBookAndToTheBackup) {
             folder.Path("far/East.tbk-replaced"));
   EXPECT_TRUE(std::filesystem::is_symlink(folder.Path("link")));
   EXPECT_EQ(folder.Read("far/TBQDX1.East"), "a definition");
+}
+
+// Cancels when it has been asked so many times.
+class LimitedWatch final : public engine::WorkWatch {
+ public:
+  explicit LimitedWatch(int asks_before_cancel) : left_(asks_before_cancel) {}
+  void Done(Single fraction) override { done = fraction; }
+  [[nodiscard]] bool IsCancelled() override {
+    if (left_ > 0) --left_;
+    return left_ == 0;
+  }
+  Single done = 0;
+
+ private:
+  int left_;
+};
+
+class CancelledCare : public BookCareTest {
+ protected:
+  // Cancels at each moment that the work asks, up to its end; gives how often that was.
+  int CancelEverywhere(const std::function<void(engine::WorkWatch& watch)>& work) {
+    const auto before = Files();
+    constexpr int kMostAsks = 1000;
+    for (int asks = 1; asks < kMostAsks; ++asks) {
+      LimitedWatch watch(asks);
+      try {
+        work(watch);
+        EXPECT_EQ(watch.done, 1);
+        return asks;
+      } catch (const engine::WorkCancelled&) {
+        EXPECT_EQ(Files(), before) << "cancelled at ask " << asks;
+      }
+    }
+    return 0;
+  }
+  std::map<Text, std::string> Files() {
+    std::map<Text, std::string> files;
+    for (const Text& name : Names()) files[name] = folder.Read(name);
+    return files;
+  }
+};
+
+TEST_F(CancelledCare, LeavesNoBackupAndTheOneThatIsThereAsItWas) {
+  const auto back_up = [&](bool replace) {
+    return CancelEverywhere([&](engine::WorkWatch& watch) { BackUpBook(BookPath(), Backup(), replace, watch); });
+  };
+  EXPECT_GT(back_up(kNotReplace), 3);
+  EXPECT_GT(back_up(kReplace), 3);
+}
+
+TEST_F(CancelledCare, LeavesTheBookThatWasToBeReplacedAndNothingBesideIt) {
+  BackUp();
+  Change();
+  const FigureMap changed = Figures();
+  EXPECT_GT(CancelEverywhere([&](engine::WorkWatch& watch) {
+              EXPECT_EQ(Figures(), changed);
+              RestoreBook(Backup(), BookPath(), {.replace = true}, watch);
+            }),
+            6);
+  EXPECT_NE(Figures(), changed);
+}
+
+TEST_F(CancelledCare, LeavesNoBookWhereNoneWas) {
+  BackUp();
+  EXPECT_GT(
+      CancelEverywhere([&](engine::WorkWatch& watch) { RestoreBook(Backup(), folder.Path("West.tbk"), {}, watch); }),
+      3);
 }
 
 // What a restore that was killed right behind the moment that counts leaves: the book in place, its companions within.

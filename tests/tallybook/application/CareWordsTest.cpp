@@ -46,5 +46,16 @@ TEST(CareWords, ABackupAndARestoreSayWhatTheyMade) {
   EXPECT_EQ(CompactWords("north.tbk", {40'960, 20'480}), "north.tbk: 40,960 bytes before, 20,480 bytes after.");
 }
 
+TEST(CareWords, ASalvageSaysWhatItMadeAndHowMuchIsLost) {
+  engine::SalvageResult result;
+  result.chunks = 1200;
+  result.entries = 1;
+  EXPECT_EQ(SalvageWords("saved.tbk", result),
+            "Made saved.tbk with 1,200 chunks, 1 journal entry and 0 companion files; nothing is lost.");
+  result.lost.resize(1);
+  EXPECT_EQ(SalvageWords("saved.tbk", result),
+            "Made saved.tbk with 1,200 chunks, 1 journal entry and 0 companion files; 1 finding.");
+}
+
 }  // namespace
 }  // namespace tallybook::application

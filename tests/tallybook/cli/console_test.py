@@ -335,6 +335,44 @@ class ConsoleTest(unittest.TestCase):
             self.assertLess(len(output.read()), len(values) * 80)
         self.assertEqual(process.wait(TIMEOUT), 3)
 
+    # Twice as often as it needs: a machine that is busy may end the work before the key comes.
+    CARE_TRIES = 20
+
+    def cancel(self, title, *arguments):
+        """Runs a command until Ctrl-C ends it in the midst, and holds that nothing has changed."""
+        names = {path.name: path.read_bytes() for path in self.folder.iterdir() if path.is_file()}
+        for _ in range(self.CARE_TRIES):
+            terminal = self.terminal("book", *arguments)
+            terminal.wait_for(title)
+            terminal.process.send_signal(signal.SIGINT)
+            status = terminal.finish()
+            if status == 3:
+                self.assertIn("cancelled", terminal.shown)
+                after = {path.name: path.read_bytes() for path in self.folder.iterdir() if path.is_file()}
+                self.assertEqual(after.keys(), names.keys())
+                self.assertEqual([name for name in names if after[name] != names[name]], [])
+                return
+            self.assertEqual(status, 0)
+            for name in {path.name for path in self.folder.iterdir()} - names.keys():
+                (self.folder / name).unlink()
+            for name, content in names.items():
+                (self.folder / name).write_bytes(content)
+        self.fail(f"never cancelled: {arguments}")
+
+    def test_ctrl_c_ends_care_and_leaves_nothing(self):
+        values = [{"account": a, "date": f"200{y}-{m:02}-01", "field": 1, "value": 1.25}
+                  for a in range(1, 4001) for y in (3, 4) for m in range(1, 13, 3)]
+        self.make("shop", book("Shop", "day", [f"{n:05}" for n in range(1, 4001)], values))
+        self.run_command("set", "shop", "00001", "2003-01-01", "1", "7")
+        self.run_command("book", "backup", "shop", "safe")
+        before = self.values("shop")
+        self.cancel("Check shop.tbk", "check", "shop", "--deep")
+        self.cancel("Back up shop.tbk", "backup", "shop", "other")
+        self.cancel("Compact shop.tbk", "compact", "shop")
+        self.cancel("Salvage shop.tbk", "salvage", "shop", "saved")
+        self.cancel("Restore safe", "restore", "safe", "shop", "--replace")
+        self.assertEqual(self.values("shop"), before)
+
     def shown(self, *arguments, **env):
         terminal = Terminal(arguments, self.folder, {**self.env, **env})
         terminal.finish()
