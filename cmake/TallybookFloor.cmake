@@ -8,6 +8,8 @@ if(TALLYBOOK_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER env CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}
       CCACHE_NOHASHDIR=1 ${TALLYBOOK_CCACHE})
 endif()
+# Tests name their source in what they say; from the checkout on, so that an object is the same in every checkout.
+add_compile_options(-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
 
 add_library(tallybook_build_options INTERFACE)
 target_compile_features(tallybook_build_options INTERFACE cxx_std_20)

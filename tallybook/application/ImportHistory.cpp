@@ -37,7 +37,7 @@ std::optional<EarlierImport> ImportHistory::Find(const Text& path, const Text& p
     if (!size) return std::nullopt;
     for (const engine::EntryFile& file : known->noted.notes.files) {
       if (file.size != size) continue;
-      EarlierImport earlier = {known->noted.entry, known->noted.who, file.path, file.xxh3.empty()};
+      EarlierImport earlier = {known->noted.entry, known->noted.who, file.path, file.xxh3.empty(), known->facts.math};
       if (earlier.likely && file.path == path) return earlier;
       if (earlier.likely) continue;
       if (!print) print = FingerprintOf(place);

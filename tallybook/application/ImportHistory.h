@@ -17,6 +17,7 @@ struct EarlierImport {
   Text who;             // empty where it is not known
   Text file;            // as it was called then
   bool likely = false;  // that import ended before it had read the file: only name and size are the same
+  Text math = {};       // as EntryFacts tells it
 };
 
 class ImportHistory {

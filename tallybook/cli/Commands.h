@@ -27,6 +27,7 @@ namespace tallybook::cli {
 [[nodiscard]] CommandTable JournalShowCommand();
 [[nodiscard]] CommandTable JournalUndoCommand();
 [[nodiscard]] CommandTable JournalTrimCommand();
+[[nodiscard]] CommandTable VerifyCommand();
 [[nodiscard]] CommandTable BookCommand();
 [[nodiscard]] CommandTable AccountCommand();
 [[nodiscard]] CommandTable FieldCommand();

@@ -233,6 +233,7 @@ class Book final : public Masterfile, public CalendarSource {
   void PrintReportHeader(Printer& printer, const Text& name) override;
 
  private:
+  friend class FiguresBefore;
   friend class Journal;
   friend class JournalNotes;
   friend class JournalTrim;

@@ -37,6 +37,11 @@ class OverlayFigures {
   [[nodiscard]] bool IsTouched() const { return current_ != nullptr && (current_->touched & row_bit_) != 0; }
   // A figure as it is now.
   [[nodiscard]] Double Now(std::size_t column) const { return column < width_ ? now_[column] : kUnwritten; }
+  // The same where it was written in this round; kUnwritten where it comes from an earlier one.
+  [[nodiscard]] Double NowOfRound(std::size_t column) const {
+    if (column >= width_ || current_->round != round_ || IsUnwritten(*(now_ - width_ + column))) return kUnwritten;
+    return now_[column];
+  }
   // Notes that the record was written in this round, whether its figures differ or not.
   void Touch();
   // Writes a figure, which Now calls `old` or, where it does not know it, the database.

@@ -15,21 +15,6 @@ namespace {
 
 constexpr const char* kSource = "Tallybook.Overlay";
 
-// The place of a number in a table by number; 0 for one that the table does not reach.
-template <typename Table>
-typename Table::value_type At(const Table& table, Long number) {
-  // A negative number wraps to one that no table reaches.
-  const auto place = static_cast<std::size_t>(static_cast<std::uint32_t>(number));
-  return place < table.size() ? table[place] : typename Table::value_type{0};
-}
-
-template <typename Table>
-auto& Reach(Table& table, Long number) {
-  const auto place = static_cast<std::size_t>(number);
-  if (place >= table.size()) table.resize(place + 1, 0);
-  return table[place];
-}
-
 }  // namespace
 
 // --- The calendar ----------------------------------------------------------------------------------------------------
@@ -61,69 +46,28 @@ class OverlayMasterfile::Calendar : public tallybook::FiscalCalendar {
   std::unique_ptr<tallybook::FiscalCalendar> own_;
 };
 
-namespace {
+// --- The database below ----------------------------------------------------------------------------------------------
 
-std::size_t DayCount(Masterfile& masterfile) {
-  return static_cast<std::size_t>(std::max(0.0, masterfile.LastDate() - masterfile.FirstDate() + 1));
+std::unique_ptr<OverlayMasterfile::Calendar> OverlayMasterfile::NewCalendar(Masterfile& below, HostFactory& factory) {
+  auto calendar = std::make_unique<Calendar>(*this, factory.NewFiscalCalendar());
+  calendar->Attach(below);
+  calendar->SetCurrentDate(below.FiscalCalendar().CurrentDate());
+  return calendar;
 }
 
-}  // namespace
-
-// --- What the database below is --------------------------------------------------------------------------------------
-
 OverlayMasterfile::OverlayMasterfile(Masterfile& below, HostFactory& factory, HostApp& app, std::size_t cache_bytes)
-    : below_(below),
-      app_(app),
-      calendar_(std::make_unique<Calendar>(*this, factory.NewFiscalCalendar())),
-      figures_(static_cast<std::size_t>(below.NumAccounts()), DayCount(below), cache_bytes),
+    : MasterfileLayer(below, app),
+      calendar_(NewCalendar(below, factory)),
+      places_(below, calendar_->Own()),
+      figures_(places_.Accounts(), places_.Records(), cache_bytes),
       regroups_(below.DataLevel() != kDayLevel) {
-  calendar_->Attach(below);
-  calendar_->SetCurrentDate(below.FiscalCalendar().CurrentDate());
-  ListDates();
-  ListAccounts();
-  ListFields();
+  if (regroups_) days_.resize(places_.Days());
 }
 
 OverlayMasterfile::~OverlayMasterfile() = default;
 
 tallybook::FiscalCalendar& OverlayMasterfile::FiscalCalendar() {
   return *calendar_;
-}
-
-void OverlayMasterfile::ListDates() {
-  tallybook::FiscalCalendar& calendar = calendar_->Own();
-  const Date last_date = below_.LastDate();
-  const Integer level = below_.DataLevel();
-  first_valid_date_ = below_.FirstDate();
-  // The first record can begin before it.
-  (void)calendar.LevelDate(first_valid_date_, level);
-  first_date_ = calendar.PriorPeriodEnd() + 1;
-  for (Date day = first_date_; day <= last_date;) {
-    const Date last = calendar.LevelDate(day, level);
-    record_of_day_.insert(record_of_day_.end(), static_cast<std::size_t>(last - day) + 1,
-                          static_cast<std::uint32_t>(date_of_record_.size()));
-    date_of_record_.push_back(last);
-    day = last + 1;
-  }
-  if (regroups_) days_.resize(record_of_day_.size());
-}
-
-void OverlayMasterfile::ListAccounts() {
-  const Long accounts = below_.NumAccounts();
-  for (Long position = 1; position <= accounts; ++position) {
-    number_of_account_.push_back(below_.AccountNumber(ToInteger(position)));
-    std::uint32_t& place = Reach(place_of_account_, number_of_account_.back());
-    if (place == 0) place = static_cast<std::uint32_t>(position);
-  }
-}
-
-void OverlayMasterfile::ListFields() {
-  const Long fields = below_.NumFields();
-  for (Long position = 1; position <= fields; ++position) {
-    Integer& place = Reach(position_of_field_, below_.FieldNumber(ToInteger(position)));
-    if (place == 0) place = ToInteger(position);
-  }
-  column_of_field_.resize(position_of_field_.size());
 }
 
 // --- Records ---------------------------------------------------------------------------------------------------------
@@ -142,20 +86,16 @@ void OverlayMasterfile::DropUnwritten() {
 
 bool OverlayMasterfile::ReadRecord(Long account_number, Date date) {
   DropCurrent();
-  const std::uint32_t place = At(place_of_account_, account_number);
-  const Date offset = date - first_date_;
-  const bool known = place != 0 && offset >= 0 && offset < static_cast<Date>(record_of_day_.size());
-  if (!known) {
-    if (!below_.ReadRecord(account_number, date)) return false;
+  const auto place = places_.Find(account_number, date);
+  if (!place) {
+    if (!Below().ReadRecord(account_number, date)) return false;
     throw Failure(FailureNumber::kInternal, "The database has a record that its lists have no place for", kSource);
   }
-  const std::uint32_t record = record_of_day_[static_cast<std::size_t>(offset)];
-  figures_.Select(place - 1, record);
+  figures_.Select(place->account, place->record);
   account_number_ = account_number;
   date_ = date;
-  // Before the first date only the database knows whether there is a record.
-  if (!figures_.IsTouched() || date < first_valid_date_) {
-    if (!below_.ReadRecord(account_number, date)) return false;
+  if (!figures_.IsTouched() || !place->is_certain) {
+    if (!Below().ReadRecord(account_number, date)) return false;
     current_below_ = true;
   }
   current_ = true;
@@ -166,34 +106,34 @@ bool OverlayMasterfile::ReadRecord(Long account_number, Date date) {
   return true;
 }
 
-Double OverlayMasterfile::Below(Integer field_number) const {
+Double OverlayMasterfile::FigureBelow(Integer field_number) const {
   if (!current_below_) {
-    if (!below_.ReadRecord(account_number_, date_)) {
+    if (!Below().ReadRecord(account_number_, date_)) {
       throw Failure(FailureNumber::kInternal, "A record that was read before cannot be read", kSource);
     }
     current_below_ = true;
   }
-  return below_.FieldValue(field_number);
+  return Below().FieldValue(field_number);
 }
 
 // A figure without what was set and not written.
 Double OverlayMasterfile::Stands(Integer field_number, std::size_t column) const {
   const Double now = figures_.Now(column);
-  return IsUnwritten(now) ? Below(field_number) : now;
+  return IsUnwritten(now) ? FigureBelow(field_number) : now;
 }
 
 Double OverlayMasterfile::FieldValue(Integer field_number) const {
   if (day_is_due_) NoteArrival();
-  if (!current_) return below_.FieldValue(field_number);  // which says what is wrong
-  const std::size_t column = At(column_of_field_, field_number);
-  if (column == 0) return Below(field_number);
+  if (!current_) return Below().FieldValue(field_number);  // which says what is wrong
+  const std::size_t column = AtNumber(column_of_field_, field_number);
+  if (column == 0) return FigureBelow(field_number);
   const Double unwritten = unwritten_[column - 1];
   return IsUnwritten(unwritten) ? Stands(field_number, column - 1) : unwritten;
 }
 
 void OverlayMasterfile::SetFieldValue(Integer field_number, Double value) {
   if (day_is_due_ && value != 0) NoteArrival();
-  if (!current_) return below_.SetFieldValue(field_number, value);  // which says what is wrong
+  if (!current_) return Below().SetFieldValue(field_number, value);  // which says what is wrong
   if (!std::isfinite(value)) RefuseFigure(field_number, value);
   const std::size_t column = ColumnOf(field_number);
   if (IsUnwritten(unwritten_[column])) set_columns_.push_back(static_cast<std::uint16_t>(column));
@@ -203,24 +143,26 @@ void OverlayMasterfile::SetFieldValue(Integer field_number, Double value) {
 
 // A database may set such a figure as long as it is not written, and here it never is.
 void OverlayMasterfile::RefuseFigure(Integer field_number, Double value) {
-  (void)Below(field_number);
-  below_.SetFieldValue(field_number, value);
+  (void)FigureBelow(field_number);
+  Below().SetFieldValue(field_number, value);
   current_below_ = false;
   throw Failure(FailureNumber::kOverflow,
                 std::to_string(value) + " is no figure for field " + std::to_string(field_number), kSource);
 }
 
 std::size_t OverlayMasterfile::ColumnOf(Integer field_number) {
-  if (const std::size_t column = At(column_of_field_, field_number); column != 0) return column - 1;
-  const Integer position = At(position_of_field_, field_number);
+  if (const std::size_t column = AtNumber(column_of_field_, field_number); column != 0) return column - 1;
+  const Integer position = places_.FieldPosition(field_number);
   if (position == 0) {
-    (void)Below(field_number);  // which says that there is no such field
+    (void)FigureBelow(field_number);  // which says that there is no such field
     throw Failure(FailureNumber::kInvalidArgument,
                   "The database has no field of number " + std::to_string(field_number), kSource);
   }
   columns_.push_back({.field_position = position, .field_number = field_number});
   unwritten_.push_back(kUnwritten);
-  column_of_field_[static_cast<std::size_t>(field_number)] = static_cast<std::uint16_t>(columns_.size());
+  const auto number = static_cast<std::size_t>(field_number);
+  if (number >= column_of_field_.size()) column_of_field_.resize(number + 1);
+  column_of_field_[number] = static_cast<std::uint16_t>(columns_.size());
   return columns_.size() - 1;
 }
 
@@ -256,7 +198,7 @@ void OverlayMasterfile::NoteLevelDate(Date date, Integer level, Date level_date)
 
 void OverlayMasterfile::NoteArrival() const {
   day_is_due_ = false;
-  const Date offset = day_ - first_date_;
+  const Date offset = day_ - places_.FirstDay();
   if (offset >= 0 && offset < static_cast<Date>(days_.size())) days_[static_cast<std::size_t>(offset)] = true;
 }
 
@@ -264,8 +206,8 @@ std::vector<RegroupedDays> OverlayMasterfile::Regrouped() const {
   std::vector<RegroupedDays> regrouped;
   for (std::size_t index = 0; index < days_.size(); ++index) {
     if (!days_[index]) continue;
-    const Date day = first_date_ + static_cast<Date>(index);
-    const Date record = date_of_record_[record_of_day_[index]];
+    const Date day = places_.FirstDay() + static_cast<Date>(index);
+    const Date record = places_.DateOf(places_.RecordOf(index));
     if (regrouped.empty() || regrouped.back().record != record) regrouped.push_back({.record = record, .first = day});
     regrouped.back().last = day;
     ++regrouped.back().days;
@@ -304,8 +246,8 @@ RecordCounts OverlayMasterfile::VisitAll(const ChangeVisitor& visit) {
 bool OverlayMasterfile::TellRow(const OverlayFigures::Row& row, const ChangeVisitor& visit, RecordCounts& counts) {
   FigureChange change;
   change.account_position = static_cast<Integer>(row.account + 1);
-  change.account_number = number_of_account_[row.account];
-  change.date = date_of_record_[row.record];
+  change.account_number = places_.NumberOf(row.account);
+  change.date = places_.DateOf(row.record);
   account_number_ = change.account_number;
   date_ = change.date;
   current_below_ = false;
@@ -314,7 +256,7 @@ bool OverlayMasterfile::TellRow(const OverlayFigures::Row& row, const ChangeVisi
   for (const std::size_t column : order_) {
     if (column >= row.now.size() || IsUnwritten(row.now[column])) continue;
     if (row.net && IsUnwritten(row.before[column])) continue;
-    change.before = row.net ? row.before[column] : Below(columns_[column].field_number);
+    change.before = row.net ? row.before[column] : FigureBelow(columns_[column].field_number);
     change.after = row.now[column];
     if (change.before == change.after) continue;
     differs = true;

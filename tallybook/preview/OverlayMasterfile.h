@@ -18,12 +18,11 @@
 #include <vector>
 
 #include "base/Types.h"
-#include "host/AccountRecord.h"
-#include "host/FieldRecord.h"
 #include "host/FiscalCalendar.h"
 #include "host/HostFactory.h"
-#include "host/Masterfile.h"
+#include "tallybook/preview/MasterfileLayer.h"
 #include "tallybook/preview/OverlayFigures.h"
+#include "tallybook/preview/RecordPlaces.h"
 
 namespace tallybook::preview {
 
@@ -52,7 +51,7 @@ struct RegroupedDays {
   Long days = 0;
 };
 
-class OverlayMasterfile final : public Masterfile {
+class OverlayMasterfile final : public MasterfileLayer {
  public:
   // `factory` makes the calendar. `app` is the application as those who work on this see it: it may be another than that
   // of the database below, for one with a log that keeps nothing.
@@ -75,35 +74,7 @@ class OverlayMasterfile final : public Masterfile {
   [[nodiscard]] std::vector<RegroupedDays> Regrouped() const;
 
   // Masterfile.
-  HostApp& App() override { return app_; }
   tallybook::FiscalCalendar& FiscalCalendar() override;
-  std::unique_ptr<AccountRecord> NewAccountRecord() override { return below_.NewAccountRecord(); }
-  std::unique_ptr<FieldRecord> NewFieldRecord() override { return below_.NewFieldRecord(); }
-  SequenceList& PrintSequences() override { return below_.PrintSequences(); }
-
-  [[nodiscard]] Text SystemName() const override { return below_.SystemName(); }
-  [[nodiscard]] Text DataPath() const override { return below_.DataPath(); }
-  [[nodiscard]] Text FileExtension() const override { return below_.FileExtension(); }
-  [[nodiscard]] Text SettingsFileName() const override { return below_.SettingsFileName(); }
-  [[nodiscard]] Text MasterFileTypeName(Integer type) const override { return below_.MasterFileTypeName(type); }
-  const TitleLookup& TitleSource() const override { return below_.TitleSource(); }
-  [[nodiscard]] Text TitleContext() const override { return below_.TitleContext(); }
-
-  [[nodiscard]] Long FileVersion() const override { return below_.FileVersion(); }
-  [[nodiscard]] Integer DataLevel() const override { return below_.DataLevel(); }
-  [[nodiscard]] Integer CalendarType() const override { return below_.CalendarType(); }
-  [[nodiscard]] Integer YearField() const override { return below_.YearField(); }
-  [[nodiscard]] Long FieldSlots() const override { return below_.FieldSlots(); }
-  [[nodiscard]] Long AccountSlots() const override { return below_.AccountSlots(); }
-
-  [[nodiscard]] Long MaxAccounts() const override { return below_.MaxAccounts(); }
-  [[nodiscard]] Long NumAccounts() const override { return below_.NumAccounts(); }
-  [[nodiscard]] Long AccountNumber(Integer position) const override { return below_.AccountNumber(position); }
-  [[nodiscard]] Long MaxFields() const override { return below_.MaxFields(); }
-  [[nodiscard]] Long NumFields() const override { return below_.NumFields(); }
-  [[nodiscard]] Integer FieldNumber(Integer position) const override { return below_.FieldNumber(position); }
-  [[nodiscard]] Text FieldName(Integer position) const override { return below_.FieldName(position); }
-
   // As the database below does: false, and what fails, are its own. A record that was written here is not read there
   // until a figure is asked for that was not.
   [[nodiscard]] bool ReadRecord(Long account_number, Date date) override;
@@ -113,33 +84,8 @@ class OverlayMasterfile final : public Masterfile {
   // Failure 6 for an infinity and for what is no number, in the words of the database below where it has any.
   void SetFieldValue(Integer field_number, Double value) override;
 
-  [[nodiscard]] bool DateValid(Date date) const override { return below_.DateValid(date); }
-  [[nodiscard]] Date FirstDate() const override { return below_.FirstDate(); }
-  [[nodiscard]] Date LastDate() const override { return below_.LastDate(); }
-  [[nodiscard]] Date FirstSystemDate() const override { return below_.FirstSystemDate(); }
-  [[nodiscard]] Integer FirstYear() const override { return below_.FirstYear(); }
-  [[nodiscard]] Long NumYears() const override { return below_.NumYears(); }
-  [[nodiscard]] Long YearsInUse() const override { return below_.YearsInUse(); }
-  [[nodiscard]] Integer YearCode(Integer position) const override { return below_.YearCode(position); }
-  [[nodiscard]] Date YearStart(Integer year) const override { return below_.YearStart(year); }
-  [[nodiscard]] Integer NumPeriods() const override { return below_.NumPeriods(); }
-  [[nodiscard]] Text PeriodName(Integer period) const override { return below_.PeriodName(period); }
-  [[nodiscard]] Integer PeriodLength(Integer period) const override { return below_.PeriodLength(period); }
-
-  void BeginProgress(const Text& title) override { below_.BeginProgress(title); }
-  void BeginProgressText(const Text& title) override { below_.BeginProgressText(title); }
-  void SetProgressFraction(Single fraction) override { below_.SetProgressFraction(fraction); }
-  void SetProgressText(const Text& text) override { below_.SetProgressText(text); }
-  void SetProgressCancelEnabled(bool enabled) override { below_.SetProgressCancelEnabled(enabled); }
-  [[nodiscard]] bool ProgressCancelled() const override { return below_.ProgressCancelled(); }
-  void EndProgress() override { below_.EndProgress(); }
-
   Integer BeginRollback(Date first, Date last) override;
   void EndRollback() override {}
-
-  [[nodiscard]] bool AccessRight(const Text& right) const override { return below_.AccessRight(right); }
-  void InitReportPrinter(Printer& printer) override { below_.InitReportPrinter(printer); }
-  void PrintReportHeader(Printer& printer, const Text& name) override { below_.PrintReportHeader(printer, name); }
 
  private:
   class Calendar;
@@ -150,11 +96,9 @@ class OverlayMasterfile final : public Masterfile {
     Integer field_number = 0;
   };
 
-  void ListDates();
-  void ListAccounts();
-  void ListFields();
+  [[nodiscard]] std::unique_ptr<Calendar> NewCalendar(Masterfile& below, HostFactory& factory);
   [[nodiscard]] std::size_t ColumnOf(Integer field_number);
-  [[nodiscard]] Double Below(Integer field_number) const;
+  [[nodiscard]] Double FigureBelow(Integer field_number) const;
   [[nodiscard]] Double Stands(Integer field_number, std::size_t column) const;
   [[noreturn]] void RefuseFigure(Integer field_number, Double value);
   void DropCurrent();
@@ -164,19 +108,9 @@ class OverlayMasterfile final : public Masterfile {
   bool TellRow(const OverlayFigures::Row& row, const ChangeVisitor& visit, RecordCounts& counts);
   [[nodiscard]] std::vector<std::size_t> ColumnsInOrder() const;
 
-  Masterfile& below_;
-  HostApp& app_;
   std::unique_ptr<Calendar> calendar_;
-
-  // What the lists of the database below are, for the walk over records.
-  Date first_valid_date_ = 0;
-  Date first_date_ = 0;  // of the first record
-  std::vector<std::uint32_t> record_of_day_;
-  std::vector<Date> date_of_record_;
-  std::vector<Long> number_of_account_;          // by place
-  std::vector<std::uint32_t> place_of_account_;  // by number, from 1; 0: no such account
-  std::vector<Integer> position_of_field_;       // by number; 0: no such field
-  std::vector<std::uint16_t> column_of_field_;   // by number, from 1; 0: nothing was written to it
+  RecordPlaces places_;
+  std::vector<std::uint16_t> column_of_field_;  // by number, from 1; 0: nothing was written to it
   std::vector<Column> columns_;
   std::vector<std::size_t> order_;  // columns by their fields' positions, during a visit
 

@@ -73,8 +73,9 @@ class FigureDelegate final : public QStyledItemDelegate {
     const QColor on_ground = dark ? QColor(255, 140, 120) : QColor(176, 32, 16);
     painter.setPen(QPen(selected ? option.palette.color(QPalette::HighlightedText) : on_ground, 2));
     painter.drawRect(option.rect.adjusted(1, 1, -2, -2));
-    painter.drawText(option.rect.adjusted(Margin(option), 0, 0, 0), static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter),
-                     "!");
+    // Numbers stand at the right whichever way the words go.
+    painter.drawText(option.rect.adjusted(Margin(option), 0, 0, 0),
+                     static_cast<int>(Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignVCenter), "!");
     painter.restore();
   }
 

@@ -6,7 +6,7 @@
 namespace tallybook::desktop {
 
 void ElidedBox::paintEvent(QPaintEvent* /*event*/) {
-  constexpr int kWithin = 4;  // what styles leave free on both sides of the text
+  constexpr int kWithin = 2;  // what styles leave free on both sides of the text, together
   QStylePainter painter(this);
   QStyleOptionComboBox option;
   initStyleOption(&option);

@@ -1,5 +1,7 @@
 #include "tallybook/desktop/host/PromptFiller.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <algorithm>
 
 #include "forms/Form.h"
@@ -8,8 +10,6 @@
 namespace tallybook::desktop {
 
 namespace {
-
-constexpr int kLookEvery = 10;  // milliseconds
 
 Form* LoadedForm(const Text& name) {
   const auto& forms = OpenForms();
@@ -24,16 +24,17 @@ TextBox* BoxOf(const Form* form) {
 }  // namespace
 
 PromptFiller::PromptFiller(const Text& form, const Text& file) : form_(form), file_(file) {
-  if (file_.empty()) return;
-  QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { Look(); });
-  timer_.start(kLookEvery);
+  if (!file_.empty()) QCoreApplication::instance()->installEventFilter(this);
 }
 
-void PromptFiller::Look() {
+bool PromptFiller::eventFilter(QObject* /*watched*/, QEvent* event) {
+  const bool goes_on = false;
+  if (event->type() != QEvent::Show) return goes_on;
   const Form* const form = LoadedForm(form_);
-  if (form == nullptr || !form->Visible()) return;
-  timer_.stop();
+  if (form == nullptr || !form->Visible()) return goes_on;
+  QCoreApplication::instance()->removeEventFilter(this);
   if (TextBox* const box = BoxOf(form)) box->UserSetText(file_);
+  return goes_on;
 }
 
 }  // namespace tallybook::desktop

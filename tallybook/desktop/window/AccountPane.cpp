@@ -1,18 +1,17 @@
 #include "tallybook/desktop/window/AccountPane.h"
 
+#include <QtCore/QEvent>
 #include <QtCore/QSize>
 #include <QtCore/QSortFilterProxyModel>
 #include <QtCore/QStringListModel>
-#include <QtGui/QKeyEvent>
-#include <QtWidgets/QApplication>
 #include <QtWidgets/QLabel>
-#include <QtWidgets/QLineEdit>
 #include <QtWidgets/QListView>
 #include <QtWidgets/QVBoxLayout>
 #include <algorithm>
 
 #include "tallybook/application/Shown.h"
 #include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/window/SearchLine.h"
 
 namespace tallybook::desktop {
 
@@ -22,7 +21,6 @@ constexpr int kLeastTarget = 24;  // what a pointer hits easily
 
 }  // namespace
 
-// Every word of the search must stand somewhere in the account's line, whatever its case.
 class AccountPane::Filter final : public QSortFilterProxyModel {
  public:
   using QSortFilterProxyModel::QSortFilterProxyModel;
@@ -33,34 +31,29 @@ class AccountPane::Filter final : public QSortFilterProxyModel {
   }
 
   void SetWords(const QString& search) {
-    words_ = search.split(' ', Qt::SkipEmptyParts);
+    words_ = SearchWords(search);
     invalidateFilter();
   }
 
  protected:
   [[nodiscard]] bool filterAcceptsRow(int row, const QModelIndex& parent) const override {
-    const QString line = sourceModel()->index(row, 0, parent).data().toString();
-    return std::ranges::all_of(words_, [&](const QString& word) { return line.contains(word, Qt::CaseInsensitive); });
+    return words_.StandIn(sourceModel()->index(row, 0, parent).data().toString());
   }
 
  private:
-  QStringList words_;
+  SearchWords words_;
   int height_ = 0;
 };
 
 AccountPane::AccountPane(QWidget* parent)
     : QWidget(parent),
-      search_(new QLineEdit),
       list_(new QListView),
+      search_(new SearchLine("account", *list_)),
       nothing_(new QLabel),
       names_(new QStringListModel(this)),
       filter_(new Filter(this)) {
   filter_->setSourceModel(names_);
   filter_->SetRowHeight(std::max(fontMetrics().height() * 3 / 2, kLeastTarget));
-  search_->setPlaceholderText("Find account (Ctrl+F)");
-  search_->setAccessibleName("Find account");
-  search_->setClearButtonEnabled(true);
-  search_->installEventFilter(this);
   list_->setModel(filter_);
   list_->setAccessibleName("Accounts");
   list_->setUniformItemSizes(true);
@@ -69,8 +62,7 @@ AccountPane::AccountPane(QWidget* parent)
   nothing_->setMargin(fontMetrics().height() / 2);
   nothing_->hide();
   auto* layout = new QVBoxLayout(this);
-  const int unit = fontMetrics().height() / 4;
-  layout->setContentsMargins(2 * unit, 2 * unit, 0, 0);
+  LeaveMargin();
   layout->addWidget(search_);
   layout->addWidget(nothing_);
   layout->addWidget(list_, 1);
@@ -87,6 +79,18 @@ AccountPane::AccountPane(QWidget* parent)
 }
 
 AccountPane::~AccountPane() = default;
+
+// At the window's edge; the other side touches the table. A layout does not turn its margins with the words.
+void AccountPane::LeaveMargin() {
+  const int margin = 2 * (fontMetrics().height() / 4);
+  const bool mirrored = isRightToLeft();
+  layout()->setContentsMargins(mirrored ? 0 : margin, margin, mirrored ? margin : 0, 0);
+}
+
+void AccountPane::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::LayoutDirectionChange) LeaveMargin();
+  QWidget::changeEvent(event);
+}
 
 void AccountPane::Show(const std::vector<engine::AccountDescription>& accounts) {
   QStringList lines;
@@ -128,32 +132,11 @@ void AccountPane::Move(int rows) {
 }
 
 void AccountPane::BeginSearch() {
-  search_->setFocus(Qt::ShortcutFocusReason);
-  search_->selectAll();
+  search_->Begin();
 }
 
-// The list can be gone through without leaving the line.
-bool AccountPane::eventFilter(QObject* watched, QEvent* event) {
-  if (watched != search_ || event->type() != QEvent::KeyPress) return QWidget::eventFilter(watched, event);
-  auto* key = static_cast<QKeyEvent*>(event);
-  switch (key->key()) {
-    case Qt::Key_Up:
-    case Qt::Key_Down:
-    case Qt::Key_PageUp:
-    case Qt::Key_PageDown:
-      QApplication::sendEvent(list_, event);
-      return true;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-      if (done_) done_();
-      return true;
-    case Qt::Key_Escape:
-      if (search_->text().isEmpty()) return false;
-      search_->clear();
-      return true;
-    default:
-      return false;
-  }
+void AccountPane::OnDone(std::function<void()> listener) {
+  search_->OnDone(std::move(listener));
 }
 
 }  // namespace tallybook::desktop

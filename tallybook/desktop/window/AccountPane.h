@@ -8,11 +8,12 @@
 #include "tallybook/engine/BookDescription.h"
 
 class QLabel;
-class QLineEdit;
 class QListView;
 class QStringListModel;
 
 namespace tallybook::desktop {
+
+class SearchLine;
 
 class AccountPane final : public QWidget {
  public:
@@ -32,22 +33,22 @@ class AccountPane final : public QWidget {
   // Told when the user goes to an account in the list.
   void OnChosen(std::function<void(Integer position)> listener) { chosen_ = std::move(listener); }
   // Told when the user is done with the search: Enter.
-  void OnDone(std::function<void()> listener) { done_ = std::move(listener); }
+  void OnDone(std::function<void()> listener);
 
  protected:
-  bool eventFilter(QObject* watched, QEvent* event) override;
+  void changeEvent(QEvent* event) override;
 
  private:
   class Filter;
   void TellFilter();
+  void LeaveMargin();
 
-  QLineEdit* search_;
   QListView* list_;
+  SearchLine* search_;
   QLabel* nothing_;
   QStringListModel* names_;
   Filter* filter_;
   std::function<void(Integer)> chosen_;
-  std::function<void()> done_;
   bool telling_ = true;
 };
 

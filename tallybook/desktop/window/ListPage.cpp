@@ -9,7 +9,6 @@
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
-#include <QtWidgets/QLineEdit>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QTableView>
 #include <QtWidgets/QVBoxLayout>
@@ -24,6 +23,7 @@
 #include "tallybook/desktop/window/BookDraft.h"
 #include "tallybook/desktop/window/ListsDraft.h"
 #include "tallybook/desktop/window/RowDialogs.h"
+#include "tallybook/desktop/window/SearchLine.h"
 
 namespace tallybook::desktop {
 
@@ -135,27 +135,24 @@ class ListPage::Rows final : public QAbstractTableModel {
   std::vector<RowState> states_;
 };
 
-// Every word of the search must stand somewhere in the row, whatever its case.
 class ListPage::Filter final : public QSortFilterProxyModel {
  public:
   explicit Filter(const Rows& rows) : rows_(rows) {}
 
   void SetWords(const QString& search) {
-    words_ = search.split(' ', Qt::SkipEmptyParts);
+    words_ = SearchWords(search);
     invalidateFilter();
   }
-  [[nodiscard]] bool IsOpen() const { return words_.isEmpty(); }
+  [[nodiscard]] bool IsOpen() const { return words_.IsEmpty(); }
 
  protected:
   [[nodiscard]] bool filterAcceptsRow(int row, const QModelIndex& /*parent*/) const override {
-    if (words_.isEmpty()) return true;
-    const QString line = rows_.LineOf(row);
-    return std::ranges::all_of(words_, [&](const QString& word) { return line.contains(word, Qt::CaseInsensitive); });
+    return words_.IsEmpty() || words_.StandIn(rows_.LineOf(row));
   }
 
  private:
   const Rows& rows_;
-  QStringList words_;
+  SearchWords words_;
 };
 
 // --- The page --------------------------------------------------------------------------------------------------------
@@ -188,15 +185,11 @@ QPushButton* ListPage::AddButton(const QString& words, const char* name, const Q
 
 void ListPage::Build() {
   const bool accounts = kind_ == Kind::kAccounts;
-  search_ = new QLineEdit;
-  search_->setObjectName("search");
-  search_->setPlaceholderText(accounts ? "Find account (Ctrl+F)" : "Find field (Ctrl+F)");
-  search_->setAccessibleName(accounts ? "Find account" : "Find field");
-  search_->setClearButtonEnabled(true);
-  search_->installEventFilter(this);
   nothing_ = new QLabel;
   nothing_->setWordWrap(true);
   table_ = new QTableView;
+  search_ = new SearchLine(accounts ? "account" : "field", *table_);
+  search_->OnDone([this] { table_->setFocus(Qt::OtherFocusReason); });
   table_->setObjectName("rows");
   table_->setModel(filter_.get());
   table_->setAccessibleName(accounts ? "Accounts of the book" : "Fields of the book");
@@ -295,8 +288,7 @@ void ListPage::GoTo(Long number) {
 }
 
 void ListPage::BeginSearch() {
-  search_->setFocus(Qt::ShortcutFocusReason);
-  search_->selectAll();
+  search_->Begin();
 }
 
 // --- What is done ----------------------------------------------------------------------------------------------------
@@ -461,29 +453,9 @@ bool ListPage::AnswerKey(QKeyEvent& key) {
   return true;
 }
 
-// The list can be gone through without leaving the search.
 bool ListPage::eventFilter(QObject* watched, QEvent* event) {
-  if (event->type() != QEvent::KeyPress) return QWidget::eventFilter(watched, event);
-  auto* key = static_cast<QKeyEvent*>(event);
-  if (watched == table_) return AnswerKey(*key);
-  switch (key->key()) {
-    case Qt::Key_Up:
-    case Qt::Key_Down:
-    case Qt::Key_PageUp:
-    case Qt::Key_PageDown:
-      QApplication::sendEvent(table_, event);
-      return true;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-      table_->setFocus(Qt::OtherFocusReason);
-      return true;
-    case Qt::Key_Escape:
-      if (search_->text().isEmpty()) return false;
-      search_->clear();
-      return true;
-    default:
-      return false;
-  }
+  if (watched == table_ && event->type() == QEvent::KeyPress) return AnswerKey(*static_cast<QKeyEvent*>(event));
+  return QWidget::eventFilter(watched, event);
 }
 
 }  // namespace tallybook::desktop

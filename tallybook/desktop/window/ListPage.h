@@ -15,13 +15,13 @@
 #include "base/Types.h"
 
 class QLabel;
-class QLineEdit;
 class QPushButton;
 class QTableView;
 
 namespace tallybook::desktop {
 
 class ListsDraft;
+class SearchLine;
 
 class ListPage final : public QWidget {
  public:
@@ -68,7 +68,7 @@ class ListPage final : public QWidget {
   Kind kind_;
   std::unique_ptr<Rows> rows_;
   std::unique_ptr<Filter> filter_;
-  QLineEdit* search_ = nullptr;
+  SearchLine* search_ = nullptr;
   QTableView* table_ = nullptr;
   QLabel* nothing_ = nullptr;
   QPushButton* edit_ = nullptr;

@@ -105,6 +105,10 @@ NAMES = {
     "regrouped": rows("date", "days", "first", "last"), "days": number, "records_changed": count, "records_same": count,
     "imports": rows("file", "imported", "figures", "records_changed", "records_same", "then"), "imported": truth,
     "then": words("kept", "deleted", "renamed"), "new_file": text, "reason": text, "report": texts,
+    "agrees": truth, "differing": rows("account", "code", "date", "field", "stands", "file"), "expected": figure, "stands": figure,
+    "difference": figure, "held_accounts": rows("account", "code", "field", "figures", "differ", "untold", "expected", "stands", "difference"),
+    "held_fields": rows("field", "figures", "differ", "untold", "expected", "stands", "difference"), "differ": count, "untold": count,
+    "held_files": rows("file", "math", "applied", "not_mapped"),
     "figures": count, "definitions": rows("number", "title", "names", "followed"), "names": texts, "followed": truth,
     "beyond_exchange_files": texts,
     "figure_changes": rows("account", "code", "figures", "first", "last"),
@@ -175,6 +179,9 @@ class JsonNamesTest(unittest.TestCase):
         cls.run_line("import", "delimited", "noted", "weeks.txt", "--math", "add", "--date-order", "MDY", "--yes")
         (cls.folder / "weeks.txt").write_bytes(b"1.6.2003,A7,3,5\r\n")
         shutil.copy(cls.folder / "noted.tbk", cls.folder / "trimmed.tbk")
+        for name in "noted.tbk", "TBQDX1.noted":
+            shutil.copy(cls.folder / name, cls.folder / name.replace("noted", "changed"))
+        cls.run_line("set", "changed", "A7", "2003-01-05", "3", "9")
         cls.run_line("journal", "trim", "trimmed", "--before", "2100-01-01")
         shutil.copy(cls.folder / "shop.tbk", cls.folder / "bad.tbk")
         bad = sqlite3.connect(cls.folder / "bad.tbk")
@@ -194,7 +201,7 @@ class JsonNamesTest(unittest.TestCase):
     LINES = (["values", "shop"], ["definition", "list", "shop"], ["definition", "show", "shop", "2"], ["definition", "check", "shop"], ["qdx", "info", "shop.QDX"],
              ["qdx", "dump", "shop.QDX"], ["qdx", "dump", "cut.QDX"], ["qdx", "check", "shop.QDX"], ["qdx", "check", "cut.QDX"],
              ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"],
-             ["journal", "show", "noted", "1"], ["journal", "show", "noted", "2"], ["history", "noted", "A7", "2003-01-06", "3"],
+             ["journal", "show", "noted", "1"], ["journal", "show", "noted", "2"], ["history", "noted", "A7", "2003-01-06", "3"], ["verify", "noted", "--definition", "1"], ["verify", "changed", "--definition", "1"],
              ["history", "trimmed", "A7", "2003-01-05", "3"], ["journal", "undo", "grow"], ["journal", "undo", "twice", "1"], ["book", "check", "shop"],
              ["import", "qdx", "shop", "--all", "--preview"], ["import", "csv", "weeks", "weeks.csv", "--preview", "--yes"],
              ["import", "csv", "weeks", "bad.csv", "--preview", "--yes"],

@@ -205,6 +205,7 @@ class LinesTest(unittest.TestCase):
         self.run_line("journal", "list", office)
         self.run_line("journal", "show", office, "1")
         self.run_line("history", office, SHORT, "2003-01-05", "1")
+        self.run_line("verify", office, "--definition", "1")
         self.run_line("journal", "undo", office)
         self.run_line("journal", "trim", office, "--before", "2000-01-01")
         file = self.root / PLAIN_FILE / "in.QDX"

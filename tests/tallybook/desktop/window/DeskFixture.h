@@ -13,36 +13,25 @@
 
 #include "tallybook/desktop/figures/FigureGrid.h"
 #include "tallybook/desktop/figures/FigurePane.h"
-#include "tallybook/desktop/host/Conversations.h"
-#include "tallybook/desktop/host/DesktopApp.h"
-#include "tallybook/desktop/host/DesktopFactory.h"
-#include "tallybook/desktop/host/QtPlatform.h"
-#include "tallybook/desktop/window/MainWindow.h"
 #include "tallybook/engine/Journal.h"
-#include "tests/support/TempFolder.h"
 #include "tests/tallybook/desktop/Waiting.h"
 #include "tests/tallybook/desktop/WindowCheck.h"
+#include "tests/tallybook/desktop/window/DeskStage.h"
 #include "tests/tallybook/engine/BookFixture.h"
 
 namespace tallybook::desktop::testing {
 
-class DeskFixture : public ::testing::Test {
+class DeskFixture : public ::testing::Test, protected DeskStage {
  protected:
   using Act = WhenShown::Act;
 
-  explicit DeskFixture(engine::BookDescription shop = ShopWithFigures()) {
+  explicit DeskFixture(const engine::BookDescription& shop = ShopWithFigures()) : DeskStage("") {
     engine::Book::Create(BookPath(), shop);
-    platform_.SetApp(&app_);
-    platform_.SetMainWindow(&window_);
-    window_.show();
     EXPECT_TRUE(window_.OpenBook(BookPath()));
-    EXPECT_TRUE(QTest::qWaitForWindowActive(&window_));
+    EXPECT_TRUE(BringToFront(window_));
     window_.Figures().Grid().setFocus();
   }
-  ~DeskFixture() override {
-    platform_.SetMainWindow(nullptr);
-    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-  }
+  ~DeskFixture() override { EXPECT_EQ(QApplication::activeModalWidget(), nullptr); }
 
   static engine::BookDescription ShopWithFigures() {
     engine::BookDescription shop = tallybook::testing::ShopDescription();
@@ -117,19 +106,8 @@ class DeskFixture : public ::testing::Test {
     QTest::keyClick(QApplication::focusWidget(), key, modifiers);
   }
 
-  tallybook::testing::TempFolder folder_;
   tallybook::testing::CallRecord record_;
   tallybook::testing::MemoryApp other_app_{record_};
-  QtPlatform platform_;
-  DesktopApp app_{{.title = {},
-                   .settings_file = folder_.Path("tallybook.ini"),
-                   .log_file = folder_.Path("tallybook.log"),
-                   .import_folder = folder_.Path(),
-                   .data_folder = folder_.Path()}};
-  DesktopFactory factory_{platform_.Handles(), platform_.Progress()};
-  ConversationMeans means_{.platform = platform_, .app = app_, .factory = factory_};
-  DesktopSettings settings_{folder_.Path("books.ini")};
-  MainWindow window_{app_, settings_, StyleOf(QLocale::c()), &means_};
   WhenShown user_;
 };
 

@@ -15,12 +15,8 @@
 #include "tallybook/desktop/figures/FigureGrid.h"
 #include "tallybook/desktop/figures/FigureModel.h"
 #include "tallybook/desktop/figures/FigurePane.h"
-#include "tallybook/desktop/host/Conversations.h"
-#include "tallybook/desktop/host/DesktopApp.h"
-#include "tallybook/desktop/host/DesktopFactory.h"
-#include "tallybook/desktop/host/QtPlatform.h"
-#include "tallybook/desktop/window/MainWindow.h"
-#include "tests/support/TempFolder.h"
+#include "tests/tallybook/desktop/WindowCheck.h"
+#include "tests/tallybook/desktop/window/DeskStage.h"
 
 namespace tallybook::desktop {
 namespace {
@@ -28,37 +24,15 @@ namespace {
 constexpr int kLimit = 20'000;  // milliseconds
 
 // The main window over the example's office, with all that conversations need.
-class ExchangeTest : public ::testing::Test {
+class ExchangeTest : public ::testing::Test, protected testing::DeskStage {
  protected:
-  ExchangeTest() {
+  ExchangeTest() : DeskStage("") {
     engine::Book::Create(BookPath(), application::DemoOffice());
-    platform_.SetApp(&app_);
-    platform_.SetMainWindow(&window_);
-    window_.show();
     EXPECT_TRUE(window_.OpenBook(BookPath()));
   }
-  ~ExchangeTest() override { platform_.SetMainWindow(nullptr); }
 
   [[nodiscard]] Text BookPath() const { return folder_.Path("head-office.tbk"); }
   MainWindow& Window() { return window_; }
-
-  QAction& Action(const QString& words) {
-    for (auto* action : window_.findChildren<QAction*>()) {
-      if (action->text().remove('&').startsWith(words)) return *action;
-    }
-    ADD_FAILURE() << "no menu has " << words.toStdString();
-    std::abort();
-  }
-
-  // The window that a conversation shows beside the main one; null where none does.
-  QWidget* OtherWindow() {
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-      const bool is_other = window != &window_ && window->isVisible() && window->windowType() != Qt::ToolTip &&
-                            window->windowType() != Qt::Popup && !window->windowTitle().isEmpty();
-      if (is_other) return window;
-    }
-    return nullptr;
-  }
 
   // Does `act` once a conversation shows a window, and closes it then; fails where none comes.
   void WhenShown(const std::function<void(QWidget& window)>& act) {
@@ -100,18 +74,6 @@ class ExchangeTest : public ::testing::Test {
     EXPECT_TRUE(was_shown_);
   }
 
-  testing::TempFolder folder_;
-  QtPlatform platform_;
-  DesktopApp app_{{.title = {},
-                   .settings_file = folder_.Path("tallybook.ini"),
-                   .log_file = folder_.Path("tallybook.log"),
-                   .import_folder = folder_.Path(),
-                   .data_folder = folder_.Path()}};
-  DesktopFactory factory_{platform_.Handles(), platform_.Progress()};
-  ConversationMeans means_{.platform = platform_, .app = app_, .factory = factory_};
-  DesktopSettings settings_{folder_.Path("books.ini")};
-  MainWindow window_{app_, settings_, StyleOf(QLocale::c()), &means_};
-
  private:
   QTimer watch_;
   QTimer box_watch_;
@@ -138,15 +100,34 @@ TEST_F(ExchangeTest, KeepsAllThatWritesAwayWhileAConversationRuns) {
   EXPECT_TRUE(Window().Figures().Model().IsWritable());
 }
 
+// Looks at the window whose title begins so in the first turn of events behind its showing, before any key can reach it.
+class FirstTurn final : public QObject {
+ public:
+  FirstTurn(QString title, std::function<void(const QWidget& window)> look)
+      : title_(std::move(title)), look_(std::move(look)) {
+    QApplication::instance()->installEventFilter(this);
+  }
+
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    auto* const window = qobject_cast<QWidget*>(watched);
+    const bool is_it = event->type() == QEvent::Show && window != nullptr && window->windowTitle().startsWith(title_);
+    if (is_it) QTimer::singleShot(0, window, [this, window] { look_(*window); });
+    return false;
+  }
+
+ private:
+  QString title_;
+  std::function<void(const QWidget& window)> look_;
+};
+
 TEST_F(ExchangeTest, BeginsTheConversationThatFitsAFile) {
   folder_.Write("figures.csv", "nothing of interest\n");
   const auto has_name = [](const QLineEdit* line) { return line->text().endsWith("figures.csv"); };
   bool filled_in = false;
-  WhenShown([&](QWidget& window) {
-    const auto lines = window.findChildren<QLineEdit*>();
-    filled_in = QTest::qWaitFor([&] { return std::ranges::any_of(lines, has_name); }, kLimit);
+  const FirstTurn look("Import CSV Data File", [&](const QWidget& window) {
+    filled_in = std::ranges::any_of(window.findChildren<QLineEdit*>(), has_name);
   });
-  Action("Import a CSV File");
+  WhenShown([](QWidget&) {});
   Window().OpenFile(folder_.Path("figures.csv"));
   EXPECT_TRUE(filled_in);
 }
@@ -162,8 +143,7 @@ TEST_F(ExchangeTest, SaysThatAFileThatIsDroppedMeanwhileHasToWait) {
 }
 
 TEST_F(ExchangeTest, TakesWhatIsBeingTypedBeforeAConversationBegins) {
-  Window().activateWindow();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&Window()));
+  ASSERT_TRUE(testing::BringToFront(Window()));
   FigureGrid& grid = Window().Figures().Grid();
   grid.setFocus();
   grid.GoTo(0, 0);

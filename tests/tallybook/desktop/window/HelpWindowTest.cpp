@@ -30,7 +30,7 @@ class HelpWindowTest : public ::testing::Test {
     layout->addWidget(line_);
     window_.setWindowTitle("Journal");
     window_.show();
-    window_.activateWindow();
+    EXPECT_TRUE(testing::BringToFront(window_));
     WaitUntil([this] { return line_->hasFocus(); }, "the window is in front");
   }
 

@@ -88,6 +88,7 @@ class MainWindowTest : public tallybook::testing::BookFixture {
     QTest::keyClick(focus, key, modifiers);
   }
   void Type(const char* text) {
+    WaitUntilActive();
     for (const char* character = text; *character != '\0'; ++character)
       QTest::keyClick(QApplication::focusWidget(), *character);
   }

@@ -18,14 +18,10 @@
 #include "forms/modAllUI.h"
 #include "tallybook/application/DemoBooks.h"
 #include "tallybook/desktop/forms/FormWindow.h"
-#include "tallybook/desktop/host/Conversations.h"
-#include "tallybook/desktop/host/DesktopApp.h"
-#include "tallybook/desktop/host/DesktopFactory.h"
-#include "tallybook/desktop/host/QtPlatform.h"
-#include "tallybook/desktop/window/MainWindow.h"
 #include "tests/import/ExchangeFile.h"
-#include "tests/support/TempFolder.h"
 #include "tests/tallybook/desktop/Waiting.h"
+#include "tests/tallybook/desktop/WindowCheck.h"
+#include "tests/tallybook/desktop/window/DeskStage.h"
 
 namespace tallybook::desktop {
 namespace {
@@ -99,23 +95,18 @@ const std::vector<Road>& Roads() {
   return roads;
 }
 
-class OwnerTest : public ::testing::TestWithParam<Road> {
+class OwnerTest : public ::testing::TestWithParam<Road>, protected testing::DeskStage {
  protected:
-  OwnerTest() {
+  OwnerTest() : DeskStage("Tallybook") {
     engine::Book::Create(BookPath(), application::DemoOffice());
     WriteDefinition();
-    platform_.SetApp(&app_);
-    platform_.SetMainWindow(&window_);
-    window_.show();
     EXPECT_TRUE(window_.OpenBook(BookPath()));
-    window_.activateWindow();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(&window_));
+    EXPECT_TRUE(testing::BringToFront(window_));
     before_ = folder_.Read("head-office.tbk");
   }
   ~OwnerTest() override {
     EXPECT_EQ(ModalDepth(), 0);
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-    platform_.SetMainWindow(nullptr);
   }
 
   // Goes the way to the window, does `act` there, and comes back when all of it has ended.
@@ -125,11 +116,13 @@ class OwnerTest : public ::testing::TestWithParam<Road> {
     user.Then(GetParam().title, act);
     Action(GetParam().menu).trigger();
   }
-  // Leaves window after window by Escape, until the main one is in front again.
+  // Leaves window after window by Escape, until the main one stands alone.
   void LeaveAll() {
     QObject::connect(&leave_, &QTimer::timeout, &window_, [this] {
       QWidget* const front = QApplication::activeWindow();
-      if (front == &window_) return leave_.stop();
+      QWidget* const other = OtherWindow();
+      if (other == nullptr) return leave_.stop();
+      if (front == &window_) return other->activateWindow();
       if (front != nullptr) QTest::keyClick(&FocusOf(*front), Qt::Key_Escape);
     });
     leave_.start(50);
@@ -141,31 +134,14 @@ class OwnerTest : public ::testing::TestWithParam<Road> {
     EXPECT_TRUE(over.isVisible());
     window_.showNormal();
     WaitUntil([this] { return !window_.isMinimized(); }, "the main window is there again");
-    over.activateWindow();
-    WaitUntil([&] { return over.isActiveWindow(); }, "the window over it takes the keys again");
+    over.activateWindow();  // as whoever clicks on it, even where the news of the main window's return is still to come
+    EXPECT_TRUE(testing::BringToFront(over)) << "the window over it takes the keys again";
     EXPECT_TRUE(over.isVisible());
   }
 
   [[nodiscard]] Text BookPath() const { return folder_.Path("head-office.tbk"); }
-  QAction& Action(const QString& words) {
-    for (auto* action : window_.findChildren<QAction*>())
-      if (action->text().remove('&').startsWith(words)) return *action;
-    ADD_FAILURE() << "no menu has " << words.toStdString();
-    std::abort();
-  }
 
-  tallybook::testing::TempFolder folder_;
   std::string before_;
-  QtPlatform platform_;
-  DesktopApp app_{{.title = "Tallybook",
-                   .settings_file = folder_.Path("tallybook.ini"),
-                   .log_file = folder_.Path("tallybook.log"),
-                   .import_folder = folder_.Path(),
-                   .data_folder = folder_.Path()}};
-  DesktopFactory factory_{platform_.Handles(), platform_.Progress()};
-  ConversationMeans means_{.platform = platform_, .app = app_, .factory = factory_};
-  DesktopSettings settings_{folder_.Path("books.ini")};
-  MainWindow window_{app_, settings_, StyleOf(QLocale::c()), &means_};
 
  private:
   void WriteDefinition() {

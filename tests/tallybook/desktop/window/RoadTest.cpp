@@ -17,14 +17,9 @@
 
 #include "tallybook/desktop/figures/FigureGrid.h"
 #include "tallybook/desktop/figures/FigurePane.h"
-#include "tallybook/desktop/host/Conversations.h"
-#include "tallybook/desktop/host/DesktopApp.h"
-#include "tallybook/desktop/host/DesktopFactory.h"
-#include "tallybook/desktop/host/QtPlatform.h"
-#include "tallybook/desktop/window/MainWindow.h"
-#include "tests/support/TempFolder.h"
 #include "tests/tallybook/desktop/Waiting.h"
 #include "tests/tallybook/desktop/WindowCheck.h"
+#include "tests/tallybook/desktop/window/DeskStage.h"
 
 namespace tallybook::desktop {
 namespace {
@@ -36,15 +31,9 @@ using testing::WhenShown;
 
 constexpr const char* kList = "QDX Import Layouts";
 
-class RoadTest : public ::testing::Test {
+class RoadTest : public ::testing::Test, protected testing::DeskStage {
  protected:
-  RoadTest() {
-    platform_.SetApp(&app_);
-    platform_.SetMainWindow(&window_);
-    window_.show();
-    EXPECT_TRUE(testing::BringToFront(window_));
-  }
-  ~RoadTest() override { platform_.SetMainWindow(nullptr); }
+  RoadTest() : DeskStage("Tallybook") { EXPECT_TRUE(testing::BringToFront(window_)); }
 
   // --- Keys ----------------------------------------------------------------------------------------------------------
 
@@ -226,18 +215,6 @@ class RoadTest : public ::testing::Test {
         .Then("Journal", PressLater(Qt::Key_Escape));
     PressInMain(Qt::Key_J, Qt::ControlModifier);
   }
-
-  tallybook::testing::TempFolder folder_;
-  QtPlatform platform_;
-  DesktopApp app_{{.title = "Tallybook",
-                   .settings_file = folder_.Path("tallybook.ini"),
-                   .log_file = folder_.Path("tallybook.log"),
-                   .import_folder = folder_.Path(),
-                   .data_folder = folder_.Path()}};
-  DesktopFactory factory_{platform_.Handles(), platform_.Progress()};
-  ConversationMeans means_{.platform = platform_, .app = app_, .factory = factory_};
-  DesktopSettings settings_{folder_.Path("books.ini")};
-  MainWindow window_{app_, settings_, StyleOf(QLocale::c()), &means_};
 };
 
 TEST_F(RoadTest, ABookIsMadeTypedIntoExportedMatchedImportedPrintedAndTakenBackByKeyboardAlone) {

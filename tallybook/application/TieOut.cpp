@@ -1,0 +1,263 @@
+#include "tallybook/application/TieOut.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <span>
+#include <string>
+
+#include "qdx/HeaderReader.h"
+#include "support/Utility.h"
+#include "tallybook/application/Counts.h"
+#include "tallybook/application/ImportHistory.h"
+#include "tallybook/application/ImportRecorder.h"
+#include "tallybook/application/PreviewReport.h"
+#include "tallybook/application/Shown.h"
+#include "tallybook/engine/FiguresBefore.h"
+
+namespace tallybook::application {
+
+namespace {
+
+constexpr std::size_t kKeptBytesOfFigure = sizeof(TieOutFigure);
+constexpr std::size_t kMostBufferedBytes = (std::size_t{1} << 20) / kKeptBytesOfFigure * kKeptBytesOfFigure;
+constexpr long long kFiguresBetweenLooks = 4096;
+
+constexpr auto kTieOutAdds = static_cast<Integer>(eMath::mAdd);
+constexpr auto kTieOutSubtracts = static_cast<Integer>(eMath::mSubtract);
+constexpr auto kTieOutReplaces = static_cast<Integer>(eMath::mReplace);
+
+Integer MathOf(const Text& word) {
+  if (word == MathWord(kTieOutAdds)) return kTieOutAdds;
+  return word == MathWord(kTieOutSubtracts) ? kTieOutSubtracts : kTieOutReplaces;
+}
+
+void AddTo(TieOutTotal& total, const TieOutFigure& figure, bool differs) {
+  ++total.figures;
+  if (!figure.expected) {
+    ++total.untold;
+    return;
+  }
+  if (differs) ++total.differ;
+  total.expected += *figure.expected;
+  total.stands += figure.stands;
+}
+
+TieOutTotal& TotalAt(std::vector<TieOutTotal>& totals, const TieOutFigure& figure) {
+  const auto position = static_cast<std::size_t>(figure.field_position);
+  if (position >= totals.size()) totals.resize(position + 1);
+  totals[position].field_position = figure.field_position;
+  totals[position].field_number = figure.field_number;
+  return totals[position];
+}
+
+// The import's report, begun and ended.
+class OpenReport {
+ public:
+  explicit OpenReport(Printer& report) : report_(report) {
+    const Long no_window = 0;
+    begun_ = report.BeginReport(no_window, "Tie-Out");
+  }
+  ~OpenReport() {
+    try {
+      report_.EndReport();
+    } catch (...) {
+      // Meant: what it tells is told by the record, too.
+    }
+  }
+  OpenReport(const OpenReport&) = delete;
+  OpenReport& operator=(const OpenReport&) = delete;
+  [[nodiscard]] bool Begun() const { return begun_; }
+
+ private:
+  Printer& report_;
+  bool begun_ = false;
+};
+
+}  // namespace
+
+class TieOut::JournalBaseline : public preview::FigureBaseline {
+ public:
+  JournalBaseline(engine::Book& book, const engine::JournalEntry& entry) : before_(book, entry) {}
+  [[nodiscard]] std::optional<Double> Before(Long account_number, Date date, Integer field_number) override {
+    return before_.Of(account_number, date, field_number);
+  }
+
+ private:
+  engine::FiguresBefore before_;
+};
+
+TieOut::TieOut(const Means& means)
+    : means_(means),
+      expected_(means.book, means.factory, means.app, means.cache_bytes),
+      header_(std::make_unique<HeaderRecord>()) {}
+
+TieOut::~TieOut() = default;
+
+bool TieOut::Hold(const Request& request) {
+  const SeenDefinition& definition = request.definition;
+  const Text& pattern = request.pattern.empty() ? definition.exchange_files : request.pattern;
+  record_.definitions.push_back({.title = definition.title, .pattern = pattern});
+  definition_ = ReadDefinitionAt(definition.path);
+  history_ = std::make_unique<ImportHistory>(means_.book);
+  std::vector<Text> files;
+  (void)MatchFiles(pattern, files);
+  if (files.empty() || !Run(files, request)) return false;
+  return Compare();
+}
+
+bool TieOut::Run(const std::vector<Text>& files, const Request& request) {
+  const OpenReport report(means_.report);
+  return report.Begun() && std::ranges::all_of(files, [&](const Text& file) { return HoldFile(file, request); });
+}
+
+bool TieOut::HoldFile(const Text& file, const Request& request) {
+  EntryFacts way;
+  way.kind = "qdx";
+  way.definition = request.definition.number;
+  const auto earlier = history_->Find(file, means_.place_of ? means_.place_of(file) : file, way);
+  TieOutFile& held = files_.emplace_back(TieOutFile{.file = file, .math = request.unknown_math});
+  std::unique_ptr<JournalBaseline> before;
+  if (earlier) {
+    held.entry = earlier->entry.id;
+    held.math = MathOf(earlier->math);
+    before = std::make_unique<JournalBaseline>(means_.book, earlier->entry);
+  }
+  const bool needs_before = held.math != kTieOutReplaces;
+  expected_.BeginFile(needs_before ? before.get() : nullptr);
+  held.held = Import(file, held.math);
+  if (!record_.definitions.front().files.empty()) {
+    held.applied = record_.definitions.front().files.back().applied;
+    held.not_mapped = record_.definitions.front().files.back().not_mapped;
+  }
+  return held.held;
+}
+
+// Alone, so that each file goes by its own math. What its import tells of it comes into the record.
+bool TieOut::Import(const Text& file, Integer math) {
+  DefinitionRecord definition = definition_;
+  definition.QdxFileName = file;
+  definition.Disp = kDispKeep;
+  Integer file_number = 0;
+  std::vector<Text> file_list;
+  QDXDefinitionImport alone;
+  QDXImportMeans means{.masterfile = expected_,
+                       .definition = definition,
+                       .header = *header_,
+                       .file_number = file_number,
+                       .file_list = file_list,
+                       .math = math,
+                       .write_rollback = false,
+                       .read_header =
+                           [&](const Text& name, StopReason& why) {
+                             const bool header_only = false;
+                             return MyReadQDXHeader(expected_, name, file_number, header_only, *header_, &why);
+                           },
+                       // That its tables differ from those of the last file is no news here.
+                       .archive_name = [] { return Text(); }};
+  const bool done = ImportQDX(means, means_.report, alone);
+  if (file_number != 0) CloseFileEx(file_number);
+  QDXDefinitionImport& told = record_.definitions.front();
+  for (QDXFileImport& import : alone.files) told.files.push_back(std::move(import));
+  told.stop = alone.stop;
+  return done && !alone.files.empty();
+}
+
+// --- Against the book ------------------------------------------------------------------------------------------------
+
+bool TieOut::Compare() {
+  long long looked_at = 0;
+  bool cancelled = false;
+  expected_.Visit([&](const TieOutFigure& figure) {
+    if (++looked_at % kFiguresBetweenLooks == 0 && means_.cancelled) cancelled = means_.cancelled();
+    Take(figure);
+    return !cancelled;
+  });
+  EndAccount();
+  if (!buffer_.empty()) FlushKept();
+  if (cancelled) record_.definitions.front().stop = StopReason{.words = "cancelled"};
+  return !cancelled;
+}
+
+void TieOut::Take(const TieOutFigure& figure) {
+  if (figure.account_position != account_position_) EndAccount();
+  account_position_ = figure.account_position;
+  const bool differs = figure.expected && Differ(*figure.expected, figure.stands);
+  AddTo(figures_, figure, differs);
+  AddTo(TotalAt(field_totals_, figure), figure, differs);
+  TieOutTotal& total = TotalAt(of_account_, figure);
+  total.account_position = figure.account_position;
+  total.account_number = figure.account_number;
+  AddTo(total, figure, differs);
+  if (differs || !figure.expected) Keep(figure);
+}
+
+void TieOut::EndAccount() {
+  for (TieOutTotal& total : of_account_) {
+    if (total.differ != 0 || total.untold != 0) account_totals_.push_back(total);
+    total = {};
+  }
+}
+
+void TieOut::Keep(const TieOutFigure& figure) {
+  const std::size_t at = buffer_.size();
+  buffer_.resize(at + kKeptBytesOfFigure);
+  std::memcpy(buffer_.data() + at, &figure, kKeptBytesOfFigure);
+  if (buffer_.size() >= kMostBufferedBytes) FlushKept();
+}
+
+void TieOut::FlushKept() {
+  kept_.WriteAt(kept_.Size(), buffer_);
+  buffer_.clear();
+}
+
+void TieOut::VisitDifferences(const FigureVisitor& visit) {
+  std::vector<std::byte> block(kMostBufferedBytes);
+  for (long long offset = 0; offset < kept_.Size();) {
+    const auto count = std::min(static_cast<long long>(block.size()), kept_.Size() - offset);
+    const auto bytes = std::span(block).first(static_cast<std::size_t>(count));
+    kept_.ReadAt(offset, bytes);
+    offset += count;
+    for (std::size_t at = 0; at < bytes.size(); at += kKeptBytesOfFigure) {
+      TieOutFigure figure;
+      std::memcpy(&figure, bytes.data() + at, kKeptBytesOfFigure);
+      if (!visit(figure)) return;
+    }
+  }
+}
+
+std::vector<TieOutTotal> TieOut::FieldTotals() const {
+  std::vector<TieOutTotal> totals;
+  std::ranges::copy_if(field_totals_, std::back_inserter(totals),
+                       [](const TieOutTotal& total) { return total.figures != 0; });
+  return totals;
+}
+
+// --- Words -----------------------------------------------------------------------------------------------------------
+
+bool Differ(Double one, Double other) {
+  return one != other && FigureText(one) != FigureText(other);
+}
+
+Text TieOutWords(const TieOut& tie_out) {
+  const TieOutTotal& figures = tie_out.Figures();
+  Text words = Counted(figures.figures, "figure") + " of " +
+               Counted(static_cast<long long>(tie_out.Files().size()), "file") + " held against the book: " +
+               (figures.differ == 0 ? "none differs"
+                                    : WithCommas(figures.differ) + (figures.differ == 1 ? " differs" : " differ"));
+  if (figures.untold != 0) words += ", " + WithCommas(figures.untold) + " cannot be told";
+  return words + ".";
+}
+
+Text HeldWords(const TieOutFile& file) {
+  const Text entry = "journal entry " + std::to_string(file.entry);
+  Text words = OnOneLine(file.file) + ": held as ";
+  if (file.math == kTieOutReplaces) {
+    words += "a replacement";
+    return words + (file.entry == 0 ? "; the journal knows no import of it" : ", as " + entry + " tells");
+  }
+  words += file.math == kTieOutAdds ? "an addition to " : "a subtraction from ";
+  return words + (file.entry == 0 ? "zeros; the journal knows no import of it" : "what stood before " + entry);
+}
+
+}  // namespace tallybook::application

@@ -1,0 +1,37 @@
+#include "tallybook/engine/FiguresBefore.h"
+
+#include "tallybook/engine/Book.h"
+#include "tallybook/engine/ChunkKey.h"
+#include "tallybook/engine/FigureStore.h"
+
+namespace tallybook::engine {
+
+FiguresBefore::FiguresBefore(Book& book, const JournalEntry& entry)
+    : book_(book),
+      entry_(entry),
+      images_(book.Store().Storage(), book.Stored(),
+              [&store = book.Store(), id = entry.id](const ChunkShape& /*of that entry*/, std::int64_t key,
+                                                     std::span<const std::byte> bytes,
+                                                     ChunkRows& rows) { store.DecodeImage(id, key, bytes, rows); }),
+      // The marks of the first format have no checksums.
+      keeps_(entry.keeps_images && book.Store().Storage().Format() != 1) {
+  if (!book.ReadOnly()) book.Store().Commit();
+}
+
+std::optional<Double> FiguresBefore::Of(Long account_number, Date date, Integer field_number) {
+  const std::int32_t record = book_.Store().RecordOf(date);
+  const Integer field = book_.FieldPosition(field_number);
+  if (!keeps_ || record < 0 || field == 0) return std::nullopt;
+  const auto place = static_cast<std::size_t>(record);
+  const std::size_t rows = images_.Shape().rows;
+  const std::int64_t key = FirstKeyOf(account_number) + static_cast<std::int64_t>(place / rows);
+  if (key != key_) {
+    chunk_ = images_.Find(entry_, key);
+    key_ = key;
+  }
+  if (!chunk_ || !HasBit(chunk_->rows, place % rows)) return std::nullopt;
+  const Double* figures = chunk_->before.Find(place % rows, images_.Shape().fields);
+  return figures == nullptr ? 0 : figures[book_.Stored().slot_of_field[static_cast<std::size_t>(field - 1)]];
+}
+
+}  // namespace tallybook::engine

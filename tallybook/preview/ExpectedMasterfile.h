@@ -1,0 +1,110 @@
+// A database laid over another, on which imports run so that what their files say can be held against what stands: it keeps
+// what is written to itself and reads no figure through. A figure that the file under way has not written is what was known
+// of it before that file, or zero; and every figure that is written counts, whether the one below is the same or not.
+//
+//   figures   in memory up to a bound, the rest in a temporary file (OverlayFigures.h)
+//   calendar  one of its own, which begins where that of the database below stands
+//   journal   none: BeginRollback and EndRollback do nothing
+//   all else  as MasterfileLayer
+//
+// The database below must not be written while this lives, and outlives it with the factory and the application. Any operation
+// on figures may fail as TemporaryFile does. One thread.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "base/Types.h"
+#include "host/FiscalCalendar.h"
+#include "host/HostFactory.h"
+#include "tallybook/preview/MasterfileLayer.h"
+#include "tallybook/preview/OverlayFigures.h"
+#include "tallybook/preview/RecordPlaces.h"
+
+namespace tallybook::preview {
+
+// What figures were before a file was imported.
+class FigureBaseline {
+ public:
+  virtual ~FigureBaseline() = default;
+  // By a record's level date. Nothing where nobody can tell.
+  [[nodiscard]] virtual std::optional<Double> Before(Long account_number, Date date, Integer field_number) = 0;
+};
+
+// A figure that files wrote.
+struct ExpectedFigure {
+  Integer account_position = 0;
+  Long account_number = 0;
+  Date date = 0;  // the record's level date
+  Integer field_position = 0;
+  Integer field_number = 0;
+  std::optional<Double> expected;  // nothing where it goes back to a figure of which nobody can tell what it was
+  Double stands = 0;               // in the database below
+  std::size_t file = 0;            // that wrote it last, from 0
+};
+
+class ExpectedMasterfile final : public MasterfileLayer {
+ public:
+  ExpectedMasterfile(Masterfile& below, HostFactory& factory, HostApp& app, std::size_t cache_bytes);
+
+  // The import comes to another file, the first among them. `before` tells what its figures were and lives as long as the file
+  // is under way; null: they were all zero.
+  void BeginFile(FigureBaseline* before);
+
+  // Every figure that was written, in the order of account positions, dates and field positions. False from `visit` ends the
+  // walk. There is no current record afterwards. Reads the database below, and fails as that does.
+  using FigureVisitor = std::function<bool(const ExpectedFigure& figure)>;
+  void Visit(const FigureVisitor& visit);
+
+  // Masterfile.
+  tallybook::FiscalCalendar& FiscalCalendar() override { return *calendar_; }
+  // The record need not be read below, but where the lists do not say whether there is one.
+  [[nodiscard]] bool ReadRecord(Long account_number, Date date) override;
+  // Keeps the record, and keeps it current; false where none is.
+  bool WriteRecord() override;
+  // Zero for a figure of which nobody can tell what it was: what is set behind that question is untold, too.
+  [[nodiscard]] Double FieldValue(Integer field_number) const override;
+  // Failure 6 for an infinity and for what is no number.
+  void SetFieldValue(Integer field_number, Double value) override;
+
+  Integer BeginRollback(Date /*first*/, Date /*last*/) override { return 1; }
+  void EndRollback() override {}
+
+ private:
+  // A field that was written: its place among the columns is the order in which that happened. From the second file on the
+  // number of the file stands beside each figure, in a column of its own.
+  struct Column {
+    Integer field_position = 0;  // 0: of files
+    Integer field_number = 0;
+    std::size_t files = 0;  // their column; 0: none yet, as no such column is the first
+    // Of the current record.
+    Double unwritten = kUnwritten;  // what was set and not written
+    bool untold = false;            // it was asked for, and nobody can tell
+  };
+
+  [[nodiscard]] std::size_t ColumnOf(Integer field_number) const;
+  [[nodiscard]] Double Stands(std::size_t column) const;
+  void Write(std::size_t column);
+  void DropCurrent();
+  bool TellRow(const OverlayFigures::Row& row, const std::vector<std::size_t>& order, const FigureVisitor& visit);
+
+  std::unique_ptr<tallybook::FiscalCalendar> calendar_;
+  RecordPlaces places_;
+  OverlayFigures figures_;
+  FigureBaseline* before_ = nullptr;
+  std::size_t files_ = 0;
+
+  // A question may be the first that is heard of a field, or of a figure's history.
+  mutable std::vector<Column> columns_;
+  mutable std::vector<std::uint16_t> column_of_field_;  // by number, from 1; 0: nobody asked for it
+  mutable std::vector<std::uint16_t> touched_columns_;  // of the current record, to be cleared behind it
+
+  bool current_ = false;
+  Long account_number_ = 0;
+  Date date_ = 0;  // the record's level date
+};
+
+}  // namespace tallybook::preview
