@@ -244,6 +244,28 @@ void Book::Commit() {
   if (store_ != nullptr && !ReadOnly()) store_->Commit();
 }
 
+void Book::BeginWhole() {
+  RequireWritable();
+  EndOwnEntry();
+  DropCurrentRecord();
+  command_has_entry_ = false;
+  Store().BeginWhole();
+}
+
+void Book::KeepWhole() {
+  EndOwnEntry();
+  DropCurrentRecord();
+  Store().KeepWhole();
+}
+
+void Book::DropWhole() {
+  own_entry_ = false;
+  command_has_entry_ = false;
+  DropCurrentRecord();
+  Store().DropWhole();
+  TakeStored();
+}
+
 void Book::Close() {
   if (store_ != nullptr) EndOwnEntry();
   Commit();

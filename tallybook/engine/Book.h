@@ -108,6 +108,15 @@ class Book final : public Masterfile, public CalendarSource {
   // Closes the file and drops what has not been committed. As Close otherwise.
   void Abandon();
 
+  // All or nothing: what is written from here on, figures and journal, is one transaction, however often it is committed in
+  // between. KeepWhole stores it; DropWhole, a close without either, and the end of the process leave nothing of it. A look
+  // at the book sees the state before until then. KeepWhole fails as Commit, and nothing is stored then, but DropWhole is
+  // still due. Where something of it cannot be written everything after that fails, too (57). Lists cannot be changed
+  // meanwhile. The book has no current record behind any of them.
+  void BeginWhole();
+  void KeepWhole();
+  void DropWhole();
+
   [[nodiscard]] const Text& Path() const { return path_; }
   [[nodiscard]] bool ReadOnly() const { return options_.read_only; }
 

@@ -104,6 +104,10 @@ class BookStorage {
   virtual void SaveText(JournalRow& row, const Text& name, const Text& value) = 0;
   [[nodiscard]] virtual std::optional<Text> FindText(Long entry, const Text& name) = 0;
   [[nodiscard]] virtual Text TextOf(Long entry, const Text& name) = 0;
+  // Takes a text away, where there is one; the entry has to be saved then.
+  virtual void DropText(JournalRow& row, const Text& name) = 0;
+  // The texts of all entries under a name, by entry. Failure 57 where one is damaged.
+  [[nodiscard]] virtual std::map<Long, Text> TextsNamed(const Text& name) = 0;
   // The notes of an entry. SaveNotes puts others in their place, and the entry has to be saved then. Failure 57 where they
   // are damaged.
   [[nodiscard]] virtual EntryNotes NotesOf(const JournalRow& row) = 0;

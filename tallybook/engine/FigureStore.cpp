@@ -160,6 +160,7 @@ FigureStore::Chunk& FigureStore::Load(std::int64_t key) {
 }
 
 void FigureStore::LoadStored(Chunk& chunk) {
+  NeedUnspoiled();
   storage_->BeginReading();
   const std::optional<StoredChunk> stored = storage_->FindChunk(chunk.key);
   const AccountSum sum = sums_.Of(AccountOf(chunk.key));
@@ -301,28 +302,62 @@ void FigureStore::Commit() {
   CommitAs(entry_row_.entry.state);
 }
 
-void FigureStore::AsOne(const std::function<void()>& act) {
+void FigureStore::BeginWhole() {
+  if (whole_ != Whole::kNone) {
+    throw Failure(FailureNumber::kInternal, storage_->Path() + ": two wholes cannot be under way at once", kSource);
+  }
   Commit();
   entry_ = 0;
-  BringUpToDate();
-  const auto description = description_;
-  const AccountSums sums = sums_;
-  const bool file_was_empty = file_is_empty_;
+  whole_ = Whole::kBegun;
+}
+
+void FigureStore::JoinWhole() {
+  NeedUnspoiled();
+  if (whole_ == Whole::kWritten) return;
+  before_whole_ = {description_, sums_, file_is_empty_};
+  whole_transaction_.emplace(*storage_);
+  whole_ = Whole::kWritten;
+}
+
+// What could not be written may have taken all of the transaction with it.
+void FigureStore::NeedUnspoiled() const {
+  if (whole_ != Whole::kSpoiled) return;
+  throw Failure(FailureNumber::kDeviceError,
+                storage_->Path() + ": a part of what is kept as a whole could not be written, so nothing of it is kept",
+                kSource);
+}
+
+void FigureStore::KeepWhole() {
+  Commit();
+  NeedUnspoiled();
+  if (whole_transaction_) whole_transaction_->Commit();
+  whole_transaction_.reset();
+  before_whole_.reset();
+  whole_ = Whole::kNone;
+}
+
+void FigureStore::DropWhole() {
+  whole_transaction_.reset();
+  whole_ = Whole::kNone;
+  entry_ = 0;
+  entry_row_ = {};
+  changed_.clear();
+  changed_bytes_ = 0;
+  if (before_whole_) {
+    sums_ = before_whole_->sums;
+    file_is_empty_ = before_whole_->file_is_empty;
+  }
+  TakeDescription(before_whole_ ? before_whole_->description : description_);
+  before_whole_.reset();
+}
+
+void FigureStore::AsOne(const std::function<void()>& act) {
+  BeginWhole();
   try {
-    WriteTransaction whole(*storage_);
-    in_whole_ = true;
     act();
-    whole.Commit();
-    in_whole_ = false;
+    KeepWhole();
   } catch (...) {
-    in_whole_ = false;
-    entry_ = 0;
-    entry_row_ = {};
-    changed_.clear();
-    changed_bytes_ = 0;
-    TakeDescription(description);
-    sums_ = sums;
-    file_is_empty_ = file_was_empty;
+    DropWhole();
     throw;
   }
 }
@@ -465,11 +500,22 @@ JournalRow FigureStore::RowOfEntry(Long id) {
 }
 
 void FigureStore::SaveNotes(Long id, const EntryNotes& notes) {
+  ChangeNotes(id, [&](JournalRow& row) { storage_->SaveNotes(row, notes); });
+}
+
+void FigureStore::SaveDue(Long id, const Text& due) {
+  ChangeNotes(id, [&](JournalRow& row) {
+    storage_->DropText(row, kDueText);
+    if (!due.empty()) storage_->SaveText(row, kDueText, due);
+  });
+}
+
+void FigureStore::ChangeNotes(Long id, const std::function<void(JournalRow& row)>& change) {
   Commit();
   BringUpToDate();
   JournalRow row = RowOfEntry(id);
   Writing transaction(*this);
-  storage_->SaveNotes(row, notes);
+  change(row);
   storage_->SaveEntry(row);
   transaction.Commit();
   if (entry_row_.entry.id != id) return;
@@ -508,7 +554,7 @@ Long FigureStore::Undo(const std::vector<JournalEntry>& entries, const JournalEn
   }
   SaveSums(sums);
   if (request.way == UndoWay::kExact && outcome.changed_since != 0) throw UndoDropped();
-  if (request.only_look && !in_whole_) throw UndoDropped();
+  if (request.only_look && whole_ == Whole::kNone) throw UndoDropped();
   transaction.Commit();
   entry_ = 0;
   sums_ = std::move(sums);

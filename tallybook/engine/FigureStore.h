@@ -81,8 +81,15 @@ class FigureStore {
 
   void Commit();
 
-  // Commits, and makes one transaction of what `act` does from then on. Where that fails nothing of it is kept, here and
-  // in the file, and the failure goes on; no entry is open then.
+  // Commits, and makes one transaction of all that is written from here to KeepWhole, which stores it, or to DropWhole or
+  // the end of this, after which nothing of it is there, here and in the file. It begins with the first write, so that a
+  // book of an older format is brought up to date by then. A part of it that cannot be written spoils the whole: all that
+  // writes, or reads from the file, fails from then on. Where KeepWhole fails nothing is stored, and DropWhole is due.
+  // No entry is open behind BeginWhole and DropWhole.
+  void BeginWhole();
+  void KeepWhole();
+  void DropWhole();
+  // A whole of what `act` does. Where that fails it is dropped, and the failure goes on.
   void AsOne(const std::function<void()>& act);
 
   // The journal. An entry is written with the first commit under it. One that is open when another begins stays
@@ -107,6 +114,8 @@ class FigureStore {
   // The notes of an entry; SaveNotes commits, and puts others in their place. Failure 5 for an id that is none.
   [[nodiscard]] EntryNotes NotesOf(Long id) { return storage_->NotesOf(RowOfEntry(id)); }
   void SaveNotes(Long id, const EntryNotes& notes);
+  // The same for the entry's text kDueText; an empty one is taken away.
+  void SaveDue(Long id, const Text& due);
   [[nodiscard]] std::vector<JournalEntry> Entries();
   // Takes entries back, in the order given, in one transaction; it ends an entry that is open, and forgets the current
   // row. They must keep images and not be undone. Each leaves an entry like `undo`, all of one command, whose number
@@ -182,19 +191,37 @@ class FigureStore {
     std::optional<std::vector<std::byte>> rows;
   };
 
-  // A transaction, or a part of the one that AsOne holds.
+  enum class Whole { kNone, kBegun, kWritten, kSpoiled };
+
+  // A transaction, or a part of a whole, which is spoiled where Commit does not come.
   class Writing {
    public:
-    explicit Writing(FigureStore& store) {
-      if (!store.in_whole_) own_.emplace(*store.storage_);
+    explicit Writing(FigureStore& store) : store_(store) {
+      if (store.whole_ == Whole::kNone) {
+        own_.emplace(*store.storage_);
+      } else {
+        store.JoinWhole();
+      }
     }
+    ~Writing() {
+      if (!own_ && !done_) store_.whole_ = Whole::kSpoiled;
+    }
+    Writing(const Writing&) = delete;
+    Writing& operator=(const Writing&) = delete;
+
     void Commit() {
       if (own_) own_->Commit();
+      done_ = true;
     }
 
    private:
+    FigureStore& store_;
     std::optional<WriteTransaction> own_;
+    bool done_ = false;
   };
+
+  void JoinWhole();
+  void NeedUnspoiled() const;
 
   // Commits, and leaves the open entry in this state.
   void CommitAs(JournalState state);
@@ -226,6 +253,8 @@ class FigureStore {
   void CheckCanRestore(Long entry, const EntryRows& rows) const;
   // Failure 5 for an id that is none.
   [[nodiscard]] JournalRow RowOfEntry(Long id);
+  // Commits, changes what an entry keeps beside its figures, and saves it.
+  void ChangeNotes(Long id, const std::function<void(JournalRow& row)>& change);
   // An entry is undone, or after the undo of its undo is not any more; and with an undo what it took back.
   void MarkUndone(std::vector<JournalRow>& journal, Long id, Long undo);
   void MarkStanding(std::vector<JournalRow>& journal, Long id, Long undo);
@@ -267,7 +296,15 @@ class FigureStore {
   RowRange entry_records_;       // those of the entry's dates
   bool marks_given_up_ = false;  // a chunk that was marked under the entry has left the cache
 
-  bool in_whole_ = false;  // AsOne is at work
+  // The whole that is under way, and what was true when its transaction began.
+  struct BeforeWhole {
+    std::shared_ptr<const StoredDescription> description;
+    AccountSums sums;
+    bool file_is_empty = false;
+  };
+  Whole whole_ = Whole::kNone;
+  std::optional<BeforeWhole> before_whole_;
+  std::optional<WriteTransaction> whole_transaction_;
 
   std::vector<std::byte> bytes_;
   ChunkDirectory directory_;

@@ -34,4 +34,13 @@ void JournalNotes::Save(Long entry, const EntryNotes& notes) {
   book_.Store().SaveNotes(entry, notes);
 }
 
+std::map<Long, Text> JournalNotes::Due() const {
+  return book_.Store().Storage().TextsNamed(kDueText);
+}
+
+void JournalNotes::SaveDue(Long entry, const Text& due) {
+  book_.RequireWritable();
+  book_.Store().SaveDue(entry, due);
+}
+
 }  // namespace tallybook::engine

@@ -41,6 +41,12 @@ class JournalNotes {
   // a book open to read, else as Book::Commit.
   void Save(Long entry, const EntryNotes& notes);
 
+  // What is still to be done with the files of entries, in the application's own words, which the engine does not read; by
+  // entry. Failure 57 where one is damaged.
+  [[nodiscard]] std::map<Long, Text> Due() const;
+  // Puts other words in their place, none for what has been done, and commits them. Fails as Save.
+  void SaveDue(Long entry, const Text& due);
+
  private:
   Book& book_;
 };

@@ -36,6 +36,8 @@ inline constexpr const char* kChangeText = "change";
 // The name of the text of an undo that tells in which state the entry was that it took back, where that was not closed.
 inline constexpr const char* kWasText = "was";
 inline constexpr const char* kWasOpen = "open";
+// The name of the text that tells what is still to be done with the files of an entry (JournalNotes::Due).
+inline constexpr const char* kDueText = "due";
 
 using MarkBitsVisitor = std::function<void(std::int64_t key, const ChunkMark& mark)>;
 // Takes a mark with the bytes of its image, empty where there was no chunk.

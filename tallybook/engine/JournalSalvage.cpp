@@ -134,6 +134,11 @@ bool JournalSalvage::ReadEntry(const JournalRow& row) {
     notes_.erase(id);
     losses_.AddEntry(id, "which files this entry read, and what it told of them, is damaged or missing");
   }
+  // Whether their figures are all saved is not known here.
+  Tries([&] {
+    if (old_.FindText(id, kDueText))
+      losses_.AddEntry(id, "files that were still to be deleted or renamed behind it stay");
+  });
   const bool whole = Tries([&] {
     old_.VisitMarks(row, [&](std::int64_t key, const ChunkMark& mark, std::span<const std::byte> image) {
       if (mark.image == 0) return;

@@ -250,11 +250,26 @@ void JournalTables::SaveText(JournalRow& row, const Text& name, const Text& valu
 std::optional<Text> JournalTables::FindText(Long entry, const Text& name) {
   DbStatement select(database_, "SELECT value, checksum FROM journal_text WHERE entry = ?1 AND name = ?2");
   if (!select.Bind(1, std::int64_t{entry}).Bind(2, name).Step()) return std::nullopt;
-  Text value = select.String(0);
-  if (TextChecksum(entry, name, value) != FromColumn(select.Int(1))) {
+  return CheckedText(entry, name, select);
+}
+
+Text JournalTables::CheckedText(Long entry, const Text& name, const DbStatement& statement) const {
+  Text value = statement.String(0);
+  if (TextChecksum(entry, name, value) != FromColumn(statement.Int(1))) {
     FailDamaged("the " + name + " of journal entry " + std::to_string(entry) + " does not agree with its checksum");
   }
   return value;
+}
+
+std::map<Long, Text> JournalTables::TextsNamed(const Text& name) {
+  DbStatement select(database_, "SELECT value, checksum, entry FROM journal_text WHERE name = ?1 ORDER BY entry");
+  select.Bind(1, name);
+  std::map<Long, Text> texts;
+  while (select.Step()) {
+    const Long entry = ToLong(select.Int(2));
+    texts[entry] = CheckedText(entry, name, select);
+  }
+  return texts;
 }
 
 Text JournalTables::TextOf(Long entry, const Text& name) {
@@ -336,18 +351,23 @@ void JournalTables::CountTexts(JournalRow& row) {
 
 // What the entry keeps of another kind stays, and its count with it.
 void JournalTables::DropNotes(JournalRow& row) {
-  const auto drop = [&](const Text& from_where) {
-    DbStatement select(database_, ("SELECT checksum FROM " + from_where).c_str());
-    select.Bind(1, std::int64_t{row.entry.id});
-    while (select.Step()) {
-      --row.notes;
-      row.notes_sum -= FromColumn(select.Int(0));
-    }
-    select.Reset();
-    DbStatement(database_, ("DELETE FROM " + from_where).c_str()).Bind(1, std::int64_t{row.entry.id}).Run();
-  };
-  drop(Text("journal_text WHERE entry = ?1 AND name = '") + kFactsText + "'");
-  drop("journal_file WHERE entry = ?1");
+  DropText(row, kFactsText);
+  DropCounted(row, "journal_file WHERE entry = ?1");
+}
+
+void JournalTables::DropText(JournalRow& row, const Text& name) {
+  DropCounted(row, "journal_text WHERE entry = ?1 AND name = '" + name + "'");
+}
+
+void JournalTables::DropCounted(JournalRow& row, const Text& from_where) {
+  DbStatement select(database_, ("SELECT checksum FROM " + from_where).c_str());
+  select.Bind(1, std::int64_t{row.entry.id});
+  while (select.Step()) {
+    --row.notes;
+    row.notes_sum -= FromColumn(select.Int(0));
+  }
+  select.Reset();
+  DbStatement(database_, ("DELETE FROM " + from_where).c_str()).Bind(1, std::int64_t{row.entry.id}).Run();
 }
 
 void JournalTables::SaveFile(JournalRow& row, std::int64_t position, const EntryFile& file) {

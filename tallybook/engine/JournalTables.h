@@ -44,6 +44,10 @@ class JournalTables {
   void SaveText(JournalRow& row, const Text& name, const Text& value);
   [[nodiscard]] std::optional<Text> FindText(Long entry, const Text& name);
   [[nodiscard]] Text TextOf(Long entry, const Text& name);
+  // Takes it away, where there is one; the row has to be saved behind it.
+  void DropText(JournalRow& row, const Text& name);
+  // The texts of all entries under a name, by entry. Failure 57 where one is damaged.
+  [[nodiscard]] std::map<Long, Text> TextsNamed(const Text& name);
 
   // The notes of an entry that has been stored: its files, and its text kFactsText. SaveNotes puts others in their place; the row
   // has to be saved behind it. Failure 57 where a text or file of the entry is damaged or missing.
@@ -85,6 +89,8 @@ class JournalTables {
   [[nodiscard]] ChunkMark CheckedMark(Long entry, std::int64_t key, const DbStatement& statement, int column);
   Checksum WriteMark(DbStatement& statement, Long entry, std::int64_t key, std::span<const std::byte> rows,
                      std::int64_t image);
+  // The value of a text, from a row of value and checksum.
+  [[nodiscard]] Text CheckedText(Long entry, const Text& name, const DbStatement& statement) const;
   [[noreturn]] void FailDamaged(const Text& what) const;
   void Tell(const TroubleTaker& tell, Long entry, const Text& what) const;
 
@@ -92,6 +98,8 @@ class JournalTables {
   [[nodiscard]] std::map<Text, Text> TextsOf(JournalRow& seen);
   [[nodiscard]] std::vector<EntryFile> FilesOf(JournalRow& seen);
   void DropNotes(JournalRow& row);
+  // Takes rows of an entry away that it counts: `from_where` has the table and what tells them there.
+  void DropCounted(JournalRow& row, const Text& from_where);
   void SaveFile(JournalRow& row, std::int64_t position, const EntryFile& file);
 
   Database& database_;

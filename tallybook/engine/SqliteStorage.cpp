@@ -50,6 +50,10 @@ std::map<Long, Text> SqliteStorage::Users() {
   return Format() == 1 ? std::map<Long, Text>() : journal_.Users();
 }
 
+std::map<Long, Text> SqliteStorage::TextsNamed(const Text& name) {
+  return Format() == 1 ? std::map<Long, Text>() : journal_.TextsNamed(name);
+}
+
 EntryNotes SqliteStorage::NotesOf(const JournalRow& row) {
   return Format() < kFirstFormatOfNotes ? EntryNotes() : journal_.NotesOf(row);
 }

@@ -65,6 +65,8 @@ class SqliteStorage final : public BookStorage {
   [[nodiscard]] std::optional<Text> FindText(Long entry, const Text& name) override {
     return journal_.FindText(entry, name);
   }
+  void DropText(JournalRow& row, const Text& name) override { journal_.DropText(row, name); }
+  [[nodiscard]] std::map<Long, Text> TextsNamed(const Text& name) override;
   [[nodiscard]] std::span<const std::byte> ReadImage(std::int64_t image) override { return journal_.ReadImage(image); }
   [[nodiscard]] EntryNotes NotesOf(const JournalRow& row) override;
   [[nodiscard]] std::vector<EntryFile> FilesOf(Long entry) override;

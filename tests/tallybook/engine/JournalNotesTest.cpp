@@ -135,6 +135,37 @@ TEST_F(JournalNotesTest, TellWhoRanEachCommand) {
   EXPECT_FALSE(engine::LoginName().empty());
 }
 
+TEST_F(JournalNotesTest, TellWhatIsStillDueUntilThatIsTakenAway) {
+  Import(Notes());
+  Import({});
+  Import({});
+  EXPECT_THAT(JournalNotes(*book).Due(), IsEmpty());
+  JournalNotes(*book).SaveDue(3, "three");
+  JournalNotes(*book).SaveDue(1, "other");
+  JournalNotes(*book).SaveDue(1, "one");
+  Reopen();
+  EXPECT_THAT(JournalNotes(*book).Due(), ::testing::ElementsAre(std::pair{1, "one"}, std::pair{3, "three"}));
+  EXPECT_EQ(Kept(1), Notes());
+  JournalNotes(*book).SaveDue(1, "");
+  JournalNotes(*book).Save(3, Notes());
+  Reopen();
+  EXPECT_THAT(JournalNotes(*book).Due(), ::testing::ElementsAre(std::pair{3, "three"}));
+  JournalNotes(*book).SaveDue(3, "");
+  EXPECT_EQ(Kept(3), Notes());
+  EXPECT_THAT(engine::CheckBook(BookPath(), true).findings, IsEmpty());
+}
+
+TEST_F(JournalNotesTest, OfWhatIsDueAreNotTakenWhereTheyAreDamaged) {
+  Import({});
+  JournalNotes(*book).SaveDue(1, "one");
+  book->Close();
+  Meddle("UPDATE journal_text SET value = 'two'");
+  EXPECT_THAT(engine::CheckBook(BookPath(), false).findings, SizeIs(1));
+  book = Open();
+  EXPECT_THAT([&] { (void)JournalNotes(*book).Due(); },
+              FailsWith(FailureNumber::kDeviceError, "due of journal entry 1"));
+}
+
 // Each item of the notes is changed, and each row taken away.
 TEST_F(JournalNotesTest, AreNotTakenWhereTheyAreDamaged) {
   Import(Notes());

@@ -1,4 +1,5 @@
 #include "tallybook/engine/BookFormat.h"
+#include "tallybook/engine/JournalNotes.h"
 #include "tallybook/engine/JournalSalvage.h"
 #include "tests/tallybook/engine/SalvageFixture.h"
 
@@ -44,6 +45,13 @@ TEST_F(JournalSalvageTest, TakesAllOfAJournalThatIsWhole) {
   EXPECT_TRUE(rows[1].entry.keeps_images);
   EXPECT_EQ(rows[1].marks, 1);
   EXPECT_EQ(file->Db().Number("SELECT count(*) FROM image"), 2);
+}
+
+TEST_F(JournalSalvageTest, LeavesFilesAloneThatWereStillToBeDeleted) {
+  engine::JournalNotes(*Open()).SaveDue(3, "due");
+  EXPECT_EQ(Salvage(), 3);
+  EXPECT_THAT(what_is_lost, ElementsAre(HasSubstr("still to be deleted or renamed")));
+  EXPECT_EQ(file->Db().Number("SELECT count(*) FROM journal_text WHERE name = 'due'"), 0);
 }
 
 TEST_F(JournalSalvageTest, KeepsImagesOnlyBehindTheLastEntryThatIsDamaged) {
