@@ -11,6 +11,7 @@
 #include "tallybook/application/ImportWays.h"
 #include "tallybook/application/StopText.h"
 #include "tallybook/cli/AfterCommit.h"
+#include "tallybook/cli/AllOrNothing.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/DefinitionList.h"
 #include "tallybook/cli/KnownFiles.h"
@@ -33,6 +34,7 @@ struct ImportQdxOptions {
   Text report;
   bool expect_files = false;
   bool again = false;
+  bool atomic = false;
   PreviewOptions preview;
   AskOptions asking;
 };
@@ -166,6 +168,26 @@ bool TellNotDone(Session& session, const QDXImportRecord& record, engine::Book& 
   return false;
 }
 
+bool TellKept(Session& session, const QDXImportRecord& record, engine::Book& book,
+              application::ImportRecorder& recorder, application::AtomicImport& atomic) {
+  const auto outcomes = KeepAtomic(atomic, book, recorder);
+  const bool expect_files = false;  // a definition without a file ends an import that is to be whole
+  DoAfterCommit([&] { (void)TellRecord(session, record, expect_files); });
+  TellNotDisposed(outcomes);
+  return true;
+}
+
+// What was applied is told of no file, since nothing of it stays.
+bool TellDropped(Session& session, const QDXImportRecord& record, application::AtomicImport& atomic,
+                 bool expect_files) {
+  for (const application::ImportNote& note : application::NotesOf(record)) {
+    if (note.no_file && expect_files) session.TellStop({.words = note.text});
+  }
+  for (const StopReason& stop : application::StopsOf(record)) session.TellStop(stop);
+  DropAtomic(session, atomic);
+  return false;
+}
+
 // What the import would tell is told as its own words, behind this line.
 bool TellPreviewed(Session& session, const QDXImportRecord& record, bool done, bool expect_files) {
   session.Note("Nothing has been changed; the import would say:", false);
@@ -222,9 +244,10 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   const Long no_window = 0;
   const application::JournalMark mark(*book);
   application::ImportRecorder recorder(*book);
+  const auto atomic = BeginAtomic(session, *book, options.atomic);
   session.FollowImports([&] {
     const Text& file = exchange.TrueFilename();
-    recorder.BeginFile(file, PlaceOf(session, file), WayOfFile(definitions, file, options));
+    recorder.BeginFile(file, PlaceOf(session, atomic.get(), file), WayOfFile(definitions, file, options));
   });
   std::optional<application::FilesLeftAlone> hidden;
   if (!left.files.empty()) hidden.emplace(left.files);
@@ -233,9 +256,17 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   session.FollowImports({});
   AddOutcomes(recorder, exchange.LastQDXImport(), definitions, options);
   const QDXImportRecord record = WithoutLeftAlone(exchange.LastQDXImport(), left.files);
-  const bool done = imported || application::IsStored(exchange.LastQDXImport(), options.all ? definitions.size() : 1);
-  const bool complete = done ? TellDone(session, record, *book, recorder, options.expect_files)
-                             : TellNotDone(session, record, *book, mark, recorder);
+  bool done = imported;
+  bool complete = false;
+  if (atomic) {
+    done = imported && !(options.expect_files && application::LacksFiles(record));
+    complete = done ? TellKept(session, record, *book, recorder, *atomic)
+                    : TellDropped(session, record, *atomic, options.expect_files);
+  } else {
+    done = imported || application::IsStored(exchange.LastQDXImport(), options.all ? definitions.size() : 1);
+    complete = done ? TellDone(session, record, *book, recorder, options.expect_files)
+                    : TellNotDone(session, record, *book, mark, recorder);
+  }
   DoAfterCommit([&] { book->Close(); });
   report.Finish(done);
   return session.StatusOf(complete && left.files.empty());
@@ -263,6 +294,7 @@ CommandTable ImportQdxCommand() {
   AddText(command, "--report", options->report, "FILE", "Write the report to FILE: .txt, .html or .pdf")
       .As(ArgumentKind::kFile);
   AddPreview(command, options->preview);
+  AddAtomic(command, options->atomic);
   AddFlag(command, "--expect-files", options->expect_files, "A definition that no file matches is a failure: status 1");
   AddAsking(command, options->asking);
   AddAgain(command, options->again);

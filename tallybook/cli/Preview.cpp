@@ -2,7 +2,6 @@
 
 #include <iostream>
 
-#include "tallybook/application/FileRemoval.h"
 #include "tallybook/application/PreviewReport.h"
 #include "tallybook/cli/ExitStatus.h"
 #include "tallybook/cli/PreviewPrinter.h"
@@ -30,10 +29,7 @@ SessionPreview::SessionPreview(Session& session, engine::Book& book) : session_(
   report::Destination destination;
   destination.stream = &own_report_;
   session.Factory().SetReportDestination(destination);
-  const auto need_removable = [&session](const Text& path) {
-    session.NeedReplaceable(path);
-    application::NeedRemovable(session.Files(), path);
-  };
+  const auto need_removable = [&session](const Text& path) { session.NeedRemovable(path); };
   overlay_ = std::make_unique<preview::ImportPreview>(preview::ImportPreview::Means{
       .book = book, .factory = session.Factory(), .app = book.App(), .need_removable = need_removable});
 }

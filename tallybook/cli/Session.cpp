@@ -7,10 +7,12 @@
 #include "base/Failure.h"
 #include "support/Utility.h"
 #include "tallybook/application/FileKind.h"
+#include "tallybook/application/FileRemoval.h"
 #include "tallybook/application/HostSettings.h"
 #include "tallybook/application/Shown.h"
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/application/StopText.h"
+#include "tallybook/cli/AllOrNothing.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Reasons.h"
 
@@ -67,6 +69,11 @@ void Session::NeedReplaceable(const Text& path) const {
   rules_.NeedNoBook(path);
 }
 
+void Session::NeedRemovable(const Text& path) {
+  NeedReplaceable(path);
+  application::NeedRemovable(Files(), path);
+}
+
 void Session::CheckInPlace(const Text& path, const Text& what) {
   if (path.empty()) return;
   rules_.CheckInPlace(path);
@@ -114,7 +121,9 @@ std::unique_ptr<engine::Book> Session::OpenToPreview(const Text& path) {
 std::unique_ptr<engine::Book> Session::OpenToChange(const Text& path, Long wait_seconds) {
   engine::BookOptions options;
   options.wait_seconds = wait_seconds;
-  return Open(path, options);
+  auto book = Open(path, options);
+  CarryOutDue(*this, *book);
+  return book;
 }
 
 std::unique_ptr<engine::Book> Session::Open(const Text& path, engine::BookOptions options,

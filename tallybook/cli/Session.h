@@ -73,6 +73,8 @@ class Session : private StopWitness {
   void AddOutput(const Text& path);
   // For a file that the operation deletes or replaces on the way: Failure 75 where it is no regular file, or a book.
   void NeedReplaceable(const Text& path) const;
+  // For one that it deletes or renames later on: what would be refused then is refused now, as far as it can be told.
+  void NeedRemovable(const Text& path);
   // Makes the messages file of a session with more inputs.
   void AllInputsKnown();
 

@@ -19,6 +19,7 @@
 #include "tallybook/application/StopText.h"
 #include "tallybook/application/WholeFiles.h"
 #include "tallybook/cli/AfterCommit.h"
+#include "tallybook/cli/AllOrNothing.h"
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FileQuestion.h"
@@ -54,6 +55,7 @@ struct TextImportOptions {
   PreviewOptions preview;
   AskOptions asking;
   bool again = false;
+  bool atomic = false;
 };
 
 struct ImportCsvOptions : TextImportOptions {
@@ -201,16 +203,24 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   exchange.SetOwner(book.get());
   book->SetOperationName(kind + " " + *file);
   recorder.BeginFile(*file, PlaceOf(session, *file), way);
+  const auto atomic = BeginAtomic(session, *book, options.atomic);
   session.FollowAudit(&exchange.LastTextImport());
   const bool imported = import(*book, exchange, *file);
   session.FollowAudit(nullptr);
   const TextImportTally& tally = exchange.LastTextImport();
   for (application::ImportRecorder::Run* run : recorder.Runs()) application::AddOutcome(run->facts, tally, imported);
-  const bool done = imported || tally.stored;
-  if (done) {
+  const bool done = imported || (tally.stored && !atomic);
+  if (done && atomic) {
+    const auto outcomes = KeepAtomic(*atomic, *book, recorder);
+    TellDone(*book, *file, tally);
+    TellNotDisposed(outcomes);
+  } else if (done) {
     CommitOrAbandon(*book);
     SaveRecord(recorder);
     TellDone(*book, *file, tally);
+  } else if (atomic) {
+    session.TellStop(ReasonFor(tally.stop.value_or(StopReason{}), session.Boxes(), *file));
+    DropAtomic(session, *atomic);
   } else {
     const auto lost = CommitWhatStays(*book);
     if (!lost) SaveRecord(recorder);
@@ -301,6 +311,7 @@ void AddBookAndFile(CommandTable& command, TextImportOptions& options) {
 void AddEncodingAndAsking(CommandTable& command, TextImportOptions& options) {
   AddEncoding(command, options.encoding);
   AddPreview(command, options.preview);
+  AddAtomic(command, options.atomic);
   AddText(command, "--report", options.report, "FILE", "Write the preview to FILE: .txt, .html or .pdf")
       .As(ArgumentKind::kFile);
   AddAsking(command, options.asking);
