@@ -63,9 +63,9 @@ application::EntryFacts WayOf(const application::SeenDefinition& definition, con
   return application::WayOfDefinition(definition.number, definition.title, math);
 }
 
-// Files that are not to be imported, which has been told.
+// Files that are not to be imported by a definition, which has been told.
 struct LeftAlone {
-  std::vector<Text> files;
+  std::vector<application::FilesLeftAlone::OfDefinition> files;
   bool all = false;  // of the one definition that runs there is no other file
 };
 
@@ -79,40 +79,33 @@ LeftAlone FindKnownFiles(Session& session, engine::Book& book, const Definitions
     for (const Text& file : application::ExchangeFilesOf(definition.exchange_files)) {
       ++count;
       const bool may_ask = !options.all;
-      if (!known.MayImport(file, WayOf(definition, options), may_ask)) left.files.push_back(file);
+      if (!known.MayImport(file, WayOf(definition, options), may_ask)) left.files.push_back({definition.number, file});
     }
   }
   left.all = !options.all && !left.files.empty() && left.files.size() == count;
   return left;
 }
 
-// What is known of the definition when its import begins: one that leads to the file, where no other does.
-application::EntryFacts WayOfFile(const Definitions& definitions, const Text& file, const ImportQdxOptions& options) {
-  std::vector<const application::SeenDefinition*> leading;
-  for (const application::SeenDefinition& definition : definitions) {
-    if (options.all ? std::ranges::count(application::ExchangeFilesOf(definition.exchange_files), file) != 0
-                    : definition.number == options.definition) {
-      leading.push_back(&definition);
-    }
-  }
-  if (leading.size() == 1) return WayOf(*leading.front(), options);
-  application::EntryFacts way = WayOf({}, options);
-  way.definition = 0;
-  return way;
+// Hides them from the definitions that are not to import them; nothing where there are none.
+std::unique_ptr<application::FilesLeftAlone> Hide(const LeftAlone& left, const CDataExchange& exchange) {
+  if (left.files.empty()) return nullptr;
+  return std::make_unique<application::FilesLeftAlone>(left.files, [&exchange] { return exchange.FileNum(); });
+}
+
+// How the definition at work imports its files.
+application::EntryFacts WayAtWork(const CDataExchange& exchange, const Definitions& definitions,
+                                  const ImportQdxOptions& options) {
+  const auto at_work = std::ranges::find(definitions, exchange.FileNum(), &application::SeenDefinition::number);
+  return WayOf(at_work == definitions.end() ? application::SeenDefinition() : *at_work, options);
 }
 
 // What came of each file, in the order in which they ran. A file that ended before it was recorded has none.
-void AddOutcomes(application::ImportRecorder& recorder, const QDXImportRecord& record, const Definitions& definitions,
-                 const ImportQdxOptions& options) {
+void AddOutcomes(application::ImportRecorder& recorder, const QDXImportRecord& record) {
   const auto runs = recorder.Runs();
   auto run = runs.begin();
   for (const QDXDefinitionImport& import : record.definitions) {
-    const auto seen = std::ranges::find_if(definitions, [&](const application::SeenDefinition& definition) {
-      return definition.title == import.title && definition.exchange_files == import.pattern;
-    });
     for (const QDXFileImport& file : import.files) {
       if (run == runs.end() || (*run)->path != file.file) continue;
-      if (seen != definitions.end()) (*run)->facts = WayOf(*seen, options);
       application::AddOutcome((*run)->facts, file, &file == &import.files.back() ? import.stop : std::nullopt);
       ++run;
     }
@@ -120,11 +113,14 @@ void AddOutcomes(application::ImportRecorder& recorder, const QDXImportRecord& r
 }
 
 // Without the definitions of which every file was left alone: they have one, whatever the run says.
-QDXImportRecord WithoutLeftAlone(QDXImportRecord record, const std::vector<Text>& left) {
-  std::erase_if(record.definitions, [&](const QDXDefinitionImport& definition) {
-    if (!definition.files.empty() || definition.stop) return false;
-    const std::vector<Text> files = application::ExchangeFilesOf(definition.pattern);
-    return std::ranges::any_of(files, [&](const Text& file) { return std::ranges::count(left, file) != 0; });
+QDXImportRecord WithoutLeftAlone(QDXImportRecord record, const LeftAlone& left, const Definitions& definitions) {
+  std::erase_if(record.definitions, [&](const QDXDefinitionImport& ran) {
+    if (!ran.files.empty() || ran.stop) return false;
+    return std::ranges::any_of(definitions, [&](const application::SeenDefinition& definition) {
+      return definition.title == ran.title && definition.exchange_files == ran.pattern &&
+             std::ranges::count(left.files, definition.number,
+                                &application::FilesLeftAlone::OfDefinition::definition) != 0;
+    });
   });
   return record;
 }
@@ -209,19 +205,23 @@ ExitStatus PreviewImportQdx(const ImportQdxOptions& options) {
   LookAtExchangeFiles(session, definitions, options);
   session.AllInputsKnown();
   const Text type = ImportType(exchange, *book, options);
+  const LeftAlone left = FindKnownFiles(session, *book, definitions, options);
+  if (left.all) return session.StatusOf(false);
   exchange.SetMath(options.math);
   session.FollowImports([&] { preview.Overlay().BeginFile(exchange.TrueFilename()); });
   const Long no_window = 0;
+  auto hidden = Hide(left, exchange);
   const bool imported = exchange.ImportQDXFileEX(no_window, preview.Overlay().Book(), type);
-  const QDXImportRecord& record = exchange.LastQDXImport();
+  hidden.reset();
+  const QDXImportRecord record = WithoutLeftAlone(exchange.LastQDXImport(), left, definitions);
   application::PreviewOutcome outcome;
-  outcome.done = imported || application::IsStored(record, options.all ? definitions.size() : 1);
+  outcome.done = imported || application::IsStored(exchange.LastQDXImport(), options.all ? definitions.size() : 1);
   preview.End(outcome);
   outcome.imports = application::ImportsOf(record, preview.Overlay());
   const bool shown = preview.Print(options.preview, options.report, outcome);
   const bool complete = TellPreviewed(session, record, outcome.done, options.expect_files);
   session.FollowImports({});
-  return session.StatusOf(complete && shown);
+  return session.StatusOf(complete && shown && left.files.empty());
 }
 
 ExitStatus RunImportQdx(const ImportQdxOptions& options) {
@@ -247,15 +247,14 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   const auto atomic = BeginAtomic(session, *book, options.atomic);
   session.FollowImports([&] {
     const Text& file = exchange.TrueFilename();
-    recorder.BeginFile(file, PlaceOf(session, atomic.get(), file), WayOfFile(definitions, file, options));
+    recorder.BeginFile(file, PlaceOf(session, atomic.get(), file), WayAtWork(exchange, definitions, options));
   });
-  std::optional<application::FilesLeftAlone> hidden;
-  if (!left.files.empty()) hidden.emplace(left.files);
+  auto hidden = Hide(left, exchange);
   const bool imported = exchange.ImportQDXFileEX(no_window, *book, type);
   hidden.reset();
   session.FollowImports({});
-  AddOutcomes(recorder, exchange.LastQDXImport(), definitions, options);
-  const QDXImportRecord record = WithoutLeftAlone(exchange.LastQDXImport(), left.files);
+  AddOutcomes(recorder, exchange.LastQDXImport());
+  const QDXImportRecord record = WithoutLeftAlone(exchange.LastQDXImport(), left, definitions);
   bool done = imported;
   bool complete = false;
   if (atomic) {

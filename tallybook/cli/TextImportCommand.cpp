@@ -140,19 +140,27 @@ std::optional<Text> FileToImport(Session& session, engine::Book& book, const Tex
   return std::nullopt;
 }
 
+// Whether a file may be imported, for all that the book's history tells of it. Where it may not, that has been told.
+bool MayImport(Session& session, engine::Book& book, const TextImportOptions& options, const Text& file,
+               const application::EntryFacts& way) {
+  const bool may_ask = true;
+  return KnownFiles(session, book, options.again).MayImport(file, way, may_ask);
+}
+
 // The same as RunTextImport, on an overlay of the book.
-template <typename Look, typename Import>
+template <typename Look, typename Import, typename WayOf>
 ExitStatus PreviewTextImport(const TextImportOptions& options, const FileQuestion& question, const Text& kind,
-                             Look look, Import import) {
+                             Look look, Import import, WayOf way_of) {
   Session session(
       options.asking,
       {.book = options.book, .input = options.file, .report = options.report, .more_inputs = options.file.empty()});
   const SpooledInput spooled(session.Files(), options.file);
   ThePlatform().text_encoding = options.encoding;
   SendReportTo(session, options.report);
+  session.KeepNoLog();
   const auto book = session.OpenToPreview(options.book);
   const auto file = FileToImport(session, *book, options, question, kind, look);
-  if (!file) return session.StatusOf(false);
+  if (!file || !MayImport(session, *book, options, *file, way_of())) return session.StatusOf(false);
   SessionPreview preview(session, *book);
   preview.Overlay().BeginFile(*file);
   CDataExchange exchange(session.Factory());
@@ -186,7 +194,7 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   NeedPreviewForForm(options.preview);
   if (!options.report.empty() && !options.preview.on)
     throw WrongUse("--report is that of a preview: --preview is missing");
-  if (options.preview.on) return PreviewTextImport(options, question, kind, look, import);
+  if (options.preview.on) return PreviewTextImport(options, question, kind, look, import, way_of);
   Session session(options.asking, {.book = options.book, .input = options.file, .more_inputs = options.file.empty()});
   const SpooledInput spooled(session.Files(), options.file);
   ThePlatform().text_encoding = options.encoding;
@@ -194,8 +202,7 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   const auto file = FileToImport(session, *book, options, question, kind, look);
   if (!file) return session.StatusOf(false);
   const application::EntryFacts way = way_of();
-  const bool may_ask = true;
-  if (!KnownFiles(session, *book, options.again).MayImport(*file, way, may_ask)) return session.StatusOf(false);
+  if (!MayImport(session, *book, options, *file, way)) return session.StatusOf(false);
   const application::JournalMark mark(*book);
   application::ImportRecorder recorder(*book);
   const bool there_before = FileExists(*file);

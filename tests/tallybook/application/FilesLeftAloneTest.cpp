@@ -43,6 +43,24 @@ TEST_F(FilesLeftAloneTest, AreNeitherFoundNorOpenedWhileItLives) {
   EXPECT_EQ(folder_.Read("a.QDX"), "a");
 }
 
+TEST_F(FilesLeftAloneTest, OfOneDefinitionAreThereForEveryOther) {
+  Integer definition = 2;
+  const FilesLeftAlone left({{.definition = 1, .path = folder_.Path("a.QDX")},
+                             {.definition = 2, .path = folder_.Path("b.QDX")},
+                             {.definition = 3, .path = folder_.Path("a.QDX")},
+                             {.definition = 3, .path = folder_.Path("b.QDX")}},
+                            [&] { return definition; });
+  EXPECT_THAT(Found(), ::testing::ElementsAre("a.QDX"));
+  EXPECT_TRUE(ThePlatform().files->Attributes(folder_.Path("a.QDX")).found);
+  EXPECT_FALSE(ThePlatform().files->Attributes(folder_.Path("b.QDX")).found);
+  definition = 1;
+  EXPECT_THAT(Found(), ::testing::ElementsAre("b.QDX"));
+  definition = 3;
+  EXPECT_THAT(Found(), ::testing::IsEmpty());
+  definition = 4;
+  EXPECT_THAT(Found(), ::testing::ElementsAre("a.QDX", "b.QDX"));
+}
+
 TEST_F(FilesLeftAloneTest, AreKnownHoweverTheirPathIsSpelled) {
   Text path = folder_.Path("a.QDX");
   path.replace(path.rfind('/'), 1, "\\");
