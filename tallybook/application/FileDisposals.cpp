@@ -191,6 +191,16 @@ std::vector<DisposalOutcome> CarryOutDue(engine::Book& book, FileSystem& files) 
   return outcomes;
 }
 
+std::vector<Text> TellDue(engine::Book& book, FileSystem& files) {
+  std::vector<Text> lines;
+  try {
+    for (const DisposalOutcome& outcome : CarryOutDue(book, files)) lines.push_back(DisposalText(outcome));
+  } catch (...) {
+    lines.push_back("files that are still to be deleted or renamed cannot be told: " + CurrentFailure().Description());
+  }
+  return lines;
+}
+
 Text DisposalText(const DisposalOutcome& outcome) {
   const Text untold = outcome.result == Result::kStays || outcome.why.empty()
                           ? ""

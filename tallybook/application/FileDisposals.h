@@ -56,6 +56,9 @@ struct DisposalOutcome {
 // Journal::Entries.
 [[nodiscard]] std::vector<DisposalOutcome> CarryOutDue(engine::Book& book, FileSystem& files);
 
+// The same for whoever has opened a book to change it: a line for each file, or why it cannot be told. Never fails.
+[[nodiscard]] std::vector<Text> TellDue(engine::Book& book, FileSystem& files);
+
 // What became of it, as a line: "/in/a.QDX is deleted now, as was due since its import (journal entry 3)".
 [[nodiscard]] Text DisposalText(const DisposalOutcome& outcome);
 

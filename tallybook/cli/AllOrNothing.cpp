@@ -49,14 +49,7 @@ void DropAtomic(Session& session, application::AtomicImport& atomic) {
 
 void CarryOutDue(Session& session, engine::Book& book) {
   const bool warning = true;
-  try {
-    for (const application::DisposalOutcome& outcome : application::CarryOutDue(book, session.Files())) {
-      session.Note(application::DisposalText(outcome), warning);
-    }
-  } catch (...) {
-    session.Note("files that are still to be deleted or renamed cannot be told: " + CurrentFailure().Description(),
-                 warning);
-  }
+  for (const Text& line : application::TellDue(book, session.Files())) session.Note(line, warning);
 }
 
 }  // namespace tallybook::cli
