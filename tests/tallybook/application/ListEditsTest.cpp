@@ -108,6 +108,14 @@ TEST(ListEdits, TellWhatHasNoRoomInAnExchangeFile) {
   book.calendar.periods.assign(27, {"", 10});
   EXPECT_THAT(BeyondExchangeFiles(book), ElementsAre("10 years; an exchange file holds 9 at most",
                                                      "27 periods a year; an exchange file holds 26 at most"));
+  book = Office();
+  book.accounts.assign(9999, {1, "A", ""});
+  book.fields.assign(9999, {1, "", false});
+  EXPECT_THAT(BeyondExchangeFiles(book), IsEmpty());
+  book.accounts.push_back({2, "B", ""});
+  book.fields.push_back({2, "", false});
+  EXPECT_THAT(BeyondExchangeFiles(book), ElementsAre("10,000 accounts; an exchange file holds 9,999 at most",
+                                                     "10,000 fields; an exchange file holds 9,999 at most"));
 }
 
 }  // namespace

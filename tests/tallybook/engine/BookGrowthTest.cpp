@@ -355,7 +355,7 @@ TEST_F(GrowingBookTest, TellsWhereTheTextOfAChangeIsDamaged) {
 
 TEST_F(GrowingBookTest, LeavesTheFileAsItIsWhereAChangeIsRefused) {
   book->Close();
-  for (const char* sample : {"book-v1.tbk", "book-v2.tbk"}) {
+  for (const char* sample : {"book-v1.tbk", "book-v2.tbk", "book-v3.tbk"}) {
     std::filesystem::copy_file(std::filesystem::path(SAMPLES) / sample, BookPath(),
                                std::filesystem::copy_options::overwrite_existing);
     const Text before = folder.Read("North.tbk");
@@ -369,20 +369,20 @@ TEST_F(GrowingBookTest, LeavesTheFileAsItIsWhereAChangeIsRefused) {
 
 TEST_F(GrowingBookTest, GrowsABookOfEachOlderFormat) {
   book->Close();
-  for (const char* sample : {"book-v1.tbk", "book-v2.tbk"}) {
+  for (const char* sample : {"book-v1.tbk", "book-v2.tbk", "book-v3.tbk"}) {
     std::filesystem::copy_file(std::filesystem::path(SAMPLES) / sample, BookPath(),
                                std::filesystem::copy_options::overwrite_existing);
     book = Open();
     const FigureMap before = FiguresOf(*book);
     Change([](BookDescription& description) {
-      description.fields.insert(description.fields.begin(), {50, "", false});
+      description.fields.insert(description.fields.begin(), {70, "", false});
     });
     EXPECT_EQ(FiguresOf(*book), before);
-    Put(*book, 512, kFirstDay, 50, 1.5);
+    Put(*book, 512, kFirstDay, 70, 1.5);
     book->Close();
     book = Open();
     EXPECT_EQ(FiguresOf(*book).size(), before.size() + 1);
-    EXPECT_EQ(Get(*book, 512, kFirstDay, 50), 1.5);
+    EXPECT_EQ(Get(*book, 512, kFirstDay, 70), 1.5);
     book->Close();
   }
 }

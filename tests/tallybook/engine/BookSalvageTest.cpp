@@ -250,12 +250,15 @@ TEST_F(BookSalvageTest, SaysThatABookOfTheFirstFormatHasNoChecksums) {
   EXPECT_EQ(NewFigures(), sample);
 }
 
-TEST_F(BookSalvageTest, SavesABookOfTheSecondFormat) {
-  std::filesystem::copy_file(std::filesystem::path(SAMPLES) / "book-v2.tbk", BookPath(),
-                             std::filesystem::copy_options::overwrite_existing);
-  const FigureMap sample = FiguresOf(*OpenToRead());
-  EXPECT_THAT(Salvage().lost, IsEmpty());
-  EXPECT_EQ(NewFigures(), sample);
+TEST_F(BookSalvageTest, SavesABookOfEachOlderFormatThatHasChecksums) {
+  for (const char* name : {"book-v2.tbk", "book-v3.tbk"}) {
+    std::filesystem::copy_file(std::filesystem::path(SAMPLES) / name, BookPath(),
+                               std::filesystem::copy_options::overwrite_existing);
+    const FigureMap sample = FiguresOf(*OpenToRead());
+    EXPECT_THAT(Salvage().lost, IsEmpty());
+    EXPECT_EQ(NewFigures(), sample) << name;
+    RemoveNew();
+  }
 }
 
 TEST_F(BookSalvageTest, RefusesWhatIsNoBookAndReplacesNothing) {
