@@ -666,6 +666,14 @@ void FigurePane::NoteWritten(Long entry, const Text& what_ran) {
   if (HasBook()) parts_->writer->Note(entry, what_ran);
 }
 
+void FigurePane::ForgetWritten(Long entry) {
+  if (HasBook()) parts_->writer->Forget(entry);
+}
+
+Long FigurePane::NextUndoEntry() const {
+  return HasBook() ? parts_->writer->NextUndoEntry() : 0;
+}
+
 bool FigurePane::CanUndo() const {
   return HasBook() && parts_->writable && parts_->writer->CanUndo();
 }

@@ -50,6 +50,10 @@ class FigurePane final : public QWidget {
   void Undo();
   // What was done to the book elsewhere in this program, by one entry of the journal: Undo takes it back in its turn.
   void NoteWritten(Long entry, const Text& what_ran);
+  // It has been taken back elsewhere as well.
+  void ForgetWritten(Long entry);
+  // The entry that Undo would take back; 0 for none, and for what waits to be written.
+  [[nodiscard]] Long NextUndoEntry() const;
   [[nodiscard]] bool CanUndo() const;
   [[nodiscard]] QString NextUndo() const;
   // Ends a change that is being typed, as Enter does.

@@ -31,6 +31,10 @@ class FigureWriter {
   void AddUndo();
   // Something else has written an entry for the user, which AddUndo takes back in its turn. Nothing waits.
   void Note(Long entry, const Text& what_ran) { written_.push_back({entry, what_ran}); }
+  // Such an entry has been taken back elsewhere.
+  void Forget(Long entry) {
+    std::erase_if(written_, [entry](const Written& each) { return each.entry == entry; });
+  }
   // Carries out what is in line, in order, until something waits or fails.
   [[nodiscard]] Outcome Try();
   // Gives up all that waits; nothing of it is written.
@@ -44,6 +48,8 @@ class FigureWriter {
   [[nodiscard]] bool CanUndo() const { return Waits() || !written_.empty(); }
   // What Undo would take back: "set 100 2003-01-05 1 12.5".
   [[nodiscard]] Text NextUndo() const;
+  // Its entry in the journal; 0 where it has none, or where undos wait before it.
+  [[nodiscard]] Long NextUndoEntry() const { return Waits() || written_.empty() ? 0 : written_.back().entry; }
 
  private:
   struct Step {

@@ -182,6 +182,8 @@ class Conversations::Run {
       result.entries = mark.Since();
       mark_ = nullptr;
       book_->Close();
+    } catch (const engine::WorkCancelled&) {
+      mark_ = nullptr;
     } catch (...) {
       state_.Tell(CurrentFailure().Description(), kStopIcon);
     }
@@ -499,20 +501,28 @@ ConversationResult Conversations::Change(const Act& act) {
   return StartPlain(imports, [&](Run& run) { return run.Do(act); });
 }
 
-bool Conversations::Beside(const Text& title, const std::function<void()>& work) {
+bool Conversations::Beside(const Text& title, const Work& work) {
   const bool imports = false;
   return StartPlain(imports,
                     [&](Run& /*run*/) {
                       ConversationResult result;
                       try {
-                        RunBeside(state_->means.platform.Progress(), title, work);
+                        WithinBeside(title, work);
                         result.ran = true;
+                      } catch (const engine::WorkCancelled&) {
+                        return result;
                       } catch (...) {
                         state_->Tell(CurrentFailure().Description(), kStopIcon);
                       }
                       return result;
                     })
       .ran;
+}
+
+void Conversations::WithinBeside(const Text& title, const Work& work) {
+  ProgressWindow& progress = state_->means.platform.Progress();
+  progress.SetCancelWords("All stays as it was.");
+  RunBeside(progress, title, work);
 }
 
 ConversationResult Conversations::ExportTable(Date& current_date) {

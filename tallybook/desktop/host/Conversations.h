@@ -19,6 +19,7 @@
 
 #include "base/Types.h"
 #include "tallybook/engine/Journal.h"
+#include "tallybook/engine/WorkWatch.h"
 
 class QWidget;
 
@@ -76,8 +77,13 @@ class Conversations {
   ConversationResult Look(const Act& act);
   ConversationResult Change(const Act& act);
   // Runs `work`, which opens the book itself, on a thread of its own, while the windows live; `title` is what the progress
-  // shows. Nothing but files may be reached from there. False where it failed, which is told, or where something runs.
-  bool Beside(const Text& title, const std::function<void()>& work);
+  // shows, with Cancel where the work asks its watch. Nothing but files may be reached from there. False where it failed,
+  // which is told, where the user cancelled it, or where something runs.
+  using Work = std::function<void(engine::WorkWatch& watch)>;
+  bool Beside(const Text& title, const Work& work);
+  // The same within an act of Look or Change, with the book that it was handed over; nobody else reaches that meanwhile.
+  // Fails as the work does, which ends the act: a cancel is not told.
+  void WithinBeside(const Text& title, const Work& work);
 
   [[nodiscard]] bool IsRunning() const;
   // The application wants to close, which HostApp::Finished says from here on: dialogs that are open end as their close

@@ -47,8 +47,8 @@ class ProgressWindow : public engine::ProgressDisplay {
   }
   void End() override;
 
-  // How much is done will not be told: until the next Begin the bar only shows that it goes on.
-  void Busy() { is_busy_ = true; }
+  // How much is done is not told: until it is, or the next Begin, the bar only shows that it goes on.
+  void Busy(bool is_busy = true) { is_busy_ = is_busy; }
   // What a cancel leaves, as words below the button: "What was imported by then stays." Until it is set anew.
   void SetCancelWords(const tallybook::Text& words);
   // Out of the way of a question, until work goes on.

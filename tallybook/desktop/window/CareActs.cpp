@@ -16,6 +16,7 @@
 #include "tallybook/desktop/forms/Words.h"
 #include "tallybook/desktop/host/Conversations.h"
 #include "tallybook/desktop/host/ReportWindow.h"
+#include "tallybook/engine/BookSalvage.h"
 
 namespace tallybook::desktop {
 
@@ -56,19 +57,26 @@ bool IsFile(const Text& path) {
   return application::LookAt(path).kind == application::FileKind::kRegular;
 }
 
-report::Report ReportOf(const Text& book, const engine::BookCheckResult& result) {
+// The words of what was done, and below them the findings, if any.
+void ShowFindings(QWidget& owner, const Text& title, const Text& words, const char* heading,
+                  const std::vector<engine::BookFinding>& findings) {
   report::Report report;
-  report.title = "Check of " + book;
+  report.title = title;
   report.created = DateTimeText(Now());
-  report.blocks.emplace_back(report::Line{application::CheckWords(book, result)});
+  report.blocks.emplace_back(report::Line{words});
   report.blocks.emplace_back(report::Line{});
-  if (result.findings.empty()) return report;
-  report::Table table;
-  table.widths = {12, 14, 16, 16, 10, 60};
-  table.head = {{"Kind", "Account", "From", "To", "Entry", "Finding"}};
-  for (const engine::BookFinding& finding : result.findings) table.body.push_back(application::CellsOf(finding));
-  report.blocks.emplace_back(std::move(table));
-  return report;
+  if (!findings.empty()) {
+    report::Table table;
+    table.widths = {12, 14, 16, 16, 10, 60};
+    table.head = {{"Kind", "Account", "From", "To", "Entry", heading}};
+    for (const engine::BookFinding& finding : findings) table.body.push_back(application::CellsOf(finding));
+    report.blocks.emplace_back(std::move(table));
+  }
+  const report::Blocks head = {report::Line{report.title}};
+  auto* window = new ReportWindow(std::move(report), head, {.changes = {words}, .undo = {}}, &owner);
+  window->show();
+  window->raise();
+  window->activateWindow();
 }
 
 }  // namespace
@@ -99,30 +107,26 @@ void CareActs::BackUp() {
   } catch (...) {
     return Tell(owner_, title, ToQt(Shown(CurrentFailure().Description())));
   }
-  const bool is_done =
-      conversations_.Beside(Title("Back up"), [&] { done = application::BackUpBook(book_, file, replace); });
+  const bool is_done = conversations_.Beside(
+      Title("Back up"), [&](auto& watch) { done = application::BackUpBook(book_, file, replace, watch); });
   if (is_done) said_ = ToQt(Shown(application::BackupWords(book_, file, done)));
 }
 
 void CareActs::Check() {
   engine::BookCheckResult result;
   const bool deep = true;
-  if (!conversations_.Beside(Title("Check"), [&] { result = engine::CheckBook(book_, deep); })) return;
-  const report::Report report = ReportOf(FileName(book_), result);
-  const report::Blocks head = {report::Line{report.title}};
-  auto* window = new ReportWindow(report, head,
-                                  {.changes = {application::CheckWords(FileName(book_), result)}, .undo = {}}, &owner_);
-  window->show();
-  window->raise();
-  window->activateWindow();
+  const bool is_done =
+      conversations_.Beside(Title("Check"), [&](auto& watch) { result = engine::CheckBook(book_, deep, watch); });
+  if (!is_done) return;
+  ShowFindings(owner_, Title("Check of"), application::CheckWords(FileName(book_), result), "Finding", result.findings);
 }
 
 // It is waited for by opening it once.
 void CareActs::Compact() {
   if (!conversations_.Change([](engine::Book& /*book*/) { return true; }).ran) return;
   engine::CompactResult result;
-  const bool is_done =
-      conversations_.Beside(Title("Compact"), [&] { result = engine::CompactBook(book_, kWaitSeconds); });
+  const bool is_done = conversations_.Beside(
+      Title("Compact"), [&](auto& watch) { result = engine::CompactBook(book_, kWaitSeconds, watch); });
   if (is_done) said_ = ToQt(Shown(application::CompactWords(book_, result)));
 }
 
@@ -154,8 +158,9 @@ std::optional<RestoreWish> AskWhatToRestore(QWidget& owner, const Text& near) {
 
 QString RestoreBook(Conversations& conversations, const RestoreWish& wish) {
   application::RestoreDone done;
-  const bool is_done = conversations.Beside("Restore " + FileName(wish.book), [&] {
-    done = application::RestoreBook(wish.backup, wish.book, {.replace = wish.replace, .wait_seconds = kWaitSeconds});
+  const bool is_done = conversations.Beside("Restore " + FileName(wish.book), [&](auto& watch) {
+    const application::RestoreOptions how{.replace = wish.replace, .wait_seconds = kWaitSeconds};
+    done = application::RestoreBook(wish.backup, wish.book, how, watch);
   });
   if (!is_done) return {};
   QStringList lines;
@@ -164,6 +169,36 @@ QString RestoreBook(Conversations& conversations, const RestoreWish& wish) {
     if (!words.empty()) lines << ToQt(Shown(words));
   }
   return lines.join('\n');
+}
+
+std::optional<SalvageWish> AskWhatToSalvage(QWidget& owner, const Text& near) {
+  const QString title = "Salvage a Damaged Book";
+  const fs::path folder = fs::is_directory(near) ? fs::path(near) : fs::path(near).parent_path();
+  const QString damaged = QFileDialog::getOpenFileName(&owner, title + ": the Book", ToQt(folder.string()),
+                                                       "Books and backups (*.tbk *.backup);;All files (*)");
+  if (damaged.isEmpty()) return std::nullopt;
+  SalvageWish wish;
+  wish.damaged = FromQt(damaged);
+  const fs::path path(wish.damaged);
+  const fs::path place = path.parent_path() / (path.stem().string() + "-saved.tbk");
+  const QString book =
+      QFileDialog::getSaveFileName(&owner, title + ": Where To", ToQt(place.string()), "Books (*.tbk);;All files (*)",
+                                   nullptr, QFileDialog::DontConfirmOverwrite);
+  if (book.isEmpty()) return std::nullopt;
+  wish.book = FromQt(book.contains('.') ? book : book + ".tbk");
+  return wish;
+}
+
+bool SalvageBook(QWidget& owner, Conversations& conversations, const SalvageWish& wish) {
+  engine::SalvageResult result;
+  const bool as_it_reads = false;
+  const bool is_done = conversations.Beside("Salvage " + FileName(wish.damaged), [&](auto& watch) {
+    result = engine::SalvageBook(wish.damaged, wish.book, as_it_reads, watch);
+  });
+  if (!is_done) return false;
+  ShowFindings(owner, "Salvage of " + FileName(wish.damaged), application::SalvageWords(FileName(wish.book), result),
+               "Lost", result.lost);
+  return true;
 }
 
 }  // namespace tallybook::desktop

@@ -1,5 +1,6 @@
-// Looking after a book from its window: back it up, look for damage, make it smaller, and get a book out of a backup. The work
-// runs beside the windows; what it came to is said, and findings are listed in a window of their own.
+// Looking after a book from its window: back it up, look for damage, make it smaller, and get a book out of a backup or a damaged
+// book. The work runs beside the windows, which show how far it is, and can be cancelled; what it came to is said, and
+// findings are listed in a window of their own.
 //
 // One thread. All that is named outlives it.
 #pragma once
@@ -49,5 +50,16 @@ struct RestoreWish {
 [[nodiscard]] std::optional<RestoreWish> AskWhatToRestore(QWidget& owner, const Text& near);
 // Gives what was done; empty where it failed, which is told.
 [[nodiscard]] QString RestoreBook(Conversations& conversations, const RestoreWish& wish);
+
+struct SalvageWish {
+  Text damaged;
+  Text book;
+};
+
+// Asks for the damaged book, and where the one that is made of it is to be; `near` as above. Nothing where the user does
+// not want to.
+[[nodiscard]] std::optional<SalvageWish> AskWhatToSalvage(QWidget& owner, const Text& near);
+// Lists what is lost in a window of its own. False where there is no book, which is told.
+bool SalvageBook(QWidget& owner, Conversations& conversations, const SalvageWish& wish);
 
 }  // namespace tallybook::desktop

@@ -59,6 +59,8 @@ constexpr std::array kPlacesOfWindows = {
     PlaceRow{"Back Up the Book", "guide/growing.md#Backups"},
     PlaceRow{"Restore a Book", "guide/growing.md#Backups"},
     PlaceRow{"Check of", "guide/growing.md#Checking"},
+    PlaceRow{"Salvage", "guide/growing.md#Checking"},
+    PlaceRow{"Undo a Change of Lists", "guide/growing.md#What is asked before it is done"},
     PlaceRow{"Settings", "guide/README.md#Settings"},
 };
 

@@ -14,6 +14,7 @@
 #include "tallybook/application/Shown.h"
 #include "tallybook/application/WholeFiles.h"
 #include "tallybook/desktop/forms/Words.h"
+#include "tallybook/engine/Journal.h"
 
 namespace tallybook::desktop {
 
@@ -28,9 +29,10 @@ constexpr const char* kTitle = "Accounts, Fields, Years";
 // One change, from the look at it to its end.
 class Change {
  public:
-  Change(Conversations& conversations, application::WholeFiles& files, const engine::StoredDescription& before,
-         const engine::BookDescription& after)
-      : conversations_(conversations), files_(files), before_(before), after_(after) {}
+  Change(Conversations& conversations, application::WholeFiles& files) : conversations_(conversations), files_(files) {}
+  virtual ~Change() = default;
+  Change(const Change&) = delete;
+  Change& operator=(const Change&) = delete;
 
   ListsChanged Do(const AskLists& ask) {
     do {
@@ -46,18 +48,27 @@ class Change {
     return changed_;
   }
 
+ protected:
+  [[nodiscard]] Conversations& Talks() { return conversations_; }
+
  private:
+  // Whether the book is still what the change was made for.
+  [[nodiscard]] virtual bool IsFor(const engine::Book& book) const = 0;
+  // What the book becomes.
+  [[nodiscard]] virtual GrowthPlan PlanOf(engine::Book& book) = 0;
+  virtual void BringAbout(engine::Book& book, const GrowthPlan& plan) = 0;
+  [[nodiscard]] virtual bool IsUndo() const { return false; }
+
   bool IsAsItWas(const engine::Book& book) {
-    if (book.Stored() == before_) return true;
+    if (IsFor(book)) return true;
     changed_.outcome = ListsOutcome::kOthers;
     return false;
   }
 
   ListsQuestion QuestionAbout(engine::Book& book) {
-    CheckGrowth(book.Stored(), after_, book.Path());
-    GrowthPlan plan = application::PlanGrowth(book, after_);
+    GrowthPlan plan = PlanOf(book);
     auto uses = DefinitionsNaming(files_, book.DataPath(), book.FileExtension(), plan.difference);
-    return {std::move(plan), std::move(uses)};
+    return {std::move(plan), std::move(uses), IsUndo()};
   }
 
   bool LookAt(engine::Book& book) {
@@ -76,7 +87,7 @@ class Change {
     }
     std::optional<FollowedDefinitions> followed;
     if (follow) followed.emplace(files_, now.uses, now.plan.difference);
-    book.Grow(after_, application::WhatRan(now.plan.difference));
+    BringAbout(book, now.plan);
     if (followed) Keep(*followed);
     return true;
   }
@@ -97,11 +108,55 @@ class Change {
 
   Conversations& conversations_;
   application::WholeFiles& files_;
-  const engine::StoredDescription& before_;
-  const engine::BookDescription& after_;
   ListsQuestion question_;
   ListsChanged changed_;
   bool asks_anew_ = false;
+};
+
+// To the lists that a user has edited.
+class WayOn final : public Change {
+ public:
+  WayOn(Conversations& conversations, application::WholeFiles& files, const engine::StoredDescription& before,
+        const engine::BookDescription& after)
+      : Change(conversations, files), before_(before), after_(after) {}
+
+ private:
+  [[nodiscard]] bool IsFor(const engine::Book& book) const override { return book.Stored() == before_; }
+  [[nodiscard]] GrowthPlan PlanOf(engine::Book& book) override {
+    CheckGrowth(book.Stored(), after_, book.Path());
+    GrowthPlan plan;
+    Talks().WithinBeside("Count the figures of what is removed",
+                         [&](engine::WorkWatch& /*watch*/) { plan = application::PlanGrowth(book, after_); });
+    return plan;
+  }
+  void BringAbout(engine::Book& book, const GrowthPlan& plan) override {
+    book.Grow(after_, application::WhatRan(plan.difference));
+  }
+
+  const engine::StoredDescription& before_;
+  const engine::BookDescription& after_;
+};
+
+// Back to the lists from before an entry of the journal.
+class WayBack final : public Change {
+ public:
+  WayBack(Conversations& conversations, application::WholeFiles& files, Long entry)
+      : Change(conversations, files), entry_(entry) {}
+
+ private:
+  [[nodiscard]] bool IsFor(const engine::Book& /*book*/) const override { return true; }
+  [[nodiscard]] GrowthPlan PlanOf(engine::Book& book) override {
+    GrowthPlan plan;
+    plan.difference = FindDifference(book.Description(), engine::Journal(book).DescriptionAfterUndo(entry_));
+    return plan;
+  }
+  void BringAbout(engine::Book& book, const GrowthPlan& /*plan*/) override {
+    book.SetOperation(engine::JournalKind::kUndo, "journal undo");
+    (void)engine::Journal(book).Undo(entry_);
+  }
+  [[nodiscard]] bool IsUndo() const override { return true; }
+
+  Long entry_;
 };
 
 QLabel* AddWords(QVBoxLayout& layout, const Text& words) {
@@ -149,12 +204,16 @@ bool ListsQuestion::CanFollow() const {
 ListsChanged ChangeLists(Conversations& conversations, application::WholeFiles& files,
                          const engine::StoredDescription& before, const engine::BookDescription& after,
                          const AskLists& ask) {
-  return Change(conversations, files, before, after).Do(ask);
+  return WayOn(conversations, files, before, after).Do(ask);
+}
+
+ListsChanged UndoLists(Conversations& conversations, application::WholeFiles& files, Long entry, const AskLists& ask) {
+  return WayBack(conversations, files, entry).Do(ask);
 }
 
 ListsAnswer AskAboutLists(QWidget* owner, const ListsQuestion& question) {
   QDialog dialog(owner);
-  dialog.setWindowTitle("Change the Lists");
+  dialog.setWindowTitle(question.is_undo ? "Undo a Change of Lists" : "Change the Lists");
   auto* layout = new QVBoxLayout(&dialog);
   const bool loses = !question.plan.lost.empty();
   if (loses) {
@@ -168,12 +227,16 @@ ListsAnswer AskAboutLists(QWidget* owner, const ListsQuestion& question) {
   QCheckBox* follow = nullptr;
   if (!question.uses.empty()) AddDefinitions(*layout, question.uses);
   if (question.CanFollow()) {
-    follow = new QCheckBox("&Write the new codes into them");
+    follow =
+        new QCheckBox(question.is_undo ? "&Write the codes from before into them" : "&Write the new codes into them");
     follow->setChecked(true);
     layout->addWidget(follow);
   }
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
-  QPushButton* change = buttons->addButton(loses ? "&Remove With Figures" : "C&hange", QDialogButtonBox::AcceptRole);
+  QPushButton* change = buttons->addButton(loses              ? "&Remove With Figures"
+                                           : question.is_undo ? "U&ndo"
+                                                              : "C&hange",
+                                           QDialogButtonBox::AcceptRole);
   change->setObjectName("change");
   layout->addWidget(buttons);
   (loses ? buttons->button(QDialogButtonBox::Cancel) : change)->setDefault(true);

@@ -1,5 +1,6 @@
 // Brings a book to the lists and years that a user has edited: looked at first, asked about where figures go with what is
-// removed or exchange definitions name what changes, and done with the right to write taken for the change alone. One thread.
+// removed or exchange definitions name what changes, and done with the right to write taken for the change alone; and takes such
+// a change back in the same way. Figures are counted on a thread of their own, while windows live. One thread otherwise.
 #pragma once
 
 #include <functional>
@@ -33,6 +34,7 @@ struct ListsChanged {
 struct ListsQuestion {
   application::GrowthPlan plan;
   std::vector<application::DefinitionUse> uses;
+  bool is_undo = false;  // the lists go back to what they were
   // Nothing goes and nobody else is concerned.
   [[nodiscard]] bool IsNone() const { return plan.lost.empty() && uses.empty() && plan.beyond_exchange_files.empty(); }
   [[nodiscard]] bool CanFollow() const;
@@ -47,6 +49,10 @@ using AskLists = std::function<ListsAnswer(const ListsQuestion& question)>;
 [[nodiscard]] ListsChanged ChangeLists(Conversations& conversations, application::WholeFiles& files,
                                        const engine::StoredDescription& before, const engine::BookDescription& after,
                                        const AskLists& ask);
+
+// Takes back a change of lists, told by its entry of the journal; definitions get the codes from before where the user wants that.
+[[nodiscard]] ListsChanged UndoLists(Conversations& conversations, application::WholeFiles& files, Long entry,
+                                     const AskLists& ask);
 
 // Asks in a window over `owner`.
 [[nodiscard]] ListsAnswer AskAboutLists(QWidget* owner, const ListsQuestion& question);

@@ -108,6 +108,8 @@ void ListsDraft::Take(const BookDescription& after, Step step) {
   if (!goes_on) {
     const engine::BookDifference difference = FindDifference(before, after);
     step.calendar = before.calendar;
+    step.max_accounts = before.max_accounts;
+    step.max_fields = before.max_fields;
     if (step.moved == 0) {
       step.accounts = SwapOf(difference.accounts, before.accounts);
       step.fields = SwapOf(difference.fields, before.fields);
@@ -181,10 +183,14 @@ Text ListsDraft::Rebase(StoredDescription stored) {
   const engine::BookDifference edits = Difference();
   const engine::CalendarDescription was = stored_.description.calendar;
   const engine::CalendarDescription wanted = Now().calendar;
+  const Long max_accounts = Now().max_accounts;
+  const Long max_fields = Now().max_fields;
   stored_ = std::move(stored);
   now_ = stored_;
   done_.clear();
   StoredDescription after = stored_;
+  after.description.max_accounts = std::max(after.description.max_accounts, max_accounts);
+  after.description.max_fields = std::max(after.description.max_fields, max_fields);
   Repeat<AccountDescription>(edits.accounts, stored_.retired_accounts, after.description.accounts,
                              [](const auto& before, const auto& edited, auto& row) {
                                if (before.code != edited.code) row.code = edited.code;
@@ -221,6 +227,8 @@ void ListsDraft::Undo() {
   TakeBack(step.accounts, now_.description.accounts);
   TakeBack(step.fields, now_.description.fields);
   now_.description.calendar = step.calendar;
+  now_.description.max_accounts = step.max_accounts;
+  now_.description.max_fields = step.max_fields;
   done_.pop_back();
   Retire();
 }
@@ -290,6 +298,13 @@ void ListsDraft::SetYears(Long held, Long in_use) {
   if (held != own.years) after = application::WithMoreYears(after, held - own.years);
   if (in_use != own.years_in_use) after = application::WithYearsInUse(after, in_use);
   Take(after, {.what = "changing the years", .is_years = true});
+}
+
+void ListsDraft::SetLimits(Long accounts, Long fields) {
+  BookDescription after = Now();
+  after.max_accounts = accounts;
+  after.max_fields = fields;
+  Take(after, {.what = "changing the limits"});
 }
 
 std::vector<RowState> ListsDraft::AccountStates() const {

@@ -48,6 +48,8 @@ class ListsDraft {
   void RemoveFields(const std::vector<Integer>& fields);
   // Held are at least those of the book. Choosing again and again is one step.
   void SetYears(Long held, Long in_use);
+  // The highest numbers that accounts and fields may have; they can only grow.
+  void SetLimits(Long accounts, Long fields);
 
   // Takes another state of the book for its own, because others have changed it: what was edited is done once more, as far
   // as the rows are there still; numbers that were taken meanwhile are given anew. The way back begins anew. Gives
@@ -77,7 +79,9 @@ class ListsDraft {
     bool is_years = false;
     Swap<engine::AccountDescription> accounts = {};
     Swap<engine::FieldDescription> fields = {};
-    engine::CalendarDescription calendar = {};  // from before
+    engine::CalendarDescription calendar = {};  // from before, as the limits
+    Long max_accounts = 0;
+    Long max_fields = 0;
   };
 
   template <typename Row>

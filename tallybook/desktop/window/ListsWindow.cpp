@@ -119,10 +119,17 @@ void ListsWindow::accept() {
   if (!draft_.IsChanged()) return QDialog::accept();
   if (is_changing_) return;
   is_changing_ = true;
+  // Windows live while figures are counted, and what is being brought into the book stays as it is.
+  QWidget* const focus = focusWidget();
+  pages_->setEnabled(false);
+  undo_->setEnabled(false);
   const ListsChanged changed =
       ChangeLists(conversations_, files_, draft_.Stored(), draft_.Now(),
                   [this](const ListsQuestion& question) { return AskAboutLists(this, question); });
   is_changing_ = false;
+  pages_->setEnabled(true);
+  undo_->setEnabled(draft_.CanUndo());
+  if (focus != nullptr) focus->setFocus();
   entries_ = changed.entries;
   if (changed.outcome == ListsOutcome::kDone) return QDialog::accept();
   if (changed.outcome == ListsOutcome::kOthers) TakeOthers();

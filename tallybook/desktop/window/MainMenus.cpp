@@ -36,6 +36,7 @@ void AddWorkOnBook(QMenu& menu, const MenuActs& acts, MainMenus& menus) {
   menus.leave_book << Add(menu, "Res&tore\u2026", {}, acts.restore);
   menus.work_on_book << Add(menu, "Chec&k", {}, acts.check);
   menus.work_on_book << Add(menu, "Co&mpact", {}, acts.compact);
+  menus.leave_book << Add(menu, "Sal&vage\u2026", {}, acts.salvage);
 }
 
 void BuildBookMenu(QMenuBar& bar, const MenuActs& acts, MainMenus& menus) {

@@ -23,7 +23,7 @@ struct MenuActs {
   std::function<void()> today, go_to_date;
   // What needs conversations; left out of the menus where there are none.
   std::function<void()> export_file, export_table, definitions, import_csv, import_delimited;
-  std::function<void()> lists, back_up, check, restore, compact;
+  std::function<void()> lists, back_up, check, restore, compact, salvage;
   std::function<void()> help, guide, keys, about;
 };
 

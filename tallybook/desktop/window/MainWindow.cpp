@@ -102,8 +102,12 @@ class MainWindow::Parts {
   void AskForDate();
   void Journal();
   void Lists();
+  void Undo();
   void Care(void (CareActs::*act)());
   void Restore();
+  void Salvage();
+  // Makes a book with nothing open in its place, and shows it, or what was open before.
+  void MakeBook(const Text& book, const std::function<bool(Conversations& run)>& make);
   [[nodiscard]] bool CanWork();
   void SaveChart();
   void Settings();
@@ -142,6 +146,7 @@ class MainWindow::Parts {
   std::unique_ptr<Conversations> conversations;  // over the open book
   bool wants_to_close = false;
   bool is_restoring = false;        // a book, with none open
+  std::set<Long> changes_of_lists;  // of this window, by their entries in the journal
   BookReader* reader = nullptr;     // the pane owns it
   std::set<Integer> chosen_fields;  // of the chart, by position; empty: that of the current column
   ChartChoice shown_chart;
@@ -174,7 +179,7 @@ MenuActs MainWindow::Parts::Acts() {
   acts.settings = [this] { Settings(); };
   acts.close_book = [this] { window.CloseBook(); };
   acts.quit = [this] { window.close(); };
-  acts.undo = [this] { figures->Undo(); };
+  acts.undo = [this] { Undo(); };
   acts.copy = [this] { figures->Copy(false); };
   acts.copy_with_heads = [this] { figures->Copy(true); };
   acts.paste = [this] { figures->Paste(); };
@@ -213,6 +218,7 @@ MenuActs MainWindow::Parts::Acts() {
     acts.check = [this] { Care(&CareActs::Check); };
     acts.compact = [this] { Care(&CareActs::Compact); };
     acts.restore = [this] { Restore(); };
+    acts.salvage = [this] { Salvage(); };
   }
   acts.help = [this] { help.ShowForWindowAtHand(); };
   acts.guide = [this] { help.Show("guide/README.md"); };
@@ -309,6 +315,7 @@ void MainWindow::Parts::ShowBook(std::unique_ptr<BookReader> opened) {
   reader = opened.get();
   const BookLook look = settings.LookOf(path);
   chosen_fields.clear();
+  changes_of_lists.clear();
   menus.chart->setChecked(look.chart);
   menus.year_before->setChecked(look.against_year_before);
   accounts->Show(reader->Description().accounts);
@@ -571,11 +578,27 @@ void MainWindow::Parts::Lists() {
   try {
     ListsWindow lists(&window, *conversations, means->platform.Files(), path, app, style);
     lists.exec();
-    for (const engine::JournalEntry& entry : lists.Entries()) figures->NoteWritten(entry.id, entry.what_ran);
+    for (const engine::JournalEntry& entry : lists.Entries()) {
+      figures->NoteWritten(entry.id, entry.what_ran);
+      changes_of_lists.insert(entry.id);
+    }
   } catch (...) {
     window.Tell(ToQt(Shown(CurrentFailure().Description())));
   }
   figures->LookAgain();
+}
+
+// A change of lists has more to it than figures.
+void MainWindow::Parts::Undo() {
+  const Long entry = figures->NextUndoEntry();
+  if (!changes_of_lists.contains(entry)) return figures->Undo();
+  if (!CanWork()) return;
+  const ListsChanged changed =
+      UndoLists(*conversations, means->platform.Files(), entry,
+                [this](const ListsQuestion& question) { return AskAboutLists(&window, question); });
+  if (changed.outcome == ListsOutcome::kDone) figures->ForgetWritten(entry);
+  figures->LookAgain();
+  FollowState();
 }
 
 void MainWindow::Parts::Care(void (CareActs::*act)()) {
@@ -591,17 +614,31 @@ void MainWindow::Parts::Restore() {
   if (IsRunning()) return;
   const std::optional<RestoreWish> wish = AskWhatToRestore(window, path.empty() ? DocumentsFolder() : path);
   if (!wish) return;
+  QString said;
+  MakeBook(wish->book, [&](Conversations& run) {
+    said = RestoreBook(run, *wish);
+    return !said.isEmpty();
+  });
+  if (!said.isEmpty()) QMessageBox::information(&window, "Restore a Book", said);
+}
+
+void MainWindow::Parts::Salvage() {
+  if (IsRunning()) return;
+  const std::optional<SalvageWish> wish = AskWhatToSalvage(window, path.empty() ? DocumentsFolder() : path);
+  if (!wish) return;
+  MakeBook(wish->book, [&](Conversations& run) { return SalvageBook(window, run, *wish); });
+}
+
+void MainWindow::Parts::MakeBook(const Text& book, const std::function<bool(Conversations& run)>& make) {
   const Text was_open = path;
   if (!path.empty() && !window.CloseBook()) return;
-  Conversations run(*means, wish->book, window);
+  Conversations run(*means, book, window);
   run.SetRunningListener([this](bool running) {
     is_restoring = running;
     FollowRunning(running);
   });
-  const QString said = RestoreBook(run, *wish);
-  const Text shown = said.isEmpty() ? was_open : wish->book;
+  const Text shown = make(run) ? book : was_open;
   if (!shown.empty()) window.OpenBook(shown);
-  if (!said.isEmpty()) QMessageBox::information(&window, "Restore a Book", said);
 }
 
 void MainWindow::Parts::AskToEnd() {

@@ -39,12 +39,16 @@ YearsPage::YearsPage(QWidget* parent, ListsDraft& draft, const LocaleStyle& styl
       style_(style),
       held_(NewCount("held", "Years held")),
       in_use_(NewCount("in-use", "Years in use")),
+      accounts_(NewCount("max-accounts", "Highest number of an account")),
+      fields_(NewCount("max-fields", "Highest number of a field")),
       hint_(new QLabel),
       years_(new QTableWidget) {
   auto* form = new QFormLayout;
   form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
   form->addRow("Years &held", held_);
   form->addRow("Years in &use", in_use_);
+  form->addRow("Account num&bers up to", accounts_);
+  form->addRow("Field numbers up &to", fields_);
   hint_->setWordWrap(true);
   hint_->setTextFormat(Qt::PlainText);
   years_->setObjectName("years");
@@ -65,11 +69,16 @@ YearsPage::YearsPage(QWidget* parent, ListsDraft& draft, const LocaleStyle& styl
   layout->addLayout(form);
   layout->addWidget(hint_);
   layout->addWidget(years_, 1);
-  for (QSpinBox* box : {held_, in_use_}) connect(box, &QSpinBox::valueChanged, this, [this] { Take(); });
+  for (QSpinBox* box : {held_, in_use_}) {
+    connect(box, &QSpinBox::valueChanged, this, [this] { Take(&YearsPage::TakeYears); });
+  }
+  for (QSpinBox* box : {accounts_, fields_}) {
+    connect(box, &QSpinBox::valueChanged, this, [this] { Take(&YearsPage::TakeLimits); });
+  }
   ShowAnew();
 }
 
-// A book never holds fewer years than before.
+// A book never holds fewer years than before, and numbers never go less high.
 void YearsPage::ShowAnew() {
   const engine::CalendarDescription& calendar = draft_.Now().calendar;
   const QSignalBlocker no_held(held_);
@@ -78,6 +87,13 @@ void YearsPage::ShowAnew() {
   held_->setValue(calendar.years);
   in_use_->setRange(1, calendar.years);
   in_use_->setValue(calendar.years_in_use);
+  const QSignalBlocker no_accounts(accounts_);
+  const QSignalBlocker no_fields(fields_);
+  const engine::BookDescription& own = draft_.Stored().description;
+  accounts_->setRange(own.max_accounts, engine::kMaxAccountNumber);
+  accounts_->setValue(draft_.Now().max_accounts);
+  fields_->setRange(own.max_fields, engine::kMaxListLength);
+  fields_->setValue(draft_.Now().max_fields);
   Text words = "Further years come behind the last one. Years beyond those in use are held and not offered.";
   for (const Text& trouble : application::BeyondExchangeFiles(draft_.Now())) {
     words += "\nThe book cannot be exported as an exchange file: it has " + trouble + ".";
@@ -101,10 +117,18 @@ void YearsPage::FillTable() {
   }
 }
 
-void YearsPage::Take() {
+void YearsPage::TakeYears() {
+  draft_.SetYears(held_->value(), std::min(in_use_->value(), held_->value()));
+}
+
+void YearsPage::TakeLimits() {
+  draft_.SetLimits(accounts_->value(), fields_->value());
+}
+
+void YearsPage::Take(void (YearsPage::*step)()) {
   Text refusal;
   try {
-    draft_.SetYears(held_->value(), std::min(in_use_->value(), held_->value()));
+    (this->*step)();
   } catch (const Failure& failure) {
     refusal = failure.Description();
   }

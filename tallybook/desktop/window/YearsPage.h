@@ -1,4 +1,5 @@
-// The years of a book as they are edited: how many it holds and how many are in use, and the dates of each. It edits a draft.
+// The years of a book as they are edited: how many it holds and how many are in use, and the dates of each; and how high the
+// numbers of its accounts and fields may go. It edits a draft.
 // One thread.
 #pragma once
 
@@ -25,13 +26,17 @@ class YearsPage final : public QWidget {
   void OnRefused(std::function<void(const Text& words)> listener) { refused_ = std::move(listener); }
 
  private:
-  void Take();
+  void Take(void (YearsPage::*step)());
+  void TakeYears();
+  void TakeLimits();
   void FillTable();
 
   ListsDraft& draft_;
   LocaleStyle style_;
   QSpinBox* held_;
   QSpinBox* in_use_;
+  QSpinBox* accounts_;
+  QSpinBox* fields_;
   QLabel* hint_;
   QTableWidget* years_;
   std::function<void()> changed_;

@@ -8,6 +8,7 @@
 #include <QtWidgets/QPushButton>
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <sqlite3.h>
 #include <thread>
 
@@ -157,10 +158,10 @@ TEST_F(CareActsTest, WindowsLiveWhileWorkGoesOnAndNothingElseBegins) {
   QObject::connect(&turn, &QTimer::timeout, [&] {
     if (++turns == 5) may_end = true;
     EXPECT_TRUE(run.IsRunning());
-    EXPECT_FALSE(run.Beside("More", [] { ADD_FAILURE() << "two at once"; }));
+    EXPECT_FALSE(run.Beside("More", [](engine::WorkWatch& /*watch*/) { ADD_FAILURE() << "two at once"; }));
   });
   turn.start(20);
-  EXPECT_TRUE(run.Beside("Long", [&] {
+  EXPECT_TRUE(run.Beside("Long", [&](engine::WorkWatch& /*watch*/) {
     while (!may_end) std::this_thread::yield();
   }));
   EXPECT_GE(turns, 5);
@@ -175,9 +176,48 @@ TEST_F(CareActsTest, ProgressShowsThatWorkGoesOn) {
     EXPECT_THAT(FaultsOf(progress), IsEmpty());
     may_end = true;
   });
-  EXPECT_TRUE(run.Beside("Long work", [&] {
+  EXPECT_TRUE(run.Beside("Long work", [&](engine::WorkWatch& /*watch*/) {
     while (!may_end) std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }));
+}
+
+TEST_F(CareActsTest, WorkThatTellsHowFarItIsShowsThatAndIsCancelledWithoutAWord) {
+  Conversations run(means_, BookPath(), window_);
+  Then("Long work", [](QWidget& progress) {
+    EXPECT_GT(progress.findChild<QProgressBar*>()->value(), 0);
+    EXPECT_THAT(AllWordsOf(progress), HasSubstr("All stays as it was."));
+    EXPECT_THAT(FaultsOf(progress), IsEmpty());
+    Click("cancel")(progress);
+  });
+  EXPECT_FALSE(run.Beside("Long work", [](engine::WorkWatch& watch) {
+    for (;;) {
+      watch.Step(0.25F);
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+  }));
+  EXPECT_FALSE(run.IsRunning());
+}
+
+TEST_F(CareActsTest, AnActMayWorkBesideWithTheBookThatItWasGiven) {
+  Conversations run(means_, BookPath(), window_);
+  std::thread::id worker;
+  long long figures = 0;
+  const auto count = [&](engine::Book& book) {
+    run.WithinBeside("Count", [&](engine::WorkWatch& /*watch*/) {
+      worker = std::this_thread::get_id();
+      figures = book.CountFigures({});
+    });
+    return true;
+  };
+  EXPECT_TRUE(run.Look(count).ran);
+  EXPECT_NE(worker, std::this_thread::get_id());
+  EXPECT_EQ(figures, 2);
+  EXPECT_FALSE(run.Change([&](engine::Book& /*book*/) {
+                    run.WithinBeside("Count", [](engine::WorkWatch& /*watch*/) { throw engine::WorkCancelled(); });
+                    return true;
+                  })
+                   .ran)
+      << "a cancel ends the act, and is not told";
 }
 
 TEST_F(CareActsTest, WhatFailsBesideIsTold) {
@@ -186,7 +226,9 @@ TEST_F(CareActsTest, WhatFailsBesideIsTold) {
     EXPECT_THAT(AllWordsOf(box), HasSubstr("the device is gone"));
     Press(box, Qt::Key_Return);
   });
-  EXPECT_FALSE(run.Beside("Long", [] { throw Failure(FailureNumber::kDeviceError, "the device is gone", "Test"); }));
+  EXPECT_FALSE(run.Beside("Long", [](engine::WorkWatch& /*watch*/) {
+    throw Failure(FailureNumber::kDeviceError, "the device is gone", "Test");
+  }));
 }
 
 TEST_F(CareActsTest, ABookIsCompactedAndWaitedFor) {
@@ -214,6 +256,27 @@ TEST_F(CareActsTest, ABookIsRestoredInThePlaceOfTheOpenOneWhichIsKept) {
   EXPECT_EQ(window_.BookPath(), BookPath());
   EXPECT_EQ(tallybook::testing::Get(*Open(), 101, Day(2003, 1, 5), 1), 2.5);
   EXPECT_TRUE(std::filesystem::exists(BookPath() + "-replaced"));
+}
+
+TEST_F(CareActsTest, ADamagedBookIsSalvagedAndWhatIsLostIsListed) {
+  sqlite3* handle = nullptr;
+  ASSERT_EQ(sqlite3_open(BookPath().c_str(), &handle), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(handle, "UPDATE chunk SET figures = x'00' WHERE key = 205 << 24", nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(handle);
+  Then("Salvage a Damaged Book: the Book", Name(BookPath()));
+  Then("Salvage a Damaged Book: Where To", Name(folder_.Path("saved.tbk")));
+  Then("Salvage of North.tbk", [this](QWidget& report) {
+    EXPECT_THAT(AllWordsOf(report), HasSubstr("Made saved.tbk with 1 chunk"));
+    EXPECT_THAT(report.findChild<QPlainTextEdit*>()->toPlainText().toStdString(), HasSubstr("cannot be read"));
+    EXPECT_THAT(FaultsOf(report), IsEmpty());
+    was_reported_ = true;
+    Press(report, Qt::Key_Escape);
+  });
+  Action("Salvage").trigger();
+  testing::WaitUntil([this] { return was_reported_; }, "the report is shown");
+  EXPECT_EQ(window_.BookPath(), folder_.Path("saved.tbk"));
+  EXPECT_TRUE(std::filesystem::exists(BookPath()));
 }
 
 TEST_F(CareActsTest, WhatIsNoBackupIsToldAndTheBookStaysOpen) {

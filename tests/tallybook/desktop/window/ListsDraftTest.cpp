@@ -102,6 +102,24 @@ TEST_F(ListsDraftTest, YearsCanBeTakenBackDownToThoseOfTheBook) {
   EXPECT_FALSE(draft_.IsChanged());
 }
 
+TEST_F(ListsDraftTest, LimitsGrowAndAreTakenBackAndStandOnTopOfTheOthersLists) {
+  const Long accounts = draft_.Now().max_accounts;
+  const Long fields = draft_.Now().max_fields;
+  draft_.SetLimits(accounts + 1, fields + 2);
+  EXPECT_TRUE(draft_.IsChanged());
+  EXPECT_EQ(draft_.NextUndo(), "changing the limits");
+  draft_.Undo();
+  EXPECT_FALSE(draft_.IsChanged());
+  EXPECT_THAT([&] { draft_.SetLimits(accounts - 1, fields); },
+              FailsWith(FailureNumber::kInvalidArgument, "a limit can grow, and not shrink"));
+  draft_.SetLimits(accounts + 1, fields + 2);
+  StoredDescription theirs = Shop();
+  theirs.description.max_fields = fields + 9;
+  EXPECT_EQ(draft_.Rebase(theirs), "");
+  EXPECT_EQ(draft_.Now().max_accounts, accounts + 1);
+  EXPECT_EQ(draft_.Now().max_fields, fields + 9);
+}
+
 TEST_F(ListsDraftTest, WhatWasEditedStandsOnTopOfWhatOthersHaveChanged) {
   draft_.Edit(101, "110", "Front of shop");
   draft_.Add(std::vector<AccountDescription>{{0, "300", "Kiosk"}}, 1);

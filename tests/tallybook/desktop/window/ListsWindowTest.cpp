@@ -198,6 +198,49 @@ TEST_F(ListsWindowTest, DefinitionsThatNameWhatChangesAreListedAndFollow) {
   EXPECT_THAT(folder_.Read("TBQDX1.North"), HasSubstr("\"f\",\"110\""));
 }
 
+TEST_F(ListsWindowTest, UndoAsksAboutDefinitionsAndWritesTheCodesFromBefore) {
+  WriteDefinition("100");
+  Then(kTitle, [](QWidget& window) {
+    GoTo(window, 0);
+    Press(window, Qt::Key_Return);
+  });
+  Then("Edit Account", Account("110", "Front"));
+  Then(kTitle, PressOk);
+  Then("Change the Lists", Click("change"));
+  Begin();
+  Then("Undo a Change of Lists", [](QWidget& dialog) {
+    EXPECT_THAT(FaultsOf(dialog), IsEmpty());
+    Press(dialog, Qt::Key_Escape);
+  });
+  PressInMain(Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_THAT(Codes(), ElementsAre("110", "200", "A"));
+  Then("Undo a Change of Lists", [](QWidget& dialog) {
+    const auto& list = Part<QListWidget>(dialog, "definitions");
+    ASSERT_EQ(list.count(), 1);
+    EXPECT_EQ(list.item(0)->text().toStdString(), "Exchange definition 1 (Shop): account 110 is 100 now.");
+    EXPECT_EQ(dialog.findChild<QCheckBox*>()->text().remove('&'), "Write the codes from before into them");
+    Press(dialog, Qt::Key_Return);
+  });
+  PressInMain(Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_THAT(Codes(), ElementsAre("100", "200", "A"));
+  EXPECT_THAT(folder_.Read("TBQDX1.North"), HasSubstr("\"f\",\"100\""));
+  EXPECT_FALSE(window_.Figures().CanUndo()) << "it is taken back once";
+}
+
+TEST_F(ListsWindowTest, LimitsOfNumbersAreRaisedWhereTheYearsAre) {
+  Then(kTitle, [](QWidget& window) {
+    Page(window, 2);
+    auto& accounts = Part<QSpinBox>(window, "max-accounts");
+    EXPECT_EQ(accounts.minimum(), 9999);
+    accounts.setValue(12'000);
+    Part<QSpinBox>(window, "max-fields").setValue(1500);
+    PressOk(window);
+  });
+  Begin();
+  EXPECT_EQ(Lists().max_accounts, 12'000);
+  EXPECT_EQ(Lists().max_fields, 1500);
+}
+
 TEST_F(ListsWindowTest, DefinitionsStayWhereTheUserWantsThat) {
   WriteDefinition("100");
   Then(kTitle, [](QWidget& window) {
