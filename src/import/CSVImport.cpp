@@ -291,6 +291,7 @@ class CSVImportRun {
   }
 
   void AuditField() {
+    ++tally_.read;
     if (valid_fields_.Holds(datafield_)) return;
     CountError("Invalid Datafield number " + std::to_string(datafield_) + InRecord(" "));
   }
@@ -342,7 +343,7 @@ class CSVImportRun {
       header_ = ReadHeader();
     });
     record_number_ = 0;
-    touched_fields_ = NumberTable(valid_fields_.Highest());
+    applied_ = AppliedByField(valid_fields_.Highest());
     finder_.emplace(codes_, fields_->Encoding(), FittingCode);
     do {
       at(kBlockStart, [&] { StartBlock(); });
@@ -354,7 +355,7 @@ class CSVImportRun {
     });
     tally_.stored = true;
     tally_.accounts = touched_accounts_.Marked();
-    tally_.fields = touched_fields_.Marked();
+    tally_.fields = applied_.Numbers();
   }
 
   void StartBlock() {
@@ -460,12 +461,14 @@ class CSVImportRun {
     const Double sum = std::abs(masterfile_.FieldValue(field));
     if (sum > 0 && sum < kResidue) masterfile_.SetFieldValue(field, 0.0);
     dirty_ = true;
+    applied_.Add(field, value_);
     ++tally_.records;
-    touched_fields_.Mark(field);
+    ++tally_.applied;
   }
 
   // Every way out closes the file and the progress display.
   void Leave() {
+    tally_.field_tallies = applied_.Tallies();
     fields_.reset();
     file_.Close();
     PassOver([&] { masterfile_.EndProgress(); });
@@ -485,7 +488,7 @@ class CSVImportRun {
   std::optional<AccountFinder> finder_;  // of the pass under way
   NumberTable valid_accounts_;
   NumberTable valid_fields_;
-  NumberTable touched_fields_;
+  AppliedByField applied_;
   NumberTable touched_accounts_;
 
   // The record under way.

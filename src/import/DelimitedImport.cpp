@@ -209,7 +209,7 @@ class DelimitedImportRun {
   void ReadFields() {
     valid_fields_ = NumberTable(PassOver([&] { return masterfile_.MaxFields(); }));
     system_fields_ = NumberTable(valid_fields_.Highest());
-    touched_fields_ = NumberTable(valid_fields_.Highest());
+    applied_ = AppliedByField(valid_fields_.Highest());
     const auto field = PassOver([&] { return masterfile_.NewFieldRecord(); });
     const Long fields = PassOver([&] { return masterfile_.NumFields(); });
     for (Long i = 1; i <= fields; ++i) {
@@ -312,7 +312,10 @@ class DelimitedImportRun {
       });
       at(kAuditAccount, [&] { AuditAccount(); });
       at(kAuditPairs, [&] {
-        ForEachPair(kAuditPass, [&](std::string_view field, std::string_view) { AuditField(WholeLongText(field)); });
+        ForEachPair(kAuditPass, [&](std::string_view field, std::string_view) {
+          ++tally_.read;
+          AuditField(WholeLongText(field));
+        });
       });
     }
     at(kEndAudit, [&] { masterfile_.EndProgress(); });
@@ -395,7 +398,7 @@ class DelimitedImportRun {
     });
     tally_.stored = true;
     tally_.accounts = touched_accounts_.Marked();
-    tally_.fields = touched_fields_.Marked();
+    tally_.fields = applied_.Numbers();
     at(kTellEnd, [&] {
       ShowMessage(std::to_string(record_number_) + " records read from Delimited file: " + request_.file_name,
                   kInformationIcon | kOkOnly, app_.Title());
@@ -427,13 +430,15 @@ class DelimitedImportRun {
       const Double value = WholeNumberText(value_text);
       const Double stored = request_.math == eMath::mReplace ? 0 : masterfile_.FieldValue(field);
       masterfile_.SetFieldValue(field, Combine(math_, stored, value));
-      touched_fields_.Mark(field);
+      applied_.Add(field, value);
+      ++tally_.applied;
     });
     ++tally_.records;
   }
 
   // The end step: looks at the error count alone.
   void End() {
+    tally_.field_tallies = applied_.Tallies();
     lines_.reset();
     encoding_.reset();
     file_.Close();
@@ -458,7 +463,7 @@ class DelimitedImportRun {
   std::optional<AccountFinder> finder_;  // of the pass under way
   NumberTable valid_fields_;
   NumberTable system_fields_;
-  NumberTable touched_fields_;
+  AppliedByField applied_;
   NumberTable touched_accounts_;
 
   Long record_number_ = 0;

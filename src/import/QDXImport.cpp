@@ -103,8 +103,9 @@ class ImportMap {
     return numbers;
   }
 
- private:
   static constexpr std::size_t kColumns = 10'000;
+
+ private:
   static std::size_t Checked(Integer position) {
     // A negative number wraps to one that no table reaches.
     const std::size_t place = static_cast<std::uint16_t>(position);
@@ -173,6 +174,7 @@ class ImportRun {
       for (const Text& file : files) ImportFile(file);
     });
     if (done) record_.stop.reset();  // of a failure behind which a Retry got on
+    if (!done && in_body_) NoteApplied(record_.files.back());
     if (!done && !header_failed_) CloseQuietly();
     return done;
   }
@@ -211,12 +213,33 @@ class ImportRun {
 
   void NoteRefusal(const Text& words) { refusal_ += (refusal_.empty() ? "" : "; ") + words; }
 
-  void NoteApplied(QDXFileImport& file) const {
+  void NoteApplied(QDXFileImport& file) {
+    file.field_tallies.clear();
+    file.applied = 0;
+    file.not_mapped = 0;
+    for (std::size_t position = 0; position < ImportMap::kColumns; ++position)
+      NoteField(file, static_cast<Integer>(position));
     file.accounts = accounts_.UsedNumbers();
     file.fields = fields_.UsedNumbers();
     file.dates = dates_.Marked();
-    file.applied = applied_;
-    file.not_mapped = not_mapped_;
+    file.read = read_;
+    file.refused = file.read - file.applied - file.not_mapped;
+  }
+
+  void NoteField(QDXFileImport& file, Integer position) {
+    const Sum& applied = applied_sums_[static_cast<std::size_t>(position)];
+    const Sum& not_mapped = not_mapped_sums_[static_cast<std::size_t>(position)];
+    if (applied.figures == 0 && not_mapped.figures == 0) return;
+    if (applied.figures != 0) fields_.Use(position);
+    file.applied += applied.figures;
+    file.not_mapped += not_mapped.figures;
+    const bool in_table = position >= 1 && position <= header_.NumFields;
+    file.field_tallies.push_back({.in_file = in_table ? header_.FieldNumbers(position) : 0,
+                                  .in_database = fields_(position),
+                                  .applied = applied.figures,
+                                  .applied_total = applied.total,
+                                  .not_mapped = not_mapped.figures,
+                                  .not_mapped_total = not_mapped.total});
   }
 
   void PrintLine(Long statement, const Text& line) {
@@ -356,8 +379,9 @@ class ImportRun {
   // --- Applying ------------------------------------------------------------------------------------------------------
 
   void ApplyFile(const Text& file) {
-    applied_ = 0;
-    not_mapped_ = 0;
+    read_ = 0;
+    applied_sums_.fill({});
+    not_mapped_sums_.fill({});
     dates_.Clear(header_.StartDate(), header_.LastDate());
     QDXFileImport& told = record_.files.back();
     told.first_date = header_.StartDate();
@@ -484,9 +508,9 @@ class ImportRun {
                                                       masterfile_.DataLevel());
       });
       if (target > 0) OpenRecord(target, level_date);
-      const long long applied_before = applied_;
       const bool whole = ReadValues(stream, target);
-      if (applied_ > applied_before) {
+      const bool applied = target > 0 && dirty_;
+      if (applied) {
         accounts_.Use(block_.account.account_index);
         dates_.Mark(level_date);
       }
@@ -499,13 +523,18 @@ class ImportRun {
   bool ReadValues(FileStream& stream, Integer target) {
     BodyCount count;
     if (!at_(kReadCount, [&] { return GetItem(stream, count); })) return false;
-    if (const std::byte* const values = TakeValues(stream, count)) {
-      ApplyTaken(target, values, count);
-      return true;
-    }
+    // One loop and one call for both ways in: what a figure costs is what an import costs.
+    const std::byte* taken = TakeValues(stream, count);
+    if (taken != nullptr) read_ += count.values;
     for (int left = count.values; left > 0; --left) {
       BodyValue item;
-      if (!at_(kReadValue, [&] { return GetItem(stream, item); })) return false;
+      if (taken != nullptr) {
+        taken = Scan(taken, item);
+        values_ahead_ = left - 1;
+      } else {
+        if (!at_(kReadValue, [&] { return GetItem(stream, item); })) return false;
+        ++read_;
+      }
       ApplyValue(target, item);
     }
     return true;
@@ -514,16 +543,6 @@ class ImportRun {
   // All values of a date at once; null where there are none, or the stream does not hold them whole at the moment.
   static const std::byte* TakeValues(FileStream& stream, const BodyCount& count) {
     return count.values > 0 ? stream.Take(BytesOf<BodyValue>() * static_cast<std::size_t>(count.values)) : nullptr;
-  }
-
-  void ApplyTaken(Integer target, const std::byte* bytes, const BodyCount& count) {
-    values_ahead_ = count.values;
-    while (values_ahead_ > 0) {
-      BodyValue item;
-      bytes = Scan(bytes, item);
-      --values_ahead_;
-      ApplyValue(target, item);
-    }
   }
 
   // The record before is stored where it was changed.
@@ -536,15 +555,19 @@ class ImportRun {
 
   void ApplyValue(Integer target_account, const BodyValue& item) {
     const Integer field = at_(kMapValue, [&] { return fields_(item.field_index); });
-    if (field <= 0 || target_account <= 0) {
-      ++not_mapped_;
-      return;
-    }
+    if (field <= 0 || target_account <= 0) return PassOver(item);
     const Double stored = at_(kGetValue, [&] { return masterfile_.FieldValue(field); });
     at_(kSetValue, [&] { masterfile_.SetFieldValue(field, Combine(math_, stored, item.value)); });
-    fields_.Use(item.field_index);
-    ++applied_;
+    Sum& sum = applied_sums_[static_cast<std::size_t>(item.field_index)];
+    ++sum.figures;
+    sum.total += item.value;
     dirty_ = true;
+  }
+
+  void PassOver(const BodyValue& item) {
+    Sum& sum = not_mapped_sums_[static_cast<std::size_t>(item.field_index)];
+    ++sum.figures;
+    sum.total += item.value;
   }
 
   // --- The end of a file ---------------------------------------------------------------------------------------------
@@ -605,8 +628,13 @@ class ImportRun {
   BodyBlockStart block_;  // the account under way
   int values_ahead_ = 0;  // taken from the stream and not applied yet
   DateMarks dates_;
-  long long applied_ = 0;
-  long long not_mapped_ = 0;
+  struct Sum {
+    long long figures = 0;
+    Double total = 0;
+  };
+  long long read_ = 0;
+  std::array<Sum, ImportMap::kColumns> applied_sums_{};  // by the field's position in the file
+  std::array<Sum, ImportMap::kColumns> not_mapped_sums_{};
   Text refusal_;  // what its checks found
 };
 

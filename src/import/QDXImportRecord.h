@@ -8,6 +8,7 @@
 
 #include "base/Failure.h"
 #include "base/Types.h"
+#include "import/FieldTally.h"
 
 namespace tallybook {
 
@@ -30,9 +31,13 @@ struct QDXFileImport {
   std::vector<Long> accounts = {};
   std::vector<Long> fields = {};
   std::set<Date> dates = {};
-  long long applied = 0;     // figures
-  long long not_mapped = 0;  // figures of accounts and fields that the definition sends nowhere
-  long long zeroed = 0;      // figures set to 0 before
+  // Figures. Those read are those applied, not mapped and refused together.
+  long long read = 0;
+  long long applied = 0;
+  long long not_mapped = 0;         // of accounts and fields that the definition sends nowhere
+  long long refused = 0;            // not applied because the run failed at them or before them
+  FieldTallies field_tallies = {};  // by the fields' places in the file
+  long long zeroed = 0;             // figures set to 0 before
   BodyEnd body_end = BodyEnd::kUnread;
   long long body_end_at = 0;  // in bytes from the start of the file
   // By the file's header.

@@ -128,4 +128,29 @@ std::vector<Long> NumberTable::Marked() const {
   return numbers;
 }
 
+void AppliedByField::Add(Long number, Double value) {
+  const auto highest = static_cast<Long>(sums_.size() - 1);
+  if (number < 1 || number > highest) FailOutsideTable(number, highest);
+  Sum& sum = sums_[static_cast<std::size_t>(number)];
+  ++sum.figures;
+  sum.total += value;
+}
+
+FieldTallies AppliedByField::Tallies() const {
+  FieldTallies tallies;
+  for (std::size_t number = 1; number < sums_.size(); ++number) {
+    const Sum& sum = sums_[number];
+    if (sum.figures == 0) continue;
+    const auto field = static_cast<Long>(number);
+    tallies.push_back({.in_file = field, .in_database = field, .applied = sum.figures, .applied_total = sum.total});
+  }
+  return tallies;
+}
+
+std::vector<Long> AppliedByField::Numbers() const {
+  std::vector<Long> numbers;
+  for (const FieldTally& tally : Tallies()) numbers.push_back(tally.in_database);
+  return numbers;
+}
+
 }  // namespace tallybook

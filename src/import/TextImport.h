@@ -13,6 +13,7 @@
 
 #include "base/Failure.h"
 #include "base/Types.h"
+#include "import/FieldTally.h"
 #include "import/QDXImport.h"
 #include "support/EncodedText.h"
 
@@ -123,6 +124,12 @@ class NumberTable {
 // shows the audit's questions can look up what their words leave out.
 struct TextImportTally {
   long long records = 0;
+  // Figures: as the audit counts them, and as the second pass applies them. What it did not is refused: all of a file with
+  // errors, or pairs behind an empty one, which it passes over.
+  long long read = 0;
+  long long applied = 0;
+  FieldTallies
+      field_tallies;  // of fields that figures were applied to, by number, which is the same in file and database
   std::vector<Long> accounts;  // numbers, each once, rising
   std::vector<Long> fields;    // likewise
   std::set<Date> dates;
@@ -131,6 +138,24 @@ struct TextImportTally {
       false;  // all figures are with the database, and its journal entry is closed: what fails then is no loss
   std::optional<StopReason> stays;  // why the file has not got its new name, where the import gives it one
   Long asked_record = 0;  // the record of the audit's last question, as "In record number" counts; 0 before the first
+};
+
+// What was applied to each field, by its number.
+class AppliedByField {
+ public:
+  explicit AppliedByField(Long highest = 0) : sums_(static_cast<std::size_t>(highest < 0 ? 0 : highest) + 1) {}
+  // Failure 9 for a number outside the table.
+  void Add(Long number, Double value);
+  [[nodiscard]] FieldTallies Tallies() const;
+  // The fields' numbers, in order.
+  [[nodiscard]] std::vector<Long> Numbers() const;
+
+ private:
+  struct Sum {
+    long long figures = 0;
+    Double total = 0;
+  };
+  std::vector<Sum> sums_;
 };
 
 // The reason of an audit's end that has found errors, and that of one which the user stopped at an error: the first line

@@ -69,8 +69,8 @@ void AddOutcome(EntryFacts& facts, const QDXFileImport& file, const std::optiona
   facts.counts.applied = file.applied;
   facts.counts.not_mapped = file.not_mapped;
   facts.counts.zeroed = file.zeroed;
-  facts.counts.refused = 0;
-  facts.counts.read = file.applied + file.not_mapped;
+  facts.counts.refused = file.refused;
+  facts.counts.read = file.read;
   facts.counts.accounts = static_cast<long long>(file.accounts.size());
   facts.counts.fields = static_cast<long long>(file.fields.size());
   facts.counts.dates = static_cast<long long>(file.dates.size());
@@ -85,6 +85,10 @@ void AddOutcome(EntryFacts& facts, const QDXFileImport& file, const std::optiona
 
 void AddOutcome(EntryFacts& facts, const TextImportTally& tally, bool imported) {
   facts.counts.records = tally.records;
+  facts.counts.read = tally.read;
+  facts.counts.applied = tally.applied;
+  facts.counts.not_mapped = 0;
+  facts.counts.refused = tally.read - tally.applied;
   facts.counts.accounts = static_cast<long long>(tally.accounts.size());
   facts.counts.fields = static_cast<long long>(tally.fields.size());
   facts.counts.dates = static_cast<long long>(tally.dates.size());

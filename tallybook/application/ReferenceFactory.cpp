@@ -13,21 +13,30 @@ namespace {
   throw Failure(FailureNumber::kFeatureUnavailable, Text(what) + " needs the windowed application", "ReferenceFactory");
 }
 
-// A printer that is in the factory's set while it lives.
+// A printer that is in the factory's set while it lives, and prints the closing lines.
 class KnownPrinter : public report::ReportPrinter {
  public:
   using Set = std::shared_ptr<std::set<report::ReportPrinter*>>;
 
-  KnownPrinter(const report::Destination& destination, engine::ProgressDisplay* progress, Set printers)
-      : ReportPrinter(destination, progress), printers_(std::move(printers)) {
+  KnownPrinter(const report::Destination& destination, engine::ProgressDisplay* progress, Set printers,
+               ReferenceFactory::ClosingLines closing)
+      : ReportPrinter(destination, progress), printers_(std::move(printers)), closing_(std::move(closing)) {
     printers_->insert(this);
   }
   ~KnownPrinter() override { printers_->erase(this); }
   KnownPrinter(const KnownPrinter&) = delete;
   KnownPrinter& operator=(const KnownPrinter&) = delete;
 
+  void EndReport() override {
+    if (IsOpen() && closing_) {
+      for (const Text& line : closing_()) PrintLine(line);
+    }
+    ReportPrinter::EndReport();
+  }
+
  private:
   Set printers_;
+  ReferenceFactory::ClosingLines closing_;
 };
 
 }  // namespace
@@ -55,7 +64,7 @@ std::unique_ptr<IniFile> ReferenceFactory::NewIniFile() {
 }
 
 std::unique_ptr<Printer> ReferenceFactory::NewPrinter() {
-  return std::make_unique<KnownPrinter>(destination_, progress_, printers_);
+  return std::make_unique<KnownPrinter>(destination_, progress_, printers_, closing_);
 }
 
 std::shared_ptr<DataExportObject> ReferenceFactory::NewDataExportObject() {

@@ -27,6 +27,9 @@ class ReferenceFactory : public HostFactory {
   // Where the reports of printers made from now on go; at first the standard output, as text.
   // Fails with Failure 5 for a path whose extension names no form of report.
   void SetReportDestination(const report::Destination& destination);
+  // What reports of printers made from now on end in, asked as each one ends; empty for nothing.
+  using ClosingLines = std::function<std::vector<Text>()>;
+  void SetReportClosing(ClosingLines lines) { closing_ = std::move(lines); }
   // Shows the progress of printers made from now on; null for none. It must outlive them.
   void SetProgressDisplay(engine::ProgressDisplay* display) { progress_ = display; }
 
@@ -49,6 +52,7 @@ class ReferenceFactory : public HostFactory {
  private:
   report::Destination destination_;
   engine::ProgressDisplay* progress_ = nullptr;
+  ClosingLines closing_;
   std::shared_ptr<std::set<report::ReportPrinter*>> printers_ = std::make_shared<std::set<report::ReportPrinter*>>();
   ListWindowMaker list_window_maker_;
   SequenceMaker sequence_maker_;

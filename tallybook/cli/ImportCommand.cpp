@@ -6,6 +6,7 @@
 #include "exchange/CDataExchange.h"
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/application/FilesLeftAlone.h"
+#include "tallybook/application/ImportBalance.h"
 #include "tallybook/application/ImportRecorder.h"
 #include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/ImportWays.h"
@@ -19,6 +20,7 @@
 #include "tallybook/cli/Preview.h"
 #include "tallybook/cli/ReportFile.h"
 #include "tallybook/cli/Session.h"
+#include "tallybook/cli/SummaryFile.h"
 #include "tallybook/cli/Terminal.h"
 
 namespace tallybook::cli {
@@ -32,6 +34,7 @@ struct ImportQdxOptions {
   bool all = false;
   Integer math = static_cast<Integer>(eMath::mAdd);
   Text report;
+  Text summary;
   bool expect_files = false;
   bool again = false;
   bool atomic = false;
@@ -125,6 +128,28 @@ QDXImportRecord WithoutLeftAlone(QDXImportRecord record, const LeftAlone& left, 
   return record;
 }
 
+// The import's report ends in its balance.
+class BalancedReports {
+ public:
+  BalancedReports(Session& session, const CDataExchange& exchange, engine::Book& book) : factory_(session.Factory()) {
+    factory_.SetReportClosing(
+        [&] { return application::BalanceLines(application::BalancesOf(exchange.LastQDXImport(), book)); });
+  }
+  ~BalancedReports() { factory_.SetReportClosing({}); }
+  BalancedReports(const BalancedReports&) = delete;
+  BalancedReports& operator=(const BalancedReports&) = delete;
+
+ private:
+  application::ReferenceFactory& factory_;
+};
+
+bool ImportBalanced(Session& session, CDataExchange& exchange, engine::Book& book, Masterfile& target,
+                    const Text& type) {
+  const BalancedReports reports(session, exchange, book);
+  const Long no_window = 0;
+  return exchange.ImportQDXFileEX(no_window, target, type);
+}
+
 // What the engine's record tells: what was applied and left out. A definition without a file is what --expect-files
 // calls a failure. True where there is none.
 bool TellRecord(Session& session, const QDXImportRecord& record, bool expect_files) {
@@ -209,9 +234,8 @@ ExitStatus PreviewImportQdx(const ImportQdxOptions& options) {
   if (left.all) return session.StatusOf(false);
   exchange.SetMath(options.math);
   session.FollowImports([&] { preview.Overlay().BeginFile(exchange.TrueFilename()); });
-  const Long no_window = 0;
   auto hidden = Hide(left, exchange);
-  const bool imported = exchange.ImportQDXFileEX(no_window, preview.Overlay().Book(), type);
+  const bool imported = ImportBalanced(session, exchange, *book, preview.Overlay().Book(), type);
   hidden.reset();
   const QDXImportRecord record = WithoutLeftAlone(exchange.LastQDXImport(), left, definitions);
   application::PreviewOutcome outcome;
@@ -236,12 +260,12 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   LookAtExchangeFiles(session, definitions, options);
   session.AllInputsKnown();
   ReportFile report(session.Files(), options.report);
+  SummaryFile summary(session, options.summary);
   const Text type = ImportType(exchange, *book, options);
   const LeftAlone left = FindKnownFiles(session, *book, definitions, options);
   if (left.all) return session.StatusOf(false);
   book->SetOperationName(options.all ? "import qdx all" : fmt::format("import qdx #{}", options.definition));
   exchange.SetMath(options.math);
-  const Long no_window = 0;
   const application::JournalMark mark(*book);
   application::ImportRecorder recorder(*book);
   const auto atomic = BeginAtomic(session, *book, options.atomic);
@@ -250,11 +274,12 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
     recorder.BeginFile(file, PlaceOf(session, atomic.get(), file), WayAtWork(exchange, definitions, options));
   });
   auto hidden = Hide(left, exchange);
-  const bool imported = exchange.ImportQDXFileEX(no_window, *book, type);
+  const bool imported = ImportBalanced(session, exchange, *book, *book, type);
   hidden.reset();
   session.FollowImports({});
   AddOutcomes(recorder, exchange.LastQDXImport());
   const QDXImportRecord record = WithoutLeftAlone(exchange.LastQDXImport(), left, definitions);
+  auto balances = application::BalancesOf(record, *book);
   bool done = imported;
   bool complete = false;
   if (atomic) {
@@ -266,8 +291,10 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
     complete = done ? TellDone(session, record, *book, recorder, options.expect_files)
                     : TellNotDone(session, record, *book, mark, recorder);
   }
+  if (atomic && !done) application::KeepNone(balances);
   DoAfterCommit([&] { book->Close(); });
   report.Finish(done);
+  summary.Write(balances, done);
   return session.StatusOf(complete && left.files.empty());
 }
 
@@ -292,8 +319,10 @@ CommandTable ImportQdxCommand() {
   Exclude(command, "--math", "--all");
   AddText(command, "--report", options->report, "FILE", "Write the report to FILE: .txt, .html or .pdf")
       .As(ArgumentKind::kFile);
+  AddSummary(command, options->summary);
   AddPreview(command, options->preview);
   AddAtomic(command, options->atomic);
+  Exclude(command, "--summary", "--preview");
   AddFlag(command, "--expect-files", options->expect_files, "A definition that no file matches is a failure: status 1");
   AddAsking(command, options->asking);
   AddAgain(command, options->again);

@@ -11,6 +11,7 @@
 #include "platform/Platform.h"
 #include "support/HostMessages.h"
 #include "support/Utility.h"
+#include "tallybook/application/ImportBalance.h"
 #include "tallybook/application/ImportRecorder.h"
 #include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/ImportWays.h"
@@ -29,6 +30,7 @@
 #include "tallybook/cli/ReportFile.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/SpooledInput.h"
+#include "tallybook/cli/SummaryFile.h"
 #include "tallybook/cli/TextFileArguments.h"
 #include "tallybook/cli/TextTable.h"
 #include "tallybook/inspect/DateOrders.h"
@@ -52,6 +54,7 @@ struct TextImportOptions {
   eMath math = eMath::mDefault;
   TextEncoding encoding = TextEncoding::kDetect;
   Text report;  // of a preview
+  Text summary;
   PreviewOptions preview;
   AskOptions asking;
   bool again = false;
@@ -96,6 +99,14 @@ void TellApplied(engine::Book& book, const Text& file, const TextImportTally& ta
                        Counted(static_cast<long long>(RecordDates(book, tally.dates)), "date")));
 }
 
+void TellBalance(const std::vector<application::FileBalance>& balances) {
+  for (const Text& line : application::BalanceLines(balances)) TellLine(line);
+}
+
+void TellBalanceOfFailed(const std::vector<application::FileBalance>& balances) {
+  if (balances.front().read > 0) TellBalance(balances);
+}
+
 // Why the import ended, where the engine or the look at the file before says it, with what the audit's questions and
 // answers came to.
 StopReason ReasonFor(const StopReason& stop, const ConsoleMessageBoxes& boxes, const Text& file) {
@@ -110,8 +121,12 @@ StopReason ReasonFor(const StopReason& stop, const ConsoleMessageBoxes& boxes, c
 }
 
 // The import is done as soon as its figures are stored, whatever it answered: what failed came behind them.
-void TellDone(engine::Book& book, const Text& file, const TextImportTally& tally) {
-  DoAfterCommit([&] { TellApplied(book, file, tally); });
+void TellDone(engine::Book& book, const Text& file, const TextImportTally& tally,
+              const std::vector<application::FileBalance>& balances) {
+  DoAfterCommit([&] {
+    TellApplied(book, file, tally);
+    TellBalance(balances);
+  });
   if (tally.stop) WarnAfterCommit(application::StopText(*tally.stop));
   if (tally.stays) WarnAfterCommit(application::StaysText(file, *tally.stays));
 }
@@ -177,6 +192,7 @@ ExitStatus PreviewTextImport(const TextImportOptions& options, const FileQuestio
   if (outcome.done) {
     session.Note("Nothing has been changed; the import would say:", false);
     TellApplied(*book, *file, tally);
+    TellBalance({application::BalanceOf(*file, tally, *book)});
     if (tally.stop) Warn("it would be done, but " + application::StopText(*tally.stop));
     if (tally.stays) Warn("it would be done, but " + application::StaysText(*file, *tally.stays));
   } else {
@@ -199,6 +215,7 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   const SpooledInput spooled(session.Files(), options.file);
   ThePlatform().text_encoding = options.encoding;
   const auto book = session.OpenToChange(options.book, options.wait);
+  SummaryFile summary(session, options.summary);
   const auto file = FileToImport(session, *book, options, question, kind, look);
   if (!file) return session.StatusOf(false);
   const application::EntryFacts way = way_of();
@@ -217,21 +234,25 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   const TextImportTally& tally = exchange.LastTextImport();
   for (application::ImportRecorder::Run* run : recorder.Runs()) application::AddOutcome(run->facts, tally, imported);
   const bool done = imported || (tally.stored && !atomic);
+  std::vector<application::FileBalance> balances = {application::BalanceOf(*file, tally, *book)};
+  if (atomic && !done) application::KeepNone(balances);
   if (done && atomic) {
     const auto outcomes = KeepAtomic(*atomic, *book, recorder);
-    TellDone(*book, *file, tally);
+    TellDone(*book, *file, tally, balances);
     TellNotDisposed(outcomes);
   } else if (done) {
     CommitOrAbandon(*book);
     SaveRecord(recorder);
-    TellDone(*book, *file, tally);
+    TellDone(*book, *file, tally, balances);
   } else if (atomic) {
     session.TellStop(ReasonFor(tally.stop.value_or(StopReason{}), session.Boxes(), *file));
+    TellBalanceOfFailed(balances);
     DropAtomic(session, *atomic);
   } else {
     const auto lost = CommitWhatStays(*book);
     if (!lost) SaveRecord(recorder);
     session.TellStop(ReasonFor(tally.stop.value_or(StopReason{}), session.Boxes(), *file));
+    TellBalanceOfFailed(balances);
     TellNewName(session, *file, there_before);
     if (lost) {
       session.TellStop(*lost);
@@ -240,6 +261,7 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
     }
   }
   DoAfterCommit([&] { book->Close(); });
+  summary.Write(balances, done);
   return session.StatusOf(done);
 }
 
@@ -317,8 +339,10 @@ void AddBookAndFile(CommandTable& command, TextImportOptions& options) {
 
 void AddEncodingAndAsking(CommandTable& command, TextImportOptions& options) {
   AddEncoding(command, options.encoding);
+  AddSummary(command, options.summary);
   AddPreview(command, options.preview);
   AddAtomic(command, options.atomic);
+  Exclude(command, "--summary", "--preview");
   AddText(command, "--report", options.report, "FILE", "Write the preview to FILE: .txt, .html or .pdf")
       .As(ArgumentKind::kFile);
   AddAsking(command, options.asking);

@@ -79,6 +79,8 @@ class ReportPrinter : public Printer {
   // What is done with the whole report when it ends: it is rendered and written. One who shows reports instead may take
   // it away. The heads of pages are there during the call alone.
   virtual void Finish(Report& report, const PageHeads& page_heads);
+  // A report has begun and not ended.
+  [[nodiscard]] bool IsOpen() const { return open_; }
 
  private:
   class Column : public ReportColumn {

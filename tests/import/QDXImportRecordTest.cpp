@@ -55,6 +55,33 @@ TEST_F(QDXImportRecordTest, CountsFiguresThatTheDefinitionSendsNowhere) {
   EXPECT_EQ(File().not_mapped, 4);
 }
 
+TEST_F(QDXImportRecordTest, BalancesWhatWasReadAsAWholeAndFieldByField) {
+  setup_.MatchAccounts({{"300", "100"}});
+  setup_.MatchFields({{2, 7}});
+  ASSERT_TRUE(Import(ManyFigures()));
+  EXPECT_EQ(File().read, 6);
+  EXPECT_EQ(File().refused, 0);
+  long long applied = 0;
+  long long not_mapped = 0;
+  for (const FieldTally& field : File().field_tallies) {
+    EXPECT_EQ(field.in_database, field.in_file == 2 ? 7 : 0);
+    applied += field.applied;
+    not_mapped += field.not_mapped;
+  }
+  EXPECT_EQ(applied, 2);
+  EXPECT_EQ(not_mapped, 4);
+}
+
+TEST_F(QDXImportRecordTest, CountsWhatWasReadAndNotAppliedOfARunThatFailsAsRefused) {
+  setup_.host->record.FailOn("SetFieldValue", 3, Failure(FailureNumber::kDeviceError, "no more"));
+  setup_.platform.boxes.Answer({kCancel});
+  EXPECT_FALSE(Import(ManyFigures()));
+  EXPECT_FALSE(File().stored);
+  EXPECT_EQ(File().applied, 2);
+  EXPECT_GT(File().refused, 0);
+  EXPECT_EQ(File().read, File().applied + File().not_mapped + File().refused);
+}
+
 TEST_F(QDXImportRecordTest, CountsEachFileOfARunByItself) {
   setup_.Put("A.QDX", ManyFigures(), 0);
   setup_.Put("B.QDX", OneFigure(), 1);

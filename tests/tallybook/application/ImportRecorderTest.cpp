@@ -78,22 +78,24 @@ TEST_F(ImportRecorderTest, HasNameAndSizeInTheEntryFromItsFirstFigureOn) {
   EXPECT_EQ(FactsOf(Entries()[0].notes.facts), Way());
 }
 
-TEST_F(ImportRecorderTest, CountsFiguresReadAsThoseAppliedAndNotMapped) {
+TEST_F(ImportRecorderTest, CountsFiguresReadAsThoseAppliedNotMappedAndRefused) {
   QDXFileImport file;
   file.file = "north.QDX";
   file.stored = true;
   file.done = true;
+  file.read = 10;
   file.applied = 7;
   file.not_mapped = 2;
+  file.refused = 1;
   file.zeroed = 12;
   file.accounts = {1, 2};
   file.body_end = BodyEnd::kMarked;
   EntryFacts facts = Way();
   AddOutcome(facts, file, std::nullopt);
-  EXPECT_EQ(facts.counts.read, 9);
+  EXPECT_EQ(facts.counts.read, 10);
   EXPECT_EQ(facts.counts.applied, 7);
   EXPECT_EQ(facts.counts.not_mapped, 2);
-  EXPECT_EQ(facts.counts.refused, 0);
+  EXPECT_EQ(facts.counts.refused, 1);
   EXPECT_EQ(facts.counts.zeroed, 12);
   EXPECT_EQ(facts.counts.accounts, 2);
   EXPECT_EQ(facts.result, "imported");
@@ -118,6 +120,8 @@ TEST_F(ImportRecorderTest, TellsWhyAnImportEndedAndWhatItWarnedOf) {
 TEST_F(ImportRecorderTest, CountsWhatATextImportReached) {
   TextImportTally tally;
   tally.records = 5;
+  tally.read = 8;
+  tally.applied = 6;
   tally.accounts = {1, 2};
   tally.fields = {4};
   tally.dates = {Day(2003, 5, 5)};
@@ -128,7 +132,9 @@ TEST_F(ImportRecorderTest, CountsWhatATextImportReached) {
   EXPECT_EQ(facts.counts.accounts, 2);
   EXPECT_EQ(facts.counts.fields, 1);
   EXPECT_EQ(facts.counts.dates, 1);
-  EXPECT_FALSE(facts.counts.read);
+  EXPECT_EQ(facts.counts.read, 8);
+  EXPECT_EQ(facts.counts.applied, 6);
+  EXPECT_EQ(facts.counts.refused, 2);
   EXPECT_EQ(facts.result, "imported");
   EXPECT_THAT(facts.warnings, ElementsAre("the file keeps its name: it is in use"));
 }

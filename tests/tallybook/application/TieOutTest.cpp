@@ -4,100 +4,27 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <rapidcheck.h>
-#include <sstream>
 
-#include "exchange/CDataExchange.h"
-#include "qdx/HeaderItems.h"
-#include "tallybook/application/ImportRecorder.h"
-#include "tallybook/application/ReferenceFactory.h"
 #include "tallybook/application/TieOut.h"
 #include "tallybook/engine/JournalTrim.h"
-#include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/application/Office.h"
 
 namespace tallybook::application {
 namespace {
 
-using testing::Day;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-constexpr auto kAdded = static_cast<Integer>(eMath::mAdd);
-constexpr auto kSubtracted = static_cast<Integer>(eMath::mSubtract);
-constexpr auto kReplaced = static_cast<Integer>(eMath::mReplace);
+using testing::Day;
+using testing::kAdded;
+using testing::kReplaced;
+using testing::kSubtracted;
+using testing::Values;
 
-using Values = std::vector<engine::ValueDescription>;
-
-// A shop that writes exchange files and an office that takes them in, by an exchange definition that matches one for one.
-class Office {
+class Office : public testing::Office {
  public:
-  explicit Office(Integer data_level = kPeriodLevel) {
-    auto description = testing::ShopDescription();
-    description.data_level = data_level;
-    engine::Book::Create(folder.Path("Office.tbk"), description);
-    book = engine::Book::Open(folder.Path("Office.tbk"), app);
-    destination_.stream = &report_;
-    factory.SetReportDestination(destination_);
-    CDataExchange exchange(factory);
-    exchange.OpenDefinitions(*book, 1);
-    exchange.InitFile();
-    const Integer position = exchange.FirstAvailRec();
-    exchange.SetFile(position);
-    exchange.SetDesc(position, "Shops");
-    exchange.SetQdxFileName(position, folder.Path("*.QDX"));
-    exchange.SetDisp(kDispKeep);
-    exchange.SetAcctMatch(kOneForOne);
-    exchange.SetFldMatch(kOneForOne);
-    EXPECT_EQ(exchange.Add(position), -1);
-    definition = {.number = exchange.FileNum(position),
-                  .path = exchange.Filename(position),
-                  .title = "Shops",
-                  .exchange_files = folder.Path("*.QDX"),
-                  .trouble = {}};
-  }
-
-  // A file of a shop's figures.
-  void Write(const Text& name, const Values& values, Date first, Date last) {
-    auto description = testing::ShopDescription();
-    description.values = values;
-    const Text path = folder.Path("Shop" + std::to_string(++shops_) + ".tbk");
-    engine::Book::Create(path, description);
-    const auto shop = engine::Book::Open(path, app);
-    CDataExchange exchange(factory);
-    exchange.SetOwner(shop.get());
-    const bool as_table = false;
-    ASSERT_TRUE(exchange.WriteQDXFile(folder.Path(name), first, last, as_table, kReadableVersion));
-  }
-
-  void Import(const Text& name, Integer math) {
-    CDataExchange exchange(factory);
-    exchange.OpenDefinitions(*book, 1);
-    exchange.SetFile(1);
-    exchange.SetQdxFileName(1, folder.Path(name));
-    ASSERT_TRUE(exchange.Update(1));
-    exchange.SetFile(1);
-    exchange.SetMath(math);
-    EntryFacts way;
-    way.kind = "qdx";
-    way.definition = definition.number;
-    way.math = MathWord(math);
-    book->SetOperationName("import qdx");
-    ImportRecorder recorder(*book);
-    recorder.BeginFile(folder.Path(name), folder.Path(name), way);
-    const auto report = factory.NewPrinter();
-    const Long no_window = 0;
-    ASSERT_TRUE(report->BeginReport(no_window, "Import"));
-    ASSERT_TRUE(exchange.ImportQDXFile(*report));
-    report->EndReport();
-    book->Commit();
-    recorder.Save();
-  }
-  // By a user.
-  void Set(Long account, Date date, Integer field, Double value) {
-    book->SetOperation(engine::JournalKind::kSet, "set");
-    testing::Put(*book, account, date, field, value);
-  }
-  [[nodiscard]] Double Get(Long account, Date date, Integer field) { return testing::Get(*book, account, date, field); }
+  using testing::Office::Office;
 
   // Holds all files, or one.
   std::unique_ptr<TieOut> Hold(const Text& name = "*.QDX", Integer unknown_math = kReplaced) {
@@ -119,20 +46,10 @@ class Office {
     return told;
   }
 
-  testing::ScriptedPlatform platform;
-  testing::TempFolder folder;
-  testing::CallRecord record;
-  testing::MemoryApp app{record};
-  ReferenceFactory factory;
-  std::unique_ptr<engine::Book> book;
-  SeenDefinition definition;
   bool held = false;
 
  private:
-  std::ostringstream report_;
-  report::Destination destination_;
   std::unique_ptr<Printer> report_printer_;
-  int shops_ = 0;
 };
 
 class TieOutTest : public ::testing::Test {
