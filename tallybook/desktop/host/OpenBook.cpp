@@ -13,7 +13,9 @@
 #include <optional>
 
 #include "base/Failure.h"
+#include "platform/Platform.h"
 #include "support/Utility.h"
+#include "tallybook/application/FileDisposals.h"
 #include "tallybook/desktop/host/QtTexts.h"
 #include "tallybook/engine/BookHold.h"
 
@@ -91,6 +93,9 @@ OpenedBook BookOpener::Open(const Text& path, bool read_only) {
     app_.OwnLog().AuditEntry("Tallybook", "Notice", line, {});
   };
   opened.book = engine::Book::Open(path, app_, options);
+  if (!read_only) {
+    for (const Text& line : application::TellDue(*opened.book, *ThePlatform().files)) options.notice(line);
+  }
   opened.notices = *notices;
   return opened;
 }

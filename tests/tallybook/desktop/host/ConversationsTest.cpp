@@ -9,7 +9,9 @@
 
 #include "platform/MessageBoxes.h"
 #include "platform/Platform.h"
+#include "tallybook/application/FileDisposals.h"
 #include "tallybook/desktop/forms/QtScreen.h"
+#include "tallybook/engine/JournalNotes.h"
 #include "tests/tallybook/desktop/host/ConversationsFixture.h"
 
 namespace tallybook::desktop {
@@ -329,6 +331,30 @@ TEST_F(ConversationsTest, AWaitThatIsCancelledChangesNothing) {
   const auto other = engine::Book::Open(BookPath(), app_);
   user_.Then("Waiting for North.tbk", Press(Qt::Key_Escape));
   EXPECT_FALSE(conversations_.ImportCsv().ran);
+}
+
+TEST_F(ConversationsTest, AFileThatAnImportHasStillToDeleteGoesWhenTheBookIsOpenedAndThatIsTold) {
+  folder_.Write("due.QDX", "read");
+  {
+    const auto book = engine::Book::Open(BookPath(), app_);
+    book->BeginRollback(day_, day_);
+    book->EndRollback();
+    const application::FileDisposal due = {.path = folder_.Path("due.QDX"),
+                                           .new_path = {},
+                                           .stamp = application::StampOf(folder_.Path("due.QDX")).value()};
+    engine::JournalNotes(*book).SaveDue(book->LastEntry(), application::TextOfDisposals({due}));
+    book->Close();
+  }
+  user_
+      .Then("Tallybook",
+            [&](QWidget& window) {
+              EXPECT_THAT(Part<QLabel>(window, "text").text().toStdString(), HasSubstr("due.QDX is deleted now"));
+              EXPECT_FALSE(folder_.Has("due.QDX"));
+              window.close();
+            })
+      .Then(kCsvPrompt, Press(Qt::Key_Escape));
+  EXPECT_TRUE(conversations_.ImportCsv().ran);
+  EXPECT_FALSE(folder_.Has("due.QDX"));
 }
 
 TEST_F(ConversationsTest, AnExportNeedsNoRightToWrite) {
