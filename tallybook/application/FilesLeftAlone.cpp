@@ -18,12 +18,13 @@ Text WithSlashes(Text path) {
   return path;
 }
 
-// Whether a path is hidden, with "/" for every separator.
-using IsHiddenPath = std::function<bool(const Text& path)>;
-
 class HidingFiles : public FileLayer {
  public:
-  HidingFiles(FileSystem& below, IsHiddenPath is_hidden) : FileLayer(below), is_hidden_(std::move(is_hidden)) {}
+  HidingFiles(FileSystem& below, const std::vector<FilesLeftAlone::OfDefinition>& files,
+              std::function<Integer()> definition_at_work)
+      : FileLayer(below), definition_at_work_(std::move(definition_at_work)) {
+    for (const auto& file : files) hidden_.emplace(file.definition, WithSlashes(file.path));
+  }
 
   [[nodiscard]] std::unique_ptr<OpenFile> Open(const Text& path, Access access, Sharing sharing,
                                                Creation creation) override {
@@ -41,39 +42,21 @@ class HidingFiles : public FileLayer {
   }
 
  private:
-  [[nodiscard]] bool IsHidden(const Text& path) const { return is_hidden_(WithSlashes(path)); }
+  [[nodiscard]] bool IsHidden(const Text& path) const {
+    return hidden_.contains({definition_at_work_(), WithSlashes(path)});
+  }
 
-  IsHiddenPath is_hidden_;
+  std::set<std::pair<Integer, Text>> hidden_;
+  std::function<Integer()> definition_at_work_;
 };
-
-IsHiddenPath HiddenFromAll(const std::vector<Text>& paths) {
-  std::set<Text> hidden;
-  for (const Text& path : paths) hidden.insert(WithSlashes(path));
-  return [hidden](const Text& path) { return hidden.contains(path); };
-}
-
-IsHiddenPath HiddenFromOne(const std::vector<FilesLeftAlone::OfDefinition>& files,
-                           std::function<Integer()> definition_at_work) {
-  std::set<std::pair<Integer, Text>> hidden;
-  for (const auto& file : files) hidden.emplace(file.definition, WithSlashes(file.path));
-  return [hidden, at_work = std::move(definition_at_work)](const Text& path) {
-    return hidden.contains({at_work(), path});
-  };
-}
 
 }  // namespace
 
-FilesLeftAlone::FilesLeftAlone(std::unique_ptr<FileSystem> files)
-    : before_(ThePlatform().files), files_(std::move(files)) {
+FilesLeftAlone::FilesLeftAlone(const std::vector<OfDefinition>& files, std::function<Integer()> definition_at_work)
+    : before_(ThePlatform().files),
+      files_(std::make_unique<HidingFiles>(*ThePlatform().files, files, std::move(definition_at_work))) {
   ThePlatform().files = files_.get();
 }
-
-FilesLeftAlone::FilesLeftAlone(const std::vector<Text>& paths)
-    : FilesLeftAlone(std::make_unique<HidingFiles>(*ThePlatform().files, HiddenFromAll(paths))) {}
-
-FilesLeftAlone::FilesLeftAlone(const std::vector<OfDefinition>& files, std::function<Integer()> definition_at_work)
-    : FilesLeftAlone(
-          std::make_unique<HidingFiles>(*ThePlatform().files, HiddenFromOne(files, std::move(definition_at_work)))) {}
 
 FilesLeftAlone::~FilesLeftAlone() {
   if (IsPlatformInstalled()) ThePlatform().files = before_;

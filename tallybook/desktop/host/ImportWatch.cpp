@@ -31,8 +31,8 @@ void ImportWatch::Forget() {
   told_.clear();
 }
 
-void ImportWatch::Leave(const Text& file, const Text& told) {
-  left_.push_back(file);
+void ImportWatch::Leave(Integer definition, const Text& file, const Text& told) {
+  left_.push_back({definition, file});
   told_.push_back("Left alone: " + told + ".");
 }
 
@@ -47,7 +47,7 @@ bool ImportWatch::MayImport(Integer math) {
     const auto earlier = history.Find(file, PlaceOf(file), way);
     if (!earlier) continue;
     const Text told = application::EarlierImportText(file, *earlier);
-    if (!means_.ask(told + kAskAgain)) Leave(file, told);
+    if (!means_.ask(told + kAskAgain)) Leave(exchange->FileNum(), file, told);
   }
   return left_.empty() || left_.size() < files.size();
 }
@@ -61,7 +61,7 @@ void ImportWatch::LeaveKnownAlone() {
     const application::EntryFacts way = WayOf(*exchange, definition, static_cast<Integer>(eMath::mReplace));
     for (const Text& file : application::ExchangeFilesOf(exchange->QdxFileName(definition))) {
       const auto earlier = history.Find(file, PlaceOf(file), way);
-      if (earlier) Leave(file, application::EarlierImportText(file, *earlier));
+      if (earlier) Leave(exchange->FileNum(definition), file, application::EarlierImportText(file, *earlier));
     }
   }
 }
@@ -70,7 +70,11 @@ void ImportWatch::BeginRun() {
   EndRun();
   is_text_ = false;
   recorder_ = std::make_unique<application::ImportRecorder>(book_);
-  if (!left_.empty()) hidden_ = std::make_unique<application::FilesLeftAlone>(left_);
+  const auto definition_at_work = [this] {
+    const CDataExchange* const exchange = means_.exchange();
+    return exchange == nullptr ? Integer{0} : exchange->FileNum();
+  };
+  if (!left_.empty()) hidden_ = std::make_unique<application::FilesLeftAlone>(left_, definition_at_work);
   left_.clear();
 }
 

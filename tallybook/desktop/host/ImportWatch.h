@@ -69,13 +69,13 @@ class ImportWatch {
   [[nodiscard]] Text PlaceOf(const Text& path) const { return means_.place_of ? means_.place_of(path) : path; }
   void AddOutcomes(application::ImportRecorder& recorder) const;
   void Forget();
-  void Leave(const Text& file, const Text& told);
+  void Leave(Integer definition, const Text& file, const Text& told);
 
   engine::Book& book_;
   Means means_;
   std::unique_ptr<application::ImportRecorder> recorder_;
   std::unique_ptr<application::FilesLeftAlone> hidden_;
-  std::vector<Text> left_;
+  std::vector<application::FilesLeftAlone::OfDefinition> left_;
   std::vector<Text> told_;
   bool is_text_ = false;  // the run that has begun is of a text file
 };

@@ -29,7 +29,7 @@ class FilesLeftAloneTest : public ::testing::Test {
 
 TEST_F(FilesLeftAloneTest, AreNeitherFoundNorOpenedWhileItLives) {
   {
-    const FilesLeftAlone left({folder_.Path("a.QDX")});
+    const FilesLeftAlone left({{.definition = 1, .path = folder_.Path("a.QDX")}}, [] { return Integer{1}; });
     EXPECT_THAT(Found(), ::testing::ElementsAre("b.QDX"));
     EXPECT_FALSE(ThePlatform().files->Attributes(folder_.Path("a.QDX")).found);
     EXPECT_TRUE(ThePlatform().files->Attributes(folder_.Path("b.QDX")).found);
@@ -64,7 +64,7 @@ TEST_F(FilesLeftAloneTest, OfOneDefinitionAreThereForEveryOther) {
 TEST_F(FilesLeftAloneTest, AreKnownHoweverTheirPathIsSpelled) {
   Text path = folder_.Path("a.QDX");
   path.replace(path.rfind('/'), 1, "\\");
-  const FilesLeftAlone left({path});
+  const FilesLeftAlone left({{.definition = 1, .path = path}}, [] { return Integer{1}; });
   EXPECT_THAT(Found(), ::testing::ElementsAre("b.QDX"));
 }
 

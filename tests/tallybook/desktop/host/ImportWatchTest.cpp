@@ -235,5 +235,29 @@ TEST_F(ImportWatchTest, ImportAllLeavesKnownFilesAloneAsksNobodyAndSaysSo) {
   EXPECT_THAT(Noted(), SizeIs(1));
 }
 
+TEST_F(ImportWatchTest, ImportAllLeavesAKnownFileToAnotherDefinition) {
+  WriteExchangeFile("south.QDX");
+  WriteDefinition(2, "South", "south.QDX");
+  for (const bool is_first : {true, false}) {
+    if (!is_first) WriteDefinition(3, "South Again", "south.QDX");
+    FromTheList("action2");
+    user_
+        .Then(kReport,
+              [&, is_first](QWidget& window) {
+                const Text changes = Part<QLabel>(window, "changes").text().toStdString();
+                if (!is_first) {
+                  EXPECT_THAT(changes, HasSubstr("Left alone: " + folder_.Path("south.QDX")));
+                }
+                window.close();
+              })
+        .Then(kList, Press(Qt::Key_Escape));
+    (void)conversations_.Definitions();
+  }
+  const auto noted = Noted();
+  ASSERT_THAT(noted, SizeIs(2));
+  EXPECT_EQ(application::FactsOf(noted[0].notes.facts).definition, 2);
+  EXPECT_EQ(application::FactsOf(noted[1].notes.facts).definition, 3);
+}
+
 }  // namespace
 }  // namespace tallybook::desktop
