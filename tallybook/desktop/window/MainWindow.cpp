@@ -701,7 +701,10 @@ MainWindow::MainWindow(HostApp& app, DesktopSettings& settings, const LocaleStyl
   restoreGeometry(QByteArray::fromHex(QByteArray::fromStdString(settings.Value("Geometry", ""))));
 }
 
-MainWindow::~MainWindow() = default;
+// Hidden while all of it is there: what is being typed is taken then.
+MainWindow::~MainWindow() {
+  hide();
+}
 
 bool MainWindow::OpenBook(const Text& path) {
   if (!parts_->IsRunning()) return parts_->Open(path);
