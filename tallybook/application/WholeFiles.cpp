@@ -149,6 +149,7 @@ void WholeFiles::Delete(const Text& path) {
   if (output == nullptr) {
     NeedRegularFile(path);
     if (rules_ != nullptr) rules_->NeedNoBook(path);
+    if (settle_) settle_();
     return Below().Delete(path);
   }
   Noted([&] { output->file->NeedReplaceable(); });
@@ -160,6 +161,7 @@ void WholeFiles::Rename(const Text& old_path, const Text& new_path) {
   if (PlaceOf(old_path)) return;
   NeedRegularFile(old_path);
   shown_.erase(old_path);
+  if (settle_) settle_();
   Below().Rename(old_path, new_path);
 }
 

@@ -10,6 +10,7 @@
 // It is given the platform's files and must outlive their use. One thread.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 
@@ -34,6 +35,10 @@ class WholeFiles : public FileLayer {
 
   // From now on no book is deleted, nor replaced by a copy, by way of these files. `rules` must outlive this.
   void UseRules(const OutputRules& rules) { rules_ = &rules; }
+
+  // From now on `settle` is called before a file that is none of the outputs is deleted or renamed; where it fails, the file
+  // stays as it is and the failure goes on. Empty: nothing is called.
+  void SettleFirst(std::function<void()> settle) { settle_ = std::move(settle); }
 
   // From now on `path`, spelled as the component will spell it, is an output that is written whole. Announcing it again
   // begins anew. It is kept at `place` where one is given, and under its own name otherwise. Fails as LookAt does.
@@ -81,6 +86,7 @@ class WholeFiles : public FileLayer {
   std::map<Text, Text> shown_;      // contents, by path
   Text last_refusal_;
   const OutputRules* rules_ = nullptr;
+  std::function<void()> settle_;
 };
 
 // An output from its announcement to its end: dropped by its end unless it was kept.

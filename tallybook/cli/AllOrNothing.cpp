@@ -1,6 +1,7 @@
 #include "tallybook/cli/AllOrNothing.h"
 
 #include "base/Failure.h"
+#include "tallybook/application/FiguresFirst.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/KnownFiles.h"
 
@@ -48,6 +49,7 @@ void DropAtomic(Session& session, application::AtomicImport& atomic) {
 }
 
 void CarryOutDue(Session& session, engine::Book& book) {
+  const application::FiguresFirst figures_first(session.Files(), book);
   const bool warning = true;
   for (const Text& line : application::TellDue(book, session.Files())) session.Note(line, warning);
 }

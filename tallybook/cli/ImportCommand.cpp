@@ -5,6 +5,7 @@
 #include "base/Failure.h"
 #include "exchange/CDataExchange.h"
 #include "tallybook/application/DefinitionLook.h"
+#include "tallybook/application/FiguresFirst.h"
 #include "tallybook/application/FilesLeftAlone.h"
 #include "tallybook/application/ImportBalance.h"
 #include "tallybook/application/ImportRecorder.h"
@@ -268,6 +269,7 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   exchange.SetMath(options.math);
   const application::JournalMark mark(*book);
   application::ImportRecorder recorder(*book);
+  const application::FiguresFirst figures_first(session.Files(), *book);
   const auto atomic = BeginAtomic(session, *book, options.atomic);
   session.FollowImports([&] {
     const Text& file = exchange.TrueFilename();

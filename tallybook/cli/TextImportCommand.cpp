@@ -11,6 +11,7 @@
 #include "platform/Platform.h"
 #include "support/HostMessages.h"
 #include "support/Utility.h"
+#include "tallybook/application/FiguresFirst.h"
 #include "tallybook/application/ImportBalance.h"
 #include "tallybook/application/ImportRecorder.h"
 #include "tallybook/application/ImportSummary.h"
@@ -222,6 +223,7 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   if (!MayImport(session, *book, options, *file, way)) return session.StatusOf(false);
   const application::JournalMark mark(*book);
   application::ImportRecorder recorder(*book);
+  const application::FiguresFirst figures_first(session.Files(), *book);
   const bool there_before = FileExists(*file);
   CDataExchange exchange(session.Factory());
   exchange.SetOwner(book.get());

@@ -244,6 +244,10 @@ void Book::Commit() {
   if (store_ != nullptr && !ReadOnly()) store_->Commit();
 }
 
+void Book::Settle() {
+  if (store_ != nullptr && !ReadOnly()) store_->Settle();
+}
+
 void Book::BeginWhole() {
   RequireWritable();
   EndOwnEntry();

@@ -103,6 +103,9 @@ class Book final : public Masterfile, public CalendarSource {
   // Commits what was written. A failure (61 no room, 57) leaves the file as the last commit left it and keeps what was
   // not stored, so that the call can be repeated.
   void Commit();
+  // As Commit, and waits until the disk has it: a commit by itself outlives the process and not the machine. For whoever is
+  // about to take away what the figures were read from. Nothing for a book that is open to read, or is closed.
+  void Settle();
   // Commits and closes the file. Nothing but the destructor may follow. A journal entry that is open stays unclosed.
   void Close();
   // Closes the file and drops what has not been committed. As Close otherwise.

@@ -1,9 +1,14 @@
 #include "tallybook/engine/BookFile.h"
 
+#include <cerrno>
+#include <fcntl.h>
 #include <string>
+#include <system_error>
+#include <unistd.h>
 #include <utility>
 
 #include "base/Failure.h"
+#include "platform/posix/Descriptor.h"
 #include "tallybook/engine/BackupTables.h"
 #include "tallybook/engine/BookCompanions.h"
 #include "tallybook/engine/BookUpgrade.h"
@@ -91,6 +96,16 @@ bool BookFile::BringUpToDate() {
             std::to_string(kBookFormat) + "; as it was it stands in " + backup);
   }
   return true;
+}
+
+// SQLite leaves a commit in the log to the system, and waits for the disk only where it puts the log into the file. Without
+// a log that has been done.
+void BookFile::Settle() const {
+  const Descriptor log(::open((path_ + "-wal").c_str(), O_RDONLY | O_CLOEXEC));
+  if (!log.IsOpen() && errno == ENOENT) return;
+  if (log.IsOpen() && ::fdatasync(log.Number()) == 0) return;
+  throw Failure(FailureNumber::kDeviceError,
+                path_ + ": what was written may not be on the disk: " + std::system_category().message(errno), kSource);
 }
 
 void BookFile::SetNotice(Notice notice) {

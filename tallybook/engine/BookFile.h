@@ -48,6 +48,8 @@ class BookFile {
   // Due before the first write: brings a file of an older format to the present one (BookUpgrade.h) and says so by
   // `notice`. No statement may stand on a row. Gives whether that had to be done.
   bool BringUpToDate();
+  // As BookStorage::Settle.
+  void Settle() const;
   // As BookStorage::Compact, of a file that is open to be changed.
   void Compact(WorkWatch& watch);
   // Tells at once what there is to tell of the opening: companion files that a restore has left within the book, and that

@@ -47,6 +47,8 @@ class BookStorage {
   // storage was opened.
   [[nodiscard]] virtual Long Format() const = 0;
   virtual bool BringUpToDate() = 0;
+  // What was committed is on the disk when this returns, whatever becomes of the machine. Failure 57 where it is not.
+  virtual void Settle() = 0;
   virtual void SetNotice(Notice notice) = 0;
   [[nodiscard]] virtual std::shared_ptr<const StoredDescription> Description() const = 0;
 

@@ -302,6 +302,11 @@ void FigureStore::Commit() {
   CommitAs(entry_row_.entry.state);
 }
 
+void FigureStore::Settle() {
+  Commit();
+  storage_->Settle();
+}
+
 void FigureStore::BeginWhole() {
   if (whole_ != Whole::kNone) {
     throw Failure(FailureNumber::kInternal, storage_->Path() + ": two wholes cannot be under way at once", kSource);

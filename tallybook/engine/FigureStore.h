@@ -80,6 +80,8 @@ class FigureStore {
   [[nodiscard]] double SecondsSinceCommit() const;
 
   void Commit();
+  // Commits; what was committed is on the disk when this returns. Not within a whole.
+  void Settle();
 
   // Commits, and makes one transaction of all that is written from here to KeepWhole, which stores it, or to DropWhole or
   // the end of this, after which nothing of it is there, here and in the file. It begins with the first write, so that a

@@ -26,6 +26,7 @@ class SqliteStorage final : public BookStorage {
 
   [[nodiscard]] Long Format() const override { return file_.Format(); }
   bool BringUpToDate() override { return file_.BringUpToDate(); }
+  void Settle() override { file_.Settle(); }
   void SetNotice(Notice notice) override { file_.SetNotice(std::move(notice)); }
   [[nodiscard]] std::shared_ptr<const StoredDescription> Description() const override { return file_.Stored(); }
 

@@ -23,6 +23,7 @@
 #include "tallybook/application/Counts.h"
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/application/EntryDates.h"
+#include "tallybook/application/FiguresFirst.h"
 #include "tallybook/application/ImportWays.h"
 #include "tallybook/application/JournalMark.h"
 #include "tallybook/application/OutputRules.h"
@@ -318,6 +319,7 @@ class Conversations::Run {
                         },
                     .place_of = [&platform](const Text& path) { return platform.Files().PlaceOf(path).value_or(path); },
                     .warn = [this](const Text& words) { state_.Tell(words, kExclamationIcon); }});
+    figures_first_.emplace(platform.Files(), *book_);
     state_.means.app.SetImportListener([this] { watch_->BeginFile(); });
     state_.means.factory.SetExchangeListener([this] { watch_->EndRun(); });
     platform.Screen().SetAdditions([this](const Form& form) { return AdditionTo(form); });
@@ -354,6 +356,7 @@ class Conversations::Run {
     factory.SetExchangeListener({});
     platform.Screen().SetAdditions({});
     watch_.reset();
+    figures_first_.reset();
     state_.means.app.Log().SetListener({});
     platform.Boxes().SetDetails({});
     platform.Boxes().SetBeforeBox([&platform] { platform.Progress().Hide(); });
@@ -457,7 +460,8 @@ class Conversations::Run {
   std::optional<ExportOutputs> outputs_;
   const application::JournalMark* mark_ = nullptr;
   std::optional<application::JournalMark> report_mark_;
-  std::optional<ImportWatch> watch_;  // of a conversation that imports
+  std::optional<application::FiguresFirst> figures_first_;  // of a conversation that imports
+  std::optional<ImportWatch> watch_;                        // of a conversation that imports
   ListWindow* list_ = nullptr;
   LineEndQuestion* line_ends_ = nullptr;
   bool system_fields_ = false;

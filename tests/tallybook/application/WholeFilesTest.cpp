@@ -49,6 +49,38 @@ class WholeFilesTest : public ::testing::Test {
   WholeFiles files_;
 };
 
+TEST_F(WholeFilesTest, WhatIsToBeSettledFirstIsBeforeAFileOfTheUsersGoesOrGetsAnotherName) {
+  folder_.Write("one", "1");
+  folder_.Write("two", "2");
+  std::vector<std::vector<Text>> seen;
+  files_.SettleFirst([&] { seen.push_back(Names()); });
+  ASSERT_TRUE(KillFile(folder_.Path("one")));
+  ThePlatform().files->Rename(folder_.Path("two"), folder_.Path("two.bak"));
+  EXPECT_THAT(seen, ::testing::ElementsAre(UnorderedElementsAre("one", "two"), UnorderedElementsAre("two")));
+  EXPECT_THAT(Names(), UnorderedElementsAre("two.bak"));
+}
+
+TEST_F(WholeFilesTest, AFileStaysWhereWhatIsToBeSettledFirstCannotBe) {
+  folder_.Write("one", "1");
+  files_.SettleFirst([] { throw Failure(FailureNumber::kDeviceError, "the disk has failed"); });
+  EXPECT_FALSE(KillFile(folder_.Path("one")));
+  EXPECT_THAT([&] { ThePlatform().files->Rename(folder_.Path("one"), folder_.Path("one.bak")); },
+              FailsWith(FailureNumber::kDeviceError));
+  EXPECT_THAT(Names(), UnorderedElementsAre("one"));
+  files_.SettleFirst({});
+  EXPECT_TRUE(KillFile(folder_.Path("one")));
+}
+
+TEST_F(WholeFilesTest, AnOutputThatIsWrittenAnewSettlesNothing) {
+  folder_.Write("out", "old");
+  bool settled = false;
+  files_.SettleFirst([&] { settled = true; });
+  WholeOutput output(files_, folder_.Path("out"));
+  Export("out", "new");
+  EXPECT_TRUE(output.Keep());
+  EXPECT_FALSE(settled);
+}
+
 TEST_F(WholeFilesTest, AnOutputStandsUnderItsNameWhenItIsKept) {
   folder_.Write("out", "old");
   WholeOutput output(files_, folder_.Path("out"));
