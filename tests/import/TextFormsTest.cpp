@@ -13,6 +13,7 @@
 #include "base/Narrow.h"
 #include "base/Texts.h"
 #include "tests/import/TextImportSetup.h"
+#include "tests/support/Checkout.h"
 
 namespace tallybook::testing {
 namespace {
@@ -22,7 +23,7 @@ using ::testing::IsEmpty;
 const Text kPath = "/in/example.txt";
 
 std::string FileOfProject(const std::string& path) {
-  std::ifstream file(std::string(TALLYBOOK_SOURCE_DIR) + "/" + path, std::ios::binary);
+  std::ifstream file(InCheckout(path), std::ios::binary);
   if (!file) throw std::runtime_error("There is no " + path);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }

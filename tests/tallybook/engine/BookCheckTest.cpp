@@ -6,6 +6,7 @@
 #include "tallybook/engine/BookCheck.h"
 #include "tallybook/engine/BookFormat.h"
 #include "tests/tallybook/engine/FlipTrial.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -121,7 +122,7 @@ TEST_F(BookCheckTest, TellsSumsThatAreDamagedOrMissing) {
 }
 
 TEST_F(BookCheckTest, ReadsABookOfTheFirstFormat) {
-  std::filesystem::copy_file(std::filesystem::path(SAMPLES) / "book-v1.tbk", BookPath(),
+  std::filesystem::copy_file(tallybook::testing::SampleBook("book-v1.tbk"), BookPath(),
                              std::filesystem::copy_options::overwrite_existing);
   const BookCheckResult result = CheckBook(BookPath(), kDeep);
   EXPECT_THAT(result.findings, IsEmpty());

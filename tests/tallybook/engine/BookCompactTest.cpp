@@ -3,6 +3,7 @@
 #include "tallybook/engine/BookCheck.h"
 #include "tallybook/engine/BookCompact.h"
 #include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -72,7 +73,7 @@ TEST_F(BookCompactTest, LeavesABookThatIsInUseAsItIs) {
 }
 
 TEST_F(BookCompactTest, LeavesABookOfTheFirstFormatInItsFormat) {
-  std::filesystem::copy_file(std::filesystem::path(SAMPLES) / "book-v1.tbk", BookPath(),
+  std::filesystem::copy_file(tallybook::testing::SampleBook("book-v1.tbk"), BookPath(),
                              std::filesystem::copy_options::overwrite_existing);
   CompactBook(BookPath(), 0);
   EXPECT_EQ(engine::CheckBook(BookPath(), true).format, 1);

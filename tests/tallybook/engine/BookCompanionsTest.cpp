@@ -7,6 +7,7 @@
 #include "tallybook/engine/BookFormat.h"
 #include "tests/tallybook/engine/BookFixture.h"
 #include "tests/tallybook/engine/OtherProcesses.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -26,7 +27,7 @@ class BookCompanionsTest : public BookFixture {
  protected:
   // A book of format 1.
   void PutOlderBook(const Text& name) const {
-    fs::copy_file(fs::path(SAMPLES) / "book-v1.tbk", folder.Path(name));
+    fs::copy_file(tallybook::testing::SampleBook("book-v1.tbk"), folder.Path(name));
     fs::permissions(folder.Path(name), fs::perms::owner_all);
   }
   void PutCompanionsOfShop() const {

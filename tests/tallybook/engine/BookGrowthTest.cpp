@@ -12,6 +12,7 @@
 #include "tallybook/engine/Database.h"
 #include "tallybook/engine/Journal.h"
 #include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -356,7 +357,7 @@ TEST_F(GrowingBookTest, TellsWhereTheTextOfAChangeIsDamaged) {
 TEST_F(GrowingBookTest, LeavesTheFileAsItIsWhereAChangeIsRefused) {
   book->Close();
   for (const char* sample : {"book-v1.tbk", "book-v2.tbk", "book-v3.tbk"}) {
-    std::filesystem::copy_file(std::filesystem::path(SAMPLES) / sample, BookPath(),
+    std::filesystem::copy_file(tallybook::testing::SampleBook(sample), BookPath(),
                                std::filesystem::copy_options::overwrite_existing);
     const Text before = folder.Read("North.tbk");
     book = Open();
@@ -370,7 +371,7 @@ TEST_F(GrowingBookTest, LeavesTheFileAsItIsWhereAChangeIsRefused) {
 TEST_F(GrowingBookTest, GrowsABookOfEachOlderFormat) {
   book->Close();
   for (const char* sample : {"book-v1.tbk", "book-v2.tbk", "book-v3.tbk"}) {
-    std::filesystem::copy_file(std::filesystem::path(SAMPLES) / sample, BookPath(),
+    std::filesystem::copy_file(tallybook::testing::SampleBook(sample), BookPath(),
                                std::filesystem::copy_options::overwrite_existing);
     book = Open();
     const FigureMap before = FiguresOf(*book);

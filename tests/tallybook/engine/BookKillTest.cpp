@@ -17,6 +17,7 @@
 #include "tallybook/engine/BookCheck.h"
 #include "tallybook/engine/Journal.h"
 #include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -204,7 +205,7 @@ TEST_F(BookKillTest, IsUndoneWhollyOrNotAtAllWhereAnUndoIsKilled) {
 // Whatever of an older book's way to the present format is done, its figures are there, and a backup that bears its name
 // is whole.
 TEST_F(BookKillTest, ComesToThePresentFormatWhollyOrNotAtAll) {
-  const std::filesystem::path sample = std::filesystem::path(SAMPLES) / "book-v1.tbk";
+  const std::filesystem::path sample = tallybook::testing::SampleBook("book-v1.tbk");
   const auto renew = [&] {
     for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) std::filesystem::remove(entry.path());
     std::filesystem::copy_file(sample, BookPath());

@@ -16,6 +16,7 @@
 
 #include "tallybook/engine/Journal.h"
 #include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -299,7 +300,7 @@ class BookModelTest : public BookFixture {
   }
   // The walk begins in a book of an older format, so that it is brought up to date somewhere on the way.
   void StartFromSample() {
-    std::filesystem::copy_file(std::filesystem::path(SAMPLES) / "book-v1.tbk", folder.Path("empty"),
+    std::filesystem::copy_file(tallybook::testing::SampleBook("book-v1.tbk"), folder.Path("empty"),
                                std::filesystem::copy_options::overwrite_existing);
     std::filesystem::copy_file(folder.Path("empty"), BookPath());
     const auto sample = OpenToRead();

@@ -9,6 +9,7 @@
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/BookSalvage.h"
 #include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -243,7 +244,7 @@ TEST_F(BookSalvageTest, SaysThatABackupsCompanionFilesAreLost) {
 }
 
 TEST_F(BookSalvageTest, SaysThatABookOfTheFirstFormatHasNoChecksums) {
-  std::filesystem::copy_file(std::filesystem::path(SAMPLES) / "book-v1.tbk", BookPath(),
+  std::filesystem::copy_file(tallybook::testing::SampleBook("book-v1.tbk"), BookPath(),
                              std::filesystem::copy_options::overwrite_existing);
   const FigureMap sample = FiguresOf(*OpenToRead());
   EXPECT_THAT(Salvage().lost, Contains(Lost(FindingKind::kFile, "has no checksums")));
@@ -252,7 +253,7 @@ TEST_F(BookSalvageTest, SaysThatABookOfTheFirstFormatHasNoChecksums) {
 
 TEST_F(BookSalvageTest, SavesABookOfEachOlderFormatThatHasChecksums) {
   for (const char* name : {"book-v2.tbk", "book-v3.tbk"}) {
-    std::filesystem::copy_file(std::filesystem::path(SAMPLES) / name, BookPath(),
+    std::filesystem::copy_file(tallybook::testing::SampleBook(name), BookPath(),
                                std::filesystem::copy_options::overwrite_existing);
     const FigureMap sample = FiguresOf(*OpenToRead());
     EXPECT_THAT(Salvage().lost, IsEmpty());

@@ -10,6 +10,7 @@
 #include "tallybook/engine/Journal.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -25,7 +26,7 @@ using ::testing::IsEmpty;
 class BookUpgradeTest : public BookFixture {
  protected:
   void SetUp() override {
-    std::filesystem::copy_file(std::filesystem::path(SAMPLES) / "book-v1.tbk", BookPath());
+    std::filesystem::copy_file(tallybook::testing::SampleBook("book-v1.tbk"), BookPath());
     options.notice = [this](const Text& line) { notices.push_back(line); };
   }
 

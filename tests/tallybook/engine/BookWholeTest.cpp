@@ -11,6 +11,7 @@
 #include "tallybook/engine/Journal.h"
 #include "tallybook/engine/JournalNotes.h"
 #include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -173,7 +174,7 @@ TEST_F(BookWholeTest, CannotHoldAnother) {
 
 TEST_F(BookWholeTest, OfAnOlderBookBringsItUpToDateAndNoMore) {
   book->Close();
-  std::filesystem::copy_file(Text(SAMPLES) + "/book-v1.tbk", BookPath(),
+  std::filesystem::copy_file(tallybook::testing::SampleBook("book-v1.tbk"), BookPath(),
                              std::filesystem::copy_options::overwrite_existing);
   book = Open();
   before = FiguresOf(*book);

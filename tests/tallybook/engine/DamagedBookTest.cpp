@@ -4,6 +4,7 @@
 #include "tallybook/engine/BookFormat.h"
 #include "tallybook/engine/DamagedBook.h"
 #include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -21,7 +22,7 @@ class DamagedBookTest : public BookFixture {
     bytes = folder.Read("North.tbk");
   }
   void PutSample(const char* name) const {
-    std::filesystem::copy_file(std::filesystem::path(SAMPLES) / name, BookPath(),
+    std::filesystem::copy_file(tallybook::testing::SampleBook(name), BookPath(),
                                std::filesystem::copy_options::overwrite_existing);
   }
 

@@ -7,6 +7,7 @@
 #include "tallybook/engine/JournalNotes.h"
 #include "tallybook/engine/LoginName.h"
 #include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -214,7 +215,7 @@ TEST_F(JournalNotesTest, OfOlderBooksAreEmptyAndCanBeAddedOnceTheyAreBroughtUpTo
   book.reset();
   for (const char* sample : {"book-v1.tbk", "book-v2.tbk", "book-v3.tbk"}) {
     SCOPED_TRACE(sample);
-    std::filesystem::copy_file(std::filesystem::path(SAMPLES) / sample, BookPath(),
+    std::filesystem::copy_file(tallybook::testing::SampleBook(sample), BookPath(),
                                std::filesystem::copy_options::overwrite_existing);
     {
       const auto look = OpenToRead();

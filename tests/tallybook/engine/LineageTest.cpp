@@ -6,6 +6,7 @@
 #include "tallybook/engine/JournalTrim.h"
 #include "tallybook/engine/Lineage.h"
 #include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -152,7 +153,7 @@ TEST_F(LineageTest, TellsWhatBooksOfEachFormatTell) {
   for (const auto& [name, unknown_before] : {Sample{"book-v1.tbk", 4}, Sample{"book-v2.tbk", 1}}) {
     SCOPED_TRACE(name);
     book.reset();
-    std::filesystem::copy_file(std::filesystem::path(SAMPLES) / name, BookPath(),
+    std::filesystem::copy_file(tallybook::testing::SampleBook(name), BookPath(),
                                std::filesystem::copy_options::overwrite_existing);
     book = OpenToRead();
     const FigureHistory history = History(Day(2003, 1, 1) + 115, kSales);

@@ -10,6 +10,7 @@
 #include "tallybook/engine/Journal.h"
 #include "tallybook/engine/JournalNotes.h"
 #include "tests/tallybook/engine/BookFixture.h"
+#include "tests/tallybook/engine/SampleBook.h"
 
 namespace tallybook::testing {
 namespace {
@@ -19,7 +20,7 @@ using engine::JournalEntry;
 using engine::JournalState;
 
 std::filesystem::path Sample(const char* name) {
-  return std::filesystem::path(SAMPLES) / name;
+  return tallybook::testing::SampleBook(name);
 }
 
 // A listed figure: account number, date, field number, value.

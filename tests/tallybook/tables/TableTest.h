@@ -8,6 +8,7 @@
 
 #include "base/Dates.h"
 #include "tallybook/tables/ExportLibrary.h"
+#include "tests/support/Checkout.h"
 #include "tests/support/FailsWith.h"
 #include "tests/support/ScriptedPlatform.h"
 #include "tests/support/TempFolder.h"
@@ -85,7 +86,8 @@ class TableTest : public ::testing::Test {
 
   // What an independent reader finds in a file of the folder.
   [[nodiscard]] std::string Read(const Text& kind, const Text& name) const {
-    const std::string command = std::string(TABLE_READER) + " " + kind + " '" + folder_.Path(name) + "' 2>&1";
+    const std::string reader_script = testing::InCheckout("tests/tallybook/tables/read_table.py").string();
+    const std::string command = SYSTEM_PYTHON " '" + reader_script + "' " + kind + " '" + folder_.Path(name) + "' 2>&1";
     std::FILE* const reader = ::popen(command.c_str(), "r");
     std::string found;
     std::array<char, 4096> part;
