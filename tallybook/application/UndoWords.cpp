@@ -61,6 +61,34 @@ Text ChangedSinceWords(const engine::UndoOutcome& outcome, engine::UndoWay way) 
   return figures + (one ? ", and was put back as well" : ", and were put back as well");
 }
 
+Text WhyNotUndone(const std::vector<engine::JournalEntry>& entries, const engine::JournalEntry& entry) {
+  if (entry.state == engine::JournalState::kUndone) return "This entry has been undone already.";
+  if (!entry.keeps_images) return "This entry kept nothing from before, so it cannot be undone.";
+  auto undone = std::ranges::find(entries, entry.id, &engine::JournalEntry::id);
+  while (undone != entries.end() && undone->undoes != 0) {
+    undone = std::ranges::find(entries, undone->undoes, &engine::JournalEntry::id);
+  }
+  const bool of_lists = undone != entries.end() && undone->kind == engine::JournalKind::kLists;
+  if (!of_lists || entry.undoes == 0) return {};
+  return "This entry took a change of lists back; it cannot be undone itself.";
+}
+
+Text UndoQuestion(const engine::UndoOutcome& outcome) {
+  Text entries;
+  for (const engine::JournalEntry& entry : outcome.undone) {
+    const Text what = WhatRan(entry);
+    entries += fmt::format("{}{}{}", entries.empty() ? "" : "; ", entry.id, what.empty() ? what : ", " + what);
+  }
+  const bool one = outcome.undone.size() == 1;
+  const bool has_lists = std::ranges::any_of(
+      outcome.undone, [](const engine::JournalEntry& entry) { return entry.kind == engine::JournalKind::kLists; });
+  const Text figures = outcome.figures == 1 ? "1 figure goes back to what it was before."
+                                            : Counted(outcome.figures, "figure") + " go back to what they were before.";
+  return fmt::format("Undo journal {} {}?\r\n\r\n{}{} What was changed elsewhere since then stays.",
+                     one ? "entry" : "entries", entries, has_lists ? "The lists go back to what they were before. " : "",
+                     figures);
+}
+
 bool MayBeReversed(const engine::UndoOutcome& outcome) {
   return std::ranges::all_of(
       outcome.undone, [](const engine::JournalEntry& entry) { return entry.kind == engine::JournalKind::kImport; });

@@ -22,6 +22,13 @@ namespace tallybook::application {
 // of one that was, what became of these figures. Empty where there are none.
 [[nodiscard]] Text ChangedSinceWords(const engine::UndoOutcome& outcome, engine::UndoWay way);
 
+// Why an entry cannot be undone, as far as the journal's list tells it; empty where it may be. `entries` are all of them.
+[[nodiscard]] Text WhyNotUndone(const std::vector<engine::JournalEntry>& entries, const engine::JournalEntry& entry);
+
+// "Undo journal entry 3, import csv day.csv?", and in a second paragraph what that does: of one that was only looked at, and
+// that no figure stands in the way of.
+[[nodiscard]] Text UndoQuestion(const engine::UndoOutcome& outcome);
+
 // Whether the amounts of all of it can be taken out instead: it is imports alone.
 [[nodiscard]] bool MayBeReversed(const engine::UndoOutcome& outcome);
 

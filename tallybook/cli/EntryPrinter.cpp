@@ -1,14 +1,13 @@
 #include "tallybook/cli/EntryPrinter.h"
 
-#include <algorithm>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 
 #include "base/Dates.h"
 #include "tallybook/application/EntryDates.h"
 #include "tallybook/application/EntryFacts.h"
+#include "tallybook/application/EntryItems.h"
 #include "tallybook/application/EntryWords.h"
 #include "tallybook/application/FileFingerprint.h"
 #include "tallybook/cli/Lines.h"
@@ -64,12 +63,6 @@ nlohmann::ordered_json JsonOf(const engine::NotedEntry& noted) {
   return json;
 }
 
-Text JoinedPaths(const std::vector<engine::EntryFile>& files) {
-  Text paths;
-  for (const engine::EntryFile& file : files) paths += (paths.empty() ? "" : "; ") + file.path;
-  return paths;
-}
-
 Text Joined(const std::vector<Text>& texts) {
   Text joined;
   for (const Text& text : texts) joined += (joined.empty() ? "" : "; ") + text;
@@ -94,7 +87,7 @@ Text CsvLine(const engine::NotedEntry& noted) {
   Text line = fmt::format("{},{},{},{},{},{},{},{},{},{},{},{},{},{}", entry.id, entry.command, KindText(entry.kind),
                           DateTimeText(entry.time), dated ? dates.first : "", dated ? dates.last : "", StateText(entry),
                           CsvField(entry.what_ran), NumberOrNothing(entry.undoes), CsvField(noted.who),
-                          CsvField(JoinedPaths(noted.notes.files)), NumberOrNothing(facts.definition),
+                          CsvField(application::PathsOf(noted.notes.files)), NumberOrNothing(facts.definition),
                           CsvField(facts.math), CsvField(facts.options));
   for (const auto& [name, member] : application::NamedCounts()) {
     line += "," + (facts.counts.*member ? std::to_string(*(facts.counts.*member)) : Text());
@@ -116,58 +109,9 @@ void PrintTable(const std::vector<engine::NotedEntry>& entries) {
   table.Print();
 }
 
-void PrintItem(const Text& name, const Text& value) {
-  if (!value.empty()) PrintLine(fmt::format("  {:<11}{}", name, value));
-}
-
-// "12 read: 10 applied, 2 not mapped"; empty where an import of that kind counts no figures.
-Text FiguresText(const EntryFacts::Counts& counts) {
-  if (!counts.read) return "";
-  Text text = fmt::format("{} read: {} applied", WithCommas(*counts.read), WithCommas(counts.applied.value_or(0)));
-  if (counts.not_mapped.value_or(0) != 0) text += fmt::format(", {} not mapped", WithCommas(*counts.not_mapped));
-  if (counts.refused.value_or(0) != 0) text += fmt::format(", {} refused", WithCommas(*counts.refused));
-  if (counts.zeroed.value_or(0) != 0) text += fmt::format("; {} zeroed before", WithCommas(*counts.zeroed));
-  return text;
-}
-
-Text ReachText(const EntryFacts::Counts& counts) {
-  if (!counts.accounts) return "";
-  Text text = counts.records ? Counted(*counts.records, "record") + ", " : Text();
-  text += Counted(*counts.accounts, "account") + ", " + Counted(counts.fields.value_or(0), "field");
-  return text + ", " + Counted(counts.dates.value_or(0), "date");
-}
-
-Text DefinitionText(const EntryFacts& facts) {
-  if (facts.definition == 0) return "";
-  return facts.title.empty() ? std::to_string(facts.definition) : fmt::format("{}: {}", facts.definition, facts.title);
-}
-
-void PrintFile(const engine::EntryFile& file) {
-  PrintItem("File", file.size ? fmt::format("{}, {}", file.path, Counted(*file.size, "byte")) : file.path);
-  PrintItem("  XXH3", HexText(file.xxh3));
-  PrintItem("  SHA-256", HexText(file.sha256));
-}
-
 void PrintItems(const engine::NotedEntry& noted) {
-  const engine::JournalEntry& entry = noted.entry;
-  const EntryFacts facts = FactsOf(noted.notes.facts);
-  const application::EntryDates dates = application::EntryDatesOf(entry);
-  PrintHeading(fmt::format("Journal entry {}{}", entry.id, entry.what_ran.empty() ? "" : ": " + WhatRan(entry)));
-  PrintItem("Kind", KindText(entry.kind));
-  PrintItem("Command", std::to_string(entry.command));
-  PrintItem("Time", DateTimeText(entry.time));
-  PrintItem("Who", noted.who);
-  if (entry.first != kNoDate) PrintItem("Dates", fmt::format("{} to {}", dates.first, dates.last));
-  const bool open = entry.state == engine::JournalState::kOpen;
-  PrintItem("State", StateText(entry) + (open ? ": it failed or was cut off, and what it wrote stands" : ""));
-  PrintItem("Definition", DefinitionText(facts));
-  PrintItem("Math", facts.math);
-  PrintItem("Options", facts.options);
-  std::ranges::for_each(noted.notes.files, PrintFile);
-  PrintItem("Figures", FiguresText(facts.counts));
-  PrintItem("Reached", ReachText(facts.counts));
-  PrintItem("Result", facts.result);
-  for (const Text& warning : facts.warnings) PrintItem("Warning", warning);
+  PrintHeading(application::EntryHeading(noted));
+  for (const auto& [name, value] : application::ItemsOf(noted)) PrintLine(fmt::format("  {:<11}{}", name, value));
 }
 
 void PrintCsv(const std::vector<engine::NotedEntry>& entries) {

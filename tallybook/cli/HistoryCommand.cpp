@@ -1,12 +1,12 @@
 #include <fmt/format.h>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 
 #include "base/Dates.h"
-#include "host/FiscalCalendar.h"
+#include "tallybook/application/EntryItems.h"
 #include "tallybook/application/EntryWords.h"
+#include "tallybook/application/FigureOrigin.h"
 #include "tallybook/cli/BookLookUp.h"
 #include "tallybook/cli/Commands.h"
 #include "tallybook/cli/FigurePrinter.h"
@@ -14,8 +14,6 @@
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
-#include "tallybook/engine/JournalNotes.h"
-#include "tallybook/engine/Lineage.h"
 
 namespace tallybook::cli {
 
@@ -29,33 +27,16 @@ struct HistoryOptions {
   PrintForm form = PrintForm::kTable;
 };
 
-// The figure, and what the entries of its history tell besides.
-struct ToldHistory {
-  Long account = 0;
-  Text code;
-  Date date = kNoDate;
-  Integer field = 0;
-  engine::FigureHistory history;
-  std::map<Long, Text> users;
-  std::vector<std::vector<engine::EntryFile>> files;  // of each change
-};
-
-Text JoinedPaths(const std::vector<engine::EntryFile>& files) {
-  Text paths;
-  for (const engine::EntryFile& file : files) paths += (paths.empty() ? "" : "; ") + file.path;
-  return paths;
-}
+using application::FigureOrigin;
+using application::PathsOf;
 
 Text ValueText(const std::optional<Double>& value, const Text& otherwise) {
   return value ? ShortestText(*value) : otherwise;
 }
 
-void PrintTable(const ToldHistory& told) {
+void PrintTable(const FigureOrigin& told) {
   const engine::FigureHistory& history = told.history;
-  if (history.unknown_before != 0) {
-    PrintLine(fmt::format("Nothing is known of what stood before entry {}, which keeps no figures from before.",
-                          history.unknown_before));
-  }
+  if (history.unknown_before != 0) PrintLine(application::UnknownBeforeWords(history));
   if (!history.changes.empty()) {
     TextTable table({{"ID", Align::kRight},
                      {"Time"},
@@ -67,7 +48,7 @@ void PrintTable(const ToldHistory& told) {
     for (std::size_t index = 0; index < history.changes.size(); ++index) {
       const auto& [entry, before, after] = history.changes[index];
       table.AddRow({std::to_string(entry.id), DateTimeText(entry.time), application::StateText(entry),
-                    application::WhatRan(entry), JoinedPaths(told.files[index]), ValueText(before, "?"),
+                    application::WhatRan(entry), PathsOf(told.files[index]), ValueText(before, "?"),
                     ShortestText(after)});
     }
     table.Print();
@@ -78,20 +59,19 @@ void PrintTable(const ToldHistory& told) {
   PrintLine(stands + (untouched ? ", which no entry of the journal has changed" : ""));
 }
 
-void PrintCsv(const ToldHistory& told) {
+void PrintCsv(const FigureOrigin& told) {
   PrintAsItStands("entry,time,kind,state,what_ran,undoes,who,files,figure_before,figure_after\n");
   for (std::size_t index = 0; index < told.history.changes.size(); ++index) {
     const auto& [entry, before, after] = told.history.changes[index];
-    const auto who = told.users.find(entry.command);
     PrintAsItStands(fmt::format("{},{},{},{},{},{},{},{},{},{}\n", entry.id, DateTimeText(entry.time),
                                 application::KindText(entry.kind), application::StateText(entry),
                                 CsvField(entry.what_ran), entry.undoes == 0 ? "" : std::to_string(entry.undoes),
-                                CsvField(who == told.users.end() ? "" : who->second),
-                                CsvField(JoinedPaths(told.files[index])), ValueText(before, ""), ShortestText(after)));
+                                CsvField(told.WhoRan(told.history.changes[index])),
+                                CsvField(PathsOf(told.files[index])), ValueText(before, ""), ShortestText(after)));
   }
 }
 
-void PrintJson(const ToldHistory& told) {
+void PrintJson(const FigureOrigin& told) {
   const engine::FigureHistory& history = told.history;
   nlohmann::ordered_json json = {{"account", told.account},
                                  {"code", told.code},
@@ -109,9 +89,7 @@ void PrintJson(const ToldHistory& told) {
               {"state", application::StateText(entry)},
               {"what_ran", entry.what_ran}};
     if (entry.undoes != 0) change["undoes"] = entry.undoes;
-    if (const auto who = told.users.find(entry.command); who != told.users.end() && !who->second.empty()) {
-      change["who"] = who->second;
-    }
+    if (const Text who = told.WhoRan(history.changes[index]); !who.empty()) change["who"] = who;
     for (const engine::EntryFile& file : told.files[index]) change["files"].push_back(file.path);
     if (before) change["figure_before"] = *before;
     change["figure_after"] = after;
@@ -125,15 +103,7 @@ ExitStatus RunHistory(const HistoryOptions& options) {
   const Long account = AccountNumberOf(*book, options.code);
   NeedField(*book, options.field);
   NeedDate(*book, options.date);
-  const engine::JournalNotes notes(*book);
-  ToldHistory told;
-  told.account = account;
-  told.code = options.code;
-  told.date = book->FiscalCalendar().LevelDate(options.date, kOwnLevel);
-  told.field = options.field;
-  told.history = engine::Lineage(*book).Of(account, options.date, options.field);
-  told.users = notes.Users();
-  for (const engine::FigureChange& change : told.history.changes) told.files.push_back(notes.FilesOf(change.entry.id));
+  const FigureOrigin told = application::OriginOf(*book, account, options.date, options.field);
   switch (options.form) {
     case PrintForm::kTable:
       PrintTable(told);

@@ -52,9 +52,14 @@ std::vector<JournalEntry> Journal::Entries() const {
 std::vector<JournalEntry> Journal::Newest(const std::vector<JournalEntry>& all) const {
   const auto newest = std::find_if(all.rbegin(), all.rend(), IsLeft);
   if (newest == all.rend()) Refuse(book_, "the journal has nothing to undo");
+  return OfCommand(all, newest->command);
+}
+
+std::vector<JournalEntry> Journal::OfCommand(const std::vector<JournalEntry>& all, Long command) const {
   std::vector<JournalEntry> entries;
-  std::copy_if(newest, all.rend(), std::back_inserter(entries),
-               [&](const JournalEntry& entry) { return IsLeft(entry) && entry.command == newest->command; });
+  std::copy_if(all.rbegin(), all.rend(), std::back_inserter(entries),
+               [&](const JournalEntry& entry) { return IsLeft(entry) && entry.command == command; });
+  if (entries.empty()) Refuse(book_, "nothing is left to undo of command " + std::to_string(command));
   return entries;
 }
 
@@ -68,8 +73,9 @@ std::vector<JournalEntry> Journal::One(const std::vector<JournalEntry>& all, Lon
   return {*asked};
 }
 
-std::vector<JournalEntry> Journal::Asked(const std::vector<JournalEntry>& all, std::optional<Long> id) const {
-  return id ? One(all, *id) : Newest(all);
+std::vector<JournalEntry> Journal::Asked(const std::vector<JournalEntry>& all, const UndoRequest& request) const {
+  if (request.id) return One(all, *request.id);
+  return request.command ? OfCommand(all, *request.command) : Newest(all);
 }
 
 std::vector<JournalEntry> Journal::UndoNewest() {
@@ -97,7 +103,9 @@ std::vector<JournalEntry> Journal::UndoExactly(std::optional<Long> id) {
 
 BookDescription Journal::DescriptionAfterUndo(std::optional<Long> id) const {
   const std::vector<JournalEntry> all = Entries();
-  const std::vector<JournalEntry> undone = Asked(all, id);
+  UndoRequest request;
+  request.id = id;
+  const std::vector<JournalEntry> undone = Asked(all, request);
   CheckCanUndo(all, undone);
   StoredDescription description = book_.Stored();
   for (const JournalEntry& entry : undone) {
@@ -134,7 +142,7 @@ UndoOutcome Journal::TakeBack(const UndoRequest& request) {
   book_.RequireWritable();
   const std::vector<JournalEntry> all = Entries();
   UndoOutcome outcome;
-  outcome.undone = Asked(all, request.id);
+  outcome.undone = Asked(all, request);
   CheckCanUndo(all, outcome.undone);
   if (request.way == UndoWay::kReverse) CheckCanReverse(outcome.undone);
   std::vector<JournalEntry> figures;

@@ -34,10 +34,10 @@ class Journal {
   // All entries, oldest first. Failure 57 where the journal is damaged.
   [[nodiscard]] std::vector<JournalEntry> Entries() const;
 
-  // Takes back the newest command of which anything is not undone, all of its entries newest first, or one entry alone. Done
+  // Takes back what is asked for, of a command all entries newest first. Done
   // wholly or not at all, whatever ends the process meanwhile; what is not done leaves every figure as it was. The book has
   // no current record afterwards.
-  //   fails   5 where there is nothing to undo, for an id that is none or is undone, for an entry that keeps no images,
+  //   fails   5 where there is nothing to undo, for an id that is none or is undone, for a command of which nothing is left, for an entry that keeps no images,
   //           for the undo of a change of lists, where a later change of lists stands on one (the text names that one),
   //           where an account or the years that it wrote are gone, where what it added to the lists has figures since (the
   //           text counts them), and for kReverse where the amounts of an entry cannot be told, or it is no import; 6 where
@@ -57,8 +57,9 @@ class Journal {
  private:
   // The entries that are asked for, newest first.
   [[nodiscard]] std::vector<JournalEntry> Newest(const std::vector<JournalEntry>& all) const;
+  [[nodiscard]] std::vector<JournalEntry> OfCommand(const std::vector<JournalEntry>& all, Long command) const;
   [[nodiscard]] std::vector<JournalEntry> One(const std::vector<JournalEntry>& all, Long id) const;
-  [[nodiscard]] std::vector<JournalEntry> Asked(const std::vector<JournalEntry>& all, std::optional<Long> id) const;
+  [[nodiscard]] std::vector<JournalEntry> Asked(const std::vector<JournalEntry>& all, const UndoRequest& request) const;
   void CheckCanUndo(const std::vector<JournalEntry>& all, const std::vector<JournalEntry>& undone) const;
   void CheckCanReverse(const std::vector<JournalEntry>& undone) const;
   std::vector<JournalEntry> UndoExactly(std::optional<Long> id);

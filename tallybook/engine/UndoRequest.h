@@ -21,7 +21,10 @@ enum class UndoWay {
 };
 
 struct UndoRequest {
-  std::optional<Long> id;  // none: the newest command of which anything is not undone, but for undos
+  // One entry alone, or all entries of one command of which anything is not undone; with neither, those of the newest
+  // such command, but for undos.
+  std::optional<Long> id;
+  std::optional<Long> command = {};
   UndoWay way = UndoWay::kExact;
   bool only_look = false;  // finds all out, and changes nothing
   std::size_t most_listed = 100;

@@ -627,6 +627,16 @@ Integer FigurePane::CurrentAccount() const {
   return in_rows ? static_cast<Integer>(parts_->grid->currentIndex().row() + 1) : parts_->table->Choice().account;
 }
 
+std::optional<FigurePlace> FigurePane::CurrentRecord() const {
+  const QModelIndex index = parts_->grid->currentIndex();
+  if (!index.isValid()) return std::nullopt;
+  const FigurePlace place = parts_->table->PlaceOf(index.row(), index.column());
+  const engine::DateSpan unit = parts_->table->Units().At(place.unit);
+  const engine::DateSpan record = parts_->reader->CalendarRules().UnitOf(unit.last, kOwnLevel);
+  const bool is_record = unit.first == record.first && unit.last == record.last;
+  return is_record ? std::optional(place) : std::nullopt;
+}
+
 Integer FigurePane::CurrentField() const {
   const bool in_columns = !parts_->table->ColumnsAreDates() && parts_->grid->currentIndex().isValid();
   return in_columns ? static_cast<Integer>(parts_->grid->currentIndex().column() + 1) : parts_->table->Choice().field;

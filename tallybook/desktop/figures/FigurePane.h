@@ -5,6 +5,7 @@
 #include <QtWidgets/QWidget>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "host/HostApp.h"
 #include "tallybook/desktop/figures/BookReader.h"
@@ -38,6 +39,8 @@ class FigurePane final : public QWidget {
   // The account of the row that is current.
   [[nodiscard]] Integer CurrentAccount() const;
   [[nodiscard]] Integer CurrentField() const;
+  // What the current cell shows, where that is one record's figure; nothing for a sum, and where no cell is current.
+  [[nodiscard]] std::optional<FigurePlace> CurrentRecord() const;
 
   // While a conversation works on the book nothing can be typed, and the reader is at rest but for refreshes.
   void SetWritable(bool writable);

@@ -27,6 +27,7 @@
 #include "tallybook/application/ImportWays.h"
 #include "tallybook/application/JournalMark.h"
 #include "tallybook/application/OutputRules.h"
+#include "tallybook/application/UndoWords.h"
 #include "tallybook/desktop/forms/QtScreen.h"
 #include "tallybook/desktop/host/DesktopApp.h"
 #include "tallybook/desktop/host/DesktopFactory.h"
@@ -38,6 +39,7 @@
 #include "tallybook/desktop/host/QtPlatform.h"
 #include "tallybook/desktop/host/ReportWindow.h"
 #include "tallybook/desktop/host/RunBeside.h"
+#include "tallybook/desktop/host/UndoDialog.h"
 
 namespace tallybook::desktop {
 
@@ -76,13 +78,6 @@ bool LeadsTo(const application::SeenDefinition& definition, const Text& file) {
                              [&](const Text& match) { return IsSameFile(match, file); });
 }
 
-std::vector<Long> IdsOf(const std::vector<engine::JournalEntry>& entries) {
-  std::vector<Long> ids;
-  ids.reserve(entries.size());
-  for (const engine::JournalEntry& entry : entries) ids.push_back(entry.id);
-  return ids;
-}
-
 // The definitions that a file belongs to, or where there are none a new one with its name.
 void PointAt(ListWindow& list, const std::vector<application::SeenDefinition>& definitions, const Text& file,
              std::optional<PromptFiller>& filler) {
@@ -98,22 +93,6 @@ void PointAt(ListWindow& list, const std::vector<application::SeenDefinition>& d
   }
   filler.emplace(kFilePrompt, file);
   list.UserAdd();
-}
-
-// The newest first; the newest command where no entry is named.
-void TakeEachBack(engine::Book& book, const std::vector<Long>& ids) {
-  book.SetOperation(engine::JournalKind::kUndo, "journal undo");
-  engine::Journal journal(book);
-  if (ids.empty()) (void)journal.UndoNewest();
-  for (auto id = ids.rbegin(); id != ids.rend(); ++id) (void)journal.Undo(*id);
-}
-
-Text WhatWasTakenBack(const std::vector<engine::JournalEntry>& undone) {
-  Text words;
-  for (const engine::JournalEntry& entry : undone) {
-    words += (words.empty() ? "Taken back before that: journal entry " : ", ") + std::to_string(entry.undoes);
-  }
-  return words;
 }
 
 bool CanBeUndone(const engine::JournalEntry& entry) {
@@ -274,7 +253,7 @@ class Conversations::Run {
     const FormInstances& forms = TheForms();
     if (&form == forms.QDXImp.IfThere()) {
       addition.may_press = [this] { return watch_->MayImport(TheForms().QDXImp.IfThere()->Math()); };
-    } else if (&form == forms.Import.IfThere()) {
+    } else if (&form == forms.Import.IfThere() && list_ == nullptr) {  // the list asks with it for a new definition's file
       addition.may_press = [this] { return MayImportCsv(*TheForms().Import.IfThere()); };
     } else if (&form == forms.Delimited.IfThere()) {
       addition.may_press = [this] { return MayImportDelimited(*TheForms().Delimited.IfThere()); };
@@ -440,12 +419,11 @@ class Conversations::Run {
     for (const engine::JournalEntry& entry : entries) setting.changes.push_back(ChangeOf(entry));
     if (entries.empty()) setting.changes.emplace_back("No figure was changed.");
     for (const Text& left : watch_->LeftAlone()) setting.changes.push_back(left);
-    std::vector<engine::JournalEntry> undoable;
-    std::ranges::copy_if(entries, std::back_inserter(undoable), CanBeUndone);
-    if (undoable.empty()) return;
+    const auto undoable = std::ranges::find_if(entries, CanBeUndone);
+    if (undoable == entries.end()) return;
     // The report stays when the book has been closed, and with it what could take anything back.
-    setting.undo = [state = std::weak_ptr(shared_), ids = IdsOf(undoable)] {
-      if (const auto alive = state.lock()) return TakeBack(alive, ids).ran;
+    setting.undo = [state = std::weak_ptr(shared_), command = undoable->command] {
+      if (const auto alive = state.lock()) return TakeBack(alive, {.id = {}, .command = command}).ran;
       ShowMessage("The book that this report tells of has been closed. Its journal can take the import back.",
                   kExclamationIcon, kImportReport);
       return false;
@@ -584,15 +562,15 @@ ConversationResult Conversations::Definitions(const Text& file) {
 }
 
 ConversationResult Conversations::Undo(Long id) {
-  return TakeBack(state_, id == 0 ? std::vector<Long>() : std::vector<Long>{id});
+  return TakeBack(state_, {.id = id});
 }
 
-ConversationResult Conversations::UndoAll(const std::vector<Long>& ids) {
-  return ids.empty() ? ConversationResult() : TakeBack(state_, ids);
+ConversationResult Conversations::UndoCommand(Long command) {
+  return TakeBack(state_, {.id = {}, .command = command});
 }
 
 // On the book that a conversation has open, while its list waits for the user; else on one that is opened for it.
-ConversationResult Conversations::TakeBack(const std::shared_ptr<State>& state, const std::vector<Long>& ids) {
+ConversationResult Conversations::TakeBack(const std::shared_ptr<State>& state, engine::UndoRequest request) {
   ConversationResult result;
   Run* const run = state->run;
   const bool idle = run == nullptr || run->IsIdle();
@@ -601,33 +579,39 @@ ConversationResult Conversations::TakeBack(const std::shared_ptr<State>& state, 
                 kExclamationIcon);
     return result;
   }
-  const Text question =
-      "Undo puts every figure that was written back to what it was before. Changes that were made to other figures "
-      "since then stay.\r\n\r\nUndo the import now?";
-  QtMessageBoxes& boxes = state->means.platform.Boxes();
-  if (boxes.Tell(question, kOkCancel | kQuestionIcon, state->Title(), "") != kOk) return result;
   try {
     OpenedBook opened;
     if (run == nullptr) opened = state->opener.OpenToChange(state->book_path, &state->owner);
     engine::Book* const book = run == nullptr ? opened.book.get() : run->Book();
     if (book == nullptr) return result;
     const application::JournalMark mark(*book);
-    Text failure;
-    try {
-      TakeEachBack(*book, ids);
-      result.ran = true;
-    } catch (...) {
-      failure = CurrentFailure().Description();
-    }
-    // What was taken back before one could not be stays so.
+    book->SetOperation(engine::JournalKind::kUndo, "journal undo");
+    result.ran = AskAndTakeBack(*state, *book, request);
     result.entries = mark.Since();
     if (run == nullptr) opened.book->Close();
-    if (!result.ran) state->Tell(failure, kStopIcon, WhatWasTakenBack(result.entries));
   } catch (...) {
     state->Tell(CurrentFailure().Description(), kStopIcon);
   }
   if (result.ChangedFigures() && state->changed) state->changed();
   return result;
+}
+
+// The book is open to be changed from the look to the act, so that what was asked is what happens.
+bool Conversations::AskAndTakeBack(const State& state, engine::Book& book, engine::UndoRequest request) {
+  engine::Journal journal(book);
+  request.only_look = true;
+  request.most_listed = UndoDialog::kMostListed;
+  const engine::UndoOutcome look = journal.TakeBack(request);
+  if (look.changed_since == 0) {
+    if (state.Ask(application::UndoQuestion(look), kOkCancel | kQuestionIcon) != kOk) return false;
+  } else {
+    QWidget* const modal = QApplication::activeModalWidget();
+    const auto way = UndoDialog(book, journal.Entries(), look, modal == nullptr ? &state.owner : modal).Ask();
+    if (!way) return false;
+    request.way = *way;
+  }
+  request.only_look = false;
+  return journal.TakeBack(request).done;
 }
 
 bool Conversations::IsRunning() const {

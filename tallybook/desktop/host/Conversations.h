@@ -19,6 +19,7 @@
 
 #include "base/Types.h"
 #include "tallybook/engine/Journal.h"
+#include "tallybook/engine/UndoRequest.h"
 #include "tallybook/engine/WorkWatch.h"
 
 class QWidget;
@@ -66,10 +67,11 @@ class Conversations {
   // Ask for a text file and import it; `file` stands in the prompt where one is given.
   ConversationResult ImportCsv(const Text& file = "");
   ConversationResult ImportDelimited(const Text& file = "", bool allow_system_fields = false);
-  // Take back one entry of the journal, or with 0 the newest command, after a question. Within a conversation the book
+  // Take back one entry of the journal, or all that is left of a command. What that would do is found out first and asked:
+  // where figures have been changed since, with what is to become of them (UndoDialog.h). Within a conversation the book
   // that it works on is used, as long as nothing is being answered there; otherwise the user is told why not.
-  ConversationResult Undo(Long id = 0);
-  ConversationResult UndoAll(const std::vector<Long>& ids);
+  ConversationResult Undo(Long id);
+  ConversationResult UndoCommand(Long command);
 
   // What the application itself does with the book, as a conversation: opens it to look, or to change it, hands it over,
   // and closes it. What fails is told. `ran` is what the act gave; to refuse it tells why itself and gives false.
@@ -103,7 +105,8 @@ class Conversations {
   ConversationResult Start(bool imports, Converse converse);
   template <typename Converse>
   ConversationResult StartPlain(bool imports, Converse converse);
-  static ConversationResult TakeBack(const std::shared_ptr<State>& state, const std::vector<Long>& ids);
+  static ConversationResult TakeBack(const std::shared_ptr<State>& state, engine::UndoRequest request);
+  static bool AskAndTakeBack(const State& state, engine::Book& book, engine::UndoRequest request);
 
   std::shared_ptr<State> state_;
 };

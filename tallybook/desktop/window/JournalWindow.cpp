@@ -1,12 +1,10 @@
 #include "tallybook/desktop/window/JournalWindow.h"
 
-#include <QtGui/QStandardItemModel>
 #include <QtWidgets/QDialogButtonBox>
-#include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QPushButton>
-#include <QtWidgets/QStyledItemDelegate>
-#include <QtWidgets/QTreeView>
+#include <QtWidgets/QSplitter>
+#include <QtWidgets/QTextBrowser>
 #include <QtWidgets/QVBoxLayout>
 #include <algorithm>
 #include <utility>
@@ -14,35 +12,31 @@
 #include "base/Dates.h"
 #include "base/Failure.h"
 #include "tallybook/application/EntryDates.h"
+#include "tallybook/application/EntryItems.h"
 #include "tallybook/application/EntryWords.h"
 #include "tallybook/application/Shown.h"
+#include "tallybook/application/UndoWords.h"
+#include "tallybook/desktop/host/QtTexts.h"
+#include "tallybook/desktop/host/RowsView.h"
 
 namespace tallybook::desktop {
 
 namespace {
 
-constexpr int kLeastTarget = 24;
-
-// Rows that a pointer hits easily.
-class TallRows final : public QStyledItemDelegate {
- public:
-  using QStyledItemDelegate::QStyledItemDelegate;
-  [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-    const QSize usual = QStyledItemDelegate::sizeHint(option, index);
-    return {usual.width(), std::max(kLeastTarget, option.fontMetrics.height() * 3 / 2)};
-  }
-};
+constexpr int kNumberColumn = 0;
 
 QString DateIn(const engine::JournalEntry& entry, const Text& date, Date value, const LocaleStyle& style) {
   return date == "-" || entry.first == kNoDate ? QString() : ToQt(style.dates(value));
 }
 
-// Why an entry cannot be taken back, as far as its row tells; empty where it may be.
-QString WhyNot(const engine::JournalEntry& entry) {
-  if (entry.state == engine::JournalState::kUndone) return "This entry has been undone already.";
-  if (entry.kind == engine::JournalKind::kUndo) return "This entry took another one back; it cannot be undone itself.";
-  if (!entry.keeps_images) return "This entry kept no figures from before, so it cannot be undone.";
-  return {};
+// The items under each other, names in a column of their own; they hold names from elsewhere, which are no markup.
+QString PageOf(const engine::NotedEntry& noted) {
+  QString page = "<h4>" + ShownLine(application::EntryHeading(noted)).toHtmlEscaped() + "</h4><table>";
+  for (const auto& [name, value] : application::ItemsOf(noted)) {
+    page += QString("<tr><td>%1&nbsp;&nbsp;</td><td>%2</td></tr>")
+                .arg(ShownLine(name).toHtmlEscaped(), ShownLine(value).toHtmlEscaped());
+  }
+  return page + "</table>";
 }
 
 }  // namespace
@@ -52,83 +46,113 @@ JournalWindow::JournalWindow(QWidget* parent, BookReader& reader, const LocaleSt
       reader_(reader),
       style_(style),
       undo_(std::move(undo)),
-      list_(new QTreeView),
-      rows_(new QStandardItemModel(this)),
+      list_(new RowsView("Entries of the journal, newest first", this)),
+      details_(new QTextBrowser),
       hint_(new QLabel) {
   setWindowTitle("Journal");
-  hint_->setWordWrap(true);
-  list_->setModel(rows_);
-  list_->setItemDelegate(new TallRows(list_));
-  list_->setAccessibleName("Entries of the journal, newest first");
-  list_->setRootIsDecorated(false);
-  list_->setAlternatingRowColors(true);
-  list_->setUniformRowHeights(true);
-  list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
-  if (undo_) {
-    undo_button_ = buttons->addButton("&Undo This Entry", QDialogButtonBox::ActionRole);
-    undo_button_->setAutoDefault(false);
-    connect(undo_button_, &QPushButton::clicked, this, [this] { TakeBack(); });
-  }
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  auto* layout = new QVBoxLayout(this);
-  layout->addWidget(list_, 1);
-  layout->addWidget(hint_);
-  layout->addWidget(buttons);
-  buttons->button(QDialogButtonBox::Close)->setDefault(true);
-  resize(fontMetrics().height() * 52, fontMetrics().height() * 28);
+  LayOut();
+  Read();
   Fill();
-  connect(list_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] { Follow(); });
-  list_->setCurrentIndex(rows_->index(0, 0));
+  list_->OnRow([this] { Follow(); });
+  list_->GoTo(0);
   list_->setFocus();
   Follow();
 }
 
-void JournalWindow::Fill() {
-  rows_->clear();
-  rows_->setHorizontalHeaderLabels({"When", "What ran", "From", "To", "State"});
-  try {
-    reader_.Refresh();
-    entries_ = engine::Journal(reader_.Read()).Entries();
-  } catch (const Failure& failure) {
-    entries_.clear();
-    hint_->setText(ToQt(application::Shown(failure.Description())));
+void JournalWindow::LayOut() {
+  hint_->setObjectName("hint");
+  hint_->setWordWrap(true);
+  hint_->setTextFormat(Qt::PlainText);
+  details_->setObjectName("details");
+  details_->setAccessibleName("All that is kept of the entry");
+  details_->setOpenLinks(false);
+  details_->setTabChangesFocus(true);
+  auto* const parts = new QSplitter(Qt::Vertical);
+  parts->setChildrenCollapsible(false);
+  parts->addWidget(list_);
+  parts->addWidget(details_);
+  parts->setStretchFactor(0, 3);
+  parts->setStretchFactor(1, 2);
+  auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+  if (undo_) {
+    undo_button_ = buttons->addButton("&Undo This Entry\u2026", QDialogButtonBox::ActionRole);
+    undo_button_->setObjectName("undo");
+    undo_button_->setAutoDefault(false);
+    connect(undo_button_, &QPushButton::clicked, this, [this] { TakeBack(); });
   }
-  std::ranges::reverse(entries_);
-  for (const engine::JournalEntry& entry : entries_) {
-    const application::EntryDates dates = application::EntryDatesOf(entry);
-    const Date last = entry.last == kNoDate ? entry.first : entry.last;
-    QList<QStandardItem*> row;
-    for (const QString& text : {ToQt(DateTimeText(entry.time)), ToQt(application::Shown(application::WhatRan(entry))),
-                                DateIn(entry, dates.first, entry.first, style_),
-                                DateIn(entry, dates.last, last, style_), ToQt(application::StateText(entry))}) {
-      row << new QStandardItem(AsWritten(text));
-    }
-    rows_->appendRow(row);
-  }
-  for (int column = 0; column < rows_->columnCount(); ++column) list_->resizeColumnToContents(column);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  auto* const layout = new QVBoxLayout(this);
+  layout->addWidget(parts, 1);
+  layout->addWidget(hint_);
+  layout->addWidget(buttons);
+  buttons->button(QDialogButtonBox::Close)->setDefault(true);
+  resize(fontMetrics().height() * 56, fontMetrics().height() * 36);
 }
 
-const engine::JournalEntry* JournalWindow::Current() const {
-  const auto row = static_cast<std::size_t>(list_->currentIndex().row());
-  return list_->currentIndex().isValid() && row < entries_.size() ? &entries_[row] : nullptr;
+void JournalWindow::Read() {
+  entries_.clear();
+  plain_.clear();
+  try {
+    reader_.Refresh();
+    entries_ = engine::JournalNotes(reader_.Read()).Entries();
+  } catch (const Failure& failure) {
+    hint_->setText(ToQt(application::Shown(failure.Description())));
+  }
+  for (const engine::NotedEntry& noted : entries_) plain_.push_back(noted.entry);
+  std::ranges::reverse(entries_);
+}
+
+void JournalWindow::Fill() {
+  list_->SetColumns({"No.", "When", "Who", "What ran", "From", "To", "State"}, {kNumberColumn});
+  for (const auto& [entry, who, notes] : entries_) {
+    const application::EntryDates dates = application::EntryDatesOf(entry);
+    const Date last = entry.last == kNoDate ? entry.first : entry.last;
+    list_->AddRow({QString::number(entry.id), ToQt(DateTimeText(entry.time)), ShownLine(who),
+                   ShownLine(application::WhatRan(entry)), DateIn(entry, dates.first, entry.first, style_),
+                   DateIn(entry, dates.last, last, style_), ToQt(application::StateText(entry))});
+  }
+  list_->FitColumns();
+}
+
+const engine::NotedEntry* JournalWindow::Current() const {
+  const int row = list_->CurrentRow();
+  return row >= 0 && row < static_cast<int>(entries_.size()) ? &entries_[static_cast<std::size_t>(row)] : nullptr;
+}
+
+QString JournalWindow::WhyNot(const engine::NotedEntry& noted) const {
+  return ToQt(application::WhyNotUndone(plain_, noted.entry));
 }
 
 void JournalWindow::Follow() {
-  const engine::JournalEntry* entry = Current();
-  if (entries_.empty()) hint_->setText("Nothing has changed figures yet. Imports and typed figures are listed here.");
-  if (entry != nullptr) hint_->setText(WhyNot(*entry));
-  if (undo_button_ != nullptr) undo_button_->setEnabled(entry != nullptr && WhyNot(*entry).isEmpty());
+  const engine::NotedEntry* const noted = Current();
+  if (entries_.empty() && hint_->text().isEmpty()) {
+    hint_->setText("Nothing has changed figures yet. Imports and typed figures are listed here.");
+  }
+  if (noted != nullptr) {
+    const bool open = noted->entry.state == engine::JournalState::kOpen;
+    const QString not_finished = "This entry was not finished. What it wrote by then stands, and can be undone.";
+    const QString why_not = WhyNot(*noted);
+    hint_->setText(why_not.isEmpty() && open ? not_finished : why_not);
+  }
+  details_->setHtml(noted == nullptr ? QString() : PageOf(*noted));
+  if (undo_button_ != nullptr) undo_button_->setEnabled(noted != nullptr && WhyNot(*noted).isEmpty());
 }
 
+void JournalWindow::ShowEntry(Long id) {
+  const auto found =
+      std::ranges::find_if(entries_, [id](const engine::NotedEntry& noted) { return noted.entry.id == id; });
+  if (found != entries_.end()) list_->GoTo(static_cast<int>(found - entries_.begin()));
+}
+
+// The entry stays the one that is looked at; its undo stands above it.
 void JournalWindow::TakeBack() {
-  const engine::JournalEntry* entry = Current();
-  if (entry == nullptr) return;
-  if (!undo_(*entry)) return;
-  const int row = list_->currentIndex().row();
+  const engine::NotedEntry* const noted = Current();
+  if (noted == nullptr) return;
+  const engine::JournalEntry entry = noted->entry;
+  if (!undo_(entry)) return;
+  Read();
   Fill();
-  list_->setCurrentIndex(
-      rows_->index(std::min(row + 1, rows_->rowCount() - 1), 0));  // behind the entry that the undo left
+  ShowEntry(entry.id);
   Follow();
 }
 

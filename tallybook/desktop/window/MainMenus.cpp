@@ -67,7 +67,7 @@ void BuildEditMenu(QMenuBar& bar, const MenuActs& acts, MainMenus& menus) {
     action->setShortcutContext(Qt::WidgetShortcut);
     return action;
   };
-  add_for_table("&Copy", QKeySequence::Copy, acts.copy);
+  menus.copy = add_for_table("&Copy", QKeySequence::Copy, acts.copy);
   Add(menu, "Copy with &Heads", QKeySequence("Ctrl+Shift+C"), acts.copy_with_heads);
   menus.paste = add_for_table("&Paste", QKeySequence::Paste, acts.paste);
   menus.clear = add_for_table("C&lear", QKeySequence::Delete, acts.clear);
@@ -108,6 +108,8 @@ void BuildFiguresMenu(QMenuBar& bar, const MenuActs& acts, MainMenus& menus) {
   menu.addSeparator();
   Add(menu, "&Previous Account", QKeySequence("Ctrl+PgUp"), [act = acts.move_account] { act(-1); });
   Add(menu, "&Next Account", QKeySequence("Ctrl+PgDown"), [act = acts.move_account] { act(1); });
+  menu.addSeparator();
+  menus.origin = Add(menu, "&Where Does This Come From?", QKeySequence("Ctrl+H"), acts.origin);
 }
 
 void BuildExchangeMenu(QMenuBar& bar, const MenuActs& acts, MainMenus& menus) {

@@ -20,7 +20,7 @@ struct MenuActs {
   std::function<void()> copy_chart, save_chart, refresh, next_pane, last_pane;
   std::function<void(int steps)> go;
   std::function<void(int rows)> move_account;
-  std::function<void()> today, go_to_date;
+  std::function<void()> today, go_to_date, origin;
   // What needs conversations; left out of the menus where there are none.
   std::function<void()> export_file, export_table, definitions, import_csv, import_delimited;
   std::function<void()> lists, back_up, check, restore, compact, salvage;
@@ -35,9 +35,11 @@ struct MainMenus {
   QList<QAction*> work_on_book;  // lists and care; empty where there are no conversations
   QAction* close_book = nullptr;
   QAction* undo = nullptr;
+  QAction* copy = nullptr;
   QAction* paste = nullptr;
   QAction* clear = nullptr;
   QAction* views[3] = {};
+  QAction* origin = nullptr;  // of the current figure
   QAction* chart = nullptr;
   QAction* year_before = nullptr;
   // All that wants an open book.

@@ -35,6 +35,7 @@
 #include "tallybook/desktop/host/Conversations.h"
 #include "tallybook/desktop/host/DesktopApp.h"
 #include "tallybook/desktop/host/QtPlatform.h"
+#include "tallybook/desktop/host/QtTexts.h"
 #include "tallybook/desktop/host/SaveWhole.h"
 #include "tallybook/desktop/window/AccountPane.h"
 #include "tallybook/desktop/window/CareActs.h"
@@ -45,6 +46,7 @@
 #include "tallybook/desktop/window/ListsWindow.h"
 #include "tallybook/desktop/window/MainMenus.h"
 #include "tallybook/desktop/window/NewBookWizard.h"
+#include "tallybook/desktop/window/OriginWindow.h"
 #include "tallybook/desktop/window/SettingsDialog.h"
 #include "tallybook/desktop/window/StartPage.h"
 
@@ -100,7 +102,9 @@ class MainWindow::Parts {
   void NewBook();
   void AskForBook();
   void AskForDate();
-  void Journal();
+  // Goes to an entry, where one is named.
+  void Journal(QWidget& over, Long first_shown = 0);
+  void Origin();
   void Lists();
   void Undo();
   void Care(void (CareActs::*act)());
@@ -175,7 +179,7 @@ MenuActs MainWindow::Parts::Acts() {
   acts.new_book = [this] { NewBook(); };
   acts.open_book = [this] { AskForBook(); };
   acts.example = [this] { window.OpenExample(); };
-  acts.journal = [this] { Journal(); };
+  acts.journal = [this] { Journal(window); };
   acts.settings = [this] { Settings(); };
   acts.close_book = [this] { window.CloseBook(); };
   acts.quit = [this] { window.close(); };
@@ -203,6 +207,7 @@ MenuActs MainWindow::Parts::Acts() {
   acts.move_account = [this](int rows) { accounts->Move(rows); };
   acts.today = [this] { figures->GoToDate(std::floor(Now())); };
   acts.go_to_date = [this] { AskForDate(); };
+  acts.origin = [this] { Origin(); };
   if (means != nullptr) {
     acts.definitions = [this] { Converse([](Conversations& run) { return run.Definitions(); }); };
     acts.import_csv = [this] { Converse([](Conversations& run) { return run.ImportCsv(); }); };
@@ -259,6 +264,8 @@ void MainWindow::Parts::BuildPages() {
                                                        : window.statusBar()->showMessage(words, kMessageTime);
   });
   figures->OnAskDate([this] { AskForDate(); });
+  figures->Grid().setContextMenuPolicy(Qt::ActionsContextMenu);
+  figures->Grid().addActions({menus.copy, menus.paste, menus.clear, menus.origin});
 }
 
 void MainWindow::Parts::BuildStatus() {
@@ -536,16 +543,42 @@ void MainWindow::Parts::AskForDate() {
   if (dialog.exec() == QDialog::Accepted && dialog.Chosen()) figures->GoToDate(*dialog.Chosen());
 }
 
-void MainWindow::Parts::Journal() {
+void MainWindow::Parts::Journal(QWidget& over, Long first_shown) {
   JournalWindow::Undo undo;
   if (conversations != nullptr) {
     undo = [this](const engine::JournalEntry& entry) {
       return Converse([&](Conversations& run) { return run.Undo(entry.id); });
     };
   }
-  JournalWindow journal(&window, *reader, style, undo);
+  JournalWindow journal(&over, *reader, style, undo);
+  if (first_shown != 0) journal.ShowEntry(first_shown);
   journal.exec();
   figures->LookAgain();
+}
+
+// The history is that of one record: a sum has as many as it adds up.
+void MainWindow::Parts::Origin() {
+  if (!figures->HasBook()) return;
+  figures->TakeWhatIsTyped();
+  const std::optional<FigurePlace> place = figures->CurrentRecord();
+  if (!place) {
+    return window.Tell("This figure adds up several of the book. Choose the book's own level to ask where one of them "
+                       "comes from.");
+  }
+  try {
+    const FigureTable& table = figures->Table();
+    const engine::AccountDescription& account = table.Account(place->account);
+    const engine::FieldDescription& field = table.Field(place->field);
+    const Date date = table.DateOf(*place);
+    reader->Refresh();
+    const application::FigureOrigin origin = application::OriginOf(reader->Read(), account.number, date, field.number);
+    const QString figure = QString("%1 %2, %3, %4")
+                               .arg(ShownLine(account.code), ShownLine(account.description),
+                                    ShownLine(field.description), ToQt(style.dates(date)));
+    OriginWindow(&window, style, figure, origin, [this](Long entry, QWidget& over) { Journal(over, entry); }).exec();
+  } catch (...) {
+    window.Tell(ToQt(Shown(CurrentFailure().Description())));
+  }
 }
 
 // --- Data exchange ---------------------------------------------------------------------------------------------------

@@ -64,6 +64,34 @@ TEST(UndoWords, OfferToReverseImportsAlone) {
   EXPECT_FALSE(MayBeReversed(Outcome(false, {kImport, kSet}, 1)));
 }
 
+TEST(UndoWords, SayWhyAnEntryCannotBeUndone) {
+  std::vector<JournalEntry> entries = {
+      Entry(1, JournalKind::kImport, "import csv day.csv"), Entry(2, JournalKind::kUndo, "journal undo"),
+      Entry(3, JournalKind::kLists, "account add"), Entry(4, JournalKind::kUndo, "journal undo")};
+  entries[0].state = engine::JournalState::kUndone;
+  entries[1].undoes = 1;
+  entries[3].undoes = 3;
+  EXPECT_EQ(WhyNotUndone(entries, entries[0]), "This entry has been undone already.");
+  EXPECT_EQ(WhyNotUndone(entries, entries[1]), "");
+  EXPECT_EQ(WhyNotUndone(entries, entries[2]), "");
+  EXPECT_EQ(WhyNotUndone(entries, entries[3]), "This entry took a change of lists back; it cannot be undone itself.");
+  entries[2].keeps_images = false;
+  EXPECT_EQ(WhyNotUndone(entries, entries[2]), "This entry kept nothing from before, so it cannot be undone.");
+}
+
+TEST(UndoWords, AskWithTheEntriesAndWhatGoesBack) {
+  UndoOutcome outcome = Outcome(false, {kImport}, 0);
+  outcome.figures = 1200;
+  EXPECT_EQ(UndoQuestion(outcome),
+            "Undo journal entry 3, import qdx #1?\r\n\r\n1,200 figures go back to what they were before. What was "
+            "changed elsewhere since then stays.");
+  outcome.undone.push_back(Entry(2, JournalKind::kLists, ""));
+  outcome.figures = 1;
+  EXPECT_EQ(UndoQuestion(outcome),
+            "Undo journal entries 3, import qdx #1; 2?\r\n\r\nThe lists go back to what they were before. 1 figure "
+            "goes back to what it was before. What was changed elsewhere since then stays.");
+}
+
 TEST_F(UndoWordsTest, TellAFigureInCells) {
   const auto book = CreateAndOpen();
   const engine::ChangedSince figure = {.entry = 2,

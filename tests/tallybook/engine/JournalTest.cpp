@@ -226,6 +226,25 @@ TEST_F(JournalTest, TakesBackTheRestOfACommandOfWhichOneEntryIsUndone) {
   EXPECT_EQ(FiguresOf(*book), before);
 }
 
+TEST_F(JournalTest, TakesBackAllEntriesOfACommandWhateverCameLater) {
+  const FigureMap before = FiguresOf(*book);
+  book->SetOperationName("import qdx all");
+  Change(Day(2003, 5, 5), 20);
+  Change(Day(2003, 5, 6), 30);
+  Change(Day(2003, 5, 5), 40);
+  book->SetOperationName("import csv later.csv");
+  Change(Day(2003, 5, 7), 50);
+  const Long command = Entries()[0].command;
+  const auto outcome = Journal(*book).TakeBack({.id = {}, .command = command});
+  EXPECT_TRUE(outcome.done);
+  EXPECT_THAT(outcome.undone, SizeIs(3));
+  FigureMap expected = before;
+  expected[{kShop, Day(2003, 5, 7), kSales}] = 50;
+  EXPECT_EQ(FiguresOf(*book), expected);
+  EXPECT_THAT([&] { (void)Journal(*book).TakeBack({.id = {}, .command = command}); },
+              FailsWith(FailureNumber::kInvalidArgument));
+}
+
 TEST_F(JournalTest, LeavesAnEntryForEachEntryThatWasTakenBack) {
   book->SetOperationName("import qdx all");
   Change(Day(2003, 5, 5), 20);
