@@ -85,8 +85,8 @@ Text UndoQuestion(const engine::UndoOutcome& outcome) {
   const Text figures = outcome.figures == 1 ? "1 figure goes back to what it was before."
                                             : Counted(outcome.figures, "figure") + " go back to what they were before.";
   return fmt::format("Undo journal {} {}?\r\n\r\n{}{} What was changed elsewhere since then stays.",
-                     one ? "entry" : "entries", entries, has_lists ? "The lists go back to what they were before. " : "",
-                     figures);
+                     one ? "entry" : "entries", entries,
+                     has_lists ? "The lists go back to what they were before. " : "", figures);
 }
 
 bool MayBeReversed(const engine::UndoOutcome& outcome) {

@@ -11,7 +11,8 @@ struct FormAddition {
   // Asked when the user presses the main button; where it gives false nothing happens. Empty for no question.
   std::function<bool()> may_press = {};
   QString caption = {};  // of the button; empty: there is none
-  std::function<void()> act = {};
+  // Done when it is pressed; where it gives true the main button is pressed behind it.
+  std::function<bool()> act = {};
 };
 
 }  // namespace tallybook::desktop

@@ -85,7 +85,7 @@ QPushButton* SaveButtonsBinder::Add(FormAddition addition) {
   added_->setAutoDefault(false);
   constexpr int kBehindMain = 1;
   static_cast<QHBoxLayout*>(Widget().layout())->insertWidget(kBehindMain, added_);
-  QObject::connect(added_, &QPushButton::clicked, &Receiver(), [this] { User(addition_.act); });
+  QObject::connect(added_, &QPushButton::clicked, &Receiver(), [this] { PressAdded(); });
   return added_;
 }
 
@@ -136,7 +136,7 @@ bool SaveButtonsBinder::TakeKey(const KeyPress& press) {
 bool SaveButtonsBinder::TakeEnter() {
   const QPushButton* const at = Row()[Place()];
   if (at == added_ && added_ != nullptr) {
-    User(addition_.act);
+    PressAdded();
   } else {
     Press(at == &cancel_);
   }
@@ -155,6 +155,12 @@ void SaveButtonsBinder::Press(bool cancel) {
 void SaveButtonsBinder::PressMain() {
   User([&buttons = buttons_, may_press = addition_.may_press] {
     if (!may_press || may_press()) buttons.UserClick(SaveButtons::kMainButton);
+  });
+}
+
+void SaveButtonsBinder::PressAdded() {
+  User([&buttons = buttons_, addition = addition_] {
+    if (addition.act() && (!addition.may_press || addition.may_press())) buttons.UserClick(SaveButtons::kMainButton);
   });
 }
 

@@ -54,6 +54,7 @@ class SaveButtonsBinder : public ControlBinder {
   [[nodiscard]] std::size_t Place() const;
   bool Move(bool backwards);
   void PressMain();
+  void PressAdded();
 
   SaveButtons& buttons_;
   QPushButton& main_;

@@ -35,6 +35,8 @@
 #include "tallybook/desktop/host/ImportWatch.h"
 #include "tallybook/desktop/host/LineEndQuestion.h"
 #include "tallybook/desktop/host/OpenBook.h"
+#include "tallybook/desktop/host/PreviewRun.h"
+#include "tallybook/desktop/host/PreviewWindow.h"
 #include "tallybook/desktop/host/PromptFiller.h"
 #include "tallybook/desktop/host/QtPlatform.h"
 #include "tallybook/desktop/host/ReportWindow.h"
@@ -49,6 +51,7 @@ constexpr Integer kDefinitionDataType = 1;
 constexpr const char* kFilePrompt = "frmImport";
 constexpr const char* kDelimitedPrompt = "frmDelimited";
 constexpr const char* kImportReport = "QDX Import Report";
+constexpr const char* kWordsOfCancel = "What was stored so far stays; the journal can take it back.";
 constexpr Integer kImportOne = 1;  // of the list's action buttons
 constexpr Integer kImportAll = 2;
 constexpr int kLookEvery = 100;  // at what is to be closed, in milliseconds
@@ -207,6 +210,19 @@ class Conversations::Run {
     system_fields_ = system_fields;
   }
 
+  // A look at what the import of all definitions would do; whether the user wants it done. Files that would be left alone are
+  // so here, too.
+  bool PreviewAll() {
+    watch_->LeaveKnownAlone();
+    const PreviewRun* running = nullptr;
+    const application::FilesLeftAlone hidden(
+        watch_->Known(), [&running] { return running == nullptr ? Integer{0} : running->DefinitionAtWork(); });
+    return Preview([&running](PreviewRun& run) {
+      running = &run;
+      run.RunAllDefinitions();
+    });
+  }
+
   // The list waits for the user, and nothing stands over it.
   [[nodiscard]] bool IsIdle() const {
     return list_ != nullptr && !list_->IsBusy() && ModalDepth() == 0 && book_ != nullptr;
@@ -253,12 +269,60 @@ class Conversations::Run {
     const FormInstances& forms = TheForms();
     if (&form == forms.QDXImp.IfThere()) {
       addition.may_press = [this] { return watch_->MayImport(TheForms().QDXImp.IfThere()->Math()); };
-    } else if (&form == forms.Import.IfThere() && list_ == nullptr) {  // the list asks with it for a new definition's file
+      addition.act = [this] { return PreviewDefinition(TheForms().QDXImp.IfThere()->Math()); };
+    } else if (&form == forms.Import.IfThere() &&
+               list_ == nullptr) {  // the list asks with it for a new definition's file
       addition.may_press = [this] { return MayImportCsv(*TheForms().Import.IfThere()); };
+      addition.act = [this] { return PreviewCsv(TheForms().Import.IfThere()->NamedFile()); };
     } else if (&form == forms.Delimited.IfThere()) {
       addition.may_press = [this] { return MayImportDelimited(*TheForms().Delimited.IfThere()); };
+      addition.act = [this] { return PreviewDelimited(*TheForms().Delimited.IfThere()); };
     }
+    if (addition.act) addition.caption = "&Preview";
     return addition;
+  }
+
+  // --- Previews: each gives whether the user wants the import done ----------------------------------------------------
+
+  bool PreviewDefinition(Integer math) {
+    const CDataExchange* const exchange = state_.means.factory.Exchange();
+    const Integer number = exchange == nullptr ? Integer{0} : exchange->FileNum();
+    return Preview([&](PreviewRun& run) { run.RunDefinition(number, math); });
+  }
+  bool PreviewCsv(const Text& file) {
+    return IsThere(file) && Preview([&](PreviewRun& run) { run.RunCsv(file); });
+  }
+  bool PreviewDelimited(const frmDelimited& prompt) {
+    const Text file = prompt.Text1.Text();
+    const application::DelimitedWay way = WayOf(prompt);
+    return IsThere(file) && Preview([&](PreviewRun& run) { run.RunDelimited(file, way); });
+  }
+
+  bool IsThere(const Text& file) const {
+    if (!file.empty() && FileExists(file)) return true;
+    state_.Tell(
+        file.empty() ? Text("Name the file first that is to be looked at.") : "File: " + file + " does not exist.",
+        kInformationIcon);
+    return false;
+  }
+
+  template <typename Import>
+  bool Preview(Import import) {
+    ProgressWindow& progress = state_.means.platform.Progress();
+    progress.SetCancelWords("Nothing has been changed.");
+    bool wants_import = false;
+    try {
+      PreviewRun run({.platform = state_.means.platform, .app = state_.means.app, .rules = rules_}, *book_);
+      import(run);
+      progress.Hide();
+      QWidget* const modal = QApplication::activeModalWidget();
+      QWidget* const over = modal == nullptr ? QApplication::activeWindow() : modal;
+      wants_import = PreviewWindow(run, *book_, over == nullptr ? &state_.owner : over).WantsImport();
+    } catch (...) {
+      state_.Tell(CurrentFailure().Description(), kStopIcon);
+    }
+    progress.SetCancelWords(kWordsOfCancel);
+    return wants_import;
   }
 
   bool MayImportCsv(const frmImport& prompt) {
@@ -268,13 +332,15 @@ class Conversations::Run {
   // Line ends that the import does not take are asked about when it opens the file; there is no other way to read it.
   bool MayImportDelimited(const frmDelimited& prompt) {
     const Text file = prompt.Text1.Text();
-    const bool any_line_end = line_ends_ != nullptr && line_ends_->IsAskedAbout(file);
-    return MayImportText("import delimited", file,
-                         application::WayOfDelimited({.math = static_cast<eMath>(ComboItemTag(prompt.cmbMath)),
-                                                      .date_order = ToInteger(ComboItemTag(prompt.cmbDate)),
-                                                      .date_parts = !prompt.chkDate.Checked(),
-                                                      .system_fields = system_fields_,
-                                                      .any_line_end = any_line_end}));
+    return MayImportText("import delimited", file, application::WayOfDelimited(WayOf(prompt)));
+  }
+
+  [[nodiscard]] application::DelimitedWay WayOf(const frmDelimited& prompt) const {
+    return {.math = static_cast<eMath>(ComboItemTag(prompt.cmbMath)),
+            .date_order = ToInteger(ComboItemTag(prompt.cmbDate)),
+            .date_parts = !prompt.chkDate.Checked(),
+            .system_fields = system_fields_,
+            .any_line_end = line_ends_ != nullptr && line_ends_->IsAskedAbout(prompt.Text1.Text())};
   }
 
   // A file that is not there is for the import to tell of. The one that may be imported is a command of its own.
@@ -314,7 +380,7 @@ class Conversations::Run {
     platform.Progress().Forget();
     platform.Progress().SetCancelWords(kind_ == Kind::kExport
                                            ? "The file then holds only what was written so far, and you are told so."
-                                           : "What was stored so far stays; the journal can take it back.");
+                                           : kWordsOfCancel);
     if (kind_ == Kind::kExport) PrepareOutputs();
     if (kind_ == Kind::kImport) WatchImports();
     // What waits to be told goes into the next box of the component, which has no room for it, or is told by itself.
@@ -551,6 +617,8 @@ ConversationResult Conversations::Definitions(const Text& file) {
     std::optional<PromptFiller> filler;
     state_->means.factory.SetListListener([&](ListWindow& list) {
       run.SetList(&list);
+      list.SetAddition(
+          "Preview ALL", [&run] { return run.PreviewAll(); }, kImportAll);
       if (file.empty()) return;
       list.SetOnShown([&](ListWindow& shown) { PointAt(shown, definitions, file, filler); });
     });

@@ -62,6 +62,8 @@ class ImportWatch {
 
   // The run is over: its entries get what came of it. Nothing where none has begun.
   void EndRun();
+  // The files that the next run is to leave alone.
+  [[nodiscard]] const std::vector<application::FilesLeftAlone::OfDefinition>& Known() const { return left_; }
   // What is to be told of the files that the last run has left alone, a line each.
   [[nodiscard]] const std::vector<Text>& LeftAlone() const { return told_; }
 

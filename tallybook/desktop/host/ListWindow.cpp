@@ -124,6 +124,23 @@ class ListWindow::Frame : public QWidget {
       actions_[i]->setAccessibleName(captions_[i]);
       actions_[i]->setVisible(!captions_[i].isEmpty());
     }
+    added_->setText(WithMnemonic(added_caption_, taken));
+  }
+
+  void SetAddition(const Text& caption, std::function<bool()> act, Integer action) {
+    added_caption_ = ShownLine(caption);
+    added_->setText(PlainCaption(caption));
+    added_->setAccessibleName(added_caption_);
+    added_->setVisible(true);
+    connect(added_, &QPushButton::clicked, this, [this, act = std::move(act), action] {
+      if (busy_ > 0) return;
+      bool goes_on = false;
+      {
+        const Busy busy(*this);
+        goes_on = act();
+      }
+      if (goes_on) UserAct(action - 1);
+    });
   }
 
   void Point(const std::vector<Text>& keys, const Text& note) {
@@ -354,6 +371,8 @@ class ListWindow::Frame : public QWidget {
     for (std::size_t i = 0; i < actions_.size(); ++i)
       actions_[i] = MakeButton("", QStringLiteral("action%1").arg(i + 1));
     for (QPushButton* const action : actions_) action->hide();
+    added_ = MakeButton("", "added");
+    added_->hide();
     close_ = MakeButton(tr("&Close"), "close");
   }
 
@@ -371,6 +390,7 @@ class ListWindow::Frame : public QWidget {
     for (QPushButton* const button : {add_, edit_, delete_}) buttons->addWidget(button);
     buttons->addSpacing(4 * unit);
     for (QPushButton* const button : actions_) buttons->addWidget(button);
+    buttons->addWidget(added_);
     buttons->addStretch(1);
     buttons->addWidget(close_);
     auto* const left = new QVBoxLayout;
@@ -553,9 +573,11 @@ class ListWindow::Frame : public QWidget {
   QPushButton* add_ = nullptr;
   QPushButton* edit_ = nullptr;
   QPushButton* delete_ = nullptr;
+  QPushButton* added_ = nullptr;
   QPushButton* close_ = nullptr;
   std::array<QPushButton*, kActionButtons> actions_{};
   std::array<QString, kActionButtons> captions_;
+  QString added_caption_;
   QTimer poll_;
   QTimer show_rows_;
   QTimer forget_typed_;
@@ -666,6 +688,10 @@ Text ListWindow::SelectedKey() const {
 
 void ListWindow::SetOnShown(std::function<void(ListWindow&)> act) {
   frame_->on_shown_ = std::move(act);
+}
+
+void ListWindow::SetAddition(const Text& caption, std::function<bool()> act, Integer action) {
+  frame_->SetAddition(caption, std::move(act), action);
 }
 
 void ListWindow::Point(const std::vector<Text>& keys, const Text& note) {

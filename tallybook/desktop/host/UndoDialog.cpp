@@ -60,7 +60,8 @@ UndoDialog::UndoDialog(const engine::Book& book, const std::vector<engine::Journ
   choices->setHorizontalSpacing(fontMetrics().height());
   choices->setColumnStretch(1, 1);
   layout->addLayout(choices);
-  AddChoice(*choices, engine::UndoWay::kSkip, "skip", "&Leave These", "They stay as they are; everything else goes back.");
+  AddChoice(*choices, engine::UndoWay::kSkip, "skip", "&Leave These",
+            "They stay as they are; everything else goes back.");
   AddChoice(*choices, engine::UndoWay::kForce, "force", "&Put Back as Well",
             "They too become what they were before; what was done to them since is lost.");
   if (application::MayBeReversed(outcome)) {

@@ -27,7 +27,8 @@ class UndoDialog final : public QDialog {
   [[nodiscard]] std::optional<engine::UndoWay> Ask();
 
  private:
-  void AddChoice(QGridLayout& rows, engine::UndoWay way, const char* name, const QString& caption, const QString& words);
+  void AddChoice(QGridLayout& rows, engine::UndoWay way, const char* name, const QString& caption,
+                 const QString& words);
 
   std::optional<engine::UndoWay> chosen_;
 };

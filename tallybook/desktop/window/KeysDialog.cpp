@@ -32,6 +32,7 @@ constexpr std::array kKeys = {
     KeyRow{"Ctrl+1, Ctrl+2, Ctrl+3", "One account, one date, one field"},
     KeyRow{"Ctrl+K", "The chart; the arrow keys go through its values"},
     KeyRow{"Ctrl+J", "The journal"},
+    KeyRow{"Ctrl+H", "Where the figure under the cursor comes from"},
     KeyRow{"Ctrl+L", "Accounts, fields and years of the book"},
     KeyRow{"Ctrl+B", "Back up the book"},
     KeyRow{"F1", "What the guide tells of the window at hand"},

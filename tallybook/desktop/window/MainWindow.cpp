@@ -562,8 +562,9 @@ void MainWindow::Parts::Origin() {
   figures->TakeWhatIsTyped();
   const std::optional<FigurePlace> place = figures->CurrentRecord();
   if (!place) {
-    return window.Tell("This figure adds up several of the book. Choose the book's own level to ask where one of them "
-                       "comes from.");
+    return window.Tell(
+        "This figure adds up several of the book. Choose the book's own level to ask where one of them "
+        "comes from.");
   }
   try {
     const FigureTable& table = figures->Table();

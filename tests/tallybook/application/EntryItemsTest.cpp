@@ -1,8 +1,7 @@
-#include "tallybook/application/EntryItems.h"
-
 #include <gmock/gmock.h>
 
 #include "tallybook/application/EntryFacts.h"
+#include "tallybook/application/EntryItems.h"
 #include "tests/tallybook/engine/BookFixture.h"
 
 namespace tallybook::application {
@@ -46,15 +45,15 @@ TEST(EntryItems, TellTheFilesTheCountsAndWhatCameOfIt) {
   noted.notes.facts = TextOfFacts(facts);
   noted.notes.files = {{.path = "south.QDX", .size = 5, .xxh3 = {std::byte{0xAB}}, .sha256 = {}}};
   EXPECT_EQ(EntryHeading(noted), "Journal entry 1: import qdx #2");
-  EXPECT_THAT(
-      ItemsOf(noted),
-      ElementsAre(EntryItem{"Kind", "import"}, EntryItem{"Command", "1"}, EntryItem{"Time", "2004-02-03 00:00:00"},
-                  EntryItem{"Who", "anna"},
-                  EntryItem{"State", "not finished: it failed or was cut off, and what it wrote stands"},
-                  EntryItem{"Definition", "2: South"}, EntryItem{"Math", "add"}, EntryItem{"File", "south.QDX, 5 bytes"},
-                  EntryItem{"  XXH3", "ab"}, EntryItem{"Figures", "1,200 read: 1,198 applied, 2 not mapped"},
-                  EntryItem{"Reached", "1 account, 2 fields, 3 dates"}, EntryItem{"Result", "imported"},
-                  EntryItem{"Warning", "one"}, EntryItem{"Warning", "two"}));
+  EXPECT_THAT(ItemsOf(noted),
+              ElementsAre(EntryItem{"Kind", "import"}, EntryItem{"Command", "1"},
+                          EntryItem{"Time", "2004-02-03 00:00:00"}, EntryItem{"Who", "anna"},
+                          EntryItem{"State", "not finished: it failed or was cut off, and what it wrote stands"},
+                          EntryItem{"Definition", "2: South"}, EntryItem{"Math", "add"},
+                          EntryItem{"File", "south.QDX, 5 bytes"}, EntryItem{"  XXH3", "ab"},
+                          EntryItem{"Figures", "1,200 read: 1,198 applied, 2 not mapped"},
+                          EntryItem{"Reached", "1 account, 2 fields, 3 dates"}, EntryItem{"Result", "imported"},
+                          EntryItem{"Warning", "one"}, EntryItem{"Warning", "two"}));
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
-#include "tallybook/application/FigureOrigin.h"
-
 #include <gmock/gmock.h>
 
+#include "tallybook/application/FigureOrigin.h"
 #include "tallybook/engine/LoginName.h"
 #include "tests/tallybook/engine/BookFixture.h"
 

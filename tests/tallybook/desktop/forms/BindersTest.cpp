@@ -299,14 +299,27 @@ class AddedButtonTest : public ButtonsTest {
         return may_;
       };
       addition.caption = "Pre&view";
-      addition.act = [this] { told_.emplace_back("view"); };
+      addition.act = [this] {
+        told_.emplace_back("view");
+        return goes_on_;
+      };
       return addition;
     });
     Show(form_);
   }
 
   bool may_ = true;
+  bool goes_on_ = false;
 };
+
+TEST_F(AddedButtonTest, ItsButtonPressesTheMainOneWhereWhatItDoesWantsThat) {
+  auto* const added = WindowOf(form_).findChild<QPushButton*>("SaveButtons1Added");
+  QTest::mouseClick(added, Qt::LeftButton);
+  EXPECT_THAT(told_, ElementsAre("view"));
+  goes_on_ = true;
+  QTest::mouseClick(added, Qt::LeftButton);
+  EXPECT_THAT(told_, ElementsAre("view", "view", "may it?", "save 1"));
+}
 
 TEST_F(AddedButtonTest, IsAskedBeforeTheMainButtonActsHoweverItIsPressed) {
   may_ = false;

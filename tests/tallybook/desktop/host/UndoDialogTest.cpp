@@ -1,10 +1,9 @@
 // What is asked where figures have been changed since an entry that is to be undone, before anything happens.
-#include "tallybook/desktop/host/UndoDialog.h"
-
 #include <QLabel>
 #include <QPushButton>
 
 #include "tallybook/desktop/host/RowsView.h"
+#include "tallybook/desktop/host/UndoDialog.h"
 #include "tests/tallybook/desktop/WindowCheck.h"
 #include "tests/tallybook/desktop/host/ConversationsFixture.h"
 

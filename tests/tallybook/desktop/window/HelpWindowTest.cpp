@@ -110,8 +110,9 @@ TEST_F(HelpWindowTest, CanBeUsedOverADialogThatKeepsOthersAway) {
 TEST_F(HelpWindowTest, EveryPlaceIsAPageAndAHeadingOfTheGuide) {
   QWidget window;
   for (const char* title :
-       {"QDX Import Layouts", "Journal", "New Book", "Go to a Date", "Paste Figures", "Accounts, Fields, Years",
-        "Add Account", "Paste Fields", "Change the Lists", "Back Up the Book", "Check of North.tbk", "Other"}) {
+       {"QDX Import Layouts", "Journal", "Undo: Figures Changed Since", "Where This Comes From", "Preview", "New Book",
+        "Go to a Date", "Paste Figures", "Accounts, Fields, Years", "Add Account", "Paste Fields", "Change the Lists",
+        "Back Up the Book", "Check of North.tbk", "Other"}) {
     window.setWindowTitle(title);
     const QString place = HelpPlaceOf(&window);
     HelpWindow help(nullptr);

@@ -1,10 +1,9 @@
 // The history of a book in its window: what is told of each entry, and the way back of any.
-#include "tallybook/desktop/window/JournalWindow.h"
-
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QTextBrowser>
 
 #include "tallybook/desktop/host/RowsView.h"
+#include "tallybook/desktop/window/JournalWindow.h"
 #include "tests/tallybook/desktop/window/DeskFixture.h"
 
 namespace tallybook::desktop {
@@ -32,9 +31,7 @@ class JournalWindowTest : public testing::DeskFixture {
   void ShowJournal() { PressInMain(Qt::Key_J, Qt::ControlModifier); }
 
   static RowsView& ListOf(QWidget& window) { return *window.findChild<RowsView*>(); }
-  static Text DetailsOf(QWidget& window) {
-    return Part<QTextBrowser>(window, "details").toPlainText().toStdString();
-  }
+  static Text DetailsOf(QWidget& window) { return Part<QTextBrowser>(window, "details").toPlainText().toStdString(); }
 };
 
 TEST_F(JournalWindowTest, TellsAllThatIsKeptOfTheEntryUnderTheCursor) {
@@ -45,7 +42,8 @@ TEST_F(JournalWindowTest, TellsAllThatIsKeptOfTheEntryUnderTheCursor) {
     ASSERT_EQ(list.RowCount(), 2);
     EXPECT_EQ(list.TextAt(0, 0), "2");
     EXPECT_EQ(list.TextAt(0, 3), "import csv two.csv");
-    EXPECT_THAT(DetailsOf(window), AllOf(HasSubstr("Journal entry 2: import csv two.csv"), HasSubstr("two.csv, 5 bytes")));
+    EXPECT_THAT(DetailsOf(window),
+                AllOf(HasSubstr("Journal entry 2: import csv two.csv"), HasSubstr("two.csv, 5 bytes")));
     Press(window, Qt::Key_Down);
     EXPECT_THAT(DetailsOf(window), AllOf(HasSubstr("Journal entry 1"), HasSubstr("one.csv, 5 bytes")));
     EXPECT_THAT(testing::FaultsOf(window), IsEmpty());

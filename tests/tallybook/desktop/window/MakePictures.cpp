@@ -13,6 +13,7 @@
 #include <QtWidgets/QStyleFactory>
 #include <QtWidgets/QTabWidget>
 #include <QtWidgets/QTableView>
+#include <algorithm>
 #include <deque>
 #include <functional>
 #include <iostream>
@@ -31,6 +32,7 @@
 #include "tallybook/desktop/host/DesktopApp.h"
 #include "tallybook/desktop/host/DesktopFactory.h"
 #include "tallybook/desktop/host/QtPlatform.h"
+#include "tallybook/desktop/host/UndoDialog.h"
 #include "tallybook/desktop/window/CareActs.h"
 #include "tallybook/desktop/window/DateDialog.h"
 #include "tallybook/desktop/window/HelpWindow.h"
@@ -39,6 +41,7 @@
 #include "tallybook/desktop/window/ListsWindow.h"
 #include "tallybook/desktop/window/MainWindow.h"
 #include "tallybook/desktop/window/NewBookWizard.h"
+#include "tallybook/desktop/window/OriginWindow.h"
 #include "tallybook/desktop/window/SettingsDialog.h"
 #include "tests/support/TempFolder.h"
 
@@ -215,6 +218,7 @@ class Pictures {
     application::ChangeFigures(
         *book, "paste 2 figures",
         {{101, DateFromParts(2025, 3, 6), 1, 2500}, {101, DateFromParts(2025, 3, 7), 1, -2500.5}});
+    application::ChangeFigures(*book, "set 100 2025-03-06 1 2600", {{101, DateFromParts(2025, 3, 6), 1, 2600}});
   }
 
   void Keep(QWidget& window, const QString& name) {
@@ -249,12 +253,37 @@ class Pictures {
     JournalWindow journal(&window, reader, style_, [](const engine::JournalEntry&) { return false; });
     journal.show();
     Keep(journal, "journal");
+    journal.hide();
+    Histories(window, reader);
     SettingsDialog settings(&window, temp_.Path("tallybook.ini"));
     settings.show();
     Keep(settings, "settings");
     DateDialog date(&window, style_, DateFromParts(2025, 3, 5), DateFromParts(2024, 1, 1), DateFromParts(2025, 12, 31));
     date.show();
     Keep(date, "date-dialog");
+  }
+
+  // Where a figure comes from, and what is asked where it was changed since.
+  void Histories(MainWindow& window, BookReader& reader) {
+    const Date date = DateFromParts(2025, 3, 6);
+    const engine::BookDescription& lists = reader.Description();
+    const auto account = std::ranges::find(lists.accounts, 101, &engine::AccountDescription::number);
+    const QString figure = QString("%1 %2, %3, %4")
+                               .arg(ToQt(account->code), ToQt(account->description),
+                                    ToQt(lists.fields.front().description), ToQt(style_.dates(date)));
+    OriginWindow origin(&window, style_, figure,
+                        application::OriginOf(reader.Read(), account->number, date, lists.fields.front().number), {});
+    origin.show();
+    Keep(origin, "origin");
+    origin.hide();
+    reader.Rest();
+    const auto book = engine::Book::Open(temp_.Path("north-shop.tbk"), app_);
+    engine::Journal entries(*book);
+    constexpr Long kPasted = 3;
+    const engine::UndoOutcome look = entries.TakeBack({.id = kPasted, .only_look = true});
+    UndoDialog undo(*book, entries.Entries(), look, &window);
+    undo.show();
+    Keep(undo, "undo");
   }
 
   void Wizard(MainWindow& window) {
@@ -375,7 +404,16 @@ class Pictures {
       QTest::keyClick(&WidgetOf(dialog, "Combo1"), Qt::Key_Down);
       QTest::keyClick(&WidgetOf(dialog, "Combo1"), Qt::Key_Down);
       Keep(dialog, "import");
-      Press(dialog, Qt::Key_Return);
+      ClickPart(dialog, "SaveButtons1Added");
+    });
+    walk_.Then("Preview", [this](QWidget& preview) {
+      Keep(preview, "preview");
+      auto& pages = *preview.findChild<QTabWidget*>("pages");
+      for (int page = 1; page < pages.count(); ++page) {
+        pages.setCurrentIndex(page);
+        Keep(preview, QString("preview-%1").arg(page + 1));
+      }
+      ClickPart(preview, "import");
     });
     walk_.Then("QDX Import Report", [this](QWidget& report) {
       Keep(report, "report");

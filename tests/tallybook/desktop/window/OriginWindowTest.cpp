@@ -1,9 +1,8 @@
 // Where the figure under the cursor came from.
-#include "tallybook/desktop/window/OriginWindow.h"
-
 #include <QtWidgets/QMenu>
 
 #include "tallybook/desktop/host/RowsView.h"
+#include "tallybook/desktop/window/OriginWindow.h"
 #include "tests/tallybook/desktop/window/DeskFixture.h"
 
 namespace tallybook::desktop {
