@@ -68,8 +68,10 @@ class CancelledWorkTest : public testing::ConversationsFixture {
           large.values.push_back({account.number, first_ + day, field, day + 1.0});
       }
     }
-    std::filesystem::remove(BookPath());
-    engine::Book::Create(BookPath(), large);
+    // Made elsewhere: no book is made beside the companion files of another.
+    const Text made = folder_.Path("large.tbk");
+    engine::Book::Create(made, large);
+    std::filesystem::rename(made, BookPath());
   }
   // Import of the one definition, as far as its question.
   void BeginImport() {
