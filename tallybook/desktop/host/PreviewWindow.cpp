@@ -8,6 +8,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTabWidget>
@@ -34,8 +35,13 @@ constexpr int kAll = -1;  // of a choice of fields or files
 constexpr int kLeastLine = 24;
 constexpr int kFieldLetters = 24;
 
+// With the decimals that it needs, and two where it needs any, as people write amounts here.
 QString Number(Double value) {
-  return QString::fromStdString(FigureText(value));
+  QString plain = QString::fromStdString(FigureText(value));
+  if (plain.contains('e')) return plain;
+  const auto point = plain.indexOf('.');
+  const int decimals = point < 0 ? 0 : std::max(static_cast<int>(plain.size() - point) - 1, 2);
+  return QLocale().toString(value, 'f', decimals);
 }
 
 QString CountOf(long long count) {

@@ -46,6 +46,8 @@ void RowsView::SetColumns(const QStringList& heads, const std::set<int>& numbers
   numbers_ = numbers;
   rows_->clear();
   rows_->setHorizontalHeaderLabels(heads);
+  // A number far from what it belongs to is not read with it.
+  header()->setStretchLastSection(!numbers.contains(static_cast<int>(heads.size()) - 1));
   for (const int column : numbers) {
     rows_->horizontalHeaderItem(column)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
   }

@@ -62,7 +62,7 @@ TEST_F(PreviewWindowTest, ShowsWhatACommaSeparatedFileWouldDoAndChangesNothing) 
               auto& changes = Part<QTableView>(window, "changes");
               ASSERT_EQ(changes.model()->rowCount(), 2);
               EXPECT_EQ(Cell(window, 0, 1), "2004-02-03");
-              EXPECT_EQ(Cell(window, 0, 5), "12.5");
+              EXPECT_EQ(Cell(window, 0, 5), "12.50");
               EXPECT_THAT(testing::FaultsOf(window), IsEmpty());
               testing::Picture(window, "preview");
               QTest::keyClicks(&Part<QLineEdit>(window, "account"), "200");
@@ -135,7 +135,7 @@ TEST_F(PreviewWindowTest, ADefinitionIsLookedAtFromItsConfirmationWithTheMathTha
       .Then("Preview",
             [&](QWidget& window) {
               EXPECT_EQ(Part<QTableView>(window, "changes").model()->rowCount(), 1);
-              EXPECT_EQ(Cell(window, 0, 4), "7.5");
+              EXPECT_EQ(Cell(window, 0, 4), "7.50");
               QTest::mouseClick(&Part<QPushButton>(window, "import"), Qt::LeftButton);
             })
       .Then(kReport, [](QWidget& window) { window.close(); })
