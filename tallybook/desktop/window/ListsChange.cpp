@@ -34,11 +34,12 @@ class Change {
   Change(const Change&) = delete;
   Change& operator=(const Change&) = delete;
 
-  ListsChanged Do(const AskLists& ask) {
+  ListsChanged Do(const AskLists& ask, ListsAsking asking = ListsAsking::kWhereDefinitionsFollow) {
+    const bool always = asking == ListsAsking::kAlways;
     do {
       asks_anew_ = false;
       if (!conversations_.Look([this](engine::Book& book) { return LookAt(book); }).ran) return changed_;
-      const ListsAnswer answer = question_.IsNone() ? ListsAnswer(false) : ask(question_);
+      const ListsAnswer answer = question_.IsNone() && !always ? ListsAnswer(false) : ask(question_);
       if (!answer) return changed_;
       const ConversationResult result =
           conversations_.Change([this, &answer](engine::Book& book) { return Make(book, *answer); });
@@ -207,14 +208,16 @@ ListsChanged ChangeLists(Conversations& conversations, application::WholeFiles& 
   return WayOn(conversations, files, before, after).Do(ask);
 }
 
-ListsChanged UndoLists(Conversations& conversations, application::WholeFiles& files, Long entry, const AskLists& ask) {
-  return WayBack(conversations, files, entry).Do(ask);
+ListsChanged UndoLists(Conversations& conversations, application::WholeFiles& files, Long entry, ListsAsking asking,
+                       const AskLists& ask) {
+  return WayBack(conversations, files, entry).Do(ask, asking);
 }
 
 ListsAnswer AskAboutLists(QWidget* owner, const ListsQuestion& question) {
   QDialog dialog(owner);
   dialog.setWindowTitle(question.is_undo ? "Undo a Change of Lists" : "Change the Lists");
   auto* layout = new QVBoxLayout(&dialog);
+  if (question.is_undo) AddWords(*layout, "Accounts, fields and years become again what they were before the change.");
   const bool loses = !question.plan.lost.empty();
   if (loses) {
     AddWords(*layout, Sentence(application::LostWords(question.plan.lost)) +

@@ -50,9 +50,12 @@ using AskLists = std::function<ListsAnswer(const ListsQuestion& question)>;
                                        const engine::StoredDescription& before, const engine::BookDescription& after,
                                        const AskLists& ask);
 
+// Whoever takes back the last change by its key is asked only what becomes of definitions.
+enum class ListsAsking { kWhereDefinitionsFollow, kAlways };
+
 // Takes back a change of lists, told by its entry of the journal; definitions get the codes from before where the user wants that.
 [[nodiscard]] ListsChanged UndoLists(Conversations& conversations, application::WholeFiles& files, Long entry,
-                                     const AskLists& ask);
+                                     ListsAsking asking, const AskLists& ask);
 
 // Asks in a window over `owner`.
 [[nodiscard]] ListsAnswer AskAboutLists(QWidget* owner, const ListsQuestion& question);

@@ -107,6 +107,7 @@ class MainWindow::Parts {
   void Origin();
   void Lists();
   void Undo();
+  bool UndoLists(Long entry, QWidget& over, ListsAsking asking);
   void Care(void (CareActs::*act)());
   void Restore();
   void Salvage();
@@ -546,7 +547,8 @@ void MainWindow::Parts::AskForDate() {
 void MainWindow::Parts::Journal(QWidget& over, Long first_shown) {
   JournalWindow::Undo undo;
   if (conversations != nullptr) {
-    undo = [this](const engine::JournalEntry& entry) {
+    undo = [this, &over](const engine::JournalEntry& entry) {
+      if (entry.kind == engine::JournalKind::kLists) return UndoLists(entry.id, over, ListsAsking::kAlways);
       return Converse([&](Conversations& run) { return run.Undo(entry.id); });
     };
   }
@@ -626,13 +628,19 @@ void MainWindow::Parts::Lists() {
 void MainWindow::Parts::Undo() {
   const Long entry = figures->NextUndoEntry();
   if (!changes_of_lists.contains(entry)) return figures->Undo();
-  if (!CanWork()) return;
-  const ListsChanged changed =
-      UndoLists(*conversations, means->platform.Files(), entry,
-                [this](const ListsQuestion& question) { return AskAboutLists(&window, question); });
-  if (changed.outcome == ListsOutcome::kDone) figures->ForgetWritten(entry);
-  figures->LookAgain();
+  (void)UndoLists(entry, window, ListsAsking::kWhereDefinitionsFollow);
   FollowState();
+}
+
+bool MainWindow::Parts::UndoLists(Long entry, QWidget& over, ListsAsking asking) {
+  if (!CanWork()) return false;
+  const ListsChanged changed =
+      desktop::UndoLists(*conversations, means->platform.Files(), entry, asking,
+                         [&over](const ListsQuestion& question) { return AskAboutLists(&over, question); });
+  const bool done = changed.outcome == ListsOutcome::kDone;
+  if (done) figures->ForgetWritten(entry);
+  figures->LookAgain();
+  return done;
 }
 
 void MainWindow::Parts::Care(void (CareActs::*act)()) {

@@ -90,6 +90,45 @@ TEST_F(JournalWindowTest, UndoesAnUndoByItsLine) {
   EXPECT_EQ(Stored(), 10);
 }
 
+TEST_F(JournalWindowTest, OffersDefinitionsTheCodesFromBeforeWhereAChangeOfListsIsUndone) {
+  folder_.Write("TBQDX1.North", "\"Shop\",\"in/*.QDX\",1,0,0\r\n0,1\r\n\"f\",\"110\"\r\n0\r\n");
+  {
+    const auto book = Open();
+    engine::BookDescription lists = book->Description();
+    lists.accounts[0].code = "110";
+    book->Grow(lists, "account edit 100");
+    book->Close();
+  }
+  Then("Journal", Keys({{Qt::Key_U, Qt::AltModifier}}));
+  Then("Undo a Change of Lists", Click("change"));
+  Then("Journal", [this](QWidget& window) {
+    EXPECT_EQ(ListOf(window).TextAt(1, 6), "undone");
+    EXPECT_EQ(Codes().front(), "100");
+    EXPECT_THAT(folder_.Read("TBQDX1.North"), HasSubstr("\"f\",\"100\""));
+    Press(window, Qt::Key_Escape);
+  });
+  ShowJournal();
+}
+
+TEST_F(JournalWindowTest, AsksBeforeAChangeOfListsIsUndone) {
+  {
+    const auto book = Open();
+    engine::BookDescription lists = book->Description();
+    lists.accounts[0].code = "110";
+    book->Grow(lists, "account edit 100");
+    book->Close();
+  }
+  Then("Journal", Keys({{Qt::Key_U, Qt::AltModifier}}));
+  Then("Undo a Change of Lists", [](QWidget& dialog) {
+    EXPECT_THAT(AllWordsOf(dialog), HasSubstr("what they were before the change"));
+    EXPECT_THAT(testing::FaultsOf(dialog), IsEmpty());
+    Press(dialog, Qt::Key_Escape);
+  });
+  Then("Journal", Keys({{Qt::Key_Escape, Qt::NoModifier}}));
+  ShowJournal();
+  EXPECT_EQ(Codes().front(), "110");
+}
+
 TEST_F(JournalWindowTest, ShowsAnEntryThatWasNeverFinishedAsSuch) {
   const bool ends = true;
   Import("one.csv", 10, !ends);
