@@ -102,6 +102,13 @@ class Walk {
     Act act;
   };
 
+  // The window manager may give the input to another window of ours when one goes.
+  void AskForInput() {
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+      if (window->isVisible() && window->windowTitle().startsWith(steps_.front().title)) window->activateWindow();
+    }
+  }
+
   void Look() {
     if (acting_ || steps_.empty()) return;
     QWidget* const window = QApplication::activeWindow();
@@ -114,7 +121,10 @@ class Walk {
       acting_ = false;
     } else if (!waited_.isValid()) {
       waited_.start();
-    } else if (waited_.elapsed() > kLimit) {
+      AskForInput();
+    } else if (waited_.elapsed() <= kLimit) {
+      AskForInput();
+    } else {
       std::cerr << "never shown: " << steps_.front().title.toStdString() << ", but "
                 << (window == nullptr ? "nothing" : window->windowTitle().toStdString()) << '\n';
       std::exit(1);
