@@ -34,7 +34,7 @@ class PreviewWindowTest : public testing::ConversationsFixture {
   }
   // Types a file's path into the prompt and presses Preview.
   WhenShown::Act Preview(const Text& name) {
-    return Later([this, path = folder_.Path(name)](QWidget& window) {
+    return Later([path = folder_.Path(name)](QWidget& window) {
       FileBox(window).setText({});
       QTest::keyClicks(&FileBox(window), QString::fromStdString(path));
       QTest::keyClick(&FileBox(window), Qt::Key_P, Qt::AltModifier);
