@@ -252,20 +252,29 @@ class CsvLookRun {
     }
   }
 
-  // Most of the first lines decide.
+  // Whether its first field makes a record a change of the date.
+  [[nodiscard]] bool ChangesDate(const Field& field) {
+    const Text text = TextOf(field);
+    return by_code_ ? TrimBoth(text).empty() : LeadingLong(text) < 1;
+  }
+
+  // Most of the first lines decide, but where one holds several whole records.
   void LookWhetherOfLines() {
     constexpr int kLines = 20;
     constexpr std::size_t kMostFields = 100;  // a file of one line need not be read whole
     int of_records = 0;
     int others = 0;
+    bool has_run = false;
     Fields looked_at;
     for (int i = 0; i < kLines && !AtEnd(); ++i) {
       Fields line = TakeLine(kMostFields);
       const bool of_record = line.size() == kRecordFields || line.size() == kRecordFields + kDateFields;
       if (!IsEmptyLine(line)) ++(of_record ? of_records : others);
+      has_run =
+          has_run || (line.size() > kRecordFields && line.size() % kRecordFields == 0 && !ChangesDate(line.front()));
       std::ranges::move(line, std::back_inserter(looked_at));
     }
-    is_of_lines_ = of_records >= others;
+    is_of_lines_ = of_records >= others && !has_run;
     PutBack(std::move(looked_at));
   }
 

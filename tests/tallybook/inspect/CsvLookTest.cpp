@@ -164,6 +164,13 @@ TEST_F(CsvLookTest, AFileThatIsNotOfLinesIsReadAsOneRunOfFields) {
               ElementsAre("1  \"200\" silent: begins a record that the file ends in, and that is dropped"));
 }
 
+TEST_F(CsvLookTest, ALineThatHoldsSeveralRecordsShowsThatLinesMeanNothing) {
+  EXPECT_THAT(Words(kHead + "100,1,5,200,1,5\r\n"), IsEmpty());
+  EXPECT_EQ(tally_.records, 2);
+  EXPECT_THAT(Words(kHead + "300,1,5\r\n100,1,5,200,1,5\r\n300,2,5\r\n"), IsEmpty());
+  EXPECT_EQ(tally_.records, 4);
+}
+
 TEST_F(CsvLookTest, ADateMayStandBehindItsRecordOrOnALineOfItsOwn) {
   EXPECT_THAT(Words(kHead + ",0,0\r\n2,4,2004\r\n100,1,5\r\n"), IsEmpty());
   EXPECT_THAT(Words("2,3,2004,1,0\r\n0,0,0,2,4,2004\r\n101,1,5\r\n"), IsEmpty());
