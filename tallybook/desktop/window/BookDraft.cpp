@@ -216,6 +216,12 @@ Text PathFor(const Text& folder, const Text& name) {
   return (std::filesystem::path(folder) / ((file.empty() ? "book" : file) + ".tbk")).string();
 }
 
+Text BookFileFor(const Text& chosen) {
+  std::error_code error;
+  if (chosen.ends_with(".tbk") || std::filesystem::is_regular_file(chosen, error)) return chosen;
+  return chosen + ".tbk";
+}
+
 Text TroubleWithName(const BookDraft& draft) {
   if (Trimmed(draft.name).empty()) return "Give the book a name.";
   if (Trimmed(draft.path).empty()) return "Choose a file for the book.";

@@ -56,4 +56,8 @@ struct BookDraft {
 // A file's name for a book of that name: "North Shop" in /home/me becomes /home/me/north-shop.tbk.
 [[nodiscard]] Text PathFor(const Text& folder, const Text& name);
 
+// The file of a book that a dialog's answer means: that of a file that is there, whatever it is called, else with ".tbk" at
+// its end.
+[[nodiscard]] Text BookFileFor(const Text& chosen);
+
 }  // namespace tallybook::desktop

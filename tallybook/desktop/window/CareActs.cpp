@@ -16,6 +16,7 @@
 #include "tallybook/desktop/forms/Words.h"
 #include "tallybook/desktop/host/Conversations.h"
 #include "tallybook/desktop/host/ReportWindow.h"
+#include "tallybook/desktop/window/BookDraft.h"
 #include "tallybook/engine/BookSalvage.h"
 
 namespace tallybook::desktop {
@@ -144,7 +145,7 @@ std::optional<RestoreWish> AskWhatToRestore(QWidget& owner, const Text& near) {
         QFileDialog::getSaveFileName(&owner, title + ": Where To", ToQt(place.string()), "Books (*.tbk);;All files (*)",
                                      nullptr, QFileDialog::DontConfirmOverwrite);
     if (book.isEmpty()) return std::nullopt;
-    wish.book = FromQt(book.contains('.') ? book : book + ".tbk");
+    wish.book = BookFileFor(FromQt(book));
     wish.replace = IsFile(wish.book);
     const bool goes_on =
         !wish.replace || MayReplace(owner, title, ToQt(Shown(wish.book + ": a book is there already")),
@@ -185,7 +186,7 @@ std::optional<SalvageWish> AskWhatToSalvage(QWidget& owner, const Text& near) {
       QFileDialog::getSaveFileName(&owner, title + ": Where To", ToQt(place.string()), "Books (*.tbk);;All files (*)",
                                    nullptr, QFileDialog::DontConfirmOverwrite);
   if (book.isEmpty()) return std::nullopt;
-  wish.book = FromQt(book.contains('.') ? book : book + ".tbk");
+  wish.book = BookFileFor(FromQt(book));
   return wish;
 }
 

@@ -104,7 +104,7 @@ class NamePage final : public DraftPage {
         QFileDialog::getSaveFileName(this, "New Book", path_->text(), "Books (*.tbk)", nullptr, options);
     if (path.isEmpty()) return;
     path_chosen_ = true;
-    path_->setText(path.endsWith(".tbk") ? path : path + ".tbk");
+    path_->setText(ToQt(BookFileFor(FromQt(path))));
   }
 
   Text folder_;

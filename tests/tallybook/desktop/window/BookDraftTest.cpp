@@ -35,6 +35,14 @@ class BookDraftTest : public ::testing::Test {
   BookDraft draft;
 };
 
+TEST_F(BookDraftTest, ABooksFileEndsInItsOwnWayUnlessItIsThere) {
+  folder.Write("shop.2024", "a book from before");
+  EXPECT_EQ(BookFileFor(folder.Path("shop.tbk")), folder.Path("shop.tbk"));
+  EXPECT_EQ(BookFileFor(folder.Path("shop.2024")), folder.Path("shop.2024"));
+  EXPECT_EQ(BookFileFor(folder.Path("shop.2025")), folder.Path("shop.2025.tbk"));
+  EXPECT_EQ(BookFileFor("/home/me/my.books/shop"), "/home/me/my.books/shop.tbk");
+}
+
 TEST_F(BookDraftTest, ReadsAccountsAsTheyAreTypedOrPasted) {
   const std::vector<AccountDescription> expected = {{1, "100", "Groceries"}, {2, "110", "Bakery and cafe"}};
   for (const char* text :

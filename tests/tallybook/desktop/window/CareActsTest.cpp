@@ -265,7 +265,8 @@ TEST_F(CareActsTest, ADamagedBookIsSalvagedAndWhatIsLostIsListed) {
             SQLITE_OK);
   sqlite3_close(handle);
   Then("Salvage a Damaged Book: the Book", Name(BookPath()));
-  Then("Salvage a Damaged Book: Where To", Name(folder_.Path("saved.tbk")));
+  std::filesystem::create_directory(folder_.Path("my.books"));
+  Then("Salvage a Damaged Book: Where To", Name(folder_.Path("my.books/saved")));
   Then("Salvage of North.tbk", [this](QWidget& report) {
     EXPECT_THAT(AllWordsOf(report), HasSubstr("Made saved.tbk with 1 chunk"));
     EXPECT_THAT(report.findChild<QPlainTextEdit*>()->toPlainText().toStdString(), HasSubstr("cannot be read"));
@@ -275,7 +276,7 @@ TEST_F(CareActsTest, ADamagedBookIsSalvagedAndWhatIsLostIsListed) {
   });
   Action("Salvage").trigger();
   testing::WaitUntil([this] { return was_reported_; }, "the report is shown");
-  EXPECT_EQ(window_.BookPath(), folder_.Path("saved.tbk"));
+  EXPECT_EQ(window_.BookPath(), folder_.Path("my.books/saved.tbk"));
   EXPECT_TRUE(std::filesystem::exists(BookPath()));
 }
 
