@@ -11,9 +11,9 @@
 #include "tallybook/cli/CompletionScripts.h"
 #include "tallybook/cli/DefinitionList.h"
 #include "tallybook/cli/Lines.h"
-#include "tallybook/cli/QdxWalk.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/engine/Journal.h"
+#include "tallybook/inspect/QdxWalk.h"
 
 namespace tallybook::cli {
 
@@ -64,10 +64,10 @@ Text ExchangeFileOf(Session& session, engine::Book& book, const CommandTable& pr
 
 // The first halves of pairs: what the exchange file has, or the book where there is no such file yet.
 void OfferFirstHalves(ArgumentKind kind, const engine::BookDescription& description, const Text& file) {
-  QdxListener nobody;
+  inspect::QdxListener nobody;
   HeaderRecord header;
   if (!file.empty()) {
-    QdxWalk walk(file, nobody);
+    inspect::QdxWalk walk(file, nobody);
     if (!walk.Header()) return;
     header = walk.Record();
   }

@@ -12,13 +12,17 @@
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/QdxDiff.h"
-#include "tallybook/cli/QdxWalk.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/TextTable.h"
+#include "tallybook/inspect/QdxWalk.h"
 
 namespace tallybook::cli {
 
 namespace {
+
+using inspect::DateItemText;
+using inspect::QdxListener;
+using inspect::QdxWalk;
 
 struct QdxOptions {
   Text file;

@@ -10,11 +10,14 @@
 #include "base/Dates.h"
 #include "base/Failure.h"
 #include "tallybook/cli/FigurePrinter.h"
-#include "tallybook/cli/QdxWalk.h"
+#include "tallybook/inspect/QdxWalk.h"
 
 namespace tallybook::cli {
 
 namespace {
+
+using inspect::QdxListener;
+using inspect::QdxWalk;
 
 struct DatedFigure {
   Date date = kNoDate;

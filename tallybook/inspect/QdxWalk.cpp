@@ -1,4 +1,4 @@
-#include "tallybook/cli/QdxWalk.h"
+#include "tallybook/inspect/QdxWalk.h"
 
 #include <bit>
 #include <cmath>
@@ -13,9 +13,8 @@
 #include "platform/Platform.h"
 #include "support/StreamItems.h"
 #include "support/Utility.h"
-#include "tallybook/cli/FigurePrinter.h"
 
-namespace tallybook::cli {
+namespace tallybook::inspect {
 
 namespace {
 
@@ -295,8 +294,8 @@ void QdxWalk::CheckValue(long long offset, const BodyValue& value, Integer previ
   }
   if (value.value == 0) Irregular(offset, fmt::format("the value of field index {} is zero", value.field_index));
   if (!std::isfinite(value.value)) {
-    Irregular(offset, fmt::format("the value of field index {} is {}", value.field_index, ShortestText(value.value)));
+    Irregular(offset, fmt::format("the value of field index {} is {}", value.field_index, value.value));
   }
 }
 
-}  // namespace tallybook::cli
+}  // namespace tallybook::inspect

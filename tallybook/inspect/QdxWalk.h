@@ -14,7 +14,7 @@
 #include "qdx/HeaderRecord.h"
 #include "support/FileStream.h"
 
-namespace tallybook::cli {
+namespace tallybook::inspect {
 
 // Offsets count bytes from the start of the file and stand at the item's first byte.
 class QdxListener {
@@ -72,4 +72,4 @@ class QdxWalk {
 // "2004-02-03", also where no calendar has that date.
 [[nodiscard]] Text DateItemText(const BodyDate& date);
 
-}  // namespace tallybook::cli
+}  // namespace tallybook::inspect
