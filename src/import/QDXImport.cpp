@@ -18,6 +18,7 @@
 #include "host/Printer.h"
 #include "import/Combine.h"
 #include "import/Matching.h"
+#include "import/XDQName.h"
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/MessageBoxes.h"
@@ -585,17 +586,6 @@ class ImportRun {
 
   void NoteThatItStays() {
     if (const auto& failure = LastChangeFailure()) record_.files.back().stays = ReasonOf(*failure);
-  }
-
-  // The last three characters are overwritten, whatever they are.
-  static Text XDQName(const Text& file) {
-    Text name = file;
-    for (int i = 0; i < 3 && !name.empty(); ++i) {
-      const auto is_continuation = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; };
-      while (name.size() > 1 && is_continuation(name.back())) name.pop_back();
-      name.pop_back();
-    }
-    return name + "XDQ";
   }
 
   // The way out of a run that stops: its own failures are logged and change nothing.
