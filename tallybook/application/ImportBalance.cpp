@@ -28,40 +28,10 @@ struct Unit {
 };
 
 // The book's own week or period that holds a date.
-Unit UnitOf(engine::Book& book, Date date) {
-  FiscalCalendar& calendar = book.FiscalCalendar();
-  const Date last = calendar.LevelDate(date, book.DataLevel());
+Unit UnitOf(Masterfile& masterfile, Date date) {
+  FiscalCalendar& calendar = masterfile.FiscalCalendar();
+  const Date last = calendar.LevelDate(date, masterfile.DataLevel());
   return {.first = calendar.PriorPeriodEnd() + 1, .last = last};
-}
-
-std::vector<PartialUnit> PartialUnitsOf(engine::Book& book, Date first, Date last) {
-  std::vector<PartialUnit> partial;
-  if (book.DataLevel() == kDayLevel || first == kNoDate) return partial;
-  const Unit begin = UnitOf(book, first);
-  if (begin.first < first) {
-    partial.push_back({.first = begin.first, .last = begin.last, .at_start = true, .edge = first});
-  }
-  const Unit end = UnitOf(book, last);
-  if (last < end.last) partial.push_back({.first = end.first, .last = end.last, .at_start = false, .edge = last});
-  return partial;
-}
-
-// Of a year that has one week more than others, that week: a record of its own, or the end of the last period.
-std::vector<LongYearWeek> Weeks53Of(engine::Book& book, const std::set<Date>& dates) {
-  std::vector<LongYearWeek> weeks;
-  const Integer level = book.DataLevel();
-  if (level == kDayLevel) return weeks;
-  std::set<Date> seen;
-  for (const Date date : dates) {
-    const Unit unit = UnitOf(book, date);
-    const Integer year = book.FiscalCalendar().FiscalYear();
-    const Date days = unit.last - book.YearStart(year) + 1;
-    const bool is_week_53 =
-        level == kWeekLevel ? std::ceil(days / kDaysOfWeek) >= kWeek53 : days >= kWeek53 * kDaysOfWeek;
-    if (!is_week_53 || !seen.insert(unit.last).second) continue;
-    weeks.push_back({.year = std::to_string(year), .first = unit.last - kDaysOfWeek + 1, .last = unit.last});
-  }
-  return weeks;
 }
 
 // One for each pair of fields, by number.
@@ -160,6 +130,36 @@ BalanceJsonObject JsonOfFile(const FileBalance& balance) {
 }
 
 }  // namespace
+
+std::vector<PartialUnit> PartialUnitsOf(Masterfile& masterfile, Date first, Date last) {
+  std::vector<PartialUnit> partial;
+  if (masterfile.DataLevel() == kDayLevel || first == kNoDate) return partial;
+  const Unit begin = UnitOf(masterfile, first);
+  if (begin.first < first) {
+    partial.push_back({.first = begin.first, .last = begin.last, .at_start = true, .edge = first});
+  }
+  const Unit end = UnitOf(masterfile, last);
+  if (last < end.last) partial.push_back({.first = end.first, .last = end.last, .at_start = false, .edge = last});
+  return partial;
+}
+
+// Of a year that has one week more than others, that week: a record of its own, or the end of the last period.
+std::vector<LongYearWeek> Weeks53Of(Masterfile& masterfile, const std::set<Date>& dates) {
+  std::vector<LongYearWeek> weeks;
+  const Integer level = masterfile.DataLevel();
+  if (level == kDayLevel) return weeks;
+  std::set<Date> seen;
+  for (const Date date : dates) {
+    const Unit unit = UnitOf(masterfile, date);
+    const Integer year = masterfile.FiscalCalendar().FiscalYear();
+    const Date days = unit.last - masterfile.YearStart(year) + 1;
+    const bool is_week_53 =
+        level == kWeekLevel ? std::ceil(days / kDaysOfWeek) >= kWeek53 : days >= kWeek53 * kDaysOfWeek;
+    if (!is_week_53 || !seen.insert(unit.last).second) continue;
+    weeks.push_back({.year = std::to_string(year), .first = unit.last - kDaysOfWeek + 1, .last = unit.last});
+  }
+  return weeks;
+}
 
 std::vector<FileBalance> BalancesOf(const QDXImportRecord& record, engine::Book& book) {
   std::vector<FileBalance> balances;

@@ -3,6 +3,7 @@
 // reaches into a 53rd week. For the closing block of a report and the summary of an unattended run.
 #pragma once
 
+#include <set>
 #include <vector>
 
 #include "base/Types.h"
@@ -26,6 +27,11 @@ struct LongYearWeek {
   Date first = 0;
   Date last = 0;
 };
+
+// The week or period that a range of dates begins within, and that it ends within; nothing for a book of days.
+[[nodiscard]] std::vector<PartialUnit> PartialUnitsOf(Masterfile& masterfile, Date first, Date last);
+// The 53rd weeks that some of the dates are of.
+[[nodiscard]] std::vector<LongYearWeek> Weeks53Of(Masterfile& masterfile, const std::set<Date>& dates);
 
 struct FileBalance {
   Text file;
