@@ -1,7 +1,6 @@
 #include "tallybook/inspect/CsvLook.h"
 
 #include <algorithm>
-#include <deque>
 #include <fmt/format.h>
 #include <iterator>
 #include <limits>
@@ -16,13 +15,10 @@
 #include "base/Texts.h"
 #include "host/FiscalCalendar.h"
 #include "host/Masterfile.h"
-#include "import/CSVFieldStream.h"
-#include "platform/FileSystem.h"
-#include "platform/Platform.h"
 #include "tallybook/application/Counts.h"
 #include "tallybook/inspect/BookTables.h"
+#include "tallybook/inspect/CsvFile.h"
 #include "tallybook/inspect/FigurePlaces.h"
-#include "tallybook/inspect/RawText.h"
 #include "tallybook/inspect/Troubles.h"
 
 namespace tallybook::inspect {
@@ -33,37 +29,6 @@ constexpr std::size_t kHeadFields = 5;
 constexpr std::size_t kRecordFields = 3;
 constexpr std::size_t kDateFields = 3;
 constexpr Integer kPeriodMark = -1;
-
-struct Field {
-  std::string bytes;  // without quotes and blanks around it
-  std::string raw;    // as it stands, with what separates it from the next
-  long long line = 0;
-};
-using Fields = std::vector<Field>;
-
-bool EndsLine(const Field& field) {
-  return !field.raw.empty() && (field.raw.back() == '\n' || field.raw.back() == '\r');
-}
-
-// Whether nothing but a line end, and blanks, stand there.
-bool IsEmptyLine(const Fields& fields) {
-  return fields.size() == 1 && fields.front().bytes.empty() &&
-         fields.front().raw.find_first_of(",\"") == std::string::npos;
-}
-
-// Whether a field begins with a quote that no other follows.
-bool HasOpenQuote(const Field& field) {
-  std::string_view raw = field.raw;
-  if (raw.starts_with("\xEF\xBB\xBF")) raw.remove_prefix(3);
-  const std::size_t quote = raw.find_first_not_of(' ');
-  return quote != std::string_view::npos && raw[quote] == '"' && raw.find('"', quote + 1) == std::string_view::npos;
-}
-
-// Whether something stands between a closing quote and the separator: the import takes it for a field of its own.
-bool EndsInQuote(const Field& field) {
-  const std::size_t last = field.raw.find_last_not_of(' ');
-  return last != std::string::npos && field.raw[last] == '"';
-}
 
 // The parts of a date as the file has them.
 struct FileDate {
@@ -80,10 +45,7 @@ class CsvLookRun {
         listener_(listener),
         tables_(masterfile),
         places_(tables_.Accounts(), tables_.Fields()),
-        raw_(request.file),
-        source_(ThePlatform().files->Open(request.file, Access::kRead, Sharing::kShared, Creation::kMustExist)),
-        stream_(source_, request.encoding),
-        found_out_(request.encoding == TextEncoding::kDetect && stream_.Encoding().Start() == 0) {}
+        file_(request.file, request.encoding) {}
 
   LookTally Run() {
     masterfile_.BeginProgress("Looking at the Import File");
@@ -94,40 +56,9 @@ class CsvLookRun {
   }
 
  private:
-  // --- Fields --------------------------------------------------------------------------------------------------------
-
   // Of the file, or of the user's patience.
-  [[nodiscard]] bool AtEnd() { return tally_.cancelled || (waiting_.empty() && stream_.AtEnd()); }
-
-  Field Take() {
-    if (!waiting_.empty()) {
-      Field field = std::move(waiting_.front());
-      waiting_.pop_front();
-      return field;
-    }
-    Field field;
-    field.line = raw_.Line();
-    field.bytes = stream_.Next();
-    field.raw = raw_.TakeTo(stream_.Position());
-    return field;
-  }
-
-  // Up to `count` more fields; fewer at the end of the file.
-  void TakeInto(Fields& fields, std::size_t count) {
-    for (std::size_t i = 0; i < count && !AtEnd(); ++i) fields.push_back(Take());
-  }
-  // The fields up to the end of the line, and no more than so many.
-  Fields TakeLine(std::size_t most = std::numeric_limits<std::size_t>::max()) {
-    Fields fields;
-    while (!AtEnd() && fields.size() < most && (fields.empty() || !EndsLine(fields.back()))) fields.push_back(Take());
-    return fields;
-  }
-
-  void PutBack(Fields fields) {
-    waiting_.insert(waiting_.begin(), std::make_move_iterator(fields.begin()), std::make_move_iterator(fields.end()));
-  }
-
-  [[nodiscard]] Text TextOf(const Field& field) { return stream_.Encoding().Decode(field.bytes); }
+  [[nodiscard]] bool AtEnd() { return tally_.cancelled || file_.AtEnd(); }
+  [[nodiscard]] Text TextOf(const CsvField& field) { return file_.TextOf(field); }
 
   // --- Findings ------------------------------------------------------------------------------------------------------
 
@@ -136,31 +67,30 @@ class CsvLookRun {
     piece_has_findings_ = true;
     listener_.Found({line, record_, column, name, Cut(text), trouble.effect, trouble.reason, trouble.help});
   }
-  void Found(const Field& field, Integer column, const Text& name, const Trouble& trouble) {
+  void Found(const CsvField& field, Integer column, const Text& name, const Trouble& trouble) {
     Found(field.line, column, name, TextOf(field), trouble);
   }
   // True where there was one.
-  bool Look(const Field& field, Integer column, const Text& name, const std::optional<Trouble>& trouble) {
+  bool Look(const CsvField& field, Integer column, const Text& name, const std::optional<Trouble>& trouble) {
     if (trouble) Found(field, column, name, *trouble);
     return trouble.has_value();
   }
 
-  void Pass(Piece piece, const Fields& fields) {
+  void Pass(Piece piece, const CsvFields& fields) {
     std::string bytes;
-    for (const Field& field : fields) bytes += field.raw;
+    for (const CsvField& field : fields) bytes += field.raw;
     listener_.Passed(piece, bytes, std::exchange(piece_has_findings_, false));
-    masterfile_.SetProgressFraction(
-        static_cast<Single>(static_cast<Double>(stream_.Position()) / static_cast<Double>(stream_.Size())));
+    masterfile_.SetProgressFraction(file_.Share());
     tally_.cancelled = masterfile_.ProgressCancelled();
   }
 
-  void LookAtQuotes(const Fields& fields) {
-    for (const Field& field : fields) {
-      if (HasOpenQuote(field)) {
+  void LookAtQuotes(const CsvFields& fields) {
+    for (const CsvField& field : fields) {
+      if (field.HasOpenQuote()) {
         Found(field, 0, "",
               {Effect::kSilent, "begins with a quote that is never closed: all behind it is one text",
                "close the quote"});
-      } else if (EndsInQuote(field) && !AtEnd()) {
+      } else if (field.EndsInQuote() && !AtEnd()) {
         Found(field, 0, "",
               {Effect::kSilent, "is followed by more than a separator, which counts as a field of its own",
                "put all of the text into the quotes"});
@@ -170,7 +100,7 @@ class CsvLookRun {
 
   // A whole number of so many bits; nothing where it does not fit, which has been told.
   template <typename Number>
-  std::optional<Number> Whole(const Field& field, Integer column, const Text& name) {
+  std::optional<Number> Whole(const CsvField& field, Integer column, const Text& name) {
     using Limits = std::numeric_limits<Number>;
     const Text text = TextOf(field);
     const auto trouble = LooseWholeTrouble(text, Limits::min(), Limits::max());
@@ -181,19 +111,19 @@ class CsvLookRun {
   // --- The header ----------------------------------------------------------------------------------------------------
 
   bool ReadHead() {
-    Fields head;
-    TakeInto(head, kHeadFields);
+    CsvFields head;
+    file_.TakeInto(head, kHeadFields);
     LookAtQuotes(head);
     const bool sound = LookAtHead(head);
     // The first line of records shows whether the file is one of lines.
-    is_of_lines_ = !head.empty() && head.front().line == head.back().line && EndsLine(head.back());
+    is_of_lines_ = !head.empty() && head.front().line == head.back().line && head.back().EndsLine();
     Pass(Piece::kHead, head);
     return sound;
   }
 
-  bool LookAtHead(const Fields& head) {
+  bool LookAtHead(const CsvFields& head) {
     if (head.size() < kHeadFields) {
-      Found(raw_.Line(), 0, "", "",
+      Found(file_.Line(), 0, "", "",
             {Effect::kStop, "the file ends within its header", "write month, day, year, math and 0 or 1"});
       return false;
     }
@@ -213,7 +143,7 @@ class CsvLookRun {
     return LookAtHeadDate(head, {*month, *day, *year});
   }
 
-  bool LookAtHeadDate(const Fields& head, FileDate date) {
+  bool LookAtHeadDate(const CsvFields& head, FileDate date) {
     if (date.month == kPeriodMark) {
       if (masterfile_.DataLevel() != kPeriodLevel) {
         Found(head[0], 1, "month", {Effect::kStop, "says that the file is of periods, and the book is not", ""});
@@ -253,7 +183,7 @@ class CsvLookRun {
   }
 
   // Whether its first field makes a record a change of the date.
-  [[nodiscard]] bool ChangesDate(const Field& field) {
+  [[nodiscard]] bool ChangesDate(const CsvField& field) {
     const Text text = TextOf(field);
     return by_code_ ? TrimBoth(text).empty() : LeadingLong(text) < 1;
   }
@@ -265,9 +195,9 @@ class CsvLookRun {
     int of_records = 0;
     int others = 0;
     bool has_run = false;
-    Fields looked_at;
+    CsvFields looked_at;
     for (int i = 0; i < kLines && !AtEnd(); ++i) {
-      Fields line = TakeLine(kMostFields);
+      CsvFields line = file_.TakeLine(kMostFields);
       const bool of_record = line.size() == kRecordFields || line.size() == kRecordFields + kDateFields;
       if (!IsEmptyLine(line)) ++(of_record ? of_records : others);
       has_run =
@@ -275,23 +205,23 @@ class CsvLookRun {
       std::ranges::move(line, std::back_inserter(looked_at));
     }
     is_of_lines_ = of_records >= others && !has_run;
-    PutBack(std::move(looked_at));
+    file_.PutBack(std::move(looked_at));
   }
 
   void ReadRunOfRecord() {
-    Fields record;
-    TakeInto(record, kRecordFields);
+    CsvFields record;
+    file_.TakeInto(record, kRecordFields);
     ++record_;
     if (record.size() < kRecordFields) return Dropped(record);
     LookAtQuotes(record);
     if (!LookAtRecord(record)) return;
-    TakeInto(record, kDateFields);
+    file_.TakeInto(record, kDateFields);
     LookAtDateChange(record);
   }
 
   // What stands behind the last whole record. An empty line or two do no harm there.
-  void Dropped(const Fields& record) {
-    const bool empty = std::ranges::all_of(record, [](const Field& field) { return field.bytes.empty(); });
+  void Dropped(const CsvFields& record) {
+    const bool empty = std::ranges::all_of(record, [](const CsvField& field) { return field.bytes.empty(); });
     if (!empty) {
       Found(record.front(), 0, "",
             {Effect::kSilent, "begins a record that the file ends in, and that is dropped",
@@ -301,7 +231,7 @@ class CsvLookRun {
   }
 
   void ReadLineOfRecord() {
-    Fields line = TakeLine();
+    CsvFields line = file_.TakeLine();
     if (IsEmptyLine(line)) return ReadEmptyLines(std::move(line));
     ++record_;
     LookAtQuotes(line);
@@ -310,18 +240,18 @@ class CsvLookRun {
     }
     if (!LookAtRecord(line)) return;
     if (line.size() == kRecordFields && !AtEnd()) {
-      for (Field& field : TakeLine()) line.push_back(std::move(field));
+      for (CsvField& field : file_.TakeLine()) line.push_back(std::move(field));
     }
     LookAtDateChange(line);
   }
 
   // Three fields at most may be missing at the end of the file.
-  void ReadEmptyLines(Fields lines) {
+  void ReadEmptyLines(CsvFields lines) {
     constexpr std::size_t kHarmless = 3;
     while (!AtEnd()) {
-      Fields next = TakeLine();
+      CsvFields next = file_.TakeLine();
       if (!IsEmptyLine(next)) {
-        PutBack(std::move(next));
+        file_.PutBack(std::move(next));
         break;
       }
       lines.push_back(std::move(next.front()));
@@ -334,11 +264,11 @@ class CsvLookRun {
     Pass(Piece::kRecord, lines);
   }
 
-  void WrongCount(const Fields& line, std::size_t wanted) {
+  void WrongCount(const CsvFields& line, std::size_t wanted) {
     // The quote says it all.
-    if (HasOpenQuote(line.back())) return Pass(Piece::kRecord, line);
+    if (line.back().HasOpenQuote()) return Pass(Piece::kRecord, line);
     Text text;
-    for (const Field& field : line) text += stream_.Encoding().Decode(field.raw);
+    for (const CsvField& field : line) text += file_.RawTextOf(field);
     const bool more = line.size() > wanted;
     while (!text.empty() && (text.back() == '\r' || text.back() == '\n')) text.pop_back();
     Found(line.front().line, 0, "", text,
@@ -351,7 +281,7 @@ class CsvLookRun {
   }
 
   // True where it changes the date, and the date's fields are wanted.
-  bool LookAtRecord(Fields& record) {
+  bool LookAtRecord(CsvFields& record) {
     const auto account = LookAtAccount(record[0]);
     if (account == kChangesDate) return true;
     if (is_of_lines_ && record.size() != kRecordFields) {
@@ -367,7 +297,7 @@ class CsvLookRun {
     return false;
   }
 
-  void LookWhetherNamed(const Fields& record, Long account, Long field) {
+  void LookWhetherNamed(const CsvFields& record, Long account, Long field) {
     const Long account_position = tables_.AccountPosition(account);
     const Long field_position = tables_.FieldPosition(field);
     if (!date_ || account_position == 0 || field_position == 0) return;
@@ -380,10 +310,10 @@ class CsvLookRun {
   static constexpr Long kUnknown = 0;
 
   // The number of the account, kUnknown or kChangesDate.
-  Long LookAtAccount(const Field& field) {
+  Long LookAtAccount(const CsvField& field) {
     if (by_code_) {
       if (TrimBoth(TextOf(field)).empty()) return kChangesDate;
-      Look(field, 1, "account", CodeTrouble(tables_, stream_.Encoding(), found_out_, field.bytes));
+      Look(field, 1, "account", CodeTrouble(tables_, file_.Encoding(), file_.IsEncodingFoundOut(), field.bytes));
       return tables_.AccountOfCode(CutCode(TextOf(field)));
     }
     const auto number = Whole<Long>(field, 1, "account");
@@ -396,14 +326,14 @@ class CsvLookRun {
 
   // A text that is no number counts as 0 to the import, and so as a change of the date. In a file of lines it is looked
   // at as what it was meant for.
-  Long LookAtNoAccount(const Field& field, Long number) {
+  Long LookAtNoAccount(const CsvField& field, Long number) {
     if (number != 0 || !is_of_lines_ || !LooseNumberTrouble(TextOf(field))) return kChangesDate;
     Found(field, 1, "account",
           {Effect::kSilent, "is read as a change of the date: the file tells of accounts by number", ""});
     return kUnknown;
   }
 
-  void LookAtDateChange(const Fields& record) {
+  void LookAtDateChange(const CsvFields& record) {
     const std::size_t parts = record.size() - kRecordFields;
     if (parts != kDateFields) {
       date_.reset();
@@ -423,7 +353,7 @@ class CsvLookRun {
   }
 
   // The audit takes a period's number for a day of the month before the year's first; the import takes it as it is meant.
-  void LookAtDate(const Field& field, const FileDate& date) {
+  void LookAtDate(const CsvField& field, const FileDate& date) {
     const bool of_period = date.month == kPeriodMark;
     if (of_period) {
       if (!masterfile_.DateValid(DateFromParts(FixYear(date.year), date.month, date.day))) {
@@ -441,11 +371,7 @@ class CsvLookRun {
   FindingListener& listener_;
   BookTables tables_;
   FigurePlaces places_;
-  RawText raw_;
-  FileStream source_;
-  CSVFieldStream stream_;
-  bool found_out_;  // the encoding, from the file's bytes
-  std::deque<Field> waiting_;
+  CsvFile file_;
   bool is_of_lines_ = false;
 
   bool by_code_ = false;
