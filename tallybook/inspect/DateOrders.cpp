@@ -38,7 +38,7 @@ class OrderSearch {
   DateOrders Find() {
     masterfile_.BeginProgress("Looking at the Dates");
     while (file_.Next()) {
-      const LineFields fields = FieldsOf(file_.Line(), ";");
+      const LineFields fields = split_(file_.Line());
       if (!std::ranges::all_of(fields, IsBlank)) LookAt(file_.DateOf(fields));
       masterfile_.SetProgressFraction(file_.Share());
     }
@@ -105,6 +105,7 @@ class OrderSearch {
 
   Masterfile& masterfile_;
   DelimitedFile file_;
+  LineSplitter split_{";"};
   std::array<Fit, kOrders> fits_;
   std::array<std::array<std::optional<Difference>, kOrders>, kOrders>
       differences_;  // of the later order from the earlier

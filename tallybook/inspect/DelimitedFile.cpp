@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/ModParse.h"
 #include "base/Texts.h"
 #include "import/DelimitedImport.h"
 #include "platform/FileSystem.h"
@@ -13,22 +12,20 @@ namespace tallybook::inspect {
 
 namespace {
 
-constexpr std::string_view kFieldSeparators = ",\t";
 constexpr std::string_view kDateSeparators = "/. ";
 constexpr Integer kPeriodMark = -1;
 
-LineFields Split(std::string_view text, std::string_view separators, std::string_view stoppers) {
-  SplitQuoted split(separators, stoppers);
-  std::vector<std::string_view> views(kMostFields);
-  split(text, views);
-  while (!views.empty() && views.back().empty()) views.pop_back();
-  return {views.begin(), views.end()};
-}
-
 }  // namespace
 
-LineFields FieldsOf(std::string_view line, std::string_view stoppers) {
-  return Split(line, kFieldSeparators, stoppers);
+LineSplitter::LineSplitter(std::string_view separators, std::string_view stoppers)
+    : split_(separators, stoppers), fields_(kMostFields + 1) {}
+
+LineFields LineSplitter::operator()(std::string_view line) {
+  std::ranges::fill(fields_, std::string_view());
+  split_(line, fields_);
+  std::size_t count = kMostFields;
+  while (count > 0 && fields_[count - 1].empty()) --count;
+  return LineFields(fields_).first(count);
 }
 
 bool IsBlank(std::string_view text) {
@@ -51,7 +48,8 @@ DelimitedFile::DelimitedFile(const Text& path, const DelimitedForm& form)
       source_(ThePlatform().files->Open(path, Access::kRead, Sharing::kShared, Creation::kMustExist)),
       encoding_(source_, form.encoding),
       found_out_(form.encoding == TextEncoding::kDetect && encoding_.Start() == 0),
-      lines_(source_, encoding_.Start()) {}
+      lines_(source_, encoding_.Start()),
+      date_parts_(kDateSeparators, "") {}
 
 bool DelimitedFile::Next() {
   if (!lines_.Next(line_)) return false;
@@ -71,16 +69,16 @@ void DelimitedFile::FindRaw() {
   }
 }
 
-LineDate DelimitedFile::DateOf(const LineFields& fields) {
+LineDate DelimitedFile::DateOf(LineFields fields) {
   LineDate date;
   LineFields parts = fields;
   if (form_.date_in_one_field) {
-    date.text = fields.empty() ? Text() : TextOf(fields.front());
-    parts = Split(fields.empty() ? std::string() : fields.front(), kDateSeparators, "");
+    const std::string_view whole = fields.empty() ? std::string_view() : fields.front();
+    date.text = TextOf(whole);
+    parts = date_parts_(whole);
     date.has_more = parts.size() > date.parts.size();
   }
-  parts.resize(date.parts.size());
-  for (std::size_t i = 0; i < date.parts.size(); ++i) date.parts[i] = TextOf(parts[i]);
+  for (std::size_t i = 0; i < std::min(parts.size(), date.parts.size()); ++i) date.parts[i] = TextOf(parts[i]);
   if (!form_.date_in_one_field) date.text = date.parts[0] + "," + date.parts[1] + "," + date.parts[2];
   // The first field may begin with the line feed of the line before.
   if (date.text.starts_with('\n')) date.text.erase(0, 1);

@@ -27,18 +27,18 @@ namespace {
 
 struct Pair {
   Integer column = 0;  // of the field's number; the value stands behind it
-  Text field;
-  Text value;
+  std::string_view field;
+  std::string_view value;
   bool operator==(const Pair&) const = default;
 };
 
 // The pairs of a line, from a field on, as far as they go.
-std::vector<Pair> PairsFrom(const LineFields& fields, std::size_t first) {
-  std::vector<Pair> pairs;
+void FindPairs(LineFields fields, std::size_t first, std::vector<Pair>& pairs) {
+  pairs.clear();
   for (std::size_t i = first; i < fields.size(); i += 2) {
-    pairs.push_back({static_cast<Integer>(i + 1), fields[i], i + 1 < fields.size() ? fields[i + 1] : Text()});
+    pairs.push_back(
+        {static_cast<Integer>(i + 1), fields[i], i + 1 < fields.size() ? fields[i + 1] : std::string_view()});
   }
-  return pairs;
 }
 
 bool IsComment(std::string_view line) {
@@ -88,8 +88,8 @@ class DelimitedLookRun {
   // --- A line --------------------------------------------------------------------------------------------------------
 
   void LookAtLine(std::string_view line) {
-    const LineFields audited = FieldsOf(line, ";");
-    const bool audit_passes = std::ranges::none_of(audited, [](const std::string& field) { return HasText(field); });
+    const LineFields audited = audited_(line);
+    const bool audit_passes = std::ranges::none_of(audited, HasText);
     if (!audit_passes) {
       ++record_;
       ++tally_.records;
@@ -98,7 +98,8 @@ class DelimitedLookRun {
     LookAtWholeLine(line);
     LookAtDate(audited);
     LookAtAccount(audited);
-    LookAtPairs(line, PairsFrom(audited, first_pair_));
+    FindPairs(audited, first_pair_, pairs_);
+    LookAtPairs(line);
   }
 
   // The audit passes over such a line, but for one that begins with the line feed of the line before; to the import each
@@ -120,10 +121,7 @@ class DelimitedLookRun {
       Found(0, "", TextOf(line),
             {Effect::kSilent, "has a quote that is never closed: separators behind it are text", "close the quote"});
     }
-    std::vector<std::string_view> fields(kMostFields + 1);
-    SplitQuoted split(",\t", ";");
-    split(line, fields);
-    if (!fields.back().empty()) {
+    if (audited_.HasMore()) {
       Found(0, "", TextOf(line),
             {Effect::kSilent, fmt::format("has more than {} fields; the rest is dropped", kMostFields),
              "make two lines of it"});
@@ -132,7 +130,7 @@ class DelimitedLookRun {
 
   // --- The date ------------------------------------------------------------------------------------------------------
 
-  void LookAtDate(const LineFields& fields) {
+  void LookAtDate(LineFields fields) {
     date_.reset();
     const LineDate date = file_.DateOf(fields);
     if (date.has_more) {
@@ -161,9 +159,9 @@ class DelimitedLookRun {
 
   // --- The account ---------------------------------------------------------------------------------------------------
 
-  void LookAtAccount(const LineFields& fields) {
+  void LookAtAccount(LineFields fields) {
     const std::size_t place = first_pair_ - 1;
-    const Text bytes = place < fields.size() ? fields[place] : Text();
+    const std::string_view bytes = place < fields.size() ? fields[place] : std::string_view();
     const auto column = static_cast<Integer>(place + 1);
     Look(column, "account", TextOf(bytes), CodeTrouble(tables_, file_.Encoding(), file_.IsEncodingFoundOut(), bytes));
     account_ = tables_.AccountOfCode(CutCode(TextOf(bytes)));
@@ -171,30 +169,30 @@ class DelimitedLookRun {
 
   // --- The pairs -----------------------------------------------------------------------------------------------------
 
-  void LookAtPairs(std::string_view line, const std::vector<Pair>& pairs) {
-    for (std::size_t i = 0; i < pairs.size(); ++i) {
-      const Pair& pair = pairs[i];
+  void LookAtPairs(std::string_view line) {
+    for (std::size_t i = 0; i < pairs_.size(); ++i) {
+      const Pair& pair = pairs_[i];
       if (pair.field.empty() && pair.value.empty()) {
-        TellDropped(pair, pairs.size() - i - 1, "an empty pair ends the line's pairs");
+        TellDropped(pair, pairs_.size() - i - 1, "an empty pair ends the line's pairs");
         break;
       }
-      LookAtPair(pair, pairs.size() - i - 1);
+      LookAtPair(pair, pairs_.size() - i - 1);
     }
-    LookAtComment(line, pairs);
+    if (line.find(';') != std::string_view::npos) LookAtComment(line);
   }
 
   void LookAtPair(const Pair& pair, std::size_t behind) {
     const auto value_column = static_cast<Integer>(pair.column + 1);
-    const auto field_trouble = StrictWholeTrouble(pair.field);
-    if (!Look(pair.column, "field", pair.field, field_trouble)) LookAtFieldNumber(pair);
+    const Text field(pair.field);
+    if (!Look(pair.column, "field", field, StrictWholeTrouble(field))) LookAtFieldNumber(pair);
     if (pair.value.empty()) {
-      Found(value_column, "value", pair.field,
+      Found(value_column, "value", field,
             {Effect::kSilent,
              behind == 0 ? Text("has no value, and is passed over")
                          : "has no value, and ends the line's pairs: " + Behind(behind),
              "write a value, or take the field away"});
     } else {
-      Look(value_column, "value", TextOf(pair.value), StrictNumberTrouble(pair.value));
+      Look(value_column, "value", TextOf(pair.value), StrictNumberTrouble(Text(pair.value)));
     }
   }
 
@@ -208,12 +206,13 @@ class DelimitedLookRun {
   }
 
   void LookAtFieldNumber(const Pair& pair) {
-    const Long number = WholeLongText(pair.field);
+    const Text field(pair.field);
+    const Long number = WholeLongText(field);
     if (number < 1) {
-      Found(pair.column, "field", pair.field, {Effect::kStop, "is no field number: they count from 1", ""});
+      Found(pair.column, "field", field, {Effect::kStop, "is no field number: they count from 1", ""});
       return;
     }
-    Look(pair.column, "field", pair.field, FieldTrouble(tables_, number, request_.system_fields));
+    Look(pair.column, "field", field, FieldTrouble(tables_, number, request_.system_fields));
     LookWhetherNamed(pair, number);
   }
 
@@ -226,20 +225,20 @@ class DelimitedLookRun {
   }
 
   // A semicolon ends the line in the audit only: the import reads on, and a comment then counts as fields.
-  void LookAtComment(std::string_view line, const std::vector<Pair>& audited) {
-    const std::vector<Pair> read = PairsFrom(FieldsOf(line, ""), first_pair_);
-    if (read == audited) return;
-    for (std::size_t i = 0; i < read.size(); ++i) {
-      const Pair& pair = read[i];
+  void LookAtComment(std::string_view line) {
+    FindPairs(read_(line), first_pair_, read_pairs_);
+    for (std::size_t i = 0; i < read_pairs_.size(); ++i) {
+      const Pair& pair = read_pairs_[i];
       if (pair.field.empty() || pair.value.empty()) return;
-      if (i < audited.size() && pair == audited[i]) continue;
-      if (StrictWholeTrouble(pair.field) || StrictNumberTrouble(pair.value)) {
-        Found(pair.column, "field", TextOf(pair.field + "," + pair.value),
+      if (i < pairs_.size() && pair == pairs_[i]) continue;
+      const Text both = TextOf(Text(pair.field).append(",").append(pair.value));
+      if (StrictWholeTrouble(Text(pair.field)) || StrictNumberTrouble(Text(pair.value))) {
+        Found(pair.column, "field", both,
               {Effect::kStop, "is broken by a comment: the audit ends at a semicolon, and the import reads on",
                "take the comment away"});
         return;
       }
-      Found(pair.column, "field", TextOf(pair.field + "," + pair.value),
+      Found(pair.column, "field", both,
             {Effect::kSilent, "stands in a comment, which the audit passes over and the import reads",
              "take the comment away"});
     }
@@ -252,6 +251,10 @@ class DelimitedLookRun {
   FigurePlaces places_;
   std::size_t first_pair_;  // the fields in front of the pairs
   DelimitedFile file_;
+  LineSplitter audited_{";"};  // as the audit reads a line
+  LineSplitter read_{""};      // as the import does
+  std::vector<Pair> pairs_;    // of the line, as the audit reads it
+  std::vector<Pair> read_pairs_;
 
   long long record_ = 0;
   std::optional<Date> date_;  // of the line; none where the file's is none of the book
