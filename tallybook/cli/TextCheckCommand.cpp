@@ -12,6 +12,7 @@
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/application/WholeFiles.h"
 #include "tallybook/cli/Commands.h"
+#include "tallybook/cli/FindingPrinter.h"
 #include "tallybook/cli/Findings.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/PrintForm.h"
@@ -29,8 +30,6 @@ namespace tallybook::cli {
 
 namespace {
 
-using inspect::Effect;
-using inspect::Finding;
 using inspect::LookTally;
 
 // What both looks are told.
@@ -77,11 +76,11 @@ class PartFile {
   std::optional<FileStream> stream_;
 };
 
-// Prints findings as they come, so that a file of any size passes through, and writes the parts.
+// Prints findings as they come, and writes the parts.
 class CheckListener : public inspect::FindingListener {
  public:
   CheckListener(Session& session, const TextCheckOptions& options)
-      : options_(options),
+      : printer_(options.file, options.form),
         rejects_(session, options.rejects),
         sound_(session, options.sound),
         splitter_(rejects_.Writer(), sound_.Writer()) {}
@@ -89,60 +88,20 @@ class CheckListener : public inspect::FindingListener {
   void Passed(inspect::Piece piece, std::string_view bytes, bool has_findings) override {
     splitter_.Take(piece, bytes, has_findings);
   }
-
-  void Found(const Finding& finding) override {
-    options_.form == PrintForm::kJson ? PrintJson(finding) : PrintLine(LineOf(finding));
-    any_ = true;
-  }
+  void Found(const inspect::Finding& finding) override { printer_.Print(finding); }
 
   void Finish(const LookTally& tally) {
     rejects_.Keep();
     sound_.Keep();
-    options_.form == PrintForm::kJson ? PrintJsonEnd(tally) : PrintSummary(tally);
+    printer_.Finish(Counted(tally.records, "record") + ", " + FindingsText(tally, "the audit asks about"),
+                    {{"record_count", tally.records}});
   }
 
  private:
-  [[nodiscard]] Text LineOf(const Finding& finding) const {
-    Text line = fmt::format("{}: line {}", options_.file, finding.line);
-    if (finding.record > 0) line += fmt::format(", record {}", finding.record);
-    if (!finding.column_name.empty()) line += fmt::format(", {}", finding.column_name);
-    if (!finding.text.empty()) line += fmt::format(" \"{}\"", finding.text);
-    line += fmt::format(": {}", finding.reason);
-    return finding.help.empty() ? line : line + "; " + finding.help;
-  }
-
-  void PrintJson(const Finding& finding) const {
-    PrintAsItStands((any_ ? ",\n    " : JsonHead() + "\n    ") + JsonLine({{"line", finding.line},
-                                                                           {"record", finding.record},
-                                                                           {"column", finding.column},
-                                                                           {"column_name", finding.column_name},
-                                                                           {"text", finding.text},
-                                                                           {"kind", inspect::WordOf(finding.effect)},
-                                                                           {"what", finding.reason},
-                                                                           {"help", finding.help}}));
-  }
-  [[nodiscard]] Text JsonHead() const { return "{\n  \"file\": " + JsonLine(options_.file) + ",\n  \"findings\": ["; }
-  void PrintJsonEnd(const LookTally& tally) const {
-    PrintAsItStands((any_ ? Text("\n  ") : JsonHead()) +
-                    fmt::format("],\n  \"record_count\": {}\n}}\n", tally.records));
-  }
-
-  void PrintSummary(const LookTally& tally) const {
-    Text line =
-        fmt::format("{}: {}, {}", options_.file, Counted(tally.records, "record"), Counted(tally.All(), "finding"));
-    if (tally.All() > 0) {
-      line += fmt::format(": {} that the audit asks about, {} that the import ends at, {} that it takes in silence",
-                          WithCommas(tally.Of(Effect::kAudit)), WithCommas(tally.Of(Effect::kStop)),
-                          WithCommas(tally.Of(Effect::kSilent)));
-    }
-    PrintLine(line);
-  }
-
-  const TextCheckOptions& options_;
+  FindingPrinter printer_;
   PartFile rejects_;
   PartFile sound_;
   inspect::PieceSplitter splitter_;
-  bool any_ = false;
 };
 
 void NeedNamedFile(const Text& path, const Text& option) {

@@ -5,7 +5,7 @@
 namespace tallybook::inspect {
 
 Text WordOf(Effect effect) {
-  constexpr std::array<const char*, 3> kWords = {"audit", "stop", "silent"};
+  constexpr std::array<const char*, 4> kWords = {"audit", "stop", "silent", "note"};
   return kWords[static_cast<std::size_t>(effect)];
 }
 

@@ -12,7 +12,8 @@ namespace tallybook::inspect {
 
 inline bool operator==(const Finding& a, const Finding& b) {
   return a.line == b.line && a.record == b.record && a.column == b.column && a.column_name == b.column_name &&
-         a.text == b.text && a.effect == b.effect && a.reason == b.reason && a.help == b.help;
+         a.text == b.text && a.effect == b.effect && a.reason == b.reason && a.help == b.help && a.offset == b.offset &&
+         a.account == b.account && a.date == b.date && a.field == b.field;
 }
 
 inline void PrintTo(const Finding& finding, std::ostream* out) {
