@@ -18,6 +18,7 @@
 #include "tallybook/cli/PrintForm.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/SpooledInput.h"
+#include "tallybook/cli/Terminal.h"
 #include "tallybook/cli/TextFileArguments.h"
 #include "tallybook/cli/TextTable.h"
 #include "tallybook/cli/Wording.h"
@@ -116,6 +117,7 @@ ExitStatus RunTextCheck(const TextCheckOptions& options, Look look) {
   session.AddOutput(options.sound);
   const SpooledInput spooled(session.Files(), options.file);
   const auto book = session.OpenToRead(options.book);
+  const CancelKey key;
   CheckListener listener(session, options);
   const LookTally tally = look(*book, listener);
   if (tally.cancelled) return session.StatusOf(false);
@@ -131,12 +133,14 @@ ExitStatus RunCheckCsv(const CheckCsvOptions& options) {
   });
 }
 
-// The order that fits the dates, where the user has named none. Failure 5 where none fits, or more than one.
-Integer DateOrderOf(Masterfile& book, const inspect::DelimitedLookRequest& request) {
+// The order that fits the dates, where the user has named none; nothing where the user ended the look at them. Failure 5
+// where none fits, or more than one.
+std::optional<Integer> DateOrderOf(Masterfile& book, const inspect::DelimitedLookRequest& request) {
   if (request.date_order != kFindDateOrder) return request.date_order;
   // The look tells of these, and no date can be read before.
   if (!request.form.any_line_end && application::BadLineEnds(request.file)) return kMonthDayYear;
   const inspect::DateOrders orders = inspect::FindDateOrders(book, request.file, request.form);
+  if (orders.cancelled) return std::nullopt;
   if (orders.fitting.size() == 1) return orders.fitting.front().order;
   throw Failure(FailureNumber::kInvalidArgument, request.file + ": " + inspect::Tell(orders));
 }
@@ -146,7 +150,9 @@ ExitStatus RunCheckDelimited(const CheckDelimitedOptions& options) {
   request.file = options.file;
   request.form.date_in_one_field = !options.date_parts;
   return RunTextCheck(options, [&](Masterfile& book, inspect::FindingListener& listener) {
-    request.date_order = DateOrderOf(book, request);
+    const std::optional<Integer> order = DateOrderOf(book, request);
+    if (!order) return LookTally{.cancelled = true};
+    request.date_order = *order;
     return inspect::LookAtDelimited(book, request, listener);
   });
 }

@@ -32,6 +32,7 @@
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/SpooledInput.h"
 #include "tallybook/cli/SummaryFile.h"
+#include "tallybook/cli/Terminal.h"
 #include "tallybook/cli/TextFileArguments.h"
 #include "tallybook/cli/TextTable.h"
 #include "tallybook/inspect/DateOrders.h"
@@ -284,13 +285,17 @@ ExitStatus RunImportCsv(const ImportCsvOptions& options) {
   return RunTextImport(options, question, "import csv", NothingToLookAt, import, way_of);
 }
 
+constexpr const char* kCancelledBefore = "cancelled before anything was imported";
+
 // Looks through the dates and asks whether they are to be read in the one order that fits them. Gives why the import cannot
 // begin; nothing where `order` is set.
 std::optional<Text> ProposeDateOrder(engine::Book& book, const Text& file, const ImportDelimitedOptions& options,
                                      Integer& order) {
+  const CancelKey key;
   const inspect::DateOrders orders = inspect::FindDateOrders(
       book, file,
       {.date_in_one_field = !options.date_parts, .any_line_end = options.any_line_end, .encoding = options.encoding});
+  if (orders.cancelled) return kCancelledBefore;
   const Text told = inspect::Tell(orders);
   if (orders.fitting.empty()) return told;
   if (orders.fitting.size() > 1) {
@@ -298,7 +303,7 @@ std::optional<Text> ProposeDateOrder(engine::Book& book, const Text& file, const
   }
   order = orders.fitting.front().order;
   if (orders.dates == 0 || Confirm(book.App(), file + ": " + told + ".\r\n\r\nImport them so?")) return std::nullopt;
-  return "cancelled before anything was imported";
+  return kCancelledBefore;
 }
 
 ExitStatus RunImportDelimited(const ImportDelimitedOptions& options) {

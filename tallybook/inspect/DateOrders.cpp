@@ -37,13 +37,15 @@ class OrderSearch {
 
   DateOrders Find() {
     masterfile_.BeginProgress("Looking at the Dates");
-    while (file_.Next()) {
+    masterfile_.SetProgressCancelEnabled(true);
+    while (!found_.cancelled && file_.Next()) {
       const LineFields fields = split_(file_.Line());
       if (!std::ranges::all_of(fields, IsBlank)) LookAt(file_.DateOf(fields));
       masterfile_.SetProgressFraction(file_.Share());
+      found_.cancelled = masterfile_.ProgressCancelled();
     }
     masterfile_.EndProgress();
-    return Verdict();
+    return found_.cancelled ? std::move(found_) : Verdict();
   }
 
  private:

@@ -39,6 +39,7 @@ struct DateOrders {
   // Where more than one fits: the first date that they read in different ways, and how, in their order.
   DateAt open;
   std::vector<Date> readings;
+  bool cancelled = false;  // the user ended it before the file's end: nothing is known
 };
 
 // Looks through all dates of the file. Moves nothing of the book but its progress display.

@@ -73,6 +73,15 @@ TEST_F(DateOrdersTest, ATextThatIsNoDateRulesOutEveryOrder) {
   EXPECT_THAT(Fitting("Date,Account\r02/13/2004,100,1,5\r"), IsEmpty());
 }
 
+TEST_F(DateOrdersTest, TheUserMayEndIt) {
+  setup_.book().progress.CancelAtPoll(2);
+  const DateOrders orders = Find("02/13/2004,100,1,5\r02/13/2004,100,1,5\r02/13/2004,100,1,5\r");
+  EXPECT_TRUE(orders.cancelled);
+  EXPECT_EQ(orders.dates, 2);
+  EXPECT_THAT(orders.fitting, IsEmpty());
+  EXPECT_FALSE(setup_.book().progress.open);
+}
+
 // Dates that were written in one order are read in it, or the choice is left open.
 RC_GTEST_PROP(DateOrdersProperties, TheOrderThatTheDatesWereWrittenInAlwaysFits, ()) {
   testing::TextImportSetup setup;
