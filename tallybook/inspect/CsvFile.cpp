@@ -25,6 +25,27 @@ bool CsvField::EndsInQuote() const {
   return last != std::string::npos && raw[last] == '"';
 }
 
+std::size_t CsvField::SeparatorLength() const {
+  if (raw.empty() || HasOpenQuote()) return 0;
+  if (raw.ends_with("\r\n")) return 2;
+  return raw.back() == ',' || EndsLine() ? 1 : 0;
+}
+
+std::string CsvField::With(std::string_view separator) const {
+  const std::size_t length = SeparatorLength();
+  return length == 0 ? raw : raw.substr(0, raw.size() - length).append(separator);
+}
+
+std::string AsOneLine(const CsvFields& fields) {
+  constexpr std::string_view kLineEnd = "\r\n";
+  if (fields.empty()) return {};
+  std::string line;
+  for (std::size_t i = 0; i + 1 < fields.size(); ++i) line += fields[i].With(",");
+  line += fields.back().With(kLineEnd);
+  if (!line.ends_with('\n') && !fields.back().HasOpenQuote()) line += kLineEnd;
+  return line;
+}
+
 bool IsEmptyLine(const CsvFields& fields) {
   return fields.size() == 1 && fields.front().bytes.empty() &&
          fields.front().raw.find_first_of(",\"") == std::string::npos;

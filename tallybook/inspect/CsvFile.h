@@ -6,6 +6,7 @@
 #include <deque>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/TextEncoding.h"
@@ -26,9 +27,16 @@ struct CsvField {
   [[nodiscard]] bool HasOpenQuote() const;
   // Whether something stands between a closing quote and the separator: the import takes it for a field of its own.
   [[nodiscard]] bool EndsInQuote() const;
+  // As it stands, but with another separator in the place of its own. A text that has none stays as it is.
+  [[nodiscard]] std::string With(std::string_view separator) const;
+
+ private:
+  [[nodiscard]] std::size_t SeparatorLength() const;
 };
 using CsvFields = std::vector<CsvField>;
 
+// The fields on a line of their own, whatever lines they stand on; nothing where there are none.
+[[nodiscard]] std::string AsOneLine(const CsvFields& fields);
 // Whether nothing but a line end, and blanks, stand there.
 [[nodiscard]] bool IsEmptyLine(const CsvFields& fields);
 

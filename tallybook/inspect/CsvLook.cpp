@@ -77,11 +77,17 @@ class CsvLookRun {
   }
 
   void Pass(Piece piece, const CsvFields& fields) {
-    std::string bytes;
-    for (const CsvField& field : fields) bytes += field.raw;
-    listener_.Passed(piece, bytes, std::exchange(piece_has_findings_, false));
+    listener_.Passed(piece, BytesOf(fields), std::exchange(piece_has_findings_, false));
     masterfile_.SetProgressFraction(file_.Share());
     tally_.cancelled = masterfile_.ProgressCancelled();
+  }
+
+  // In a run of fields a line means nothing, but the parts of the file are looked at, too, and may read like lines.
+  [[nodiscard]] std::string BytesOf(const CsvFields& fields) const {
+    if (!is_of_lines_) return AsOneLine(fields);
+    std::string bytes;
+    for (const CsvField& field : fields) bytes += field.raw;
+    return bytes;
   }
 
   void LookAtQuotes(const CsvFields& fields) {
@@ -219,7 +225,7 @@ class CsvLookRun {
     LookAtDateChange(record);
   }
 
-  // What stands behind the last whole record. An empty line or two do no harm there.
+  // What stands behind the last whole record. An empty line or two do no harm there, and go into no part.
   void Dropped(const CsvFields& record) {
     const bool empty = std::ranges::all_of(record, [](const CsvField& field) { return field.bytes.empty(); });
     if (!empty) {
@@ -227,7 +233,7 @@ class CsvLookRun {
             {Effect::kSilent, "begins a record that the file ends in, and that is dropped",
              "write account, field and value"});
     }
-    Pass(Piece::kRecord, record);
+    Pass(Piece::kRecord, empty ? CsvFields() : record);
   }
 
   void ReadLineOfRecord() {

@@ -5,6 +5,7 @@
 #include "tallybook/inspect/CsvLook.h"
 #include "tests/import/TextImportSetup.h"
 #include "tests/support/FailsWith.h"
+#include "tests/tallybook/inspect/CsvFieldsIn.h"
 #include "tests/tallybook/inspect/Findings.h"
 
 namespace tallybook::inspect {
@@ -25,7 +26,7 @@ class CsvLookTest : public ::testing::Test {
     list_.emplace();
     setup_.platform.memory.Put(kPath, bytes);
     tally_ = LookAtCsv(setup_.book(), request_, *list_);
-    EXPECT_EQ(list_->whole, bytes) << "the pieces make up the file";
+    EXPECT_EQ(FieldsIn(list_->whole), FieldsIn(bytes)) << "the pieces make up the file";
     EXPECT_EQ(tally_.All(), static_cast<long long>(list_->findings.size()));
     return list_->findings;
   }
@@ -38,6 +39,8 @@ class CsvLookTest : public ::testing::Test {
     }
     return words;
   }
+
+  std::vector<std::string> FieldsIn(const std::string& bytes) { return testing::FieldsIn(setup_, bytes); }
 
   testing::TextImportSetup setup_;
   CsvLookRequest request_{.file = kPath};
@@ -162,6 +165,20 @@ TEST_F(CsvLookTest, AFileThatIsNotOfLinesIsReadAsOneRunOfFields) {
               ElementsAre("1 account \"999\" audit: is no account code of the book"));
   EXPECT_THAT(Words("2,3,2004,1,1,100,1,5,200,1"),
               ElementsAre("1  \"200\" silent: begins a record that the file ends in, and that is dropped"));
+}
+
+TEST_F(CsvLookTest, ThePartsOfARunOfFieldsAreFilesOfLines) {
+  Look(kHead + "100,1,5,999,1,5\r\n300\r\n1,5,,0,0,2\r\n4,2004,100,2,7,");
+  EXPECT_EQ(list_->sound, kHead + "100,1,5\r\n300,1,5\r\n,0,0,2,4,2004\r\n100,2,7\r\n");
+  EXPECT_EQ(list_->rejects, kHead + "999,1,5\r\n");
+  const std::string sound = list_->sound;
+  EXPECT_THAT(Words(sound), IsEmpty());
+}
+
+TEST_F(CsvLookTest, WhatALineOfARunLacksIsNotMendedInItsPart) {
+  Look("2,3,2004,1,1,100,1,5,\"200\"x,1,");
+  EXPECT_EQ(list_->sound, "2,3,2004,1,1\r\n100,1,5\r\n");
+  EXPECT_EQ(list_->rejects, "2,3,2004,1,1\r\n\"200\"x,1\r\n");
 }
 
 TEST_F(CsvLookTest, ALineThatHoldsSeveralRecordsShowsThatLinesMeanNothing) {

@@ -7,6 +7,7 @@
 #include "tallybook/inspect/CsvLook.h"
 #include "tallybook/inspect/DelimitedLook.h"
 #include "tests/import/TextImportSetup.h"
+#include "tests/tallybook/inspect/CsvFieldsIn.h"
 #include "tests/tallybook/inspect/Findings.h"
 
 namespace tallybook::inspect {
@@ -48,7 +49,8 @@ class Trial {
 // Only where no line is passed over do both read the same records.
 bool MovesNothing(const std::vector<Finding>& findings) {
   return std::ranges::none_of(findings, [](const Finding& finding) {
-    return finding.column_name.empty() && finding.reason.find("moves") != Text::npos;
+    return finding.column_name.empty() &&
+           (finding.reason.find("moves") != Text::npos || finding.reason.find("never closed") != Text::npos);
   });
 }
 
@@ -60,7 +62,7 @@ RC_GTEST_PROP(LooksAgreeWithImportsProperties, ACsvFileIsImportedWhereNothingWas
                                    "100,1,5,", "\r\n", "300,1,x\r\n", "12345678901,1,5\r\n", "\"100\r\n"});
   Trial trial(bytes);
   const LookTally tally = LookAtCsv(trial.setup.book(), {.file = kPath}, trial.list);
-  RC_ASSERT(trial.list.whole == bytes);
+  RC_ASSERT(testing::FieldsIn(trial.setup, trial.list.whole) == testing::FieldsIn(trial.setup, bytes));
   RC_ASSERT(trial.setup.Changed().empty());
   if (!MovesNothing(trial.list.findings)) return;
   const bool stops = tally.Of(Effect::kAudit) + tally.Of(Effect::kStop) > 0;
@@ -68,9 +70,11 @@ RC_GTEST_PROP(LooksAgreeWithImportsProperties, ACsvFileIsImportedWhereNothingWas
 }
 
 RC_GTEST_PROP(LooksAgreeWithImportsProperties, TheSoundPartOfACsvFileIsImported, ()) {
-  const std::string bytes = "2,3,2004,1,1\r\n" + *Some({"100,1,5\r\n", "200,1,5\r\n", "999,1,5\r\n", "100,77,5\r\n",
-                                                        "300,2,\"1,5\"\r\n", ",0,0,2,4,2004\r\n", ",0,0,2,5,2004\r\n",
-                                                        ",,,1,1,2010\r\n", "100,1,5,9\r\n", "\r\n"});
+  const std::string bytes =
+      "2,3,2004,1,1" + *rc::gen::element<std::string>("\r\n", "\r\n", ",") +
+      *Some({"100,1,5\r\n", "200,1,5\r\n", "999,1,5\r\n", "100,77,5\r\n", "300,2,\"1,5\"\r\n", ",0,0,2,4,2004\r\n",
+             ",0,0,2,5,2004\r\n", ",,,1,1,2010\r\n", "100,1,5,9\r\n", "\r\n", "200,2,5,", "100\r\n2\r\n5\r\n",
+             "999,1,5,", ",0,0\r\n2,6,2004\r\n", "300,1,7,200,1"});
   Trial trial(bytes);
   LookAtCsv(trial.setup.book(), {.file = kPath}, trial.list);
   Trial sound(trial.list.sound);
