@@ -16,6 +16,7 @@
 #include "support/Utility.h"
 #include "tallybook/application/FileKind.h"
 #include "tallybook/application/WholeFiles.h"
+#include "tallybook/engine/Book.h"
 
 namespace tallybook::application {
 
@@ -139,6 +140,18 @@ void FailNoDefinition(const Text& book_path, Integer number, const std::vector<I
                 book_path + ": there is no exchange definition " + std::to_string(number) + "; " +
                     (in_use.empty() ? "there are none" : "the numbers in use are " + in_use),
                 "DefinitionLook");
+}
+
+SeenDefinition NeedDefinition(WholeFiles& files, const engine::Book& book, Integer number) {
+  const auto definitions = LookAtDefinitions(files, book.DataPath(), book.FileExtension());
+  const auto found = std::ranges::find(definitions, number, &SeenDefinition::number);
+  if (found == definitions.end()) {
+    std::vector<Integer> numbers;
+    for (const SeenDefinition& seen : definitions) numbers.push_back(seen.number);
+    FailNoDefinition(book.Path(), number, numbers);
+  }
+  NeedReadableDefinitions({*found});
+  return *found;
 }
 
 Text ArchiveCopyName(const Text& folder, const Text& extension, Integer number) {

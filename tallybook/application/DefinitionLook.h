@@ -8,6 +8,10 @@
 #include "base/Types.h"
 #include "import/DefinitionRecord.h"
 
+namespace tallybook::engine {
+class Book;
+}
+
 namespace tallybook::application {
 
 struct SeenDefinition {
@@ -37,6 +41,9 @@ void NeedReadableDefinitions(const std::vector<SeenDefinition>& definitions);
 
 // Failure 5 for a definition that there is none of: it names the numbers in use.
 [[noreturn]] void FailNoDefinition(const Text& book_path, Integer number, const std::vector<Integer>& numbers);
+
+// The definition of that number. Failure 5 as FailNoDefinition, 75 where it cannot be read.
+[[nodiscard]] SeenDefinition NeedDefinition(WholeFiles& files, const engine::Book& book, Integer number);
 
 // The copy that is kept of the file that a definition imported last. `folder` and `extension` as above.
 [[nodiscard]] Text ArchiveCopyName(const Text& folder, const Text& extension, Integer number);

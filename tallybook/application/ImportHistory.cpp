@@ -48,13 +48,17 @@ std::optional<EarlierImport> ImportHistory::Find(const Text& path, const Text& p
 }
 
 Text EarlierImportText(const Text& path, const EarlierImport& earlier) {
+  return OnOneLine(path) + ": " + EarlierImportReason(path, earlier);
+}
+
+Text EarlierImportReason(const Text& path, const EarlierImport& earlier) {
   const Text by = earlier.who.empty() ? Text() : " by " + earlier.who;
   const Text as = earlier.file == path ? Text() : " as " + OnOneLine(earlier.file);
   const bool open = earlier.entry.state == engine::JournalState::kOpen;
   const Text what = open ? "the import of it was begun and not finished" : "it was imported";
   const Text likely = earlier.likely ? "a file of this name and size: " : "";
-  return fmt::format("{}: {}{} on {}{}{} (journal entry {}), and that has not been taken back", OnOneLine(path), likely,
-                     what, DateTimeText(earlier.entry.time), by, as, earlier.entry.id);
+  return fmt::format("{}{} on {}{}{} (journal entry {}), and that has not been taken back", likely, what,
+                     DateTimeText(earlier.entry.time), by, as, earlier.entry.id);
 }
 
 }  // namespace tallybook::application

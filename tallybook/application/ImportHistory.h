@@ -43,5 +43,7 @@ class ImportHistory {
 // "in/north.QDX was imported on 2024-03-01 12:00:00 by anna (journal entry 3), and has not been taken back", and under which
 // name where that was another.
 [[nodiscard]] Text EarlierImportText(const Text& path, const EarlierImport& earlier);
+// The same without the path in front.
+[[nodiscard]] Text EarlierImportReason(const Text& path, const EarlierImport& earlier);
 
 }  // namespace tallybook::application

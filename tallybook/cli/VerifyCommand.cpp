@@ -1,7 +1,5 @@
-#include <algorithm>
 #include <fmt/format.h>
 #include <iostream>
-#include <iterator>
 #include <sstream>
 
 #include "tallybook/application/ImportSummary.h"
@@ -25,18 +23,6 @@ struct VerifyOptions {
   AskOptions asking;
 };
 
-application::SeenDefinition DefinitionOf(Session& session, engine::Book& book, Integer number) {
-  const auto definitions = application::LookAtDefinitions(session.Files(), book.DataPath(), book.FileExtension());
-  const auto found = std::ranges::find(definitions, number, &application::SeenDefinition::number);
-  if (found == definitions.end()) {
-    std::vector<Integer> numbers;
-    std::ranges::transform(definitions, std::back_inserter(numbers), &application::SeenDefinition::number);
-    application::FailNoDefinition(book.Path(), number, numbers);
-  }
-  application::NeedReadableDefinitions({*found});
-  return *found;
-}
-
 // The files that are read: none of them may be a device or the like.
 void LookAtFiles(Session& session, const Text& pattern) {
   application::NeedRegularExchangeFiles(pattern);
@@ -57,7 +43,8 @@ ExitStatus RunVerify(const VerifyOptions& options) {
   const auto book = session.OpenToPreview(options.book);
   session.KeepNoLog();
   const CancelKey key;
-  const application::SeenDefinition definition = DefinitionOf(session, *book, options.definition);
+  const application::SeenDefinition definition =
+      application::NeedDefinition(session.Files(), *book, options.definition);
   const Text& pattern = options.file.empty() ? definition.exchange_files : options.file;
   LookAtFiles(session, pattern);
   std::ostringstream unread;
