@@ -20,6 +20,8 @@ namespace tallybook::cli {
 [[nodiscard]] CommandTable ImportDelimitedCommand();
 [[nodiscard]] CommandTable DefinitionCommand();
 [[nodiscard]] CommandTable QdxCommand();
+// This goes under `qdx`.
+[[nodiscard]] CommandTable QdxCheckCommand();
 [[nodiscard]] CommandTable JournalCommand();
 [[nodiscard]] CommandTable HistoryCommand();
 // These go under `journal`.

@@ -34,7 +34,7 @@ struct QdxOptions {
 class TellingListener : public QdxListener {
  public:
   explicit TellingListener(Text path) : path_(std::move(path)) {}
-  void Irregular(long long offset, const Text& what) override {
+  void Irregular(long long offset, inspect::Effect /*effect*/, const Text& what) override {
     Warn(fmt::format("{}: byte {}: {}", path_, offset, what));
     sound_ = false;
   }
@@ -167,56 +167,6 @@ ExitStatus RunDump(const QdxOptions& options) {
   return listener.Status();
 }
 
-class CheckListener : public QdxListener {
- public:
-  CheckListener(Text path, PrintForm form) : path_(std::move(path)), form_(form) {}
-  void Account(long long /*offset*/, Integer /*index*/) override { ++accounts_; }
-  void DateStart(long long /*offset*/, const BodyDate& /*date*/, Integer /*values*/) override { ++dates_; }
-  void Value(long long /*offset*/, const BodyValue& /*value*/) override { ++values_; }
-  void Irregular(long long offset, const Text& what) override {
-    ++irregularities_;
-    if (form_ == PrintForm::kJson) {
-      irregular_.push_back({{"offset", offset}, {"what", what}});
-    } else {
-      PrintLine(fmt::format("{}: byte {}: {}", path_, offset, what));
-    }
-  }
-  [[nodiscard]] ExitStatus Finish() const {
-    form_ == PrintForm::kJson ? PrintJson() : PrintSummary();
-    return StatusOfFindings(path_, irregularities_, "finding");
-  }
-
- private:
-  void PrintJson() const {
-    PrintAsItStands(JsonText({{"file", path_},
-                              {"account_count", accounts_},
-                              {"value_count", values_},
-                              {"date_count", dates_},
-                              {"irregular", irregular_}}));
-  }
-  void PrintSummary() const {
-    PrintLine(fmt::format("{}: {} with {} on {}; {}", path_, Counted(accounts_, "account"), Counted(values_, "value"),
-                          Counted(dates_, "date"),
-                          irregularities_ == 0 ? "nothing irregular" : WithCommas(irregularities_) + " irregular"));
-  }
-
-  Text path_;
-  PrintForm form_;
-  nlohmann::ordered_json irregular_ = nlohmann::ordered_json::array();
-  long long accounts_ = 0;
-  long long dates_ = 0;
-  long long values_ = 0;
-  long long irregularities_ = 0;
-};
-
-ExitStatus RunCheck(const QdxOptions& options) {
-  const Session session;
-  CheckListener listener(options.file, options.form);
-  QdxWalk walk(options.file, listener);
-  if (walk.Header()) walk.Body();
-  return listener.Finish();
-}
-
 ExitStatus RunDiffAsJson(const QdxOptions& options) {
   nlohmann::ordered_json list = nlohmann::ordered_json::array();
   const long long differences = DiffQdxFiles(options.file, options.other, [&](const Text& line) {
@@ -256,12 +206,10 @@ CommandTable DiffCommand() {
 }  // namespace
 
 CommandTable QdxCommand() {
-  return MakeGroup(
-      "qdx", "Look into exchange files; no book is needed",
-      {ReaderCommand("info", "Tell what a file says of itself", RunInfo),
-       ReaderCommand("dump", "Print all of a file, item by item, each with its byte offset", RunDump),
-       ReaderCommand("check", "Hold a file to the rules of the format; status 1 where it breaks one", RunCheck),
-       DiffCommand()});
+  return MakeGroup("qdx", "Look into exchange files",
+                   {ReaderCommand("info", "Tell what a file says of itself", RunInfo),
+                    ReaderCommand("dump", "Print all of a file, item by item, each with its byte offset", RunDump),
+                    QdxCheckCommand(), DiffCommand()});
 }
 
 }  // namespace tallybook::cli

@@ -64,7 +64,7 @@ class IndexedFile : private QdxListener {
     if (indexing_ || value.field_index < 1 || value.field_index > walk_.Record().NumFields) return;
     figures_.push_back({date_, walk_.Record().FieldNumbers(value.field_index), value.value});
   }
-  void Irregular(long long offset, const Text& what) override {
+  void Irregular(long long offset, inspect::Effect /*effect*/, const Text& what) override {
     reason_offset_ = offset;
     reason_ = what;
   }

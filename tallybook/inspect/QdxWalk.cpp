@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <fmt/format.h>
+#include <limits>
 #include <utility>
 #include <variant>
 
@@ -123,7 +124,7 @@ bool QdxWalk::Header() {
     return Items(TableItems());
   } catch (const Failure& failure) {
     // The one failure of reading that a file's bytes can cause is a text of negative length; what follows it is lost.
-    Irregular(stream_.Position(), failure.Description());
+    Refused(stream_.Position(), failure.Description());
     return false;
   }
 }
@@ -135,8 +136,8 @@ bool QdxWalk::Items(std::span<const HeaderItem> items) {
     const int rows = table == nullptr ? 1 : record_.*table->count;
     if (rows < 0) Irregular(stream_.Position(), fmt::format("{}: {} rows", item.name, rows));
     if (table != nullptr && rows > RoomOf(*table, record_)) {
-      Irregular(stream_.Position(),
-                fmt::format("{}: {} rows, and a reader holds {}", item.name, rows, RoomOf(*table, record_)));
+      Refused(stream_.Position(),
+              fmt::format("{}: {} rows, and a reader holds {}", item.name, rows, RoomOf(*table, record_)));
     }
     for (int i = 1; i <= rows; ++i) {
       const long long offset = stream_.Position();
@@ -155,15 +156,15 @@ bool QdxWalk::Items(std::span<const HeaderItem> items) {
 void QdxWalk::CheckSignature() {
   readable_ = record_.Magic == kMagic;
   if (!readable_) {
-    Irregular(0, fmt::format("the file begins with {}; an exchange file begins with {}", Quoted(record_.Magic),
-                             Quoted(Text(kMagic))));
+    Refused(0, fmt::format("the file begins with {}; an exchange file begins with {}", Quoted(record_.Magic),
+                           Quoted(Text(kMagic))));
     return;
   }
   // By bits, as a reader compares them.
   readable_ = std::bit_cast<std::uint32_t>(record_.Version) == std::bit_cast<std::uint32_t>(kReadableVersion);
   if (!readable_) {
-    Irregular(static_cast<long long>(kMagic.size()),
-              fmt::format("the format's version is {}; {} can be read", record_.Version, kReadableVersion));
+    Refused(static_cast<long long>(kMagic.size()),
+            fmt::format("the format's version is {}; {} can be read", record_.Version, kReadableVersion));
   }
 }
 
@@ -228,6 +229,10 @@ bool QdxWalk::Account(Integer expected, bool& at_end) {
   return DatesFromHere();
 }
 
+Single QdxWalk::Share() {
+  return static_cast<Single>(static_cast<Double>(stream_.Position()) / static_cast<Double>(stream_.Size()));
+}
+
 bool QdxWalk::Dates(long long offset) {
   stream_.Seek(offset);
   return DatesFromHere();
@@ -239,8 +244,8 @@ bool QdxWalk::DatesFromHere() {
     const long long offset = stream_.Position();
     BodyDate date;
     if (!GetItem(stream_, date)) return CutShort(offset, "a date");
-    const int sum = date.month + date.day + date.year;
-    if (sum <= 0) {
+    if (!SumIsReadable(offset, date)) return false;
+    if (date.month + date.day + date.year <= 0) {
       if (date.month != 0 || date.day != 0 || date.year != 0) {
         Irregular(offset,
                   fmt::format("the date {} ends the account; the mark for it is three zeros", DateItemText(date)));
@@ -254,8 +259,18 @@ bool QdxWalk::DatesFromHere() {
     if (!GetItem(stream_, count)) return CutShort(offset, "the date " + DateItemText(date));
     if (count.values < 1) Irregular(offset, fmt::format("the date {} has {} values", DateItemText(date), count.values));
     listener_.DateStart(offset, date, count.values);
-    if (!Values(count.values)) return false;
+    if (!Values(count.values) || listener_.Cancelled()) return false;
   }
+}
+
+// A reader adds the parts as 16-bit numbers.
+bool QdxWalk::SumIsReadable(long long offset, const BodyDate& date) {
+  const int sum = date.month + date.day + date.year;
+  using Limits = std::numeric_limits<Integer>;
+  if (sum >= Limits::min() && sum <= Limits::max()) return true;
+  EndsReading(offset,
+              fmt::format("the parts of the date {} add up to {}, at which a reader fails", DateItemText(date), sum));
+  return false;
 }
 
 bool QdxWalk::Values(Integer count) {

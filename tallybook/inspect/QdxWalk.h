@@ -13,6 +13,7 @@
 #include "qdx/HeaderItems.h"
 #include "qdx/HeaderRecord.h"
 #include "support/FileStream.h"
+#include "tallybook/inspect/Finding.h"
 
 namespace tallybook::inspect {
 
@@ -28,7 +29,10 @@ class QdxListener {
   virtual void DateStart(long long /*offset*/, const BodyDate& /*date*/, Integer /*values*/) {}
   virtual void Value(long long /*offset*/, const BodyValue& /*value*/) {}
   virtual void BodyEnd(long long /*offset*/) {}
-  virtual void Irregular(long long /*offset*/, const Text& /*what*/) {}
+  // What is not as the rules have it, and what an import does with it; in the body it is told before the item itself.
+  virtual void Irregular(long long /*offset*/, Effect /*effect*/, const Text& /*what*/) {}
+  // Asked at each date; true ends the walk through the body there, which is not told as irregular.
+  [[nodiscard]] virtual bool Cancelled() { return false; }
 };
 
 class QdxWalk {
@@ -37,7 +41,7 @@ class QdxWalk {
   QdxWalk(const Text& path, QdxListener& listener);
 
   // Each walks on from where the one before ended. False: the file cannot be followed any further, and why has been
-  // told as irregular.
+  // told as irregular, or the listener has cancelled.
   bool Header();
   bool Body();
 
@@ -46,6 +50,8 @@ class QdxWalk {
 
   // As the file tells it, filled by Header. Tables hold the rows that a reader has room for.
   [[nodiscard]] const HeaderRecord& Record() const { return record_; }
+  // How much of the file has been read, from 0 to 1.
+  [[nodiscard]] Single Share();
 
  private:
   bool Items(std::span<const HeaderItem> items);
@@ -54,10 +60,13 @@ class QdxWalk {
   bool Account(Integer expected, bool& at_end);
   bool DatesFromHere();
   bool Values(Integer count);
+  bool SumIsReadable(long long offset, const BodyDate& date);
   void CheckDate(long long offset, const BodyDate& date, Date previous);
   void CheckValue(long long offset, const BodyValue& value, Integer previous_index);
   bool CutShort(long long offset, const Text& what);
-  void Irregular(long long offset, const Text& what) { listener_.Irregular(offset, what); }
+  void Irregular(long long offset, const Text& what) { listener_.Irregular(offset, Effect::kSilent, what); }
+  void Refused(long long offset, const Text& what) { listener_.Irregular(offset, Effect::kAudit, what); }
+  void EndsReading(long long offset, const Text& what) { listener_.Irregular(offset, Effect::kStop, what); }
 
   FileStream stream_;
   QdxListener& listener_;

@@ -132,9 +132,11 @@ class CompletionTest(unittest.TestCase):
     def test_offers_books_and_files(self):
         self.expect_offers("tallybook info s", "shop.tbk", but=["shop.json"])
         self.expect_offers("tallybook qdx check y", "year.QDX")
+        self.expect_offers("tallybook qdx check year.QDX --math ", "add", "subtract", "replace", "zero")
 
     def test_offers_what_the_book_holds(self):
         self.expect_offers("tallybook import qdx shop --math add --definition ", "1", "2")
+        self.expect_offers("tallybook qdx check year.QDX --book shop --definition ", "1", "2")
         self.expect_offers("tallybook definition show shop ", "1", "2")
         self.expect_offers("tallybook values shop --account 1", "100", "150", but=["200"])
         self.expect_offers("tallybook set shop ", "100", "150", "200")

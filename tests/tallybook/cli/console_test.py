@@ -335,6 +335,20 @@ class ConsoleTest(unittest.TestCase):
             self.assertLess(len(output.read()), len(values) * 80)
         self.assertEqual(process.wait(TIMEOUT), 3)
 
+    def test_ctrl_c_ends_a_look_at_a_file(self):
+        self.make("shop", book("Shop", "day", ["00001"], []))
+        (self.folder / "in.csv").write_text("1,1,2003,1,1\n" + "00001,1,5x\n" * 100_000, encoding="utf-8")
+        read, write = os.pipe()
+        process = subprocess.Popen([TALLYBOOK, "check", "csv", "shop", "in.csv", "--sound", "rest.csv"], cwd=self.folder,
+                                   env=self.env, stdout=write)
+        os.close(write)
+        with os.fdopen(read, "rb") as output:
+            output.read(1000)  # it runs, and waits for the pipe to be emptied
+            process.send_signal(signal.SIGINT)
+            self.assertLess(output.read().count(b"record"), 100_000)
+        self.assertEqual(process.wait(TIMEOUT), 3)
+        self.assertFalse((self.folder / "rest.csv").exists())
+
     # Twice as often as it needs: a machine that is busy may end the work before the key comes.
     CARE_TRIES = 20
 

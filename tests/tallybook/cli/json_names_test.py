@@ -78,7 +78,7 @@ NAMES = {
     "end": words("account", "body"),
     "account_count": count, "value_count": count, "date_count": count, "irregular": rows("offset", "what"), "differences": rows("what"),
     "entry": number, "command": number, "kind": words("import", "set", "undo", "lists", "name", "file", "description", "sums", "index",
-                                                      "chunk", "journal", "image", "companions", "audit", "stop", "silent"),
+                                                      "chunk", "journal", "image", "companions", "audit", "stop", "silent", "note"),
     "time": like(DATE + r" \d\d:\d\d:\d\d"), "first": like(DATE), "last": like(DATE),
     "line": number, "record": count, "column": count, "column_name": text, "text": text, "help": text, "record_count": count,
     "state": words("done", "undone", "not finished", "done for good"), "what_ran": text, "undoes": number,
@@ -200,6 +200,7 @@ class JsonNamesTest(unittest.TestCase):
 
     LINES = (["values", "shop"], ["definition", "list", "shop"], ["definition", "show", "shop", "2"], ["definition", "check", "shop"], ["qdx", "info", "shop.QDX"],
              ["qdx", "dump", "shop.QDX"], ["qdx", "dump", "cut.QDX"], ["qdx", "check", "shop.QDX"], ["qdx", "check", "cut.QDX"],
+             ["qdx", "check", "shop.QDX", "--book", "noted", "--definition", "1"], ["qdx", "check", "cut.QDX", "--book", "shop", "--definition", "2"],
              ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"],
              ["journal", "show", "noted", "1"], ["journal", "show", "noted", "2"], ["history", "noted", "A7", "2003-01-06", "3"], ["verify", "noted", "--definition", "1"], ["verify", "changed", "--definition", "1"],
              ["history", "trimmed", "A7", "2003-01-05", "3"], ["journal", "undo", "grow"], ["journal", "undo", "twice", "1"], ["book", "check", "shop"],

@@ -194,6 +194,7 @@ class LinesTest(unittest.TestCase):
         shop, office = self.make("shop", name=IN_FILE), self.make("office", values=False)
         self.exchange_file(shop)
         self.definition(office)
+        self.run_line("qdx", "check", self.path("in.QDX"), "--book", office, "--definition", "1")
         for command in (["list", office], ["show", office, "1"], ["check", office, "1"]):
             self.run_line("definition", *command)
         self.run_line("definition", "edit", office, "1", "--title", PLAIN_FILE + "2")
