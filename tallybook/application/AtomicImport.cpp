@@ -32,7 +32,7 @@ class AtomicImport::Files : public FileLayer {
   };
 
   Files(engine::Book& book, WholeFiles& below, preview::OverlayFileSystem::Refusal need_removable)
-      : FileLayer(static_cast<FileSystem&>(below)),
+      : FileLayer(below),
         book_(book),
         below_(below),
         entry_before_(book.LastEntry()),

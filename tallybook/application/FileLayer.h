@@ -2,13 +2,19 @@
 // tells only what it does otherwise. Owns nothing; the file system below must outlive it. One thread.
 #pragma once
 
+#include <concepts>
+
 #include "platform/FileSystem.h"
 
 namespace tallybook::application {
 
 class FileLayer : public FileSystem {
  public:
-  explicit FileLayer(FileSystem& below) : below_(below) {}
+  // Over any file system, another layer among them: that one is laid under this, and never copied.
+  template <std::derived_from<FileSystem> Files>
+  explicit FileLayer(Files& below) : below_(below) {}
+  FileLayer(const FileLayer&) = delete;
+  FileLayer& operator=(const FileLayer&) = delete;
 
   [[nodiscard]] std::unique_ptr<OpenFile> Open(const Text& path, Access access, Sharing sharing,
                                                Creation creation) override {

@@ -72,11 +72,7 @@ class ExportOutputs::Library : public application::WholeTables {
 
 ExportOutputs::ExportOutputs(application::WholeFiles& files, const application::OutputRules& rules,
                              FailureCount failures, Kept kept)
-    : FileLayer(static_cast<FileSystem&>(files)),
-      files_(files),
-      rules_(rules),
-      failures_(std::move(failures)),
-      kept_(std::move(kept)) {
+    : FileLayer(files), files_(files), rules_(rules), failures_(std::move(failures)), kept_(std::move(kept)) {
   ThePlatform().files = this;
 }
 
