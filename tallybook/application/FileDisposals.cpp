@@ -173,6 +173,7 @@ std::vector<DisposalOutcome> CarryOutDue(engine::Book& book, FileSystem& files) 
   std::vector<DisposalOutcome> outcomes;
   const std::map<Long, Text> due = engine::JournalNotes(book).Due();
   if (due.empty()) return outcomes;
+  book.Settle();
   const std::set<Long> taken_back = EntriesTakenBack(book);
   for (const auto& [entry, text] : due) {
     std::vector<FileDisposal> left = DisposalsOf(text);
@@ -189,16 +190,6 @@ std::vector<DisposalOutcome> CarryOutDue(engine::Book& book, FileSystem& files) 
     }
   }
   return outcomes;
-}
-
-std::vector<Text> TellDue(engine::Book& book, FileSystem& files) {
-  std::vector<Text> lines;
-  try {
-    for (const DisposalOutcome& outcome : CarryOutDue(book, files)) lines.push_back(DisposalText(outcome));
-  } catch (...) {
-    lines.push_back("files that are still to be deleted or renamed cannot be told: " + CurrentFailure().Description());
-  }
-  return lines;
 }
 
 Text DisposalText(const DisposalOutcome& outcome) {

@@ -52,12 +52,9 @@ struct DisposalOutcome {
 
 // Does at once what is to be done, and gives what became of it. `files` deletes and renames.
 [[nodiscard]] DisposalOutcome CarryOut(const FileDisposal& disposal, FileSystem& files);
-// Does what is due in a book that is open to be changed, oldest first, and keeps in the book what is left to do. Fails as
-// Journal::Entries.
+// Does what is due in a book that is open to be changed, oldest first, and keeps in the book what is left to do. No file goes
+// before the figures that were read from it are on the disk. Fails as Journal::Entries and Book::Settle.
 [[nodiscard]] std::vector<DisposalOutcome> CarryOutDue(engine::Book& book, FileSystem& files);
-
-// The same for whoever has opened a book to change it: a line for each file, or why it cannot be told. Never fails.
-[[nodiscard]] std::vector<Text> TellDue(engine::Book& book, FileSystem& files);
 
 // What became of it, as a line: "/in/a.QDX is deleted now, as was due since its import (journal entry 3)".
 [[nodiscard]] Text DisposalText(const DisposalOutcome& outcome);

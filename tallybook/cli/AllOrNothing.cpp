@@ -1,7 +1,6 @@
 #include "tallybook/cli/AllOrNothing.h"
 
 #include "base/Failure.h"
-#include "tallybook/application/FiguresFirst.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/KnownFiles.h"
 
@@ -46,12 +45,6 @@ void DropAtomic(Session& session, application::AtomicImport& atomic) {
   atomic.Drop();
   const bool warning = true;
   session.Note("nothing of the import is kept: figures and files are as they were", warning);
-}
-
-void CarryOutDue(Session& session, engine::Book& book) {
-  const application::FiguresFirst figures_first(session.Files(), book);
-  const bool warning = true;
-  for (const Text& line : application::TellDue(book, session.Files())) session.Note(line, warning);
 }
 
 }  // namespace tallybook::cli

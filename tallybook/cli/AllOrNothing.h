@@ -1,5 +1,5 @@
 // Imports that are done wholly or not at all: --atomic, and what is told of it. What it is stands in
-// application/AtomicImport. Books of a session that were left with files to delete or rename tell that here as well.
+// application/AtomicImport.
 #pragma once
 
 #include <memory>
@@ -31,8 +31,5 @@ void TellNotDisposed(const std::vector<application::DisposalOutcome>& outcomes);
 
 // It is not done: nothing of it stays, and that is said.
 void DropAtomic(Session& session, application::AtomicImport& atomic);
-
-// Carries out what is due in a book that was opened to be changed, and says it.
-void CarryOutDue(Session& session, engine::Book& book);
 
 }  // namespace tallybook::cli

@@ -9,10 +9,10 @@
 #include "tallybook/application/FileKind.h"
 #include "tallybook/application/FileRemoval.h"
 #include "tallybook/application/HostSettings.h"
+#include "tallybook/application/OpenToChange.h"
 #include "tallybook/application/Shown.h"
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/application/StopText.h"
-#include "tallybook/cli/AllOrNothing.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/Reasons.h"
 
@@ -106,33 +106,39 @@ void Session::ProgramStops(const StopReason& reason) {
 }
 
 std::unique_ptr<engine::Book> Session::OpenToRead(const Text& path) {
-  engine::BookOptions options;
-  options.read_only = true;
-  return Open(path, options);
+  return Open(path, OptionsToRead());
 }
 
 std::unique_ptr<engine::Book> Session::OpenToPreview(const Text& path) {
   constexpr std::size_t kMostCacheBytes = std::size_t{48} << 20;
-  engine::BookOptions options;
-  options.read_only = true;
-  return Open(path, options, kMostCacheBytes);
+  engine::BookOptions options = OptionsToRead();
+  options.cache_bytes = std::min(options.cache_bytes, kMostCacheBytes);
+  return Open(path, options);
 }
 
 std::unique_ptr<engine::Book> Session::OpenToChange(const Text& path, Long wait_seconds) {
-  engine::BookOptions options;
+  engine::BookOptions options = Options();
   options.wait_seconds = wait_seconds;
-  auto book = Open(path, options);
-  CarryOutDue(*this, *book);
-  return book;
+  return application::OpenToChange(BookPath(path), app_, options, Files());
 }
 
-std::unique_ptr<engine::Book> Session::Open(const Text& path, engine::BookOptions options,
-                                            std::size_t most_cache_bytes) {
-  options.cache_bytes = std::min(application::CacheBytes(app_.SettingsFileName()), most_cache_bytes);
+engine::BookOptions Session::Options() {
+  engine::BookOptions options;
+  options.cache_bytes = application::CacheBytes(app_.SettingsFileName());
   options.progress = &platform_.Progress();
   options.reports = &report_heads_;
   const bool warning = true;
   options.notice = [this](const Text& line) { Note(line, warning); };
+  return options;
+}
+
+engine::BookOptions Session::OptionsToRead() {
+  engine::BookOptions options = Options();
+  options.read_only = true;
+  return options;
+}
+
+std::unique_ptr<engine::Book> Session::Open(const Text& path, const engine::BookOptions& options) {
   return engine::Book::Open(BookPath(path), app_, options);
 }
 

@@ -2,8 +2,6 @@
 // factory, and the books that the command opens. One session lives from a command's start to its end.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -82,7 +80,8 @@ class Session : private StopWitness {
   [[nodiscard]] application::WholeFiles& Files() { return platform_.Files(); }
 
   // Opens a book to read, or to change it. `path` may leave out ".tbk". A book to be changed that is open for writing
-  // elsewhere is waited for so many seconds at most. Fails as Book::Open does.
+  // elsewhere is waited for so many seconds at most; what is due with files of its imports is done and told. Fails as
+  // Book::Open does.
   [[nodiscard]] std::unique_ptr<engine::Book> OpenToRead(const Text& path);
   [[nodiscard]] std::unique_ptr<engine::Book> OpenToChange(const Text& path, Long wait_seconds = 0);
 
@@ -125,8 +124,9 @@ class Session : private StopWitness {
   void ProgramStops(const StopReason& reason) override;
   [[nodiscard]] ExitStatus StatusFor(bool done);
   void KeepLastTold(ExitStatus status);
-  [[nodiscard]] std::unique_ptr<engine::Book> Open(const Text& path, engine::BookOptions options,
-                                                   std::size_t most_cache_bytes = SIZE_MAX);
+  [[nodiscard]] engine::BookOptions Options();
+  [[nodiscard]] engine::BookOptions OptionsToRead();
+  [[nodiscard]] std::unique_ptr<engine::Book> Open(const Text& path, const engine::BookOptions& options);
 
   void CheckInPlace(const Text& path, const Text& what);
 

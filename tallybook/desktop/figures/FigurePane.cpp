@@ -488,13 +488,15 @@ void FigurePane::Parts::Type(int row, int column, Double value) {
 void FigurePane::Parts::Write() {
   const FigureWriter::Outcome outcome = writer->Try();
   const QString words = ToQt(application::Shown(writer->Words()));
+  // Behind what goes on now: an editor may be about to close.
+  const auto say_later = [this](const QString& told) { QTimer::singleShot(0, &pane, [this, told] { Say(told); }); };
+  for (const Text& notice : writer->TakeNotices()) say_later(ToQt(application::Shown(notice)));
   if (outcome == FigureWriter::Outcome::kWaits) return Wait(words);
   retry.stop();
   model->MarkWaiting({}, "");
   waiting_words.clear();
   changes_marked = 0;
-  // Behind what goes on now: an editor may be about to close.
-  if (outcome == FigureWriter::Outcome::kFailed) QTimer::singleShot(0, &pane, [this, words] { Say(words); });
+  if (outcome == FigureWriter::Outcome::kFailed) say_later(words);
   Refresh();
   ShowBookAnew();
   TellState();

@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "platform/Platform.h"
+#include "tallybook/application/OpenToChange.h"
 #include "tallybook/engine/BookHold.h"
 #include "tallybook/engine/Journal.h"
 
@@ -40,7 +42,8 @@ FigureWriter::Outcome FigureWriter::Try() {
 void FigureWriter::CarryOut(const Step& step) {
   engine::BookOptions options;
   options.commit_seconds = std::numeric_limits<double>::max();  // a paste is one transaction, however long it takes
-  const auto book = engine::Book::Open(path_, app_, options);
+  options.notice = [this](const Text& line) { notices_.push_back(line); };
+  const auto book = application::OpenToChange(path_, app_, options, *ThePlatform().files);
   step.is_undo ? TakeBack(*book) : Write(*book, step);
   book->Close();
 }

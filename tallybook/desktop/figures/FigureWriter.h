@@ -4,6 +4,7 @@
 #pragma once
 
 #include <deque>
+#include <utility>
 #include <vector>
 
 #include "base/Types.h"
@@ -45,6 +46,8 @@ class FigureWriter {
   // The changes that have not been written yet, oldest first.
   [[nodiscard]] std::vector<application::FigureChange> Unwritten() const;
   [[nodiscard]] const Text& Words() const { return words_; }
+  // What the book had to say since the last call, as it was opened: a line each.
+  [[nodiscard]] std::vector<Text> TakeNotices() { return std::exchange(notices_, {}); }
   [[nodiscard]] bool CanUndo() const { return Waits() || !written_.empty(); }
   // What Undo would take back: "set 100 2003-01-05 1 12.5".
   [[nodiscard]] Text NextUndo() const;
@@ -71,6 +74,7 @@ class FigureWriter {
   std::deque<Step> line_;
   std::vector<Written> written_;
   Text words_;
+  std::vector<Text> notices_;
 };
 
 }  // namespace tallybook::desktop

@@ -15,7 +15,7 @@
 #include "base/Failure.h"
 #include "platform/Platform.h"
 #include "support/Utility.h"
-#include "tallybook/application/FileDisposals.h"
+#include "tallybook/application/OpenToChange.h"
 #include "tallybook/desktop/host/QtTexts.h"
 #include "tallybook/engine/BookHold.h"
 
@@ -92,10 +92,8 @@ OpenedBook BookOpener::Open(const Text& path, bool read_only) {
     notices->push_back(line);
     app_.OwnLog().AuditEntry("Tallybook", "Notice", line, {});
   };
-  opened.book = engine::Book::Open(path, app_, options);
-  if (!read_only) {
-    for (const Text& line : application::TellDue(*opened.book, *ThePlatform().files)) options.notice(line);
-  }
+  opened.book = read_only ? engine::Book::Open(path, app_, options)
+                          : application::OpenToChange(path, app_, options, *ThePlatform().files);
   opened.notices = *notices;
   return opened;
 }

@@ -164,19 +164,6 @@ TEST_F(FileDisposalsTest, OfAnImportThatWasTakenBackAreLeftUndone) {
   EXPECT_THAT(engine::JournalNotes(*book).Due(), IsEmpty());
 }
 
-TEST_F(FileDisposalsTest, AreToldWithAllThatKeepsThemFromBeingTold) {
-  auto book = CreateAndOpen();
-  EXPECT_THAT(TellDue(*book, files), IsEmpty());
-  Import(*book, {Deleted("a.QDX")});
-  EXPECT_THAT(TellDue(*book, files), ElementsAre(HasSubstr("a.QDX is deleted now")));
-  Import(*book, {Deleted("b.QDX")});
-  book->Close();
-  Meddle("UPDATE journal_text SET value = 'other' WHERE name = 'due'");
-  book = Open();
-  EXPECT_THAT(TellDue(*book, files), ElementsAre(HasSubstr("cannot be told: ")));
-  EXPECT_TRUE(folder.Has("b.QDX"));
-}
-
 TEST_F(FileDisposalsTest, TellWhatBecameOfAFile) {
   const auto words = [](Result result, const Text& why, const Text& new_path = "") {
     const FileDisposal disposal{.path = "/in/a.QDX", .new_path = new_path, .stamp = {}};

@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tallybook/application/FileDisposals.h"
 #include "tallybook/desktop/figures/FigureWriter.h"
+#include "tallybook/engine/JournalNotes.h"
 #include "tests/tallybook/desktop/figures/FiguresFixture.h"
 
 namespace tallybook::desktop {
@@ -128,6 +130,24 @@ TEST_F(FigureWriterTest, LeavesNothingOfAChangeThatFails) {
   EXPECT_THAT(writer.Words(), HasSubstr("no field of number 77"));
   EXPECT_EQ(Sales(1), 10);
   EXPECT_TRUE(Entries().empty());
+}
+
+TEST_F(FigureWriterTest, DoesFirstWhatAnImportHasLeftToDoWithItsFiles) {
+  Set(1, 1);
+  ASSERT_EQ(writer.Try(), Outcome::kDone);
+  folder.Write("a.QDX", "a");
+  {
+    const auto book = Open();
+    const application::FileDisposal disposal{
+        .path = folder.Path("a.QDX"), .new_path = {}, .stamp = *application::StampOf(folder.Path("a.QDX"))};
+    engine::JournalNotes(*book).SaveDue(1, application::TextOfDisposals({disposal}));
+  }
+  EXPECT_THAT(writer.TakeNotices(), ::testing::IsEmpty());
+  Set(2, 2);
+  EXPECT_EQ(writer.Try(), Outcome::kDone);
+  EXPECT_FALSE(folder.Has("a.QDX"));
+  EXPECT_THAT(writer.TakeNotices(), ::testing::ElementsAre(HasSubstr("a.QDX is deleted now")));
+  EXPECT_THAT(writer.TakeNotices(), ::testing::IsEmpty());
 }
 
 TEST_F(FigureWriterTest, NamesWhatWouldBeTakenBack) {
