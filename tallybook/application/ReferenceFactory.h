@@ -4,8 +4,8 @@
 
 #include <functional>
 #include <memory>
-#include <set>
 #include <utility>
+#include <vector>
 
 #include "host/DataExportObject.h"
 #include "host/EdtForm.h"
@@ -21,6 +21,7 @@ namespace tallybook::application {
 
 class ReferenceFactory : public HostFactory {
  public:
+  ReferenceFactory();
   using ListWindowMaker = std::function<std::unique_ptr<EdtForm>()>;
   using SequenceMaker = std::function<std::unique_ptr<PrintSequence>()>;
 
@@ -30,11 +31,18 @@ class ReferenceFactory : public HostFactory {
   // What reports of printers made from now on end in, asked as each one ends; empty for nothing.
   using ClosingLines = std::function<std::vector<Text>()>;
   void SetReportClosing(ClosingLines lines) { closing_ = std::move(lines); }
+  // From now on a report that ends is kept instead of written, for an application that has still to find out what became of
+  // the work; it has no closing lines of its own.
+  void HoldReports();
+  // Writes the reports that were kept, each with these lines at its end; from now on reports are written as they end. One
+  // that fails does not keep the others. Fails as ReportPrinter::BeginReport and EndReport.
+  void WriteHeldReports(const std::vector<Text>& closing);
+
   // Shows the progress of printers made from now on; null for none. It must outlive them.
   void SetProgressDisplay(engine::ProgressDisplay* display) { progress_ = display; }
 
-  // Writes the reports that have begun and not ended, with a last line: for a process that is about to stop. One that
-  // cannot be written is passed over.
+  // Writes the reports that have begun and not ended, or are kept, with a last line: for a process that is about to stop.
+  // One that cannot be written is passed over.
   void EndReports(const Text& last_line);
 
   void SetListWindowMaker(ListWindowMaker maker) { list_window_maker_ = std::move(maker); }
@@ -50,10 +58,13 @@ class ReferenceFactory : public HostFactory {
   std::unique_ptr<PrintSequence> NewPrintSequence() override;
 
  private:
+  class KnownPrinter;
+  struct UnderWay;
+
   report::Destination destination_;
   engine::ProgressDisplay* progress_ = nullptr;
   ClosingLines closing_;
-  std::shared_ptr<std::set<report::ReportPrinter*>> printers_ = std::make_shared<std::set<report::ReportPrinter*>>();
+  std::shared_ptr<UnderWay> under_way_;
   ListWindowMaker list_window_maker_;
   SequenceMaker sequence_maker_;
 };

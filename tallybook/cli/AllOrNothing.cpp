@@ -1,10 +1,22 @@
 #include "tallybook/cli/AllOrNothing.h"
 
+#include <string_view>
+
 #include "base/Failure.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/KnownFiles.h"
 
 namespace tallybook::cli {
+
+namespace {
+
+constexpr std::string_view kNothingKept = "nothing of the import is kept: figures and files are as they were";
+
+Text ClosingLine() {
+  return "N" + Text(kNothingKept.substr(1)) + ".";
+}
+
+}  // namespace
 
 void AddAtomic(CommandTable& command, bool& atomic) {
   AddFlag(command, "--atomic", atomic, "Import all of it, or leave figures and files as they are");
@@ -21,17 +33,22 @@ Text PlaceOf(Session& session, const application::AtomicImport* atomic, const Te
   return PlaceOf(session, atomic == nullptr ? path : atomic->PlaceOf(path));
 }
 
-std::vector<application::DisposalOutcome> KeepAtomic(application::AtomicImport& atomic, engine::Book& book,
-                                                     application::ImportRecorder& recorder) {
-  try {
-    book.EndProgress();
-    recorder.Save();
-    return atomic.Keep();
-  } catch (...) {
-    const Failure failure = CurrentFailure();
-    atomic.Drop();
-    throw Failure(failure.Number(), failure.Description() + "; nothing of the import is kept", failure.Source());
+AtomicEnd EndAtomic(application::AtomicImport& atomic, engine::Book& book, application::ImportRecorder& recorder,
+                    bool done) {
+  AtomicEnd end;
+  if (done) {
+    try {
+      book.EndProgress();
+      recorder.Save();
+      end.outcomes = atomic.Keep();
+      end.kept = true;
+      return end;
+    } catch (...) {
+      end.lost = ReasonOf(CurrentFailure());
+    }
   }
+  atomic.Drop();
+  return end;
 }
 
 void TellNotDisposed(const std::vector<application::DisposalOutcome>& outcomes) {
@@ -41,10 +58,29 @@ void TellNotDisposed(const std::vector<application::DisposalOutcome>& outcomes) 
   }
 }
 
-void DropAtomic(Session& session, application::AtomicImport& atomic) {
-  atomic.Drop();
+void TellNothingKept(Session& session) {
   const bool warning = true;
-  session.Note("nothing of the import is kept: figures and files are as they were", warning);
+  session.Note(Text(kNothingKept), warning);
+}
+
+WaitingReports::~WaitingReports() {
+  try {
+    if (!ended_) session_.Factory().WriteHeldReports({ClosingLine()});
+  } catch (...) {
+    return;  // meant: the failure that led here is what is told
+  }
+}
+
+void WaitingReports::End(const std::vector<application::FileBalance>& balances, bool kept) {
+  ended_ = true;
+  std::vector<Text> closing = application::BalanceLines(balances);
+  if (!kept) closing.insert(closing.begin(), ClosingLine());
+  try {
+    session_.Factory().WriteHeldReports(closing);
+  } catch (...) {
+    const StopReason why = ReasonOf(CurrentFailure());
+    kept ? WarnAfterCommit(why.words) : session_.TellStop(why);
+  }
 }
 
 }  // namespace tallybook::cli

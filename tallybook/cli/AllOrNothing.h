@@ -3,9 +3,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
+#include "base/Failure.h"
 #include "tallybook/application/AtomicImport.h"
+#include "tallybook/application/ImportBalance.h"
 #include "tallybook/application/ImportRecorder.h"
 #include "tallybook/cli/Arguments.h"
 #include "tallybook/cli/Session.h"
@@ -21,15 +24,37 @@ void AddAtomic(CommandTable& command, bool& atomic);
 // Where the bytes of a file are by now that the import knows by this path.
 [[nodiscard]] Text PlaceOf(Session& session, const application::AtomicImport* atomic, const Text& path);
 
-// The import is done: keeps figures and record, then deletes and renames. Where they cannot be kept nothing of it is, and the
-// failure says so.
-[[nodiscard]] std::vector<application::DisposalOutcome> KeepAtomic(application::AtomicImport& atomic,
-                                                                   engine::Book& book,
-                                                                   application::ImportRecorder& recorder);
+// What became of an import that is to be done wholly or not at all.
+struct AtomicEnd {
+  bool kept = false;
+  std::optional<StopReason> lost;  // why what was done could not be kept
+  std::vector<application::DisposalOutcome> outcomes;
+};
+
+// Keeps figures and record of one that is done, then deletes and renames; of any other, and where they cannot be kept,
+// nothing stays.
+[[nodiscard]] AtomicEnd EndAtomic(application::AtomicImport& atomic, engine::Book& book,
+                                  application::ImportRecorder& recorder, bool done);
 // Says which files are not deleted or renamed as they were to be.
 void TellNotDisposed(const std::vector<application::DisposalOutcome>& outcomes);
+// Says that nothing of the import stays.
+void TellNothingKept(Session& session);
 
-// It is not done: nothing of it stays, and that is said.
-void DropAtomic(Session& session, application::AtomicImport& atomic);
+// The printed reports of such an import, which tell its end as well: from here on they wait for it.
+class WaitingReports {
+ public:
+  explicit WaitingReports(Session& session) : session_(session) { session_.Factory().HoldReports(); }
+  // Where the end was not told nothing is kept.
+  ~WaitingReports();
+  WaitingReports(const WaitingReports&) = delete;
+  WaitingReports& operator=(const WaitingReports&) = delete;
+
+  // Writes them with what became of the import; says where one cannot be written.
+  void End(const std::vector<application::FileBalance>& balances, bool kept);
+
+ private:
+  Session& session_;
+  bool ended_ = false;
+};
 
 }  // namespace tallybook::cli

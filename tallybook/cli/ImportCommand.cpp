@@ -190,23 +190,21 @@ bool TellNotDone(Session& session, const QDXImportRecord& record, engine::Book& 
   return false;
 }
 
-bool TellKept(Session& session, const QDXImportRecord& record, engine::Book& book,
-              application::ImportRecorder& recorder, application::AtomicImport& atomic) {
-  const auto outcomes = KeepAtomic(atomic, book, recorder);
+bool TellKept(Session& session, const QDXImportRecord& record, const AtomicEnd& end) {
   const bool expect_files = false;  // a definition without a file ends an import that is to be whole
   DoAfterCommit([&] { (void)TellRecord(session, record, expect_files); });
-  TellNotDisposed(outcomes);
+  TellNotDisposed(end.outcomes);
   return true;
 }
 
 // What was applied is told of no file, since nothing of it stays.
-bool TellDropped(Session& session, const QDXImportRecord& record, application::AtomicImport& atomic,
-                 bool expect_files) {
+bool TellDropped(Session& session, const QDXImportRecord& record, const AtomicEnd& end, bool expect_files) {
   for (const application::ImportNote& note : application::NotesOf(record)) {
     if (note.no_file && expect_files) session.TellStop({.words = note.text});
   }
   for (const StopReason& stop : application::StopsOf(record)) session.TellStop(stop);
-  DropAtomic(session, atomic);
+  if (end.lost) session.TellStop(*end.lost);
+  TellNothingKept(session);
   return false;
 }
 
@@ -271,6 +269,8 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   application::ImportRecorder recorder(*book);
   const application::FiguresFirst figures_first(session.Files(), *book);
   const auto atomic = BeginAtomic(session, *book, options.atomic);
+  std::optional<WaitingReports> reports;
+  if (atomic) reports.emplace(session);
   session.FollowImports([&] {
     const Text& file = exchange.TrueFilename();
     recorder.BeginFile(file, PlaceOf(session, atomic.get(), file), WayAtWork(exchange, definitions, options));
@@ -285,15 +285,17 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   bool done = imported;
   bool complete = false;
   if (atomic) {
-    done = imported && !(options.expect_files && application::LacksFiles(record));
-    complete = done ? TellKept(session, record, *book, recorder, *atomic)
-                    : TellDropped(session, record, *atomic, options.expect_files);
+    const bool whole = imported && !(options.expect_files && application::LacksFiles(record));
+    const AtomicEnd end = EndAtomic(*atomic, *book, recorder, whole);
+    done = end.kept;
+    if (!done) application::KeepNone(balances);
+    reports->End(balances, done);
+    complete = done ? TellKept(session, record, end) : TellDropped(session, record, end, options.expect_files);
   } else {
     done = imported || application::IsStored(exchange.LastQDXImport(), options.all ? definitions.size() : 1);
     complete = done ? TellDone(session, record, *book, recorder, options.expect_files)
                     : TellNotDone(session, record, *book, mark, recorder);
   }
-  if (atomic && !done) application::KeepNone(balances);
   DoAfterCommit([&] { book->Close(); });
   report.Finish(done);
   summary.Write(balances, done);

@@ -236,21 +236,24 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   session.FollowAudit(nullptr);
   const TextImportTally& tally = exchange.LastTextImport();
   for (application::ImportRecorder::Run* run : recorder.Runs()) application::AddOutcome(run->facts, tally, imported);
-  const bool done = imported || (tally.stored && !atomic);
   std::vector<application::FileBalance> balances = {application::BalanceOf(*file, tally, *book)};
-  if (atomic && !done) application::KeepNone(balances);
-  if (done && atomic) {
-    const auto outcomes = KeepAtomic(*atomic, *book, recorder);
-    TellDone(*book, *file, tally, balances);
-    TellNotDisposed(outcomes);
+  bool done = imported || tally.stored;
+  if (atomic) {
+    const AtomicEnd end = EndAtomic(*atomic, *book, recorder, imported);
+    done = end.kept;
+    if (done) {
+      TellDone(*book, *file, tally, balances);
+      TellNotDisposed(end.outcomes);
+    } else {
+      application::KeepNone(balances);
+      session.TellStop(end.lost ? *end.lost : ReasonFor(tally.stop.value_or(StopReason{}), session.Boxes(), *file));
+      TellBalanceOfFailed(balances);
+      TellNothingKept(session);
+    }
   } else if (done) {
     CommitOrAbandon(*book);
     SaveRecord(recorder);
     TellDone(*book, *file, tally, balances);
-  } else if (atomic) {
-    session.TellStop(ReasonFor(tally.stop.value_or(StopReason{}), session.Boxes(), *file));
-    TellBalanceOfFailed(balances);
-    DropAtomic(session, *atomic);
   } else {
     const auto lost = CommitWhatStays(*book);
     if (!lost) SaveRecord(recorder);

@@ -49,6 +49,33 @@ std::vector<Text> LinesOf(const Text& text) {
   }
 }
 
+// Null for a destination that is a stream.
+std::unique_ptr<FileStream> OpenFileOf(const Destination& destination) {
+  std::unique_ptr<FileStream> file;
+  if (destination.path.empty()) return file;
+  WithPath(destination.path, [&] {
+    file = std::make_unique<FileStream>(
+        ThePlatform().files->Open(destination.path, Access::kWrite, Sharing::kLockReadWrite, Creation::kReplace));
+  });
+  return file;
+}
+
+void WriteTo(const Destination& destination, FileStream* file, const std::string& document) {
+  if (file != nullptr) {
+    WithPath(destination.path, [&] {
+      file->Write(std::as_bytes(std::span(document)));
+      file->Close();
+    });
+    return;
+  }
+  std::ostream& stream = destination.stream != nullptr ? *destination.stream : std::cout;
+  errno = 0;
+  stream.write(document.data(), static_cast<std::streamsize>(document.size())).flush();
+  if (!stream)
+    throw Failure(FailureNumberOf(errno), "The report cannot be written to its stream: " + WordsOfError(errno),
+                  kSource);
+}
+
 }  // namespace
 
 std::unique_ptr<Renderer> RendererFor(const Text& path) {
@@ -59,6 +86,11 @@ std::unique_ptr<Renderer> RendererFor(const Text& path) {
   if (extension == "pdf") return NewPdfRenderer();
   throw Failure(FailureNumber::kInvalidArgument,
                 "The report file " + path + " must end in .txt, .html or .pdf: the extension names its form", kSource);
+}
+
+void WriteReport(const Report& report, const PageHeads& page_heads, const Destination& destination) {
+  const auto file = OpenFileOf(destination);
+  WriteTo(destination, file.get(), RendererFor(destination.path)->Render(report, page_heads));
 }
 
 // --- The columns -----------------------------------------------------------------------------------------------------
@@ -107,12 +139,7 @@ ReportPrinter::~ReportPrinter() {
 
 bool ReportPrinter::BeginReport(Long /*owner*/, const Text& title) {
   EndReport();
-  if (!destination_.path.empty()) {
-    WithPath(destination_.path, [&] {
-      file_ = std::make_unique<FileStream>(
-          ThePlatform().files->Open(destination_.path, Access::kWrite, Sharing::kLockReadWrite, Creation::kReplace));
-    });
-  }
+  file_ = OpenFileOf(destination_);
   report_ = {.title = title, .created = DateTimeText(Now()), .blocks = {}};
   head_.clear();
   columns_.Clear();
@@ -137,7 +164,7 @@ void ReportPrinter::EndReport() {
 }
 
 void ReportPrinter::Finish(Report& report, const PageHeads& page_heads) {
-  Write(renderer_->Render(report, page_heads), file_.get());
+  WriteTo(destination_, file_.get(), renderer_->Render(report, page_heads));
 }
 
 void ReportPrinter::Drop() {
@@ -145,22 +172,6 @@ void ReportPrinter::Drop() {
   table_open_ = false;
   report_ = {};
   file_.reset();
-}
-
-void ReportPrinter::Write(const std::string& document, FileStream* file) {
-  if (file != nullptr) {
-    WithPath(destination_.path, [&] {
-      file->Write(std::as_bytes(std::span(document)));
-      file->Close();
-    });
-    return;
-  }
-  std::ostream& stream = destination_.stream != nullptr ? *destination_.stream : std::cout;
-  errno = 0;
-  stream.write(document.data(), static_cast<std::streamsize>(document.size())).flush();
-  if (!stream)
-    throw Failure(FailureNumberOf(errno), "The report cannot be written to its stream: " + WordsOfError(errno),
-                  kSource);
 }
 
 // --- The page heads --------------------------------------------------------------------------------------------------

@@ -29,6 +29,9 @@ struct Destination {
 // Fails with Failure 5 for a path whose extension names no form.
 [[nodiscard]] std::unique_ptr<Renderer> RendererFor(const Text& path);
 
+// Makes a document of a report and writes it. Fails as ReportPrinter::BeginReport and EndReport.
+void WriteReport(const Report& report, const PageHeads& page_heads, const Destination& destination);
+
 class ReportPrinter : public Printer {
  public:
   // `progress` may be null: then nothing is shown and nothing cancels.
@@ -118,7 +121,6 @@ class ReportPrinter : public Printer {
   Blocks& Target();
   Table& OpenTable();
   void Drop();
-  void Write(const std::string& document, FileStream* file);
 
   Destination destination_;
   std::unique_ptr<Renderer> renderer_;
