@@ -7,6 +7,7 @@
 #include "tallybook/application/EntryDates.h"
 #include "tallybook/application/EntryFacts.h"
 #include "tallybook/application/EntryWords.h"
+#include "tallybook/application/FileDisposals.h"
 #include "tallybook/application/FileFingerprint.h"
 
 namespace tallybook::application {
@@ -87,6 +88,7 @@ std::vector<EntryItem> ItemsOf(const engine::NotedEntry& noted) {
   items.Add("Reached", ReachText(facts.counts));
   items.Add("Result", facts.result);
   for (const Text& warning : facts.warnings) items.Add("Warning", warning);
+  for (const FileDisposal& disposal : DisposalsOf(noted.due)) items.Add("Still due", DueText(disposal));
   return items.Take();
 }
 

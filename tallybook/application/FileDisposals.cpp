@@ -99,9 +99,13 @@ std::set<Long> EntriesTakenBack(engine::Book& book) {
   return taken_back;
 }
 
+Text Deed(const FileDisposal& disposal) {
+  return disposal.new_path.empty() ? "deleted" : "renamed to " + disposal.new_path;
+}
+
 Text DeedText(const DisposalOutcome& outcome) {
   const FileDisposal& disposal = outcome.disposal;
-  const Text deed = disposal.new_path.empty() ? "deleted" : "renamed to " + disposal.new_path;
+  const Text deed = Deed(disposal);
   const Text since = outcome.entry == 0 ? "" : fmt::format(" since its import (journal entry {})", outcome.entry);
   switch (outcome.result) {
     case Result::kDone:
@@ -190,6 +194,10 @@ std::vector<DisposalOutcome> CarryOutDue(engine::Book& book, FileSystem& files) 
     }
   }
   return outcomes;
+}
+
+Text DueText(const FileDisposal& disposal) {
+  return fmt::format("{} is to be {}", disposal.path, Deed(disposal));
 }
 
 Text DisposalText(const DisposalOutcome& outcome) {

@@ -56,6 +56,8 @@ struct DisposalOutcome {
 // before the figures that were read from it are on the disk. Fails as Journal::Entries and Book::Settle.
 [[nodiscard]] std::vector<DisposalOutcome> CarryOutDue(engine::Book& book, FileSystem& files);
 
+// What is still to be done: "/in/a.QDX is to be renamed to /in/a.XDQ".
+[[nodiscard]] Text DueText(const FileDisposal& disposal);
 // What became of it, as a line: "/in/a.QDX is deleted now, as was due since its import (journal entry 3)".
 [[nodiscard]] Text DisposalText(const DisposalOutcome& outcome);
 

@@ -9,6 +9,7 @@
 #include "tallybook/application/EntryFacts.h"
 #include "tallybook/application/EntryItems.h"
 #include "tallybook/application/EntryWords.h"
+#include "tallybook/application/FileDisposals.h"
 #include "tallybook/application/FileFingerprint.h"
 #include "tallybook/cli/Lines.h"
 #include "tallybook/cli/TextTable.h"
@@ -29,6 +30,13 @@ nlohmann::ordered_json JsonOf(const engine::EntryFile& file) {
   if (file.size) json["size"] = *file.size;
   if (!file.xxh3.empty()) json["xxh3"] = HexText(file.xxh3);
   if (!file.sha256.empty()) json["sha256"] = HexText(file.sha256);
+  return json;
+}
+
+nlohmann::ordered_json JsonOf(const application::FileDisposal& disposal) {
+  const bool is_rename = !disposal.new_path.empty();
+  nlohmann::ordered_json json = {{"file", disposal.path}, {"then", is_rename ? "renamed" : "deleted"}};
+  if (is_rename) json["new_file"] = disposal.new_path;
   return json;
 }
 
@@ -60,6 +68,9 @@ nlohmann::ordered_json JsonOf(const engine::NotedEntry& noted) {
   if (!noted.who.empty()) json["who"] = noted.who;
   for (const engine::EntryFile& file : noted.notes.files) json["read_files"].push_back(JsonOf(file));
   AddFacts(FactsOf(noted.notes.facts), json);
+  for (const application::FileDisposal& disposal : application::DisposalsOf(noted.due)) {
+    json["due"].push_back(JsonOf(disposal));
+  }
   return json;
 }
 
@@ -101,7 +112,7 @@ void PrintTable(const std::vector<engine::NotedEntry>& entries) {
     return;
   }
   TextTable table({{"ID", Align::kRight}, {"Time"}, {"From"}, {"To"}, {"State"}, {"What ran"}});
-  for (const auto& [entry, who, notes] : entries) {
+  for (const auto& [entry, who, notes, due] : entries) {
     const application::EntryDates dates = application::EntryDatesOf(entry);
     table.AddRow({std::to_string(entry.id), DateTimeText(entry.time), dates.first, dates.last, StateText(entry),
                   WhatRan(entry)});

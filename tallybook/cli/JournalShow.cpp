@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <fmt/format.h>
 
 #include "base/Failure.h"
@@ -19,10 +18,8 @@ struct JournalShowOptions {
 ExitStatus RunShow(const JournalShowOptions& options) {
   Session session;
   const auto book = session.OpenToRead(options.book);
-  const auto entries = engine::JournalNotes(*book).Entries();
-  const auto found =
-      std::ranges::find_if(entries, [&](const engine::NotedEntry& noted) { return noted.entry.id == options.id; });
-  if (found == entries.end()) {
+  const auto found = engine::JournalNotes(*book).Find(options.id);
+  if (!found) {
     throw Failure(FailureNumber::kInvalidArgument,
                   fmt::format("{}: the journal has no entry {}", book->Path(), options.id));
   }

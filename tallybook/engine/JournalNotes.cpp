@@ -10,11 +10,24 @@ std::vector<NotedEntry> JournalNotes::Entries() const {
   if (!book_.ReadOnly()) store.Commit();
   BookStorage& storage = store.Storage();
   std::map<Long, Text> users = storage.Users();
+  std::map<Long, Text> due = storage.TextsNamed(kDueText);
   std::vector<NotedEntry> entries;
   for (const JournalRow& row : storage.Entries()) {
-    entries.push_back({row.entry, users[row.entry.command], storage.NotesOf(row)});
+    entries.push_back({row.entry, users[row.entry.command], storage.NotesOf(row), due[row.entry.id]});
   }
   return entries;
+}
+
+std::optional<NotedEntry> JournalNotes::Find(Long id) const {
+  FigureStore& store = book_.Store();
+  if (!book_.ReadOnly()) store.Commit();
+  BookStorage& storage = store.Storage();
+  for (const JournalRow& row : storage.Entries()) {
+    if (row.entry.id != id) continue;
+    return NotedEntry{row.entry, storage.Users()[row.entry.command], storage.NotesOf(row),
+                      storage.TextsNamed(kDueText)[id]};
+  }
+  return std::nullopt;
 }
 
 std::map<Long, Text> JournalNotes::Users() const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <vector>
 
 #include "base/Types.h"
@@ -17,6 +18,7 @@ struct NotedEntry {
   JournalEntry entry;
   Text who;  // as of JournalNotes::Users
   EntryNotes notes;
+  Text due;  // as of JournalNotes::Due
 };
 
 class JournalNotes {
@@ -26,6 +28,9 @@ class JournalNotes {
 
   // All entries, oldest first. Failure 57 where the journal or its notes are damaged.
   [[nodiscard]] std::vector<NotedEntry> Entries() const;
+
+  // One of them, for which the notes of the others are not read; nothing for an id that is none. Fails as Entries.
+  [[nodiscard]] std::optional<NotedEntry> Find(Long id) const;
 
   // The login name of whoever ran each command, by the command's number; empty for what ran before names were kept. Failure
   // 57 where the journal is damaged.

@@ -132,6 +132,7 @@ class Trials:
         if lost - {before.files["a.QDX"]}:
             raise Broken("the bytes of a file are gone")
         left = [name for name in now.files if name.endswith(".QDX")] if held is after else []
+        self.judge_due(place, now, left)
         told = place.must(*PROBE, "2").err
         if Held(place).files != held.files:
             raise Broken(f"the next change leaves other files: {set(Held(place).files)}\n{told}")
@@ -144,6 +145,15 @@ class Trials:
         if held is before:
             return "nothing of it"
         return f"all of it, {'files were left to the next' if left else 'files as well'}"
+
+    @staticmethod
+    def judge_due(place, now, left):
+        """The entries tell the files that are still there; one that was taken away a moment ago may be told as well."""
+        shown = [json.loads(place.must("journal", "show", "office", entry["entry"], "--json").out) for entry in now.entries]
+        due = {name for entry in shown for one in entry.get("due", [])
+               if (name := pathlib.Path(one["file"]).name).endswith(".QDX")}
+        if set(left) - due or len(due) > len(left) + 1:
+            raise Broken(f"still due is {left}, and the journal tells {due}")
 
     @staticmethod
     def undo(place, before, commands):

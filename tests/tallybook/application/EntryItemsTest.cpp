@@ -2,6 +2,7 @@
 
 #include "tallybook/application/EntryFacts.h"
 #include "tallybook/application/EntryItems.h"
+#include "tallybook/application/FileDisposals.h"
 #include "tests/tallybook/engine/BookFixture.h"
 
 namespace tallybook::application {
@@ -54,6 +55,16 @@ TEST(EntryItems, TellTheFilesTheCountsAndWhatCameOfIt) {
                           EntryItem{"Figures", "1,200 read: 1,198 applied, 2 not mapped"},
                           EntryItem{"Reached", "1 account, 2 fields, 3 dates"}, EntryItem{"Result", "imported"},
                           EntryItem{"Warning", "one"}, EntryItem{"Warning", "two"}));
+}
+
+TEST(EntryItems, TellWhatIsStillDueWithItsFiles) {
+  engine::NotedEntry noted;
+  noted.due = TextOfDisposals({{.path = "/in/a.QDX", .new_path = {}, .stamp = {}},
+                               {.path = "/in/b.QDX", .new_path = "/in/b.XDQ", .stamp = {}}});
+  EXPECT_THAT(ItemsOf(noted),
+              ::testing::IsSupersetOf({
+                                       EntryItem{"Still due", "/in/a.QDX is to be deleted"},
+                                       EntryItem{"Still due", "/in/b.QDX is to be renamed to /in/b.XDQ"}}));
 }
 
 }  // namespace

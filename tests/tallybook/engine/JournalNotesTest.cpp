@@ -62,6 +62,23 @@ class JournalNotesTest : public BookFixture {
   Double next_ = 1;
 };
 
+TEST_F(JournalNotesTest, FindsOneEntryWhateverBecameOfTheNotesOfOthers) {
+  Import(Notes());
+  Import(Notes());
+  JournalNotes(*book).SaveDue(1, "due");
+  book->Close();
+  Meddle("UPDATE journal_text SET value = 'other' WHERE entry = 2 AND name = 'facts'");
+  book = Open();
+  const auto found = JournalNotes(*book).Find(1);
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->entry.what_ran, "import");
+  EXPECT_EQ(found->who, engine::LoginName());
+  EXPECT_EQ(found->notes, Notes());
+  EXPECT_EQ(found->due, "due");
+  EXPECT_THAT([&] { (void)JournalNotes(*book).Find(2); }, FailsWith(FailureNumber::kDeviceError, "entry 2"));
+  EXPECT_FALSE(JournalNotes(*book).Find(9));
+}
+
 TEST_F(JournalNotesTest, GoWithTheEntriesOfTheirCommandAndNoOther) {
   Import(Notes());
   Import({});
