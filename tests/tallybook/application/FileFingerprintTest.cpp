@@ -1,6 +1,11 @@
+#include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <set>
+#include <string>
+#include <string_view>
 #include <sys/stat.h>
 
 #include "tallybook/application/FileFingerprint.h"
@@ -71,6 +76,41 @@ TEST_F(FileFingerprintTest, EndsItsReadingWithItself) {
   std::filesystem::resize_file((folder_.Write("large", ""), folder_.Path("large")), 50'000'000'000);
   const FingerprintReader reader(folder_.Path("large"));
   EXPECT_EQ(reader.Size(), 50'000'000'000);
+}
+
+std::set<Text> ThreadsNow() {
+  std::set<Text> threads;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task"))
+    threads.insert(entry.path().string());
+  return threads;
+}
+
+bool Blocks(const Text& thread, int signal) {
+  std::ifstream status(thread + "/status");
+  for (Text line; std::getline(status, line);) {
+    constexpr std::string_view kMask = "SigBlk:";
+    if (!line.starts_with(kMask)) continue;
+    constexpr int kHex = 16;
+    return ((std::stoull(line.substr(kMask.size()), nullptr, kHex) >> static_cast<unsigned>(signal - 1)) & 1U) != 0;
+  }
+  ADD_FAILURE() << thread << " tells no mask";
+  return false;
+}
+
+TEST_F(FileFingerprintTest, IsReadByAThreadThatNoSignalComesToAndLeavesTheCallersMaskAlone) {
+  std::filesystem::resize_file((folder_.Write("large", ""), folder_.Path("large")), 50'000'000'000);
+  const std::set<Text> before = ThreadsNow();
+  const FingerprintReader reader(folder_.Path("large"));
+  int made = 0;
+  for (const Text& thread : ThreadsNow()) {
+    if (before.contains(thread)) continue;
+    ++made;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGALRM}) EXPECT_TRUE(Blocks(thread, signal)) << signal;
+  }
+  EXPECT_EQ(made, 1);
+  sigset_t mask{};
+  ASSERT_EQ(::pthread_sigmask(SIG_SETMASK, nullptr, &mask), 0);
+  EXPECT_EQ(sigismember(&mask, SIGINT), 0);
 }
 
 }  // namespace

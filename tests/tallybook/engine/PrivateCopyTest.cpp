@@ -70,6 +70,21 @@ TEST_F(PrivateCopyTest, HasTheBytesOfBookAndLogUntilTheirNamesGo) {
   EXPECT_EQ(byte, 'b');
 }
 
+TEST_F(PrivateCopyTest, TriesItsFolderOnceMoreAtItsEnd) {
+  const BookHold hold(BookPath(), BookHold::Purpose::kLeaveAlone);
+  {
+    PrivateCopy copy(hold);
+    const fs::path foreign = fs::path(copy.Path()).parent_path() / "another's";
+    std::ofstream(foreign) << "in the way";
+    copy.Remove();
+    EXPECT_FALSE(fs::exists(copy.Path()));
+    EXPECT_TRUE(fs::exists(foreign));
+    fs::remove(foreign);
+    EXPECT_EQ(Names().size(), 1U);
+  }
+  EXPECT_THAT(Names(), IsEmpty());
+}
+
 TEST_F(PrivateCopyTest, HasNoLogWhereTheBookHasNone) {
   fs::remove(BookPath() + "-wal");
   const BookHold hold(BookPath(), BookHold::Purpose::kLeaveAlone);
