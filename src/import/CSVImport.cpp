@@ -158,6 +158,7 @@ class CSVImportRun {
   bool ConfirmRun() {
     const std::optional<Text> word = WordOfMath(header_.math);
     if (!word) return Refused("Add, subtract or replace not indicated in import file. ");
+    tally_.math = header_.math;
     if (request_.no_prompts) return true;
     const Date start = PassOver([&] { return masterfile_.FiscalCalendar().CurrentDate(); });
     const Text question = "OK to " + *word + " data from the import file to the database, starting at " +

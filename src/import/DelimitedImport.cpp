@@ -225,6 +225,7 @@ class DelimitedImportRun {
   // --- The passes: a failure ends the run ----------------------------------------------------------------------------
 
   bool RunPasses() {
+    tally_.math = math_;
     Statements at(Policy::kLeave, [&](const Failure& failure) {
       tally_.stop = ReasonOf(failure);
       tally_.stop->place = Place();

@@ -123,6 +123,7 @@ class NumberTable {
 // What a run applied, for a closing summary; and what stopped one that gave false. Filled while it runs, so that whoever
 // shows the audit's questions can look up what their words leave out.
 struct TextImportTally {
+  Integer math = 0;  // as the run was told, or the file's header where it takes that; 0 until it is known
   long long records = 0;
   // Figures: as the audit counts them, and as the second pass applies them. What it did not is refused: all of a file with
   // errors, or pairs behind an empty one, which it passes over.

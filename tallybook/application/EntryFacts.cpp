@@ -58,6 +58,7 @@ Text TextOfFacts(const EntryFacts& facts) {
   if (facts.definition != 0) json["definition"] = facts.definition;
   Put(json, "title", facts.title);
   Put(json, "math", facts.math);
+  Put(json, "told_math", facts.told_math);
   Put(json, "options", facts.options);
   if (Json counts = JsonOf(facts.counts); !counts.empty()) json["counts"] = std::move(counts);
   Put(json, "result", facts.result);
@@ -77,6 +78,7 @@ EntryFacts FactsOf(const Text& text) {
   }
   Take(json, "title", facts.title);
   Take(json, "math", facts.math);
+  Take(json, "told_math", facts.told_math);
   Take(json, "options", facts.options);
   if (const auto found = json.find("counts"); found != json.end() && found->is_object())
     facts.counts = CountsOf(*found);

@@ -16,6 +16,7 @@ struct EntryFacts {
   Integer definition = 0;  // its number; 0 where none was used
   Text title;              // of the definition
   Text math;               // "add", "subtract", "replace", "zero"; "as told" for that of the file's header
+  Text told_math;          // of "as told": what the header told, once it was read
   Text options;            // others that change what is imported, as the user gave them; may be empty
 
   // Figures read are those applied, not mapped and refused together.

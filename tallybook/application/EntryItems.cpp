@@ -81,7 +81,7 @@ std::vector<EntryItem> ItemsOf(const engine::NotedEntry& noted) {
   items.Add("Dates", DatesText(entry));
   items.Add("State", StateInFull(entry));
   items.Add("Definition", DefinitionOf(facts));
-  items.Add("Math", facts.math);
+  items.Add("Math", facts.told_math.empty() ? facts.math : facts.math + ": " + facts.told_math);
   items.Add("Options", facts.options);
   for (const engine::EntryFile& file : noted.notes.files) items.AddFile(file);
   items.Add("Figures", FiguresText(facts.counts));

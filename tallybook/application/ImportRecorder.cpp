@@ -84,6 +84,7 @@ void AddOutcome(EntryFacts& facts, const QDXFileImport& file, const std::optiona
 }
 
 void AddOutcome(EntryFacts& facts, const TextImportTally& tally, bool imported) {
+  if (facts.math != MathWord(tally.math)) facts.told_math = MathWord(tally.math);
   facts.counts.records = tally.records;
   facts.counts.read = tally.read;
   facts.counts.applied = tally.applied;

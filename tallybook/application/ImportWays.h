@@ -10,7 +10,7 @@
 
 namespace tallybook::application {
 
-// By an exchange definition. `math` is that of the exchange object.
+// By an exchange definition. `math` is that of the exchange object, whose default adds.
 [[nodiscard]] EntryFacts WayOfDefinition(Integer number, const Text& title, Integer math);
 
 // A comma-separated file; a math of mDefault is as its header tells, and fields of these numbers are cleared before.
@@ -24,5 +24,10 @@ struct DelimitedWay {
   bool any_line_end = false;
 };
 [[nodiscard]] EntryFacts WayOfDelimited(const DelimitedWay& way);
+
+// The math that an import ran with, in the words of EntryFacts; empty where nobody knows.
+[[nodiscard]] const Text& MathThatRan(const EntryFacts& facts);
+// Whether it cleared fields of the book before it did anything else.
+[[nodiscard]] bool ClearsFields(const EntryFacts& facts);
 
 }  // namespace tallybook::application

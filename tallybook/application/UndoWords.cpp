@@ -89,9 +89,4 @@ Text UndoQuestion(const engine::UndoOutcome& outcome) {
                      has_lists ? "The lists go back to what they were before. " : "", figures);
 }
 
-bool MayBeReversed(const engine::UndoOutcome& outcome) {
-  return std::ranges::all_of(
-      outcome.undone, [](const engine::JournalEntry& entry) { return entry.kind == engine::JournalKind::kImport; });
-}
-
 }  // namespace tallybook::application

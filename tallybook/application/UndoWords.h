@@ -29,7 +29,4 @@ namespace tallybook::application {
 // that no figure stands in the way of.
 [[nodiscard]] Text UndoQuestion(const engine::UndoOutcome& outcome);
 
-// Whether the amounts of all of it can be taken out instead: it is imports alone.
-[[nodiscard]] bool MayBeReversed(const engine::UndoOutcome& outcome);
-
 }  // namespace tallybook::application

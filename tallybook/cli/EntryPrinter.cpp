@@ -44,6 +44,7 @@ void AddFacts(const EntryFacts& facts, nlohmann::ordered_json& json) {
   if (facts.definition != 0) json["definition"] = facts.definition;
   if (!facts.title.empty()) json["title"] = facts.title;
   if (!facts.math.empty()) json["math"] = facts.math;
+  if (!facts.told_math.empty()) json["told_math"] = facts.told_math;
   if (!facts.options.empty()) json["options"] = facts.options;
   nlohmann::ordered_json counts = nlohmann::ordered_json::object();
   for (const auto& [name, member] : application::NamedCounts()) {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/Failure.h"
+#include "tallybook/application/Reversal.h"
 #include "tallybook/application/UndoWords.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/Commands.h"
@@ -93,14 +94,20 @@ void PrintUndone(const engine::Book& book, const std::vector<engine::JournalEntr
   if (!words.empty()) PrintLine(words + ".");
 }
 
-ExitStatus Refuse(const engine::Book& book, const engine::UndoOutcome& outcome) {
-  throw Failure(
-      FailureNumber::kInvalidArgument,
-      fmt::format("{}: {}; --skip leaves {}, --force puts {} back as well{}", book.Path(),
-                  application::ChangedSinceWords(outcome, engine::UndoWay::kExact),
-                  outcome.changed_since == 1 ? "it as it is" : "them as they are",
-                  outcome.changed_since == 1 ? "it" : "them",
-                  application::MayBeReversed(outcome) ? ", and --reverse takes out what an import has added" : ""));
+ExitStatus Refuse(engine::Book& book, const engine::UndoOutcome& outcome) {
+  throw Failure(FailureNumber::kInvalidArgument,
+                fmt::format("{}: {}; --skip leaves {}, --force puts {} back as well{}", book.Path(),
+                            application::ChangedSinceWords(outcome, engine::UndoWay::kExact),
+                            outcome.changed_since == 1 ? "it as it is" : "them as they are",
+                            outcome.changed_since == 1 ? "it" : "them",
+                            application::MayBeReversed(book, outcome.undone)
+                                ? ", and --reverse takes out what an import has added"
+                                : ""));
+}
+
+void TellUntold(Session& session, engine::Book& book, const engine::UndoOutcome& outcome) {
+  const bool warning = true;
+  for (const Text& line : application::ReversedUntold(book, outcome.undone)) session.Note(line, warning);
 }
 
 ExitStatus RunUndo(const JournalUndoOptions& options) {
@@ -117,12 +124,14 @@ ExitStatus RunUndo(const JournalUndoOptions& options) {
   request.id = options.id;
   request.way = WayOf(options);
   request.most_listed = options.form == PrintForm::kJson ? kMostInJson : kMostInATable;
+  if (options.reverse) application::NeedReversible(*book, request);
   const engine::UndoOutcome outcome = journal.TakeBack(request);
   if (!outcome.done) {
     PrintUndone(*book, journal.Entries(), outcome, options);
     return Refuse(*book, outcome);
   }
   DoAfterCommit([&] { PrintUndone(*book, journal.Entries(), outcome, options); });
+  if (options.reverse) DoAfterCommit([&] { TellUntold(session, *book, outcome); });
   if (definitions) {
     definitions->Keep();
     const bool is_done = true;

@@ -50,6 +50,9 @@ class Journal {
   std::vector<JournalEntry> UndoNewest();
   std::vector<JournalEntry> Undo(Long id);
 
+  // The entries that are asked for, newest first. Fails as TakeBack where there are none.
+  [[nodiscard]] std::vector<JournalEntry> Asked(const UndoRequest& request) const { return Asked(Entries(), request); }
+
   // What the book's names, lists and years will be after UndoNewest, or after Undo where an id is given. Fails as these do
   // before they look at figures.
   [[nodiscard]] BookDescription DescriptionAfterUndo(std::optional<Long> id) const;

@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 
 #include "tallybook/application/Counts.h"
+#include "tallybook/application/Reversal.h"
 #include "tallybook/application/UndoWords.h"
 #include "tallybook/desktop/host/QtTexts.h"
 #include "tallybook/desktop/host/RowsView.h"
@@ -27,7 +28,7 @@ QLabel* NewWords(const QString& words, QWidget* parent) {
 
 }  // namespace
 
-UndoDialog::UndoDialog(const engine::Book& book, const std::vector<engine::JournalEntry>& entries,
+UndoDialog::UndoDialog(engine::Book& book, const std::vector<engine::JournalEntry>& entries,
                        const engine::UndoOutcome& outcome, QWidget* owner)
     : QDialog(owner) {
   setWindowTitle("Undo: Figures Changed Since");
@@ -64,7 +65,7 @@ UndoDialog::UndoDialog(const engine::Book& book, const std::vector<engine::Journ
             "They stay as they are; everything else goes back.");
   AddChoice(*choices, engine::UndoWay::kForce, "force", "&Put Back as Well",
             "They too become what they were before; what was done to them since is lost.");
-  if (application::MayBeReversed(outcome)) {
+  if (application::MayBeReversed(book, outcome.undone)) {
     AddChoice(*choices, engine::UndoWay::kReverse, "reverse", "Take &Amounts Out",
               "What the import added is taken out of every figure, whatever it is now.");
   }

@@ -20,8 +20,8 @@ class UndoDialog final : public QDialog {
   static constexpr std::size_t kMostListed = 1000;
 
   // `outcome` is that of a look, and `entries` are all of the journal.
-  UndoDialog(const engine::Book& book, const std::vector<engine::JournalEntry>& entries,
-             const engine::UndoOutcome& outcome, QWidget* owner);
+  UndoDialog(engine::Book& book, const std::vector<engine::JournalEntry>& entries, const engine::UndoOutcome& outcome,
+             QWidget* owner);
 
   // Shows it and waits; nothing where the user cancels.
   [[nodiscard]] std::optional<engine::UndoWay> Ask();

@@ -11,7 +11,8 @@ EntryFacts WholeFacts() {
   facts.kind = "qdx";
   facts.definition = 3;
   facts.title = "Café \"North\"";
-  facts.math = "replace";
+  facts.math = "as told";
+  facts.told_math = "replace";
   facts.options = "clear 5";
   facts.counts = {.read = 10,
                   .applied = 7,

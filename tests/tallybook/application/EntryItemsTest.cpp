@@ -57,12 +57,16 @@ TEST(EntryItems, TellTheFilesTheCountsAndWhatCameOfIt) {
                           EntryItem{"Warning", "one"}, EntryItem{"Warning", "two"}));
 }
 
-TEST(EntryItems, TellWhatIsStillDueWithItsFiles) {
+TEST(EntryItems, TellTheMathThatTheFileToldAndWhatIsStillDueWithIt) {
+  EntryFacts facts;
+  facts.math = "as told";
+  facts.told_math = "subtract";
   engine::NotedEntry noted;
+  noted.notes.facts = TextOfFacts(facts);
   noted.due = TextOfDisposals({{.path = "/in/a.QDX", .new_path = {}, .stamp = {}},
                                {.path = "/in/b.QDX", .new_path = "/in/b.XDQ", .stamp = {}}});
   EXPECT_THAT(ItemsOf(noted),
-              ::testing::IsSupersetOf({
+              ::testing::IsSupersetOf({EntryItem{"Math", "as told: subtract"},
                                        EntryItem{"Still due", "/in/a.QDX is to be deleted"},
                                        EntryItem{"Still due", "/in/b.QDX is to be renamed to /in/b.XDQ"}}));
 }

@@ -59,11 +59,6 @@ TEST(UndoWords, OfAnUndoThatIsDoneSayWhatBecameOfTheFigures) {
             "7 figures that it changed have been changed since, and were put back as well");
 }
 
-TEST(UndoWords, OfferToReverseImportsAlone) {
-  EXPECT_TRUE(MayBeReversed(Outcome(false, {kImport}, 1)));
-  EXPECT_FALSE(MayBeReversed(Outcome(false, {kImport, kSet}, 1)));
-}
-
 TEST(UndoWords, SayWhyAnEntryCannotBeUndone) {
   std::vector<JournalEntry> entries = {
       Entry(1, JournalKind::kImport, "import csv day.csv"), Entry(2, JournalKind::kUndo, "journal undo"),

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Books that hold what no figure may be any more: an infinity that an earlier program stored. It is listed, kept, and
-replaced by whoever gives the figure anew.
+"""Books of earlier programs: what the one that wrote them did not keep, and what no figure may be any more, an infinity. It
+is listed, kept, and replaced by whoever gives the figure anew.
 
   older_books_test.py TALLYBOOK
 """
 
+import json
 import os
 import pathlib
 import shutil
@@ -23,13 +24,50 @@ CHUNK = 7 << 24  # account 7's first; dense, from row 30 on
 PLACE = 5        # its first figure: 2003-01-31, field 1
 
 
-class InfinityTest(unittest.TestCase):
+class OlderBooks(unittest.TestCase):
     def setUp(self):
         temporary = tempfile.TemporaryDirectory(prefix="tallybook-older-")
         self.addCleanup(temporary.cleanup)
         self.folder = pathlib.Path(temporary.name)
         self.env = {"PATH": "/usr/bin:/bin", "HOME": temporary.name, "LC_ALL": "C.UTF-8", "TZ": "UTC",
                     **{name: value for name, value in os.environ.items() if name.endswith("SAN_OPTIONS")}}
+
+    def run_line(self, *words, status=0, tells=""):
+        done = subprocess.run([TALLYBOOK, *words], cwd=self.folder, env=self.env, stdin=subprocess.DEVNULL, capture_output=True,
+                              text=True, timeout=TIMEOUT, check=False)
+        self.assertEqual(done.returncode, status, done.stdout + done.stderr)
+        self.assertIn(tells, done.stderr)
+        return done.stdout
+
+
+class ReverseTest(OlderBooks):
+    """Books from before format 4 do not tell whether an import added: what it changed is taken out, and that is said."""
+
+    def reverse(self, version, tells):
+        book = f"old{version}"
+        shutil.copy(SAMPLES / f"book-v{version}.tbk", self.folder / f"{book}.tbk")
+        before = self.run_line("values", book, "--format", "csv")
+        entry = next(str(entry["entry"]) for entry in json.loads(self.run_line("journal", "list", book, "--json"))
+                     if entry["what_ran"] == "import qdx #1")
+        self.run_line("journal", "undo", book, entry, "--reverse", tells=tells and f"journal entry {entry} {tells}")
+        self.assertNotEqual(self.run_line("values", book, "--format", "csv"), before)
+        undo = json.loads(self.run_line("journal", "list", book, "--json"))[-1]
+        self.assertEqual(undo["undoes"], int(entry))
+        self.run_line("journal", "undo", book, str(undo["entry"]))
+        self.assertEqual(self.run_line("values", book, "--format", "csv"), before)
+
+    def test_is_done_and_told_of_books_that_do_not_tell_the_math(self):
+        for version in (1, 2, 3):
+            with self.subTest(version=version):
+                self.reverse(version, "does not tell whether it added or replaced")
+
+    def test_is_done_of_a_book_that_tells_that_it_added(self):
+        self.reverse(4, "")
+
+
+class InfinityTest(OlderBooks):
+    def setUp(self):
+        super().setUp()
         shutil.copy(SAMPLES / "book-v1.tbk", self.folder / "old.tbk")
         book = sqlite3.connect(self.folder / "old.tbk")
         (figures,) = book.execute("SELECT figures FROM chunk WHERE key = ?", (CHUNK,)).fetchone()
@@ -40,13 +78,6 @@ class InfinityTest(unittest.TestCase):
         book.close()
         figures = self.run_line("values", "old", "--format", "csv", "--from", "2003-01-31", "--to", "2003-01-31").splitlines()
         self.code = next(row.split(",")[1] for row in figures if row.startswith("7,"))
-
-    def run_line(self, *words, status=0, tells=""):
-        done = subprocess.run([TALLYBOOK, *words], cwd=self.folder, env=self.env, stdin=subprocess.DEVNULL, capture_output=True,
-                              text=True, timeout=TIMEOUT, check=False)
-        self.assertEqual(done.returncode, status, done.stdout + done.stderr)
-        self.assertIn(tells, done.stderr)
-        return done.stdout
 
     def figure(self):
         """The figure as CSV has it."""
