@@ -23,7 +23,8 @@ Text Absolute(Text path) {
 }  // namespace
 
 // Deletes and renames are noted, and reads and searches see them as done. What is written goes to the files below at once:
-// the outputs of an import are none of its figures.
+// the outputs of an import are none of its figures. A file is held by what it was when it was opened, so that another that
+// takes its name before the end of the import is left alone.
 class AtomicImport::Files : public FileLayer {
  public:
   struct Noted {
@@ -54,32 +55,43 @@ class AtomicImport::Files : public FileLayer {
   [[nodiscard]] std::unique_ptr<OpenFile> Open(const Text& path, Access access, Sharing sharing,
                                                Creation creation) override {
     const bool is_look = access == Access::kRead && creation == Creation::kMustExist;
-    return is_look ? overlay_.Open(path, access, sharing, creation) : Below().Open(path, access, sharing, creation);
+    if (!is_look) return Below().Open(path, access, sharing, creation);
+    opened_[Absolute(path)] = StampNow(path);
+    return overlay_.Open(path, access, sharing, creation);
   }
   [[nodiscard]] FileAttributes Attributes(const Text& path) override { return overlay_.Attributes(path); }
   [[nodiscard]] std::vector<FoundFile> Find(const Text& pattern) override { return overlay_.Find(pattern); }
 
   void Delete(const Text& path) override {
     if (below_.PlaceOf(path)) return Below().Delete(path);
-    const auto stamp = StampNow(path);
+    const auto stamp = StampOfRead(path);
     overlay_.Delete(path);
     places_.erase(Absolute(path));
+    opened_.erase(Absolute(path));
     if (stamp) Note({.path = Absolute(path), .new_path = {}, .stamp = *stamp});
   }
 
   void Rename(const Text& old_path, const Text& new_path) override {
     if (below_.PlaceOf(old_path)) return Below().Rename(old_path, new_path);
-    const auto stamp = StampNow(old_path);
+    const auto stamp = StampOfRead(old_path);
     const Text place = PlaceOf(old_path).value_or(Absolute(old_path));
     overlay_.Rename(old_path, new_path);
     places_.erase(Absolute(old_path));
     places_[Absolute(new_path)] = place;
+    opened_.erase(Absolute(old_path));
+    opened_[Absolute(new_path)] = stamp;
     if (stamp) Note({.path = Absolute(old_path), .new_path = Absolute(new_path), .stamp = *stamp});
   }
 
  private:
   [[nodiscard]] std::optional<FileStamp> StampNow(const Text& path) const {
     return StampOf(PlaceOf(path).value_or(path));
+  }
+
+  // What was read is what is disposed of, whatever has come to its name since.
+  [[nodiscard]] std::optional<FileStamp> StampOfRead(const Text& path) const {
+    const auto opened = opened_.find(Absolute(path));
+    return opened == opened_.end() ? StampNow(path) : opened->second;
   }
 
   void Note(FileDisposal disposal) { noted_.push_back({EntryNow(), std::move(disposal)}); }
@@ -89,6 +101,7 @@ class AtomicImport::Files : public FileLayer {
   Long entry_before_;
   preview::OverlayFileSystem overlay_;
   std::vector<Noted> noted_;
+  std::map<Text, std::optional<FileStamp>> opened_;  // what was opened to be read, by its path, the last time
   std::map<Text, Text> places_;  // where the bytes are of files that were renamed, by the name of now
 };
 

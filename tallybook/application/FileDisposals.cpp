@@ -127,7 +127,8 @@ Text DeedText(const DisposalOutcome& outcome) {
 
 std::optional<FileStamp> StampOf(const Text& path) {
   struct stat status {};
-  if (::lstat(Native(path).c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  if (::lstat(Native(path).c_str(), &status) != 0) return std::nullopt;
+  if (!S_ISREG(status.st_mode) && !S_ISLNK(status.st_mode)) return std::nullopt;
   constexpr std::int64_t kNanoseconds = 1'000'000'000;
   return FileStamp{.inode = status.st_ino,
                    .size = status.st_size,

@@ -22,7 +22,8 @@ struct FileStamp {
   bool operator==(const FileStamp&) const = default;
 };
 
-// Nothing for what is no regular file, or is not there.
+// Nothing for what is neither a regular file nor a link, or is not there. A link is told by itself: to delete or rename it
+// does nothing to the file that it leads to.
 [[nodiscard]] std::optional<FileStamp> StampOf(const Text& path);
 
 struct FileDisposal {

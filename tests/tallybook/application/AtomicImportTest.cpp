@@ -154,6 +154,35 @@ TEST_F(AtomicImportTest, LeavesToTheNextWhatCannotBeDisposedOfNow) {
   EXPECT_EQ(folder.Read("b.XDQ"), "b.QDX");
 }
 
+TEST_F(AtomicImportTest, LeavesAFileAloneThatTookTheNameOfTheOneThatWasRead) {
+  Begin();
+  Write();
+  for (const char* name : {"a.QDX", "b.QDX"}) {
+    EXPECT_EQ(ReadByThePlatform(name), name);
+    folder.Write("new", "not read");
+    std::filesystem::rename(At("new"), At(name));
+  }
+  EXPECT_TRUE(KillFile(At("a.QDX")));
+  EXPECT_TRUE(RenameFile(At("b.QDX"), At("b.XDQ")));
+  for (const DisposalOutcome& outcome : atomic->Keep()) EXPECT_EQ(outcome.result, Result::kChanged);
+  EXPECT_EQ(folder.Read("a.QDX"), "not read");
+  EXPECT_EQ(folder.Read("b.QDX"), "not read");
+  EXPECT_FALSE(folder.Has("b.XDQ"));
+}
+
+TEST_F(AtomicImportTest, DeletesALinkAndNotTheFileThatItLeadsTo) {
+  folder.Write("elsewhere", "figures");
+  std::filesystem::create_symlink(At("elsewhere"), At("c.QDX"));
+  Begin();
+  Write();
+  EXPECT_EQ(ReadByThePlatform("c.QDX"), "figures");
+  EXPECT_TRUE(KillFile(At("c.QDX")));
+  EXPECT_TRUE(folder.Has("c.QDX"));
+  for (const DisposalOutcome& outcome : atomic->Keep()) EXPECT_EQ(outcome.result, Result::kDone);
+  EXPECT_FALSE(std::filesystem::is_symlink(At("c.QDX")));
+  EXPECT_EQ(folder.Read("elsewhere"), "figures");
+}
+
 TEST_F(AtomicImportTest, IsToldAtOnceWhatCannotBeTakenAway) {
   need_removable = [](const Text& path) { throw Failure(FailureNumber::kPermissionDenied, path + ": held", "Test"); };
   Begin();
