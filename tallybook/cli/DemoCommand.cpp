@@ -269,13 +269,22 @@ class Demo {
   }
 
   void ShowJournal(const fs::path& folder) {
-    Heading("9. The way back");
-    Say("Imports keep a journal, by which they can be taken back:");
+    Heading("9. Where a figure comes from, and the way back");
+    Say("Whatever changes figures leaves an entry in the journal, by which it can be taken back, exactly and whatever "
+        "came "
+        "later:");
+    const std::vector<Text> history = {"history", kOffice, "4110", "2024-01-31", "1"};
     Type({"journal", "list", kOffice});
-    Say("To undo the import and look again:");
+    Type(history);
+    Type({"journal", "undo", kOffice, "1"});
+    Say("The estimates are back. An undo is an entry as well; taken back itself, the import stands again, and the last "
+        "line of a figure's history is always the figure in the book:");
+    Type({"journal", "undo", kOffice, "2"});
+    Type(history);
+    Say("To look around yourself:");
     PrintLine("  cd " + ShellWord(folder.string()));
-    PrintLine(fmt::format("  tallybook journal undo {}", kOffice));
     PrintLine(fmt::format("  tallybook values {} --account 4110", kOffice));
+    PrintLine(fmt::format("  tallybook journal show {} 1", kOffice));
   }
 
   const LineRunner& run_line_;
