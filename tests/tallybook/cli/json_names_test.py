@@ -87,6 +87,7 @@ NAMES = {
     "before": figure, "left": figure, "now": figure, "changed_by": number,
     "who": text, "read_files": rows("file", "size"), "size": count, "xxh3": like("[0-9a-f]{32}"), "sha256": like("[0-9a-f]{64}"),
     "definition": number, "math": words("add", "subtract", "replace", "zero", "as told"), "options": text,
+    "told_math": words("add", "subtract", "replace"), "due": rows("file", "then"),
     "counts": lambda value: isinstance(value, dict), "read": count, "applied": count, "not_mapped": count, "refused": count,
     "zeroed": count, "field_count": count, "result": text, "warnings": texts, "unknown_before": number,
     "history": rows("entry", "time", "kind", "state", "what_ran", "figure_after"),
@@ -114,6 +115,9 @@ NAMES = {
     "figure_changes": rows("account", "code", "figures", "first", "last"),
     "files": texts, "archive_copy": truth, "unreadable": rows("file", "what"), "missing_in": texts, "in_book": truth, "holds": truth,
 }
+
+# What is printed only of an import that was cut off behind its commit; tests/faults holds it.
+AFTER_A_KILL = {"due"}
 
 # Of a book's description (docs/book-file.md).
 DESCRIPTION = {"system_name", "type_name", "data_level", "calendar", "max_accounts", "max_fields", "accounts", "fields", "values",
@@ -178,6 +182,7 @@ class JsonNamesTest(unittest.TestCase):
         cls.run_line("import", "qdx", "noted", "--definition", "1")
         cls.run_line("import", "delimited", "noted", "weeks.txt", "--math", "add", "--date-order", "MDY", "--yes")
         (cls.folder / "weeks.txt").write_bytes(b"1.6.2003,A7,3,5\r\n")
+        cls.run_line("import", "csv", "noted", "weeks.csv", "--yes")
         shutil.copy(cls.folder / "noted.tbk", cls.folder / "trimmed.tbk")
         for name in "noted.tbk", "TBQDX1.noted":
             shutil.copy(cls.folder / name, cls.folder / name.replace("noted", "changed"))
@@ -202,7 +207,7 @@ class JsonNamesTest(unittest.TestCase):
              ["qdx", "dump", "shop.QDX"], ["qdx", "dump", "cut.QDX"], ["qdx", "check", "shop.QDX"], ["qdx", "check", "cut.QDX"],
              ["qdx", "check", "shop.QDX", "--book", "noted", "--definition", "1"], ["qdx", "check", "cut.QDX", "--book", "shop", "--definition", "2"],
              ["qdx", "diff", "shop.QDX", "other.QDX"], ["journal", "list", "shop"],
-             ["journal", "show", "noted", "1"], ["journal", "show", "noted", "2"], ["history", "noted", "A7", "2003-01-06", "3"], ["verify", "noted", "--definition", "1"], ["verify", "changed", "--definition", "1"],
+             ["journal", "show", "noted", "1"], ["journal", "show", "noted", "2"], ["journal", "show", "noted", "3"], ["history", "noted", "A7", "2003-01-06", "3"], ["verify", "noted", "--definition", "1"], ["verify", "changed", "--definition", "1"],
              ["history", "trimmed", "A7", "2003-01-05", "3"], ["journal", "undo", "grow"], ["journal", "undo", "twice", "1"], ["book", "check", "shop"],
              ["import", "qdx", "shop", "--all", "--preview"], ["import", "csv", "weeks", "weeks.csv", "--preview", "--yes"],
              ["import", "csv", "weeks", "bad.csv", "--preview", "--yes"],
@@ -232,7 +237,7 @@ class JsonNamesTest(unittest.TestCase):
 
     def test_every_listed_name_occurs(self):
         found = {name for line in self.LINES for name, _ in self.names_of_line(line)}
-        self.assertEqual(set(NAMES) - found, set())
+        self.assertEqual(set(NAMES) - found, AFTER_A_KILL)
 
     def test_a_books_description_has_the_names_that_new_reads(self):
         self.assertEqual({name for name, _ in self.names_of_line(["info", "shop"])} - DESCRIPTION, set())
