@@ -143,7 +143,9 @@ void AtomicImport::SaveDue() {
     one.entry = entry;
     if (entry != 0) due[entry].push_back(one.disposal);
   }
-  for (const auto& [id, disposals] : due) engine::JournalNotes(book_).SaveDue(id, TextOfDisposals(disposals));
+  std::map<Long, Text> texts;
+  for (const auto& [id, disposals] : due) texts[id] = TextOfDisposals(disposals);
+  engine::JournalNotes(book_).SaveDue(texts);
 }
 
 std::vector<DisposalOutcome> AtomicImport::Keep() {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <utility>
 
 #include "exchange/CDataExchange.h"
@@ -52,6 +53,7 @@ std::vector<ImportRecorder::Run*> ImportRecorder::Runs() {
 
 void ImportRecorder::Save() {
   EndFile();
+  std::map<Long, engine::EntryNotes> notes;
   for (const auto& file : files_) {
     engine::EntryFile kept = {.path = file->run.path, .size = file->size, .xxh3 = {}, .sha256 = {}};
     if (file->print) {
@@ -60,9 +62,10 @@ void ImportRecorder::Save() {
       kept.sha256 = file->print->sha256;
     }
     for (Long entry = file->run.before + 1; entry <= file->run.last; ++entry) {
-      engine::JournalNotes(book_).Save(entry, {.files = {kept}, .facts = TextOfFacts(file->run.facts)});
+      notes[entry] = {.files = {kept}, .facts = TextOfFacts(file->run.facts)};
     }
   }
+  engine::JournalNotes(book_).Save(notes);
 }
 
 void AddOutcome(EntryFacts& facts, const QDXFileImport& file, const std::optional<StopReason>& stop) {

@@ -496,34 +496,47 @@ std::vector<JournalEntry> FigureStore::Entries() {
   return entries;
 }
 
-JournalRow FigureStore::RowOfEntry(Long id) {
-  for (JournalRow& row : storage_->Entries()) {
-    if (row.entry.id == id) return std::move(row);
+JournalRow& FigureStore::RowOfEntry(std::vector<JournalRow>& journal, Long id) const {
+  for (JournalRow& row : journal) {
+    if (row.entry.id == id) return row;
   }
   throw Failure(FailureNumber::kInvalidArgument, storage_->Path() + ": the journal has no entry " + std::to_string(id),
                 kSource);
 }
 
-void FigureStore::SaveNotes(Long id, const EntryNotes& notes) {
-  ChangeNotes(id, [&](JournalRow& row) { storage_->SaveNotes(row, notes); });
+EntryNotes FigureStore::NotesOf(Long id) {
+  std::vector<JournalRow> journal = storage_->Entries();
+  return storage_->NotesOf(RowOfEntry(journal, id));
 }
 
-void FigureStore::SaveDue(Long id, const Text& due) {
-  ChangeNotes(id, [&](JournalRow& row) {
+void FigureStore::SaveNotes(const std::map<Long, EntryNotes>& notes) {
+  ChangeNotes(notes, [&](JournalRow& row, const EntryNotes& kept) { storage_->SaveNotes(row, kept); });
+}
+
+void FigureStore::SaveDue(const std::map<Long, Text>& due) {
+  ChangeNotes(due, [&](JournalRow& row, const Text& kept) {
     storage_->DropText(row, kDueText);
-    if (!due.empty()) storage_->SaveText(row, kDueText, due);
+    if (!kept.empty()) storage_->SaveText(row, kDueText, kept);
   });
 }
 
-void FigureStore::ChangeNotes(Long id, const std::function<void(JournalRow& row)>& change) {
+template <typename Kept, typename Change>
+void FigureStore::ChangeNotes(const std::map<Long, Kept>& kept, Change change) {
+  if (kept.empty()) return;
   Commit();
   BringUpToDate();
-  JournalRow row = RowOfEntry(id);
+  std::vector<JournalRow> journal = storage_->Entries();
+  for (const auto& [id, of_entry] : kept) static_cast<void>(RowOfEntry(journal, id));
   Writing transaction(*this);
-  change(row);
-  storage_->SaveEntry(row);
+  for (const auto& [id, of_entry] : kept) {
+    JournalRow& row = RowOfEntry(journal, id);
+    change(row, of_entry);
+    storage_->SaveEntry(row);
+  }
   transaction.Commit();
-  if (entry_row_.entry.id != id) return;
+  const Long open_entry = entry_row_.entry.id;
+  if (!kept.contains(open_entry)) return;
+  const JournalRow& row = RowOfEntry(journal, open_entry);
   entry_row_.notes = row.notes;
   entry_row_.notes_sum = row.notes_sum;
 }

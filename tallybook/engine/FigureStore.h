@@ -14,6 +14,7 @@
 #include <cstring>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -113,11 +114,12 @@ class FigureStore {
   [[nodiscard]] Long Command() const { return entry_row_.entry.command; }
   // The number of the entry that was opened last; 0 where it is not in the file yet.
   [[nodiscard]] Long LastEntry() const { return entry_row_.entry.id; }
-  // The notes of an entry; SaveNotes commits, and puts others in their place. Failure 5 for an id that is none.
-  [[nodiscard]] EntryNotes NotesOf(Long id) { return storage_->NotesOf(RowOfEntry(id)); }
-  void SaveNotes(Long id, const EntryNotes& notes);
-  // The same for the entry's text kDueText; an empty one is taken away.
-  void SaveDue(Long id, const Text& due);
+  // The notes of an entry; SaveNotes puts others in the place of those of each entry by its id, in one transaction. Failure 5
+  // for an id that is none, and nothing is changed.
+  [[nodiscard]] EntryNotes NotesOf(Long id);
+  void SaveNotes(const std::map<Long, EntryNotes>& notes);
+  // The same for the entries' texts kDueText; an empty one is taken away.
+  void SaveDue(const std::map<Long, Text>& due);
   [[nodiscard]] std::vector<JournalEntry> Entries();
   // Takes entries back, in the order given, in one transaction; it ends an entry that is open, and forgets the current
   // row. They must keep images and not be undone. Each leaves an entry like `undo`, all of one command, whose number
@@ -254,9 +256,10 @@ class FigureStore {
   // What a mark names must still be there.
   void CheckCanRestore(Long entry, const EntryRows& rows) const;
   // Failure 5 for an id that is none.
-  [[nodiscard]] JournalRow RowOfEntry(Long id);
-  // Commits, changes what an entry keeps beside its figures, and saves it.
-  void ChangeNotes(Long id, const std::function<void(JournalRow& row)>& change);
+  [[nodiscard]] JournalRow& RowOfEntry(std::vector<JournalRow>& journal, Long id) const;
+  // Commits, then changes what entries keep beside their figures, and saves them.
+  template <typename Kept, typename Change>
+  void ChangeNotes(const std::map<Long, Kept>& kept, Change change);
   // An entry is undone, or after the undo of its undo is not any more; and with an undo what it took back.
   void MarkUndone(std::vector<JournalRow>& journal, Long id, Long undo);
   void MarkStanding(std::vector<JournalRow>& journal, Long id, Long undo);

@@ -42,18 +42,18 @@ std::vector<EntryFile> JournalNotes::FilesOf(Long entry) const {
   return book_.Store().Storage().FilesOf(entry);
 }
 
-void JournalNotes::Save(Long entry, const EntryNotes& notes) {
+void JournalNotes::Save(const std::map<Long, EntryNotes>& notes) {
   book_.RequireWritable();
-  book_.Store().SaveNotes(entry, notes);
+  book_.Store().SaveNotes(notes);
 }
 
 std::map<Long, Text> JournalNotes::Due() const {
   return book_.Store().Storage().TextsNamed(kDueText);
 }
 
-void JournalNotes::SaveDue(Long entry, const Text& due) {
+void JournalNotes::SaveDue(const std::map<Long, Text>& due) {
   book_.RequireWritable();
-  book_.Store().SaveDue(entry, due);
+  book_.Store().SaveDue(due);
 }
 
 }  // namespace tallybook::engine

@@ -42,15 +42,17 @@ class JournalNotes {
   // The files of an entry by its number, without a look at how many it should have; for many entries one after another.
   [[nodiscard]] std::vector<EntryFile> FilesOf(Long entry) const;
 
-  // Keeps notes for an entry in the place of those that it has, and commits them. Failure 5 for an id that is none, 70 for
-  // a book open to read, else as Book::Commit.
-  void Save(Long entry, const EntryNotes& notes);
+  // Keeps notes for entries, by their numbers, in the place of those that they have, and commits them together. Failure 5 for
+  // a number that is none, 70 for a book open to read, else as Book::Commit; nothing is changed then.
+  void Save(const std::map<Long, EntryNotes>& notes);
+  void Save(Long entry, const EntryNotes& notes) { Save({{entry, notes}}); }
 
   // What is still to be done with the files of entries, in the application's own words, which the engine does not read; by
   // entry. Failure 57 where one is damaged.
   [[nodiscard]] std::map<Long, Text> Due() const;
-  // Puts other words in their place, none for what has been done, and commits them. Fails as Save.
-  void SaveDue(Long entry, const Text& due);
+  // Puts other words in their place, none for what has been done, and commits them together. Fails as Save.
+  void SaveDue(const std::map<Long, Text>& due);
+  void SaveDue(Long entry, const Text& due) { SaveDue({{entry, due}}); }
 
  private:
   Book& book_;

@@ -145,6 +145,23 @@ TEST_F(JournalNotesTest, CannotBeSavedForAnEntryThatIsNone) {
   EXPECT_THAT([&] { JournalNotes(*look).Save(1, Notes()); }, FailsWith(FailureNumber::kPermissionDenied, "to read"));
 }
 
+TEST_F(JournalNotesTest, OfSeveralEntriesAreSavedTogetherOrNotAtAll) {
+  Import({});
+  Import({});
+  EXPECT_THAT(
+      [&] {
+        JournalNotes(*book).Save({{1, Notes()}, {9, Notes()}});
+      },
+      FailsWith(FailureNumber::kInvalidArgument, "no entry 9"));
+  EXPECT_TRUE(Kept(1).Empty());
+  EntryNotes other = Notes();
+  other.facts = R"({"result":"other"})";
+  JournalNotes(*book).Save({{1, Notes()}, {2, other}});
+  Reopen();
+  EXPECT_EQ(Kept(1), Notes());
+  EXPECT_EQ(Kept(2), other);
+}
+
 TEST_F(JournalNotesTest, TellWhoRanEachCommand) {
   Import({});
   Journal(*book).UndoNewest();
