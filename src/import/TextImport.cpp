@@ -128,14 +128,6 @@ std::vector<Long> NumberTable::Marked() const {
   return numbers;
 }
 
-void AppliedByField::Add(Long number, Double value) {
-  const auto highest = static_cast<Long>(sums_.size() - 1);
-  if (number < 1 || number > highest) FailOutsideTable(number, highest);
-  Sum& sum = sums_[static_cast<std::size_t>(number)];
-  ++sum.figures;
-  sum.total += value;
-}
-
 FieldTallies AppliedByField::Tallies() const {
   FieldTallies tallies;
   for (std::size_t number = 1; number < sums_.size(); ++number) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <set>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "base/Failure.h"
+#include "base/FixedTable.h"
 #include "base/Types.h"
 #include "import/FieldTally.h"
 #include "import/QDXImport.h"
@@ -146,7 +148,14 @@ class AppliedByField {
  public:
   explicit AppliedByField(Long highest = 0) : sums_(static_cast<std::size_t>(highest < 0 ? 0 : highest) + 1) {}
   // Failure 9 for a number outside the table.
-  void Add(Long number, Double value);
+  void Add(Long number, Double value) {
+    // A negative number wraps to one that no table reaches.
+    const std::size_t place = static_cast<std::uint32_t>(number);
+    if (place == 0 || place >= sums_.size()) FailOutsideTable(number, static_cast<Long>(sums_.size() - 1));
+    Sum& sum = sums_[place];
+    ++sum.figures;
+    sum.total += value;
+  }
   [[nodiscard]] FieldTallies Tallies() const;
   // The fields' numbers, in order.
   [[nodiscard]] std::vector<Long> Numbers() const;
