@@ -1,7 +1,6 @@
 #include "tallybook/application/TieOut.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <span>
 #include <string>
@@ -19,9 +18,7 @@ namespace tallybook::application {
 
 namespace {
 
-constexpr std::size_t kKeptBytesOfFigure = sizeof(TieOutFigure);
-constexpr std::size_t kMostBufferedBytes = (std::size_t{1} << 20) / kKeptBytesOfFigure * kKeptBytesOfFigure;
-constexpr long long kFiguresBetweenLooks = 4096;
+constexpr long long kRecordsBetweenLooks = 256;
 
 constexpr auto kTieOutAdds = static_cast<Integer>(eMath::mAdd);
 constexpr auto kTieOutSubtracts = static_cast<Integer>(eMath::mSubtract);
@@ -43,11 +40,19 @@ void AddTo(TieOutTotal& total, const TieOutFigure& figure, bool differs) {
   total.stands += figure.stands;
 }
 
-TieOutTotal& TotalAt(std::vector<TieOutTotal>& totals, const TieOutFigure& figure) {
-  const auto position = static_cast<std::size_t>(figure.field_position);
+void AddTo(TieOutTotal& total, const TieOutTotal& of_account) {
+  total.figures += of_account.figures;
+  total.differ += of_account.differ;
+  total.untold += of_account.untold;
+  total.expected += of_account.expected;
+  total.stands += of_account.stands;
+}
+
+TieOutTotal& TotalAt(std::vector<TieOutTotal>& totals, Integer field_position, Integer field_number) {
+  const auto position = static_cast<std::size_t>(field_position);
   if (position >= totals.size()) totals.resize(position + 1);
-  totals[position].field_position = figure.field_position;
-  totals[position].field_number = figure.field_number;
+  totals[position].field_position = field_position;
+  totals[position].field_number = field_number;
   return totals[position];
 }
 
@@ -79,8 +84,9 @@ class OpenReport {
 class TieOut::JournalBaseline : public preview::FigureBaseline {
  public:
   JournalBaseline(engine::Book& book, const engine::JournalEntry& entry) : before_(book, entry) {}
-  [[nodiscard]] std::optional<Double> Before(Long account_number, Date date, Integer field_number) override {
-    return before_.Of(account_number, date, field_number);
+  [[nodiscard]] bool Select(Long account_number, Date date) override { return before_.Select(account_number, date); }
+  [[nodiscard]] Double Before(Integer field_number) override {
+    return before_.Of(field_number).value_or(preview::kUnwritten);
   }
 
  private:
@@ -168,62 +174,44 @@ bool TieOut::Import(const Text& file, Integer math) {
 bool TieOut::Compare() {
   long long looked_at = 0;
   bool cancelled = false;
-  expected_.Visit([&](const TieOutFigure& figure) {
-    if (++looked_at % kFiguresBetweenLooks == 0 && means_.cancelled) cancelled = means_.cancelled();
-    Take(figure);
+  expected_.Visit([&](std::span<const TieOutFigure> figures) {
+    if (++looked_at % kRecordsBetweenLooks == 0 && means_.cancelled) cancelled = means_.cancelled();
+    TakeRecord(figures);
     return !cancelled;
   });
   EndAccount();
-  if (!buffer_.empty()) FlushKept();
   if (cancelled) record_.definitions.front().stop = StopReason{.words = "cancelled"};
   return !cancelled;
 }
 
+void TieOut::TakeRecord(std::span<const TieOutFigure> figures) {
+  if (figures.front().account_position != account_position_) EndAccount();
+  account_position_ = figures.front().account_position;
+  for (const TieOutFigure& figure : figures) Take(figure);
+}
+
 void TieOut::Take(const TieOutFigure& figure) {
-  if (figure.account_position != account_position_) EndAccount();
-  account_position_ = figure.account_position;
   const bool differs = figure.expected && Differ(*figure.expected, figure.stands);
-  AddTo(figures_, figure, differs);
-  AddTo(TotalAt(field_totals_, figure), figure, differs);
-  TieOutTotal& total = TotalAt(of_account_, figure);
+  TieOutTotal& total = TotalAt(of_account_, figure.field_position, figure.field_number);
   total.account_position = figure.account_position;
   total.account_number = figure.account_number;
   AddTo(total, figure, differs);
-  if (differs || !figure.expected) Keep(figure);
+  if (differs || !figure.expected) kept_.Add(figure);
 }
 
+// Its totals go into those of all accounts.
 void TieOut::EndAccount() {
   for (TieOutTotal& total : of_account_) {
+    if (total.figures == 0) continue;
+    AddTo(figures_, total);
+    AddTo(TotalAt(field_totals_, total.field_position, total.field_number), total);
     if (total.differ != 0 || total.untold != 0) account_totals_.push_back(total);
     total = {};
   }
 }
 
-void TieOut::Keep(const TieOutFigure& figure) {
-  const std::size_t at = buffer_.size();
-  buffer_.resize(at + kKeptBytesOfFigure);
-  std::memcpy(buffer_.data() + at, &figure, kKeptBytesOfFigure);
-  if (buffer_.size() >= kMostBufferedBytes) FlushKept();
-}
-
-void TieOut::FlushKept() {
-  kept_.WriteAt(kept_.Size(), buffer_);
-  buffer_.clear();
-}
-
-void TieOut::VisitDifferences(const FigureVisitor& visit) {
-  std::vector<std::byte> block(kMostBufferedBytes);
-  for (long long offset = 0; offset < kept_.Size();) {
-    const auto count = std::min(static_cast<long long>(block.size()), kept_.Size() - offset);
-    const auto bytes = std::span(block).first(static_cast<std::size_t>(count));
-    kept_.ReadAt(offset, bytes);
-    offset += count;
-    for (std::size_t at = 0; at < bytes.size(); at += kKeptBytesOfFigure) {
-      TieOutFigure figure;
-      std::memcpy(&figure, bytes.data() + at, kKeptBytesOfFigure);
-      if (!visit(figure)) return;
-    }
-  }
+void TieOut::VisitDifferences(const FigureVisitor& visit) const {
+  static_cast<void>(kept_.VisitEach(visit));
 }
 
 std::vector<TieOutTotal> TieOut::FieldTotals() const {
@@ -235,8 +223,8 @@ std::vector<TieOutTotal> TieOut::FieldTotals() const {
 
 // --- Words -----------------------------------------------------------------------------------------------------------
 
-bool Differ(Double one, Double other) {
-  return one != other && FigureText(one) != FigureText(other);
+bool DifferInText(Double one, Double other) {
+  return FigureText(one) != FigureText(other);
 }
 
 Text TieOutWords(const TieOut& tie_out) {

@@ -19,6 +19,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "base/Types.h"
@@ -31,7 +32,7 @@
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/engine/Book.h"
 #include "tallybook/preview/ExpectedMasterfile.h"
-#include "tallybook/preview/TemporaryFile.h"
+#include "tallybook/preview/KeptRows.h"
 
 namespace tallybook::application {
 
@@ -105,7 +106,7 @@ class TieOut {
   // Each figure that differs or cannot be told, in the order of account positions, dates and field positions; `file` is its
   // place in Files, from 0. False ends the visit.
   using FigureVisitor = std::function<bool(const TieOutFigure& figure)>;
-  void VisitDifferences(const FigureVisitor& visit);
+  void VisitDifferences(const FigureVisitor& visit) const;
 
  private:
   class JournalBaseline;
@@ -114,10 +115,9 @@ class TieOut {
   [[nodiscard]] bool HoldFile(const Text& file, const Request& request);
   [[nodiscard]] bool Import(const Text& file, Integer math);
   [[nodiscard]] bool Compare();
+  void TakeRecord(std::span<const TieOutFigure> figures);
   void Take(const TieOutFigure& figure);
   void EndAccount();
-  void Keep(const TieOutFigure& figure);
-  void FlushKept();
 
   Means means_;
   preview::ExpectedMasterfile expected_;
@@ -131,13 +131,15 @@ class TieOut {
   std::vector<TieOutTotal> field_totals_;    // by position from 1
   std::vector<TieOutTotal> account_totals_;  // in order
   std::vector<TieOutTotal> of_account_;      // of the account under way, by field position
-  std::vector<std::byte> buffer_;            // figures to be kept
-  preview::TemporaryFile kept_;
+  preview::KeptRows<TieOutFigure> kept_;     // what differs or cannot be told
 };
 
 // Whether two figures are not the same to people: sums of the same amounts in another order may differ behind their 15th
 // digit, which no table shows.
-[[nodiscard]] bool Differ(Double one, Double other);
+[[nodiscard]] bool DifferInText(Double one, Double other);
+[[nodiscard]] inline bool Differ(Double one, Double other) {
+  return one != other && DifferInText(one, other);
+}
 
 // "120 figures of 2 files held against the book: 3 differ, 4 cannot be told.", "... none differs."
 [[nodiscard]] Text TieOutWords(const TieOut& tie_out);

@@ -13,15 +13,16 @@ FiguresBefore::FiguresBefore(Book& book, const JournalEntry& entry)
               [&store = book.Store(), id = entry.id](const ChunkShape& /*of that entry*/, std::int64_t key,
                                                      std::span<const std::byte> bytes,
                                                      ChunkRows& rows) { store.DecodeImage(id, key, bytes, rows); }),
+      place_of_field_(book.place_of_field_),
       // The marks of the first format have no checksums.
       keeps_(entry.keeps_images && book.Store().Storage().Format() != 1) {
   if (!book.ReadOnly()) book.Store().Commit();
 }
 
-std::optional<Double> FiguresBefore::Of(Long account_number, Date date, Integer field_number) {
+bool FiguresBefore::Select(Long account_number, Date date) {
+  is_told_ = false;
   const std::int32_t record = book_.Store().RecordOf(date);
-  const Integer field = book_.FieldPosition(field_number);
-  if (!keeps_ || record < 0 || field == 0) return std::nullopt;
+  if (!keeps_ || record < 0) return false;
   const auto place = static_cast<std::size_t>(record);
   const std::size_t rows = images_.Shape().rows;
   const std::int64_t key = FirstKeyOf(account_number) + static_cast<std::int64_t>(place / rows);
@@ -29,9 +30,10 @@ std::optional<Double> FiguresBefore::Of(Long account_number, Date date, Integer 
     chunk_ = images_.Find(entry_, key);
     key_ = key;
   }
-  if (!chunk_ || !HasBit(chunk_->rows, place % rows)) return std::nullopt;
-  const Double* figures = chunk_->before.Find(place % rows, images_.Shape().fields);
-  return figures == nullptr ? 0 : figures[book_.Stored().slot_of_field[static_cast<std::size_t>(field - 1)]];
+  if (!chunk_ || !HasBit(chunk_->rows, place % rows)) return false;
+  row_ = chunk_->before.Find(place % rows, images_.Shape().fields);
+  is_told_ = true;
+  return true;
 }
 
 }  // namespace tallybook::engine

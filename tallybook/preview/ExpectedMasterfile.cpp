@@ -30,11 +30,10 @@ ExpectedMasterfile::ExpectedMasterfile(Masterfile& below, HostFactory& factory, 
     : MasterfileLayer(below, app),
       calendar_(NewCalendarOf(below, factory)),
       places_(below, *calendar_),
-      figures_(places_.Accounts(), places_.Records(), cache_bytes) {}
+      figures_(places_.Accounts(), places_.Records(), cache_bytes, OverlayFigures::Kept::kNow) {}
 
 void ExpectedMasterfile::BeginFile(FigureBaseline* before) {
   DropCurrent();
-  if (files_ > 0) figures_.BeginRound();
   ++files_;
   before_ = before;
 }
@@ -63,13 +62,13 @@ bool ExpectedMasterfile::ReadRecord(Long account_number, Date date) {
   figures_.Select(place->account, place->record);
   account_number_ = account_number;
   date_ = places_.DateOf(place->record);
+  asked_before_ = false;
   current_ = true;
   return true;
 }
 
-std::size_t ExpectedMasterfile::ColumnOf(Integer field_number) const {
+std::size_t ExpectedMasterfile::NewColumn(Integer field_number) const {
   if (!current_) throw Failure(FailureNumber::kInvalidArgument, "No record is current", kExpectedSource);
-  if (const std::size_t column = AtNumber(column_of_field_, field_number); column != 0) return column - 1;
   const Integer position = places_.FieldPosition(field_number);
   if (position == 0) {
     throw Failure(FailureNumber::kInvalidArgument,
@@ -84,10 +83,20 @@ std::size_t ExpectedMasterfile::ColumnOf(Integer field_number) const {
 
 // A figure without what was set and not written.
 Double ExpectedMasterfile::Stands(std::size_t column) const {
-  const Double now = figures_.NowOfRound(column);
-  if (!IsUnwritten(now)) return now;
-  if (before_ == nullptr) return 0;
-  return before_->Before(account_number_, date_, columns_[column].field_number).value_or(kUntold);
+  const Double now = figures_.Now(column);
+  if (!IsUnwritten(now) && IsOfThisFile(column)) return now;
+  return before_ == nullptr ? 0 : StoodBefore(columns_[column].field_number);
+}
+
+bool ExpectedMasterfile::IsOfThisFile(std::size_t column) const {
+  const std::size_t files = columns_[column].files;
+  return files_ < 2 || (files != 0 && figures_.Now(files) == static_cast<Double>(files_ - 1));
+}
+
+Double ExpectedMasterfile::StoodBefore(Integer field_number) const {
+  if (!std::exchange(asked_before_, true)) before_tells_ = before_->Select(account_number_, date_);
+  const Double before = before_tells_ ? before_->Before(field_number) : kUnwritten;
+  return IsUnwritten(before) ? kUntold : before;
 }
 
 Double ExpectedMasterfile::FieldValue(Integer field_number) const {
@@ -115,32 +124,31 @@ void ExpectedMasterfile::SetFieldValue(Integer field_number, Double value) {
 
 bool ExpectedMasterfile::WriteRecord() {
   if (!current_) return false;
-  bool any = false;
+  const auto is_set = [&](std::uint16_t column) { return !IsUnwritten(columns_[column].unwritten); };
+  if (std::ranges::any_of(touched_columns_, is_set)) figures_.Touch();
+  std::size_t untold = 0;
   for (const std::uint16_t column : touched_columns_) {
-    if (IsUnwritten(columns_[column].unwritten)) continue;
-    if (!std::exchange(any, true)) figures_.Touch();
-    Write(column);
-    columns_[column].unwritten = kUnwritten;
+    const Double figure = std::exchange(columns_[column].unwritten, kUnwritten);
+    if (columns_[column].untold) touched_columns_[untold++] = column;
+    if (IsUnwritten(figure)) continue;
+    figures_.Put(column, figure);
+    if (files_ > 1) figures_.Put(FilesOf(column), static_cast<Double>(files_ - 1));
   }
-  std::erase_if(touched_columns_, [&](std::uint16_t column) { return !columns_[column].untold; });
+  touched_columns_.resize(untold);
   return true;
 }
 
-// What a figure was before matters to nobody here but that it is a number: so NowOfRound tells that it was written.
-void ExpectedMasterfile::Write(std::size_t column) {
-  const Double before = 0;
-  figures_.Put(column, before, columns_[column].unwritten);
-  if (files_ < 2) return;
+std::size_t ExpectedMasterfile::FilesOf(std::size_t column) {
   if (columns_[column].files == 0) {
     columns_[column].files = columns_.size();
     columns_.push_back({});
   }
-  figures_.Put(columns_[column].files, before, static_cast<Double>(files_ - 1));
+  return columns_[column].files;
 }
 
 // --- What was written ------------------------------------------------------------------------------------------------
 
-void ExpectedMasterfile::Visit(const FigureVisitor& visit) {
+void ExpectedMasterfile::Visit(const FiguresVisitor& visit) {
   DropCurrent();
   std::vector<std::size_t> order;
   for (std::size_t column = 0; column < columns_.size(); ++column) {
@@ -150,30 +158,36 @@ void ExpectedMasterfile::Visit(const FigureVisitor& visit) {
   figures_.VisitAll([&](const OverlayFigures::Row& row) { return TellRow(row, order, visit); });
 }
 
+// Each figure is put together where it is told from: to copy one that has just been written would wait for all its parts.
 bool ExpectedMasterfile::TellRow(const OverlayFigures::Row& row, const std::vector<std::size_t>& order,
-                                 const FigureVisitor& visit) {
-  ExpectedFigure figure;
-  figure.account_position = static_cast<Integer>(row.account + 1);
-  figure.account_number = places_.NumberOf(row.account);
-  figure.date = places_.DateOf(row.record);
-  if (!Below().ReadRecord(figure.account_number, figure.date)) {
+                                 const FiguresVisitor& visit) {
+  const Long account_number = places_.NumberOf(row.account);
+  const Date date = places_.DateOf(row.record);
+  if (!Below().ReadRecord(account_number, date)) {
     throw Failure(FailureNumber::kInternal, "A record that was written cannot be read", kExpectedSource);
   }
+  told_.resize(order.size());
+  std::size_t count = 0;
   for (const std::size_t place : order) {
     if (place >= row.now.size() || IsUnwritten(row.now[place])) continue;
     const Column& column = columns_[place];
+    ExpectedFigure& figure = told_[count++];
+    figure.account_position = static_cast<Integer>(row.account + 1);
+    figure.account_number = account_number;
+    figure.date = date;
     figure.field_position = column.field_position;
     figure.field_number = column.field_number;
-    figure.expected.reset();
-    if (row.now[place] != kUntold) figure.expected = row.now[place];
+    figure.expected = row.now[place];
+    if (row.now[place] == kUntold) figure.expected.reset();
     figure.stands = Below().FieldValue(column.field_number);
-    figure.file = 0;
-    if (column.files != 0 && column.files < row.now.size() && !IsUnwritten(row.now[column.files])) {
-      figure.file = static_cast<std::size_t>(row.now[column.files]);
-    }
-    if (!visit(figure)) return false;
+    figure.file = FileOf(row, column);
   }
-  return true;
+  return count == 0 || visit(std::span(told_).first(count));
+}
+
+std::size_t ExpectedMasterfile::FileOf(const OverlayFigures::Row& row, const Column& column) {
+  if (column.files == 0 || column.files >= row.now.size() || IsUnwritten(row.now[column.files])) return 0;
+  return static_cast<std::size_t>(row.now[column.files]);
 }
 
 }  // namespace tallybook::preview

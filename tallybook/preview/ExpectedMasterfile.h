@@ -15,6 +15,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "base/Types.h"
@@ -30,8 +31,10 @@ namespace tallybook::preview {
 class FigureBaseline {
  public:
   virtual ~FigureBaseline() = default;
-  // By a record's level date. Nothing where nobody can tell.
-  [[nodiscard]] virtual std::optional<Double> Before(Long account_number, Date date, Integer field_number) = 0;
+  // Turns to a record, by its level date. False where nobody can tell any figure of it.
+  [[nodiscard]] virtual bool Select(Long account_number, Date date) = 0;
+  // A figure of that record; kUnwritten where nobody can tell.
+  [[nodiscard]] virtual Double Before(Integer field_number) = 0;
 };
 
 // A figure that files wrote.
@@ -54,10 +57,11 @@ class ExpectedMasterfile final : public MasterfileLayer {
   // is under way; null: they were all zero.
   void BeginFile(FigureBaseline* before);
 
-  // Every figure that was written, in the order of account positions, dates and field positions. False from `visit` ends the
-  // walk. There is no current record afterwards. Reads the database below, and fails as that does.
-  using FigureVisitor = std::function<bool(const ExpectedFigure& figure)>;
-  void Visit(const FigureVisitor& visit);
+  // Every figure that was written: those of one record at a time, one at least, in the order of field positions; the records in
+  // the order of account positions and dates. False from `visit` ends the walk. There is no current record afterwards. Reads
+  // the database below, and fails as that does.
+  using FiguresVisitor = std::function<bool(std::span<const ExpectedFigure> of_record)>;
+  void Visit(const FiguresVisitor& visit);
 
   // Masterfile.
   tallybook::FiscalCalendar& FiscalCalendar() override { return *calendar_; }
@@ -85,11 +89,18 @@ class ExpectedMasterfile final : public MasterfileLayer {
     bool untold = false;            // it was asked for, and nobody can tell
   };
 
-  [[nodiscard]] std::size_t ColumnOf(Integer field_number) const;
+  [[nodiscard]] std::size_t ColumnOf(Integer field_number) const {
+    const std::size_t column = current_ ? AtNumber(column_of_field_, field_number) : 0;
+    return column != 0 ? column - 1 : NewColumn(field_number);
+  }
+  [[nodiscard]] std::size_t NewColumn(Integer field_number) const;
   [[nodiscard]] Double Stands(std::size_t column) const;
-  void Write(std::size_t column);
+  [[nodiscard]] bool IsOfThisFile(std::size_t column) const;
+  [[nodiscard]] Double StoodBefore(Integer field_number) const;
+  [[nodiscard]] std::size_t FilesOf(std::size_t column);
   void DropCurrent();
-  bool TellRow(const OverlayFigures::Row& row, const std::vector<std::size_t>& order, const FigureVisitor& visit);
+  bool TellRow(const OverlayFigures::Row& row, const std::vector<std::size_t>& order, const FiguresVisitor& visit);
+  [[nodiscard]] static std::size_t FileOf(const OverlayFigures::Row& row, const Column& column);
 
   std::unique_ptr<tallybook::FiscalCalendar> calendar_;
   RecordPlaces places_;
@@ -101,8 +112,11 @@ class ExpectedMasterfile final : public MasterfileLayer {
   mutable std::vector<Column> columns_;
   mutable std::vector<std::uint16_t> column_of_field_;  // by number, from 1; 0: nobody asked for it
   mutable std::vector<std::uint16_t> touched_columns_;  // of the current record, to be cleared behind it
+  std::vector<ExpectedFigure> told_;                    // of the record that is told
 
   bool current_ = false;
+  mutable bool asked_before_ = false;  // `before_` stands at the current record
+  mutable bool before_tells_ = false;  // and can tell figures of it
   Long account_number_ = 0;
   Date date_ = 0;  // the record's level date
 };

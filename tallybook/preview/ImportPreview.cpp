@@ -1,7 +1,6 @@
 #include "tallybook/preview/ImportPreview.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "platform/Platform.h"
@@ -10,15 +9,12 @@ namespace tallybook::preview {
 
 namespace {
 
-constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
-constexpr std::size_t kKeptBytes = sizeof(FigureChange);
-
-void AddTo(ChangeTotal& total, const FigureChange& change) {
-  total.field_position = change.field_position;
-  total.field_number = change.field_number;
-  ++total.figures;
-  total.before += change.before;
-  total.after += change.after;
+ChangeTotal& TotalAt(std::vector<ChangeTotal>& totals, Integer field_position, Integer field_number) {
+  const auto position = static_cast<std::size_t>(field_position);
+  if (position >= totals.size()) totals.resize(position + 1);
+  totals[position].field_position = field_position;
+  totals[position].field_number = field_number;
+  return totals[position];
 }
 
 }  // namespace
@@ -49,50 +45,58 @@ void ImportPreview::BeginFile(const Text& name) {
 // The next file's changes take the place of this one's in the overlay.
 void ImportPreview::EndFile() {
   PreviewedFile& file = files_.back();
-  file.records = book_.VisitFile([&](const FigureChange& change) {
-    ++file.figures;
-    Keep(change);
+  file.records = book_.VisitFile([&](std::span<const FigureChange> changes) {
+    file.figures += static_cast<long long>(changes.size());
+    kept_.Add(changes);
     return true;
   });
-}
-
-void ImportPreview::Keep(const FigureChange& change) {
-  const std::size_t at = buffer_.size();
-  buffer_.resize(at + kKeptBytes);
-  std::memcpy(buffer_.data() + at, &change, kKeptBytes);
-  if (buffer_.size() >= kBufferBytes) FlushKept();
-}
-
-void ImportPreview::FlushKept() {
-  kept_.WriteAt(kept_.Size(), buffer_);
-  buffer_.clear();
 }
 
 void ImportPreview::End() {
   GiveFilesBack();
-  if (!buffer_.empty()) FlushKept();
   long long figures = 0;
-  records_ = book_.VisitAll([&](const FigureChange& change) {
-    ++figures;
-    Add(change);
+  records_ = book_.VisitAll([&](std::span<const FigureChange> changes) {
+    figures += static_cast<long long>(changes.size());
+    Add(changes);
     return true;
   });
+  EndAccount();
   if (files_.size() == 1) {
     files_.front().figures = figures;
     files_.front().records = records_;
   } else if (!files_.empty()) {
     PreviewedFile& file = files_.back();
-    file.records = book_.VisitFile([&](const FigureChange&) {
-      ++file.figures;
+    file.records = book_.VisitFile([&](std::span<const FigureChange> changes) {
+      file.figures += static_cast<long long>(changes.size());
       return true;
     });
   }
 }
 
-void ImportPreview::Add(const FigureChange& change) {
-  const auto position = static_cast<std::size_t>(change.field_position);
-  if (position >= totals_of_field_.size()) totals_of_field_.resize(position + 1);
-  AddTo(totals_of_field_[position], change);
+void ImportPreview::Add(std::span<const FigureChange> of_record) {
+  if (of_record.front().account_position != account_position_) EndAccount();
+  account_position_ = of_record.front().account_position;
+  for (const FigureChange& change : of_record) {
+    ChangeTotal& total = TotalAt(of_account_, change.field_position, change.field_number);
+    total.account_position = change.account_position;
+    total.account_number = change.account_number;
+    ++total.figures;
+    total.before += change.before;
+    total.after += change.after;
+  }
+}
+
+// Its totals go into those of all accounts.
+void ImportPreview::EndAccount() {
+  for (ChangeTotal& of_account : of_account_) {
+    if (of_account.figures == 0) continue;
+    account_totals_.Add(of_account);
+    ChangeTotal& total = TotalAt(totals_of_field_, of_account.field_position, of_account.field_number);
+    total.figures += of_account.figures;
+    total.before += of_account.before;
+    total.after += of_account.after;
+    of_account = {};
+  }
 }
 
 std::vector<ChangeTotal> ImportPreview::FieldTotals() const {
@@ -121,51 +125,23 @@ FileFate ImportPreview::FateOf(const Text& path) const {
 void ImportPreview::VisitChanges(const ChangeVisitor& visit) {
   if (files_.empty() || !VisitKept(visit)) return;
   const std::size_t last = files_.size() - 1;
-  book_.VisitFile([&](const FigureChange& change) { return visit(last, change); });
+  book_.VisitFile([&](std::span<const FigureChange> changes) {
+    return std::ranges::all_of(changes, [&](const FigureChange& change) { return visit(last, change); });
+  });
 }
 
 bool ImportPreview::VisitKept(const ChangeVisitor& visit) {
-  std::vector<std::byte> block(kBufferBytes / kKeptBytes * kKeptBytes);
   std::size_t file = 0;
   long long left = files_.front().figures;
-  for (long long offset = 0; offset < kept_.Size();) {
-    const auto count = std::min(static_cast<long long>(block.size()), kept_.Size() - offset);
-    const auto bytes = std::span(block).first(static_cast<std::size_t>(count));
-    kept_.ReadAt(offset, bytes);
-    offset += count;
-    for (std::size_t at = 0; at < bytes.size(); at += kKeptBytes) {
-      FigureChange change;
-      std::memcpy(&change, bytes.data() + at, kKeptBytes);
-      while (left == 0) left = files_[++file].figures;
-      --left;
-      if (!visit(file, change)) return false;
-    }
-  }
-  return true;
+  return kept_.VisitEach([&](const FigureChange& change) {
+    while (left == 0) left = files_[++file].figures;
+    --left;
+    return visit(file, change);
+  });
 }
 
-void ImportPreview::VisitAccountTotals(const TotalVisitor& visit) {
-  std::vector<ChangeTotal> totals;  // of the account under way, by field position
-  bool go_on = true;
-  const auto tell = [&] {
-    for (ChangeTotal& total : totals) {
-      if (total.figures != 0 && go_on) go_on = visit(total);
-      total = {};
-    }
-    return go_on;
-  };
-  Integer account = 0;
-  book_.VisitAll([&](const FigureChange& change) {
-    if (change.account_position != account && !tell()) return false;
-    account = change.account_position;
-    const auto position = static_cast<std::size_t>(change.field_position);
-    if (position >= totals.size()) totals.resize(position + 1);
-    AddTo(totals[position], change);
-    totals[position].account_position = change.account_position;
-    totals[position].account_number = change.account_number;
-    return true;
-  });
-  if (go_on) (void)tell();
+void ImportPreview::VisitAccountTotals(const TotalVisitor& visit) const {
+  static_cast<void>(account_totals_.VisitEach(visit));
 }
 
 }  // namespace tallybook::preview

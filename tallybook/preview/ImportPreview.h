@@ -13,12 +13,13 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "base/Types.h"
+#include "tallybook/preview/KeptRows.h"
 #include "tallybook/preview/OverlayFileSystem.h"
 #include "tallybook/preview/OverlayMasterfile.h"
-#include "tallybook/preview/TemporaryFile.h"
 
 namespace tallybook::preview {
 
@@ -88,13 +89,12 @@ class ImportPreview {
   void VisitChanges(const ChangeVisitor& visit);
   // The totals of each account's fields, in the order of the lists.
   using TotalVisitor = std::function<bool(const ChangeTotal& total)>;
-  void VisitAccountTotals(const TotalVisitor& visit);
+  void VisitAccountTotals(const TotalVisitor& visit) const;
 
  private:
   void EndFile();
-  void Keep(const FigureChange& change);
-  void FlushKept();
-  void Add(const FigureChange& change);
+  void Add(std::span<const FigureChange> of_record);
+  void EndAccount();
   bool VisitKept(const ChangeVisitor& visit);
   void GiveFilesBack();
 
@@ -104,10 +104,12 @@ class ImportPreview {
   std::vector<PreviewedFile> files_;
   RecordCounts records_;
   std::vector<ChangeTotal> totals_of_field_;  // by position from 1
+  Integer account_position_ = 0;              // of the account under way
+  std::vector<ChangeTotal> of_account_;       // its totals, by field position from 1
+  KeptRows<ChangeTotal> account_totals_;
 
   // The changes of all files but the last, whose changes the overlay tells.
-  TemporaryFile kept_;
-  std::vector<std::byte> buffer_;
+  KeptRows<FigureChange> kept_;
 };
 
 }  // namespace tallybook::preview

@@ -224,7 +224,7 @@ std::vector<std::size_t> OverlayMasterfile::ColumnsInOrder() const {
   return order;
 }
 
-RecordCounts OverlayMasterfile::VisitFile(const ChangeVisitor& visit) {
+RecordCounts OverlayMasterfile::VisitFile(const ChangesVisitor& visit) {
   DropCurrent();
   order_ = ColumnsInOrder();
   RecordCounts counts;
@@ -235,7 +235,7 @@ RecordCounts OverlayMasterfile::VisitFile(const ChangeVisitor& visit) {
   return counts;
 }
 
-RecordCounts OverlayMasterfile::VisitAll(const ChangeVisitor& visit) {
+RecordCounts OverlayMasterfile::VisitAll(const ChangesVisitor& visit) {
   DropCurrent();
   order_ = ColumnsInOrder();
   RecordCounts counts;
@@ -243,31 +243,30 @@ RecordCounts OverlayMasterfile::VisitAll(const ChangeVisitor& visit) {
   return counts;
 }
 
-bool OverlayMasterfile::TellRow(const OverlayFigures::Row& row, const ChangeVisitor& visit, RecordCounts& counts) {
-  FigureChange change;
-  change.account_position = static_cast<Integer>(row.account + 1);
-  change.account_number = places_.NumberOf(row.account);
-  change.date = places_.DateOf(row.record);
-  account_number_ = change.account_number;
-  date_ = change.date;
+// Each change is put together where it is told from: to copy one that has just been written would wait for all its parts.
+bool OverlayMasterfile::TellRow(const OverlayFigures::Row& row, const ChangesVisitor& visit, RecordCounts& counts) {
+  account_number_ = places_.NumberOf(row.account);
+  date_ = places_.DateOf(row.record);
   current_below_ = false;
-  bool differs = false;
-  bool go_on = true;
+  changes_.resize(order_.size());
+  std::size_t count = 0;
   for (const std::size_t column : order_) {
     if (column >= row.now.size() || IsUnwritten(row.now[column])) continue;
     if (row.net && IsUnwritten(row.before[column])) continue;
-    change.before = row.net ? row.before[column] : FigureBelow(columns_[column].field_number);
-    change.after = row.now[column];
-    if (change.before == change.after) continue;
-    differs = true;
+    const Double before = row.net ? row.before[column] : FigureBelow(columns_[column].field_number);
+    if (before == row.now[column]) continue;
+    FigureChange& change = changes_[count++];
+    change.account_position = static_cast<Integer>(row.account + 1);
+    change.account_number = account_number_;
+    change.date = date_;
     change.field_position = columns_[column].field_position;
     change.field_number = columns_[column].field_number;
-    go_on = visit(change);
-    if (!go_on) break;
+    change.before = before;
+    change.after = row.now[column];
   }
-  ++(differs ? counts.changed : counts.same);
   current_below_ = false;
-  return go_on;
+  ++(count == 0 ? counts.same : counts.changed);
+  return count == 0 || visit(std::span(changes_).first(count));
 }
 
 }  // namespace tallybook::preview

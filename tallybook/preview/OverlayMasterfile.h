@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "base/Types.h"
@@ -64,11 +65,12 @@ class OverlayMasterfile final : public MasterfileLayer {
   void BeginFile();
 
   // Each figure that the file under way has changed, against what it was before that file; or that all of them together
-  // have, against the database below. In the order of account positions, dates and field positions. False from `visit`
-  // ends the walk. There is no current record afterwards. Both give the records written, as far as the walk went.
-  using ChangeVisitor = std::function<bool(const FigureChange& change)>;
-  RecordCounts VisitFile(const ChangeVisitor& visit);
-  RecordCounts VisitAll(const ChangeVisitor& visit);
+  // have, against the database below. Those of one record at a time, one at least, in the order of field positions; the
+  // records in the order of account positions and dates. False from `visit` ends the walk. There is no current record
+  // afterwards. Both give the records written, as far as the walk went.
+  using ChangesVisitor = std::function<bool(std::span<const FigureChange> of_record)>;
+  RecordCounts VisitFile(const ChangesVisitor& visit);
+  RecordCounts VisitAll(const ChangesVisitor& visit);
 
   // The days that figures came from, by the records that took them; empty where the records are days.
   [[nodiscard]] std::vector<RegroupedDays> Regrouped() const;
@@ -105,14 +107,15 @@ class OverlayMasterfile final : public MasterfileLayer {
   void DropUnwritten();
   void NoteLevelDate(Date date, Integer level, Date level_date);
   void NoteArrival() const;
-  bool TellRow(const OverlayFigures::Row& row, const ChangeVisitor& visit, RecordCounts& counts);
+  bool TellRow(const OverlayFigures::Row& row, const ChangesVisitor& visit, RecordCounts& counts);
   [[nodiscard]] std::vector<std::size_t> ColumnsInOrder() const;
 
   std::unique_ptr<Calendar> calendar_;
   RecordPlaces places_;
   std::vector<std::uint16_t> column_of_field_;  // by number, from 1; 0: nothing was written to it
   std::vector<Column> columns_;
-  std::vector<std::size_t> order_;  // columns by their fields' positions, during a visit
+  std::vector<std::size_t> order_;     // columns by their fields' positions, during a visit
+  std::vector<FigureChange> changes_;  // of the record that is told
 
   mutable OverlayFigures figures_;
 

@@ -60,7 +60,7 @@ void TemporaryFile::WriteAt(long long offset, std::span<const std::byte> from) {
   }
 }
 
-void TemporaryFile::ReadAt(long long offset, std::span<std::byte> into) {
+void TemporaryFile::ReadAt(long long offset, std::span<std::byte> into) const {
   while (!into.empty()) {
     const ssize_t count = file_ < 0 ? 0 : ::pread(file_, into.data(), into.size(), static_cast<off_t>(offset));
     if (count < 0 && errno == EINTR) continue;

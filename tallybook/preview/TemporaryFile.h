@@ -19,7 +19,7 @@ class TemporaryFile {
   // Both name the folder that the file is in when they fail: Failure 61 no room, 70 not permitted, 57 all else. A write
   // that fails may have written a part. Bytes that were never written must not be read (57).
   void WriteAt(long long offset, std::span<const std::byte> from);
-  void ReadAt(long long offset, std::span<std::byte> into);
+  void ReadAt(long long offset, std::span<std::byte> into) const;
 
   // What has been written, in bytes: up to the last.
   [[nodiscard]] long long Size() const { return size_; }

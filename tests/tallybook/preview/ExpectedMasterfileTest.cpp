@@ -24,10 +24,8 @@ const Date kNewYear = DateFromParts(2003, 1, 1);
 class KnownField : public FigureBaseline {
  public:
   KnownField(Integer field, Double before) : field_(field), before_(before) {}
-  [[nodiscard]] std::optional<Double> Before(Long /*account*/, Date /*date*/, Integer field) override {
-    if (field == field_) return before_;
-    return std::nullopt;
-  }
+  [[nodiscard]] bool Select(Long /*account*/, Date /*date*/) override { return true; }
+  [[nodiscard]] Double Before(Integer field) override { return field == field_ ? before_ : kUnwritten; }
 
  private:
   Integer field_;
@@ -45,11 +43,13 @@ class ExpectedMasterfileTest : public ::testing::Test {
   }
   std::vector<Text> Told() {
     std::vector<Text> told;
-    expected_.Visit([&](const ExpectedFigure& figure) {
-      const Text expected = figure.expected ? std::to_string(static_cast<Long>(*figure.expected)) : "?";
-      told.push_back(std::to_string(figure.account_number) + " " + DateText(figure.date) + " " +
-                     std::to_string(figure.field_number) + ": " + expected + ", stands " +
-                     std::to_string(static_cast<Long>(figure.stands)) + ", file " + std::to_string(figure.file));
+    expected_.Visit([&](std::span<const ExpectedFigure> of_record) {
+      for (const ExpectedFigure& figure : of_record) {
+        const Text expected = figure.expected ? std::to_string(static_cast<Long>(*figure.expected)) : "?";
+        told.push_back(std::to_string(figure.account_number) + " " + DateText(figure.date) + " " +
+                       std::to_string(figure.field_number) + ": " + expected + ", stands " +
+                       std::to_string(static_cast<Long>(figure.stands)) + ", file " + std::to_string(figure.file));
+      }
       return true;
     });
     return told;
@@ -154,12 +154,15 @@ TEST_F(ExpectedMasterfileTest, SumsUpAsAMapDoesWhateverTheCacheHolds) {
       for (const auto& [key, figure] : of_file) model[key] = {figure, file};
     }
     std::size_t seen = 0;
-    expected.Visit([&](const ExpectedFigure& figure) {
-      const auto found = model.find({figure.account_number, figure.date, figure.field_number});
-      RC_ASSERT(found != model.end());
-      RC_ASSERT(figure.expected == found->second.figure);
-      RC_ASSERT(figure.file == found->second.file);
-      ++seen;
+    expected.Visit([&](std::span<const ExpectedFigure> of_record) {
+      RC_ASSERT(!of_record.empty());
+      for (const ExpectedFigure& figure : of_record) {
+        const auto found = model.find({figure.account_number, figure.date, figure.field_number});
+        RC_ASSERT(found != model.end());
+        RC_ASSERT(figure.expected == found->second.figure);
+        RC_ASSERT(figure.file == found->second.file);
+        ++seen;
+      }
       return true;
     });
     RC_ASSERT(seen == model.size());

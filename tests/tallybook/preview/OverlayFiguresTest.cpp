@@ -133,6 +133,37 @@ TEST(OverlayFigures, HoldWhatAPlainMapHoldsWhateverFitsIntoMemory) {
   }));
 }
 
+TEST(OverlayFigures, HoldWhatTheyAreNowWhereNothingElseIsKept) {
+  EXPECT_TRUE(rc::check([] {
+    const auto cache = *rc::gen::element<std::size_t>(1, kTinyCache, std::size_t{1} << 20);
+    OverlayFigures figures(kAccounts, kRecords, cache, OverlayFigures::Kept::kNow);
+    std::map<Key, Double> model;
+    const int acts = *rc::gen::inRange(1, 200);
+    for (int act = 0; act < acts; ++act) {
+      const Key key{*rc::gen::inRange<std::size_t>(0, kAccounts), *rc::gen::inRange<std::size_t>(0, kRecords),
+                    *rc::gen::inRange<std::size_t>(0, kColumns)};
+      const auto [account, record, column] = key;
+      figures.Select(account, record);
+      const auto found = model.find(key);
+      const Double told = figures.Now(column);
+      RC_ASSERT((found == model.end() ? IsUnwritten(told) : told == found->second));
+      figures.Touch();
+      figures.Put(column, model[key] = AnyFigure());
+    }
+    std::size_t seen = 0;
+    figures.VisitAll([&](const OverlayFigures::Row& row) {
+      RC_ASSERT(row.before.empty());
+      for (std::size_t column = 0; column < row.now.size(); ++column) {
+        if (IsUnwritten(row.now[column])) continue;
+        ++seen;
+        RC_ASSERT(row.now[column] == model.at({row.account, row.record, column}));
+      }
+      return true;
+    });
+    RC_ASSERT(seen == model.size());
+  }));
+}
+
 TEST(OverlayFigures, TakeNoMoreMemoryThanTheyMay) {
   constexpr std::size_t kMany = 100'000;
   constexpr std::size_t kCache = std::size_t{1} << 20;

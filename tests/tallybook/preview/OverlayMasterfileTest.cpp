@@ -25,14 +25,19 @@ Date Day(int year, int month, int day) {
   return DateFromParts(year, month, day);
 }
 
-// `figures` with the changes that are told.
-void Apply(FigureMap& figures, const FigureChange& change) {
+void ApplyOne(FigureMap& figures, const FigureChange& change) {
   const MemoryMasterfile::FigureKey key{change.account_number, change.date, change.field_number};
   const auto found = figures.find(key);
   RC_ASSERT((found == figures.end() ? 0 : found->second) == change.before);
   RC_ASSERT(change.before != change.after);
   figures[key] = change.after;
   if (change.after == 0) figures.erase(key);
+}
+
+// `figures` with the changes of a record that are told.
+void Apply(FigureMap& figures, std::span<const FigureChange> of_record) {
+  RC_ASSERT(!of_record.empty());
+  for (const FigureChange& change : of_record) ApplyOne(figures, change);
 }
 
 class OverlayMasterfileTest : public ::testing::Test {
@@ -48,10 +53,12 @@ class OverlayMasterfileTest : public ::testing::Test {
   }
   std::vector<Text> Told(bool of_file = true) {
     std::vector<Text> told;
-    const auto tell = [&](const FigureChange& change) {
-      told.push_back(std::to_string(change.account_number) + " " + DateText(change.date) + " " +
-                     std::to_string(change.field_number) + ": " + std::to_string(static_cast<Long>(change.before)) +
-                     " -> " + std::to_string(static_cast<Long>(change.after)));
+    const auto tell = [&](std::span<const FigureChange> of_record) {
+      for (const FigureChange& change : of_record) {
+        told.push_back(std::to_string(change.account_number) + " " + DateText(change.date) + " " +
+                       std::to_string(change.field_number) + ": " + std::to_string(static_cast<Long>(change.before)) +
+                       " -> " + std::to_string(static_cast<Long>(change.after)));
+      }
       return true;
     };
     counts_ = of_file ? overlay_->VisitFile(tell) : overlay_->VisitAll(tell);
@@ -228,8 +235,8 @@ void CompareWithATwin(Integer data_level) {
   OverlayMasterfile overlay(host->book, host->factory, host->app, kTinyCache);
   Acts acts(overlay, twin->book);
   const auto check_file = [&] {
-    overlay.VisitFile([&](const FigureChange& change) {
-      Apply(before_file, change);
+    overlay.VisitFile([&](std::span<const FigureChange> of_record) {
+      Apply(before_file, of_record);
       return true;
     });
     (void)twin->book.ReadRecord(999, 0);
@@ -254,8 +261,8 @@ void CompareWithATwin(Integer data_level) {
   }
   check_file();
   FigureMap net = before;
-  overlay.VisitAll([&](const FigureChange& change) {
-    Apply(net, change);
+  overlay.VisitAll([&](std::span<const FigureChange> of_record) {
+    Apply(net, of_record);
     return true;
   });
   RC_ASSERT(net == twin->book.Figures());
