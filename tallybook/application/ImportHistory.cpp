@@ -1,7 +1,9 @@
 #include "tallybook/application/ImportHistory.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <fmt/format.h>
+#include <fstream>
 #include <utility>
 
 #include "base/Dates.h"
@@ -18,6 +20,16 @@ bool IsOfImport(const engine::NotedEntry& noted) {
          !noted.notes.files.empty();
 }
 
+// Empty for what cannot be read.
+Text HeadOf(const Text& place) {
+  constexpr std::streamsize kHead = 4096;
+  Text head(kHead, '\0');
+  std::ifstream file(place, std::ios::binary);
+  file.read(head.data(), kHead);
+  head.resize(static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0)));
+  return head;
+}
+
 }  // namespace
 
 ImportHistory::ImportHistory(engine::Book& book) {
@@ -29,6 +41,7 @@ ImportHistory::ImportHistory(engine::Book& book) {
 }
 
 std::optional<EarlierImport> ImportHistory::Find(const Text& path, const Text& place, const EntryFacts& way) const {
+  if (auto expected = FindExpected(place, way)) return expected;
   std::optional<std::int64_t> size;
   std::optional<FileFingerprint> print;
   for (auto known = imports_.rbegin(); known != imports_.rend(); ++known) {
@@ -47,11 +60,31 @@ std::optional<EarlierImport> ImportHistory::Find(const Text& path, const Text& p
   return std::nullopt;
 }
 
+void ImportHistory::Expect(const Text& path, const Text& place, const EntryFacts& way) {
+  if (const auto size = SizeOfFile(place)) expected_.push_back({path, place, way, *size, HeadOf(place)});
+}
+
+std::optional<EarlierImport> ImportHistory::FindExpected(const Text& place, const EntryFacts& way) const {
+  if (expected_.empty()) return std::nullopt;
+  const auto size = SizeOfFile(place);
+  if (!size) return std::nullopt;
+  const Text head = HeadOf(place);
+  for (const Expected& other : expected_) {
+    if (other.size != *size || other.head != head || !IsSameImport(other.way, way)) continue;
+    const auto print = FingerprintOf(place);
+    if (print && print == FingerprintOf(other.place)) return EarlierImport{.entry = {}, .who = {}, .file = other.path};
+  }
+  return std::nullopt;
+}
+
 Text EarlierImportText(const Text& path, const EarlierImport& earlier) {
   return OnOneLine(path) + ": " + EarlierImportReason(path, earlier);
 }
 
 Text EarlierImportReason(const Text& path, const EarlierImport& earlier) {
+  if (earlier.entry.id == 0) {
+    return fmt::format("it has the same bytes as {}, which is imported as well", OnOneLine(earlier.file));
+  }
   const Text by = earlier.who.empty() ? Text() : " by " + earlier.who;
   const Text as = earlier.file == path ? Text() : " as " + OnOneLine(earlier.file);
   const bool open = earlier.entry.state == engine::JournalState::kOpen;

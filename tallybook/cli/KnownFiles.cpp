@@ -18,7 +18,10 @@ KnownFiles::KnownFiles(Session& session, engine::Book& book, bool again) : sessi
 bool KnownFiles::MayImport(const Text& path, const application::EntryFacts& way, bool may_ask) {
   if (!history_) return true;
   const auto earlier = history_->Find(path, PlaceOf(session_, path), way);
-  if (!earlier) return true;
+  if (!earlier) {
+    history_->Expect(path, PlaceOf(session_, path), way);
+    return true;
+  }
   const Text told = application::EarlierImportText(path, *earlier);
   if (may_ask &&
       session_.AskUser(told + ".\r\n\r\nImport it again?", kYesNo + kQuestionIcon + kSecondButtonDefault) == kYes) {

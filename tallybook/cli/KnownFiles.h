@@ -1,4 +1,4 @@
-// Files that stand in the book's history when they are to be imported: --again, the question about them, and what is told
+// Files that stand in the book's history when they are to be imported, or that the run has twice: --again, the question about them, and what is told
 // of those that are left alone. The rule itself is application/ImportHistory.
 #pragma once
 

@@ -40,11 +40,12 @@ bool ImportWatch::MayImport(Integer math) {
   Forget();
   const CDataExchange* const exchange = means_.exchange();
   if (exchange == nullptr) return true;
-  const application::ImportHistory history(book_);
+  application::ImportHistory history(book_);
   const application::EntryFacts way = WayOf(*exchange, kSelected, math);
   const std::vector<Text> files = application::ExchangeFilesOf(exchange->QdxFileName());
   for (const Text& file : files) {
     const auto earlier = history.Find(file, PlaceOf(file), way);
+    if (!earlier) history.Expect(file, PlaceOf(file), way);
     if (!earlier) continue;
     const Text told = application::EarlierImportText(file, *earlier);
     if (!means_.ask(told + kAskAgain)) Leave(exchange->FileNum(), file, told);
@@ -56,11 +57,12 @@ void ImportWatch::LeaveKnownAlone() {
   Forget();
   const CDataExchange* const exchange = means_.exchange();
   if (exchange == nullptr) return;
-  const application::ImportHistory history(book_);
+  application::ImportHistory history(book_);
   for (Integer definition = 1; definition <= exchange->NumRecs(); ++definition) {
     const application::EntryFacts way = WayOf(*exchange, definition, static_cast<Integer>(eMath::mReplace));
     for (const Text& file : application::ExchangeFilesOf(exchange->QdxFileName(definition))) {
       const auto earlier = history.Find(file, PlaceOf(file), way);
+      if (!earlier) history.Expect(file, PlaceOf(file), way);
       if (earlier) Leave(exchange->FileNum(definition), file, application::EarlierImportText(file, *earlier));
     }
   }

@@ -66,6 +66,24 @@ TEST_F(ImportHistoryTest, KnowsAFileByItsBytesUnderAnyName) {
   EXPECT_FALSE(Find("missing.QDX"));
 }
 
+TEST_F(ImportHistoryTest, KnowsTheBytesOfAFileThatTheSameRunImports) {
+  const Text head(5000, 'x');
+  for (const char* name : {"a.QDX", "b.QDX"}) folder.Write(name, head + "end");
+  folder.Write("other.QDX", head + "END");
+  ImportHistory history(*book);
+  const auto find = [&](const Text& name, Integer definition) {
+    return history.Find(name, folder.Path(name), Way(definition));
+  };
+  EXPECT_FALSE(find("a.QDX", 1));
+  history.Expect("a.QDX", folder.Path("a.QDX"), Way(1));
+  ASSERT_TRUE(find("b.QDX", 1));
+  EXPECT_EQ(EarlierImportText("b.QDX", *find("b.QDX", 1)),
+            "b.QDX: it has the same bytes as a.QDX, which is imported as well");
+  EXPECT_FALSE(find("b.QDX", 2));
+  EXPECT_FALSE(find("other.QDX", 1));
+  EXPECT_FALSE(find("missing.QDX", 1));
+}
+
 TEST_F(ImportHistoryTest, KnowsItForTheSameDefinitionAlone) {
   Import("north.QDX");
   EXPECT_FALSE(Find("north.QDX", Way(2)));
