@@ -2,8 +2,10 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include "tallybook/application/ImportWays.h"
 #include "tallybook/desktop/host/RowsView.h"
 #include "tallybook/desktop/host/UndoDialog.h"
+#include "tallybook/engine/JournalNotes.h"
 #include "tests/tallybook/desktop/WindowCheck.h"
 #include "tests/tallybook/desktop/host/ConversationsFixture.h"
 
@@ -80,6 +82,20 @@ TEST_F(UndoDialogTest, TakesTheAmountsOutWhereTheUserSaysSo) {
   EXPECT_TRUE(UndoBy("reverse"));
   EXPECT_EQ(At(day_), 2000 - added);
   EXPECT_EQ(At(day_ + 1), Before(day_ + 1));
+}
+
+TEST_F(UndoDialogTest, OffersToTakeNoAmountsOutOfAnImportThatReplaced) {
+  {
+    const auto book = engine::Book::Open(BookPath(), app_);
+    const auto replaced = application::WayOfDefinition(1, "North", static_cast<Integer>(eMath::mReplace));
+    engine::JournalNotes(*book).Save(1, {.files = {}, .facts = application::TextOfFacts(replaced)});
+  }
+  user_.Then(kTitle, [](QWidget& window) {
+    EXPECT_NE(window.findChild<QWidget*>("force"), nullptr);
+    EXPECT_EQ(window.findChild<QWidget*>("reverse"), nullptr);
+    QTest::keyClick(&window, Qt::Key_Return);
+  });
+  EXPECT_FALSE(conversations_.Undo(1).ran);
 }
 
 TEST_F(UndoDialogTest, AnUndoIsTakenBackByItsLineWithAPlainQuestion) {
