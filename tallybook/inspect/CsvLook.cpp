@@ -225,6 +225,18 @@ class CsvLookRun {
     LookAtDateChange(record);
   }
 
+  // The import reads a field's number and a value of every record, whether it has a use for them or not.
+  void LookWhetherNumbersFit(const CsvFields& record) {
+    using Limits = std::numeric_limits<Long>;
+    const auto stop_of = [](std::optional<Trouble> trouble) {
+      return trouble && trouble->effect == Effect::kStop ? trouble : std::nullopt;
+    };
+    if (record.size() > 1) {
+      Look(record[1], 2, "field", stop_of(LooseWholeTrouble(TextOf(record[1]), Limits::min(), Limits::max())));
+    }
+    if (record.size() > 2) Look(record[2], 3, "value", stop_of(LooseNumberTrouble(TextOf(record[2]))));
+  }
+
   // What stands behind the last whole record. An empty line or two do no harm there, and go into no part.
   void Dropped(const CsvFields& record) {
     const bool empty = std::ranges::all_of(record, [](const CsvField& field) { return field.bytes.empty(); });
@@ -233,6 +245,7 @@ class CsvLookRun {
             {Effect::kSilent, "begins a record that the file ends in, and that is dropped",
              "write account, field and value"});
     }
+    LookWhetherNumbersFit(record);
     Pass(Piece::kRecord, empty ? CsvFields() : record);
   }
 
@@ -340,6 +353,7 @@ class CsvLookRun {
   }
 
   void LookAtDateChange(const CsvFields& record) {
+    LookWhetherNumbersFit(record);
     const std::size_t parts = record.size() - kRecordFields;
     if (parts != kDateFields) {
       date_.reset();

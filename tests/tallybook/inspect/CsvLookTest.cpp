@@ -128,6 +128,16 @@ TEST_F(CsvLookTest, ADateInNoCalendarIsTold) {
   EXPECT_EQ(list_->rejects, kHead + ",0,0,2,30,2004\r\n100,1,5\r\n") << "a record goes with its date";
 }
 
+TEST_F(CsvLookTest, NumbersThatAChangeOfTheDateHasNoUseForMustFit) {
+  EXPECT_THAT(Words(kHead + ",99999999999,1e999,2,4,2004\r\n100,1,5\r\n"),
+              ElementsAre("2 field \"99999999999\" stop: is beyond -2147483648 to 2147483647",
+                          "2 value \"1e999\" stop: is too large for a number"));
+  EXPECT_THAT(Words("2,3,2004,1,1,100,99999999999"),
+              ElementsAre("1  \"100\" silent: begins a record that the file ends in, and that is dropped",
+                          "1 field \"99999999999\" stop: is beyond -2147483648 to 2147483647"));
+  EXPECT_THAT(Words(kHead + ",x,y,2,4,2004\r\n100,1,5\r\n"), IsEmpty());
+}
+
 TEST_F(CsvLookTest, TheSameFigureTwiceIsToldWithWhatBecomesOfIt) {
   EXPECT_THAT(Words(kHead + "100,1,5\r\n100,1,6\r\n"),
               ElementsAre("3  \"100, 2004-02-03, 1\" silent: the file names this figure before: both are added"));
