@@ -40,6 +40,7 @@ QdxDates::Place& QdxDates::Of(const BodyDate& date) {
   Place& place = found->second;
   if (!is_new) return place;
   place.date = DateFromParts(date.year, date.month, date.day);
+  place.has_name = place.date >= DateFromParts(1, 1, 1) && place.date < DateFromParts(10'000, 1, 1);
   try {
     place.level = masterfile_.FiscalCalendar().LevelDate(place.date, masterfile_.DataLevel());
   } catch (const Failure& failure) {
@@ -52,6 +53,14 @@ QdxDates::Place& QdxDates::Of(const BodyDate& date) {
 bool QdxDates::IsInBook(Place& place, Integer account_number) {
   if (!place.is_in_book) place.is_in_book = place.level && masterfile_.ReadRecord(account_number, *place.level);
   return *place.is_in_book;
+}
+
+void QdxDates::Take(const Place& place) {
+  if (place.is_in_book.value_or(false) && place.has_name) units_[*place.level].insert(place.date);
+}
+
+bool QdxDates::HoldsRange(const HeaderRecord& header) const {
+  return masterfile_.FirstDate() <= header.StartDate() && masterfile_.LastDate() >= header.LastDate();
 }
 
 void QdxDates::Tell(const HeaderRecord& header, bool replaces, const TellFinding& tell) {
@@ -67,7 +76,7 @@ void QdxDates::Tell(const HeaderRecord& header, bool replaces, const TellFinding
     tell(finding);
   }
   for (const auto& [level, dates] : units_) TellUnit(level, dates, header.DataLevel, tell);
-  TellPartialUnits(header, replaces, tell);
+  if (HoldsRange(header)) TellPartialUnits(header, replaces, tell);
   TellLongYears(tell);
 }
 

@@ -20,6 +20,7 @@ class QdxDates {
   // A date of the file.
   struct Place {
     Date date = kNoDate;             // parts beyond the calendar run over
+    bool has_name = false;           // it is of the years 1 to 9999, and can be told as a date
     std::optional<Date> level = {};  // the date of the book that holds its figures; none where that cannot be told
     Text failure = {};               // why not
     std::optional<bool> is_in_book = {};
@@ -32,11 +33,13 @@ class QdxDates {
   // Whether the book has a record of the date for an account of it.
   [[nodiscard]] bool IsInBook(Place& place, Integer account_number);
   // Figures of the date would be applied.
-  void Take(const Place& place) { units_[*place.level].insert(place.date); }
+  void Take(const Place& place);
 
   // Tells which weeks and periods the figures taken go into, and what of the file's range fills no whole one.
   //   replaces  the range is set to 0 before
   void Tell(const HeaderRecord& header, bool replaces, const TellFinding& tell);
+  // Whether the file's range lies in that of the book: else it is refused.
+  [[nodiscard]] bool HoldsRange(const HeaderRecord& header) const;
 
  private:
   void TellUnit(Date level, const std::set<Date>& dates, Integer file_level, const TellFinding& tell);

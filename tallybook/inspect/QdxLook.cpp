@@ -152,13 +152,15 @@ class QdxLookRun : private QdxListener {
 
   // A file must lie wholly inside the book's range.
   void LookAtRange() {
-    if (masterfile_.FirstDate() <= header_->StartDate() && masterfile_.LastDate() >= header_->LastDate()) return;
+    if (dates_.HoldsRange(*header_)) return;
+    const BodyDate first{.month = header_->StartMonth, .day = header_->StartDay, .year = header_->StartYear};
+    const BodyDate last{.month = header_->LastMonth, .day = header_->LastDay, .year = header_->LastYear};
     Finding finding;
     finding.offset = range_offset_;
     finding.effect = Effect::kAudit;
     finding.reason =
-        fmt::format("the file's dates are {} to {}, and the book has {} to {}", DateText(header_->StartDate()),
-                    DateText(header_->LastDate()), DateText(masterfile_.FirstDate()), DateText(masterfile_.LastDate()));
+        fmt::format("the file's dates are {} to {}, and the book has {} to {}", DateItemText(first), DateItemText(last),
+                    DateText(masterfile_.FirstDate()), DateText(masterfile_.LastDate()));
     finding.help = "have the file made for dates of the book";
     Tell(finding);
   }
@@ -220,7 +222,7 @@ class QdxLookRun : private QdxListener {
     Finding where;
     where.record = tally_.records;
     if (account_ > 0) where.account = header_->AccountCodes(account_);
-    if (place_ != nullptr) where.date = place_->date;
+    if (place_ != nullptr && place_->has_name) where.date = place_->date;
     return where;
   }
   [[nodiscard]] Finding WhereOf(const BodyValue& value) const {
@@ -290,7 +292,7 @@ class QdxLookRun : private QdxListener {
     ++tally_.applied;
     if (named_fields_ == nullptr) {
       named_fields_ = &named_[place_->date];
-      if (place_->level) dates_.Take(*place_);
+      dates_.Take(*place_);
     }
     if (std::isfinite(value.value) && std::abs(value.value) > std::numeric_limits<Double>::max() / 2) {
       TellAt(offset, WhereOf(value), Effect::kSilent,

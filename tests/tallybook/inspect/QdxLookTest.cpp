@@ -188,6 +188,18 @@ TEST_F(QdxLookTest, ARangeBeyondTheBookIsTold) {
                                        "2003-01-01 to 2005-12-31"));
 }
 
+TEST_F(QdxLookTest, DatesThatNoCalendarHasAreToldAsTheyStand) {
+  std::string bytes = OneFigure().Bytes();
+  bytes.replace(33, 12, std::string(12, '\x76'));
+  EXPECT_THAT(Words(bytes),
+              Contains("byte 33 audit: the file's dates are 30326-30326-30326 to 30326-30326-30326, and the book "
+                       "has 2003-01-01 to 2005-12-31"));
+  bytes = OneFigure().Bytes();
+  const std::size_t date = bytes.find(testing::FileBytes().I2(1).MonthDayYear(February(3)).Bytes());
+  bytes.replace(date + 2, 6, testing::FileBytes().I2(1).I2(1).I2(32000).Bytes());
+  EXPECT_THAT(Words(bytes), Contains(HasSubstr("record 1 account 100 stop: ")));
+}
+
 TEST_F(QdxLookTest, ADateThatTheBookHasNoRecordOfEndsTheImport) {
   ExchangeFile file = OneFigure();
   file.blocks[0].days.push_back({DateFromParts(2010, 1, 1), {{1, 5}}});
