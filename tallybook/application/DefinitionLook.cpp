@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
+#include <iterator>
 #include <string_view>
 #include <system_error>
 #include <unistd.h>
@@ -147,7 +148,7 @@ SeenDefinition NeedDefinition(WholeFiles& files, const engine::Book& book, Integ
   const auto found = std::ranges::find(definitions, number, &SeenDefinition::number);
   if (found == definitions.end()) {
     std::vector<Integer> numbers;
-    for (const SeenDefinition& seen : definitions) numbers.push_back(seen.number);
+    std::ranges::transform(definitions, std::back_inserter(numbers), &SeenDefinition::number);
     FailNoDefinition(book.Path(), number, numbers);
   }
   NeedReadableDefinitions({*found});

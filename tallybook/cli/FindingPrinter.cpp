@@ -86,12 +86,12 @@ Text FindingPrinter::JsonHead() const {
 }
 
 Text FindingsText(const inspect::LookTally& tally, const Text& refuses) {
-  const Text count = application::Counted(tally.All(), "finding");
-  if (tally.All() == 0) return count;
-  return count + fmt::format(": {} that {}, {} that the import ends at, {} that it takes in silence",
-                             application::WithCommas(tally.Of(Effect::kAudit)), refuses,
-                             application::WithCommas(tally.Of(Effect::kStop)),
-                             application::WithCommas(tally.Of(Effect::kSilent)));
+  if (tally.All() == 0) return application::Counted(0, "finding");
+  return application::Counted(tally.All(), "finding") +
+         fmt::format(": {} that {}, {} that the import ends at, {} that it takes in silence",
+                     application::WithCommas(tally.Of(Effect::kAudit)), refuses,
+                     application::WithCommas(tally.Of(Effect::kStop)),
+                     application::WithCommas(tally.Of(Effect::kSilent)));
 }
 
 }  // namespace tallybook::cli
