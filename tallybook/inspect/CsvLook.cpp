@@ -5,19 +5,18 @@
 #include <iterator>
 #include <limits>
 #include <optional>
-#include <string>
 #include <utility>
 #include <vector>
 
 #include "base/Dates.h"
-#include "base/Failure.h"
 #include "base/Narrow.h"
 #include "base/Texts.h"
-#include "host/FiscalCalendar.h"
 #include "host/Masterfile.h"
 #include "tallybook/application/Counts.h"
 #include "tallybook/inspect/BookTables.h"
 #include "tallybook/inspect/CsvFile.h"
+#include "tallybook/inspect/CsvFindings.h"
+#include "tallybook/inspect/CsvHead.h"
 #include "tallybook/inspect/FigurePlaces.h"
 #include "tallybook/inspect/Troubles.h"
 
@@ -25,157 +24,34 @@ namespace tallybook::inspect {
 
 namespace {
 
-constexpr std::size_t kHeadFields = 5;
 constexpr std::size_t kRecordFields = 3;
 constexpr std::size_t kDateFields = 3;
-constexpr Integer kPeriodMark = -1;
-
-// The parts of a date as the file has them.
-struct FileDate {
-  Integer month = 0;
-  Integer day = 0;
-  Integer year = 0;
-};
 
 class CsvLookRun {
  public:
   CsvLookRun(Masterfile& masterfile, const CsvLookRequest& request, FindingListener& listener)
       : masterfile_(masterfile),
         request_(request),
-        listener_(listener),
         tables_(masterfile),
         places_(tables_.Accounts(), tables_.Fields()),
-        file_(request.file, request.encoding) {}
+        file_(request.file, request.encoding),
+        findings_(masterfile, file_, listener) {}
 
   LookTally Run() {
     masterfile_.BeginProgress("Looking at the Import File");
     masterfile_.SetProgressCancelEnabled(true);
-    if (ReadHead()) ReadRecords();
+    head_ = LookAtCsvHead(masterfile_, file_, findings_, request_.math);
+    date_ = head_.date;
+    is_of_lines_ = head_.ends_its_line;
+    if (head_.is_sound) ReadRecords();
     masterfile_.EndProgress();
-    return tally_;
+    return findings_.Tally();
   }
 
  private:
-  // Of the file, or of the user's patience.
-  [[nodiscard]] bool AtEnd() { return tally_.cancelled || file_.AtEnd(); }
+  [[nodiscard]] bool AtEnd() { return findings_.AtEnd(); }
   [[nodiscard]] Text TextOf(const CsvField& field) { return file_.TextOf(field); }
-
-  // --- Findings ------------------------------------------------------------------------------------------------------
-
-  void Found(long long line, Integer column, const Text& name, const Text& text, const Trouble& trouble) {
-    ++tally_.findings[static_cast<std::size_t>(trouble.effect)];
-    piece_has_findings_ = true;
-    listener_.Found({line, record_, column, name, Cut(text), trouble.effect, trouble.reason, trouble.help});
-  }
-  void Found(const CsvField& field, Integer column, const Text& name, const Trouble& trouble) {
-    Found(field.line, column, name, TextOf(field), trouble);
-  }
-  // True where there was one.
-  bool Look(const CsvField& field, Integer column, const Text& name, const std::optional<Trouble>& trouble) {
-    if (trouble) Found(field, column, name, *trouble);
-    return trouble.has_value();
-  }
-
-  void Pass(Piece piece, const CsvFields& fields) {
-    listener_.Passed(piece, BytesOf(fields), std::exchange(piece_has_findings_, false));
-    masterfile_.SetProgressFraction(file_.Share());
-    tally_.cancelled = masterfile_.ProgressCancelled();
-  }
-
-  // In a run of fields a line means nothing, but the parts of the file are looked at, too, and may read like lines.
-  [[nodiscard]] std::string BytesOf(const CsvFields& fields) const {
-    if (!is_of_lines_) return AsOneLine(fields);
-    std::string bytes;
-    for (const CsvField& field : fields) bytes += field.raw;
-    return bytes;
-  }
-
-  void LookAtQuotes(const CsvFields& fields) {
-    for (const CsvField& field : fields) {
-      if (field.HasOpenQuote()) {
-        Found(field, 0, "",
-              {Effect::kSilent, "begins with a quote that is never closed: all behind it is one text",
-               "close the quote"});
-      } else if (field.EndsInQuote() && !AtEnd()) {
-        Found(field, 0, "",
-              {Effect::kSilent, "is followed by more than a separator, which counts as a field of its own",
-               "put all of the text into the quotes"});
-      }
-    }
-  }
-
-  // A whole number of so many bits; nothing where it does not fit, which has been told.
-  template <typename Number>
-  std::optional<Number> Whole(const CsvField& field, Integer column, const Text& name) {
-    using Limits = std::numeric_limits<Number>;
-    const Text text = TextOf(field);
-    const auto trouble = LooseWholeTrouble(text, Limits::min(), Limits::max());
-    if (Look(field, column, name, trouble) && trouble->effect == Effect::kStop) return std::nullopt;
-    return static_cast<Number>(LeadingLong(text));
-  }
-
-  // --- The header ----------------------------------------------------------------------------------------------------
-
-  bool ReadHead() {
-    CsvFields head;
-    file_.TakeInto(head, kHeadFields);
-    LookAtQuotes(head);
-    const bool sound = LookAtHead(head);
-    // The first line of records shows whether the file is one of lines.
-    is_of_lines_ = !head.empty() && head.front().line == head.back().line && head.back().EndsLine();
-    Pass(Piece::kHead, head);
-    return sound;
-  }
-
-  bool LookAtHead(const CsvFields& head) {
-    if (head.size() < kHeadFields) {
-      Found(file_.Line(), 0, "", "",
-            {Effect::kStop, "the file ends within its header", "write month, day, year, math and 0 or 1"});
-      return false;
-    }
-    const auto month = Whole<Integer>(head[0], 1, "month");
-    const auto day = Whole<Integer>(head[1], 2, "day");
-    const auto year = Whole<Integer>(head[2], 3, "year");
-    const auto math = Whole<Integer>(head[3], 4, "math");
-    const auto by_code = Whole<Integer>(head[4], 5, "by_code");
-    if (!month || !day || !year || !math || !by_code) return false;
-    by_code_ = *by_code != 0;
-    math_ = request_.math == eMath::mDefault ? *math : static_cast<Integer>(request_.math);
-    if (!WordOfMath(math_)) {
-      Found(head[3], 4, "math",
-            {Effect::kStop, "is none of 1 (add), 2 (subtract) and 3 (replace)",
-             "write one of them, or say it for the import"});
-    }
-    return LookAtHeadDate(head, {*month, *day, *year});
-  }
-
-  bool LookAtHeadDate(const CsvFields& head, FileDate date) {
-    if (date.month == kPeriodMark) {
-      if (masterfile_.DataLevel() != kPeriodLevel) {
-        Found(head[0], 1, "month", {Effect::kStop, "says that the file is of periods, and the book is not", ""});
-        return true;
-      }
-      if (date.day < 1 || date.day > masterfile_.NumPeriods()) {
-        Found(head[1], 2, "day",
-              {Effect::kStop, fmt::format("is none of the {} periods of a year", masterfile_.NumPeriods()), ""});
-        return true;
-      }
-      date = {date.day, 1, date.year};
-    }
-    auto trouble = DateTrouble(masterfile_, FixYear(date.year), date.month, date.day);
-    // The import does not ask about this one.
-    if (trouble && trouble->effect == Effect::kAudit) trouble->effect = Effect::kStop;
-    if (Look(head[2], 3, "year", trouble) && trouble->effect == Effect::kStop) return true;
-    SetDate(date);
-    return true;
-  }
-
-  void SetDate(const FileDate& date) {
-    const Date day = DateFromParts(FixYear(date.year), date.month, date.day);
-    date_ = masterfile_.FiscalCalendar().LevelDate(day, masterfile_.DataLevel());
-  }
-
-  // --- Records -------------------------------------------------------------------------------------------------------
+  void Pass(Piece piece, const CsvFields& fields) { findings_.Pass(piece, fields, is_of_lines_); }
 
   void ReadRecords() {
     if (is_of_lines_) LookWhetherOfLines();
@@ -191,7 +67,7 @@ class CsvLookRun {
   // Whether its first field makes a record a change of the date.
   [[nodiscard]] bool ChangesDate(const CsvField& field) {
     const Text text = TextOf(field);
-    return by_code_ ? TrimBoth(text).empty() : LeadingLong(text) < 1;
+    return head_.by_code ? TrimBoth(text).empty() : LeadingLong(text) < 1;
   }
 
   // Most of the first lines decide, but where one holds several whole records.
@@ -217,9 +93,9 @@ class CsvLookRun {
   void ReadRunOfRecord() {
     CsvFields record;
     file_.TakeInto(record, kRecordFields);
-    ++record_;
+    findings_.NextRecord();
     if (record.size() < kRecordFields) return Dropped(record);
-    LookAtQuotes(record);
+    findings_.LookAtQuotes(record);
     if (!LookAtRecord(record)) return;
     file_.TakeInto(record, kDateFields);
     LookAtDateChange(record);
@@ -232,18 +108,19 @@ class CsvLookRun {
       return trouble && trouble->effect == Effect::kStop ? trouble : std::nullopt;
     };
     if (record.size() > 1) {
-      Look(record[1], 2, "field", stop_of(LooseWholeTrouble(TextOf(record[1]), Limits::min(), Limits::max())));
+      findings_.Look(record[1], 2, "field",
+                     stop_of(LooseWholeTrouble(TextOf(record[1]), Limits::min(), Limits::max())));
     }
-    if (record.size() > 2) Look(record[2], 3, "value", stop_of(LooseNumberTrouble(TextOf(record[2]))));
+    if (record.size() > 2) findings_.Look(record[2], 3, "value", stop_of(LooseNumberTrouble(TextOf(record[2]))));
   }
 
   // What stands behind the last whole record. An empty line or two do no harm there, and go into no part.
   void Dropped(const CsvFields& record) {
     const bool empty = std::ranges::all_of(record, [](const CsvField& field) { return field.bytes.empty(); });
     if (!empty) {
-      Found(record.front(), 0, "",
-            {Effect::kSilent, "begins a record that the file ends in, and that is dropped",
-             "write account, field and value"});
+      findings_.Found(record.front(), 0, "",
+                      {Effect::kSilent, "begins a record that the file ends in, and that is dropped",
+                       "write account, field and value"});
     }
     LookWhetherNumbersFit(record);
     Pass(Piece::kRecord, empty ? CsvFields() : record);
@@ -252,8 +129,8 @@ class CsvLookRun {
   void ReadLineOfRecord() {
     CsvFields line = file_.TakeLine();
     if (IsEmptyLine(line)) return ReadEmptyLines(std::move(line));
-    ++record_;
-    LookAtQuotes(line);
+    findings_.NextRecord();
+    findings_.LookAtQuotes(line);
     if (line.size() != kRecordFields && line.size() != kRecordFields + kDateFields) {
       return WrongCount(line, kRecordFields);
     }
@@ -276,9 +153,9 @@ class CsvLookRun {
       lines.push_back(std::move(next.front()));
     }
     if (!AtEnd() || lines.size() > kHarmless) {
-      Found(lines.front(), 0, "",
-            {Effect::kSilent, "is an empty line, which counts as an empty field and moves all that follows",
-             "take it away"});
+      findings_.Found(lines.front(), 0, "",
+                      {Effect::kSilent, "is an empty line, which counts as an empty field and moves all that follows",
+                       "take it away"});
     }
     Pass(Piece::kRecord, lines);
   }
@@ -290,12 +167,12 @@ class CsvLookRun {
     for (const CsvField& field : line) text += file_.RawTextOf(field);
     const bool more = line.size() > wanted;
     while (!text.empty() && (text.back() == '\r' || text.back() == '\n')) text.pop_back();
-    Found(line.front().line, 0, "", text,
-          {Effect::kSilent,
-           fmt::format("has {} where a record has {}: to the import, all that follows moves",
-                       application::Counted(static_cast<long long>(line.size()), "field"), wanted),
-           more ? "put a value that holds commas into quotes, or better, write it without them"
-                : "write account, field and value"});
+    findings_.Found(line.front().line, 0, "", text,
+                    {Effect::kSilent,
+                     fmt::format("has {} where a record has {}: to the import, all that follows moves",
+                                 application::Counted(static_cast<long long>(line.size()), "field"), wanted),
+                     more ? "put a value that holds commas into quotes, or better, write it without them"
+                          : "write account, field and value"});
     Pass(Piece::kRecord, line);
   }
 
@@ -307,11 +184,11 @@ class CsvLookRun {
       WrongCount(record, kRecordFields);
       return false;
     }
-    const auto field = Whole<Long>(record[1], 2, "field");
-    if (field) Look(record[1], 2, "field", FieldTrouble(tables_, *field, true));
-    Look(record[2], 3, "value", LooseNumberTrouble(TextOf(record[2])));
+    const auto field = findings_.Whole<Long>(record[1], 2, "field");
+    if (field) findings_.Look(record[1], 2, "field", FieldTrouble(tables_, *field, true));
+    findings_.Look(record[2], 3, "value", LooseNumberTrouble(TextOf(record[2])));
     if (account > 0 && field) LookWhetherNamed(record, account, *field);
-    ++tally_.records;
+    findings_.CountRecord();
     Pass(Piece::kRecord, record);
     return false;
   }
@@ -321,8 +198,9 @@ class CsvLookRun {
     const Long field_position = tables_.FieldPosition(field);
     if (!date_ || account_position == 0 || field_position == 0) return;
     if (places_.Add(account_position, *date_, field_position)) return;
-    Found(record[0].line, 0, "", fmt::format("{}, {}, {}", TextOf(record[0]), DateText(*date_), field),
-          {Effect::kSilent, NamedBefore(static_cast<eMath>(math_)), "leave one of them out, unless both are meant"});
+    findings_.Found(
+        record[0].line, 0, "", fmt::format("{}, {}, {}", TextOf(record[0]), DateText(*date_), field),
+        {Effect::kSilent, NamedBefore(static_cast<eMath>(head_.math)), "leave one of them out, unless both are meant"});
   }
 
   static constexpr Long kChangesDate = -1;
@@ -330,16 +208,17 @@ class CsvLookRun {
 
   // The number of the account, kUnknown or kChangesDate.
   Long LookAtAccount(const CsvField& field) {
-    if (by_code_) {
+    if (head_.by_code) {
       if (TrimBoth(TextOf(field)).empty()) return kChangesDate;
-      Look(field, 1, "account", CodeTrouble(tables_, file_.Encoding(), file_.IsEncodingFoundOut(), field.bytes));
+      findings_.Look(field, 1, "account",
+                     CodeTrouble(tables_, file_.Encoding(), file_.IsEncodingFoundOut(), field.bytes));
       return tables_.AccountOfCode(CutCode(TextOf(field)));
     }
-    const auto number = Whole<Long>(field, 1, "account");
+    const auto number = findings_.Whole<Long>(field, 1, "account");
     if (!number) return kUnknown;
     if (*number < 1) return LookAtNoAccount(field, *number);
     if (tables_.AccountPosition(*number) > 0) return *number;
-    Found(field, 1, "account", {Effect::kAudit, "is no account number of the book", ""});
+    findings_.Found(field, 1, "account", {Effect::kAudit, "is no account number of the book", ""});
     return kUnknown;
   }
 
@@ -347,8 +226,8 @@ class CsvLookRun {
   // at as what it was meant for.
   Long LookAtNoAccount(const CsvField& field, Long number) {
     if (number != 0 || !is_of_lines_ || !LooseNumberTrouble(TextOf(field))) return kChangesDate;
-    Found(field, 1, "account",
-          {Effect::kSilent, "is read as a change of the date: the file tells of accounts by number", ""});
+    findings_.Found(field, 1, "account",
+                    {Effect::kSilent, "is read as a change of the date: the file tells of accounts by number", ""});
     return kUnknown;
   }
 
@@ -359,47 +238,44 @@ class CsvLookRun {
       date_.reset();
       if (parts == 0) return Pass(Piece::kDate, record);
       if (is_of_lines_ && !AtEnd()) return WrongCount(record, kRecordFields + kDateFields);
-      Found(record.front(), 0, "",
-            {Effect::kStop, "changes the date, and the file ends before the date does", "write month, day and year"});
+      findings_.Found(
+          record.front(), 0, "",
+          {Effect::kStop, "changes the date, and the file ends before the date does", "write month, day and year"});
       return Pass(Piece::kDate, record);
     }
-    ++record_;  // as the import counts
-    const auto month = Whole<Integer>(record[3], 4, "month");
-    const auto day = Whole<Integer>(record[4], 5, "day");
-    const auto year = Whole<Integer>(record[5], 6, "year");
+    findings_.NextRecord();  // as the import counts
+    const auto month = findings_.Whole<Integer>(record[3], 4, "month");
+    const auto day = findings_.Whole<Integer>(record[4], 5, "day");
+    const auto year = findings_.Whole<Integer>(record[5], 6, "year");
     date_.reset();
     if (month && day && year) LookAtDate(record[5], {*month, *day, *year});
     Pass(Piece::kDate, record);
   }
 
   // The audit takes a period's number for a day of the month before the year's first; the import takes it as it is meant.
-  void LookAtDate(const CsvField& field, const FileDate& date) {
-    const bool of_period = date.month == kPeriodMark;
+  void LookAtDate(const CsvField& field, const CsvDate& date) {
+    const bool of_period = date.month == kCsvPeriodMark;
     if (of_period) {
       if (!masterfile_.DateValid(DateFromParts(FixYear(date.year), date.month, date.day))) {
-        Found(field, 6, "year", {Effect::kAudit, "is the year of a period, which the audit asks about", ""});
+        findings_.Found(field, 6, "year", {Effect::kAudit, "is the year of a period, which the audit asks about", ""});
       }
-      return SetDate({date.day, 1, date.year});
+      date_ = LevelOf(masterfile_, {date.day, 1, date.year});
+      return;
     }
     const auto trouble = DateTrouble(masterfile_, FixYear(date.year), date.month, date.day);
-    if (Look(field, 6, "year", trouble) && trouble->effect == Effect::kAudit) return;
-    SetDate(date);
+    if (findings_.Look(field, 6, "year", trouble) && trouble->effect == Effect::kAudit) return;
+    date_ = LevelOf(masterfile_, date);
   }
 
   Masterfile& masterfile_;
   const CsvLookRequest& request_;
-  FindingListener& listener_;
   BookTables tables_;
   FigurePlaces places_;
   CsvFile file_;
+  CsvFindings findings_;
+  CsvHead head_;
   bool is_of_lines_ = false;
-
-  bool by_code_ = false;
-  Integer math_ = 0;
   std::optional<Date> date_;  // of the records under way; none where the file's is none of the book
-  long long record_ = 0;
-  bool piece_has_findings_ = false;
-  LookTally tally_;
 };
 
 }  // namespace
