@@ -248,23 +248,33 @@ class CsvLookRun {
     const auto day = findings_.Whole<Integer>(record[4], 5, "day");
     const auto year = findings_.Whole<Integer>(record[5], 6, "year");
     date_.reset();
-    if (month && day && year) LookAtDate(record[5], {*month, *day, *year});
+    if (month && day && year) LookAtDate(record, {*month, *day, *year});
     Pass(Piece::kDate, record);
   }
 
-  // The audit takes a period's number for a day of the month before the year's first; the import takes it as it is meant.
-  void LookAtDate(const CsvField& field, const CsvDate& date) {
-    const bool of_period = date.month == kCsvPeriodMark;
-    if (of_period) {
-      if (!masterfile_.DateValid(DateFromParts(FixYear(date.year), date.month, date.day))) {
-        findings_.Found(field, 6, "year", {Effect::kAudit, "is the year of a period, which the audit asks about", ""});
-      }
-      date_ = LevelOf(masterfile_, {date.day, 1, date.year});
-      return;
-    }
+  void LookAtDate(const CsvFields& record, const CsvDate& date) {
+    if (date.month == kCsvPeriodMark) return LookAtPeriod(record, date);
     const auto trouble = DateTrouble(masterfile_, FixYear(date.year), date.month, date.day);
-    if (findings_.Look(field, 6, "year", trouble) && trouble->effect == Effect::kAudit) return;
+    if (findings_.Look(record[5], 6, "year", trouble) && trouble->effect == Effect::kAudit) return;
     date_ = LevelOf(masterfile_, date);
+  }
+
+  // The audit takes a period's number for a day of the month before the year's first; the import takes it for a month, and
+  // looks no further.
+  void LookAtPeriod(const CsvFields& record, const CsvDate& date) {
+    const Integer year = FixYear(date.year);
+    if (!masterfile_.DateValid(DateFromParts(year, date.month, date.day))) {
+      findings_.Found(record[5], 6, "year",
+                      {Effect::kAudit, "is the year of a period, which the audit asks about", ""});
+    }
+    if (masterfile_.DateValid(DateFromParts(year, date.day, 1))) {
+      date_ = LevelOf(masterfile_, {date.day, 1, date.year});
+    } else {
+      findings_.Found(
+          record[4], 5, "day",
+          {Effect::kStop, "is a period's number that makes no date of the book: the import ends at its first record",
+           "write a period of the book's years"});
+    }
   }
 
   Masterfile& masterfile_;

@@ -8,6 +8,7 @@
 #include "host/Masterfile.h"
 #include "tallybook/application/Counts.h"
 #include "tallybook/application/ImportBalance.h"
+#include "tallybook/inspect/Troubles.h"
 
 namespace tallybook::inspect {
 
@@ -40,7 +41,7 @@ QdxDates::Place& QdxDates::Of(const BodyDate& date) {
   Place& place = found->second;
   if (!is_new) return place;
   place.date = DateFromParts(date.year, date.month, date.day);
-  place.has_name = place.date >= DateFromParts(1, 1, 1) && place.date < DateFromParts(10'000, 1, 1);
+  place.can_be_written = CanBeWritten(place.date);
   try {
     place.level = masterfile_.FiscalCalendar().LevelDate(place.date, masterfile_.DataLevel());
   } catch (const Failure& failure) {
@@ -56,7 +57,7 @@ bool QdxDates::IsInBook(Place& place, Integer account_number) {
 }
 
 void QdxDates::Take(const Place& place) {
-  if (place.is_in_book.value_or(false) && place.has_name) units_[*place.level].insert(place.date);
+  if (place.is_in_book.value_or(false) && place.can_be_written) units_[*place.level].insert(place.date);
 }
 
 bool QdxDates::HoldsRange(const HeaderRecord& header) const {

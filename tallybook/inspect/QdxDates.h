@@ -19,8 +19,8 @@ class QdxDates {
  public:
   // A date of the file.
   struct Place {
-    Date date = kNoDate;             // parts beyond the calendar run over
-    bool has_name = false;           // it is of the years 1 to 9999, and can be told as a date
+    Date date = kNoDate;  // parts beyond the calendar run over
+    bool can_be_written = false;
     std::optional<Date> level = {};  // the date of the book that holds its figures; none where that cannot be told
     Text failure = {};               // why not
     std::optional<bool> is_in_book = {};

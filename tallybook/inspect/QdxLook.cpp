@@ -222,7 +222,7 @@ class QdxLookRun : private QdxListener {
     Finding where;
     where.record = tally_.records;
     if (account_ > 0) where.account = header_->AccountCodes(account_);
-    if (place_ != nullptr && place_->has_name) where.date = place_->date;
+    if (place_ != nullptr && place_->can_be_written) where.date = place_->date;
     return where;
   }
   [[nodiscard]] Finding WhereOf(const BodyValue& value) const {

@@ -217,12 +217,18 @@ std::optional<Trouble> StrictWholeTrouble(const Text& text) {
   return StrictTrouble(text, [&] { static_cast<void>(WholeLongText(text)); });
 }
 
+bool CanBeWritten(Date date) {
+  return date >= DateFromParts(1, 1, 1) && date < DateFromParts(10'000, 1, 1);
+}
+
 std::optional<Trouble> DateTrouble(const Masterfile& masterfile, int year, int month, int day) {
   const Text written = fmt::format("{}-{}-{}", year, month, day);
   const Date date = DateFromParts(year, month, day);
-  const DateParts parts = PartsOf(date);
+  const bool can_be_written = CanBeWritten(date);
+  const DateParts parts = can_be_written ? PartsOf(date) : DateParts{};
   const bool exists = parts.year == year && parts.month == month && parts.day == day;
-  const Text reading = exists ? DateText(date) : fmt::format("{}, read as {},", written, DateText(date));
+  Text reading = exists ? DateText(date) : written;
+  if (can_be_written && !exists) reading += fmt::format(", read as {},", DateText(date));
   if (!masterfile.DateValid(date)) {
     return Trouble{Effect::kAudit,
                    fmt::format("{} is no date of the book, which has {} to {}", reading,

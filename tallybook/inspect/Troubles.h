@@ -40,6 +40,9 @@ struct Trouble {
 [[nodiscard]] std::optional<Trouble> StrictNumberTrouble(const Text& text);
 [[nodiscard]] std::optional<Trouble> StrictWholeTrouble(const Text& text);
 
+// Whether a date can be written: those of the years 1 to 9999 can. Parts that run over may make any other.
+[[nodiscard]] bool CanBeWritten(Date date);
+
 // A date of the file's parts: one that is none of the book, and one that no calendar has and that is read as another.
 [[nodiscard]] std::optional<Trouble> DateTrouble(const Masterfile& masterfile, int year, int month, int day);
 

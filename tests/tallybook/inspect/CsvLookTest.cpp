@@ -122,6 +122,21 @@ TEST_F(PeriodCsvLookTest, TheYearOfAPeriodThatTheAuditAsksAboutIsFound) {
               ElementsAre("2 year \"2003\" audit: is the year of a period, which the audit asks about"));
 }
 
+TEST_F(PeriodCsvLookTest, APeriodsNumberThatMakesNoDateOfTheBookIsFound) {
+  const std::string file = "-1,1,2004,1,1\r\n,0,0,-1,30,2004\r\n100,1,5\r\n";
+  EXPECT_THAT(Words(file),
+              ElementsAre("2 day \"30\" stop: is a period's number that makes no date of the book: the import "
+                          "ends at its first record"));
+  setup_.platform.boxes.Answer({kOk});
+  EXPECT_FALSE(ImportCSV(setup_.book(), {.file_name = kPath, .no_prompts = true}, setup_.tally));
+}
+
+TEST_F(CsvLookTest, YearsBeyondAllThatCanBeWrittenAreTold) {
+  EXPECT_THAT(Words(kHead + ",0,0,32767,1,32767\r\n"),
+              ElementsAre("2 year \"32767\" audit: 32767-32767-1 is no date of the book, which has 2003-01-01 to "
+                          "2005-12-31"));
+}
+
 TEST_F(CsvLookTest, ADateInNoCalendarIsTold) {
   EXPECT_THAT(Words(kHead + ",0,0,2,30,2004\r\n100,1,5\r\n"),
               ElementsAre("2 year \"2004\" silent: 2004-2-30 is in no calendar and is read as 2004-03-01"));
