@@ -1,9 +1,7 @@
 #include "tallybook/inspect/QdxLook.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <fmt/format.h>
 #include <limits>
 #include <map>
@@ -16,39 +14,17 @@
 #include "base/Failure.h"
 #include "host/Masterfile.h"
 #include "import/XDQName.h"
-#include "platform/FileSystem.h"
-#include "platform/Platform.h"
-#include "qdx/HeaderItems.h"
-#include "support/FileStream.h"
 #include "support/Utility.h"
 #include "tallybook/application/Counts.h"
 #include "tallybook/application/Shown.h"
 #include "tallybook/inspect/QdxDates.h"
 #include "tallybook/inspect/QdxMatch.h"
+#include "tallybook/inspect/QdxTables.h"
 #include "tallybook/inspect/QdxWalk.h"
 
 namespace tallybook::inspect {
 
 namespace {
-
-// The tables of a file as the import reads them: what a short file does not tell stays empty.
-std::unique_ptr<HeaderRecord> ReadHeaderOf(const Text& path) {
-  auto header = std::make_unique<HeaderRecord>();
-  FileStream stream(ThePlatform().files->Open(path, Access::kRead, Sharing::kShared, Creation::kMustExist));
-  const RowProgress progress = [&](HeaderTable table, Integer /*row*/) {
-    if (table == HeaderTable::kFields && header->NumAccounts == 0) {
-      throw Failure(FailureNumber::kDivisionByZero, "the file has fields and no accounts");
-    }
-  };
-  ReadHeaderItems(stream, SignatureItems(), *header, progress);
-  if (header->Magic != kMagic) throw Failure(FailureNumber::kInvalidArgument, "the file is no exchange file");
-  if (std::bit_cast<std::uint32_t>(header->Version) != std::bit_cast<std::uint32_t>(kReadableVersion)) {
-    throw Failure(FailureNumber::kInvalidArgument, "the file is of another version");
-  }
-  ReadHeaderItems(stream, HeadItems(), *header, progress);
-  ReadHeaderItems(stream, TableItems(), *header, progress);
-  return header;
-}
 
 // How many figures of each place of a table are left out.
 using LeftOut = std::map<Integer, long long>;
@@ -121,7 +97,7 @@ class QdxLookRun : private QdxListener {
 
   bool ReadHeader() {
     try {
-      header_ = ReadHeaderOf(request_.file);
+      header_ = ReadTablesOf(request_.file);
       return true;
     } catch (const Failure& failure) {
       if (tally_.Of(Effect::kAudit) == 0) TellWhole(Effect::kAudit, failure.Description(), "");
@@ -131,7 +107,7 @@ class QdxLookRun : private QdxListener {
 
   void LookInside(bool is_whole) {
     match_.emplace(masterfile_, request_.definition, *header_);
-    LookAtChanges();
+    TellChangedTables(request_.definition, request_.archive_copy, *header_, Teller());
     const char* joined = request_.math == static_cast<Integer>(eMath::mSubtract) ? "both subtracted" : "added up";
     match_->Match(joined, Teller());
     LookAtRange();
@@ -163,50 +139,6 @@ class QdxLookRun : private QdxListener {
                     DateText(masterfile_.FirstDate()), DateText(masterfile_.LastDate()));
     finding.help = "have the file made for dates of the book";
     Tell(finding);
-  }
-
-  // --- The tables of the file that was imported last -----------------------------------------------------------------
-
-  // The import asks where they differ (CompareWithLastImport), but for a definition that depends on nothing of them.
-  void LookAtChanges() {
-    const DefinitionRecord& definition = request_.definition;
-    if (definition.FldMatch == kOneForOne && definition.AcctMatch == kAllToOne) return;
-    if (!FileExists(request_.archive_copy)) return;
-    std::unique_ptr<HeaderRecord> last;
-    try {
-      last = ReadHeaderOf(request_.archive_copy);
-    } catch (const Failure&) {
-      return;  // the import compares nothing with what it cannot read
-    }
-    TellCount("accounts", last->NumAccounts, header_->NumAccounts);
-    TellCount("fields", last->NumFields, header_->NumFields);
-    for (int i = 1; i <= last->NumAccounts; ++i) {
-      TellChange("account", i, {last->AccountCodes(i), last->AccountDescs(i)},
-                 {header_->AccountCodes(i), header_->AccountDescs(i)});
-    }
-    if (definition.FldMatch != kManually) return;
-    for (int i = 1; i <= last->NumFields; ++i) {
-      TellChange("field", i, {std::to_string(last->FieldNumbers(i)), last->FieldDescs(i)},
-                 {std::to_string(header_->FieldNumbers(i)), header_->FieldDescs(i)});
-    }
-  }
-  void TellCount(const Text& of, Integer before, Integer now) {
-    if (before == now) return;
-    TellWhole(Effect::kAudit,
-              fmt::format("the file has {} {}, and the one that was imported last had {}", now, of, before),
-              kLookAgain);
-  }
-  struct Row {
-    Text key;
-    Text description;
-    bool operator==(const Row&) const = default;
-  };
-  void TellChange(const Text& of, int row, const Row& before, const Row& now) {
-    if (before == now) return;
-    TellWhole(Effect::kAudit,
-              fmt::format("{} {} of the file is \"{}\" ({}), and in the one that was imported last it was \"{}\" ({})",
-                          of, row, now.key, now.description, before.key, before.description),
-              kLookAgain);
   }
 
   // --- Figures -------------------------------------------------------------------------------------------------------
@@ -380,8 +312,6 @@ class QdxLookRun : private QdxListener {
     TellWhole(Effect::kSilent, fmt::format("{} is there already, and is deleted for it", application::OnOneLine(name)),
               "move it elsewhere, unless it is not wanted");
   }
-
-  static constexpr const char* kLookAgain = "look whether the definition still holds";
 
   Masterfile& masterfile_;
   const QdxLookRequest& request_;
