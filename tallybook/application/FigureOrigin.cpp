@@ -29,8 +29,9 @@ FigureOrigin OriginOf(engine::Book& book, Long account_number, Date date, Intege
 
 Text UnknownBeforeWords(const engine::FigureHistory& history) {
   if (history.unknown_before == 0) return {};
-  return fmt::format("Nothing is known of what stood before entry {}, which keeps no figures from before.",
-                     history.unknown_before);
+  const Text why = history.of_first_format ? ": a book of format 1 does not tell which figures an entry changed."
+                                           : ", which keeps no figures from before.";
+  return fmt::format("Nothing is known of what stood before entry {}{}", history.unknown_before, why);
 }
 
 }  // namespace tallybook::application

@@ -29,7 +29,8 @@ struct FigureOrigin {
 // and JournalNotes.
 [[nodiscard]] FigureOrigin OriginOf(engine::Book& book, Long account_number, Date date, Integer field_number);
 
-// "Nothing is known of what stood before entry 3, which keeps no figures from before."; empty where all of it is told.
+// "Nothing is known of what stood before entry 3, which keeps no figures from before.", or why else; empty where all of it
+// is told.
 [[nodiscard]] Text UnknownBeforeWords(const engine::FigureHistory& history);
 
 }  // namespace tallybook::application

@@ -75,6 +75,7 @@ FigureHistory Lineage::Of(Long account_number, Date date, Integer field_number) 
   // The marks of the first format have no checksums, and some of its entries took theirs away.
   if (storage.Format() == 1) {
     if (!rows.empty()) history.unknown_before = rows.back().entry.id;
+    history.of_first_format = true;
     return history;
   }
   Double value = history.value;

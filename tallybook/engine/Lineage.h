@@ -26,6 +26,7 @@ struct FigureHistory {
   // The newest entry that kept no figures from before, or of which nothing is known any more: what the figure was before it
   // cannot be told. 0 where all of it is told.
   Long unknown_before = 0;
+  bool of_first_format = false;  // the book is, and none of its entries tells which figures it changed
 };
 
 class Lineage {

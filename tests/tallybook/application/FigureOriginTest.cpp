@@ -38,6 +38,10 @@ TEST_F(FigureOriginTest, SaysFromWhereOnNothingIsKnown) {
   history.unknown_before = 3;
   EXPECT_EQ(UnknownBeforeWords(history),
             "Nothing is known of what stood before entry 3, which keeps no figures from before.");
+  history.of_first_format = true;
+  EXPECT_EQ(UnknownBeforeWords(history),
+            "Nothing is known of what stood before entry 3: a book of format 1 does not tell which figures an entry "
+            "changed.");
 }
 
 }  // namespace

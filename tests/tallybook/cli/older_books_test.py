@@ -65,6 +65,14 @@ class ReverseTest(OlderBooks):
         self.reverse(4, "")
 
 
+class HistoryTest(OlderBooks):
+    def test_of_format_1_says_that_it_tells_no_changes(self):
+        shutil.copy(SAMPLES / "book-v1.tbk", self.folder / "old.tbk")
+        self.assertEqual(self.run_line("history", "old", "100", "2003-03-01", "1"),
+                         "Nothing is known of what stood before entry 4: a book of format 1 does not tell which figures an entry "
+                         "changed.\n100 2003-03-01 field 1: 84.63\n")
+
+
 class InfinityTest(OlderBooks):
     def setUp(self):
         super().setUp()

@@ -158,6 +158,7 @@ TEST_F(LineageTest, TellsWhatBooksOfEachFormatTell) {
     book = OpenToRead();
     const FigureHistory history = History(Day(2003, 1, 1) + 115, kSales);
     EXPECT_EQ(history.unknown_before, unknown_before);
+    EXPECT_EQ(history.of_first_format, unknown_before == 4);
     if (unknown_before == 1) {
       ASSERT_EQ(history.changes.size(), 3U);
       EXPECT_EQ(history.changes.back().after, Get(*book, kShop, Day(2003, 1, 1) + 115, kSales));
