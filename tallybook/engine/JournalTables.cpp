@@ -118,6 +118,11 @@ JournalTables::Statements& JournalTables::Prepared() {
   return *statements_;
 }
 
+DbStatement& JournalTables::Prepared(std::optional<DbStatement>& statement, const char* sql) {
+  if (!statement) statement.emplace(database_, sql);
+  return *statement;
+}
+
 void JournalTables::FailDamaged(const Text& what) const {
   throw Failure(FailureNumber::kDeviceError, database_.Path() + ": the book is damaged: " + what, "Tallybook.Journal");
 }
@@ -289,7 +294,9 @@ std::span<const std::byte> JournalTables::ReadImage(std::int64_t image) {
 
 std::map<Text, Text> JournalTables::TextsOf(JournalRow& seen) {
   const Long entry = seen.entry.id;
-  DbStatement select(database_, "SELECT name, value, checksum FROM journal_text WHERE entry = ?1 ORDER BY name");
+  DbStatement& select =
+      Prepared(texts_of_, "SELECT name, value, checksum FROM journal_text WHERE entry = ?1 ORDER BY name");
+  const EndOfWalk end(select);
   select.Bind(1, std::int64_t{entry});
   std::map<Text, Text> texts;
   while (select.Step()) {
@@ -305,9 +312,10 @@ std::map<Text, Text> JournalTables::TextsOf(JournalRow& seen) {
 
 std::vector<EntryFile> JournalTables::FilesOf(JournalRow& seen) {
   const Long entry = seen.entry.id;
-  DbStatement select(
-      database_,
+  DbStatement& select = Prepared(
+      files_of_,
       "SELECT position, path, size, xxh3, sha256, checksum FROM journal_file WHERE entry = ?1 ORDER BY position");
+  const EndOfWalk end(select);
   select.Bind(1, std::int64_t{entry});
   std::vector<EntryFile> files;
   while (select.Step()) {
@@ -466,18 +474,16 @@ void JournalTables::WalkMarks(DbStatement& walk, const JournalRow& row, const Ma
 }
 
 bool JournalTables::VisitMark(Long entry, std::int64_t key, const MarkVisitor& visit) {
-  if (!visit_mark_) {
-    visit_mark_.emplace(database_,
-                        "SELECT rows, image, figures FROM journal_chunk LEFT JOIN image ON image.id = "
-                        "journal_chunk.image WHERE entry = ?1 AND key = ?2");
-  }
-  const EndOfWalk end(*visit_mark_);
-  if (!visit_mark_->Bind(1, std::int64_t{entry}).Bind(2, key).Step()) return false;
-  const ChunkMark mark = CheckedMark(entry, key, *visit_mark_, 0);
-  if (mark.image != 0 && visit_mark_->IsNull(2)) {
+  DbStatement& select = Prepared(visit_mark_,
+                                 "SELECT rows, image, figures FROM journal_chunk LEFT JOIN image ON image.id = "
+                                 "journal_chunk.image WHERE entry = ?1 AND key = ?2");
+  const EndOfWalk end(select);
+  if (!select.Bind(1, std::int64_t{entry}).Bind(2, key).Step()) return false;
+  const ChunkMark mark = CheckedMark(entry, key, select, 0);
+  if (mark.image != 0 && select.IsNull(2)) {
     FailDamaged("an image of journal entry " + std::to_string(entry) + " is missing");
   }
-  visit(key, mark, visit_mark_->Bytes(2));
+  visit(key, mark, select.Bytes(2));
   return true;
 }
 

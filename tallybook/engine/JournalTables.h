@@ -84,6 +84,8 @@ class JournalTables {
   struct Statements;
 
   [[nodiscard]] Statements& Prepared();
+  // A statement that is kept, as entry after entry asks it.
+  [[nodiscard]] DbStatement& Prepared(std::optional<DbStatement>& statement, const char* sql);
   [[nodiscard]] std::vector<JournalRow> RowsOfFirstFormat();
   void WalkMarks(DbStatement& walk, const JournalRow& row, const MarkBitsVisitor& visit);
   [[nodiscard]] ChunkMark CheckedMark(Long entry, std::int64_t key, const DbStatement& statement, int column);
@@ -104,9 +106,12 @@ class JournalTables {
 
   Database& database_;
   std::unique_ptr<Statements> statements_;  // made when they are needed: a file of an older format lacks their columns
-  std::optional<DbStatement> visit_mark_;   // the same, and of every format but the first
-  std::vector<std::byte> bytes_;            // of a mark
-  std::vector<std::byte> image_bytes_;      // of the image that was read last
+  // The same, one by one, since not every format has all of them.
+  std::optional<DbStatement> visit_mark_;
+  std::optional<DbStatement> files_of_;
+  std::optional<DbStatement> texts_of_;
+  std::vector<std::byte> bytes_;        // of a mark
+  std::vector<std::byte> image_bytes_;  // of the image that was read last
 };
 
 // The checksums of rows as they stand in the file.
