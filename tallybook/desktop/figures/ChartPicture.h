@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "tallybook/desktop/figures/ChartData.h"
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 
 class QPainter;
 

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "tallybook/desktop/figures/ChartData.h"
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 
 namespace tallybook::desktop {
 

@@ -14,7 +14,7 @@
 #include "tallybook/application/FigureChanges.h"
 #include "tallybook/desktop/figures/FigureTable.h"
 #include "tallybook/desktop/figures/FigureTotals.h"
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 
 namespace tallybook::desktop {
 

@@ -10,7 +10,7 @@
 #include "host/HostApp.h"
 #include "tallybook/desktop/figures/BookReader.h"
 #include "tallybook/desktop/figures/FigureTable.h"
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 
 namespace tallybook::desktop {
 

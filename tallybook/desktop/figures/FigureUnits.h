@@ -4,16 +4,13 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <vector>
 
 #include "base/Types.h"
+#include "tallybook/desktop/forms/PlainDate.h"
 #include "tallybook/engine/Calendar.h"
 
 namespace tallybook::desktop {
-
-// A date as the user's locale writes it.
-using DateWriter = std::function<Text(Date date)>;
 
 // The levels that a book's figures can be shown at: its own first, up to the year.
 [[nodiscard]] std::vector<Integer> LevelsFrom(Integer data_level);

@@ -7,7 +7,7 @@
 #include "base/Types.h"
 #include "tallybook/application/FigureChanges.h"
 #include "tallybook/desktop/figures/FigureTable.h"
-#include "tallybook/desktop/figures/NumberText.h"
+#include "tallybook/desktop/forms/NumberText.h"
 
 namespace tallybook::desktop {
 

@@ -4,8 +4,8 @@
 #include <QtWidgets/QDialog>
 
 #include "tallybook/desktop/figures/FigureTable.h"
-#include "tallybook/desktop/figures/LocaleStyle.h"
 #include "tallybook/desktop/figures/PasteBlock.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 
 namespace tallybook::desktop {
 

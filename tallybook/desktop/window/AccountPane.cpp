@@ -10,7 +10,7 @@
 #include <algorithm>
 
 #include "tallybook/application/Shown.h"
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 #include "tallybook/desktop/window/SearchLine.h"
 
 namespace tallybook::desktop {

@@ -5,7 +5,7 @@
 #include <QtWidgets/QWidget>
 #include <vector>
 
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 #include "tallybook/engine/Calendar.h"
 
 namespace tallybook::desktop {

@@ -4,7 +4,7 @@
 #include <QtWidgets/QDialog>
 #include <optional>
 
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 
 class QLabel;
 class QLineEdit;

@@ -6,7 +6,7 @@
 #include <functional>
 
 #include "tallybook/desktop/figures/BookReader.h"
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 #include "tallybook/engine/Journal.h"
 #include "tallybook/engine/JournalNotes.h"
 

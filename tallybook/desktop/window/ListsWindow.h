@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "tallybook/desktop/figures/BookReader.h"
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 #include "tallybook/desktop/window/ListsChange.h"
 #include "tallybook/desktop/window/ListsDraft.h"
 

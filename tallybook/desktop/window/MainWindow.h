@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "host/HostApp.h"
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 #include "tallybook/desktop/window/DesktopSettings.h"
 
 namespace tallybook::desktop {

@@ -4,7 +4,7 @@
 
 #include <QtWidgets/QWizard>
 
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 #include "tallybook/desktop/window/BookDraft.h"
 
 namespace tallybook::desktop {

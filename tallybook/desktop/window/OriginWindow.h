@@ -6,7 +6,7 @@
 #include <functional>
 
 #include "tallybook/application/FigureOrigin.h"
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 
 class QPushButton;
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "base/Types.h"
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 
 namespace tallybook::desktop {
 

@@ -6,7 +6,7 @@
 #include <QtWidgets/QWidget>
 #include <functional>
 
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 
 class QLabel;
 class QSpinBox;

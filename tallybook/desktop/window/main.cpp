@@ -9,7 +9,7 @@
 #include "base/Failure.h"
 #include "platform/MessageBoxes.h"
 #include "support/WinAPI.h"
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 #include "tallybook/desktop/host/Conversations.h"
 #include "tallybook/desktop/host/DesktopApp.h"
 #include "tallybook/desktop/host/DesktopFactory.h"

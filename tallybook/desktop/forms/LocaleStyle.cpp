@@ -1,4 +1,4 @@
-#include "tallybook/desktop/figures/LocaleStyle.h"
+#include "tallybook/desktop/forms/LocaleStyle.h"
 
 #include <QtCore/QDate>
 #include <QtCore/QLocale>

@@ -1,4 +1,4 @@
-#include "tallybook/desktop/figures/PlainDate.h"
+#include "tallybook/desktop/forms/PlainDate.h"
 
 #include <algorithm>
 #include <array>

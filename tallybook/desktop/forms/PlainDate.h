@@ -1,12 +1,16 @@
-// Dates as people type them. Plain data; what the locale contributes is handed over.
+// Dates as people write and type them. Plain data; what the locale contributes is handed over.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <vector>
 
 #include "base/Types.h"
 
 namespace tallybook::desktop {
+
+// A date as the user's locale writes it.
+using DateWriter = std::function<Text(Date date)>;
 
 // The order of the numbers of a date that does not begin with its year.
 enum class DateOrder { kDayFirst, kMonthFirst };

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "base/Dates.h"
-#include "tallybook/desktop/figures/PlainDate.h"
+#include "tallybook/desktop/forms/PlainDate.h"
 
 namespace tallybook::desktop {
 namespace {

@@ -1,4 +1,4 @@
-#include "tallybook/desktop/figures/NumberText.h"
+#include "tallybook/desktop/forms/NumberText.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include "tallybook/desktop/figures/NumberText.h"
+#include "tallybook/desktop/forms/NumberText.h"
 
 namespace tallybook::desktop {
 namespace {

@@ -1,9 +1,8 @@
 // What the user's locale says of numbers and dates, in the forms that the figures' logic takes.
 #pragma once
 
-#include "tallybook/desktop/figures/FigureUnits.h"
-#include "tallybook/desktop/figures/NumberText.h"
-#include "tallybook/desktop/figures/PlainDate.h"
+#include "tallybook/desktop/forms/NumberText.h"
+#include "tallybook/desktop/forms/PlainDate.h"
 #include "tallybook/desktop/forms/Words.h"
 
 class QLocale;
