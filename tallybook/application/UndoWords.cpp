@@ -17,13 +17,6 @@ Text CodeOf(const engine::Book& book, Long account) {
   return book.Description().accounts[static_cast<std::size_t>(position - 1)].code;
 }
 
-Text Named(const std::vector<engine::JournalEntry>& entries, Long id) {
-  const auto entry = std::ranges::find(entries, id, &engine::JournalEntry::id);
-  if (entry == entries.end()) return {};
-  const Text what = WhatRan(*entry);
-  return what.empty() ? fmt::format("entry {}", id) : fmt::format("entry {}, {}", id, what);
-}
-
 Text EntriesOf(const engine::UndoOutcome& outcome) {
   Text named;
   for (const engine::JournalEntry& entry : outcome.undone) {
@@ -47,7 +40,14 @@ std::vector<Text> CellsOf(const engine::Book& book, const std::vector<engine::Jo
           fmt::format("{}", figure.before),
           figure.left ? fmt::format("{}", *figure.left) : Text(),
           fmt::format("{}", figure.now),
-          Named(entries, figure.later)};
+          LaterEntryOf(entries, figure)};
+}
+
+Text LaterEntryOf(const std::vector<engine::JournalEntry>& entries, const engine::ChangedSince& figure) {
+  const auto entry = std::ranges::find(entries, figure.later, &engine::JournalEntry::id);
+  if (entry == entries.end()) return {};
+  const Text what = WhatRan(*entry);
+  return what.empty() ? fmt::format("entry {}", figure.later) : fmt::format("entry {}, {}", figure.later, what);
 }
 
 Text ChangedSinceWords(const engine::UndoOutcome& outcome, engine::UndoWay way) {

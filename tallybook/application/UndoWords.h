@@ -18,6 +18,9 @@ namespace tallybook::application {
 [[nodiscard]] std::vector<Text> CellsOf(const engine::Book& book, const std::vector<engine::JournalEntry>& entries,
                                         const engine::ChangedSince& figure);
 
+// The entry that changed it last: "entry 3, set 100 2004-02-03 1 8".
+[[nodiscard]] Text LaterEntryOf(const std::vector<engine::JournalEntry>& entries, const engine::ChangedSince& figure);
+
 // Of an undo that was not carried out: "journal entry 3 is not undone: 2 figures that it changed have been changed since";
 // of one that was, what became of these figures. Empty where there are none.
 [[nodiscard]] Text ChangedSinceWords(const engine::UndoOutcome& outcome, engine::UndoWay way);

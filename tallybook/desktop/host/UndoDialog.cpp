@@ -9,6 +9,7 @@
 #include "tallybook/application/Counts.h"
 #include "tallybook/application/Reversal.h"
 #include "tallybook/application/UndoWords.h"
+#include "tallybook/desktop/host/FigureNames.h"
 #include "tallybook/desktop/host/QtTexts.h"
 #include "tallybook/desktop/host/RowsView.h"
 
@@ -18,6 +19,28 @@ namespace {
 
 constexpr int kFirstNumber = 3;  // of the columns of figures
 constexpr int kLastNumber = 5;
+
+// By their numbers where the lists have them no more.
+QString AccountOf(const engine::Book& book, Long number) {
+  const Integer position = book.AccountPosition(number);
+  return position == 0 ? QString::number(number) : AccountName(book.Description(), position);
+}
+
+QString FieldOf(const engine::Book& book, Integer number) {
+  const Integer position = book.FieldPosition(number);
+  return position == 0 ? QString::number(number) : FieldName(book.Description(), position);
+}
+
+QStringList CellsOf(const engine::Book& book, const std::vector<engine::JournalEntry>& entries,
+                    const engine::ChangedSince& figure) {
+  return {AccountOf(book, figure.account_number),
+          DateIn(figure.date),
+          FieldOf(book, figure.field_number),
+          FigureIn(figure.before),
+          figure.left ? FigureIn(*figure.left) : QString(),
+          FigureIn(figure.now),
+          ShownLine(application::LaterEntryOf(entries, figure))};
+}
 
 QLabel* NewWords(const QString& words, QWidget* parent) {
   auto* const label = new QLabel(words, parent);
@@ -48,9 +71,7 @@ UndoDialog::UndoDialog(engine::Book& book, const std::vector<engine::JournalEntr
   for (int column = kFirstNumber; column <= kLastNumber; ++column) numbers.insert(column);
   figures->SetColumns({"Account", "Date", "Field", "Before", "Left", "Now", "Changed by"}, numbers);
   for (const engine::ChangedSince& figure : outcome.listed) {
-    QStringList cells;
-    for (const Text& cell : application::CellsOf(book, entries, figure)) cells << ShownLine(cell);
-    figures->AddRow(cells);
+    figures->AddRow(CellsOf(book, entries, figure));
   }
   figures->FitColumns();
   figures->GoTo(0);

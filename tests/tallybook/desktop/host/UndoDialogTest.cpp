@@ -56,7 +56,8 @@ TEST_F(UndoDialogTest, NamesEachFigureWithTheEntryThatChangedItAndACancelChanges
     ASSERT_EQ(figures.RowCount(), 1);
     QStringList cells;
     for (int column = 0; column < 7; ++column) cells << figures.TextAt(0, column);
-    EXPECT_EQ(cells, QStringList({"100", "2004-02-03", "1", "498", "1000", "2000", "entry 2, import csv two.csv"}));
+    EXPECT_EQ(cells, QStringList({"100  Front of shop", "2004-02-03", "1  Sales", "498", "1,000", "2,000",
+                                  "entry 2, import csv two.csv"}));
     EXPECT_THAT(testing::FaultsOf(window), IsEmpty());
     testing::Picture(window, "undo-conflicts");
     QTest::keyClick(&window, Qt::Key_Return);  // the default is Cancel
