@@ -4,7 +4,6 @@
 #include "tallybook/application/FileRemoval.h"
 #include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/StopText.h"
-#include "tallybook/desktop/host/DesktopApp.h"
 #include "tallybook/desktop/host/QtPlatform.h"
 
 namespace tallybook::desktop {
@@ -15,42 +14,29 @@ constexpr Integer kDataTypeOfImports = 1;
 constexpr Integer kDateInThree = 0;  // fields, as the import counts them
 constexpr Integer kDateInOne = -1;
 
-application::ReferenceAppOptions OptionsOf(const DesktopApp& app) {
-  return {.title = app.Title(),
-          .settings_file = app.SettingsFileName(),
-          .log_file = app.LogFileName(),
-          .import_folder = app.DefaultFolder(),
-          .data_folder = app.DefaultDataFolder()};
-}
-
 }  // namespace
 
 PreviewRun::PreviewRun(const Means& means, engine::Book& book)
     : means_(means),
-      app_(OptionsOf(means.app)),
+      quiet_(means.platform, means.app),
       overlay_({.book = book,
-                .factory = factory_,
-                .app = app_,
+                .factory = quiet_.Factory(),
+                .app = quiet_.App(),
                 .need_removable =
                     [means](const Text& path) {
                       application::NeedRegularFile(path);
                       means.rules.NeedNoBook(path);
                       application::NeedRemovable(means.platform.Files(), path);
                     }}),
-      exchange_(factory_) {
-  app_.OwnLog().KeepNothing();
-  app_.SetImportListener([this] { overlay_.BeginFile(exchange_.TrueFilename()); });
-  report::Destination destination;
-  destination.stream = &report_;
-  factory_.SetReportDestination(destination);
-  factory_.SetProgressDisplay(&means_.platform.Progress());
+      exchange_(quiet_.Factory()) {
+  quiet_.App().SetImportListener([this] { overlay_.BeginFile(exchange_.TrueFilename()); });
 }
 
 PreviewRun::~PreviewRun() = default;
 
 void PreviewRun::End() {
   overlay_.End();
-  outcome_.report = application::LinesOf(report_.str());
+  outcome_.report = application::LinesOf(quiet_.Report());
 }
 
 void PreviewRun::RunDefinition(Integer number, Integer math) {

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <memory>
-#include <sstream>
 #include <vector>
 
 #include "base/Failure.h"
@@ -13,8 +12,7 @@
 #include "tallybook/application/ImportWays.h"
 #include "tallybook/application/OutputRules.h"
 #include "tallybook/application/PreviewOutcome.h"
-#include "tallybook/application/ReferenceApp.h"
-#include "tallybook/application/ReferenceFactory.h"
+#include "tallybook/desktop/host/QuietHost.h"
 #include "tallybook/engine/Book.h"
 #include "tallybook/preview/ImportPreview.h"
 
@@ -57,9 +55,7 @@ class PreviewRun {
   void End();
 
   Means means_;
-  application::ReferenceApp app_;
-  application::ReferenceFactory factory_;
-  std::ostringstream report_;
+  QuietHost quiet_;
   preview::ImportPreview overlay_;
   CDataExchange exchange_;
   application::PreviewOutcome outcome_;
