@@ -624,6 +624,26 @@ void FigurePane::GoToAccount(Integer position) {
   if (choice != parts_->table->Choice()) parts_->Choose(choice);
 }
 
+QString FigurePane::GoToFigure(const FigureSpot& spot) {
+  if (!HasBook()) return "No book is open.";
+  const engine::BookDescription& book = parts_->reader->Description();
+  const auto account = std::ranges::find(book.accounts, spot.account_number, &engine::AccountDescription::number);
+  if (account == book.accounts.end()) return QString("The book has no account %1 any more.").arg(spot.account_number);
+  const auto field = std::ranges::find(book.fields, spot.field_number, &engine::FieldDescription::number);
+  if (field == book.fields.end()) return QString("The book has no field %1 any more.").arg(spot.field_number);
+  FigureChoice choice = parts_->table->Choice();
+  choice.view = FigureView::kAccount;
+  choice.level = kOwnLevel;
+  choice.account = static_cast<Integer>(account - book.accounts.begin() + 1);
+  choice.date = spot.date;
+  parts_->Choose(choice);
+  const FigureTable& table = *parts_->table;
+  const FigurePlace place{choice.account, table.Units().IndexOf(spot.date),
+                          static_cast<Integer>(field - book.fields.begin() + 1)};
+  parts_->grid->GoTo(table.RowOf(place), table.ColumnOf(place));
+  return {};
+}
+
 Integer FigurePane::CurrentAccount() const {
   const bool in_rows = !parts_->table->RowsAreDates() && parts_->grid->currentIndex().isValid();
   return in_rows ? static_cast<Integer>(parts_->grid->currentIndex().row() + 1) : parts_->table->Choice().account;

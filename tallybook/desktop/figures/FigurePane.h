@@ -17,6 +17,13 @@ namespace tallybook::desktop {
 class FigureGrid;
 class FigureModel;
 
+// A figure by what stays the same when lists change.
+struct FigureSpot {
+  Long account_number = 0;
+  Date date = 0;
+  Integer field_number = 0;
+};
+
 class FigurePane final : public QWidget {
  public:
   // `app` must outlive it.
@@ -36,6 +43,9 @@ class FigurePane final : public QWidget {
   void GoToDate(Date date);
   // In the view of one account that account is shown, in the others its row is gone to.
   void GoToAccount(Integer position);
+  // Shows a record of one account at the book's own level and goes to its figure. Why that cannot be done, in words; empty
+  // where it is.
+  [[nodiscard]] QString GoToFigure(const FigureSpot& spot);
   // The account of the row that is current.
   [[nodiscard]] Integer CurrentAccount() const;
   [[nodiscard]] Integer CurrentField() const;

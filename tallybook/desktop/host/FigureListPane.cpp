@@ -99,7 +99,7 @@ class FigureListPane::Model final : public QAbstractTableModel {
       case FigureList::Column::kDifference:
         return FigureIn(line.Difference());
       case FigureList::Column::kFile:
-        return shown_.files[line.file];
+        return AsWritten(shown_.files[line.file]);
     }
     return {};
   }

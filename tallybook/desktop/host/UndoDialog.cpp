@@ -96,7 +96,7 @@ UndoDialog::UndoDialog(engine::Book& book, const std::vector<engine::JournalEntr
   cancel->setFocus();
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   layout->addWidget(buttons);
-  constexpr int kWidth = 96;  // in letters
+  constexpr int kWidth = 112;  // in letters
   constexpr int kHeight = 26;
   resize(kWidth * fontMetrics().averageCharWidth(), kHeight * fontMetrics().height());
 }

@@ -33,6 +33,7 @@ constexpr std::array kKeys = {
     KeyRow{"Ctrl+K", "The chart; the arrow keys go through its values"},
     KeyRow{"Ctrl+J", "The journal"},
     KeyRow{"Ctrl+H", "Where the figure under the cursor comes from"},
+    KeyRow{"Ctrl+Shift+T", "Hold exchange files against the book"},
     KeyRow{"Ctrl+L", "Accounts, fields and years of the book"},
     KeyRow{"Ctrl+B", "Back up the book"},
     KeyRow{"F1", "What the guide tells of the window at hand"},

@@ -121,6 +121,8 @@ void BuildExchangeMenu(QMenuBar& bar, const MenuActs& acts, MainMenus& menus) {
   Add(menu, "Import a &CSV File\u2026", {}, acts.import_csv);
   Add(menu, "Import a De&limited File\u2026", {}, acts.import_delimited);
   menu.addSeparator();
+  Add(menu, "Tie &Out\u2026", QKeySequence("Ctrl+Shift+T"), acts.tie_out);
+  menu.addSeparator();
   Add(menu, "Export an &Exchange File\u2026", QKeySequence("Ctrl+E"), acts.export_file);
   Add(menu, "Export a &Table\u2026", QKeySequence("Ctrl+Shift+E"), acts.export_table);
 }

@@ -1,6 +1,7 @@
 #include "tallybook/desktop/window/MainWindow.h"
 
 #include <QtCore/QMimeData>
+#include <QtCore/QPointer>
 #include <QtCore/QTimer>
 #include <QtCore/QUrl>
 #include <QtGui/QClipboard>
@@ -49,6 +50,7 @@
 #include "tallybook/desktop/window/OriginWindow.h"
 #include "tallybook/desktop/window/SettingsDialog.h"
 #include "tallybook/desktop/window/StartPage.h"
+#include "tallybook/desktop/window/TieOutWindow.h"
 
 namespace tallybook::desktop {
 
@@ -74,6 +76,11 @@ QStringList DroppedFiles(const QMimeData& data) {
     if (url.isLocalFile()) files << url.toLocalFile();
   }
   return files;
+}
+
+void BringUp(QWidget& window) {
+  window.raise();
+  window.activateWindow();
 }
 
 // A menu's mnemonics would show in the words.
@@ -105,6 +112,9 @@ class MainWindow::Parts {
   // Goes to an entry, where one is named.
   void Journal(QWidget& over, Long first_shown = 0);
   void Origin();
+  void TieOut();
+  [[nodiscard]] TieOutWindow::Means TieOutMeans();
+  void GoToFigure(const FigureSpot& spot);
   void Lists();
   void Undo();
   bool UndoLists(Long entry, QWidget& over, ListsAsking asking);
@@ -149,6 +159,7 @@ class MainWindow::Parts {
   QPushButton* give_up = nullptr;
   const ConversationMeans* means = nullptr;
   std::unique_ptr<Conversations> conversations;  // over the open book
+  QPointer<TieOutWindow> tie_out;
   bool wants_to_close = false;
   bool is_restoring = false;        // a book, with none open
   std::set<Long> changes_of_lists;  // of this window, by their entries in the journal
@@ -219,6 +230,7 @@ MenuActs MainWindow::Parts::Acts() {
     };
     acts.export_file = [export_by] { export_by(&Conversations::ExportQdx); };
     acts.export_table = [export_by] { export_by(&Conversations::ExportTable); };
+    acts.tie_out = [this] { TieOut(); };
     acts.lists = [this] { Lists(); };
     acts.back_up = [this] { Care(&CareActs::BackUp); };
     acts.check = [this] { Care(&CareActs::Check); };
@@ -391,6 +403,7 @@ bool MainWindow::Parts::Leave() {
     return false;
   }
   KeepLook();
+  delete tie_out;
   conversations.reset();
   figures->CloseBook();
   reader = nullptr;
@@ -609,6 +622,48 @@ bool MainWindow::Parts::Converse(const Conversation& conversation) {
   return result.ChangedFigures();
 }
 
+void MainWindow::Parts::TieOut() {
+  if (!CanWork()) return;
+  if (tie_out == nullptr) {
+    tie_out = new TieOutWindow(TieOutMeans());
+    tie_out->setAttribute(Qt::WA_DeleteOnClose);
+  } else {
+    tie_out->FillDefinitions();
+  }
+  tie_out->show();
+  BringUp(*tie_out);
+}
+
+TieOutWindow::Means MainWindow::Parts::TieOutMeans() {
+  TieOutWindow::Means told;
+  told.definitions = [this] {
+    engine::Book& book = reader->Read();
+    return application::LookAtDefinitions(means->platform.Files(), book.DataPath(), book.FileExtension());
+  };
+  told.hold = [this](const TieOutWish& wish) {
+    std::optional<TieOutResult> result;
+    if (!CanWork()) return result;
+    conversations->Look([&](engine::Book& book) {
+      means->platform.Progress().SetCancelWords("All stays as it was.");
+      result = RunTieOut(means->platform, means->app, book, wish);
+      return true;
+    });
+    if (means->platform.Progress().WasCancelled()) result.reset();
+    return result;
+  };
+  told.ask_to_end = [this] { means->platform.Progress().AskToCancel(); };
+  told.go_to = [this](const FigureSpot& spot) { GoToFigure(spot); };
+  told.folder = app.DefaultFolder();
+  return told;
+}
+
+void MainWindow::Parts::GoToFigure(const FigureSpot& spot) {
+  const QString why_not = figures->GoToFigure(spot);
+  if (!why_not.isEmpty()) return window.Tell(why_not);
+  BringUp(window);
+  figures->Grid().setFocus();
+}
+
 void MainWindow::Parts::Lists() {
   if (!CanWork()) return;
   try {
@@ -746,6 +801,7 @@ MainWindow::MainWindow(HostApp& app, DesktopSettings& settings, const LocaleStyl
 // Hidden while all of it is there: what is being typed is taken then.
 MainWindow::~MainWindow() {
   hide();
+  delete parts_->tie_out;
 }
 
 bool MainWindow::OpenBook(const Text& path) {

@@ -2,7 +2,9 @@
 // runs it in all combinations. Nothing of the user's is touched: books are made in a folder of their own.
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QFile>
 #include <QtCore/QTimer>
+#include <QtGui/QAction>
 #include <QtGui/QClipboard>
 #include <QtGui/QKeyEvent>
 #include <QtTest/QTest>
@@ -404,6 +406,8 @@ class Pictures {
     const QString file = QString::fromStdString(temp_.Path("north-2024.QDX"));
     window.Figures().GoToDate(DateFromParts(application::kDemoYear, 3, 5));
     Export(window, file);
+    const QString kept = QString::fromStdString(temp_.Path("north-2024-kept.QDX"));
+    QFile::copy(file, kept);
     window.OpenBook(temp_.Path("head-office.tbk"));
     Define(file);
     walk_.Then("QDX Import Layouts", [this](QWidget& list) {
@@ -435,6 +439,51 @@ class Pictures {
     (void)run.Definitions(file.toStdString());
     window.Figures().LookAgain();
     Keep(window, "office");
+    HoldAgainst(window, kept);
+  }
+
+  // The file held against the office's book, in which somebody has typed since.
+  void HoldAgainst(MainWindow& window, const QString& file) {
+    {
+      const auto book = engine::Book::Open(temp_.Path("head-office.tbk"), app_);
+      const engine::BookDescription& lists = book->Description();
+      for (const int month : {3, 4}) {
+        const auto& account = lists.accounts[static_cast<std::size_t>(month - 3)];
+        application::ChangeFigures(*book, "set",
+                                   {{account.number, DateFromParts(application::kDemoYear, month, 5),
+                                     lists.fields[1].number, 1234.5 * month}});
+      }
+    }
+    window.Figures().LookAgain();
+    TriggerText(window, "Tie Out");
+    QWidget& tie_out = Titled("Tie-Out");
+    Keep(tie_out, "tie-out-begin");
+    tie_out.findChild<QLineEdit*>("file_name")->setText(file);
+    tie_out.findChild<QPushButton*>("hold")->click();
+    Keep(tie_out, "tie-out");
+    auto& pages = *tie_out.findChild<QTabWidget*>("pages");
+    for (int page = 1; page < pages.count(); ++page) {
+      pages.setCurrentIndex(page);
+      Keep(tie_out, QString("tie-out-%1").arg(page + 1));
+    }
+    tie_out.close();
+    Settle();
+  }
+
+  static void TriggerText(MainWindow& window, const QString& words) {
+    for (auto* action : window.findChildren<QAction*>()) {
+      if (action->text().remove('&').startsWith(words)) return action->trigger();
+    }
+    std::cerr << "no menu has " << words.toStdString() << '\n';
+    std::exit(1);
+  }
+
+  static QWidget& Titled(const QString& title) {
+    for (QWidget* each : QApplication::topLevelWidgets()) {
+      if (each->isVisible() && each->windowTitle() == title) return *each;
+    }
+    std::cerr << "never shown: " << title.toStdString() << '\n';
+    std::exit(1);
   }
 
   void Export(MainWindow& window, const QString& file) {
