@@ -4,11 +4,9 @@
 #include <optional>
 #include <span>
 
-#include "base/Failure.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "support/FileStream.h"
-#include "tallybook/application/LineEnds.h"
 #include "tallybook/application/StandardStreams.h"
 #include "tallybook/application/WholeFiles.h"
 #include "tallybook/cli/Commands.h"
@@ -133,26 +131,16 @@ ExitStatus RunCheckCsv(const CheckCsvOptions& options) {
   });
 }
 
-// The order that fits the dates, where the user has named none; nothing where the user ended the look at them. Failure 5
-// where none fits, or more than one.
-std::optional<Integer> DateOrderOf(Masterfile& book, const inspect::DelimitedLookRequest& request) {
-  if (request.date_order != kFindDateOrder) return request.date_order;
-  // The look tells of these, and no date can be read before.
-  if (!request.form.any_line_end && application::BadLineEnds(request.file)) return kMonthDayYear;
-  const inspect::DateOrders orders = inspect::FindDateOrders(book, request.file, request.form);
-  if (orders.cancelled) return std::nullopt;
-  if (orders.fitting.size() == 1) return orders.fitting.front().order;
-  throw Failure(FailureNumber::kInvalidArgument, request.file + ": " + inspect::Tell(orders));
-}
-
 ExitStatus RunCheckDelimited(const CheckDelimitedOptions& options) {
   inspect::DelimitedLookRequest request = options.look;
   request.file = options.file;
   request.form.date_in_one_field = !options.date_parts;
   return RunTextCheck(options, [&](Masterfile& book, inspect::FindingListener& listener) {
-    const std::optional<Integer> order = DateOrderOf(book, request);
-    if (!order) return LookTally{.cancelled = true};
-    request.date_order = *order;
+    if (request.date_order == kFindDateOrder) {
+      const std::optional<Integer> order = inspect::FittingDateOrder(book, request.file, request.form);
+      if (!order) return LookTally{.cancelled = true};
+      request.date_order = *order;
+    }
     return inspect::LookAtDelimited(book, request, listener);
   });
 }

@@ -6,9 +6,11 @@
 #include <optional>
 
 #include "base/Dates.h"
+#include "base/Failure.h"
 #include "base/Narrow.h"
 #include "host/Masterfile.h"
 #include "import/DelimitedImport.h"
+#include "tallybook/application/LineEnds.h"
 #include "tallybook/inspect/Troubles.h"
 
 namespace tallybook::inspect {
@@ -148,6 +150,14 @@ Text Tell(const DateOrders& orders) {
   }
   return fmt::format("{} and {} both fit all dates: {} is {} or {}", first.word, orders.fitting[1].word,
                      Place(orders.open), DateText(orders.readings[0]), DateText(orders.readings[1]));
+}
+
+std::optional<Integer> FittingDateOrder(Masterfile& masterfile, const Text& file, const DelimitedForm& form) {
+  if (!form.any_line_end && application::BadLineEnds(file)) return kMonthDayYear;
+  const DateOrders orders = FindDateOrders(masterfile, file, form);
+  if (orders.cancelled) return std::nullopt;
+  if (orders.fitting.size() == 1) return orders.fitting.front().order;
+  throw Failure(FailureNumber::kInvalidArgument, file + ": " + Tell(orders));
 }
 
 }  // namespace tallybook::inspect

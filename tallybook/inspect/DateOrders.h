@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <vector>
 
 #include "base/Types.h"
@@ -51,5 +52,10 @@ struct DateOrders {
 //   "MDY and DMY both fit all dates: line 1 "02/03/2004" is 2004-02-03 or 2004-03-02"
 //   "no order of month, day and year fits all dates: line 1 "13/02/2004" rules out MDY and YMD, line 2 ..."
 [[nodiscard]] Text Tell(const DateOrders& orders);
+
+// The one order that fits all dates of the file. Where its lines end in a way that is not to be read, which the look tells of,
+// no date can be read either: it is the first order then. Nothing where the user ended the look at them.
+//   fails  5 with the file and what Tell says where none fits, or more than one; and as FindDateOrders
+[[nodiscard]] std::optional<Integer> FittingDateOrder(Masterfile& masterfile, const Text& file, const DelimitedForm& form);
 
 }  // namespace tallybook::inspect
