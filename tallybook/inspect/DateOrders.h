@@ -56,6 +56,7 @@ struct DateOrders {
 // The one order that fits all dates of the file. Where its lines end in a way that is not to be read, which the look tells of,
 // no date can be read either: it is the first order then. Nothing where the user ended the look at them.
 //   fails  5 with the file and what Tell says where none fits, or more than one; and as FindDateOrders
-[[nodiscard]] std::optional<Integer> FittingDateOrder(Masterfile& masterfile, const Text& file, const DelimitedForm& form);
+[[nodiscard]] std::optional<Integer> FittingDateOrder(Masterfile& masterfile, const Text& file,
+                                                      const DelimitedForm& form);
 
 }  // namespace tallybook::inspect

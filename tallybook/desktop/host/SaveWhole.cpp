@@ -11,11 +11,16 @@
 namespace tallybook::desktop {
 
 void SaveWhole(const Text& path, const std::string& bytes) {
-  application::OutputRules().Check(path);
+  SaveWhole(path, application::OutputRules(), [&](FileStream& into) { into.Write(std::as_bytes(std::span(bytes))); });
+}
+
+void SaveWhole(const Text& path, const application::OutputRules& rules,
+               const std::function<void(FileStream& into)>& write) {
+  rules.Check(path);
   FileSystem& files = *ThePlatform().files;
   application::WholeFile whole(files, path);
   FileStream stream(files.Open(whole.Begin(), Access::kWrite, Sharing::kLockReadWrite, Creation::kReplace));
-  stream.Write(std::as_bytes(std::span(bytes)));
+  write(stream);
   stream.Close();
   whole.Keep();
 }

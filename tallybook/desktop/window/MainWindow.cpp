@@ -41,6 +41,7 @@
 #include "tallybook/desktop/window/AccountPane.h"
 #include "tallybook/desktop/window/CareActs.h"
 #include "tallybook/desktop/window/DateDialog.h"
+#include "tallybook/desktop/window/FileCheckWindow.h"
 #include "tallybook/desktop/window/HelpWindow.h"
 #include "tallybook/desktop/window/JournalWindow.h"
 #include "tallybook/desktop/window/KeysDialog.h"
@@ -83,6 +84,19 @@ void BringUp(QWidget& window) {
   window.activateWindow();
 }
 
+// Whether a window that goes when it is closed is there. One that is closed and has not gone yet goes now.
+template <typename Window>
+bool Stands(const QPointer<Window>& window) {
+  if (window != nullptr && window->isHidden()) delete window;
+  return window != nullptr;
+}
+
+void ShowBeside(QWidget& window) {
+  window.setAttribute(Qt::WA_DeleteOnClose);
+  window.show();
+  BringUp(window);
+}
+
 // A menu's mnemonics would show in the words.
 QString Plain(QString words) {
   return words.replace("&", "&&");
@@ -112,9 +126,13 @@ class MainWindow::Parts {
   // Goes to an entry, where one is named.
   void Journal(QWidget& over, Long first_shown = 0);
   void Origin();
+  void CheckText();
+  [[nodiscard]] FileCheckWindow::Means FileCheckMeans();
   void TieOut();
   [[nodiscard]] TieOutWindow::Means TieOutMeans();
   void GoToFigure(const FigureSpot& spot);
+  bool Look(const std::function<void(engine::Book& book)>& act);
+  void AskToCancel() const;
   void Lists();
   void Undo();
   bool UndoLists(Long entry, QWidget& over, ListsAsking asking);
@@ -159,7 +177,13 @@ class MainWindow::Parts {
   QPushButton* give_up = nullptr;
   const ConversationMeans* means = nullptr;
   std::unique_ptr<Conversations> conversations;  // over the open book
+  // What stands beside the window and goes with its book.
+  QPointer<FileCheckWindow> file_check;
   QPointer<TieOutWindow> tie_out;
+  void CloseBeside() {
+    delete file_check;
+    delete tie_out;
+  }
   bool wants_to_close = false;
   bool is_restoring = false;        // a book, with none open
   std::set<Long> changes_of_lists;  // of this window, by their entries in the journal
@@ -230,6 +254,7 @@ MenuActs MainWindow::Parts::Acts() {
     };
     acts.export_file = [export_by] { export_by(&Conversations::ExportQdx); };
     acts.export_table = [export_by] { export_by(&Conversations::ExportTable); };
+    acts.check_text = [this] { CheckText(); };
     acts.tie_out = [this] { TieOut(); };
     acts.lists = [this] { Lists(); };
     acts.back_up = [this] { Care(&CareActs::BackUp); };
@@ -403,7 +428,7 @@ bool MainWindow::Parts::Leave() {
     return false;
   }
   KeepLook();
-  delete tie_out;
+  CloseBeside();
   conversations.reset();
   figures->CloseBook();
   reader = nullptr;
@@ -622,16 +647,52 @@ bool MainWindow::Parts::Converse(const Conversation& conversation) {
   return result.ChangedFigures();
 }
 
+// Reads the book for what stands beside the window. False where that failed or was cancelled, which has been told.
+bool MainWindow::Parts::Look(const std::function<void(engine::Book& book)>& act) {
+  if (!CanWork()) return false;
+  const ConversationResult looked = conversations->Look([&](engine::Book& book) {
+    means->platform.Progress().SetCancelWords("All stays as it was.");
+    act(book);
+    return true;
+  });
+  return looked.ran && !means->platform.Progress().WasCancelled();
+}
+
+void MainWindow::Parts::AskToCancel() const {
+  means->platform.Progress().AskToCancel();
+}
+
+void MainWindow::Parts::CheckText() {
+  if (!CanWork()) return;
+  if (!Stands(file_check)) file_check = new FileCheckWindow(FileCheckMeans());
+  ShowBeside(*file_check);
+}
+
+FileCheckWindow::Means MainWindow::Parts::FileCheckMeans() {
+  FileCheckWindow::Means told;
+  told.check = [this](const FileCheckWish& wish) {
+    std::optional<FileCheckResult> result;
+    const bool is_done = Look([&](engine::Book& book) { result = CheckTextFile(book, wish); });
+    if (!is_done) result.reset();
+    return result;
+  };
+  told.ask_to_end = [this] { AskToCancel(); };
+  told.import = [this](const Text& file, bool is_delimited) {
+    Converse([&](Conversations& run) { return is_delimited ? run.ImportDelimited(file) : run.ImportCsv(file); });
+  };
+  told.book = path;
+  told.folder = app.DefaultFolder();
+  return told;
+}
+
 void MainWindow::Parts::TieOut() {
   if (!CanWork()) return;
-  if (tie_out == nullptr) {
-    tie_out = new TieOutWindow(TieOutMeans());
-    tie_out->setAttribute(Qt::WA_DeleteOnClose);
-  } else {
+  if (Stands(tie_out)) {
     tie_out->FillDefinitions();
+  } else {
+    tie_out = new TieOutWindow(TieOutMeans());
   }
-  tie_out->show();
-  BringUp(*tie_out);
+  ShowBeside(*tie_out);
 }
 
 TieOutWindow::Means MainWindow::Parts::TieOutMeans() {
@@ -642,16 +703,11 @@ TieOutWindow::Means MainWindow::Parts::TieOutMeans() {
   };
   told.hold = [this](const TieOutWish& wish) {
     std::optional<TieOutResult> result;
-    if (!CanWork()) return result;
-    conversations->Look([&](engine::Book& book) {
-      means->platform.Progress().SetCancelWords("All stays as it was.");
-      result = RunTieOut(means->platform, means->app, book, wish);
-      return true;
-    });
-    if (means->platform.Progress().WasCancelled()) result.reset();
+    const bool is_done = Look([&](engine::Book& book) { result = RunTieOut(means->platform, means->app, book, wish); });
+    if (!is_done) result.reset();
     return result;
   };
-  told.ask_to_end = [this] { means->platform.Progress().AskToCancel(); };
+  told.ask_to_end = [this] { AskToCancel(); };
   told.go_to = [this](const FigureSpot& spot) { GoToFigure(spot); };
   told.folder = app.DefaultFolder();
   return told;
@@ -801,7 +857,7 @@ MainWindow::MainWindow(HostApp& app, DesktopSettings& settings, const LocaleStyl
 // Hidden while all of it is there: what is being typed is taken then.
 MainWindow::~MainWindow() {
   hide();
-  delete parts_->tie_out;
+  parts_->CloseBeside();
 }
 
 bool MainWindow::OpenBook(const Text& path) {

@@ -9,6 +9,7 @@
 #include <QtGui/QKeyEvent>
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QComboBox>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QSpinBox>
@@ -440,6 +441,7 @@ class Pictures {
     window.Figures().LookAgain();
     Keep(window, "office");
     HoldAgainst(window, kept);
+    CheckText(window);
   }
 
   // The file held against the office's book, in which somebody has typed since.
@@ -467,6 +469,24 @@ class Pictures {
       Keep(tie_out, QString("tie-out-%1").arg(page + 1));
     }
     tie_out.close();
+    Settle();
+  }
+
+  // A file with findings of each kind.
+  void CheckText(MainWindow& window) {
+    temp_.Write("january.csv",
+                "1,5,2024,1,1\r\n4100,1,\"1.234,50\"\r\n4110,1,812.40\r\n4115,1,12.50\r\n4120,2,331.18 EUR\r\n"
+                "4130,9,141\r\n4100,1,99\r\n4140,3,\"7,5\"\r\n");
+    TriggerText(window, "Check a Text File");
+    QWidget& check = Titled("Check a Text File");
+    Keep(check, "file-check-begin");
+    check.findChild<QLineEdit*>("file_name")->setText(QString::fromStdString(temp_.Path("january.csv")));
+    check.findChild<QPushButton*>("check")->click();
+    QTest::keyClick(check.focusWidget(), Qt::Key_Down);
+    Keep(check, "file-check");
+    check.findChild<QComboBox*>("kind")->setCurrentIndex(1);
+    Keep(check, "file-check-delimited");
+    check.close();
     Settle();
   }
 
