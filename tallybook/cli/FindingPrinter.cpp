@@ -4,7 +4,6 @@
 #include <nlohmann/json.hpp>
 
 #include "base/Dates.h"
-#include "tallybook/application/Counts.h"
 #include "tallybook/cli/Lines.h"
 
 namespace tallybook::cli {
@@ -83,15 +82,6 @@ void FindingPrinter::Finish(const Text& line, const nlohmann::ordered_json& memb
 
 Text FindingPrinter::JsonHead() const {
   return "{\n  \"file\": " + JsonLine(file_) + ",\n  \"findings\": [";
-}
-
-Text FindingsText(const inspect::LookTally& tally, const Text& refuses) {
-  if (tally.All() == 0) return application::Counted(0, "finding");
-  return application::Counted(tally.All(), "finding") +
-         fmt::format(": {} that {}, {} that the import ends at, {} that it takes in silence",
-                     application::WithCommas(tally.Of(Effect::kAudit)), refuses,
-                     application::WithCommas(tally.Of(Effect::kStop)),
-                     application::WithCommas(tally.Of(Effect::kSilent)));
 }
 
 }  // namespace tallybook::cli

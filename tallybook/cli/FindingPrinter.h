@@ -27,7 +27,4 @@ class FindingPrinter {
   bool any_ = false;
 };
 
-// "3 findings: 1 that REFUSES, 0 that the import ends at, 2 that it takes in silence".
-[[nodiscard]] Text FindingsText(const inspect::LookTally& tally, const Text& refuses);
-
 }  // namespace tallybook::cli

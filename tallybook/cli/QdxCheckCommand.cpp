@@ -87,7 +87,7 @@ class DefinedListener : public inspect::FindingListener {
         fmt::format("{} with {} on {}, {} applied and {} not mapped; ", Counted(tally.accounts, "account"),
                     Counted(tally.figures, "value"), Counted(tally.records, "date"), WithCommas(tally.applied),
                     WithCommas(tally.not_mapped));
-    printer_.Finish(counts + FindingsText(tally, "the import refuses or asks about"),
+    printer_.Finish(counts + inspect::FindingsText(tally, "the import refuses or asks about"),
                     {{"account_count", tally.accounts},
                      {"value_count", tally.figures},
                      {"date_count", tally.records},

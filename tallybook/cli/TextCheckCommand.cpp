@@ -92,7 +92,7 @@ class CheckListener : public inspect::FindingListener {
   void Finish(const LookTally& tally) {
     rejects_.Keep();
     sound_.Keep();
-    printer_.Finish(Counted(tally.records, "record") + ", " + FindingsText(tally, "the audit asks about"),
+    printer_.Finish(Counted(tally.records, "record") + ", " + inspect::FindingsText(tally, "the audit asks about"),
                     {{"record_count", tally.records}});
   }
 

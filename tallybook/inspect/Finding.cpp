@@ -1,6 +1,9 @@
 #include "tallybook/inspect/Finding.h"
 
+#include <fmt/format.h>
+
 #include "base/Texts.h"
+#include "tallybook/application/Counts.h"
 
 namespace tallybook::inspect {
 
@@ -14,6 +17,15 @@ Text Cut(const Text& text) {
   std::size_t end = 0;
   for (int count = 0; count < kMost && end < text.size(); ++count) end += CharacterLength(text, end);
   return end < text.size() ? text.substr(0, end) + "..." : text;
+}
+
+Text FindingsText(const LookTally& tally, const Text& refuses) {
+  if (tally.All() == 0) return application::Counted(0, "finding");
+  return application::Counted(tally.All(), "finding") +
+         fmt::format(": {} that {}, {} that the import ends at, {} that it takes in silence",
+                     application::WithCommas(tally.Of(Effect::kAudit)), refuses,
+                     application::WithCommas(tally.Of(Effect::kStop)),
+                     application::WithCommas(tally.Of(Effect::kSilent)));
 }
 
 }  // namespace tallybook::inspect

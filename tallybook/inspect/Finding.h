@@ -68,4 +68,7 @@ struct LookTally {
   [[nodiscard]] long long All() const { return Of(Effect::kAudit) + Of(Effect::kStop) + Of(Effect::kSilent); }
 };
 
+// "3 findings: 1 that REFUSES, 0 that the import ends at, 2 that it takes in silence".
+[[nodiscard]] Text FindingsText(const LookTally& tally, const Text& refuses);
+
 }  // namespace tallybook::inspect
