@@ -104,10 +104,11 @@ void JournalWindow::Read() {
 
 void JournalWindow::Fill() {
   list_->SetColumns({"No.", "When", "Who", "What ran", "From", "To", "State"}, {kNumberColumn});
-  for (const auto& [entry, who, notes] : entries_) {
+  for (const engine::NotedEntry& noted : entries_) {
+    const engine::JournalEntry& entry = noted.entry;
     const application::EntryDates dates = application::EntryDatesOf(entry);
     const Date last = entry.last == kNoDate ? entry.first : entry.last;
-    list_->AddRow({QString::number(entry.id), ToQt(DateTimeText(entry.time)), ShownLine(who),
+    list_->AddRow({QString::number(entry.id), ToQt(DateTimeText(entry.time)), ShownLine(noted.who),
                    ShownLine(application::WhatRan(entry)), DateIn(entry, dates.first, entry.first, style_),
                    DateIn(entry, dates.last, last, style_), ToQt(application::StateText(entry))});
   }
