@@ -29,18 +29,18 @@ TEST(FigureNames, AreCodeOrNumberWithTheDescription) {
 }
 
 TEST(FigureNames, DatesAndNumbersAreWrittenAsTheLocaleHasThem) {
-  const LocaleOf german(QLocale(QLocale::German));
+  const LocaleOf german{QLocale(QLocale::German)};
   EXPECT_EQ(DateIn(Day(2004, 2, 3)), "03.02.2004");
   EXPECT_EQ(FigureIn(-1234.5), "\u22121.234,50");
 }
 
 TEST(FigureNames, ALocaleWithoutALanguageWritesDatesFromTheYear) {
-  const LocaleOf bare(QLocale::c());
+  const LocaleOf bare{QLocale::c()};
   EXPECT_EQ(DateIn(Day(2004, 2, 3)), "2004-02-03");
 }
 
 TEST(FigureNames, FiguresHaveTheDecimalsThatTheyNeedAndTwoWhereTheyNeedAny) {
-  const LocaleOf bare(QLocale::c());
+  const LocaleOf bare{QLocale::c()};
   EXPECT_EQ(FigureIn(12), "12");
   EXPECT_EQ(FigureIn(12.5), "12.50");
   EXPECT_EQ(FigureIn(0.1234567), "0.1234567");
