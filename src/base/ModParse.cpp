@@ -34,6 +34,7 @@ SplitQuoted::SplitQuoted(std::string_view separators, std::string_view stoppers)
   for (const char c : separators) set(c, Kind::kSeparator);
   for (const char c : stoppers) set(c, Kind::kStopper);
   set('"', Kind::kQuote);
+  ends_text_ = ByteSet((std::string(separators) += stoppers) += '"');
 }
 
 Long SplitQuoted::operator()(std::string_view line, std::span<std::string_view> fields) {
@@ -53,8 +54,7 @@ Long SplitQuoted::operator()(std::string_view line, std::span<std::string_view> 
 }
 
 std::size_t SplitQuoted::EndOfText(std::string_view line, std::size_t at) const {
-  while (at < line.size() && KindOf(line[at]) == Kind::kText) ++at;
-  return at;
+  return ends_text_.FindIn(line, at);
 }
 
 // Puts a field with quotes together: what stood before the first one, what they enclose and what stands between them.

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/ByteSet.h"
 #include "base/Types.h"
 
 namespace tallybook {
@@ -43,6 +44,7 @@ class SplitQuoted {
   std::string_view TakeQuoted(std::string_view line, std::size_t& at, std::string_view begun);
 
   std::array<Kind, 256> kinds_{};
+  ByteSet ends_text_{"\""};
   std::string unquoted_;  // the fields of the line with quotes, one behind the other
 };
 

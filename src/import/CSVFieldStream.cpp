@@ -1,13 +1,13 @@
 #include "import/CSVFieldStream.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <span>
 
+#include "base/ByteSet.h"
 #include "base/Failure.h"
 #include "base/Narrow.h"
 
@@ -17,12 +17,8 @@ namespace {
 
 constexpr std::size_t kBlock = 64 * 1024;
 
-// The characters that end a field without quotes.
-constexpr std::array<bool, 256> kEndsField = [] {
-  std::array<bool, 256> ends{};
-  for (const char c : {',', '\r', '\n'}) ends[static_cast<unsigned char>(c)] = true;
-  return ends;
-}();
+constexpr ByteSet kEndsField(",\r\n");  // that has no quotes
+constexpr ByteSet kEndsQuoted("\"");
 
 std::string_view WithoutTrailingBlanks(std::string_view field) {
   while (!field.empty() && field.back() == ' ') field.remove_suffix(1);
@@ -79,12 +75,10 @@ bool CSVFieldStream::ReadMore() {
 // The place, counted from the position, of the closing quote or of the separator at or behind `offset`; the end of the
 // file where there is none.
 std::size_t CSVFieldStream::FindFrom(std::size_t offset, bool quote) {
+  const ByteSet& ends = quote ? kEndsQuoted : kEndsField;
   for (;;) {
-    for (; next_ + offset < end_; ++offset) {
-      const char c = buffer_[next_ + offset];
-      if (quote ? c == '"' : kEndsField[static_cast<unsigned char>(c)]) return offset;
-    }
-    if (!ReadMore()) return offset;
+    offset = ends.FindIn(std::string_view(buffer_).substr(next_, end_ - next_), offset);
+    if (next_ + offset < end_ || !ReadMore()) return offset;
   }
 }
 
@@ -106,15 +100,13 @@ std::string_view CSVFieldStream::Next() {
 // Nearly every field: no quote, no blank in front, and the buffer holds it with its whole separator, which may be two
 // characters.
 bool CSVFieldStream::TakeFromBuffer(std::string_view& field) {
-  const char* const begin = buffer_.data() + next_;
-  const char* const behind = buffer_.data() + end_;
-  if (begin == behind || *begin == ' ' || *begin == '"') return false;
-  const char* end = begin;
-  while (end != behind && !kEndsField[static_cast<unsigned char>(*end)]) ++end;
-  if (behind - end < 2) return false;
-  field = WithoutTrailingBlanks({begin, static_cast<std::size_t>(end - begin)});
-  const bool pair = end[0] == '\r' && end[1] == '\n';
-  next_ += static_cast<std::size_t>(end - begin) + (pair ? 2 : 1);
+  const std::string_view held(buffer_.data() + next_, end_ - next_);
+  if (held.empty() || held.front() == ' ' || held.front() == '"') return false;
+  const std::size_t end = kEndsField.FindIn(held, 0);
+  if (held.size() - end < 2) return false;
+  field = WithoutTrailingBlanks(held.substr(0, end));
+  const bool pair = held[end] == '\r' && held[end + 1] == '\n';
+  next_ += end + (pair ? 2 : 1);
   return true;
 }
 

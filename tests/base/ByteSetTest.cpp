@@ -1,0 +1,37 @@
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+#include <rapidcheck/gtest.h>
+#include <string>
+
+#include "base/ByteSet.h"
+
+namespace tallybook {
+namespace {
+
+TEST(ByteSetTest, FindsTheFirstOfItsBytes) {
+  const ByteSet stops(",\r\n");
+  EXPECT_EQ(stops.FindIn("100,1", 0), 3U);
+  EXPECT_EQ(stops.FindIn("100,1", 4), 5U);
+  EXPECT_EQ(stops.FindIn("a field of many letters\nand another", 2), 23U);
+  EXPECT_EQ(stops.FindIn("", 0), 0U);
+  EXPECT_TRUE(stops.Has('\r'));
+  EXPECT_FALSE(stops.Has(' '));
+}
+
+TEST(ByteSetTest, HasNothingWhereItIsMadeOfNothing) {
+  EXPECT_EQ(ByteSet("").FindIn("any text of some length, with what is often looked for\r\n", 0), 56U);
+}
+
+// Bytes that differ in one bit from those that are looked for, and texts of every length beside eight.
+RC_GTEST_PROP(ByteSetProperties, FindWhatALookAtEachByteFinds, ()) {
+  const auto near = rc::gen::element<char>(',', '-', '+', '\r', '\n', '\0', '\x80', '\xAC', '"', 'a');
+  const auto bytes = *rc::gen::container<std::string>(near);
+  const auto text = *rc::gen::container<std::string>(near);
+  const auto from = *rc::gen::inRange<std::size_t>(0, text.size() + 1);
+  const std::size_t wanted = std::min(text.find_first_of(bytes, from), text.size());
+  RC_ASSERT(ByteSet(bytes).FindIn(text, from) == wanted);
+}
+
+}  // namespace
+}  // namespace tallybook
