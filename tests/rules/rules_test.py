@@ -8,6 +8,7 @@ import check_includes
 import check_lines
 import check_sources_built
 import check_usings
+import check_width
 
 
 class RuleTest(unittest.TestCase):
@@ -192,6 +193,34 @@ class LinesTest(RuleTest):
                 found = check_lines.violations(self.root)
                 self.assertEqual(1, len(found), found)
                 self.assertTrue(found[0].startswith("tallybook/cli/A.cpp:"), found)
+
+
+class WidthTest(RuleTest):
+    LONG = "// " + "word " * 24
+
+    def test_leaves_code_to_the_formatter(self):
+        self.write("src/base/Long.h", "x" * 121 + "\n// " + "y" * 117)
+        self.assertEqual([], check_width.violations(self.root))
+
+    def test_finds_a_comment_that_is_too_long(self):
+        self.write("tallybook/cli/Long.h", "#pragma once\n  " + self.LONG)
+        found = check_width.violations(self.root)
+        self.assertEqual(1, len(found), found)
+        self.assertTrue(found[0].startswith("tallybook/cli/Long.h:2: a comment of "), found)
+
+    def test_mends_running_text_and_leaves_what_is_laid_out(self):
+        self.write("src/base/Long.h", f"{self.LONG}end\n// goes on\n//   table  row\n{self.LONG}end\n//   needs  more")
+        check_width.mend(self.root)
+        words = "// " + "word " * 22 + "word"
+        self.assertEqual(f"{words}\n// word end goes on\n//   table  row\n{words}\n// word end\n//   needs  more\n",
+                         (self.root / "src/base/Long.h").read_text(encoding="utf-8"))
+        self.assertEqual([], check_width.violations(self.root))
+
+    def test_mends_what_has_a_label_below_its_text(self):
+        self.write("src/base/Long.h", "//   fails  " + "word " * 23 + "end\n//          goes on")
+        check_width.mend(self.root)
+        self.assertEqual("//   fails  " + "word " * 20 + "word\n//          word word end goes on\n",
+                         (self.root / "src/base/Long.h").read_text(encoding="utf-8"))
 
 
 if __name__ == "__main__":
