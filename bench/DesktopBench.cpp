@@ -1,13 +1,14 @@
-// How long does it take from the start of the desktop to a table that can be worked in, how fast does the table of a large
-// book scroll, and how much memory does it take?
+// How long does it take from the start of the desktop to a table that can be worked in, how fast does the table of a
+// large book scroll, and how much memory does it take?
 //
-//   desktop_bench             9,999 accounts by nine years of days; 14.6 million figures in four fields of one of the years
+//   desktop_bench             9,999 accounts by nine years of days; 14.6 million figures in four fields of one of the
+//                             years
 //   desktop_bench --tiny      a few, so that a benchmark which no longer works is noticed
 //
 // Ends in status 1 where it takes more memory than an office machine has to spare for it (kMostMemory).
 //
-// Needs a display: tests/tallybook/desktop/with_display runs it under one that nobody sees. The book is made first, in a
-// process of its own, so that what making it takes is not measured.
+// Needs a display: tests/tallybook/desktop/with_display runs it under one that nobody sees. The book is made first, in
+// a process of its own, so that what making it takes is not measured.
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QTimer>
 #include <QtWidgets/QApplication>

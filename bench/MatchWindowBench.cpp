@@ -1,5 +1,5 @@
-// How long does the window of a long file take to open at its page of matches, and does it keep up with a key that is held?
-// Needs a display: tests/tallybook/desktop/with_display match_window_bench
+// How long does the window of a long file take to open at its page of matches, and does it keep up with a key that is
+// held? Needs a display: tests/tallybook/desktop/with_display match_window_bench
 #include <QApplication>
 #include <QKeyEvent>
 #include <benchmark/benchmark.h>

@@ -1,6 +1,6 @@
-// The looks at files before they are imported. The first byte of the input chooses which: one of three files, and in the
-// other bits the way of combining, of matching and of writing dates. What follows is the file. A look changes no figure,
-// and the pieces that it parts a text file into are all of it.
+// The looks at files before they are imported. The first byte of the input chooses which: one of three files, and in
+// the other bits the way of combining, of matching and of writing dates. What follows is the file. A look changes no
+// figure, and the pieces that it parts a text file into are all of it.
 #include <cstdlib>
 #include <string>
 

@@ -21,8 +21,8 @@ class ByteSet {
 
   [[nodiscard]] constexpr bool Has(char byte) const { return has_[static_cast<unsigned char>(byte)]; }
 
-  // The place of the first of the bytes at or behind `from`, which is in the text or at its end; the text's size where there
-  // is none.
+  // The place of the first of the bytes at or behind `from`, which is in the text or at its end; the text's size where
+  // there is none.
   [[nodiscard]] std::size_t FindIn(std::string_view text, std::size_t from) const {
     if constexpr (std::endian::native == std::endian::little) {
       for (; few_ && text.size() - from >= sizeof(std::uint64_t); from += sizeof(std::uint64_t)) {
@@ -41,7 +41,8 @@ class ByteSet {
   static constexpr std::uint64_t kOnes = 0x0101010101010101U;
   static constexpr std::uint64_t kHighs = kOnes << 7;
 
-  // The highest bit of each byte that is zero. Bytes above one that is zero may be told, too: the lowest is always right.
+  // The highest bit of each byte that is zero. Bytes above one that is zero may be told, too: the lowest is always
+  // right.
   [[nodiscard]] static constexpr std::uint64_t Zeros(std::uint64_t word) { return (word - kOnes) & ~word & kHighs; }
   [[nodiscard]] constexpr std::uint64_t Found(std::uint64_t word) const {
     return Zeros(word ^ repeated_[0]) | Zeros(word ^ repeated_[1]) | Zeros(word ^ repeated_[2]) |

@@ -13,8 +13,8 @@ namespace tallybook {
 
 namespace {
 
-// What a conversation makes and sets ends with it, on every way out: the instances, and the host's title over boxes that
-// are given none.
+// What a conversation makes and sets ends with it, on every way out: the instances, and the host's title over boxes
+// that are given none.
 class ConversationEnd {
  public:
   ConversationEnd() : title_before_(ThePlatform().application_title) {}

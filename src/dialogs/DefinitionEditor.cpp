@@ -40,8 +40,8 @@ namespace {
 constexpr Integer kManuallyPosition = 0;
 constexpr Integer kAllToOnePosition = 2;
 
-// The form takes no acts of the user while this lives: files that are closed let input come in, and what it brings would
-// find the work half done.
+// The form takes no acts of the user while this lives: files that are closed let input come in, and what it brings
+// would find the work half done.
 class Occupied {
  public:
   explicit Occupied(Form& form) : form_(form), enabled_(form.Enabled()) { form_.SetEnabled(false); }

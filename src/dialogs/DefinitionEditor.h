@@ -1,6 +1,6 @@
-// The editor of one exchange definition, the form "frmDataExc": title, exchange file, what becomes of that file after an
-// import, and how accounts and datafields are matched. It is shown modally over the list of definitions. What it holds
-// reaches the exchange object through SaveDefinitionFromForm, and the disk through Add or Update of that object.
+// The editor of one exchange definition, the form "frmDataExc": title, exchange file, what becomes of that file after
+// an import, and how accounts and datafields are matched. It is shown modally over the list of definitions. What it
+// holds reaches the exchange object through SaveDefinitionFromForm, and the disk through Add or Update of that object.
 //
 //   General   the first page: file and its header, the three modes, the account that receives all
 //   Accounts  the match grids (dialogs/MatchGrids.h)
@@ -48,20 +48,20 @@ class DefinitionEditor : public Form {
  public:
   explicit DefinitionEditor(const DefinitionMeans& means);
 
-  // Fills the lists of accounts and datafields from the database, once, and moves its progress bar from 0 to 1. Accounts
-  // whose numbers do not fit 16 bits are left out, with one line in the log.
+  // Fills the lists of accounts and datafields from the database, once, and moves its progress bar from 0 to 1.
+  // Accounts whose numbers do not fit 16 bits are left out, with one line in the log.
   void FillLists();
 
-  // Shows a definition, which becomes the selected one, with the header and the tables of its file. Leaves EditCancelled
-  // true, and CancelEnabled true for a new one.
+  // Shows a definition, which becomes the selected one, with the header and the tables of its file. Leaves
+  // EditCancelled true, and CancelEnabled true for a new one.
   //   gives  false where the header cannot be read: the controls are partly filled, and nothing on the pages of matches
   //          answers before the next load
   //   fails  failure 6 where the definition asks for an account whose number does not fit 16 bits; failure 9 for a
   //          match outside the tables
   [[nodiscard]] bool LoadDefinitionIntoForm(Integer record, bool is_new);
-  // Writes all controls to the exchange object: settings to `record` and to the open definition, and of the matches those
-  // that send something, in the file's order. Nothing is checked: meant, an empty title takes the definition off the
-  // list. A mode that the stored definition does not know stays as it is. Failure 9 where a table has no room.
+  // Writes all controls to the exchange object: settings to `record` and to the open definition, and of the matches
+  // those that send something, in the file's order. Nothing is checked: meant, an empty title takes the definition off
+  // the list. A mode that the stored definition does not know stays as it is. Failure 9 where a table has no room.
   void SaveDefinitionFromForm(Integer record);
   // Asks for an exchange file over the list window, beginning with the stored name of the selected definition, whatever
   // the box shows: meant. True with the name; false after a cancel.

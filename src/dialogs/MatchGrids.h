@@ -1,7 +1,7 @@
-// The pages "&Accounts" and "&Fields" of the definition editor: which account or datafield here receives each one of the
-// file. Each page is a grid with a list laid over its current cell, so that a long file is matched from the keyboard; the
-// keys are told in dialogs/MatchLogic.h. The editor owns the form, its tabs, its first page and its two lists of modes;
-// everything on the two pages is made here, with indexes 1 (accounts) and 2 (datafields):
+// The pages "&Accounts" and "&Fields" of the definition editor: which account or datafield here receives each one of
+// the file. Each page is a grid with a list laid over its current cell, so that a long file is matched from the
+// keyboard; the keys are told in dialogs/MatchLogic.h. The editor owns the form, its tabs, its first page and its two
+// lists of modes; everything on the two pages is made here, with indexes 1 (accounts) and 2 (datafields):
 //   "Page"         what a page stands in
 //   "cboGridList"  the list of what can receive something
 //   "Grid"         row 0 the heads; columns 0 and 1 the file's side, 2 and 3 ours

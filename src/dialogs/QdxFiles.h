@@ -1,5 +1,5 @@
-// The exchange files that definitions name: how many there are behind a name, which one it stands for, and the copy that
-// is kept of the one a definition was made with. One thread.
+// The exchange files that definitions name: how many there are behind a name, which one it stands for, and the copy
+// that is kept of the one a definition was made with. One thread.
 #pragma once
 
 #include "base/Types.h"
@@ -17,8 +17,8 @@ class Masterfile;
 // otherwise the first match of the search, with its folder.
 [[nodiscard]] Text ResolveQdxFileName(const Text& name);
 
-// Replaces the archive copy of the open definition by its exchange file; does nothing where there is no file of just that
-// name, and where the definition names the copy itself. A copy that fails is logged with " - BackupQdxFile".
+// Replaces the archive copy of the open definition by its exchange file; does nothing where there is no file of just
+// that name, and where the definition names the copy itself. A copy that fails is logged with " - BackupQdxFile".
 void BackupQdxFile(const CDataExchange& exchange, Masterfile& masterfile);
 
 }  // namespace tallybook

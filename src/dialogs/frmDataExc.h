@@ -1,7 +1,7 @@
 // The conversations over the exchange object: the list of definitions, the import of a comma-separated file and the
-// export. Each makes a fresh exchange object and asks through the dialogs of the process. The last two have no window of
-// their own, and remember the user's choices in the database's settings file once they have succeeded; the form of that
-// name, the editor of a definition (dialogs/DefinitionEditor.h), is made for the list alone.
+// export. Each makes a fresh exchange object and asks through the dialogs of the process. The last two have no window
+// of their own, and remember the user's choices in the database's settings file once they have succeeded; the form of
+// that name, the editor of a definition (dialogs/DefinitionEditor.h), is made for the list alone.
 //
 // Settings, section "CSV", or "QDX" for the export of an exchange file:
 //   "ImportFile"  CSV only: the last file imported; at first the default folder and "Import.CSV"

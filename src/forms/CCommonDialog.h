@@ -1,7 +1,7 @@
 // The system's standard dialogs (file open and save, colour, font, printer, help) as a bag of properties with Show
-// operations, which a library can create without a form. The dialogs themselves are the platform's (platform/FileDialogs.h,
-// FileDialogs); what is kept here whatever the platform: the conversion of filters, the length of the file name
-// buffers, and that a dialog does not move the folder in force.
+// operations, which a library can create without a form. The dialogs themselves are the platform's
+// (platform/FileDialogs.h, FileDialogs); what is kept here whatever the platform: the conversion of filters, the length
+// of the file name buffers, and that a dialog does not move the folder in force.
 //
 // A property X reads as X(), letter by letter as the system names it, and writes as SetX(value).
 // One thread. Each Show is modal: it returns when the dialog is gone.

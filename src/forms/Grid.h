@@ -9,10 +9,11 @@ namespace tallybook {
 
 enum class Alignment { kLeft, kCentre, kRight };
 
-// Rows and columns count from 0. A cell outside the grid is failure 9. Widths and heights are in the units of the screen.
+// Rows and columns count from 0. A cell outside the grid is failure 9. Widths and heights are in the units of the
+// screen.
 //
-// One cell is the current one, and never a fixed one; a grid that has none but fixed cells has no current cell. Where it
-// moves, the cell that is left is told first, the cell that is entered afterwards.
+// One cell is the current one, and never a fixed one; a grid that has none but fixed cells has no current cell. Where
+// it moves, the cell that is left is told first, the cell that is entered afterwards.
 class Grid : public Control {
  public:
   using Control::Control;
@@ -31,8 +32,9 @@ class Grid : public Control {
   // Raises Changed for the row.
   void SetCell(Long row, Long column, const tallybook::Text& text);
 
-  // Columns out of one text: for each of them, parted by "|", a sign for the side ("<", ">" or "^"), and its head, whose
-  // width with all blanks is the first width. Heads go into row 0, where there is one. Cells that stay keep their text.
+  // Columns out of one text: for each of them, parted by "|", a sign for the side ("<", ">" or "^"), and its head,
+  // whose width with all blanks is the first width. Heads go into row 0, where there is one. Cells that stay keep their
+  // text.
   void SetFormat(const tallybook::Text& format);
   // 0 lets the renderer choose.
   [[nodiscard]] Long ColumnWidth(Long column) const { return At(column).width; }

@@ -26,8 +26,8 @@ class HostFactory {
   virtual std::unique_ptr<FiscalCalendar> NewFiscalCalendar() = 0;
   virtual std::unique_ptr<PrintSequence> NewPrintSequence() = 0;
 
-  // Told of each exchange object that takes its objects from here: when it is there, and before it goes. Conversations make
-  // their own, which nobody else gets to see: so an application can ask what an import of theirs came to.
+  // Told of each exchange object that takes its objects from here: when it is there, and before it goes. Conversations
+  // make their own, which nobody else gets to see: so an application can ask what an import of theirs came to.
   virtual void ExchangeBegins(CDataExchange& /*exchange*/) {}
   virtual void ExchangeEnds(CDataExchange& /*exchange*/) noexcept {}
 };

@@ -56,8 +56,8 @@ class Printer {
 
   // Begins a new page, which ends a table; on a page that holds nothing yet it does nothing.
   virtual void NewPage() = 0;
-  // Sees to it that what was printed last, a table's head as a rule, with up to three lines above it, stands on one page
-  // with what is printed next. A form without pages has nothing to do.
+  // Sees to it that what was printed last, a table's head as a rule, with up to three lines above it, stands on one
+  // page with what is printed next. A form without pages has nothing to do.
   virtual void CheckPage() = 0;
 
   // The report's own progress display. BeginProgress opens or retitles it; the fraction runs from 0 to 1; EndProgress

@@ -43,8 +43,8 @@ struct BatchRequest {
 // True: "ALL" without a failing definition (one without files is no failure), or the single definition's import was
 // true. False: definitions or report could not be opened, or something failed. A failure of the batch itself is printed
 // on the report as one line, or logged with " - CDataExchange:ImportQDXFileEX" where the report does not take it. Every
-// definition of "ALL" is imported as a replacement; the value 3 stays as the object's mode. Meant. `stop` is the batch's
-// own reason of a false; that of an import stays with the import.
+// definition of "ALL" is imported as a replacement; the value 3 stays as the object's mode. Meant. `stop` is the
+// batch's own reason of a false; that of an import stays with the import.
 [[nodiscard]] bool ImportBatch(const BatchRequest& request, BatchDefinitions& definitions, HostFactory& factory,
                                std::unique_ptr<Printer>& printer, std::optional<StopReason>& stop);
 

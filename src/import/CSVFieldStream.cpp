@@ -25,8 +25,8 @@ std::string_view WithoutTrailingBlanks(std::string_view field) {
   return field;
 }
 
-// The first and the last so many bytes of a field that has as many, those bits of them that letters have and nothing that
-// a plain number is made of.
+// The first and the last so many bytes of a field that has as many, those bits of them that letters have and nothing
+// that a plain number is made of.
 template <typename Word>
 bool HasLettersAtItsEnds(std::string_view field) {
   constexpr Word kBitsOfLetters = static_cast<Word>(0xC0C0C0C0C0C0C0C0U);

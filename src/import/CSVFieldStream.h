@@ -26,8 +26,8 @@ class CSVFieldStream {
 
   // The next field's bytes, valid until the next call; Encoding makes text of them. Failure 62 at the end of the file.
   [[nodiscard]] std::string_view Next();
-  // The same as the number that it begins with: 0 for an empty field. A number that does not fit its width is failure 6;
-  // fractions are rounded to whole numbers, ties to the even one.
+  // The same as the number that it begins with: 0 for an empty field. A number that does not fit its width is failure
+  // 6; fractions are rounded to whole numbers, ties to the even one.
   [[nodiscard]] Integer NextInteger();
   [[nodiscard]] Long NextLong();
   [[nodiscard]] Double NextDouble();

@@ -260,7 +260,8 @@ class CSVImportRun {
     if (fields_->AtEnd()) return false;
     record_number_ = ToLong(static_cast<long long>(record_number_) + 1);
     if (!ReadAccountAndField()) return false;
-    // What the value is counts in the second pass only; any text reads as some number, unless that is too large for one.
+    // What the value is counts in the second pass only; any text reads as some number, unless that is too large for
+    // one.
     fields_->PassDouble();
     ShowFileProgress(0);
     return true;

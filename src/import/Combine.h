@@ -11,8 +11,8 @@ namespace tallybook {
 // Failure 6, with both figures.
 [[noreturn]] void FailNoFigure(Double stored, Double value);
 
-// A figure combined with the one that stands: added, subtracted, or for every other mode in its place. What is no number
-// or beyond a number's range is failure 6.
+// A figure combined with the one that stands: added, subtracted, or for every other mode in its place. What is no
+// number or beyond a number's range is failure 6.
 [[nodiscard]] inline Double Combine(Integer math, Double stored, Double value) {
   Double figure = value;
   if (math == static_cast<Integer>(eMath::mAdd)) [[likely]] {

@@ -63,8 +63,8 @@ class AccountCodeTable {
   Long count_ = 0;
 };
 
-// The accounts that the codes of a file stand for. A code is looked up once and remembered by its bytes; and since files
-// tell of their accounts in the same order date after date, the one that came behind the last is tried first.
+// The accounts that the codes of a file stand for. A code is looked up once and remembered by its bytes; and since
+// files tell of their accounts in the same order date after date, the one that came behind the last is tried first.
 class AccountFinder {
  public:
   struct Account {
@@ -122,13 +122,13 @@ class NumberTable {
   std::vector<bool> marked_;
 };
 
-// What a run applied, for a closing summary; and what stopped one that gave false. Filled while it runs, so that whoever
-// shows the audit's questions can look up what their words leave out.
+// What a run applied, for a closing summary; and what stopped one that gave false. Filled while it runs, so that
+// whoever shows the audit's questions can look up what their words leave out.
 struct TextImportTally {
   Integer math = 0;  // as the run was told, or the file's header where it takes that; 0 until it is known
   long long records = 0;
-  // Figures: as the audit counts them, and as the second pass applies them. What it did not is refused: all of a file with
-  // errors, or pairs behind an empty one, which it passes over.
+  // Figures: as the audit counts them, and as the second pass applies them. What it did not is refused: all of a file
+  // with errors, or pairs behind an empty one, which it passes over.
   long long read = 0;
   long long applied = 0;
   FieldTallies
@@ -168,8 +168,8 @@ class AppliedByField {
   std::vector<Sum> sums_;
 };
 
-// The reason of an audit's end that has found errors, and that of one which the user stopped at an error: the first line
-// of its question.
+// The reason of an audit's end that has found errors, and that of one which the user stopped at an error: the first
+// line of its question.
 [[nodiscard]] StopReason AuditFoundErrors();
 [[nodiscard]] StopReason AuditStoppedAt(const Text& question);
 

@@ -5,8 +5,8 @@
 
 namespace tallybook {
 
-// The file's own name with its last three characters overwritten by "XDQ", whatever they are: meant. Characters count, not
-// bytes; of a name that has fewer, all go.
+// The file's own name with its last three characters overwritten by "XDQ", whatever they are: meant. Characters count,
+// not bytes; of a name that has fewer, all go.
 [[nodiscard]] Text XDQName(const Text& file);
 
 }  // namespace tallybook

@@ -6,7 +6,8 @@
 namespace tallybook {
 
 // Told of a record that cannot be read while figures are written or exported, right before the process ends
-// (StopProgram). It may tell the user and write what he waits for, a report or a log; the database is not to be touched.
+// (StopProgram). It may tell the user and write what he waits for, a report or a log; the database is not to be
+// touched.
 class StopWitness {
  public:
   virtual ~StopWitness() = default;

@@ -48,8 +48,8 @@ class DateRanges {
   [[nodiscard]] Date EndDate() const { return end_date_; }
 
   // Fills both year lists, oldest first, and selects in list 0 the last year that has begun by CurrentDate; none where
-  // none has. The year reaction runs for each year that is selected on the way. Each question to the host is a statement
-  // of `at`, from 200 on, so that what one of them cannot tell is missing alone.
+  // none has. The year reaction runs for each year that is selected on the way. Each question to the host is a
+  // statement of `at`, from 200 on, so that what one of them cannot tell is missing alone.
   void FillYearLists(Statements& at);
   // Shows or hides list 1 with its label wherever the year lists are shown.
   void AllowLastYear(bool allowed);

@@ -16,8 +16,8 @@ class FileStream;
 // byte-order mark at the front, or a text with a byte outside ASCII.
 class EncodedText {
  public:
-  // `wanted` other than kDetect settles the encoding. Leaves the position at the text's start. `stream` must outlive the
-  // object.
+  // `wanted` other than kDetect settles the encoding. Leaves the position at the text's start. `stream` must outlive
+  // the object.
   EncodedText(FileStream& stream, TextEncoding wanted);
 
   // Where the text begins: behind a byte-order mark, which is passed over only where the text is read as UTF-8.

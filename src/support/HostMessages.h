@@ -18,8 +18,8 @@ void Refuse(HostApp& app, const Text& text);
 // A confirmation: question icon, OK and Cancel. True: the user chose OK.
 [[nodiscard]] bool Confirm(HostApp& app, const Text& text);
 
-// Asks the host to show a topic of its help. A display that is missing or fails is told by a refusal, so that the dialog
-// that asked stays as it was.
+// Asks the host to show a topic of its help. A display that is missing or fails is told by a refusal, so that the
+// dialog that asked stays as it was.
 void ShowHelpTopic(HostApp& app, Long topic);
 
 // Writes the failure's source and `suffix`, which names the routine that caught it, with the failure's statement.

@@ -1,5 +1,6 @@
-// One key of the system's registry at a time; and a way to let this process see a scratch branch in place of the current
-// user's, with a policy in it that takes the places bar out of the standard file dialogs, until that is taken back.
+// One key of the system's registry at a time; and a way to let this process see a scratch branch in place of the
+// current user's, with a policy in it that takes the places bar out of the standard file dialogs, until that is taken
+// back.
 //
 // Nothing here is shown or raised: operations give the status of the system (0 for success) or the empty value. On a
 // platform without a registry every status is kNoRegistry, every value the empty one, and the pair around a dialog does

@@ -22,9 +22,9 @@ Text Absolute(Text path) {
 
 }  // namespace
 
-// Deletes and renames are noted, and reads and searches see them as done. What is written goes to the files below at once:
-// the outputs of an import are none of its figures. A file is held by what it was when it was opened, so that another that
-// takes its name before the end of the import is left alone.
+// Deletes and renames are noted, and reads and searches see them as done. What is written goes to the files below at
+// once: the outputs of an import are none of its figures. A file is held by what it was when it was opened, so that
+// another that takes its name before the end of the import is left alone.
 class AtomicImport::Files : public FileLayer {
  public:
   struct Noted {

@@ -1,6 +1,7 @@
-// An import that is done wholly or not at all: its figures and its entries in the journal are one transaction, and the files
-// that it deletes and renames are still there until that is stored. Meanwhile searches see them as gone, so that no file is
-// read twice. What is due then stands in the book (FileDisposals.h), for the case that the process ends before it is done.
+// An import that is done wholly or not at all: its figures and its entries in the journal are one transaction, and the
+// files that it deletes and renames are still there until that is stored. Meanwhile searches see them as gone, so that
+// no file is read twice. What is due then stands in the book (FileDisposals.h), for the case that the process ends
+// before it is done.
 //
 //   AtomicImport atomic(book, files, need_removable);
 //   ... the engine runs on the book ...
@@ -22,8 +23,8 @@ namespace tallybook::application {
 
 class AtomicImport {
  public:
-  // `files` are those of the installed platform, which has a layer over them from here to Keep or the end of this. All of
-  // it outlives this. `need_removable` as OverlayFileSystem takes it.
+  // `files` are those of the installed platform, which has a layer over them from here to Keep or the end of this. All
+  // of it outlives this. `need_removable` as OverlayFileSystem takes it.
   AtomicImport(engine::Book& book, WholeFiles& files, preview::OverlayFileSystem::Refusal need_removable);
   // Drops what was not kept.
   ~AtomicImport();
@@ -33,8 +34,8 @@ class AtomicImport {
   // Where the bytes of a file are that the import knows by this path: elsewhere where it was renamed.
   [[nodiscard]] Text PlaceOf(const Text& path) const;
 
-  // Stores it, then deletes and renames; gives what became of each file. What stays due is done when the book is opened to be
-  // changed next.
+  // Stores it, then deletes and renames; gives what became of each file. What stays due is done when the book is opened
+  // to be changed next.
   //   fails  as Book::KeepWhole; nothing of it is there then
   [[nodiscard]] std::vector<DisposalOutcome> Keep();
   // Leaves figures, journal and files as they were.

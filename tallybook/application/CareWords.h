@@ -11,8 +11,8 @@
 
 namespace tallybook::application {
 
-// A finding as cells: kind, account (its code, else its number), first and last date, journal entry, and what was found.
-// What is not known is empty.
+// A finding as cells: kind, account (its code, else its number), first and last date, journal entry, and what was
+// found. What is not known is empty.
 [[nodiscard]] std::vector<Text> CellsOf(const engine::BookFinding& finding);
 
 // "1 journal entry", "2 journal entries".
@@ -24,7 +24,8 @@ namespace tallybook::application {
 [[nodiscard]] Text BackupWords(const Text& book, const Text& file, const BackupDone& done);
 // "Made north.tbk as north was on 2024-03-01 12:00:00, with 2 companion files."
 [[nodiscard]] Text RestoreWords(const RestoreDone& done);
-// Where the book that was there is kept, and why companion files are not in place yet; empty where there is nothing of it.
+// Where the book that was there is kept, and why companion files are not in place yet; empty where there is nothing of
+// it.
 [[nodiscard]] Text KeptWords(const RestoreDone& done);
 [[nodiscard]] Text WaitingWords(const RestoreDone& done);
 // "Made saved.tbk with 12 chunks, 4 journal entries and 2 companion files; nothing is lost."

@@ -1,6 +1,6 @@
 // Whether what an exchange definition says still holds: its rows name accounts and fields of exchange files by code and
-// number, and those of the book in the same way, and both may have changed since the rows were made. What is found missing
-// here is what an import would refuse the file for. Nothing is changed. One thread.
+// number, and those of the book in the same way, and both may have changed since the rows were made. What is found
+// missing here is what an import would refuse the file for. Nothing is changed. One thread.
 #pragma once
 
 #include <optional>
@@ -35,8 +35,8 @@ struct CheckedDefinition {
   std::vector<Text> files;                 // those that match it now; where none does the archive copy, if there is one
   bool is_archive_copy = false;            // `files` is the copy of the file that was imported last
   std::vector<UnreadableFile> unreadable;  // of `files`
-  // Rows that were made by hand stand as they are; where all match one for one, or all go to one account, each account and
-  // field that a file has is a row. Without a file that can be read only the book's side of a row is known.
+  // Rows that were made by hand stand as they are; where all match one for one, or all go to one account, each account
+  // and field that a file has is a row. Without a file that can be read only the book's side of a row is known.
   std::vector<CheckedRow> accounts;
   std::vector<CheckedRow> fields;
 
@@ -46,8 +46,8 @@ struct CheckedDefinition {
 };
 
 // All definitions of a book, or the one of `number`, by number.
-//   fails  75 that names each definition that cannot be read, or where `pattern` leads to what is no regular file; 5 where
-//          there is no definition of that number
+//   fails  75 that names each definition that cannot be read, or where `pattern` leads to what is no regular file; 5
+//          where there is no definition of that number
 [[nodiscard]] std::vector<CheckedDefinition> CheckDefinitions(WholeFiles& files, const engine::Book& book,
                                                               std::optional<Integer> number = {});
 

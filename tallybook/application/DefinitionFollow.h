@@ -1,6 +1,6 @@
-// Which exchange definitions of a book name an account or field that a change of its lists is about, and following it: a
-// definition keeps the codes of the accounts of its rows, and the numbers of fields and of the account that takes all.
-// One thread.
+// Which exchange definitions of a book name an account or field that a change of its lists is about, and following it:
+// a definition keeps the codes of the accounts of its rows, and the numbers of fields and of the account that takes
+// all. One thread.
 #pragma once
 
 #include <memory>

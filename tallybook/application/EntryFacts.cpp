@@ -91,8 +91,8 @@ EntryFacts FactsOf(const Text& text) {
   return facts;
 }
 
-// A definition stays the same whatever it is to do with the figures that stand; a text import's way of adding is one of its
-// options.
+// A definition stays the same whatever it is to do with the figures that stand; a text import's way of adding is one of
+// its options.
 bool IsSameImport(const EntryFacts& one, const EntryFacts& other) {
   if (one.kind.empty() || one.kind != other.kind || one.definition != other.definition) return false;
   if (one.math == kZeroOnlyWord || other.math == kZeroOnlyWord) return false;

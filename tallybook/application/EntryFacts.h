@@ -37,8 +37,8 @@ struct EntryFacts {
 using NamedCount = std::pair<const char*, std::optional<long long> EntryFacts::Counts::*>;
 [[nodiscard]] const std::vector<NamedCount>& NamedCounts();
 
-// The text that the engine keeps, a JSON object in which members without a value are left out, and back. What is no such
-// object gives facts of which nothing is known; a member of another kind than it should be is passed over.
+// The text that the engine keeps, a JSON object in which members without a value are left out, and back. What is no
+// such object gives facts of which nothing is known; a member of another kind than it should be is passed over.
 [[nodiscard]] Text TextOfFacts(const EntryFacts& facts);
 [[nodiscard]] EntryFacts FactsOf(const Text& text);
 

@@ -1,4 +1,5 @@
-// All that is kept of an entry of the journal, item by item, in words: for the command and for windows alike. One thread.
+// All that is kept of an entry of the journal, item by item, in words: for the command and for windows alike. One
+// thread.
 #pragma once
 
 #include <vector>

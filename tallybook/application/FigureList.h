@@ -1,6 +1,6 @@
 // Figures in pairs, as a list to be looked through: those that an import would change, before and after, or those that
-// differ between files and a book, expected and standing. Chosen by account, field and file, and sorted. A window shows it;
-// nothing here knows one. One thread.
+// differ between files and a book, expected and standing. Chosen by account, field and file, and sorted. A window shows
+// it; nothing here knows one. One thread.
 #pragma once
 
 #include <cstddef>

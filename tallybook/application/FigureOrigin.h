@@ -1,5 +1,5 @@
-// Where a figure came from, with all that is told of each entry that changed it: for the command and for windows alike. The
-// history itself is the engine's (engine/Lineage.h). One thread.
+// Where a figure came from, with all that is told of each entry that changed it: for the command and for windows alike.
+// The history itself is the engine's (engine/Lineage.h). One thread.
 #pragma once
 
 #include <map>
@@ -25,12 +25,12 @@ struct FigureOrigin {
   [[nodiscard]] Text WhoRan(const engine::FigureChange& change) const;
 };
 
-// The origin of one figure; `date` is any of its record. The book has no current record afterwards. Fails as Lineage::Of
-// and JournalNotes.
+// The origin of one figure; `date` is any of its record. The book has no current record afterwards. Fails as
+// Lineage::Of and JournalNotes.
 [[nodiscard]] FigureOrigin OriginOf(engine::Book& book, Long account_number, Date date, Integer field_number);
 
-// "Nothing is known of what stood before entry 3, which keeps no figures from before.", or why else; empty where all of it
-// is told.
+// "Nothing is known of what stood before entry 3, which keeps no figures from before.", or why else; empty where all of
+// it is told.
 [[nodiscard]] Text UnknownBeforeWords(const engine::FigureHistory& history);
 
 }  // namespace tallybook::application

@@ -1,5 +1,5 @@
-// While this lives, a file that is deleted or renamed goes only when the figures that were read from it are on the disk: a
-// machine that fails in between has the one or the other. One thread.
+// While this lives, a file that is deleted or renamed goes only when the figures that were read from it are on the
+// disk: a machine that fails in between has the one or the other. One thread.
 #pragma once
 
 #include "tallybook/application/WholeFiles.h"

@@ -1,6 +1,6 @@
-// Files that are to be deleted or renamed once the figures that were read from them are stored for good. What is still to
-// be done stands with the entries of the journal (JournalNotes::Due), so that it comes in one transaction with the figures;
-// a process that ends in between leaves it to the next that opens the book to change it. One thread.
+// Files that are to be deleted or renamed once the figures that were read from them are stored for good. What is still
+// to be done stands with the entries of the journal (JournalNotes::Due), so that it comes in one transaction with the
+// figures; a process that ends in between leaves it to the next that opens the book to change it. One thread.
 #pragma once
 
 #include <cstdint>
@@ -13,8 +13,8 @@
 
 namespace tallybook::application {
 
-// What tells a file from another that came to its name, and from itself with other contents. Not the device: its number may
-// be another after a restart.
+// What tells a file from another that came to its name, and from itself with other contents. Not the device: its number
+// may be another after a restart.
 struct FileStamp {
   std::uint64_t inode = 0;
   std::int64_t size = 0;      // in bytes
@@ -22,8 +22,8 @@ struct FileStamp {
   bool operator==(const FileStamp&) const = default;
 };
 
-// Nothing for what is neither a regular file nor a link, or is not there. A link is told by itself: to delete or rename it
-// does nothing to the file that it leads to.
+// Nothing for what is neither a regular file nor a link, or is not there. A link is told by itself: to delete or rename
+// it does nothing to the file that it leads to.
 [[nodiscard]] std::optional<FileStamp> StampOf(const Text& path);
 
 struct FileDisposal {
@@ -53,8 +53,8 @@ struct DisposalOutcome {
 
 // Does at once what is to be done, and gives what became of it. `files` deletes and renames.
 [[nodiscard]] DisposalOutcome CarryOut(const FileDisposal& disposal, FileSystem& files);
-// Does what is due in a book that is open to be changed, oldest first, and keeps in the book what is left to do. No file goes
-// before the figures that were read from it are on the disk. Fails as Journal::Entries and Book::Settle.
+// Does what is due in a book that is open to be changed, oldest first, and keeps in the book what is left to do. No
+// file goes before the figures that were read from it are on the disk. Fails as Journal::Entries and Book::Settle.
 [[nodiscard]] std::vector<DisposalOutcome> CarryOutDue(engine::Book& book, FileSystem& files);
 
 // What is still to be done: "/in/a.QDX is to be renamed to /in/a.XDQ".

@@ -86,7 +86,8 @@ class Sums {
   sha256_ctx sha256_{};
 };
 
-// The thread that is made meanwhile gets no signals: they are for the one that asks the user, and would not wake it there.
+// The thread that is made meanwhile gets no signals: they are for the one that asks the user, and would not wake it
+// there.
 class NoSignals {
  public:
   NoSignals() {

@@ -23,9 +23,9 @@ struct FileFingerprint {
 // Two digits a byte, in lower case.
 [[nodiscard]] Text HexText(const std::vector<std::byte>& bytes);
 
-// Holds the file of its making open, so that it is read to its end whatever is renamed or deleted meanwhile; what it holds
-// keeps nobody else from opening, renaming or deleting it. A file that cannot be opened, and one that is no regular file,
-// has no fingerprint. One thread uses this object.
+// Holds the file of its making open, so that it is read to its end whatever is renamed or deleted meanwhile; what it
+// holds keeps nobody else from opening, renaming or deleting it. A file that cannot be opened, and one that is no
+// regular file, has no fingerprint. One thread uses this object.
 class FingerprintReader {
  public:
   // Begins at once.

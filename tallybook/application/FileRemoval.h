@@ -1,5 +1,5 @@
-// Whether a file's name can be taken away, told without doing so: what a look at an import asks before it says that a file
-// would be deleted or renamed. One thread.
+// Whether a file's name can be taken away, told without doing so: what a look at an import asks before it says that a
+// file would be deleted or renamed. One thread.
 #pragma once
 
 #include "platform/FileSystem.h"

@@ -1,5 +1,5 @@
-// Files that an import is not to see. The component finds the files of a definition by itself; what the host does not let
-// it import is hidden from the definition that is not to.
+// Files that an import is not to see. The component finds the files of a definition by itself; what the host does not
+// let it import is hidden from the definition that is not to.
 #pragma once
 
 #include <functional>

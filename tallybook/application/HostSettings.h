@@ -7,8 +7,8 @@
 
 namespace tallybook::application {
 
-// How much of a book is kept in memory: section "Files", key "CacheMiB", 256 where it is not set. Fails with 5 for a value
-// that is no number of mebibytes from 1 to 1,048,576, and as SettingsFile::ReadValue.
+// How much of a book is kept in memory: section "Files", key "CacheMiB", 256 where it is not set. Fails with 5 for a
+// value that is no number of mebibytes from 1 to 1,048,576, and as SettingsFile::ReadValue.
 [[nodiscard]] std::size_t CacheBytes(const Text& settings_file);
 
 }  // namespace tallybook::application

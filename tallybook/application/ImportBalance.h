@@ -1,6 +1,6 @@
-// Whether all that an import read is accounted for: figures read are those applied, not mapped and refused together, field by
-// field with their totals in the file and in the book; and where a file's range does not fill a week or period of the book, or
-// reaches into a 53rd week. For the closing block of a report and the summary of an unattended run.
+// Whether all that an import read is accounted for: figures read are those applied, not mapped and refused together,
+// field by field with their totals in the file and in the book; and where a file's range does not fill a week or period
+// of the book, or reaches into a 53rd week. For the closing block of a report and the summary of an unattended run.
 #pragma once
 
 #include <set>

@@ -1,5 +1,5 @@
-// Whether a file that is about to be imported stands in the book's history already: a rule of the host, since nothing in a
-// file says that its figures have been added before. One thread.
+// Whether a file that is about to be imported stands in the book's history already: a rule of the host, since nothing
+// in a file says that its figures have been added before. One thread.
 #pragma once
 
 #include <cstdint>
@@ -26,8 +26,8 @@ class ImportHistory {
   // Reads the journal of an open book. Failure 57 where it is damaged.
   explicit ImportHistory(engine::Book& book);
 
-  // The newest such entry. Of a file whose size no import of that kind had, nothing but the size is looked at; any other is
-  // read to its end.
+  // The newest such entry. Of a file whose size no import of that kind had, nothing but the size is looked at; any
+  // other is read to its end.
   //   path   by which the entry tells the file
   //   place  where its bytes are
   //   way    how it is to be imported
@@ -55,8 +55,8 @@ class ImportHistory {
   std::vector<Expected> expected_;
 };
 
-// "in/north.QDX was imported on 2024-03-01 12:00:00 by anna (journal entry 3), and has not been taken back", and under which
-// name where that was another; "in/south.QDX: it has the same bytes as in/north.QDX, which is imported as well".
+// "in/north.QDX was imported on 2024-03-01 12:00:00 by anna (journal entry 3), and has not been taken back", and under
+// which name where that was another; "in/south.QDX: it has the same bytes as in/north.QDX, which is imported as well".
 [[nodiscard]] Text EarlierImportText(const Text& path, const EarlierImport& earlier);
 // The same without the path in front.
 [[nodiscard]] Text EarlierImportReason(const Text& path, const EarlierImport& earlier);

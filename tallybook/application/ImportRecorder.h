@@ -1,6 +1,6 @@
-// Puts into the journal which files an import read, what they were, and what came of them. Size and name of a file stand
-// in its entry from the entry's first moment on; the sums over its bytes, which are made beside the import, and the outcome
-// are put there at the end. One thread uses this object.
+// Puts into the journal which files an import read, what they were, and what came of them. Size and name of a file
+// stand in its entry from the entry's first moment on; the sums over its bytes, which are made beside the import, and
+// the outcome are put there at the end. One thread uses this object.
 #pragma once
 
 #include <memory>

@@ -1,5 +1,5 @@
-// How a file is imported, as the journal keeps it and as files are known again by (application/ImportHistory.h): the same
-// import by the command and by the desktop is the same way. Plain values.
+// How a file is imported, as the journal keeps it and as files are known again by (application/ImportHistory.h): the
+// same import by the command and by the desktop is the same way. Plain values.
 #pragma once
 
 #include <vector>

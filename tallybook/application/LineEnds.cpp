@@ -33,8 +33,8 @@ std::size_t PlaceOf(std::byte byte, Bytes bytes) {
                           : static_cast<std::size_t>(static_cast<const std::byte*>(found) - bytes.data());
 }
 
-// Looks for a line feed that ends a line, block after block. One behind a carriage return, or with only blanks, tabs and
-// line feeds between, stands at the start of a line.
+// Looks for a line feed that ends a line, block after block. One behind a carriage return, or with only blanks, tabs
+// and line feeds between, stands at the start of a line.
 class LineEndSearch {
  public:
   // The place of the first such line feed in the next bytes of the file; none where they hold none.

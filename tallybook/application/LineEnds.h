@@ -1,6 +1,6 @@
-// The ends of a text file's lines. The delimited import takes a carriage return for the end of a line, alone or with a line
-// feed behind it; a file of line feeds alone would be one long line to it. The host looks first and refuses such a file
-// with the reason, or reads every line end as one that is wanted.
+// The ends of a text file's lines. The delimited import takes a carriage return for the end of a line, alone or with a
+// line feed behind it; a file of line feeds alone would be one long line to it. The host looks first and refuses such a
+// file with the reason, or reads every line end as one that is wanted.
 #pragma once
 
 #include <memory>
@@ -18,8 +18,8 @@ namespace tallybook::application {
 [[nodiscard]] std::optional<Text> BadLineEnds(const Text& file);
 
 // While it lives, files that are opened to be read show each line feed as a carriage return, so that lines end however
-// they are written. The bytes keep their number and their places; empty lines are passed over. What is on disk stays, and
-// everything else of the installed platform's file system is as it was. One at a time; the platform stays installed
+// they are written. The bytes keep their number and their places; empty lines are passed over. What is on disk stays,
+// and everything else of the installed platform's file system is as it was. One at a time; the platform stays installed
 // longer.
 class AnyLineEnd {
  public:

@@ -1,5 +1,5 @@
-// Changes of a book's lists and years as a user asks for them: each gives the description that the book is to have, which
-// Book::Grow checks and brings about. Positions count from 1. Nothing here touches a file.
+// Changes of a book's lists and years as a user asks for them: each gives the description that the book is to have,
+// which Book::Grow checks and brings about. Positions count from 1. Nothing here touches a file.
 #pragma once
 
 #include <optional>
@@ -42,8 +42,8 @@ namespace tallybook::application {
 [[nodiscard]] engine::BookDescription WithMoreYears(const engine::BookDescription& book, Long years);
 [[nodiscard]] engine::BookDescription WithYearsInUse(const engine::BookDescription& book, Long years);
 
-// What keeps the book from being written as an exchange file, which has tables of fixed sizes: a sentence for each, with
-// what is found and what is the most. Empty where nothing does.
+// What keeps the book from being written as an exchange file, which has tables of fixed sizes: a sentence for each,
+// with what is found and what is the most. Empty where nothing does.
 [[nodiscard]] std::vector<Text> BeyondExchangeFiles(const engine::BookDescription& book);
 
 }  // namespace tallybook::application

@@ -11,8 +11,8 @@
 
 namespace tallybook::application {
 
-// `files` delete and rename. What becomes of each file, or why that cannot be told, is a line for the notice of `options`;
-// the book is open whatever becomes of them. Fails as Book::Open.
+// `files` delete and rename. What becomes of each file, or why that cannot be told, is a line for the notice of
+// `options`; the book is open whatever becomes of them. Fails as Book::Open.
 [[nodiscard]] std::unique_ptr<engine::Book> OpenToChange(const Text& path, HostApp& app,
                                                          const engine::BookOptions& options, FileSystem& files);
 

@@ -1,6 +1,6 @@
 // Where an output may go: never onto a book, a companion file of one, an exchange definition, or what the same command
-// reads or writes besides. What a file is decides, not what it is called; only companion files are known by their names,
-// beside their book. One thread.
+// reads or writes besides. What a file is decides, not what it is called; only companion files are known by their
+// names, beside their book. One thread.
 //
 // A file is looked into before anything is opened. One that is protected here is told by its identity and never opened,
 // because closing it would give up the locks that this process has on it: protect every book that is open.

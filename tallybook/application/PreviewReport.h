@@ -1,5 +1,5 @@
-// A preview as a report, for whoever prints or keeps it: the figures that would change, their totals, the days that go into
-// one record, and what would become of the files.
+// A preview as a report, for whoever prints or keeps it: the figures that would change, their totals, the days that go
+// into one record, and what would become of the files.
 #pragma once
 
 #include <cstddef>
@@ -10,8 +10,8 @@
 
 namespace tallybook::application {
 
-// A report is made in memory, so it lists so many figures at most, says how many there are besides, and has the totals of
-// all.
+// A report is made in memory, so it lists so many figures at most, says how many there are besides, and has the totals
+// of all.
 inline constexpr std::size_t kMostFiguresOfAReport = 10'000;
 
 // Prints it whole, from BeginReport to EndReport. Fails as the printer does.

@@ -31,18 +31,18 @@ class ReferenceFactory : public HostFactory {
   // What reports of printers made from now on end in, asked as each one ends; empty for nothing.
   using ClosingLines = std::function<std::vector<Text>()>;
   void SetReportClosing(ClosingLines lines) { closing_ = std::move(lines); }
-  // From now on a report that ends is kept instead of written, for an application that has still to find out what became of
-  // the work; it has no closing lines of its own.
+  // From now on a report that ends is kept instead of written, for an application that has still to find out what
+  // became of the work; it has no closing lines of its own.
   void HoldReports();
-  // Writes the reports that were kept, each with these lines at its end; from now on reports are written as they end. One
-  // that fails does not keep the others. Fails as ReportPrinter::BeginReport and EndReport.
+  // Writes the reports that were kept, each with these lines at its end; from now on reports are written as they end.
+  // One that fails does not keep the others. Fails as ReportPrinter::BeginReport and EndReport.
   void WriteHeldReports(const std::vector<Text>& closing);
 
   // Shows the progress of printers made from now on; null for none. It must outlive them.
   void SetProgressDisplay(engine::ProgressDisplay* display) { progress_ = display; }
 
-  // Writes the reports that have begun and not ended, or are kept, with a last line: for a process that is about to stop.
-  // One that cannot be written is passed over.
+  // Writes the reports that have begun and not ended, or are kept, with a last line: for a process that is about to
+  // stop. One that cannot be written is passed over.
   void EndReports(const Text& last_line);
 
   void SetListWindowMaker(ListWindowMaker maker) { list_window_maker_ = std::move(maker); }

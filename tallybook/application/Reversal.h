@@ -1,6 +1,7 @@
-// Which imports can be taken back by taking their amounts out (engine::UndoWay::kReverse): those that added or subtracted.
-// What replaced, zeroed or cleared figures added no amounts to them, and the journal tells which it was. Of an entry that
-// does not tell it, from before that was kept, nobody knows: what it changed figures by is taken for its amounts. One thread.
+// Which imports can be taken back by taking their amounts out (engine::UndoWay::kReverse): those that added or
+// subtracted. What replaced, zeroed or cleared figures added no amounts to them, and the journal tells which it was. Of
+// an entry that does not tell it, from before that was kept, nobody knows: what it changed figures by is taken for its
+// amounts. One thread.
 #pragma once
 
 #include <vector>
@@ -22,7 +23,8 @@ namespace tallybook::application {
 // JournalNotes::Of.
 void NeedReversible(engine::Book& book, const engine::UndoRequest& request);
 
-// A line for each of these entries that does not tell whether it added; they have been reversed. Fails as JournalNotes::Of.
+// A line for each of these entries that does not tell whether it added; they have been reversed. Fails as
+// JournalNotes::Of.
 [[nodiscard]] std::vector<Text> ReversedUntold(engine::Book& book, const std::vector<engine::JournalEntry>& entries);
 
 }  // namespace tallybook::application

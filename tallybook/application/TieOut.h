@@ -1,16 +1,16 @@
-// Whether the figures of exchange files stand in a book as they were imported, however long ago: the very engine that imports
-// them runs on a database laid over the book, which holds what the files say should stand, and each figure that it wrote is
-// held against the book. Nothing of the book is changed, and no file is deleted or renamed.
+// Whether the figures of exchange files stand in a book as they were imported, however long ago: the very engine that
+// imports them runs on a database laid over the book, which holds what the files say should stand, and each figure that
+// it wrote is held against the book. Nothing of the book is changed, and no file is deleted or renamed.
 //
 //   TieOut tie_out(means);
 //   if (tie_out.Hold({.definition = definitions.front()})) {
 //     tie_out.VisitDifferences(...);
 //   }
 //
-// How a file's figures met those that stood is what the journal tells of its import. A replacement says what stands by itself.
-// What an addition or a subtraction says goes back to the figures from before, which that entry of the journal kept; of a
-// figure of which it did not, nothing is told but that. A file that the journal knows no import of is held as a replacement,
-// or as the caller says, to zeros.
+// How a file's figures met those that stood is what the journal tells of its import. A replacement says what stands by
+// itself. What an addition or a subtraction says goes back to the figures from before, which that entry of the journal
+// kept; of a figure of which it did not, nothing is told but that. A file that the journal knows no import of is held
+// as a replacement, or as the caller says, to zeros.
 //
 // One thread. What does not fit into memory goes to temporary files.
 #pragma once
@@ -89,8 +89,8 @@ class TieOut {
   TieOut(const TieOut&) = delete;
   TieOut& operator=(const TieOut&) = delete;
 
-  // Holds the files against the book, oldest first; what a later one says of a figure counts. Once. False where there is no
-  // file, or one could not be read to its end: Record tells which and why, and nothing below has a value then.
+  // Holds the files against the book, oldest first; what a later one says of a figure counts. Once. False where there
+  // is no file, or one could not be read to its end: Record tells which and why, and nothing below has a value then.
   //   fails   75 for a definition that cannot be read any more, 57 for a damaged book or journal, and as TemporaryFile
   [[nodiscard]] bool Hold(const Request& request);
   [[nodiscard]] const QDXImportRecord& Record() const { return record_; }
@@ -103,8 +103,8 @@ class TieOut {
   [[nodiscard]] std::vector<TieOutTotal> FieldTotals() const;
   // Of the accounts' fields in which something differs or cannot be told, in the order of the lists.
   [[nodiscard]] const std::vector<TieOutTotal>& AccountTotals() const { return account_totals_; }
-  // Each figure that differs or cannot be told, in the order of account positions, dates and field positions; `file` is its
-  // place in Files, from 0. False ends the visit.
+  // Each figure that differs or cannot be told, in the order of account positions, dates and field positions; `file` is
+  // its place in Files, from 0. False ends the visit.
   using FigureVisitor = std::function<bool(const TieOutFigure& figure)>;
   void VisitDifferences(const FigureVisitor& visit) const;
 
@@ -134,8 +134,8 @@ class TieOut {
   preview::KeptRows<TieOutFigure> kept_;     // what differs or cannot be told
 };
 
-// Whether two figures are not the same to people: sums of the same amounts in another order may differ behind their 15th
-// digit, which no table shows.
+// Whether two figures are not the same to people: sums of the same amounts in another order may differ behind their
+// 15th digit, which no table shows.
 [[nodiscard]] bool DifferInText(Double one, Double other);
 [[nodiscard]] inline bool Differ(Double one, Double other) {
   return one != other && DifferInText(one, other);

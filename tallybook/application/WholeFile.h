@@ -13,8 +13,8 @@ namespace tallybook::application {
 
 class WholeFile {
  public:
-  // `path` as the user named it; a symbolic link's target is what will be replaced. Nothing is made yet. `files` reaches
-  // the machine's files and must outlive this.
+  // `path` as the user named it; a symbolic link's target is what will be replaced. Nothing is made yet. `files`
+  // reaches the machine's files and must outlive this.
   //   fails  as LookAt does
   WholeFile(FileSystem& files, Text path);
   // Drops what was not kept.
@@ -25,14 +25,14 @@ class WholeFile {
   [[nodiscard]] const Text& Path() const { return path_; }
 
   // Refuses for all the reasons for which replacing the old file would be: Failure 75 for what is no regular file, 70
-  // for one that may not be written, whose folder takes no new file, which is in use here or elsewhere, or which belongs
-  // to another user who would not keep it. Nothing is done where there is no old file.
+  // for one that may not be written, whose folder takes no new file, which is in use here or elsewhere, or which
+  // belongs to another user who would not keep it. Nothing is done where there is no old file.
   void NeedReplaceable();
 
   // The name under which the output is to be written; the first call makes the empty file and clears away what killed
   // processes left. A second call begins anew.
-  //   fails  as NeedReplaceable, and 76 folder not found, 70 the folder takes no new file, or another process is writing
-  //          an output of this name, 61, 57
+  //   fails  as NeedReplaceable, and 76 folder not found, 70 the folder takes no new file, or another process is
+  //          writing an output of this name, 61, 57
   const Text& Begin();
   // Where the output is being written; empty before Begin and after Keep and Drop.
   [[nodiscard]] const Text& WorkPath() const { return work_path_; }

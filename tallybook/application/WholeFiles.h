@@ -36,8 +36,8 @@ class WholeFiles : public FileLayer {
   // From now on no book is deleted, nor replaced by a copy, by way of these files. `rules` must outlive this.
   void UseRules(const OutputRules& rules) { rules_ = &rules; }
 
-  // From now on `settle` is called before a file that is none of the outputs is deleted or renamed; where it fails, the file
-  // stays as it is and the failure goes on. Empty: nothing is called.
+  // From now on `settle` is called before a file that is none of the outputs is deleted or renamed; where it fails, the
+  // file stays as it is and the failure goes on. Empty: nothing is called.
   void SettleFirst(std::function<void()> settle) { settle_ = std::move(settle); }
 
   // From now on `path`, spelled as the component will spell it, is an output that is written whole. Announcing it again
@@ -48,8 +48,8 @@ class WholeFiles : public FileLayer {
   bool Keep(const Text& path);
   bool Drop(const Text& path) noexcept;
 
-  // For writers that open files by name: the announced output's unfinished file, made anew and empty; nothing for a path
-  // that was not announced. Fails as WholeFile::Begin.
+  // For writers that open files by name: the announced output's unfinished file, made anew and empty; nothing for a
+  // path that was not announced. Fails as WholeFile::Begin.
   [[nodiscard]] std::optional<Text> BeginOf(const Text& path);
   // A failure of such a writer, with the user's name of the output in place of the other.
   [[nodiscard]] Text WithUsersNames(Text words) const;
@@ -63,8 +63,8 @@ class WholeFiles : public FileLayer {
   // so that what was looked at is what is read.
   void Show(const Text& path, Text contents) { shown_[path] = std::move(contents); }
 
-  // The name stands for the input at `place` from now on, and a name that is made from it by an ending, such as "-.bak",
-  // for one beside that. Renaming or deleting them does nothing, for the files are not the user's.
+  // The name stands for the input at `place` from now on, and a name that is made from it by an ending, such as
+  // "-.bak", for one beside that. Renaming or deleting them does nothing, for the files are not the user's.
   void StandFor(const Text& name, const Text& place);
   // Where a path leads that stands for an input elsewhere; nothing for any other.
   [[nodiscard]] std::optional<Text> PlaceOf(const Text& path) const;

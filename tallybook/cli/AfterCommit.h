@@ -1,5 +1,5 @@
-// What a command still does when its work is done and committed: telling it, closing the file. It has been done whatever
-// happens to these, so that what fails here is a warning on standard error and no reason for another status.
+// What a command still does when its work is done and committed: telling it, closing the file. It has been done
+// whatever happens to these, so that what fails here is a warning on standard error and no reason for another status.
 #pragma once
 
 #include <functional>
@@ -12,8 +12,8 @@
 
 namespace tallybook::cli {
 
-// Commits what an operation wrote, to be asked once before it is told as done. Where that fails nothing of it is kept for
-// a later commit, and the failure goes on.
+// Commits what an operation wrote, to be asked once before it is told as done. Where that fails nothing of it is kept
+// for a later commit, and the failure goes on.
 void CommitOrAbandon(engine::Book& book);
 
 // The same for an operation that failed half way, where what it wrote stays: why that could not be committed.

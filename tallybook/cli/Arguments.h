@@ -1,5 +1,5 @@
-// The tables of the command line: which commands there are, what arguments each takes, and what each argument is. Parsing
-// and help read these tables, and nothing else knows an argument.
+// The tables of the command line: which commands there are, what arguments each takes, and what each argument is.
+// Parsing and help read these tables, and nothing else knows an argument.
 //
 // A command is a unit that gives its table, and a line in Program.cpp. Each argument is bound to a member of the
 // record of options that the command runs with, and is one line; where several commands have it, a function of its own

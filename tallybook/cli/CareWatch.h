@@ -1,5 +1,6 @@
-// Long work on a whole book as the command shows it: the progress line, and Ctrl-C as the user's cancel, while one of these
-// lives. The work ends with engine::WorkCancelled then, which the command line takes for the status of a cancel. One thread.
+// Long work on a whole book as the command shows it: the progress line, and Ctrl-C as the user's cancel, while one of
+// these lives. The work ends with engine::WorkCancelled then, which the command line takes for the status of a cancel.
+// One thread.
 #pragma once
 
 #include "tallybook/cli/ConsoleProgress.h"

@@ -1,5 +1,6 @@
 // Colour for headings and for what went wrong, on a terminal and nowhere else: a stream that is no terminal, a terminal
-// that has none (TERM is "dumb" or not set) and a user who wants none (NO_COLOR is set, see no-color.org) get plain text.
+// that has none (TERM is "dumb" or not set) and a user who wants none (NO_COLOR is set, see no-color.org) get plain
+// text.
 #pragma once
 
 #include "base/Types.h"

@@ -43,8 +43,8 @@ bool IsPair(ArgumentKind kind) {
   return kind == ArgumentKind::kAccountPair || kind == ArgumentKind::kFieldPair;
 }
 
-// The exchange file whose accounts and fields stand in front of a pair's sign: that of --file, or that of the definition
-// or its archive copy. Empty where there is none.
+// The exchange file whose accounts and fields stand in front of a pair's sign: that of --file, or that of the
+// definition or its archive copy. Empty where there is none.
 Text ExchangeFileOf(Session& session, engine::Book& book, const CommandTable& program, const std::vector<Text>& words) {
   std::vector<Text> files = GivenTexts(program, words, ArgumentKind::kExchangeFile);
   const std::vector<Text> numbers = GivenTexts(program, words, ArgumentKind::kDefinition);

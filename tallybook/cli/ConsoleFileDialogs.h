@@ -11,8 +11,8 @@
 // dialog asks again.
 //
 // A dialog counts as a question with OK and Cancel: before anybody is asked the next of the given answers is taken, or
-// OK with `yes`, or Cancel where there is no terminal (tallybook/cli/ConsoleMessageBoxes.h). OK takes the proposed name,
-// and where there is none or it will not do, that is told and the dialog is cancelled.
+// OK with `yes`, or Cancel where there is no terminal (tallybook/cli/ConsoleMessageBoxes.h). OK takes the proposed
+// name, and where there is none or it will not do, that is told and the dialog is cancelled.
 #pragma once
 
 #include <functional>

@@ -32,26 +32,26 @@ class ConsoleMessageBoxes : public MessageBoxes {
   // before StartMessages.
   ConsoleMessageBoxes(const AskOptions& options, ConsoleProgress& progress);
 
-  // Makes the messages file, or empties it, and writes what was shown before; for the command to call once it is certain
-  // that nothing else lies there. Fails with Failure 75 and the path where it cannot be made.
+  // Makes the messages file, or empties it, and writes what was shown before; for the command to call once it is
+  // certain that nothing else lies there. Fails with Failure 75 and the path where it cannot be made.
   void StartMessages();
 
   [[nodiscard]] Integer Show(const Text& text, Long style, const Text& caption) override;
-  // The same for a question that neither `answers` nor `yes` answers: the user does on a terminal, and it is refused where
-  // nobody can be asked. Its refusal is not that of the operation.
+  // The same for a question that neither `answers` nor `yes` answers: the user does on a terminal, and it is refused
+  // where nobody can be asked. Its refusal is not that of the operation.
   [[nodiscard]] Integer ShowToUser(const Text& text, Long style, const Text& caption);
   // The terminal has no sounds.
   void PlaySound(const Text& /*name*/) override {}
 
-  // For a dialog that is no box but has the buttons of `style`: what --answer or --yes says, and the button that refuses
-  // where nobody can be asked. Nothing where the user is to be asked.
+  // For a dialog that is no box but has the buttons of `style`: what --answer or --yes says, and the button that
+  // refuses where nobody can be asked. Nothing where the user is to be asked.
   [[nodiscard]] std::optional<Integer> GivenAnswer(Long style);
   // Such a dialog has ended with OK or Cancel, and with a path or, where the name would not do, without. Kept in the
   // messages file. Cancel is a refusal; a path takes back refusals of other names within the dialog.
   void NoteDialog(const Text& title, Integer answer, const Text& path);
 
-  // With `keep_auditing` an error that does not tell its record gets that of the tally, which a text import fills. Null, or
-  // alive while boxes of an audit are shown.
+  // With `keep_auditing` an error that does not tell its record gets that of the tally, which a text import fills.
+  // Null, or alive while boxes of an audit are shown.
   void FollowAudit(const TextImportTally* tally) { audit_ = tally; }
 
   // Keeps the reason of an operation's end in the messages file, as a box without an icon and buttons.

@@ -1,4 +1,5 @@
-// The platform of the command: files as on any POSIX system with outputs that are written whole, questions and file dialogs on the terminal, and a clock that can be fixed.
+// The platform of the command: files as on any POSIX system with outputs that are written whole, questions and file
+// dialogs on the terminal, and a clock that can be fixed.
 #pragma once
 
 #include <optional>

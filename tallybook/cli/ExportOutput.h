@@ -1,5 +1,5 @@
-// The file that an export writes, or standard output: the component writes it whole under another name, and it takes its
-// name, or goes to standard output, when the export is over.
+// The file that an export writes, or standard output: the component writes it whole under another name, and it takes
+// its name, or goes to standard output, when the export is over.
 #pragma once
 
 #include <optional>
@@ -15,8 +15,8 @@ class ExportOutput {
   // `file` as the component is told it; `to_stream` where it stands for standard output. `files` must outlive this.
   ExportOutput(application::WholeFiles& files, const Text& file, bool to_stream);
 
-  // Ends the output after an operation that gave `done`, and tells on standard error what became of it where that is not
-  // the whole new file. A cancelled export is kept as the part that it is.
+  // Ends the output after an operation that gave `done`, and tells on standard error what became of it where that is
+  // not the whole new file. A cancelled export is kept as the part that it is.
   //   gives  `status`, or kFailed where the output is not whole though the operation was done
   //   fails  as WholeFile::Keep and CopyToStandardOutput
   [[nodiscard]] ExitStatus Finish(bool done, ExitStatus status);

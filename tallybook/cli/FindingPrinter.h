@@ -1,5 +1,5 @@
-// Prints what a look at a file finds, for people or as JSON (docs/command-line.md, "Results for programs"), as it comes, so
-// that a file of any size passes through.
+// Prints what a look at a file finds, for people or as JSON (docs/command-line.md, "Results for programs"), as it
+// comes, so that a file of any size passes through.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>

@@ -44,7 +44,8 @@ class NamedDefinitions {
 
   [[nodiscard]] const std::vector<application::DefinitionUse>& Uses() const { return uses_; }
   [[nodiscard]] bool Follows(const application::DefinitionUse& use) const;
-  // The change has been made: what was written takes its name. A definition that could not does not follow, which is told.
+  // The change has been made: what was written takes its name. A definition that could not does not follow, which is
+  // told.
   void Keep();
   // On standard error.
   void Tell(bool is_done) const;
@@ -57,8 +58,8 @@ class NamedDefinitions {
 };
 
 // Brings a book to what `after` says, its values among it, and tells what that changed: checked whole before anything
-// changes. `what_ran` is what the journal says. Definitions that name what is changed are told, and follow where the options say so. With
-// `dry_run` nothing is changed.
+// changes. `what_ran` is what the journal says. Definitions that name what is changed are told, and follow where the
+// options say so. With `dry_run` nothing is changed.
 //   fails  as Book::Grow; 5 where something that is removed has figures and the options do not say that they go
 void GrowBook(Session& session, engine::Book& book, const engine::BookDescription& after, const Text& what_ran,
               const GrowthOptions& options);

@@ -8,8 +8,8 @@
 
 namespace tallybook::cli {
 
-// Arguments under one heading, in the order in which help shows them: positional ones first, the command's options, then
-// those under headings of their own.
+// Arguments under one heading, in the order in which help shows them: positional ones first, the command's options,
+// then those under headings of their own.
 struct HelpSection {
   Text heading;
   std::vector<const Argument*> arguments;
@@ -23,7 +23,8 @@ struct HelpSection {
 // What the argument is for, with what it does not go together with.
 [[nodiscard]] Text AboutText(const CommandTable& command, const Argument& argument);
 
-// The whole help of a command or a group, in lines of at most 80 characters but for examples. `heading` draws a heading.
+// The whole help of a command or a group, in lines of at most 80 characters but for examples. `heading` draws a
+// heading.
 [[nodiscard]] Text HelpText(const CommandPath& path, Text (*heading)(const Text&));
 
 }  // namespace tallybook::cli

@@ -1,5 +1,5 @@
-// Files that stand in the book's history when they are to be imported, or that the run has twice: --again, the question about them, and what is told
-// of those that are left alone. The rule itself is application/ImportHistory.
+// Files that stand in the book's history when they are to be imported, or that the run has twice: --again, the question
+// about them, and what is told of those that are left alone. The rule itself is application/ImportHistory.
 #pragma once
 
 #include "base/Types.h"
@@ -19,8 +19,9 @@ class KnownFiles {
   // Both outlive this. With `again` no file is known.
   KnownFiles(Session& session, engine::Book& book, bool again);
 
-  // Whether a file is to be imported. One that is known is asked about on a terminal, where `may_ask`; neither --yes nor
-  // --answer answers that. Where it is to be left alone, that has been told, and the command's status is another than 0.
+  // Whether a file is to be imported. One that is known is asked about on a terminal, where `may_ask`; neither --yes
+  // nor --answer answers that. Where it is to be left alone, that has been told, and the command's status is another
+  // than 0.
   [[nodiscard]] bool MayImport(const Text& path, const application::EntryFacts& way, bool may_ask);
 
  private:

@@ -1,6 +1,6 @@
-// What the command says to people. Every line of this folder goes through here on its way to standard output or standard
-// error, so that no name in it can move the cursor, change the screen or make a line of its own (application/Shown.h),
-// and errors look alike; tests/rules sees to it that nothing else writes to the two streams.
+// What the command says to people. Every line of this folder goes through here on its way to standard output or
+// standard error, so that no name in it can move the cursor, change the screen or make a line of its own
+// (application/Shown.h), and errors look alike; tests/rules sees to it that nothing else writes to the two streams.
 //
 // A line is one line: a line break in it is shown as "\n". Texts of several lines are told line by line.
 #pragma once

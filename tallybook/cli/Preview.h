@@ -1,5 +1,5 @@
-// Imports that are looked at and not done: the options of --preview, the overlay that the engine runs on, and what of it is
-// printed. What a preview is stands in tallybook/preview, its words in tallybook/application.
+// Imports that are looked at and not done: the options of --preview, the overlay that the engine runs on, and what of
+// it is printed. What a preview is stands in tallybook/preview, its words in tallybook/application.
 #pragma once
 
 #include <memory>

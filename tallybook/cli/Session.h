@@ -58,9 +58,9 @@ struct NamedFiles {
 // While it lives it is also told of a record that stops the process, and writes what the user waits for.
 class Session : private StopWitness {
  public:
-  // Looks at the command's files before anything is opened. Fails with Failure 75 where the input is no regular file, or
-  // an output, the messages file among them, must not go where it is to go (OutputRules); and where the messages file
-  // cannot be made.
+  // Looks at the command's files before anything is opened. Fails with Failure 75 where the input is no regular file,
+  // or an output, the messages file among them, must not go where it is to go (OutputRules); and where the messages
+  // file cannot be made.
   explicit Session(const AskOptions& asking = {}, const NamedFiles& files = {});
   ~Session() override;
   Session(const Session&) = delete;
@@ -115,8 +115,8 @@ class Session : private StopWitness {
   // A line of the application's own on standard error, "tallybook: ..." for a warning.
   void Note(const Text& line, bool warning);
 
-  // The status of an operation that gave `done`, to be asked once, at its end: where it is another than 0 and nobody has
-  // told why, the last box or failure is what the log keeps. Cancelled where the user stopped it or refused its
+  // The status of an operation that gave `done`, to be asked once, at its end: where it is another than 0 and nobody
+  // has told why, the last box or failure is what the log keeps. Cancelled where the user stopped it or refused its
   // question, wrong use where an answer of --answer had no button.
   [[nodiscard]] ExitStatus StatusOf(bool done);
 
@@ -140,8 +140,8 @@ class Session : private StopWitness {
   bool stop_told_ = false;
 };
 
-// The path of a book as the user named it: the file of exactly that name where there is one, else with ".tbk" where there
-// is that, else ".tbk" is added to a name that holds no point.
+// The path of a book as the user named it: the file of exactly that name where there is one, else with ".tbk" where
+// there is that, else ".tbk" is added to a name that holds no point.
 [[nodiscard]] Text BookPath(const Text& named);
 
 }  // namespace tallybook::cli

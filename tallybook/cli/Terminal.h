@@ -20,8 +20,8 @@ namespace tallybook::cli {
 // A line that the user types, without its end. Nothing at the end of the input, and when Ctrl-C comes meanwhile.
 [[nodiscard]] std::optional<Text> ReadTypedLine();
 
-// Runs a program, found on the path, with this terminal, and gives its exit status once it has ended: that of the shell's
-// custom, 128 and the signal's number, where a signal ended it. Nothing where there is no such program.
+// Runs a program, found on the path, with this terminal, and gives its exit status once it has ended: that of the
+// shell's custom, 128 and the signal's number, where a signal ended it. Nothing where there is no such program.
 [[nodiscard]] std::optional<int> RunProgram(const Text& program, const std::vector<Text>& arguments);
 
 // Ctrl-C is a request to cancel while one of these lives, however often it is pressed; afterwards it is what it was.

@@ -15,7 +15,8 @@ Argument& AddEncoding(CommandTable& command, TextEncoding& encoding);
 // The order of a date's parts that is to be found out from the file.
 inline constexpr Integer kFindDateOrder = 0;
 
-// How a delimited file is written: --date-order (kFindDateOrder for auto), --line-ends, --date-parts and --system-fields.
+// How a delimited file is written: --date-order (kFindDateOrder for auto), --line-ends, --date-parts and
+// --system-fields.
 struct DelimitedArguments {
   Integer& date_order;
   bool& any_line_end;

@@ -290,8 +290,8 @@ ExitStatus RunImportCsv(const ImportCsvOptions& options) {
 
 constexpr const char* kCancelledBefore = "cancelled before anything was imported";
 
-// Looks through the dates and asks whether they are to be read in the one order that fits them. Gives why the import cannot
-// begin; nothing where `order` is set.
+// Looks through the dates and asks whether they are to be read in the one order that fits them. Gives why the import
+// cannot begin; nothing where `order` is set.
 std::optional<Text> ProposeDateOrder(engine::Book& book, const Text& file, const ImportDelimitedOptions& options,
                                      Integer& order) {
   const CancelKey key;

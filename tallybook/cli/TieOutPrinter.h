@@ -13,8 +13,8 @@
 
 namespace tallybook::cli {
 
-// A table shows 15 digits of a value; CSV and JSON hold the shortest text that reads back to the same number. CSV has the
-// figures alone.
+// A table shows 15 digits of a value; CSV and JSON hold the shortest text that reads back to the same number. CSV has
+// the figures alone.
 class TieOutPrinter {
  public:
   // All of it must outlive the printer. `tie_out` has held its files.

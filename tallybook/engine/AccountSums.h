@@ -1,6 +1,6 @@
 // What a book's file says of each account's chunks beside the chunks themselves: how many there are, the sum of their
-// numbers, and the sum of their checksums. So a chunk is missed that an index hides, or that is not the one written last.
-// The sums of up to 256 accounts stand in one row (docs/book-file.md, "Sums").
+// numbers, and the sum of their checksums. So a chunk is missed that an index hides, or that is not the one written
+// last. The sums of up to 256 accounts stand in one row (docs/book-file.md, "Sums").
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,6 @@
 // What a backup has besides the book's own tables (docs/book-file.md, "Backups"): of which book it is, from when, and
-// the companion files. A book that a restore has put in place keeps them until its companions stand beside it. One thread.
+// the companion files. A book that a restore has put in place keeps them until its companions stand beside it. One
+// thread.
 #pragma once
 
 #include <cstddef>
@@ -17,8 +18,8 @@ struct BackupHead {
   Date time = 0;   // when it was made, local time
 };
 
-// Copies a database, as its connection sees it, into the empty file at `path`, which needs no log beside it then. Nothing
-// is made beside that file, and it is not handed to the disk. Failures call it `shown`.
+// Copies a database, as its connection sees it, into the empty file at `path`, which needs no log beside it then.
+// Nothing is made beside that file, and it is not handed to the disk. Failures call it `shown`.
 void CopyToFile(Database& database, const Text& path, const Text& shown, WorkWatch& watch = Unwatched());
 
 // Opens such a file to change it, so that nothing is ever beside it; a failure leaves it in pieces.

@@ -72,8 +72,8 @@ void Put(Double& figure, Double value) {
   figure = value + 0.0;
 }
 
-// The first figure that is put into a record. Apart, so that those that follow, of which an import puts millions, need no
-// registers for it.
+// The first figure that is put into a record. Apart, so that those that follow, of which an import puts millions, need
+// no registers for it.
 [[gnu::noinline]] void CopyThenPut(const Double* row, std::vector<Double>& changed_row, Double& figure, Double value) {
   std::copy_n(row, changed_row.size(), changed_row.begin());
   Put(figure, value);

@@ -1,6 +1,7 @@
 // A book: the embedded host's database of operating figures in one file, NAME.tbk (docs/book-file.md).
 //
-//   companion files  lie in the book's folder and bear the extension NAME; its settings file is NAME.ini there. NAME is the
+//   companion files  lie in the book's folder and bear the extension NAME; its settings file is NAME.ini there. NAME is
+//   the
 //                    file's name without ".tbk", and the whole name of a file that ends otherwise (BookCompanions.h)
 //   records          one per account and level date. ReadRecord levels the date that it is given
 //   storage          figures of an account are grouped into chunks of consecutive records, read through a bounded cache
@@ -8,10 +9,13 @@
 //                    and when much has gathered; a commit holds chunks and their journal images together, so a process
 //                    that is killed leaves a book that is consistent and can be undone
 //   one writer       a book that is open for writing cannot be opened for writing again, here or in another process,
-//                    whatever path leads to it; it can be opened to read, and a reader sees what had been committed then
-//   a look           a book that is open to read leaves nothing behind. One that may not be written is read as it is, and
+//                    whatever path leads to it; it can be opened to read, and a reader sees what had been committed
+//                    then
+//   a look           a book that is open to read leaves nothing behind. One that may not be written is read as it is,
+//   and
 //                    reading fails with 70 when a writer changes it meanwhile
-//   its place        links are followed before anything is named; a book that was moved, deleted or replaced while it is
+//   its place        links are followed before anything is named; a book that was moved, deleted or replaced while it
+//   is
 //                    open for writing fails to commit, with 70
 //
 // One thread. The HostApp, the progress display and the report services belong to the application and outlive the book.
@@ -103,19 +107,20 @@ class Book final : public Masterfile, public CalendarSource {
   // Commits what was written. A failure (61 no room, 57) leaves the file as the last commit left it and keeps what was
   // not stored, so that the call can be repeated.
   void Commit();
-  // As Commit, and waits until the disk has it: a commit by itself outlives the process and not the machine. For whoever is
-  // about to take away what the figures were read from. Nothing for a book that is open to read, or is closed.
+  // As Commit, and waits until the disk has it: a commit by itself outlives the process and not the machine. For
+  // whoever is about to take away what the figures were read from. Nothing for a book that is open to read, or is
+  // closed.
   void Settle();
   // Commits and closes the file. Nothing but the destructor may follow. A journal entry that is open stays unclosed.
   void Close();
   // Closes the file and drops what has not been committed. As Close otherwise.
   void Abandon();
 
-  // All or nothing: what is written from here on, figures and journal, is one transaction, however often it is committed in
-  // between. KeepWhole stores it; DropWhole, a close without either, and the end of the process leave nothing of it. A look
-  // at the book sees the state before until then. KeepWhole fails as Commit, and nothing is stored then, but DropWhole is
-  // still due. Where something of it cannot be written everything after that fails, too (57). Lists cannot be changed
-  // meanwhile. The book has no current record behind any of them.
+  // All or nothing: what is written from here on, figures and journal, is one transaction, however often it is
+  // committed in between. KeepWhole stores it; DropWhole, a close without either, and the end of the process leave
+  // nothing of it. A look at the book sees the state before until then. KeepWhole fails as Commit, and nothing is
+  // stored then, but DropWhole is still due. Where something of it cannot be written everything after that fails, too
+  // (57). Lists cannot be changed meanwhile. The book has no current record behind any of them.
   void BeginWhole();
   void KeepWhole();
   void DropWhole();
@@ -123,21 +128,22 @@ class Book final : public Masterfile, public CalendarSource {
   [[nodiscard]] const Text& Path() const { return path_; }
   [[nodiscard]] bool ReadOnly() const { return options_.read_only; }
 
-  // What the book is made of, without its values, and with what only its storage knows. A reference lasts until the book
-  // grows or a change of its lists is undone.
+  // What the book is made of, without its values, and with what only its storage knows. A reference lasts until the
+  // book grows or a change of its lists is undone.
   [[nodiscard]] const BookDescription& Description() const { return stored_->description; }
   [[nodiscard]] const StoredDescription& Stored() const { return *stored_; }
 
-  // What the book would lose by becoming `after`: accounts and fields that have figures and are not in it any more, with
-  // the number of figures; in the order of the lists, accounts first. CheckGrowth has found that the book may become it.
+  // What the book would lose by becoming `after`: accounts and fields that have figures and are not in it any more,
+  // with the number of figures; in the order of the lists, accounts first. CheckGrowth has found that the book may
+  // become it.
   [[nodiscard]] std::vector<FiguresLost> LostBy(const BookDescription& after);
   // The values of `after` that are not what the book has, in their order: those of zero where it has none are left out.
   // CheckGrowth has found that the book may become `after`. The book has no current record afterwards.
   [[nodiscard]] std::vector<ValueDescription> ChangedValues(const BookDescription& after);
-  // Changes the book's names, lists and years to those of `after`, in one entry of the journal that `what_ran` names, and
-  // sets the values that it has, in another of the same command; all of it in one transaction. Figures that `after` does
-  // not name stay. Where there is no difference nothing is done. Figures of what is removed stay in the file for the way
-  // back; whoever calls has asked LostBy. The book has no current record afterwards.
+  // Changes the book's names, lists and years to those of `after`, in one entry of the journal that `what_ran` names,
+  // and sets the values that it has, in another of the same command; all of it in one transaction. Figures that `after`
+  // does not name stay. Where there is no difference nothing is done. Figures of what is removed stay in the file for
+  // the way back; whoever calls has asked LostBy. The book has no current record afterwards.
   //   fails   5 for what CheckGrowth refuses, before anything is changed; 70 for a book open to read; else as Commit
   void Grow(const BookDescription& after, const Text& what_ran);
 
@@ -296,8 +302,8 @@ class Book final : public Masterfile, public CalendarSource {
   std::vector<Integer> position_of_field_;
   std::vector<std::uint16_t> place_of_field_;  // in a row, from 1; 0: no such field
 
-  // The current record. `row_` points at its figures, each in its field's slot: into the cache until the first figure is
-  // set, into `changed_row_` from then on; null where no record is current.
+  // The current record. `row_` points at its figures, each in its field's slot: into the cache until the first figure
+  // is set, into `changed_row_` from then on; null where no record is current.
   const Double* row_ = nullptr;
   std::vector<Double> changed_row_;
   bool changed_ = false;

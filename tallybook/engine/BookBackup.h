@@ -20,8 +20,8 @@ struct BackupContents {
 // meanwhile, and the companion files as the same moment has them. Nothing is looked at for damage, and the file is not
 // handed to the disk.
 //   shown   what failures call the file
-//   fails   as Book::Open; 70 where somebody changes the companions all the while; 61, 57; WorkCancelled. The file is in
-//           pieces then
+//   fails   as Book::Open; 70 where somebody changes the companions all the while; 61, 57; WorkCancelled. The file is
+//           in pieces then
 BackupContents WriteBackup(const Text& book, const Text& to, const Text& shown, WorkWatch& watch = Unwatched());
 
 // What a backup is.
@@ -29,7 +29,8 @@ BackupContents WriteBackup(const Text& book, const Text& to, const Text& shown, 
 [[nodiscard]] BackupContents ReadBackup(const Text& path);
 
 // Writes the book of a backup into the empty file `to`. It keeps its companion files within until it is opened at its
-// place: whoever opens it first puts them beside it, as BookFile.h tells, and takes away what stands there under its name.
+// place: whoever opens it first puts them beside it, as BookFile.h tells, and takes away what stands there under its
+// name.
 //   fails   as ReadBackup, and 61, 57; WorkCancelled
 void UnpackBackup(const Text& backup, const Text& to, const Text& shown, WorkWatch& watch = Unwatched());
 

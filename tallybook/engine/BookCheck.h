@@ -32,16 +32,17 @@ struct BookCheckResult {
   std::vector<BookFinding> findings;
 };
 
-// Checks that a book's name is its own (NameTroubles), and that all of it agrees with its checksums: the description, every
-// chunk, what the index shows against what was written, and the journal. A book of format 1 has no checksums, and is read for what can be read of it.
+// Checks that a book's name is its own (NameTroubles), and that all of it agrees with its checksums: the description,
+// every chunk, what the index shows against what was written, and the journal. A book of format 1 has no checksums, and
+// is read for what can be read of it.
 //   deep    SQLite's own check of the whole file as well, and every image is read as figures
 //   fails   as Book::Open where the file cannot be opened as a book at all; WorkCancelled
 // Companion files that a restore has left within the book are looked at too. Takes a backup as well, whose name is
 // nobody's business.
 [[nodiscard]] BookCheckResult CheckBook(const Text& path, bool deep, WorkWatch& watch = Unwatched());
 
-// Looks as deep as that goes, and fails with 57 where anything is damaged; names are nobody's business here. Failures call
-// the book `shown`.
+// Looks as deep as that goes, and fails with 57 where anything is damaged; names are nobody's business here. Failures
+// call the book `shown`.
 void RequireSound(const Text& path, const Text& shown, WorkWatch& watch = Unwatched());
 
 }  // namespace tallybook::engine

@@ -40,8 +40,9 @@ void PutCompanions(const Text& path, const std::vector<Companion>& companions);
 // True where there are companions under the older name. They may be another book's besides.
 [[nodiscard]] bool HasOlderCompanions(const Text& path);
 
-// Copies them to the book's name, the settings last, which are made where there were none. What has the new name already
-// stays as it is; those of before stay for whoever else uses them. Gives the names of the files that were copied.
+// Copies them to the book's name, the settings last, which are made where there were none. What has the new name
+// already stays as it is; those of before stay for whoever else uses them. Gives the names of the files that were
+// copied.
 //   fails   70, 61, 57 with the path; what was copied by then is whole, and the call can be repeated
 std::vector<Text> CopyOlderCompanions(const Text& path);
 

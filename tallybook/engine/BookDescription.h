@@ -85,9 +85,9 @@ struct BookDescription {
 //                refused
 [[nodiscard]] BookDescription ParseBookDescription(const Text& json, const Text& source_name);
 
-// The same for a description of what a book is to become: what the text leaves out, a list or an item of a row among it, is
-// as in `now`, but for values, of which there are none then; a limit is raised to the highest number where that is more.
-// Whether the book may become that is CheckGrowth's to say.
+// The same for a description of what a book is to become: what the text leaves out, a list or an item of a row among
+// it, is as in `now`, but for values, of which there are none then; a limit is raised to the highest number where that
+// is more. Whether the book may become that is CheckGrowth's to say.
 [[nodiscard]] BookDescription ParseBookDescription(const Text& json, const Text& source_name,
                                                    const BookDescription& now);
 

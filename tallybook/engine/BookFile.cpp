@@ -98,8 +98,8 @@ bool BookFile::BringUpToDate() {
   return true;
 }
 
-// SQLite leaves a commit in the log to the system, and waits for the disk only where it puts the log into the file. Without
-// a log that has been done.
+// SQLite leaves a commit in the log to the system, and waits for the disk only where it puts the log into the file.
+// Without a log that has been done.
 void BookFile::Settle() const {
   const Descriptor log(::open((path_ + "-wal").c_str(), O_RDONLY | O_CLOEXEC));
   if (!log.IsOpen() && errno == ENOENT) return;
@@ -133,9 +133,9 @@ void BookFile::OpenToChange(double wait_seconds, WorkWatch& watch) {
   FinishRestoring();
 }
 
-// Who may write the book and what stands beside it shares the log with writers, and puts a log that a killed writer left
-// into the file at the end. Nobody else touches anything: without a log the file is read as it is, and given up when it
-// changes; with one, both are read from a copy. What the file holds without its log is never shown.
+// Who may write the book and what stands beside it shares the log with writers, and puts a log that a killed writer
+// left into the file at the end. Nobody else touches anything: without a log the file is read as it is, and given up
+// when it changes; with one, both are read from a copy. What the file holds without its log is never shown.
 void BookFile::OpenToLook() {
   hold_ = std::make_unique<BookHold>(path_, BookHold::Purpose::kLook);
   if (!hold_->CanShareLog() || !OpenShared()) {

@@ -26,8 +26,8 @@ class BookFile {
   // The same with what the description of another book's file has besides.
   static BookFile Create(const Text& path, const StoredDescription& stored);
 
-  // Opens a file; fails as Book::Open. A file that is open to read shows what was committed when it was opened. One to be
-  // written that is in use elsewhere is waited for so many seconds at most, as long as `watch` wants it.
+  // Opens a file; fails as Book::Open. A file that is open to read shows what was committed when it was opened. One to
+  // be written that is in use elsewhere is waited for so many seconds at most, as long as `watch` wants it.
   BookFile(const Text& path, bool read_only, double wait_seconds = 0, WorkWatch& watch = Unwatched());
 
   // Opens a file to look for damage: a description that is damaged is no failure then, but told by DescriptionTrouble,
@@ -52,8 +52,8 @@ class BookFile {
   void Settle() const;
   // As BookStorage::Compact, of a file that is open to be changed.
   void Compact(WorkWatch& watch);
-  // Tells at once what there is to tell of the opening: companion files that a restore has left within the book, and that
-  // are damaged there. They keep nobody from the figures, and stay as they are.
+  // Tells at once what there is to tell of the opening: companion files that a restore has left within the book, and
+  // that are damaged there. They keep nobody from the figures, and stay as they are.
   void SetNotice(Notice notice);
   // How many records a chunk has; fixed when the book was made.
   [[nodiscard]] std::size_t RowsOfChunk() const { return stored_->rows_of_chunk; }

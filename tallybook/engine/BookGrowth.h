@@ -1,7 +1,9 @@
-// How the lists and years of a book may change, and what a change was. A change is told by the description that the book is
-// to have: accounts and fields are known by their numbers, positions by the lists' order. Nothing here touches a file.
+// How the lists and years of a book may change, and what a change was. A change is told by the description that the
+// book is to have: accounts and fields are known by their numbers, positions by the lists' order. Nothing here touches
+// a file.
 //
-//   may change      names, codes and descriptions; which accounts and fields there are, and their order; more years, and
+//   may change      names, codes and descriptions; which accounts and fields there are, and their order; more years,
+//   and
 //                   how many are in use; higher limits
 //   stays           data level, kind of calendar, first date and year, the day that ends a week, the periods' count and
 //                   lengths. A number that was retired is never given again

@@ -39,7 +39,8 @@ constexpr FileBytes kRightByte{.start = std::numeric_limits<off_t>::max() - 256,
 // The bytes of a database that SQLite locks (file format, "Locking bytes"): who reads or writes has one of them.
 constexpr FileBytes kSqliteBytes{.start = 0x40000000, .count = 512};
 
-// The head of a database (SQLite file format, "The Database Header"): its magic, and where its application's mark stands.
+// The head of a database (SQLite file format, "The Database Header"): its magic, and where its application's mark
+// stands.
 constexpr std::string_view kSqliteHead = "SQLite format 3";
 constexpr std::size_t kMarkOffset = 68;
 
@@ -250,8 +251,8 @@ void BookHold::TakeOlderRight() {
   }
 }
 
-// Who has the lock on all of SQLite's bytes knows that nobody has the book open: a connection takes one of them before it
-// looks for a log, and keeps it to its end.
+// Who has the lock on all of SQLite's bytes knows that nobody has the book open: a connection takes one of them before
+// it looks for a log, and keeps it to its end.
 void BookHold::TakeAlone() {
   while (!TryLock(descriptor_, kSqliteBytes)) {
     if (!WaitedInVain()) continue;

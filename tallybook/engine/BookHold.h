@@ -45,8 +45,8 @@ class BookHold {
   //   fails   as TakeRightToWrite; 75 where something that is no file bears the lock's name
   void TakeOlderRight();
 
-  // Keeps everybody else from the file, also those who only look, until the end of this; nobody here has it open. Within the
-  // time that TakeRightToWrite was given.
+  // Keeps everybody else from the file, also those who only look, until the end of this; nobody here has it open.
+  // Within the time that TakeRightToWrite was given.
   //   fails   70 where it is open elsewhere, or where its path leads to another file by now
   void TakeAlone();
 
@@ -91,8 +91,8 @@ class BookHold {
   std::unique_ptr<OpenFile> older_right_;
 };
 
-// Whether a failure says that the book is open for writing elsewhere, or that a short commit of another program lasts: to
-// wait and try again may help.
+// Whether a failure says that the book is open for writing elsewhere, or that a short commit of another program lasts:
+// to wait and try again may help.
 [[nodiscard]] bool IsInUse(const Failure& failure);
 
 // The mark that a database at a path bears, 0 for none and for what is no database. It may be open in this process.

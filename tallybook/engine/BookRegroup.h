@@ -33,14 +33,14 @@ struct Regrouped {
 };
 
 // The description of the new book: the same lists and names, and as many years as reach the last date of the old one.
-//   fails  Failure 5 for a year that the book has not, and where its years cannot be had without those before: a calendar of
-//          weeks whose years would begin elsewhere
+//   fails  Failure 5 for a year that the book has not, and where its years cannot be had without those before: a
+//          calendar of weeks whose years would begin elsewhere
 [[nodiscard]] BookDescription RegroupedDescription(const BookDescription& book, const RegroupRequest& request);
 
-// Makes the book of such a description and fills it. The totals of every account and field in the new file are compared with
-// those of the old one, as far as rounding allows, before it has its name; no file is left where this fails.
-//   fails  as Book::Create and Book::VisitFigures; 5 for a figure whose date the new calendar does not hold; 6 where a sum is
-//          no figure; 51 where totals differ
+// Makes the book of such a description and fills it. The totals of every account and field in the new file are compared
+// with those of the old one, as far as rounding allows, before it has its name; no file is left where this fails.
+//   fails  as Book::Create and Book::VisitFigures; 5 for a figure whose date the new calendar does not hold; 6 where a
+//          sum is no figure; 51 where totals differ
 Regrouped MakeRegroupedBook(Book& book, const Text& path, const BookDescription& description);
 
 }  // namespace tallybook::engine

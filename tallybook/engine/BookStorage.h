@@ -1,6 +1,6 @@
-// What a book asks of the database that it is kept in: its description, chunks of figures by their keys, the sums beside
-// them, the journal with its images, one writer, and one transaction at a time. Nothing here knows what the database is:
-// SqliteStorage is a file, and a server can stand beside it.
+// What a book asks of the database that it is kept in: its description, chunks of figures by their keys, the sums
+// beside them, the journal with its images, one writer, and one transaction at a time. Nothing here knows what the
+// database is: SqliteStorage is a file, and a server can stand beside it.
 //
 // Bytes are kept and given as they are; what they mean, and whether they agree with their checksums, is the caller's
 // business but for the rows of description and journal, which an implementation holds against their checksums when it
@@ -43,8 +43,8 @@ class BookStorage {
   [[nodiscard]] virtual bool ReadOnly() const = 0;
 
   // The format that is stored, and bringing it to the present one, which is due before the first write and outside a
-  // transaction: gives whether that had to be done, and `notice` is told of it. Description gives what was stored when the
-  // storage was opened.
+  // transaction: gives whether that had to be done, and `notice` is told of it. Description gives what was stored when
+  // the storage was opened.
   [[nodiscard]] virtual Long Format() const = 0;
   virtual bool BringUpToDate() = 0;
   // What was committed is on the disk when this returns, whatever becomes of the machine. Failure 57 where it is not.
@@ -71,8 +71,8 @@ class BookStorage {
   // meanwhile. Failures call the file `shown`, and it is not handed to the disk.
   virtual void CopyTo(const Text& path, const Text& shown, WorkWatch& watch) = 0;
 
-  // Stores what is stored anew, without the room that it leaves unused. Outside a transaction; what it holds, and the rows
-  // that tell chunks and images apart, stay as they are, and whatever ends it meanwhile leaves all as it was.
+  // Stores what is stored anew, without the room that it leaves unused. Outside a transaction; what it holds, and the
+  // rows that tell chunks and images apart, stay as they are, and whatever ends it meanwhile leaves all as it was.
   virtual void Compact(WorkWatch& watch) = 0;
 
   // Makes the operations that read see one state, whatever a writer commits meanwhile, until a transaction begins.
@@ -101,8 +101,8 @@ class BookStorage {
   [[nodiscard]] virtual std::map<Long, Text> Users() = 0;
   // Writes an entry: a new one where its id is 0, which it is given then.
   virtual void SaveEntry(JournalRow& row) = 0;
-  // A text of an entry under a name, each once. The entry counts it, and has to be saved then. TextOf fails with 57 where
-  // there is none.
+  // A text of an entry under a name, each once. The entry counts it, and has to be saved then. TextOf fails with 57
+  // where there is none.
   virtual void SaveText(JournalRow& row, const Text& name, const Text& value) = 0;
   [[nodiscard]] virtual std::optional<Text> FindText(Long entry, const Text& name) = 0;
   [[nodiscard]] virtual Text TextOf(Long entry, const Text& name) = 0;
@@ -110,8 +110,8 @@ class BookStorage {
   virtual void DropText(JournalRow& row, const Text& name) = 0;
   // The texts of all entries under a name, by entry. Failure 57 where one is damaged.
   [[nodiscard]] virtual std::map<Long, Text> TextsNamed(const Text& name) = 0;
-  // The notes of an entry. SaveNotes puts others in their place, and the entry has to be saved then. Failure 57 where they
-  // are damaged.
+  // The notes of an entry. SaveNotes puts others in their place, and the entry has to be saved then. Failure 57 where
+  // they are damaged.
   [[nodiscard]] virtual EntryNotes NotesOf(const JournalRow& row) = 0;
   [[nodiscard]] virtual std::vector<EntryFile> FilesOf(Long entry) = 0;
   virtual void SaveNotes(JournalRow& row, const EntryNotes& notes) = 0;
@@ -129,8 +129,8 @@ class BookStorage {
   virtual void VisitMarkBits(const JournalRow& row, const MarkBitsVisitor& visit) = 0;
   // Gives the mark of one chunk, as VisitMarks; false where the entry did not write it.
   virtual bool VisitMark(Long entry, std::int64_t key, const MarkVisitor& visit) = 0;
-  // Takes the images of an entry away, and tells so in its marks and in the row, which has to be saved then. Failure 57 where
-  // a mark is damaged.
+  // Takes the images of an entry away, and tells so in its marks and in the row, which has to be saved then. Failure 57
+  // where a mark is damaged.
   virtual void DropImages(JournalRow& row) = 0;
 };
 

@@ -148,8 +148,8 @@ void ToFormat3(Database& database) {
   SealDescription(database, stored, 3);
 }
 
-// Format 4: entries count their notes. The journal of a book of the first format has been made anew above, with all that
-// this one has.
+// Format 4: entries count their notes. The journal of a book of the first format has been made anew above, with all
+// that this one has.
 void ToFormat4(Database& database) {
   const StoredDescription stored = LoadDescription(database, 3);
   if (database.Number("SELECT count(*) FROM pragma_table_info('journal') WHERE name = 'notes'") == 0) {
@@ -225,7 +225,8 @@ void MakeAsReadable(const Text& book, const Text& path) {
   const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
   const bool made = file >= 0 && stat(book.c_str(), &about) == 0 && fchmod(file, about.st_mode & 07777) == 0;
   const int error = errno;
-  // Another user's book is changed by an administrator at most, who may give files away; for others it is theirs already.
+  // Another user's book is changed by an administrator at most, who may give files away; for others it is theirs
+  // already.
   if (made && fchown(file, about.st_uid, about.st_gid) != 0) errno = 0;
   if (file >= 0) close(file);
   if (!made) FailBackup(path, WordsOfError(error));

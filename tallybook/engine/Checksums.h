@@ -29,8 +29,8 @@ struct CheckedBytes {
 };
 [[nodiscard]] std::optional<CheckedBytes> TakeChecked(std::span<const std::byte> bytes, std::int64_t key);
 
-// The checksum of single items one after another. An item is kept apart from the next, so that text that moves from one to
-// the other is seen.
+// The checksum of single items one after another. An item is kept apart from the next, so that text that moves from one
+// to the other is seen.
 class Digest {
  public:
   Digest& Add(std::int64_t number);

@@ -88,9 +88,9 @@ struct DecimalFit {
   [[nodiscard]] std::size_t Width() const { return wide ? (narrow ? sizeof(std::int16_t) : sizeof(std::int32_t)) : 0; }
 };
 
-// One pass finds out all of it: bits are gathered that are zero, or few, as long as all values fit. What stops early, and
-// comparisons, would keep the inner loop from being done several figures at a time. Infinities and not-a-number have bits
-// beyond any whole number's.
+// One pass finds out all of it: bits are gathered that are zero, or few, as long as all values fit. What stops early,
+// and comparisons, would keep the inner loop from being done several figures at a time. Infinities and not-a-number
+// have bits beyond any whole number's.
 DecimalFit FitOf(std::span<const Double> values, std::size_t decimals) {
   constexpr std::size_t kBlock = 256;
   const Double power = kPowersOfTen[decimals];
@@ -183,8 +183,8 @@ void TakeSparse(std::span<const std::byte> bytes, std::span<Double> values) {
   if (!held.empty()) FailDamaged("holds more figures than its map says");
 }
 
-// Rows as they are stored and where they go: `width` figures each, and so many places from one row to the next. Rows without
-// a gap between them are one long row.
+// Rows as they are stored and where they go: `width` figures each, and so many places from one row to the next. Rows
+// without a gap between them are one long row.
 struct RowLayout {
   std::size_t rows = 0;
   std::size_t width = 0;

@@ -1,6 +1,6 @@
 // Which chunks a book has stored, account by account: the account's keys in the index, held against the account's sums
-// when they are first asked for. It answers whether a chunk that was not found is none, or is hidden by a damaged index.
-// One thread.
+// when they are first asked for. It answers whether a chunk that was not found is none, or is hidden by a damaged
+// index. One thread.
 #pragma once
 
 #include <cstdint>

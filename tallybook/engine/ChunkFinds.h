@@ -1,5 +1,5 @@
-// The ways to the chunks of a damaged book: along its table from both ends, by its index, and over the pages that no tree
-// leads to any more. What one way misses another may find. One thread.
+// The ways to the chunks of a damaged book: along its table from both ends, by its index, and over the pages that no
+// tree leads to any more. What one way misses another may find. One thread.
 #pragma once
 
 #include <cstdint>
@@ -32,8 +32,8 @@ class ChunkFinds {
   // The keys of an account that the index has and the new book does not.
   [[nodiscard]] std::vector<std::int64_t> MissingOfIndex(Long account) const;
 
-  // The chunks of an account that stand in leaves of the file and were not found before, by key; they can be of any age.
-  // The first call reads the whole file.
+  // The chunks of an account that stand in leaves of the file and were not found before, by key; they can be of any
+  // age. The first call reads the whole file.
   [[nodiscard]] const std::vector<FoundChunk>& OfLeaves(Long account);
 
  private:

@@ -14,7 +14,8 @@ namespace tallybook::engine {
 
 class ChunkRelay {
  public:
-  // From chunks of one shape to those of another, which has as many figures to a row or more. `storage` must outlive this.
+  // From chunks of one shape to those of another, which has as many figures to a row or more. `storage` must outlive
+  // this.
   ChunkRelay(BookStorage& storage, const ChunkShape& from, const ChunkShape& to)
       : storage_(storage), from_(from), to_(to) {}
 

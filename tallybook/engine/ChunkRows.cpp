@@ -19,7 +19,8 @@ RowRange Grown(RowRange range, std::size_t row, const ChunkShape& shape) {
   return {std::min(row, range.end - std::min(wanted, range.end)), range.end};
 }
 
-// Only what is likely of the rows taken on. On a side where an unlikely row is in use already there may be more of them.
+// Only what is likely of the rows taken on. On a side where an unlikely row is in use already there may be more of
+// them.
 RowRange WithinLikely(RowRange grown, RowRange used, RowRange likely) {
   return {used.first >= likely.first ? std::max(grown.first, likely.first) : grown.first,
           used.end <= likely.end ? std::min(grown.end, likely.end) : grown.end};

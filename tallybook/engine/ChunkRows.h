@@ -1,5 +1,5 @@
-// The figures of one account for consecutive records, in memory: as many rows of a chunk as are in use. What a book takes
-// in memory so goes by its figures, not by the size of its chunks.
+// The figures of one account for consecutive records, in memory: as many rows of a chunk as are in use. What a book
+// takes in memory so goes by its figures, not by the size of its chunks.
 #pragma once
 
 #include <cstddef>
@@ -41,9 +41,9 @@ class ChunkRows {
     return Holds(row) ? figures_.data() + (row - range_.first) * fields : nullptr;
   }
 
-  // The figures of a row for writing. A row that was not held comes with zeros, and with some neighbours, so that a walk
-  // from row to row finds most of them held; the figures of all rows may move then. Of the neighbours only those are
-  // taken that lie in `likely`, the rows that are likely to be written.
+  // The figures of a row for writing. A row that was not held comes with zeros, and with some neighbours, so that a
+  // walk from row to row finds most of them held; the figures of all rows may move then. Of the neighbours only those
+  // are taken that lie in `likely`, the rows that are likely to be written.
   [[nodiscard]] Double* Hold(std::size_t row, const ChunkShape& shape, RowRange likely);
   [[nodiscard]] Double* Hold(std::size_t row, const ChunkShape& shape) { return Hold(row, shape, {0, shape.rows}); }
 

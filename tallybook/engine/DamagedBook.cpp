@@ -13,8 +13,8 @@ namespace tallybook::engine {
 
 namespace {
 
-// Puts what a log beside the file holds into it, as far as that can be read, so that no name is needed from then on. The
-// version of the schema is told by the first page alone: reading it opens the log, and what is damaged shows later.
+// Puts what a log beside the file holds into it, as far as that can be read, so that no name is needed from then on.
+// The version of the schema is told by the first page alone: reading it opens the log, and what is damaged shows later.
 void TakeInLog(Database& database) {
   sqlite3_exec(database.Handle(), "PRAGMA locking_mode = EXCLUSIVE; PRAGMA synchronous = OFF; PRAGMA schema_version",
                nullptr, nullptr, nullptr);

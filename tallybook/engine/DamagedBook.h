@@ -1,5 +1,5 @@
-// A copy of a damaged book that is read however much is wrong with it. What the file is, and what stands beside it, stays.
-// One thread.
+// A copy of a damaged book that is read however much is wrong with it. What the file is, and what stands beside it,
+// stays. One thread.
 #pragma once
 
 #include "base/Failure.h"
@@ -27,8 +27,8 @@ class DamagedBook {
  public:
   // Copies the book and its log to among the system's temporary files, and opens the copy.
   //   path   one that ResolvedBookPath gave
-  //   fails  75 for what does not look like a book at all, 70 where a writer is at work in it, 61 and 57 where there can
-  //          be no copy; WorkCancelled while it is made
+  //   fails  75 for what does not look like a book at all, 70 where a writer is at work in it, 61 and 57 where there
+  //          can be no copy; WorkCancelled while it is made
   explicit DamagedBook(const Text& path, WorkWatch& watch = Unwatched());
 
   [[nodiscard]] const Text& Path() const { return hold_.Path(); }
@@ -39,7 +39,8 @@ class DamagedBook {
   // What is wrong with the log; empty where nothing is.
   [[nodiscard]] const Text& LogTrouble() const { return log_trouble_; }
 
-  // Finds the description, and by it the format. Gives what is wrong with it: nothing where it agrees with its checksum.
+  // Finds the description, and by it the format. Gives what is wrong with it: nothing where it agrees with its
+  // checksum.
   //   fails  57 where there is none to be had, or where it is damaged and not to be taken `as_it_reads`
   Text LoadDescription(bool as_it_reads);
   // From then on.

@@ -150,7 +150,8 @@ Database::Database(const Text& path, const Text& file, Mode mode)
       }
       break;
     case Mode::kReadOnly:
-      // Open for writing, and held to reading by the pragma, it clears the log's index away when it is the last to close.
+      // Open for writing, and held to reading by the pragma, it clears the log's index away when it is the last to
+      // close.
       Open(file, SQLITE_OPEN_READWRITE);
       Execute("SELECT 1 FROM sqlite_master; PRAGMA query_only = ON");
       break;

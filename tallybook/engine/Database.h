@@ -102,8 +102,8 @@ class Database {
   void BeginReading();
   void EndReading();
 
-  // Statements end with WorkCancelled where the work is not wanted any more; what they had changed is taken back. `watch`
-  // outlives the last of them.
+  // Statements end with WorkCancelled where the work is not wanted any more; what they had changed is taken back.
+  // `watch` outlives the last of them.
   void SetWatch(WorkWatch& watch);
 
   // Puts all pages as this connection sees them, with what its log holds, into the file of another, which is empty.

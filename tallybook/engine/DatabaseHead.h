@@ -1,4 +1,5 @@
-// The first bytes of a book's file (SQLite file format, "The Database Header"), without which nothing of it can be read.
+// The first bytes of a book's file (SQLite file format, "The Database Header"), without which nothing of it can be
+// read.
 #pragma once
 
 #include "base/Types.h"

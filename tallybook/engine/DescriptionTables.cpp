@@ -210,8 +210,8 @@ void PutLayouts(Database& database, const StoredDescription& stored) {
   }
 }
 
-// How many rows both lists begin with. Codes and numbers are each there once, so the rows behind are taken away together
-// before new ones come.
+// How many rows both lists begin with. Codes and numbers are each there once, so the rows behind are taken away
+// together before new ones come.
 template <typename Row>
 std::size_t CommonRows(const std::vector<Row>& before, const std::vector<Row>& after) {
   const auto places = std::mismatch(before.begin(), before.end(), after.begin(), after.end());

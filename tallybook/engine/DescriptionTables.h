@@ -19,8 +19,8 @@ void SealDescription(Database& database, const StoredDescription& stored, Long f
 // Whether a description has to agree with its checksum. One that need not is still sound in itself.
 enum class Trust { kChecksum, kAsItReads };
 
-// Reads it. What it gives is sound: failure 57 for what does not agree with its checksum (from format 2 on), 5 or 57 for
-// a file that was changed by something else.
+// Reads it. What it gives is sound: failure 57 for what does not agree with its checksum (from format 2 on), 5 or 57
+// for a file that was changed by something else.
 [[nodiscard]] StoredDescription LoadDescription(Database& database, Long format, Trust trust = Trust::kChecksum);
 
 }  // namespace tallybook::engine

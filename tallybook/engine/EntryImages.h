@@ -19,8 +19,8 @@
 
 namespace tallybook::engine {
 
-// Rows of a chunk that an entry wrote, and what stood in them before; rows that are not held were zeros. Of an entry that
-// keeps no images the bits alone count.
+// Rows of a chunk that an entry wrote, and what stood in them before; rows that are not held were zeros. Of an entry
+// that keeps no images the bits alone count.
 struct EntryRows {
   std::int64_t key = -1;
   RowBits rows;

@@ -1,5 +1,5 @@
-// What an entry of the journal keeps beside its figures: the files that were read, and what the application tells of the
-// run. Plain values.
+// What an entry of the journal keeps beside its figures: the files that were read, and what the application tells of
+// the run. Plain values.
 #pragma once
 
 #include <cstddef>

@@ -30,7 +30,8 @@ auto& RowIn(Rows& journal, Long id) {
   return *std::ranges::find(journal, id, [](const JournalRow& row) { return row.entry.id; });
 }
 
-// A directory that keeps up with what a transaction stores knows nothing at its end, for the transaction may be dropped.
+// A directory that keeps up with what a transaction stores knows nothing at its end, for the transaction may be
+// dropped.
 class ClearedDirectory {
  public:
   explicit ClearedDirectory(ChunkDirectory& directory) : directory_(directory) { directory_.Clear(); }

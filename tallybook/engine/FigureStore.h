@@ -84,11 +84,11 @@ class FigureStore {
   // Commits; what was committed is on the disk when this returns. Not within a whole.
   void Settle();
 
-  // Commits, and makes one transaction of all that is written from here to KeepWhole, which stores it, or to DropWhole or
-  // the end of this, after which nothing of it is there, here and in the file. It begins with the first write, so that a
-  // book of an older format is brought up to date by then. A part of it that cannot be written spoils the whole: all that
-  // writes, or reads from the file, fails from then on. Where KeepWhole fails nothing is stored, and DropWhole is due.
-  // No entry is open behind BeginWhole and DropWhole.
+  // Commits, and makes one transaction of all that is written from here to KeepWhole, which stores it, or to DropWhole
+  // or the end of this, after which nothing of it is there, here and in the file. It begins with the first write, so
+  // that a book of an older format is brought up to date by then. A part of it that cannot be written spoils the whole:
+  // all that writes, or reads from the file, fails from then on. Where KeepWhole fails nothing is stored, and DropWhole
+  // is due. No entry is open behind BeginWhole and DropWhole.
   void BeginWhole();
   void KeepWhole();
   void DropWhole();
@@ -100,11 +100,11 @@ class FigureStore {
   void BeginEntry(const JournalEntry& entry, const EntryNotes& notes = {});
   // Commits and closes the entry, in one transaction.
   void EndEntry();
-  // Stores another description with an entry of its own, in one transaction; ends an entry that is open, and forgets the
-  // current row. Where a change makes rows so long that chunks outgrow a page by far, all are stored anew, which takes as
-  // long as an import of them. `change` tells an entry of kind kLists what it was; an undo takes back the entry that it names. All
-  // positions, rows and records are those of the new description from then on. A command of 0 is a new one. Gives the
-  // number of the command.
+  // Stores another description with an entry of its own, in one transaction; ends an entry that is open, and forgets
+  // the current row. Where a change makes rows so long that chunks outgrow a page by far, all are stored anew, which
+  // takes as long as an import of them. `change` tells an entry of kind kLists what it was; an undo takes back the
+  // entry that it names. All positions, rows and records are those of the new description from then on. A command of 0
+  // is a new one. Gives the number of the command.
   Long ChangeDescription(const std::shared_ptr<const StoredDescription>& changed, const JournalEntry& entry,
                          const Text& change);
   // What the change of an entry of kind kLists was.
@@ -114,8 +114,8 @@ class FigureStore {
   [[nodiscard]] Long Command() const { return entry_row_.entry.command; }
   // The number of the entry that was opened last; 0 where it is not in the file yet.
   [[nodiscard]] Long LastEntry() const { return entry_row_.entry.id; }
-  // The notes of an entry; SaveNotes puts others in the place of those of each entry by its id, in one transaction. Failure 5
-  // for an id that is none, and nothing is changed.
+  // The notes of an entry; SaveNotes puts others in the place of those of each entry by its id, in one transaction.
+  // Failure 5 for an id that is none, and nothing is changed.
   [[nodiscard]] EntryNotes NotesOf(Long id);
   void SaveNotes(const std::map<Long, EntryNotes>& notes);
   // The same for the entries' texts kDueText; an empty one is taken away.
@@ -123,13 +123,13 @@ class FigureStore {
   [[nodiscard]] std::vector<JournalEntry> Entries();
   // Takes entries back, in the order given, in one transaction; it ends an entry that is open, and forgets the current
   // row. They must keep images and not be undone. Each leaves an entry like `undo`, all of one command, whose number
-  // this gives. `outcome` gets what became of the figures; where the request is not to be carried out then, all of it is
-  // dropped, with UndoDropped.
+  // this gives. `outcome` gets what became of the figures; where the request is not to be carried out then, all of it
+  // is dropped, with UndoDropped.
   Long Undo(const std::vector<JournalEntry>& entries, const JournalEntry& undo, const UndoRequest& request,
             UndoOutcome& outcome);
 
-  // Drops the images of all entries up to the last that was opened before a date, in one transaction; gives those that had
-  // some.
+  // Drops the images of all entries up to the last that was opened before a date, in one transaction; gives those that
+  // had some.
   std::vector<JournalEntry> DropImagesBefore(Date date);
   // The rows of an image of an entry, in chunks as they were then (ShapeOf).
   void DecodeImage(Long entry, std::int64_t key, std::span<const std::byte> image, ChunkRows& rows) const {
@@ -187,8 +187,8 @@ class FigureStore {
     std::int64_t row = 0;
     Checksum checksum = 0;
   };
-  // A chunk's mark as the file has it: bits that differ from the chunk's own only where the file had some that the chunk
-  // lost with the cache.
+  // A chunk's mark as the file has it: bits that differ from the chunk's own only where the file had some that the
+  // chunk lost with the cache.
   struct MarkedAs {
     std::int64_t image = 0;
     Checksum checksum = 0;
@@ -248,8 +248,8 @@ class FigureStore {
   Checksum Decode(const ChunkShape& shape, std::int64_t key, std::span<const std::byte> bytes, ChunkRows& rows) const;
   [[noreturn]] void FailDamaged(std::int64_t key, const Text& what) const { FailDamaged(shape_, key, what); }
   [[noreturn]] void FailDamaged(const ChunkShape& shape, std::int64_t key, const Text& what) const;
-  // Within a transaction: takes one entry of the journal back, whose rows are all here. What was written for each chunk is
-  // told by `figures`.
+  // Within a transaction: takes one entry of the journal back, whose rows are all here. What was written for each chunk
+  // is told by `figures`.
   void UndoEntry(JournalRow row, JournalRow undo, EntryImages& images, FigureUndo& figures, AccountSums& sums);
   // Puts rows of a chunk back, and gives the undo its mark and its image of the chunk as it is before that.
   void Restore(const EntryRows& rows, FigureUndo& figures, JournalRow& undo, AccountSums& sums);

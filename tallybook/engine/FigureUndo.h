@@ -1,8 +1,8 @@
 // What an undo makes of figures: those that an entry changed go back to what they were, and what others did to the same
 // records stays. Chunk by chunk, in memory; reading and writing chunks is the caller's business.
 //
-// A figure was changed by an entry where its image and the next later image of the record differ; where no later entry wrote
-// the record, the image and the book. One thread.
+// A figure was changed by an entry where its image and the next later image of the record differ; where no later entry
+// wrote the record, the image and the book. One thread.
 #pragma once
 
 #include <cstdint>
@@ -33,14 +33,14 @@ class FigureUndo {
     FigureSet* told = nullptr;  // where several entries are undone: figures that were found changed since
   };
 
-  // Of one entry of the journal, whose rows are all here, oldest first. What is found is added to `outcome`. All outlive
-  // it.
+  // Of one entry of the journal, whose rows are all here, oldest first. What is found is added to `outcome`. All
+  // outlive it.
   FigureUndo(const Means& means, UndoWay way, std::size_t most_listed, const std::vector<JournalRow>& journal,
              const JournalRow& entry, UndoOutcome& outcome);
 
   // Puts rows of a chunk to what they are to be: `now` is what stands there. Gives the rows that differ then.
-  //   fails   57 where an image is damaged; 5 where amounts cannot be told because a later entry kept no figures, 6 where
-  //           taking one out gives no figure
+  //   fails   57 where an image is damaged; 5 where amounts cannot be told because a later entry kept no figures, 6
+  //           where taking one out gives no figure
   [[nodiscard]] RowBits Apply(const EntryRows& rows, ChunkRows& now);
 
  private:

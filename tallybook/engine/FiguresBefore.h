@@ -19,8 +19,8 @@ class FiguresBefore {
   FiguresBefore(Book& book, const JournalEntry& entry);
 
   // Turns to a record. False where of none of its figures can be told what it was: the entry kept no figures or did not
-  // write the record, it is of the first format, or the book has no such date. Quick where one asks for the records of an
-  // account one after another. Failure 57 where the image is damaged.
+  // write the record, it is of the first format, or the book has no such date. Quick where one asks for the records of
+  // an account one after another. Failure 57 where the image is damaged.
   [[nodiscard]] bool Select(Long account_number, Date date);
   // A figure of that record; nothing where Select gave false, and for a field that the book does not have.
   [[nodiscard]] std::optional<Double> Of(Integer field_number) const {

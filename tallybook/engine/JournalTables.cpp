@@ -13,8 +13,8 @@ namespace tallybook::engine {
 
 namespace {
 
-// What stands before a mark's bits while its checksum is made, and not in the file. Both are the items of a Digest; there
-// is a mark for each chunk that an import writes, so they are put together in one place that is used again.
+// What stands before a mark's bits while its checksum is made, and not in the file. Both are the items of a Digest;
+// there is a mark for each chunk that an import writes, so they are put together in one place that is used again.
 struct MarkHead {
   std::int64_t entry;
   std::int64_t key;

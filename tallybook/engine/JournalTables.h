@@ -39,8 +39,8 @@ class JournalTables {
   // Writes an entry: a new one where its id is 0, which it is given then.
   void Save(JournalRow& row);
 
-  // A text of an entry under a name. Failure 57 where it is damaged, and of TextOf where there is none. The row counts what
-  // is saved, and has to be saved behind it.
+  // A text of an entry under a name. Failure 57 where it is damaged, and of TextOf where there is none. The row counts
+  // what is saved, and has to be saved behind it.
   void SaveText(JournalRow& row, const Text& name, const Text& value);
   [[nodiscard]] std::optional<Text> FindText(Long entry, const Text& name);
   [[nodiscard]] Text TextOf(Long entry, const Text& name);
@@ -49,8 +49,8 @@ class JournalTables {
   // The texts of all entries under a name, by entry. Failure 57 where one is damaged.
   [[nodiscard]] std::map<Long, Text> TextsNamed(const Text& name);
 
-  // The notes of an entry that has been stored: its files, and its text kFactsText. SaveNotes puts others in their place; the row
-  // has to be saved behind it. Failure 57 where a text or file of the entry is damaged or missing.
+  // The notes of an entry that has been stored: its files, and its text kFactsText. SaveNotes puts others in their
+  // place; the row has to be saved behind it. Failure 57 where a text or file of the entry is damaged or missing.
   [[nodiscard]] EntryNotes NotesOf(const JournalRow& row);
   void SaveNotes(JournalRow& row, const EntryNotes& notes);
   // Its files alone, each held against its checksum, whatever their number should be.
@@ -76,8 +76,8 @@ class JournalTables {
   // The same for the mark of one chunk; false where there is none.
   bool VisitMark(Long entry, std::int64_t key, const MarkVisitor& visit);
 
-  // Takes the images of an entry away; its marks stay, and say so. The row has to be saved behind it. Failure 57 where a
-  // mark is damaged or missing.
+  // Takes the images of an entry away; its marks stay, and say so. The row has to be saved behind it. Failure 57 where
+  // a mark is damaged or missing.
   void DropImages(JournalRow& row);
 
  private:

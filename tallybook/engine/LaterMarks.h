@@ -14,8 +14,8 @@ namespace tallybook::engine {
 
 class LaterMarks {
  public:
-  // `later` are the entries behind that one, oldest first. What is kept in memory goes by the chunks of the entry; what is
-  // read, by its chunks or by those of the later entries, whichever are less.
+  // `later` are the entries behind that one, oldest first. What is kept in memory goes by the chunks of the entry; what
+  // is read, by its chunks or by those of the later entries, whichever are less.
   LaterMarks(EntryImages& images, const JournalRow& entry, std::span<const JournalRow> later);
 
   // The places in `later` of those that wrote records of the chunk again, oldest first, up to where each of the records

@@ -1,5 +1,5 @@
-// Where a figure came from: every entry of the journal that changed it, told from the images. What an entry found is the
-// row of its image; what it left is what the next entry that wrote the row has found, or what stands in the book.
+// Where a figure came from: every entry of the journal that changed it, told from the images. What an entry found is
+// the row of its image; what it left is what the next entry that wrote the row has found, or what stands in the book.
 // One thread.
 #pragma once
 
@@ -23,8 +23,8 @@ struct FigureChange {
 struct FigureHistory {
   std::vector<FigureChange> changes;  // oldest first; the last one's `after` is `value`
   Double value = 0;                   // what stands in the book
-  // The newest entry that kept no figures from before, or of which nothing is known any more: what the figure was before it
-  // cannot be told. 0 where all of it is told.
+  // The newest entry that kept no figures from before, or of which nothing is known any more: what the figure was
+  // before it cannot be told. 0 where all of it is told.
   Long unknown_before = 0;
   bool of_first_format = false;  // the book is, and none of its entries tells which figures it changed
 };

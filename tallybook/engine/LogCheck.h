@@ -6,9 +6,9 @@
 
 namespace tallybook::engine {
 
-// What is wrong with a write-ahead log (SQLite file format, "The WAL File Format"), a sentence; empty where nothing is, and
-// where there is no log. A log that was cut between two of its pages cannot be told from one that is whole. Nothing is
-// locked, and the file must not be open in this process.
+// What is wrong with a write-ahead log (SQLite file format, "The WAL File Format"), a sentence; empty where nothing is,
+// and where there is no log. A log that was cut between two of its pages cannot be told from one that is whole. Nothing
+// is locked, and the file must not be open in this process.
 [[nodiscard]] Text LogTrouble(const Text& path);
 
 }  // namespace tallybook::engine

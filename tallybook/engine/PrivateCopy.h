@@ -7,14 +7,14 @@
 
 namespace tallybook::engine {
 
-// The copy has no name while it is made, where the system can do that. Then it has one for as long as it takes to open it,
-// in a folder of its own in the system's folder for temporary files, which nobody else can enter. What a process that was
-// killed has left there the next copy takes away.
+// The copy has no name while it is made, where the system can do that. Then it has one for as long as it takes to open
+// it, in a folder of its own in the system's folder for temporary files, which nobody else can enter. What a process
+// that was killed has left there the next copy takes away.
 class PrivateCopy {
  public:
   // Copies what `book` holds, and its log. Where a writer changes either meanwhile, the copy is made again.
-  //   fails   70 where a writer gives no time for a copy, or where the log may not be read; 61, 57 where the copy cannot
-  //           be written; WorkCancelled
+  //   fails   70 where a writer gives no time for a copy, or where the log may not be read; 61, 57 where the copy
+  //           cannot be written; WorkCancelled
   explicit PrivateCopy(const BookHold& book, WorkWatch& watch = Unwatched());
   ~PrivateCopy();
   PrivateCopy(const PrivateCopy&) = delete;

@@ -46,8 +46,8 @@ class SqliteStorage final : public BookStorage {
   void CommitWriting() override;
   void DropWriting() noexcept override;
 
-  // New rows are put at the end of the table whatever their key, so that a walk over dates, which writes one chunk of each
-  // account in turn, never makes room between others.
+  // New rows are put at the end of the table whatever their key, so that a walk over dates, which writes one chunk of
+  // each account in turn, never makes room between others.
   [[nodiscard]] std::int64_t InsertChunk(std::int64_t key, std::span<const std::byte> figures) override;
   void UpdateChunk(std::int64_t row, std::span<const std::byte> figures) override;
   void DeleteChunk(std::int64_t row) override;

@@ -1,5 +1,5 @@
-// The chunks in a book's file, found by their keys. Keys that are asked for in rising order, as a pass over all accounts
-// does, are found by one walk over the file, a step each; any other key costs a search. One thread.
+// The chunks in a book's file, found by their keys. Keys that are asked for in rising order, as a pass over all
+// accounts does, are found by one walk over the file, a step each; any other key costs a search. One thread.
 #pragma once
 
 #include <cstddef>

@@ -1,11 +1,12 @@
 // A book's description as its storage keeps it: with what only the storage need know.
 //
-// A figure's place in a stored row is its field's slot, counted from 0. A field keeps its slot for good: one that is added
-// gets the next, one that is removed leaves its own behind with what stands there, and one that is moved has the same as
-// before. So a row that was stored earlier reads as it should: what it lacks at its end is zero.
+// A figure's place in a stored row is its field's slot, counted from 0. A field keeps its slot for good: one that is
+// added gets the next, one that is removed leaves its own behind with what stands there, and one that is moved has the
+// same as before. So a row that was stored earlier reads as it should: what it lacks at its end is zero.
 //
-// A chunk of a book whose rows have become much longer than those it was made with would outgrow a page by far. Then all
-// chunks are stored anew with fewer rows each (WithLayoutThatFits); what the journal keeps from before stays as it is.
+// A chunk of a book whose rows have become much longer than those it was made with would outgrow a page by far. Then
+// all chunks are stored anew with fewer rows each (WithLayoutThatFits); what the journal keeps from before stays as it
+// is.
 #pragma once
 
 #include <algorithm>
@@ -51,12 +52,12 @@ struct StoredDescription {
 // What the marks and images of an entry of the journal are made of.
 [[nodiscard]] ChunkShape ShapeOf(const StoredDescription& stored, Long entry);
 
-// What becomes of `before` when its description becomes `after`, which is sound and may follow it (BookGrowth.h): numbers
-// that are gone are retired, fields that are new get slots.
+// What becomes of `before` when its description becomes `after`, which is sound and may follow it (BookGrowth.h):
+// numbers that are gone are retired, fields that are new get slots.
 [[nodiscard]] StoredDescription Grown(const StoredDescription& before, const BookDescription& after);
 
-// The same description, with as many rows to a chunk as a new book with such rows has, where chunks as they are would outgrow
-// a page by far: `entry` is the last one of the journal that was made with them. What fits stays.
+// The same description, with as many rows to a chunk as a new book with such rows has, where chunks as they are would
+// outgrow a page by far: `entry` is the last one of the journal that was made with them. What fits stays.
 [[nodiscard]] StoredDescription WithLayoutThatFits(const StoredDescription& stored, Long entry);
 
 }  // namespace tallybook::engine

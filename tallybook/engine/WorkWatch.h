@@ -1,5 +1,5 @@
-// Who watches long work on a whole book: backups, restores, checks, compacting and salvage tell how far they are, and end where
-// they are not wanted any more. It is asked on the thread that works.
+// Who watches long work on a whole book: backups, restores, checks, compacting and salvage tell how far they are, and
+// end where they are not wanted any more. It is asked on the thread that works.
 #pragma once
 
 #include <exception>
@@ -8,8 +8,8 @@
 
 namespace tallybook::engine {
 
-// The user does not want the work any more. It is no Failure, so that nothing goes on behind it as it does behind damage. What
-// the work had made by then is taken away on the way out, and what was there before is as it was.
+// The user does not want the work any more. It is no Failure, so that nothing goes on behind it as it does behind
+// damage. What the work had made by then is taken away on the way out, and what was there before is as it was.
 class WorkCancelled final : public std::exception {
  public:
   [[nodiscard]] const char* what() const noexcept override { return "cancelled"; }

@@ -1,5 +1,5 @@
-// A comma-separated file as a look goes through it: cut into fields by the import's own reader, each with what stood in the
-// file and on which line. A field may be put back, for whoever has to look ahead.
+// A comma-separated file as a look goes through it: cut into fields by the import's own reader, each with what stood in
+// the file and on which line. A field may be put back, for whoever has to look ahead.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// What a look through a comma-separated file has found so far, and how it tells of it: findings with their place in the file,
-// and the pieces that the file is made of.
+// What a look through a comma-separated file has found so far, and how it tells of it: findings with their place in the
+// file, and the pieces that the file is made of.
 #pragma once
 
 #include <limits>
@@ -49,8 +49,8 @@ class CsvFindings {
   }
   void LookAtQuotes(const CsvFields& fields);
 
-  // The next piece of the file, behind its findings. In a run of fields it becomes a line: the parts of the file are looked
-  // at, too, and what is left of a run may read like lines.
+  // The next piece of the file, behind its findings. In a run of fields it becomes a line: the parts of the file are
+  // looked at, too, and what is left of a run may read like lines.
   void Pass(Piece piece, const CsvFields& fields, bool is_of_lines);
 
   [[nodiscard]] bool AtEnd() { return tally_.cancelled || file_.AtEnd(); }  // or of the user's patience

@@ -259,8 +259,8 @@ class CsvLookRun {
     date_ = LevelOf(masterfile_, date);
   }
 
-  // The audit takes a period's number for a day of the month before the year's first; the import takes it for a month, and
-  // looks no further.
+  // The audit takes a period's number for a day of the month before the year's first; the import takes it for a month,
+  // and looks no further.
   void LookAtPeriod(const CsvFields& record, const CsvDate& date) {
     const Integer year = FixYear(date.year);
     if (!masterfile_.DateValid(DateFromParts(year, date.month, date.day))) {

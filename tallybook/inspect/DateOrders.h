@@ -1,4 +1,5 @@
-// Which orders of month, day and year the dates of a delimited file can be read in: all dates must exist and be of the book.
+// Which orders of month, day and year the dates of a delimited file can be read in: all dates must exist and be of the
+// book.
 #pragma once
 
 #include <array>
@@ -53,8 +54,8 @@ struct DateOrders {
 //   "no order of month, day and year fits all dates: line 1 "13/02/2004" rules out MDY and YMD, line 2 ..."
 [[nodiscard]] Text Tell(const DateOrders& orders);
 
-// The one order that fits all dates of the file. Where its lines end in a way that is not to be read, which the look tells of,
-// no date can be read either: it is the first order then. Nothing where the user ended the look at them.
+// The one order that fits all dates of the file. Where its lines end in a way that is not to be read, which the look
+// tells of, no date can be read either: it is the first order then. Nothing where the user ended the look at them.
 //   fails  5 with the file and what Tell says where none fits, or more than one; and as FindDateOrders
 [[nodiscard]] std::optional<Integer> FittingDateOrder(Masterfile& masterfile, const Text& file,
                                                       const DelimitedForm& form);

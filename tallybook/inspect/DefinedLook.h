@@ -16,7 +16,8 @@ struct DefinedLookRequest {
   Integer math = static_cast<Integer>(eMath::mAdd);
 };
 
-// Tells `listener` as LookAtQdx does, and behind it what the host's rules say. Nothing of the book, its companions and the file is changed.
+// Tells `listener` as LookAtQdx does, and behind it what the host's rules say. Nothing of the book, its companions and
+// the file is changed.
 //   files  those of the installed platform
 //   fails  as LookAtQdx, NeedDefinition and ImportHistory
 QdxLookTally LookByDefinition(application::WholeFiles& files, engine::Book& book, const DefinedLookRequest& request,

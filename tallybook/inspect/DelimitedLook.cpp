@@ -102,8 +102,8 @@ class DelimitedLookRun {
     LookAtPairs(line);
   }
 
-  // The audit passes over such a line, but for one that begins with the line feed of the line before; to the import each
-  // is a record of the date that no parts make.
+  // The audit passes over such a line, but for one that begins with the line feed of the line before; to the import
+  // each is a record of the date that no parts make.
   void LookAtBlankLine(std::string_view line, bool audit_passes) {
     const Text what = IsComment(line) ? "is a comment, which " : "has no text, which ";
     const Text text = TextOf(line.substr(std::min(line.find_first_not_of('\n'), line.size())));

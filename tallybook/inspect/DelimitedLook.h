@@ -22,8 +22,8 @@ struct DelimitedLookRequest {
   DelimitedForm form = {};
 };
 
-// Tells `listener` of all findings and pieces, in the file's order; each piece is a line. Moves the book's calendar, and
-// shows progress. A file whose lines end in LF, which are not to be read so, has this one finding.
+// Tells `listener` of all findings and pieces, in the file's order; each piece is a line. Moves the book's calendar,
+// and shows progress. A file whose lines end in LF, which are not to be read so, has this one finding.
 //   fails  53, 70, 75, 76 with the path, where the file cannot be opened; 57 where it cannot be read
 LookTally LookAtDelimited(Masterfile& masterfile, const DelimitedLookRequest& request, FindingListener& listener);
 

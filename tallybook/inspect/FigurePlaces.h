@@ -1,5 +1,5 @@
-// Which figures a file has named so far, by account, date and field: a bit for each, so that a file of many millions can
-// be looked through. A record takes 4 bytes for each account of its date and a bit for each field of the book.
+// Which figures a file has named so far, by account, date and field: a bit for each, so that a file of many millions
+// can be looked through. A record takes 4 bytes for each account of its date and a bit for each field of the book.
 #pragma once
 
 #include <cstdint>

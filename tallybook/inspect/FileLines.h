@@ -1,6 +1,6 @@
-// The lines of a text file around one of them, for whoever shows where a finding stands. Lines end in CR, LF or the pair of
-// them, as findings count them. Where lines begin is remembered every now and then, so that a large file is gone through
-// once. One thread.
+// The lines of a text file around one of them, for whoever shows where a finding stands. Lines end in CR, LF or the
+// pair of them, as findings count them. Where lines begin is remembered every now and then, so that a large file is
+// gone through once. One thread.
 #pragma once
 
 #include <optional>
@@ -53,8 +53,9 @@ class FileLines {
   long long line_ = 1;                   // at which the stream stands
 };
 
-// Where in its line the text of a finding stands, in bytes: in the field that it names, or else where it is found first; the
-// field itself where it has no text. Nothing where the line does not have it, or where all of the line is meant.
+// Where in its line the text of a finding stands, in bytes: in the field that it names, or else where it is found
+// first; the field itself where it has no text. Nothing where the line does not have it, or where all of the line is
+// meant.
 //   separators  between the fields of a line
 struct TextSpan {
   std::size_t begin = 0;

@@ -30,8 +30,8 @@ struct Finding {
   Effect effect = Effect::kSilent;
   Text reason;  // "is read as 1.5: what stands behind it is passed over"
   Text help;    // what would mend it: "write 1500.25"; may be empty
-  // Of an exchange file, where there is such a thing: the byte that it stands at, counted from the file's start, and what
-  // figure or figures it is about, as the file tells of them: an account's code, a date, a field's number.
+  // Of an exchange file, where there is such a thing: the byte that it stands at, counted from the file's start, and
+  // what figure or figures it is about, as the file tells of them: an account's code, a date, a field's number.
   std::optional<long long> offset = {};
   std::optional<Text> account = {};
   std::optional<Date> date = {};

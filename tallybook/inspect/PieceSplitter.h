@@ -1,6 +1,6 @@
-// Parts a text file in two while it is looked at: what must be mended, and what is sound, each in the file's own form, so
-// that both can be imported. The header stands in both. Records whose date must be mended go with it; a change of the
-// date stands in a part before the first record there that depends on it.
+// Parts a text file in two while it is looked at: what must be mended, and what is sound, each in the file's own form,
+// so that both can be imported. The header stands in both. Records whose date must be mended go with it; a change of
+// the date stands in a part before the first record there that depends on it.
 #pragma once
 
 #include <functional>

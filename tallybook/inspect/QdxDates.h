@@ -1,5 +1,5 @@
-// The dates of an exchange file held against a book: whether the book has them, and which week or period of the book the
-// figures of which of them go into.
+// The dates of an exchange file held against a book: whether the book has them, and which week or period of the book
+// the figures of which of them go into.
 #pragma once
 
 #include <map>

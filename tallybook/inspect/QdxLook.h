@@ -1,6 +1,6 @@
-// A look at an exchange file before it is imported by a definition (docs/exchange-file.md): all that breaks the rules of
-// the format, what the import would refuse the file for or ask about, what would end it half way, and what it takes, joins
-// or leaves out in silence. The tables are read and matched by the import's own units, and nothing is written.
+// A look at an exchange file before it is imported by a definition (docs/exchange-file.md): all that breaks the rules
+// of the format, what the import would refuse the file for or ask about, what would end it half way, and what it takes,
+// joins or leaves out in silence. The tables are read and matched by the import's own units, and nothing is written.
 #pragma once
 
 #include "base/Types.h"

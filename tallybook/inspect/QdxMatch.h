@@ -1,5 +1,5 @@
-// An exchange definition held against the tables of a file and of a book, as the import holds it: which account and field
-// of the file goes where, what the import would refuse the file for, and what it joins or passes over in silence.
+// An exchange definition held against the tables of a file and of a book, as the import holds it: which account and
+// field of the file goes where, what the import would refuse the file for, and what it joins or passes over in silence.
 #pragma once
 
 #include <functional>

@@ -1,5 +1,5 @@
-// The tables of an exchange file as an import reads them, and whether they have changed since the last import: the import
-// asks about it (CompareWithLastImport).
+// The tables of an exchange file as an import reads them, and whether they have changed since the last import: the
+// import asks about it (CompareWithLastImport).
 #pragma once
 
 #include <memory>
@@ -16,9 +16,9 @@ namespace tallybook::inspect {
 //          reader has no room for; 11 for fields without accounts; and as a file that cannot be opened or read
 [[nodiscard]] std::unique_ptr<HeaderRecord> ReadTablesOf(const Text& path);
 
-// Tells of each difference from the file that was imported last, of which `archive_copy` is the copy: counts, accounts row by
-// row, and fields where they are matched by rows. Nothing where there is no copy that can be read, and for a definition
-// that depends on nothing of the tables.
+// Tells of each difference from the file that was imported last, of which `archive_copy` is the copy: counts, accounts
+// row by row, and fields where they are matched by rows. Nothing where there is no copy that can be read, and for a
+// definition that depends on nothing of the tables.
 void TellChangedTables(const DefinitionRecord& definition, const Text& archive_copy, const HeaderRecord& header,
                        const TellFinding& tell);
 

@@ -1,5 +1,6 @@
 // The bytes of a text file from its first to its last, beside a reader that takes it apart: what exactly stood where a
-// field or a line was read, and on which line. Lines end in CR, LF or the pair of them, whatever the reader's rules say.
+// field or a line was read, and on which line. Lines end in CR, LF or the pair of them, whatever the reader's rules
+// say.
 #pragma once
 
 #include <string>

@@ -65,8 +65,8 @@ Text WriteWords(const std::vector<Text>& numbers, const Text& otherwise) {
   return "write " + numbers.front() + (numbers.size() > 1 ? " or " + numbers[1] : "");
 }
 
-// Digits with the marks between them, of a number that people wrote; everything around it is taken off. `negative` where
-// a minus or brackets stood there.
+// Digits with the marks between them, of a number that people wrote; everything around it is taken off. `negative`
+// where a minus or brackets stood there.
 Text CoreOf(Text text, bool& negative) {
   // The blanks that typesetters put between thousands, and currencies' signs, each as one plain blank.
   for (const char* sign : {"\xC2\xA0", "\xE2\x80\xAF", "\xE2\x80\x89", "\xE2\x82\xAC", "\xC2\xA3", "\xC2\xA5"}) {

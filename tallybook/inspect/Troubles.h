@@ -1,5 +1,5 @@
-// What can be wrong with one text of a file that is to be a number, a date, an account's code or a field's number, whether
-// the import would refuse it or take it for something else. Each gives nothing where all is well.
+// What can be wrong with one text of a file that is to be a number, a date, an account's code or a field's number,
+// whether the import would refuse it or take it for something else. Each gives nothing where all is well.
 #pragma once
 
 #include <optional>
@@ -25,8 +25,9 @@ struct Trouble {
   Text help;
 };
 
-// The numbers that a text may have been meant for, where it holds thousands marks, a decimal comma, a currency, a percent
-// sign, a minus behind it or brackets around it: "1.234,50" gives 1234.50, "1,234" gives 1234 and 1.234, "12 EUR" gives
+// The numbers that a text may have been meant for, where it holds thousands marks, a decimal comma, a currency, a
+// percent sign, a minus behind it or brackets around it: "1.234,50" gives 1234.50, "1,234" gives 1234 and 1.234, "12
+// EUR" gives
 // 12. Each is written so that the imports read it. Empty where it is no such number.
 [[nodiscard]] std::vector<Text> MeantNumbers(const Text& text);
 
@@ -35,8 +36,8 @@ struct Trouble {
 [[nodiscard]] std::optional<Trouble> LooseNumberTrouble(const Text& text);
 [[nodiscard]] std::optional<Trouble> LooseWholeTrouble(const Text& text, long long lowest, long long highest);
 
-// A text that must be a number as a whole, and one that must be a whole number (WholeNumberText, WholeLongText): what is
-// wrong ends the import.
+// A text that must be a number as a whole, and one that must be a whole number (WholeNumberText, WholeLongText): what
+// is wrong ends the import.
 [[nodiscard]] std::optional<Trouble> StrictNumberTrouble(const Text& text);
 [[nodiscard]] std::optional<Trouble> StrictWholeTrouble(const Text& text);
 

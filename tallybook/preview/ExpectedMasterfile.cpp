@@ -158,7 +158,8 @@ void ExpectedMasterfile::Visit(const FiguresVisitor& visit) {
   figures_.VisitAll([&](const OverlayFigures::Row& row) { return TellRow(row, order, visit); });
 }
 
-// Each figure is put together where it is told from: to copy one that has just been written would wait for all its parts.
+// Each figure is put together where it is told from: to copy one that has just been written would wait for all its
+// parts.
 bool ExpectedMasterfile::TellRow(const OverlayFigures::Row& row, const std::vector<std::size_t>& order,
                                  const FiguresVisitor& visit) {
   const Long account_number = places_.NumberOf(row.account);

@@ -1,14 +1,15 @@
-// A database laid over another, on which imports run so that what their files say can be held against what stands: it keeps
-// what is written to itself and reads no figure through. A figure that the file under way has not written is what was known
-// of it before that file, or zero; and every figure that is written counts, whether the one below is the same or not.
+// A database laid over another, on which imports run so that what their files say can be held against what stands: it
+// keeps what is written to itself and reads no figure through. A figure that the file under way has not written is what
+// was known of it before that file, or zero; and every figure that is written counts, whether the one below is the same
+// or not.
 //
 //   figures   in memory up to a bound, the rest in a temporary file (OverlayFigures.h)
 //   calendar  one of its own, which begins where that of the database below stands
 //   journal   none: BeginRollback and EndRollback do nothing
 //   all else  as MasterfileLayer
 //
-// The database below must not be written while this lives, and outlives it with the factory and the application. Any operation
-// on figures may fail as TemporaryFile does. One thread.
+// The database below must not be written while this lives, and outlives it with the factory and the application. Any
+// operation on figures may fail as TemporaryFile does. One thread.
 #pragma once
 
 #include <cstddef>
@@ -53,13 +54,13 @@ class ExpectedMasterfile final : public MasterfileLayer {
  public:
   ExpectedMasterfile(Masterfile& below, HostFactory& factory, HostApp& app, std::size_t cache_bytes);
 
-  // The import comes to another file, the first among them. `before` tells what its figures were and lives as long as the file
-  // is under way; null: they were all zero.
+  // The import comes to another file, the first among them. `before` tells what its figures were and lives as long as
+  // the file is under way; null: they were all zero.
   void BeginFile(FigureBaseline* before);
 
-  // Every figure that was written: those of one record at a time, one at least, in the order of field positions; the records in
-  // the order of account positions and dates. False from `visit` ends the walk. There is no current record afterwards. Reads
-  // the database below, and fails as that does.
+  // Every figure that was written: those of one record at a time, one at least, in the order of field positions; the
+  // records in the order of account positions and dates. False from `visit` ends the walk. There is no current record
+  // afterwards. Reads the database below, and fails as that does.
   using FiguresVisitor = std::function<bool(std::span<const ExpectedFigure> of_record)>;
   void Visit(const FiguresVisitor& visit);
 
@@ -78,8 +79,8 @@ class ExpectedMasterfile final : public MasterfileLayer {
   void EndRollback() override {}
 
  private:
-  // A field that was written: its place among the columns is the order in which that happened. From the second file on the
-  // number of the file stands beside each figure, in a column of its own.
+  // A field that was written: its place among the columns is the order in which that happened. From the second file on
+  // the number of the file stands beside each figure, in a column of its own.
   struct Column {
     Integer field_position = 0;  // 0: of files
     Integer field_number = 0;

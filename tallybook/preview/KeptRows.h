@@ -1,5 +1,5 @@
-// Rows of one kind that come one after another and are told in that order afterwards: the last of them in memory, those that
-// came before in a temporary file, which is made where there are more than fit into a mebibyte. One thread.
+// Rows of one kind that come one after another and are told in that order afterwards: the last of them in memory, those
+// that came before in a temporary file, which is made where there are more than fit into a mebibyte. One thread.
 #pragma once
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// A database that hands on to another what is asked of names, lists, dates, rights and the progress display. Figures, the
-// calendar and the journal are the business of whoever begins with this. Owns nothing; the database below and the
+// A database that hands on to another what is asked of names, lists, dates, rights and the progress display. Figures,
+// the calendar and the journal are the business of whoever begins with this. Owns nothing; the database below and the
 // application must outlive it. One thread.
 #pragma once
 

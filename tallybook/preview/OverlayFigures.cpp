@@ -8,8 +8,8 @@ namespace tallybook::preview {
 
 namespace {
 
-// Amounts, which most figures are, take half the room: as whole hundredths, where that is exact for all of a chunk. Added to
-// a value below 2 to the 51st and taken away again, kShift leaves the nearest whole number.
+// Amounts, which most figures are, take half the room: as whole hundredths, where that is exact for all of a chunk.
+// Added to a value below 2 to the 51st and taken away again, kShift leaves the nearest whole number.
 constexpr Double kHundredths = 100;
 constexpr Double kShift = 6755399441055744.0;
 constexpr Double kMostHundredths = 2147483646;
@@ -25,7 +25,8 @@ Double Bounded(Double hundredths) {
   return not_above < -kMostHundredths ? -kMostHundredths : not_above;
 }
 
-// Whether all are exact. Bits are gathered, and what was not written is told by a number: so several can be done at a time.
+// Whether all are exact. Bits are gathered, and what was not written is told by a number: so several can be done at a
+// time.
 bool ToHundredths(std::span<const Double> figures, std::int32_t* hundredths) {
   std::uint64_t differ = 0;
   for (std::size_t index = 0; index < figures.size(); ++index) {

@@ -2,8 +2,8 @@
 // What does not fit into memory is packed, and what does not fit then stands in a temporary file.
 //
 // An account, a record (the n-th level date) and a column (a field that something was written to) are told by their
-// places, counted from 0. Writing goes in rounds, such as the files of an import: "before" is before the round. A figure
-// that nobody wrote is kUnwritten, which is no number that a database holds. One thread.
+// places, counted from 0. Writing goes in rounds, such as the files of an import: "before" is before the round. A
+// figure that nobody wrote is kUnwritten, which is no number that a database holds. One thread.
 #pragma once
 
 #include <cstddef>
@@ -63,8 +63,8 @@ class OverlayFigures {
   // What comes from here on is another round.
   void BeginRound();
 
-  // One record's figures by column; empty where none was changed, and `before` where it is not kept. `net`: `before` is that
-  // of the database, and not of a later round alone.
+  // One record's figures by column; empty where none was changed, and `before` where it is not kept. `net`: `before` is
+  // that of the database, and not of a later round alone.
   struct Row {
     std::size_t account = 0;
     std::size_t record = 0;

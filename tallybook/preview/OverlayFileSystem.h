@@ -1,10 +1,10 @@
 // A file system laid over another: deletes, renames, copies and what is written are noted and not done below, while
-// searches, attributes and opens see them as done. So an operation that runs on it leaves every file as it was, and says
-// afterwards what would have become of them.
+// searches, attributes and opens see them as done. So an operation that runs on it leaves every file as it was, and
+// says afterwards what would have become of them.
 //
-// A file that is written stands in a temporary file (TemporaryFile.h) that holds what it held below; nobody else sees it,
-// so it is not shared with other processes. Two paths are one file where their folders are, links followed; links to
-// files are files of their own, as for a delete. The file system below outlives this. One thread.
+// A file that is written stands in a temporary file (TemporaryFile.h) that holds what it held below; nobody else sees
+// it, so it is not shared with other processes. Two paths are one file where their folders are, links followed; links
+// to files are files of their own, as for a delete. The file system below outlives this. One thread.
 #pragma once
 
 #include <functional>

@@ -243,7 +243,8 @@ RecordCounts OverlayMasterfile::VisitAll(const ChangesVisitor& visit) {
   return counts;
 }
 
-// Each change is put together where it is told from: to copy one that has just been written would wait for all its parts.
+// Each change is put together where it is told from: to copy one that has just been written would wait for all its
+// parts.
 bool OverlayMasterfile::TellRow(const OverlayFigures::Row& row, const ChangesVisitor& visit, RecordCounts& counts) {
   account_number_ = places_.NumberOf(row.account);
   date_ = places_.DateOf(row.record);

@@ -1,6 +1,6 @@
 // A database laid over another: it reads through and keeps what is written to itself. Whoever works on it finds every
-// figure as if all had been stored, and the database below is only read. So an import that runs on it shows what it would
-// do, and its figures can be told, stored or dropped afterwards.
+// figure as if all had been stored, and the database below is only read. So an import that runs on it shows what it
+// would do, and its figures can be told, stored or dropped afterwards.
 //
 //   figures   in memory up to a bound, the rest in a temporary file (OverlayFigures.h)
 //   calendar  one of its own, which begins where that of the database below stands
@@ -54,8 +54,8 @@ struct RegroupedDays {
 
 class OverlayMasterfile final : public MasterfileLayer {
  public:
-  // `factory` makes the calendar. `app` is the application as those who work on this see it: it may be another than that
-  // of the database below, for one with a log that keeps nothing.
+  // `factory` makes the calendar. `app` is the application as those who work on this see it: it may be another than
+  // that of the database below, for one with a log that keeps nothing.
   OverlayMasterfile(Masterfile& below, HostFactory& factory, HostApp& app, std::size_t cache_bytes);
   ~OverlayMasterfile() override;
   OverlayMasterfile(const OverlayMasterfile&) = delete;

@@ -1,5 +1,6 @@
 // A database's lists as places counted from 0: accounts in the order of their list, and records as the level dates that
-// follow one another. What keeps figures of its own goes by these. Reads the lists once; the database must not change them.
+// follow one another. What keeps figures of its own goes by these. Reads the lists once; the database must not change
+// them.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// A file for what does not fit into memory. It has no name, so that nothing of it is left whatever ends the process, and
-// it is made with the first byte that is written. One thread.
+// A file for what does not fit into memory. It has no name, so that nothing of it is left whatever ends the process,
+// and it is made with the first byte that is written. One thread.
 #pragma once
 
 #include <cstddef>

@@ -35,8 +35,8 @@ Character CharacterAt(const Text& text, std::size_t offset) {
   return {bytes, g_unichar_iswide(code) ? 2 : 1};
 }
 
-// The text with a blank for each line break and tab, and U+FFFD for each other control character and each byte that is no
-// UTF-8: the report may go to a terminal.
+// The text with a blank for each line break and tab, and U+FFFD for each other control character and each byte that is
+// no UTF-8: the report may go to a terminal.
 Text Readable(const Text& text) {
   Text readable;
   for (std::size_t at = 0; at < text.size();) {

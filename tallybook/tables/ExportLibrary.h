@@ -3,14 +3,16 @@
 // clang-format off
 //   code  extension  capability  what it is                         limits of the format
 //   CSV   csv        3           RFC 4180, UTF-8, titles in row 1   none
-//   XLSX  xlsx       3           a workbook with one sheet          1,048,576 rows, 16,384 columns, dates from 1900-03-01
+//   XLSX  xlsx       3           a workbook with one sheet          1,048,576 rows, 16,384 columns, dates from
+//         1900-03-01
 //   DBF   dbf        1           a dBASE table in Windows-1252      2 GiB, column names of 10 characters, widths
 //   TXT   txt        0           columns of fixed width, UTF-8      widths, no line breaks
 //   SQLT  db         1           a SQLite file with one table       none
 // clang-format on
 //
 // Kind is 0 for all. Figures are rounded to the decimals that the cell and its column ask for; a half goes by the exact
-// binary value. A FigureStyle sets decimals in their place, and can leave out the rows of zeros. Dates are whole days. A text is never cut: what does not fit its column fails the row.
+// binary value. A FigureStyle sets decimals in their place, and can leave out the rows of zeros. Dates are whole days.
+// A text is never cut: what does not fit its column fails the row.
 //
 // Failures. Set... and CommitRow give false or the failure's number and keep the reason (LastError). A cell that was
 // refused makes the next CommitRow fail. After a CommitRow that failed, no row of that table is taken any more. Every

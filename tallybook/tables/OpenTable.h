@@ -27,7 +27,8 @@ class OpenTable {
   void SetDate(Integer position, Date value);
   void SetText(Integer position, const Text& value);
 
-  // Writes the row, or leaves it out where the style says so. After a failure every later call fails with the same reason.
+  // Writes the row, or leaves it out where the style says so. After a failure every later call fails with the same
+  // reason.
   void Commit();
   void Close();
 

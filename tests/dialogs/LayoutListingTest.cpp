@@ -16,8 +16,8 @@ using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::Not;
 
-// The small book here: accounts 101 "100", 102 "200" and 205 "300"; fields 1 Sales, 2 Customers and 7 Weather. The file:
-// accounts "A", "B" and "C"; fields 8 Tips, 1 Takings and 2 Guests.
+// The small book here: accounts 101 "100", 102 "200" and 205 "300"; fields 1 Sales, 2 Customers and 7 Weather. The
+// file: accounts "A", "B" and "C"; fields 8 Tips, 1 Takings and 2 Guests.
 class LayoutListingTest : public DialogsFixture {
  protected:
   LayoutListingTest() {

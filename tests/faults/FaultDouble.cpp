@@ -9,8 +9,8 @@
 //                "full" (of write: the first half of the bytes is taken, and later calls fail); "kill" (the process
 //                is killed before the call); or "stop" (it is stopped before the call, which is done when it goes on)
 //
-// Of the tests' program one thread alone, the first, does what a failure can spoil; others read files beside it, whenever they
-// come to it, and pass uncounted. The counters are not guarded.
+// Of the tests' program one thread alone, the first, does what a failure can spoil; others read files beside it,
+// whenever they come to it, and pass uncounted. The counters are not guarded.
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -197,9 +197,10 @@ mode_t ModeOf(int flags, va_list& rest) {
   return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, mode_t) : 0;
 }
 
-// --- Buffered files ------------------------------------------------------------------------------------------------------
-// The C library writes these without a call that could be doubled, so they get a descriptor of our own behind them. Not
-// those of the C++ library, which asks for the descriptor and writes to it by itself.
+// --- Buffered files
+// ------------------------------------------------------------------------------------------------------ The C library
+// writes these without a call that could be doubled, so they get a descriptor of our own behind them. Not those of the
+// C++ library, which asks for the descriptor and writes to it by itself.
 
 ssize_t CookieRead(void* cookie, char* into, std::size_t size) {
   return read(static_cast<int>(reinterpret_cast<std::intptr_t>(cookie)), into, size);
@@ -247,7 +248,8 @@ FILE* OpenBuffered(const char* path, const char* mode, const void* caller) {
 
 extern "C" {
 
-// --- Opening -------------------------------------------------------------------------------------------------------------
+// --- Opening
+// -------------------------------------------------------------------------------------------------------------
 
 #define DOUBLE_OPEN(name)                                                                              \
   int name(const char* path, int flags, ...) {                                                         \
@@ -317,7 +319,8 @@ int close(int descriptor) {
   return -1;
 }
 
-// --- Reading and writing -------------------------------------------------------------------------------------------------
+// --- Reading and writing
+// -------------------------------------------------------------------------------------------------
 
 ssize_t read(int file, void* into, std::size_t size) {
   if (Counts(file) && Fails(kRead, "read", nullptr, file)) return -1;
@@ -405,7 +408,8 @@ void* mmap64(void* address, std::size_t size, int protection, int flags, int fil
   return mmap(address, size, protection, flags, file, offset);
 }
 
-// --- Names ---------------------------------------------------------------------------------------------------------------
+// --- Names
+// ---------------------------------------------------------------------------------------------------------------
 
 int rename(const char* from, const char* to) noexcept {
   if ((Counts(from) || Counts(to)) && Fails(kRename, "rename", to)) return -1;
@@ -450,7 +454,8 @@ int symlink(const char* from, const char* to) noexcept {
   return static_cast<int>(syscall(SYS_symlinkat, from, AT_FDCWD, to));
 }
 
-// --- Folders and modes ---------------------------------------------------------------------------------------------------
+// --- Folders and modes
+// ---------------------------------------------------------------------------------------------------
 
 int mkdir(const char* path, mode_t mode) noexcept {
   if (Counts(path) && Fails(kFolder, "mkdir", path)) return -1;

@@ -1,5 +1,5 @@
-// What an import of exchange files leaves for its application to tell: counts, the end of each body, and the reason of a
-// run that stopped.
+// What an import of exchange files leaves for its application to tell: counts, the end of each body, and the reason of
+// a run that stopped.
 #include <cstdio>
 #include <cstdlib>
 #include <gmock/gmock.h>

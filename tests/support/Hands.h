@@ -40,8 +40,8 @@ class Hands {
   virtual void Close(Form& form);
 };
 
-// A renderer under the tests' platform. It stands between the component and the screen of the tests, which goes on telling
-// what is active and visible, so that a test looks at the same windows with it as without.
+// A renderer under the tests' platform. It stands between the component and the screen of the tests, which goes on
+// telling what is active and visible, so that a test looks at the same windows with it as without.
 class Stage : public Hands {
  public:
   // For as long as a platform lives.

@@ -16,7 +16,8 @@ namespace tallybook::testing {
 
 class MemoryFileSystem : public FileSystem {
  public:
-  // Where `clock` is given, files take their times, universal ones, from it; it is not owned. Otherwise the time is 0 until SetModified.
+  // Where `clock` is given, files take their times, universal ones, from it; it is not owned. Otherwise the time is 0
+  // until SetModified.
   explicit MemoryFileSystem(Clock* clock = nullptr) : clock_(clock) {}
 
   // Makes or replaces a file, whoever has it open.

@@ -1,5 +1,5 @@
-// Another process that has a file open, by a mode of OpenFileEx, from its making to the end of its life. It ends without
-// closing.
+// Another process that has a file open, by a mode of OpenFileEx, from its making to the end of its life. It ends
+// without closing.
 #pragma once
 
 #include <array>

@@ -1,5 +1,5 @@
-// A registry in memory: a tree of keys whose names are told apart without regard to case, its operations as the system's
-// are, and each call kept. Any kind of operation can be made to fail.
+// A registry in memory: a tree of keys whose names are told apart without regard to case, its operations as the
+// system's are, and each call kept. Any kind of operation can be made to fail.
 #pragma once
 
 #include <map>

@@ -8,9 +8,10 @@
 //   EXPECT_TRUE(gui.ExportQDX(...));
 //
 // A step waits until the form of its name is shown and enabled, and is then done through the form's own controls, as a
-// renderer would, or through a renderer's widgets (Hands.h). Steps may follow one another over several forms: whatever a step opens, the next one finds. Where no
-// step can be done any more and a dialog still waits, the test fails with the dialog's name, and the dialog is hidden:
-// nothing ever hangs. Steps that are left when the platform ends fail the test too.
+// renderer would, or through a renderer's widgets (Hands.h). Steps may follow one another over several forms: whatever
+// a step opens, the next one finds. Where no step can be done any more and a dialog still waits, the test fails with
+// the dialog's name, and the dialog is hidden: nothing ever hangs. Steps that are left when the platform ends fail the
+// test too.
 #pragma once
 
 #include <deque>

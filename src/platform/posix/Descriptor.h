@@ -23,8 +23,8 @@ class Descriptor {
   [[nodiscard]] int Number() const { return number_; }
   // The number, handed on to the caller to close.
   int Release() { return std::exchange(number_, -1); }
-  // What the system answers: some file systems find out only now that they could not store all. 0 where none is open. It
-  // leaves errno alone where it succeeds.
+  // What the system answers: some file systems find out only now that they could not store all. 0 where none is open.
+  // It leaves errno alone where it succeeds.
   int Close() { return IsOpen() ? ::close(Release()) : 0; }
 
  private:

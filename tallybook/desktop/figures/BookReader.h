@@ -1,9 +1,10 @@
-// The window's own look into a book: a connection that is open while something is read, and shut at rest, so that a writer
-// beside it can put its log back and nobody is kept from anything. It never is the book that a conversation works on.
+// The window's own look into a book: a connection that is open while something is read, and shut at rest, so that a
+// writer beside it can put its log back and nobody is kept from anything. It never is the book that a conversation
+// works on.
 //
-// What the book is made of (its lists and calendar) stays known at rest, and stays as it is known until TakeLists: whoever
-// shows rows and columns says when they become others, and what is read meanwhile is that of the accounts and fields known.
-// One thread.
+// What the book is made of (its lists and calendar) stays known at rest, and stays as it is known until TakeLists:
+// whoever shows rows and columns says when they become others, and what is read meanwhile is that of the accounts and
+// fields known. One thread.
 #pragma once
 
 #include <functional>
@@ -31,8 +32,9 @@ class BookReader {
   [[nodiscard]] engine::Book& Read();
   // Ends the read.
   void Rest();
-  // Visits the figures of an account from `first` to `last`, in the order of dates: of one field, or with 0 of all. Account
-  // and fields go by their positions in the lists known; what the book has no more has no figures. Fails as Read.
+  // Visits the figures of an account from `first` to `last`, in the order of dates: of one field, or with 0 of all.
+  // Account and fields go by their positions in the lists known; what the book has no more has no figures. Fails as
+  // Read.
   struct FigureSeen {
     Date date = 0;
     Integer field = 0;  // position
@@ -52,8 +54,8 @@ class BookReader {
   // Rises whenever a read has begun on a file that may differ from what the one before saw: what was kept of the
   // figures is out of date then.
   [[nodiscard]] Long FiguresSeen() const { return figures_seen_; }
-  // Whether the last read has found other accounts, fields or another calendar than are known; TakeLists makes them known.
-  // False where there are none.
+  // Whether the last read has found other accounts, fields or another calendar than are known; TakeLists makes them
+  // known. False where there are none.
   [[nodiscard]] bool HasOtherLists() const { return found_ != nullptr; }
   bool TakeLists();
   // Rises with each TakeLists that was true.

@@ -1,4 +1,5 @@
-// What a chart shows: the figures of one account over time, a line a field, and the same of the year before. Plain data.
+// What a chart shows: the figures of one account over time, a line a field, and the same of the year before. Plain
+// data.
 #pragma once
 
 #include <optional>

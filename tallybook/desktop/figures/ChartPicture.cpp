@@ -18,7 +18,8 @@ constexpr double kTicksApart = 2.6;  // heights of a line of text, at least
 constexpr const char* kLeftToRight = "\u200E";
 constexpr int kMostPoints = 32;  // of a line whose figures are marked one by one
 
-// Told apart by people who see few colours, too, and 3 to 1 against both grounds at least; the first is the system's own.
+// Told apart by people who see few colours, too, and 3 to 1 against both grounds at least; the first is the system's
+// own.
 constexpr std::array<QRgb, 6> kOnLight = {0, 0xFFB35900, 0xFF00695C, 0xFF8E24AA, 0xFF5D4037, 0xFF37474F};
 constexpr std::array<QRgb, 6> kOnDark = {0, 0xFFFFB74D, 0xFF4DD0B8, 0xFFCE93D8, 0xFFBCAAA4, 0xFFB0BEC5};
 constexpr std::array kStrokes = {Qt::SolidLine, Qt::DashLine, Qt::DotLine, Qt::DashDotLine, Qt::DashDotDotLine};

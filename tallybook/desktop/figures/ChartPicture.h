@@ -1,5 +1,6 @@
-// A chart as it is painted, on the screen and into files: lines over an axis in round numbers, the zero line, marks at the
-// calendar's own cuts, this year strong and the year before faint. Lines differ by their strokes as well as by colour.
+// A chart as it is painted, on the screen and into files: lines over an axis in round numbers, the zero line, marks at
+// the calendar's own cuts, this year strong and the year before faint. Lines differ by their strokes as well as by
+// colour.
 #pragma once
 
 #include <QtCore/QRectF>

@@ -1,5 +1,5 @@
-// The chart in the window: which fields are shown, values under the pointer and by the arrow keys, and the picture for the
-// clipboard or a file.
+// The chart in the window: which fields are shown, values under the pointer and by the arrow keys, and the picture for
+// the clipboard or a file.
 #pragma once
 
 #include <QtWidgets/QWidget>

@@ -1,4 +1,5 @@
-// The view of the figures' table: cells with their heads in sight, the row of totals below, and what keys do in a table.
+// The view of the figures' table: cells with their heads in sight, the row of totals below, and what keys do in a
+// table.
 //   Enter down · Tab right · typing begins a change, F2 changes what stands there, Escape gives the old figure back
 //   Ctrl+C copies · Ctrl+V pastes · Delete asks for zeros
 #pragma once

@@ -18,7 +18,8 @@
 
 namespace tallybook::desktop {
 
-// Beside Qt's own roles: what is wrong with what was typed, or what it waits for; nothing where the cell shows the book.
+// Beside Qt's own roles: what is wrong with what was typed, or what it waits for; nothing where the cell shows the
+// book.
 inline constexpr int kMarkRole = Qt::UserRole;
 
 class FigureModel final : public QAbstractTableModel {

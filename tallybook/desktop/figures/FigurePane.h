@@ -1,5 +1,5 @@
-// The pane of figures: what is shown (view, dates, level), the table with its totals, typing, pasting and taking back, and
-// the watch for what others change. It asks the book through a reader of its own.
+// The pane of figures: what is shown (view, dates, level), the table with its totals, typing, pasting and taking back,
+// and the watch for what others change. It asks the book through a reader of its own.
 #pragma once
 
 #include <QtWidgets/QWidget>
@@ -43,8 +43,8 @@ class FigurePane final : public QWidget {
   void GoToDate(Date date);
   // In the view of one account that account is shown, in the others its row is gone to.
   void GoToAccount(Integer position);
-  // Shows a record of one account at the book's own level and goes to its figure. Why that cannot be done, in words; empty
-  // where it is.
+  // Shows a record of one account at the book's own level and goes to its figure. Why that cannot be done, in words;
+  // empty where it is.
   [[nodiscard]] QString GoToFigure(const FigureSpot& spot);
   // The account of the row that is current.
   [[nodiscard]] Integer CurrentAccount() const;

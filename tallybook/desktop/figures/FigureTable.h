@@ -1,6 +1,6 @@
-// What the table of figures shows: one account (fields by dates), one date (accounts by fields) or one field (accounts by
-// dates), at the book's own level or added up to a higher one. Rows and columns count from 0, as tables on a screen do;
-// positions of accounts and fields count from 1. No widget; one thread. The reader must outlive it.
+// What the table of figures shows: one account (fields by dates), one date (accounts by fields) or one field (accounts
+// by dates), at the book's own level or added up to a higher one. Rows and columns count from 0, as tables on a screen
+// do; positions of accounts and fields count from 1. No widget; one thread. The reader must outlive it.
 #pragma once
 
 #include <memory>

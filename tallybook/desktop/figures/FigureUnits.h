@@ -1,6 +1,6 @@
-// The stretches of time that a table shows: the units of one level over a whole book, in order, and what they are called.
-// A record belongs to the unit that holds its level date. The last unit takes the last record besides, which can end
-// behind the last date held. Plain data; positions count from 0.
+// The stretches of time that a table shows: the units of one level over a whole book, in order, and what they are
+// called. A record belongs to the unit that holds its level date. The last unit takes the last record besides, which
+// can end behind the last date held. Plain data; positions count from 0.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +16,8 @@ namespace tallybook::desktop {
 [[nodiscard]] std::vector<Integer> LevelsFrom(Integer data_level);
 // "Day", "Week", "Period", "Quarter", "Half-year", "Year"; "All dates" for engine::kAllYearsLevel.
 [[nodiscard]] Text LevelName(Integer level);
-// "Tue 2024-01-02", "Week to 2024-01-06", "January 2024", "Q1 2024", "H1 2024", "2024". A period's year is the fiscal one.
+// "Tue 2024-01-02", "Week to 2024-01-06", "January 2024", "Q1 2024", "H1 2024", "2024". A period's year is the fiscal
+// one.
 [[nodiscard]] Text UnitName(const engine::Calendar& calendar, Integer level, const engine::DateSpan& unit,
                             const DateWriter& write);
 

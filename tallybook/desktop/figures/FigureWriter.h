@@ -1,6 +1,6 @@
-// Writes what is typed or pasted into a book, and takes it back: each time the right to write is taken for one change, and
-// given back. A change that has to wait, because the book is open for writing elsewhere, stays in line with those behind
-// it until it is tried again or given up. One thread.
+// Writes what is typed or pasted into a book, and takes it back: each time the right to write is taken for one change,
+// and given back. A change that has to wait, because the book is open for writing elsewhere, stays in line with those
+// behind it until it is tried again or given up. One thread.
 #pragma once
 
 #include <deque>
@@ -27,8 +27,8 @@ class FigureWriter {
 
   // Puts a change behind those that wait. An empty one is none.
   void Add(const Text& what_ran, std::vector<application::FigureChange> changes);
-  // Puts taking back behind them: of what was written last through this writer and stands, with a paste as one. A change
-  // that waits still is simply given up.
+  // Puts taking back behind them: of what was written last through this writer and stands, with a paste as one. A
+  // change that waits still is simply given up.
   void AddUndo();
   // Something else has written an entry for the user, which AddUndo takes back in its turn. Nothing waits.
   void Note(Long entry, const Text& what_ran) { written_.push_back({entry, what_ran}); }

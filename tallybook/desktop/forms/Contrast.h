@@ -1,5 +1,5 @@
-// Colours that can be read on their ground. Contrast is meant as the standards have it (WCAG 2.1, "contrast ratio"): from 1,
-// none, to 21, black on white.
+// Colours that can be read on their ground. Contrast is meant as the standards have it (WCAG 2.1, "contrast ratio"):
+// from 1, none, to 21, black on white.
 #pragma once
 
 #include <QColor>

@@ -1,8 +1,8 @@
-// What ties one logical control to the widget that shows it: what the control tells is drawn, and only that; what the user
-// does at the widget goes to the control. There is one kind of binder for each kind of control.
+// What ties one logical control to the widget that shows it: what the control tells is drawn, and only that; what the
+// user does at the widget goes to the control. There is one kind of binder for each kind of control.
 //
-// One thread. The widget belongs to its Qt parent; the binder to the window, which ends it before the widget. The control
-// must not go before its binder.
+// One thread. The widget belongs to its Qt parent; the binder to the window, which ends it before the widget. The
+// control must not go before its binder.
 #pragma once
 
 #include <QObject>

@@ -1,5 +1,5 @@
-// What the application puts beside what a form brings: a word to be had before the main button acts, and a button of its own
-// between the main and the cancelling one. The form knows nothing of either.
+// What the application puts beside what a form brings: a word to be had before the main button acts, and a button of
+// its own between the main and the cancelling one. The form knows nothing of either.
 #pragma once
 
 #include <QString>

@@ -1,5 +1,5 @@
-// The window of one form: its controls as widgets, laid out from the form's view, and the way from what the user does to
-// the form. One thread.
+// The window of one form: its controls as widgets, laid out from the form's view, and the way from what the user does
+// to the form. One thread.
 //
 // The form outlives the window or takes it away (Form::Unload). Made and ended by QtScreen.
 #pragma once

@@ -1,6 +1,6 @@
-// The binder of a grid: a table that draws the rows in sight alone. Its rows stand just where the grid counts them, so that
-// what the form lays over a cell lies on that cell. The grid has no keys of its own; in one that only shows, the arrow keys
-// move the current cell.
+// The binder of a grid: a table that draws the rows in sight alone. Its rows stand just where the grid counts them, so
+// that what the form lays over a cell lies on that cell. The grid has no keys of its own; in one that only shows, the
+// arrow keys move the current cell.
 #pragma once
 
 #include "tallybook/desktop/forms/ControlBinder.h"

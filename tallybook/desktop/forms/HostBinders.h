@@ -27,8 +27,8 @@ class NumberBoxBinder : public ControlBinder {
   QDoubleSpinBox& spin_;
 };
 
-// The pair of buttons at a dialog's foot, one control and one stop for the form; within it the Tab key goes from button to
-// button. The one that leaves says "Close" where there is nothing that it would lose.
+// The pair of buttons at a dialog's foot, one control and one stop for the form; within it the Tab key goes from button
+// to button. The one that leaves says "Close" where there is nothing that it would lose.
 class SaveButtonsBinder : public ControlBinder {
  public:
   SaveButtonsBinder(SaveButtons& buttons, QWidget& parent);

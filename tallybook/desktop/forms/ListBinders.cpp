@@ -174,8 +174,8 @@ void ComboBoxBinder::FollowDropDown() {
 void ComboBoxBinder::EntriesCame() {
   // To measure each entry of a long list would take longer than to show it.
   constexpr Integer kMeasured = 100;
-  // A box that adjusts itself whenever entries come takes its new size by itself, a moment later: outside of a layout it
-  // would lose the one that the form has given it.
+  // A box that adjusts itself whenever entries come takes its new size by itself, a moment later: outside of a layout
+  // it would lose the one that the form has given it.
   const auto measured = IsFloating() ? QComboBox::AdjustToContentsOnFirstShow : QComboBox::AdjustToContents;
   const bool is_long = List().ListCount() > kMeasured;
   box_.setSizeAdjustPolicy(is_long ? QComboBox::AdjustToMinimumContentsLengthWithIcon : measured);

@@ -1,6 +1,6 @@
 // Binders of the lists of entries: the combo box, which drops its entries down, and the list box. Every key is the
-// control's; what it leaves of a character searches the entries. What a list draws follows the entries once the input runs,
-// or earlier where it is needed, not entry by entry.
+// control's; what it leaves of a character searches the entries. What a list draws follows the entries once the input
+// runs, or earlier where it is needed, not entry by entry.
 #pragma once
 
 #include <QElapsedTimer>

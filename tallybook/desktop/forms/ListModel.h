@@ -1,6 +1,6 @@
 // The entries of a list control as Qt's views ask for them. It reads the control itself and copies nothing. A list is
-// filled entry by entry, thousands at a time, so that the model follows only when it is told to: until then its views see
-// as many entries as before. Before the control goes, the model lets go of it.
+// filled entry by entry, thousands at a time, so that the model follows only when it is told to: until then its views
+// see as many entries as before. Before the control goes, the model lets go of it.
 #pragma once
 
 #include <QAbstractListModel>

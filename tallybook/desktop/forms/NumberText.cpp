@@ -157,8 +157,8 @@ class FigureParser {
     }
   }
 
-  // The thousands' marks, which must all be the same and stand where such marks stand. Groups of two are taken before the
-  // last one: some countries write so.
+  // The thousands' marks, which must all be the same and stand where such marks stand. Groups of two are taken before
+  // the last one: some countries write so.
   void Ungroup() {
     Text mark;
     std::vector<Text> groups(1);

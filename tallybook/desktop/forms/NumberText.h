@@ -1,5 +1,5 @@
-// Figures as texts and back, in the form that a table shows: thousands grouped, a true minus sign, as many decimals as the
-// column needs. Plain data; the marks come from the user's locale (LocaleStyle.h).
+// Figures as texts and back, in the form that a table shows: thousands grouped, a true minus sign, as many decimals as
+// the column needs. Plain data; the marks come from the user's locale (LocaleStyle.h).
 #pragma once
 
 #include <optional>
@@ -37,8 +37,8 @@ struct ReadFigure {
 
 // Nothing, and a dash alone, are zero. Takes any dash as minus, before or behind the digits, brackets for a negative
 // amount, a power of ten ("1.5E+03"), and thousands grouped in the style's way, by blanks or by apostrophes, where they
-// stand rightly. A mark that the style gives another meaning is never guessed at: in a locale of decimal commas "12.5" is
-// refused, because nobody would see that "1.234" was taken for a thousand.
+// stand rightly. A mark that the style gives another meaning is never guessed at: in a locale of decimal commas "12.5"
+// is refused, because nobody would see that "1.234" was taken for a thousand.
 [[nodiscard]] ReadFigure ParseFigure(const Text& typed, const NumberStyle& style);
 
 }  // namespace tallybook::desktop

@@ -1,5 +1,5 @@
-// The binder of one option of a group. The arrow keys go from option to option and choose; the Tab key stops at the one that
-// is on.
+// The binder of one option of a group. The arrow keys go from option to option and choose; the Tab key stops at the one
+// that is on.
 #pragma once
 
 #include "tallybook/desktop/forms/ControlBinder.h"

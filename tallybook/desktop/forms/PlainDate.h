@@ -21,9 +21,9 @@ struct DateHabits {
   std::vector<Text> month_names;
 };
 
-// Reads "2024-02-03", "20240203", "3.2.2024", "2/3/24", "3 Feb 2024", "February 3", "Feb 2024", "2024-02", "2024", "today",
-// "yesterday", "tomorrow", "+7", "-1". What is left out is taken from `from`: the year of a day and month; the first day
-// of a month or a year alone. Signed numbers count days from it. A year of two digits is the nearest to it.
+// Reads "2024-02-03", "20240203", "3.2.2024", "2/3/24", "3 Feb 2024", "February 3", "Feb 2024", "2024-02", "2024",
+// "today", "yesterday", "tomorrow", "+7", "-1". What is left out is taken from `from`: the year of a day and month; the
+// first day of a month or a year alone. Signed numbers count days from it. A year of two digits is the nearest to it.
 //   today   what the word stands for
 // Nothing for any other text, and for a day that does not exist.
 [[nodiscard]] std::optional<Date> ReadPlainDate(const Text& typed, Date from, Date today, const DateHabits& habits);

@@ -1,6 +1,6 @@
-// The keyboard on Qt. Keys that the component presses go to the widget that has the focus when they are carried out, in the
-// order in which they were handed in, and never before the input runs. The layout is taken to be the American one, as is
-// that by which the keys are turned back into characters. One thread; needs an application object.
+// The keyboard on Qt. Keys that the component presses go to the widget that has the focus when they are carried out, in
+// the order in which they were handed in, and never before the input runs. The layout is taken to be the American one,
+// as is that by which the keys are turned back into characters. One thread; needs an application object.
 #pragma once
 
 #include <deque>

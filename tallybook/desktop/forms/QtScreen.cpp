@@ -20,8 +20,8 @@ namespace {
 constexpr const char* kFormClass = "ThunderForm";
 constexpr const char* kHostClass = "HostWindow";
 
-// The window with its frame. A widget keeps what it has once heard of its frame, which may be what a window manager had half
-// made by then; its native window asks anew.
+// The window with its frame. A widget keeps what it has once heard of its frame, which may be what a window manager had
+// half made by then; its native window asks anew.
 QRect FrameOf(const QWidget& window) {
   const QWindow* const native = window.windowHandle();
   return native == nullptr || !window.isVisible() ? window.frameGeometry() : native->frameGeometry();

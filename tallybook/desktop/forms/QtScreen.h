@@ -1,12 +1,12 @@
-// The screen on Qt: the pointer, the windows of forms, and those of the host, which are known by handle as well, so that a
-// dialog can stand over them.
+// The screen on Qt: the pointer, the windows of forms, and those of the host, which are known by handle as well, so
+// that a dialog can stand over them.
 //
 //   QtScreen screen;
 //   const Long main = screen.HandleOf(main_window);      // from here on the component may be given it as an owner
 //   ShowLikeModal(dialog, main);
 //
-// One thread. Needs an application object. The windows of forms are the screen's own; those of the host stay the host's,
-// and the handle of one that is gone stands for nothing.
+// One thread. Needs an application object. The windows of forms are the screen's own; those of the host stay the
+// host's, and the handle of one that is gone stands for nothing.
 #pragma once
 
 #include <functional>

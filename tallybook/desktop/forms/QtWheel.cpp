@@ -48,8 +48,8 @@ class QtWheel::Filter : public QObject {
   bool Remove(Long window, const void* owner) {
     return std::erase_if(hooks_, [&](const Hook& hook) { return hook.window == window && hook.owner == owner; }) > 0;
   }
-  // Through the window's hooks, the newest first. What the window would do by itself is Qt's, which goes on with the event
-  // unless a hook keeps it.
+  // Through the window's hooks, the newest first. What the window would do by itself is Qt's, which goes on with the
+  // event unless a hook keeps it.
   Long Send(Long window, Long message, Long first, Long second) {
     std::vector<WindowHook> calls;
     for (const Hook& hook : hooks_)

@@ -1,6 +1,6 @@
-// The mouse wheel on Qt: what the user has set for it, and hooks that hear it before a window does. A turn is told with its
-// amount in the upper half of the first parameter and the place of the pointer in the second, as the component reads it.
-// One thread; needs an application object.
+// The mouse wheel on Qt: what the user has set for it, and hooks that hear it before a window does. A turn is told with
+// its amount in the upper half of the first parameter and the place of the pointer in the second, as the component
+// reads it. One thread; needs an application object.
 #pragma once
 
 #include <memory>

@@ -32,8 +32,8 @@ void TabStripBinder::Turn(bool backwards) {
   CarryOut([&] { Choose(next); });
 }
 
-// Whoever turns to a page has the tabs in hand, however he does it, and goes on from there; a form counts on that. Where
-// the page is refused he stays where he was.
+// Whoever turns to a page has the tabs in hand, however he does it, and goes on from there; a form counts on that.
+// Where the page is refused he stays where he was.
 void TabStripBinder::Choose(int tab) {
   Control* const before = strip_.Parent().ActiveControl();
   const Integer shown = strip_.Selected();

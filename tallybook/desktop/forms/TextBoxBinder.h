@@ -1,6 +1,6 @@
 // The binder of a box to type in. Characters that the code page of files has go through the control, whose dialog may
-// change or refuse them; everything else (the caret, the clipboard, input methods, undo) is the widget's own, and what it
-// makes of the text is handed in as a whole.
+// change or refuse them; everything else (the caret, the clipboard, input methods, undo) is the widget's own, and what
+// it makes of the text is handed in as a whole.
 #pragma once
 
 #include "tallybook/desktop/forms/ControlBinder.h"

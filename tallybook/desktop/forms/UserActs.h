@@ -1,6 +1,6 @@
-// Where Qt calls into the component: what the user does is carried out here. No exception may pass through Qt, so a failure
-// stops here and is raised again by the input queue (QtInputQueue::RunOnce), where whoever runs the input expects it. One
-// thread.
+// Where Qt calls into the component: what the user does is carried out here. No exception may pass through Qt, so a
+// failure stops here and is raised again by the input queue (QtInputQueue::RunOnce), where whoever runs the input
+// expects it. One thread.
 #pragma once
 
 #include <exception>

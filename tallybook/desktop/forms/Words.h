@@ -14,8 +14,8 @@ namespace tallybook::desktop {
 [[nodiscard]] QString SpokenName(const Text& caption);
 // A caption as it is drawn: its mark stays, blanks around it go.
 [[nodiscard]] QString DrawnCaption(const Text& caption);
-// A text as it is drawn in a cell: in windows whose words go from right to left the signs at its ends stay where they were
-// written, so that a path keeps its first stroke.
+// A text as it is drawn in a cell: in windows whose words go from right to left the signs at its ends stay where they
+// were written, so that a path keeps its first stroke.
 [[nodiscard]] QString AsWritten(const QString& text);
 // The letter that reaches what bears the caption, in lower case; null for none.
 [[nodiscard]] QChar Mnemonic(const Text& caption);

@@ -203,15 +203,15 @@ class Conversations::Run {
     window->activateWindow();
     if (state_.changed) state_.changed();
   }
-  // Of the import of a delimited file: who is asked about its line ends, and whether fields that the system keeps by itself
-  // are imported, too.
+  // Of the import of a delimited file: who is asked about its line ends, and whether fields that the system keeps by
+  // itself are imported, too.
   void SetDelimited(LineEndQuestion& line_ends, bool system_fields) {
     line_ends_ = &line_ends;
     system_fields_ = system_fields;
   }
 
-  // A look at what the import of all definitions would do; whether the user wants it done. Files that would be left alone are
-  // so here, too.
+  // A look at what the import of all definitions would do; whether the user wants it done. Files that would be left
+  // alone are so here, too.
   bool PreviewAll() {
     watch_->LeaveKnownAlone();
     const PreviewRun* running = nullptr;
@@ -228,8 +228,8 @@ class Conversations::Run {
     return list_ != nullptr && !list_->IsBusy() && ModalDepth() == 0 && book_ != nullptr;
   }
 
-  // Ends the dialogs as their close boxes do, from the top, and the list by what the application wants. Work that can be
-  // cancelled is; questions are left to the user. One who stays in a dialog stays in all of them.
+  // Ends the dialogs as their close boxes do, from the top, and the list by what the application wants. Work that can
+  // be cancelled is; questions are left to the user. One who stays in a dialog stays in all of them.
   void AskToEnd() {
     state_.means.app.SetFinished(true);
     asked_to_close_.clear();
@@ -282,7 +282,8 @@ class Conversations::Run {
     return addition;
   }
 
-  // --- Previews: each gives whether the user wants the import done ----------------------------------------------------
+  // --- Previews: each gives whether the user wants the import done
+  // ----------------------------------------------------
 
   bool PreviewDefinition(Integer math) {
     const CDataExchange* const exchange = state_.means.factory.Exchange();

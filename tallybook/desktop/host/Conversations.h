@@ -1,7 +1,7 @@
-// The conversations of the component as the main window runs them over one book: each opens the book, runs, and closes it
-// again, and says what came of it. The rules of the reference host hold through all of them: what is no sound definition
-// is refused before anything is loaded, outputs are written whole and never onto a book, a book that is in use is waited
-// for, and what fails is told.
+// The conversations of the component as the main window runs them over one book: each opens the book, runs, and closes
+// it again, and says what came of it. The rules of the reference host hold through all of them: what is no sound
+// definition is refused before anything is loaded, outputs are written whole and never onto a book, a book that is in
+// use is waited for, and what fails is told.
 //
 //   Conversations conversations({.platform = platform, .app = app, .factory = factory}, book_path, main_window);
 //   const ConversationResult result = conversations.Definitions();
@@ -57,40 +57,40 @@ class Conversations {
   Conversations(const Conversations&) = delete;
   Conversations& operator=(const Conversations&) = delete;
 
-  // Ask for a range of dates and a file, and export. `current_date` is where the range starts out, and becomes where the
-  // user left it. The book is opened to look.
+  // Ask for a range of dates and a file, and export. `current_date` is where the range starts out, and becomes where
+  // the user left it. The book is opened to look.
   ConversationResult ExportTable(Date& current_date);
   ConversationResult ExportQdx(Date& current_date);
-  // Shows the list of exchange definitions. With a file, those whose pattern matches it are selected; where none does, a
-  // new one is begun with that name.
+  // Shows the list of exchange definitions. With a file, those whose pattern matches it are selected; where none does,
+  // a new one is begun with that name.
   ConversationResult Definitions(const Text& file = "");
   // Ask for a text file and import it; `file` stands in the prompt where one is given.
   ConversationResult ImportCsv(const Text& file = "");
   ConversationResult ImportDelimited(const Text& file = "", bool allow_system_fields = false);
-  // Take back one entry of the journal, or all that is left of a command. What that would do is found out first and asked:
-  // where figures have been changed since, with what is to become of them (UndoDialog.h). Within a conversation the book
-  // that it works on is used, as long as nothing is being answered there; otherwise the user is told why not.
+  // Take back one entry of the journal, or all that is left of a command. What that would do is found out first and
+  // asked: where figures have been changed since, with what is to become of them (UndoDialog.h). Within a conversation
+  // the book that it works on is used, as long as nothing is being answered there; otherwise the user is told why not.
   ConversationResult Undo(Long id);
   ConversationResult UndoCommand(Long command);
 
-  // What the application itself does with the book, as a conversation: opens it to look, or to change it, hands it over,
-  // and closes it. What fails is told. `ran` is what the act gave; to refuse it tells why itself and gives false.
+  // What the application itself does with the book, as a conversation: opens it to look, or to change it, hands it
+  // over, and closes it. What fails is told. `ran` is what the act gave; to refuse it tells why itself and gives false.
   using Act = std::function<bool(engine::Book& book)>;
   ConversationResult Look(const Act& act);
   ConversationResult Change(const Act& act);
-  // Runs `work`, which opens the book itself, on a thread of its own, while the windows live; `title` is what the progress
-  // shows, with Cancel where the work asks its watch. Nothing but files may be reached from there. False where it failed,
-  // which is told, where the user cancelled it, or where something runs.
+  // Runs `work`, which opens the book itself, on a thread of its own, while the windows live; `title` is what the
+  // progress shows, with Cancel where the work asks its watch. Nothing but files may be reached from there. False where
+  // it failed, which is told, where the user cancelled it, or where something runs.
   using Work = std::function<void(engine::WorkWatch& watch)>;
   bool Beside(const Text& title, const Work& work);
-  // The same within an act of Look or Change, with the book that it was handed over; nobody else reaches that meanwhile.
-  // Fails as the work does, which ends the act: a cancel is not told.
+  // The same within an act of Look or Change, with the book that it was handed over; nobody else reaches that
+  // meanwhile. Fails as the work does, which ends the act: a cancel is not told.
   void WithinBeside(const Text& title, const Work& work);
 
   [[nodiscard]] bool IsRunning() const;
   // The application wants to close, which HostApp::Finished says from here on: dialogs that are open end as their close
-  // boxes do, the list closes, work that can be cancelled is, and questions wait for the user. Where he stays in a dialog
-  // the application does not want to close any more.
+  // boxes do, the list closes, work that can be cancelled is, and questions wait for the user. Where he stays in a
+  // dialog the application does not want to close any more.
   void AskToEnd();
 
   // Told whenever figures were changed, also while a conversation goes on; and when one begins and ends.

@@ -1,5 +1,5 @@
-// The application object of the desktop: the reference host's, with the system's fonts, help pages, and a log that tells
-// what only it would get to know. One thread.
+// The application object of the desktop: the reference host's, with the system's fonts, help pages, and a log that
+// tells what only it would get to know. One thread.
 #pragma once
 
 #include <functional>

@@ -1,5 +1,5 @@
-// Makes the objects that the component asks of the desktop: those of the reference host, list windows, and printers whose
-// reports are shown. While a conversation runs it may have them made its own way. One thread.
+// Makes the objects that the component asks of the desktop: those of the reference host, list windows, and printers
+// whose reports are shown. While a conversation runs it may have them made its own way. One thread.
 #pragma once
 
 #include <functional>

@@ -1,12 +1,12 @@
-// The files that an export conversation writes. The component names them to itself: the user chooses a file in one of its
-// dialogs, it deletes the old one and makes a new one. Here the first touch of a file announces it as an output that is
-// written whole (application/WholeFiles.h), after a look at where it goes (application/OutputRules.h), and what becomes of
-// it is settled when the export is over: before the next box, before the next output, or at the latest when this ends. An
-// output takes its name where it was closed and nothing has failed since its beginning; otherwise it is dropped, and what
-// stood there before stands.
+// The files that an export conversation writes. The component names them to itself: the user chooses a file in one of
+// its dialogs, it deletes the old one and makes a new one. Here the first touch of a file announces it as an output
+// that is written whole (application/WholeFiles.h), after a look at where it goes (application/OutputRules.h), and what
+// becomes of it is settled when the export is over: before the next box, before the next output, or at the latest when
+// this ends. An output takes its name where it was closed and nothing has failed since its beginning; otherwise it is
+// dropped, and what stood there before stands.
 //
-// A layer for the time of the conversation: made over the platform's whole files, installed in their place, and taken out
-// by its end. One thread.
+// A layer for the time of the conversation: made over the platform's whole files, installed in their place, and taken
+// out by its end. One thread.
 #pragma once
 
 #include <functional>
@@ -43,8 +43,8 @@ class ExportOutputs : public application::FileLayer {
   // The export library whose tables are outputs of this.
   [[nodiscard]] std::shared_ptr<DataExportObject> Tables(std::shared_ptr<DataExportObject> library);
 
-  // Settles the output under way, if it has been closed; `at_end` also one that has not, which is dropped. What cannot be
-  // kept is told by a box.
+  // Settles the output under way, if it has been closed; `at_end` also one that has not, which is dropped. What cannot
+  // be kept is told by a box.
   void Settle(bool at_end);
 
   // Why the last output was refused; empty where none was.

@@ -1,6 +1,6 @@
-// A list of figures in pairs in a window: chosen by account, field and file, sorted by a click on a head, with the count of
-// what is chosen and what it comes to. Rows are asked for as they come into view. Enter or a double click acts on the
-// current one. One thread.
+// A list of figures in pairs in a window: chosen by account, field and file, sorted by a click on a head, with the
+// count of what is chosen and what it comes to. Rows are asked for as they come into view. Enter or a double click acts
+// on the current one. One thread.
 #pragma once
 
 #include <QString>

@@ -1,5 +1,5 @@
-// A look at a text file before it is imported, from a window (tallybook/inspect): what was found as plain data, and the lines
-// with findings, which stay when the file and the book have been closed. One thread.
+// A look at a text file before it is imported, from a window (tallybook/inspect): what was found as plain data, and the
+// lines with findings, which stay when the file and the book have been closed. One thread.
 #pragma once
 
 #include <cstddef>
@@ -47,7 +47,8 @@ struct FileCheckResult {
 };
 
 // Moves the book's calendar, shows progress, and changes nothing. Where the user cancels it the tally says so.
-//   fails  75 where the file is the book, or no regular one; as the looks do; 5 where no order of day, month and year fits, or more than one; and as TemporaryFile
+//   fails  75 where the file is the book, or no regular one; as the looks do; 5 where no order of day, month and year
+//          fits, or more than one; and as TemporaryFile
 [[nodiscard]] FileCheckResult CheckTextFile(engine::Book& book, const FileCheckWish& wish);
 
 // "4 records, 3 findings: 1 that the audit asks about, ...".

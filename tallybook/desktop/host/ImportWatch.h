@@ -1,6 +1,7 @@
 // What the application does around the imports of a conversation: it asks about files that stand in the book's history,
-// keeps away those that are to be left alone, and puts into the journal which files were read and what came of them. The
-// rules are application/ImportHistory and application/ImportRecorder; this ties them to the component's own dialogs.
+// keeps away those that are to be left alone, and puts into the journal which files were read and what came of them.
+// The rules are application/ImportHistory and application/ImportRecorder; this ties them to the component's own
+// dialogs.
 //
 // One thread. For one conversation over one book that is open to be changed.
 #pragma once
@@ -30,7 +31,8 @@ class ImportWatch {
   struct Means {
     // The exchange object that imports at present; null where there is none.
     std::function<CDataExchange*()> exchange;
-    // Asks whether a file that is known is to be imported again; the text is the whole question. No is what it proposes.
+    // Asks whether a file that is known is to be imported again; the text is the whole question. No is what it
+    // proposes.
     std::function<bool(const Text& question)> ask;
     // Where the bytes of a file lie that the user or a definition names.
     std::function<Text(const Text& path)> place_of;
@@ -44,8 +46,8 @@ class ImportWatch {
 
   // --- Exchange files ---
 
-  // The files of the definition that is open, which is to be imported with `math`: each that is known is asked about, and
-  // what the user does not want is left alone by the next run. False where no file is left.
+  // The files of the definition that is open, which is to be imported with `math`: each that is known is asked about,
+  // and what the user does not want is left alone by the next run. False where no file is left.
   [[nodiscard]] bool MayImport(Integer math);
   // Before all definitions run: known files are left alone, and nobody is asked.
   void LeaveKnownAlone();

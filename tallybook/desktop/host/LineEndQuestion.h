@@ -1,6 +1,7 @@
-// A look at the text file of a delimited import before it is read: where its lines end in a way that the import does not
-// take for their ends, the user is asked whether they are to be read all the same (application/LineEnds.h). A layer for
-// the time of a conversation: it stands over the installed platform's files and is taken out by its end. One thread.
+// A look at the text file of a delimited import before it is read: where its lines end in a way that the import does
+// not take for their ends, the user is asked whether they are to be read all the same (application/LineEnds.h). A layer
+// for the time of a conversation: it stands over the installed platform's files and is taken out by its end. One
+// thread.
 #pragma once
 
 #include <map>

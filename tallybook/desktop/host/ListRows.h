@@ -35,8 +35,8 @@ class ListRows : public QAbstractTableModel {
   void Update();
   [[nodiscard]] bool IsStale() const { return stale_; }
 
-  // How rows are sorted; nothing: as they were added. Numeric columns by the number that their text begins with. Rows that
-  // are alike stay as they were added.
+  // How rows are sorted; nothing: as they were added. Numeric columns by the number that their text begins with. Rows
+  // that are alike stay as they were added.
   [[nodiscard]] std::optional<Order> Sorting() const { return sorting_; }
   void Sort(std::optional<Order> order);
 

@@ -1,5 +1,5 @@
-// Long work that a window begins and that runs within the window's own call: what closes the window meanwhile ends the work
-// first, and the window closes behind it. One thread.
+// Long work that a window begins and that runs within the window's own call: what closes the window meanwhile ends the
+// work first, and the window closes behind it. One thread.
 #pragma once
 
 #include <QTimer>

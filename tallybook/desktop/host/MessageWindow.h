@@ -1,6 +1,6 @@
 // A message box as a window: title, icon, the text, its buttons, and behind a fold what there is to copy besides. Made
-// for one question and asked once. The text is never touched: it stands word for word, can be selected, and scrolls where
-// it is longer than the screen has room for.
+// for one question and asked once. The text is never touched: it stands word for word, can be selected, and scrolls
+// where it is longer than the screen has room for.
 //
 //   Enter           the default button; Escape and the close box: the button that refuses
 //   a letter        the button whose mnemonic it is, with Alt or without

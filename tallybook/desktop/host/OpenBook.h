@@ -1,5 +1,6 @@
 // Opens books for the application's windows: with the cache that the installation has set, its progress display and
-// report heads, and where a book to be changed is open elsewhere, with a window that says for whom it waits. One thread.
+// report heads, and where a book to be changed is open elsewhere, with a window that says for whom it waits. One
+// thread.
 #pragma once
 
 #include <memory>

@@ -1,6 +1,6 @@
-// An import that is looked at and not done, from within a conversation: the engine that would run in earnest runs over the book
-// that the conversation has open, and asks what it always asks; nothing of the book or of a file is changed, and nothing
-// is logged. Once for each preview; one thread.
+// An import that is looked at and not done, from within a conversation: the engine that would run in earnest runs over
+// the book that the conversation has open, and asks what it always asks; nothing of the book or of a file is changed,
+// and nothing is logged. Once for each preview; one thread.
 #pragma once
 
 #include <memory>

@@ -1,5 +1,5 @@
-// What an import would do: its figures as a list that can be chosen from and sorted, totals, days that go into one record, and
-// the files with what becomes of them; and the import itself from there. One thread.
+// What an import would do: its figures as a list that can be chosen from and sorted, totals, days that go into one
+// record, and the files with what becomes of them; and the import itself from there. One thread.
 #pragma once
 
 #include <QDialog>

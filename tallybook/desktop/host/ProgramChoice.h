@@ -19,8 +19,8 @@ struct InstalledProgram {
 // in the order of their names. An entry of an earlier folder hides those of its name in later ones.
 [[nodiscard]] std::vector<InstalledProgram> ProgramsIn(const QStringList& data_folders);
 
-// The words of a command line with the file in its place: where the line has a field for files or addresses, else at the
-// end. Fields of other kinds are left out.
+// The words of a command line with the file in its place: where the line has a field for files or addresses, else at
+// the end. Fields of other kinds are left out.
 [[nodiscard]] QStringList CommandWords(const QString& command, const QString& file);
 
 // Lets the user choose, over `owner`. The words of the command to start; none where he cancelled.

@@ -1,10 +1,10 @@
 // The progress of long work in a window: what is done, how much of it, how long it may still take, and Cancel where the
-// work lets itself be cancelled, with words of what that leaves. It shows itself after half a second, and never takes the
-// place of a question: who asks hides it meanwhile. Work of more than ten seconds tells the desktop when it ends, unless
-// the user is looking.
+// work lets itself be cancelled, with words of what that leaves. It shows itself after half a second, and never takes
+// the place of a question: who asks hides it meanwhile. Work of more than ten seconds tells the desktop when it ends,
+// unless the user is looking.
 //
-// While it is open every call lets events in from time to time, so that no window of the application stands still. It is
-// called once a figure by the largest imports, so a call that has nothing to do costs a comparison. One thread.
+// While it is open every call lets events in from time to time, so that no window of the application stands still. It
+// is called once a figure by the largest imports, so a call that has nothing to do costs a comparison. One thread.
 #pragma once
 
 #include <functional>

@@ -1,5 +1,5 @@
-// Puts a file's name into the box of a dialog when that is shown, before the user can press a key in it, as if the user had
-// typed it: for a file that was dropped on the application or opened from the file manager. One thread.
+// Puts a file's name into the box of a dialog when that is shown, before the user can press a key in it, as if the user
+// had typed it: for a file that was dropped on the application or opened from the file manager. One thread.
 #pragma once
 
 #include <QObject>

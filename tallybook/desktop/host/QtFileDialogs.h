@@ -1,5 +1,5 @@
-// The system's standard dialogs on Qt: files to open and to save, colours, fonts, printers, folders, help. The desktop's
-// own dialogs where it has them, Qt's elsewhere. One thread; each is modal over its owner and lets events in.
+// The system's standard dialogs on Qt: files to open and to save, colours, fonts, printers, folders, help. The
+// desktop's own dialogs where it has them, Qt's elsewhere. One thread; each is modal over its owner and lets events in.
 #pragma once
 
 #include <functional>

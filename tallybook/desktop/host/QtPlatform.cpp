@@ -24,9 +24,9 @@ namespace tallybook::desktop {
 
 namespace {
 
-// The system's clock; the value of the variable SOURCE_DATE_EPOCH, seconds since 1970-01-01 in UTC, where that is set, so
-// that what is written into files can be repeated to the byte (reproducible-builds.org, "SOURCE_DATE_EPOCH"). A value that
-// is no number is passed over.
+// The system's clock; the value of the variable SOURCE_DATE_EPOCH, seconds since 1970-01-01 in UTC, where that is set,
+// so that what is written into files can be repeated to the byte (reproducible-builds.org, "SOURCE_DATE_EPOCH"). A
+// value that is no number is passed over.
 class DesktopClock : public PosixClock {
  public:
   DesktopClock() {

@@ -1,6 +1,6 @@
-// The platform of the desktop: windows and input on Qt, files as on any POSIX system with outputs that are written whole,
-// and a clock that can be fixed for what is written into files. Installed while the object lives. One thread; needs an
-// application object.
+// The platform of the desktop: windows and input on Qt, files as on any POSIX system with outputs that are written
+// whole, and a clock that can be fixed for what is written into files. Installed while the object lives. One thread;
+// needs an application object.
 //
 //   QApplication application(argc, argv);
 //   QtPlatform platform;

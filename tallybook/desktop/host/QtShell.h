@@ -13,9 +13,9 @@ class QtShell : public Shell {
   static constexpr Long kOpened = 33;
   static constexpr Long kNotOpened = 2;
 
-  // Asks the program `xdg-open` (freedesktop.org, "xdg-utils"): kOpened once it has handed the file on or is still at it
-  // after a few seconds; kNoAssociation where it is not installed or knows no program; kNotOpened for any other trouble.
-  // Events are let in meanwhile. The window comes up as the desktop has it.
+  // Asks the program `xdg-open` (freedesktop.org, "xdg-utils"): kOpened once it has handed the file on or is still at
+  // it after a few seconds; kNoAssociation where it is not installed or knows no program; kNotOpened for any other
+  // trouble. Events are let in meanwhile. The window comes up as the desktop has it.
   [[nodiscard]] Long Open(const Text& file_name, Integer state) override;
   // The choice of a program for a file, which the component asks for by its system's name
   // ("shell32.dll,OpenAs_RunDLL FILE"), lets the user choose one of those that are installed, and starts it. Any other

@@ -1,5 +1,5 @@
-// What an engine is given that is to be looked at and not kept: an application that logs nothing, and a factory whose reports go
-// into a text and whose progress is the application's own. One thread.
+// What an engine is given that is to be looked at and not kept: an application that logs nothing, and a factory whose
+// reports go into a text and whose progress is the application's own. One thread.
 #pragma once
 
 #include <sstream>

@@ -1,6 +1,6 @@
 // A report in a window: what changed at its head, the report below it as text whose columns stand under each other, and
-// what can be done with it: search, look at its pages, print, save as PDF, HTML or text, and take the import back that it
-// tells of. Opens as fast with a hundred thousand lines as with ten.
+// what can be done with it: search, look at its pages, print, save as PDF, HTML or text, and take the import back that
+// it tells of. Opens as fast with a hundred thousand lines as with ten.
 //
 //   Ctrl+F          the search box; F3 and Shift+F3, or Enter and Shift+Enter in the box: next and previous
 //   Ctrl+P, Ctrl+S  print and save; Escape in the box leaves it, elsewhere closes
@@ -36,8 +36,8 @@ struct ReportSetting {
 
 class ReportWindow : public QWidget {
  public:
-  // `head` is that of the report's pages. `owner` may be null; then whoever made the window deletes it, if nobody closes
-  // it before.
+  // `head` is that of the report's pages. `owner` may be null; then whoever made the window deletes it, if nobody
+  // closes it before.
   ReportWindow(report::Report report, report::Blocks head, ReportSetting setting, QWidget* owner,
                WindowMemory memory = WindowMemory());
   ~ReportWindow() override;

@@ -1,6 +1,6 @@
-// Exchange files held against a book from a window (application/TieOut): what it came to as plain data, which stays when the
-// book has been closed. One thread, that of the windows: the engine asks and tells by windows, as it does in an import, and
-// its progress lets events in.
+// Exchange files held against a book from a window (application/TieOut): what it came to as plain data, which stays
+// when the book has been closed. One thread, that of the windows: the engine asks and tells by windows, as it does in
+// an import, and its progress lets events in.
 #pragma once
 
 #include <memory>

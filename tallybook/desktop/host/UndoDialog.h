@@ -1,6 +1,6 @@
-// Asks what is to become of figures that have been changed since an entry that is to be undone: they are listed with what they
-// were, what the entry left, what they are now and which entry changed them last. Nothing has happened by then, and nothing
-// happens where the user cancels. One thread.
+// Asks what is to become of figures that have been changed since an entry that is to be undone: they are listed with
+// what they were, what the entry left, what they are now and which entry changed them last. Nothing has happened by
+// then, and nothing happens where the user cancels. One thread.
 #pragma once
 
 #include <QDialog>

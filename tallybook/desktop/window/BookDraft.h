@@ -1,5 +1,5 @@
-// A book that is being made by hand: what was chosen and typed so far, what is wrong with it in words, and the description
-// that comes of it. Plain data; no widget.
+// A book that is being made by hand: what was chosen and typed so far, what is wrong with it in words, and the
+// description that comes of it. Plain data; no widget.
 #pragma once
 
 #include <vector>
@@ -23,8 +23,8 @@ struct ReadFields {
 // order of marks. Cells may stand in double quotes. Lines without anything are passed over, and so is a head ("Code",
 // "Account") in the first.
 [[nodiscard]] ReadAccounts ReadAccountLines(const Text& text);
-// The same for accounts that a book is to get besides those that it has: a line may begin with a number, where it has three
-// cells; 0 stands for a free one.
+// The same for accounts that a book is to get besides those that it has: a line may begin with a number, where it has
+// three cells; 0 stands for a free one.
 [[nodiscard]] ReadAccounts ReadFurtherAccounts(const Text& text, const std::vector<engine::AccountDescription>& there);
 // Each line is a field's name; of a line with cells the last that is not empty.
 [[nodiscard]] ReadFields ReadFieldLines(const Text& text);
@@ -56,8 +56,8 @@ struct BookDraft {
 // A file's name for a book of that name: "North Shop" in /home/me becomes /home/me/north-shop.tbk.
 [[nodiscard]] Text PathFor(const Text& folder, const Text& name);
 
-// The file of a book that a dialog's answer means: that of a file that is there, whatever it is called, else with ".tbk" at
-// its end.
+// The file of a book that a dialog's answer means: that of a file that is there, whatever it is called, else with
+// ".tbk" at its end.
 [[nodiscard]] Text BookFileFor(const Text& chosen);
 
 }  // namespace tallybook::desktop

@@ -1,5 +1,5 @@
-// A picture of a fiscal year as a calendar cuts it: a row for each period, its days as a strip with the weeks marked, and
-// lines between the quarters. The same in words for whoever cannot see it.
+// A picture of a fiscal year as a calendar cuts it: a row for each period, its days as a strip with the weeks marked,
+// and lines between the quarters. The same in words for whoever cannot see it.
 #pragma once
 
 #include <QtWidgets/QWidget>

@@ -1,6 +1,6 @@
-// Looking after a book from its window: back it up, look for damage, make it smaller, and get a book out of a backup or a damaged
-// book. The work runs beside the windows, which show how far it is, and can be cancelled; what it came to is said, and
-// findings are listed in a window of their own.
+// Looking after a book from its window: back it up, look for damage, make it smaller, and get a book out of a backup or
+// a damaged book. The work runs beside the windows, which show how far it is, and can be cancelled; what it came to is
+// said, and findings are listed in a window of their own.
 //
 // One thread. All that is named outlives it.
 #pragma once
@@ -45,8 +45,8 @@ struct RestoreWish {
   bool replace = false;  // the book that is there, which is kept beside
 };
 
-// Asks for the backup, and where its book is to be; `near` is a path beside which both are looked for. Nothing where the
-// user does not want to, or where the file is no backup, which is told.
+// Asks for the backup, and where its book is to be; `near` is a path beside which both are looked for. Nothing where
+// the user does not want to, or where the file is no backup, which is told.
 [[nodiscard]] std::optional<RestoreWish> AskWhatToRestore(QWidget& owner, const Text& near);
 // Gives what was done; empty where it failed, which is told.
 [[nodiscard]] QString RestoreBook(Conversations& conversations, const RestoreWish& wish);
@@ -56,8 +56,8 @@ struct SalvageWish {
   Text book;
 };
 
-// Asks for the damaged book, and where the one that is made of it is to be; `near` as above. Nothing where the user does
-// not want to.
+// Asks for the damaged book, and where the one that is made of it is to be; `near` as above. Nothing where the user
+// does not want to.
 [[nodiscard]] std::optional<SalvageWish> AskWhatToSalvage(QWidget& owner, const Text& near);
 // Lists what is lost in a window of its own. False where there is no book, which is told.
 bool SalvageBook(QWidget& owner, Conversations& conversations, const SalvageWish& wish);

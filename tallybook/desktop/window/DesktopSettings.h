@@ -1,6 +1,6 @@
-// What the desktop remembers of books between its runs, in books.ini of the user's state folder: which were opened lately,
-// and how each was looked at; and where the main window stood. What cannot be read or written is passed over: a window that opens
-// in another place is no reason to keep anybody from a book. One thread.
+// What the desktop remembers of books between its runs, in books.ini of the user's state folder: which were opened
+// lately, and how each was looked at; and where the main window stood. What cannot be read or written is passed over: a
+// window that opens in another place is no reason to keep anybody from a book. One thread.
 #pragma once
 
 #include <vector>

@@ -291,7 +291,8 @@ QWidget* FileCheckWindow::NewButtons() {
   return buttons;
 }
 
-// What an import does with figures is asked of a delimited file; a comma-separated one says it itself, unless it is told.
+// What an import does with figures is asked of a delimited file; a comma-separated one says it itself, unless it is
+// told.
 void FileCheckWindow::Follow() {
   const bool is_delimited = kind_->currentData().toInt() != 0;
   delimited_->setVisible(is_delimited);

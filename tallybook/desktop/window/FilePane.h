@@ -1,5 +1,5 @@
-// A text file's lines around the one that a finding stands on, with that line and its place in it marked. Characters that
-// nobody sees are shown as what they are. One thread.
+// A text file's lines around the one that a finding stands on, with that line and its place in it marked. Characters
+// that nobody sees are shown as what they are. One thread.
 #pragma once
 
 #include <QtWidgets/QPlainTextEdit>

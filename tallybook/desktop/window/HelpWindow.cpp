@@ -216,8 +216,8 @@ void Help::ShowForWindowAtHand() {
   if (window_ == nullptr || at_hand != window_) Show(HelpPlaceOf(at_hand));
 }
 
-// A dialog that keeps other windows away lets in those that belong to it alone. Elsewhere it belongs to nobody: a dialog of
-// the component keeps its owner away together with all that belongs to that.
+// A dialog that keeps other windows away lets in those that belong to it alone. Elsewhere it belongs to nobody: a
+// dialog of the component keeps its owner away together with all that belongs to that.
 void Help::Show(const QString& place) {
   QWidget* const modal = QApplication::activeModalWidget();
   const QPointer<QWidget> over = QApplication::activeWindow();

@@ -1,5 +1,5 @@
-// The guide in a window: the documents for whoever works in windows, which are built into the program. F1 shows the page of
-// the window at hand, over that window, so that both can be used side by side.
+// The guide in a window: the documents for whoever works in windows, which are built into the program. F1 shows the
+// page of the window at hand, over that window, so that both can be used side by side.
 //
 // One thread.
 #pragma once
@@ -27,11 +27,12 @@ class HelpWindow final : public QWidget {
   QTextBrowser* browser_;
 };
 
-// The place in the guide that tells of a window, by what it is; the guide's first page for one that has none of its own.
+// The place in the guide that tells of a window, by what it is; the guide's first page for one that has none of its
+// own.
 [[nodiscard]] QString HelpPlaceOf(const QWidget* window);
 
-// Answers F1 in every window of the program, while it lives, where nothing in the window has taken the key: the dialogs of
-// the component that have it ask their application for help, which leads to ShowForWindowAtHand as well.
+// Answers F1 in every window of the program, while it lives, where nothing in the window has taken the key: the dialogs
+// of the component that have it ask their application for help, which leads to ShowForWindowAtHand as well.
 class Help final : public QObject {
  public:
   Help();

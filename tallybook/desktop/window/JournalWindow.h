@@ -1,5 +1,5 @@
-// The history of a book: the entries of its journal as a list, newest first, all that is kept of each, and the way back. An
-// entry that was never finished says so.
+// The history of a book: the entries of its journal as a list, newest first, all that is kept of each, and the way
+// back. An entry that was never finished says so.
 #pragma once
 
 #include <QtWidgets/QDialog>

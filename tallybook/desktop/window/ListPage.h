@@ -1,5 +1,5 @@
-// A list of a book, accounts or fields, as it is edited: a search that filters as one types, the rows, and what can be done
-// with them. It edits a draft; what the draft refuses is told where it was typed, or by the listener.
+// A list of a book, accounts or fields, as it is edited: a search that filters as one types, the rows, and what can be
+// done with them. It edits a draft; what the draft refuses is told where it was typed, or by the listener.
 //
 //   letters         go to the search; Up and Down there move in the list
 //   Insert, F2 or Enter, Delete, Alt+Up, Alt+Down: add, edit, remove, move

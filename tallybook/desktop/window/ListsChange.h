@@ -1,6 +1,7 @@
-// Brings a book to the lists and years that a user has edited: looked at first, asked about where figures go with what is
-// removed or exchange definitions name what changes, and done with the right to write taken for the change alone; and takes such
-// a change back in the same way. Figures are counted on a thread of their own, while windows live. One thread otherwise.
+// Brings a book to the lists and years that a user has edited: looked at first, asked about where figures go with what
+// is removed or exchange definitions name what changes, and done with the right to write taken for the change alone;
+// and takes such a change back in the same way. Figures are counted on a thread of their own, while windows live. One
+// thread otherwise.
 #pragma once
 
 #include <functional>
@@ -53,7 +54,8 @@ using AskLists = std::function<ListsAnswer(const ListsQuestion& question)>;
 // Whoever takes back the last change by its key is asked only what becomes of definitions.
 enum class ListsAsking { kWhereDefinitionsFollow, kAlways };
 
-// Takes back a change of lists, told by its entry of the journal; definitions get the codes from before where the user wants that.
+// Takes back a change of lists, told by its entry of the journal; definitions get the codes from before where the user
+// wants that.
 [[nodiscard]] ListsChanged UndoLists(Conversations& conversations, application::WholeFiles& files, Long entry,
                                      ListsAsking asking, const AskLists& ask);
 

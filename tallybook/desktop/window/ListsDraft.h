@@ -1,5 +1,5 @@
-// The lists and years of a book while a user edits them: what they are to become, checked at every step as a change of the
-// book is, and the way back step by step. Plain data; no widget, no file.
+// The lists and years of a book while a user edits them: what they are to become, checked at every step as a change of
+// the book is, and the way back step by step. Plain data; no widget, no file.
 //
 //   ListsDraft draft(book.Stored(), book.Path());
 //   draft.Add({0, "4200", "Kiosk"}, position);       // Failure 5 in the words of the check, with nothing changed
@@ -33,8 +33,8 @@ class ListsDraft {
   [[nodiscard]] bool IsChanged() const { return now_.description != stored_.description; }
   [[nodiscard]] engine::BookDifference Difference() const;
 
-  // All fail with 5 and change nothing: as the functions of application/ListEdits.h, and as CheckGrowth. Numbers name rows
-  // that the lists have. A number of 0 is a free one; accounts are added at a position, one behind the other.
+  // All fail with 5 and change nothing: as the functions of application/ListEdits.h, and as CheckGrowth. Numbers name
+  // rows that the lists have. A number of 0 is a free one; accounts are added at a position, one behind the other.
   void Add(const std::vector<engine::AccountDescription>& accounts, Long position);
   void Add(const engine::FieldDescription& field, Long position);
   // At the end of the list, with numbers of their own.
@@ -51,8 +51,8 @@ class ListsDraft {
   // The highest numbers that accounts and fields may have; they can only grow.
   void SetLimits(Long accounts, Long fields);
 
-  // Takes another state of the book for its own, because others have changed it: what was edited is done once more, as far
-  // as the rows are there still; numbers that were taken meanwhile are given anew. The way back begins anew. Gives
+  // Takes another state of the book for its own, because others have changed it: what was edited is done once more, as
+  // far as the rows are there still; numbers that were taken meanwhile are given anew. The way back begins anew. Gives
   // why that is no sound change, and the draft is the book's new state alone then; empty where it is one.
   [[nodiscard]] Text Rebase(engine::StoredDescription stored);
 
@@ -66,7 +66,8 @@ class ListsDraft {
   [[nodiscard]] std::vector<RowState> FieldStates() const;
 
  private:
-  // What a step did to a list: the rows that it added, changed, moved or removed, and where those stood that were there.
+  // What a step did to a list: the rows that it added, changed, moved or removed, and where those stood that were
+  // there.
   template <typename Row>
   struct Swap {
     std::set<Long> touched;                      // numbers

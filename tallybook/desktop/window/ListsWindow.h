@@ -1,8 +1,8 @@
-// Accounts, fields and years of a book in three pages. What is edited is kept here, checked at each step, and brought into
-// the book by OK as one change, which is one entry of the journal; until then Ctrl+Z takes it back step by step.
+// Accounts, fields and years of a book in three pages. What is edited is kept here, checked at each step, and brought
+// into the book by OK as one change, which is one entry of the journal; until then Ctrl+Z takes it back step by step.
 //
-// The book is not kept from anybody meanwhile. What others change of the lists is noticed and shown, with what was edited
-// here done once more on top of it, and never overwritten.
+// The book is not kept from anybody meanwhile. What others change of the lists is noticed and shown, with what was
+// edited here done once more on top of it, and never overwritten.
 #pragma once
 
 #include <QtCore/QTimer>

@@ -1,5 +1,5 @@
-// The main window: accounts, figures and chart of one book, and everything that is begun from its menus. With no book open
-// it shows how to begin.
+// The main window: accounts, figures and chart of one book, and everything that is begun from its menus. With no book
+// open it shows how to begin.
 //
 // One thread. The application object and the settings outlive it.
 #pragma once
@@ -20,8 +20,8 @@ class FigurePane;
 
 class MainWindow final : public QMainWindow {
  public:
-  // What conversations need; with none of it the menu of data exchange is left out, and so is undo from the journal. All
-  // of it outlives the window.
+  // What conversations need; with none of it the menu of data exchange is left out, and so is undo from the journal.
+  // All of it outlives the window.
   MainWindow(HostApp& app, DesktopSettings& settings, const LocaleStyle& style,
              const ConversationMeans* means = nullptr);
   ~MainWindow() override;

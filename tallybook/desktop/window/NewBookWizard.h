@@ -1,5 +1,5 @@
-// Makes a book in four short pages: what it is called; its grain and its calendar, with a picture of the first year as it
-// will be cut; its accounts and fields, typed, pasted or read from a file; done.
+// Makes a book in four short pages: what it is called; its grain and its calendar, with a picture of the first year as
+// it will be cut; its accounts and fields, typed, pasted or read from a file; done.
 #pragma once
 
 #include <QtWidgets/QWizard>

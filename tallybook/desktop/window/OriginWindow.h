@@ -1,5 +1,5 @@
-// Where a figure came from: every entry of the journal that changed it, oldest first, with what it was before and after and the
-// file; from a line to that entry in the journal.
+// Where a figure came from: every entry of the journal that changed it, oldest first, with what it was before and after
+// and the file; from a line to that entry in the journal.
 #pragma once
 
 #include <QtWidgets/QDialog>

@@ -1,6 +1,6 @@
-// What users set for themselves: one description of every setting, from which the settings page is laid out, and what the
-// program makes of them at its start. They stand in the installation's settings file (HostApp::SettingsFileName), where the
-// command "tallybook" finds those that concern it as well. One thread.
+// What users set for themselves: one description of every setting, from which the settings page is laid out, and what
+// the program makes of them at its start. They stand in the installation's settings file (HostApp::SettingsFileName),
+// where the command "tallybook" finds those that concern it as well. One thread.
 #pragma once
 
 #include <span>

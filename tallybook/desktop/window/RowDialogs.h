@@ -1,5 +1,5 @@
-// The dialogs in which rows of a book's lists are typed: one row by itself, or many from a table. What is refused shows its
-// reason and leaves what was typed.
+// The dialogs in which rows of a book's lists are typed: one row by itself, or many from a table. What is refused shows
+// its reason and leaves what was typed.
 #pragma once
 
 #include <QtWidgets/QDialog>

@@ -1,6 +1,6 @@
-// Exchange files held against the book: which definition, which files, and then the figures that differ, totals, and how each
-// file was held. It is nobody's child, so that it stands beside the main window and not over it; from a figure of its list
-// that window goes to the figure. One thread.
+// Exchange files held against the book: which definition, which files, and then the figures that differ, totals, and
+// how each file was held. It is nobody's child, so that it stands beside the main window and not over it; from a figure
+// of its list that window goes to the figure. One thread.
 #pragma once
 
 #include <QtWidgets/QDialog>

@@ -1,5 +1,5 @@
-// The years of a book as they are edited: how many it holds and how many are in use, and the dates of each; and how high the
-// numbers of its accounts and fields may go. It edits a draft.
+// The years of a book as they are edited: how many it holds and how many are in use, and the dates of each; and how
+// high the numbers of its accounts and fields may go. It edits a draft.
 // One thread.
 #pragma once
 

@@ -20,7 +20,8 @@ inline constexpr auto kReplaced = static_cast<Integer>(eMath::mReplace);
 
 using Values = std::vector<engine::ValueDescription>;
 
-// A shop that writes exchange files and an office that takes them in, by an exchange definition that matches one for one.
+// A shop that writes exchange files and an office that takes them in, by an exchange definition that matches one for
+// one.
 class Office {
  public:
   explicit Office(Integer data_level = kPeriodLevel) {

@@ -1,4 +1,5 @@
-// The start of a test program that shows windows: one application for all its tests. A test that opens a window closes it.
+// The start of a test program that shows windows: one application for all its tests. A test that opens a window closes
+// it.
 #include <QApplication>
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-// Whole conversations over the list of exchange definitions, from the entry point to definitions, figures and reports on
-// disk.
+// Whole conversations over the list of exchange definitions, from the entry point to definitions, figures and reports
+// on disk.
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -202,8 +202,8 @@ TEST_F(BookKillTest, IsUndoneWhollyOrNotAtAllWhereAnUndoIsKilled) {
   }
 }
 
-// Whatever of an older book's way to the present format is done, its figures are there, and a backup that bears its name
-// is whole.
+// Whatever of an older book's way to the present format is done, its figures are there, and a backup that bears its
+// name is whole.
 TEST_F(BookKillTest, ComesToThePresentFormatWhollyOrNotAtAll) {
   const std::filesystem::path sample = tallybook::testing::SampleBook("book-v1.tbk");
   const auto renew = [&] {

@@ -1,5 +1,5 @@
-// A book that grows from few fields to many: its chunks are stored anew with fewer rows each, and what the journal keeps
-// from before still takes figures back.
+// A book that grows from few fields to many: its chunks are stored anew with fewer rows each, and what the journal
+// keeps from before still takes figures back.
 #include <filesystem>
 #include <gmock/gmock.h>
 
@@ -262,8 +262,8 @@ class FilePages {
   std::string bytes_;
 };
 
-// Nine years in which chunks of before and of now have keys in common, at other dates: the file of one keeps, in a page that
-// is not in use any more, what looks like one of the other.
+// Nine years in which chunks of before and of now have keys in common, at other dates: the file of one keeps, in a page
+// that is not in use any more, what looks like one of the other.
 class BookLayoutPages : public BookFixture {
  protected:
   void SetUp() override {

@@ -106,8 +106,8 @@ class Model {
   }
   [[nodiscard]] std::vector<std::size_t> One(int choice) const { return {IndexAt(choice)}; }
 
-  // Undoes them in this order; false, with all as it was, where that is refused. An entry of the book's own ends with the
-  // attempt.
+  // Undoes them in this order; false, with all as it was, where that is refused. An entry of the book's own ends with
+  // the attempt.
   bool Undo(const std::vector<std::size_t>& asked, UndoWay way) {
     if (asked.empty()) return false;
     for (const std::size_t index : asked) {

@@ -1,4 +1,5 @@
-// All or nothing: what is written between BeginWhole and KeepWhole, figures and journal, is there together or not at all.
+// All or nothing: what is written between BeginWhole and KeepWhole, figures and journal, is there together or not at
+// all.
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -193,7 +194,8 @@ TEST_F(BookWholeTest, OfAnOlderBookBringsItUpToDateAndNoMore) {
   EXPECT_EQ(Get(*book, account, date, field), 4711);
 }
 
-// Wholes that are kept and dropped, and single imports between them, against a plain map; the cache holds next to nothing.
+// Wholes that are kept and dropped, and single imports between them, against a plain map; the cache holds next to
+// nothing.
 class BookWholeModelTest : public BookFixture {
  protected:
   enum class Way { kKept, kDropped, kPlain };

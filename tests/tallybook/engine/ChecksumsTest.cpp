@@ -18,8 +18,8 @@ std::vector<std::byte> Bytes(std::string_view text) {
   return {bytes.begin(), bytes.end()};
 }
 
-// XXH3 of 64 bits with the key as its seed: what other programs that read a book will count with. The value for no bytes
-// and no seed is the algorithm's published one.
+// XXH3 of 64 bits with the key as its seed: what other programs that read a book will count with. The value for no
+// bytes and no seed is the algorithm's published one.
 TEST(Checksums, AreThoseOfThePublishedAlgorithm) {
   EXPECT_EQ(ChecksumOf({}, 0), 0x2D06800538D394C2U);
 }

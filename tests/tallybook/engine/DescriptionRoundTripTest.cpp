@@ -183,7 +183,8 @@ TEST_F(DescriptionRoundTripTest, ABookMadeFromWhatABookTellsIsTheSameAndFindsEac
   EXPECT_TRUE(holds);
 }
 
-// --- A book that becomes what a description says -----------------------------------------------------------------------
+// --- A book that becomes what a description says
+// -----------------------------------------------------------------------
 
 // What may follow `book`: rows of it in any order, some of them changed or gone, others besides, and more years.
 BookDescription AnyGrowthOf(const BookDescription& book) {

@@ -1,6 +1,6 @@
-// A book whose lists and years change, against a small model in memory: random changes of lists, imports, single figures
-// and undos over all calendars and levels, with the book closed, opened and its process killed between. What is refused
-// leaves the file byte for byte as it was.
+// A book whose lists and years change, against a small model in memory: random changes of lists, imports, single
+// figures and undos over all calendars and levels, with the book closed, opened and its process killed between. What is
+// refused leaves the file byte for byte as it was.
 
 #include <algorithm>
 #include <array>

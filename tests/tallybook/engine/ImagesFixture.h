@@ -1,5 +1,5 @@
-// What the tests share that look at the images of a book's journal: a book that is written, then closed and looked at by
-// its storage.
+// What the tests share that look at the images of a book's journal: a book that is written, then closed and looked at
+// by its storage.
 #pragma once
 
 #include <gmock/gmock.h>

@@ -294,7 +294,8 @@ TEST_F(QdxLookTest, AFileThatCannotBeOpenedIsAFailure) {
               testing::FailsWith(FailureNumber::kFileNotFound));
 }
 
-// --- Against the import ------------------------------------------------------------------------------------------------
+// --- Against the import
+// ------------------------------------------------------------------------------------------------
 
 template <typename Value>
 std::vector<Value> Few(int most, rc::Gen<Value> value) {

@@ -1,5 +1,5 @@
-// A database laid over another, beside a twin of the one below that is written in earnest: both must answer alike, and the
-// one below must never change.
+// A database laid over another, beside a twin of the one below that is written in earnest: both must answer alike, and
+// the one below must never change.
 #include <cmath>
 #include <gmock/gmock.h>
 #include <limits>

@@ -1,4 +1,5 @@
-// Every dialog of the component in a real window: it holds to what every window must, and all of it is reached by keyboard.
+// Every dialog of the component in a real window: it holds to what every window must, and all of it is reached by
+// keyboard.
 #include <QLabel>
 #include <QTabBar>
 #include <QTableView>
@@ -58,8 +59,8 @@ class DialogWindowsTest : public FormsFixture {
     EXPECT_THAT(FaultsOf(window, allowed), IsEmpty()) << form.Name();
     EXPECT_THAT(NotReached(form), IsEmpty()) << form.Name();
   }
-  // The controls that can be acted on and that the Tab key does not come to. An option is reached by the arrow keys from
-  // the one that is on.
+  // The controls that can be acted on and that the Tab key does not come to. An option is reached by the arrow keys
+  // from the one that is on.
   static std::set<Text> NotReached(Form& form) {
     std::set<const Control*> reached;
     for (std::size_t press = 0; press <= 2 * form.Controls().size(); ++press) {

@@ -1,5 +1,5 @@
-// What the tests of real windows share: the platform of the tests with Qt's screen, input, keyboard and wheel in it. Message
-// boxes and file dialogs are still answered from lists; the clock moves by hand.
+// What the tests of real windows share: the platform of the tests with Qt's screen, input, keyboard and wheel in it.
+// Message boxes and file dialogs are still answered from lists; the clock moves by hand.
 #pragma once
 
 #include <QApplication>

@@ -339,7 +339,8 @@ void WidgetStage::Key(Form& form, Integer key, Integer shift, Integer character)
   if (!is_mnemonic) {
     SendCode(target, key, shift, character);
   } else {
-    // Mnemonics are those of the window that has the input, and a button that one presses goes down before it is clicked.
+    // Mnemonics are those of the window that has the input, and a button that one presses goes down before it is
+    // clicked.
     RunUntil([&] { return QApplication::activeWindow() == window; }, kMoment);
     const QPointer<QWidget> pressed = window;
     SendCode(target, key, shift, character);

@@ -1,6 +1,6 @@
-// Real windows under the tests of the dialogs: every form of the component that is shown there gets a window of Qt's as well,
-// and the scripted user's acts become events that are sent to its widgets. What is active, visible and where is still told
-// by the windows in memory, so that nothing waits for a window manager.
+// Real windows under the tests of the dialogs: every form of the component that is shown there gets a window of Qt's as
+// well, and the scripted user's acts become events that are sent to its widgets. What is active, visible and where is
+// still told by the windows in memory, so that nothing waits for a window manager.
 #pragma once
 
 #include <memory>
@@ -37,8 +37,8 @@ class WidgetStage : public tallybook::testing::Stage {
  private:
   class MirrorScreen;
 
-  // The widget of a control that the user can act on now; null for a form without a window of Qt's, and, with `reachable`
-  // false, for one that cannot be acted on.
+  // The widget of a control that the user can act on now; null for a form without a window of Qt's, and, with
+  // `reachable` false, for one that cannot be acted on.
   [[nodiscard]] QWidget* Reach(Control& control, bool& reachable) const;
 
   std::unique_ptr<MirrorScreen> mirror_;

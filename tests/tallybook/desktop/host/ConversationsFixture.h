@@ -1,5 +1,5 @@
-// A book of a shop with four hundred days of figures, and the conversations over it in real windows: what a user does there
-// goes to widgets.
+// A book of a shop with four hundred days of figures, and the conversations over it in real windows: what a user does
+// there goes to widgets.
 #pragma once
 
 #include <QLineEdit>

@@ -1,5 +1,5 @@
-// A display that hands everything on to another and holds the work at a step that a test names, however fast the machine
-// is: the work stands there, with events let in, until the test has done what it came for.
+// A display that hands everything on to another and holds the work at a step that a test names, however fast the
+// machine is: the work stands there, with events let in, until the test has done what it came for.
 #pragma once
 
 #include <QElapsedTimer>

@@ -1,5 +1,5 @@
-// Work that is cancelled in its midst, and windows over windows over windows: Escape ends the topmost alone, and the keys
-// go back to where the user had them.
+// Work that is cancelled in its midst, and windows over windows over windows: Escape ends the topmost alone, and the
+// keys go back to where the user had them.
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QRadioButton>
@@ -96,7 +96,8 @@ TEST_F(CancelledWorkTest, AnImportThatIsCancelledInItsMidstSaysWhatItLeavesAndIs
   for (const auto& [way, cancel] : ways) {
     SCOPED_TRACE(way);
     WriteTenDays();
-    // Each day moves the bar and then looks whether it is cancelled: the sixth step behind the start is the third day's.
+    // Each day moves the bar and then looks whether it is cancelled: the sixth step behind the start is the third
+    // day's.
     held_.HoldAt(kZeroing, 7, [this] { return Progress().WasCancelled(); });
     BeginImport();
     user_

@@ -159,7 +159,8 @@ TEST_F(ReportWindowTest, PrintsItsPagesWithTheTablesHeadOnEach) {
   EXPECT_GT(document->pageCount(), 2);
 }
 
-// --- The print dialog: no printer is known under the tests' display, so it offers a file alone -------------------------
+// --- The print dialog: no printer is known under the tests' display, so it offers a file alone
+// -------------------------
 
 class PrintDialogTest : public ReportWindowTest {
  protected:

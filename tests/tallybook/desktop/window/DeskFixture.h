@@ -63,8 +63,8 @@ class DeskFixture : public ::testing::Test, protected DeskStage {
     return ran;
   }
 
-  // Does acts one behind the other, each when its window stands there (Waiting.h), and each behind the look that found the
-  // window: what an act opens is the next one's while it waits for that.
+  // Does acts one behind the other, each when its window stands there (Waiting.h), and each behind the look that found
+  // the window: what an act opens is the next one's while it waits for that.
   void Then(const QString& title, const Act& act) {
     user_.Then(title, [act](QWidget& window) { QTimer::singleShot(0, &window, [act, &window] { act(window); }); });
   }

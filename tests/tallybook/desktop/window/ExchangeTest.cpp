@@ -100,7 +100,8 @@ TEST_F(ExchangeTest, KeepsAllThatWritesAwayWhileAConversationRuns) {
   EXPECT_TRUE(Window().Figures().Model().IsWritable());
 }
 
-// Looks at the window whose title begins so in the first turn of events behind its showing, before any key can reach it.
+// Looks at the window whose title begins so in the first turn of events behind its showing, before any key can reach
+// it.
 class FirstTurn final : public QObject {
  public:
   FirstTurn(QString title, std::function<void(const QWidget& window)> look)

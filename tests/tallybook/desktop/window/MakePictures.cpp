@@ -1,5 +1,6 @@
-// Shows each window of the desktop and keeps pictures of them: desktop_pictures FOLDER [dark] [rtl] [long] [small]. scripts/pictures
-// runs it in all combinations. Nothing of the user's is touched: books are made in a folder of their own.
+// Shows each window of the desktop and keeps pictures of them: desktop_pictures FOLDER [dark] [rtl] [long] [small].
+// scripts/pictures runs it in all combinations. Nothing of the user's is touched: books are made in a folder of their
+// own.
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>

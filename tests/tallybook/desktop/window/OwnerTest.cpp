@@ -1,5 +1,5 @@
-// The main window is minimised, or closed, while another window of the program stands open over it: each of them in turn,
-// reached as the user reaches it.
+// The main window is minimised, or closed, while another window of the program stands open over it: each of them in
+// turn, reached as the user reaches it.
 #include <QtCore/QTimer>
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>
@@ -58,8 +58,8 @@ void TakeDates(QWidget& window) {
   Later(window, [button] { QTest::mouseClick(button, Qt::LeftButton); });
 }
 
-// A window that a user can have open over the main one: the words of the menu that begin it, the windows on the way to it
-// with what is done in each, and its own title.
+// A window that a user can have open over the main one: the words of the menu that begin it, the windows on the way to
+// it with what is done in each, and its own title.
 struct Road {
   std::string name;
   QString menu;

@@ -1,5 +1,5 @@
-// Keys without sense: whoever leans on the keyboard, or lets a child at it, loses nothing and ends nothing. Each walk is the
-// same every time.
+// Keys without sense: whoever leans on the keyboard, or lets a child at it, loses nothing and ends nothing. Each walk
+// is the same every time.
 #include <QtCore/QTimer>
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>
@@ -78,8 +78,8 @@ class RandomKeysTest : public testing::DeskFixture, public ::testing::WithParamI
   RandomKeysTest() : chance_(GetParam()) {
     for (const Stroke& stroke : Strokes()) weights_.push_back(stroke.weight);
     pick_ = std::discrete_distribution<std::size_t>(weights_.begin(), weights_.end());
-    // What waits for its user has a loop of its own, in which the walk goes on; behind the timer's own turn, since a timer
-    // does not fire within itself.
+    // What waits for its user has a loop of its own, in which the walk goes on; behind the timer's own turn, since a
+    // timer does not fire within itself.
     QObject::connect(&nested_, &QTimer::timeout, &window_,
                      [this] { QTimer::singleShot(0, &window_, [this] { PressInOther(); }); });
     nested_.start(5);

@@ -1,6 +1,6 @@
 // The road of somebody who has the program for the first time, by keyboard alone: a book is made, figures are typed and
-// exported; a second book gets a definition whose rows are matched by keys, imports, prints the report, and takes the import
-// back. Every key goes to whatever has the focus.
+// exported; a second book gets a definition whose rows are matched by keys, imports, prints the report, and takes the
+// import back. Every key goes to whatever has the focus.
 #include <QtCore/QFile>
 #include <QtCore/QTimer>
 #include <QtTest/QTest>

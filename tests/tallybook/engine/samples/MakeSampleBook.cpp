@@ -134,8 +134,8 @@ class SampleMaker {
             .facts = R"({"math":"add"})"};
   }
 
-  // Lists change between imports: a field and an account come before the others, one more of each comes and goes with the
-  // figure that it had, and the last field becomes the second.
+  // Lists change between imports: a field and an account come before the others, one more of each comes and goes with
+  // the figure that it had, and the last field becomes the second.
   static void Grow(Book& book) {
     engine::BookDescription after = book.Description();
     after.fields.insert(after.fields.begin(), {50, "New field", false});
