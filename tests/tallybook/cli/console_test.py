@@ -367,8 +367,9 @@ class ConsoleTest(unittest.TestCase):
                 self.assertEqual([name for name in names if after[name] != names[name]], [])
                 return
             self.assertEqual(status, 0)
-            for name in {path.name for path in self.folder.iterdir()} - names.keys():
-                (self.folder / name).unlink()
+            for path in self.folder.iterdir():
+                if path.is_file() and path.name not in names:
+                    path.unlink()
             for name, content in names.items():
                 (self.folder / name).write_bytes(content)
         self.fail(f"never cancelled: {arguments}")
