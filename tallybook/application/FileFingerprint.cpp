@@ -56,34 +56,38 @@ bool IsAsBefore(const struct stat& before, const struct stat& now) {
          before.st_mtim.tv_nsec == now.st_mtim.tv_nsec;
 }
 
-// Both sums at once.
-class Sums {
+class Xxh3Sum {
  public:
-  Sums() {
-    XXH3_128bits_reset(&xxh3_);
-    sha256_init(&sha256_);
-  }
+  Xxh3Sum() { XXH3_128bits_reset(&state_); }
 
-  void Add(std::span<const std::byte> bytes) {
-    XXH3_128bits_update(&xxh3_, bytes.data(), bytes.size());
-    sha256_update(&sha256_, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
-  }
-
-  [[nodiscard]] FileFingerprint End(std::int64_t size) {
-    FileFingerprint print;
-    print.size = size;
+  void Add(std::span<const std::byte> bytes) { XXH3_128bits_update(&state_, bytes.data(), bytes.size()); }
+  [[nodiscard]] std::vector<std::byte> End() const {
     XXH128_canonical_t canonical;
-    XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(&xxh3_));
-    for (const unsigned char byte : canonical.digest) print.xxh3.push_back(std::byte{byte});
-    std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
-    sha256_digest(&sha256_, digest.size(), digest.data());
-    for (const std::uint8_t byte : digest) print.sha256.push_back(std::byte{byte});
-    return print;
+    XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(&state_));
+    const auto bytes = std::as_bytes(std::span(canonical.digest));
+    return {bytes.begin(), bytes.end()};
   }
 
  private:
-  XXH3_state_t xxh3_{};
-  sha256_ctx sha256_{};
+  XXH3_state_t state_{};
+};
+
+class Sha256Sum {
+ public:
+  Sha256Sum() { sha256_init(&state_); }
+
+  void Add(std::span<const std::byte> bytes) {
+    sha256_update(&state_, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
+  }
+  [[nodiscard]] std::vector<std::byte> End() {
+    std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
+    sha256_digest(&state_, digest.size(), digest.data());
+    const auto bytes = std::as_bytes(std::span(digest));
+    return {bytes.begin(), bytes.end()};
+  }
+
+ private:
+  sha256_ctx state_{};
 };
 
 // The thread that is made meanwhile gets no signals: they are for the one that asks the user, and would not wake it
@@ -103,23 +107,35 @@ class NoSignals {
   sigset_t before_{};
 };
 
-std::optional<FileFingerprint> ReadWhole(const RegularFile& file, const std::atomic<bool>& stop) {
+// Hands all of the file over, and gives its size; nothing where that cannot be, or the file changes meanwhile.
+template <typename Add>
+std::optional<std::int64_t> ReadWhole(const RegularFile& file, const std::atomic<bool>& stop, Add add) {
   constexpr std::size_t kPiece = std::size_t{256} << 10;
   const auto before = file.Status();
   if (!before) return std::nullopt;
-  Sums sums;
   std::vector<std::byte> piece(kPiece);
   std::int64_t offset = 0;
   while (!stop) {
     const ssize_t size = file.ReadAt(offset, piece);
     if (size < 0) return std::nullopt;
     if (size == 0) break;
-    sums.Add(std::span(piece).first(static_cast<std::size_t>(size)));
+    add(std::span(piece).first(static_cast<std::size_t>(size)));
     offset += size;
   }
   const auto after = file.Status();
   if (stop || !after || !IsAsBefore(*before, *after) || after->st_size != offset) return std::nullopt;
-  return sums.End(offset);
+  return offset;
+}
+
+std::optional<FileFingerprint> ReadFingerprint(const RegularFile& file, const std::atomic<bool>& stop) {
+  Xxh3Sum xxh3;
+  Sha256Sum sha256;
+  const auto size = ReadWhole(file, stop, [&](std::span<const std::byte> bytes) {
+    xxh3.Add(bytes);
+    sha256.Add(bytes);
+  });
+  if (!size) return std::nullopt;
+  return FileFingerprint{.size = *size, .xxh3 = xxh3.End(), .sha256 = sha256.End()};
 }
 
 }  // namespace
@@ -141,7 +157,7 @@ class FingerprintReader::Reading {
       size_ = status->st_size;
       const NoSignals here;
       try {
-        thread_ = std::thread([this] { print_ = ReadWhole(file_, stop_); });
+        thread_ = std::thread([this] { print_ = ReadFingerprint(file_, stop_); });
       } catch (const std::system_error&) {
         // Meant: where the system has no thread left the import goes on, and the file has no sums.
       }
@@ -180,9 +196,12 @@ std::optional<FileFingerprint> FingerprintReader::Take() {
   return reading_->Take();
 }
 
-std::optional<FileFingerprint> FingerprintOf(const Text& path) {
+std::optional<std::vector<std::byte>> Xxh3Of(const Text& path) {
   const std::atomic<bool> stop = false;
-  return ReadWhole(RegularFile(path), stop);
+  Xxh3Sum xxh3;
+  if (!ReadWhole(RegularFile(path), stop, [&](std::span<const std::byte> bytes) { xxh3.Add(bytes); }))
+    return std::nullopt;
+  return xxh3.End();
 }
 
 std::optional<std::int64_t> SizeOfFile(const Text& path) {

@@ -45,8 +45,9 @@ class FingerprintReader {
   std::unique_ptr<Reading> reading_;
 };
 
-// The same on the caller's thread.
-[[nodiscard]] std::optional<FileFingerprint> FingerprintOf(const Text& path);
+// The first of the sums alone, on the caller's thread: enough to know a file again, and ten times as fast. Nothing
+// where there would be no fingerprint.
+[[nodiscard]] std::optional<std::vector<std::byte>> Xxh3Of(const Text& path);
 // The size alone; nothing where there is no such regular file.
 [[nodiscard]] std::optional<std::int64_t> SizeOfFile(const Text& path);
 

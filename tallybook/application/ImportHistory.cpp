@@ -43,7 +43,7 @@ ImportHistory::ImportHistory(engine::Book& book) {
 std::optional<EarlierImport> ImportHistory::Find(const Text& path, const Text& place, const EntryFacts& way) const {
   if (auto expected = FindExpected(place, way)) return expected;
   std::optional<std::int64_t> size;
-  std::optional<FileFingerprint> print;
+  std::optional<std::vector<std::byte>> xxh3;
   for (auto known = imports_.rbegin(); known != imports_.rend(); ++known) {
     if (!IsSameImport(known->facts, way)) continue;
     if (!size) size = SizeOfFile(place);
@@ -53,8 +53,8 @@ std::optional<EarlierImport> ImportHistory::Find(const Text& path, const Text& p
       EarlierImport earlier = {known->noted.entry, known->noted.who, file.path, file.xxh3.empty(), known->facts.math};
       if (earlier.likely && file.path == path) return earlier;
       if (earlier.likely) continue;
-      if (!print) print = FingerprintOf(place);
-      if (print && print->xxh3 == file.xxh3 && print->sha256 == file.sha256) return earlier;
+      if (!xxh3) xxh3 = Xxh3Of(place);
+      if (xxh3 && *xxh3 == file.xxh3) return earlier;
     }
   }
   return std::nullopt;
@@ -71,8 +71,8 @@ std::optional<EarlierImport> ImportHistory::FindExpected(const Text& place, cons
   const Text head = HeadOf(place);
   for (const Expected& other : expected_) {
     if (other.size != *size || other.head != head || !IsSameImport(other.way, way)) continue;
-    const auto print = FingerprintOf(place);
-    if (print && print == FingerprintOf(other.place)) return EarlierImport{.entry = {}, .who = {}, .file = other.path};
+    const auto xxh3 = Xxh3Of(place);
+    if (xxh3 && xxh3 == Xxh3Of(other.place)) return EarlierImport{.entry = {}, .who = {}, .file = other.path};
   }
   return std::nullopt;
 }

@@ -25,7 +25,7 @@ class FileFingerprintTest : public ::testing::Test {
 
 TEST_F(FileFingerprintTest, HasSizeAndBothSums) {
   folder_.Write("abc", "abc");
-  const auto print = FingerprintOf(folder_.Path("abc"));
+  const auto print = FingerprintReader(folder_.Path("abc")).Take();
   ASSERT_TRUE(print);
   EXPECT_EQ(print->size, 3);
   EXPECT_EQ(HexText(print->xxh3), kXxh3OfAbc);
@@ -33,13 +33,20 @@ TEST_F(FileFingerprintTest, HasSizeAndBothSums) {
   EXPECT_EQ(SizeOfFile(folder_.Path("abc")), 3);
 }
 
+TEST_F(FileFingerprintTest, ItsFirstSumIsToBeHadAlone) {
+  folder_.Write("abc", "abc");
+  const auto xxh3 = Xxh3Of(folder_.Path("abc"));
+  ASSERT_TRUE(xxh3);
+  EXPECT_EQ(HexText(*xxh3), kXxh3OfAbc);
+}
+
 TEST_F(FileFingerprintTest, DiffersByAByteInAnyOfManyPieces) {
   std::string bytes(1'000'000, 'x');
   folder_.Write("one", bytes);
   bytes[700'000] = 'y';
   folder_.Write("other", bytes);
-  const auto one = FingerprintOf(folder_.Path("one"));
-  const auto other = FingerprintOf(folder_.Path("other"));
+  const auto one = FingerprintReader(folder_.Path("one")).Take();
+  const auto other = FingerprintReader(folder_.Path("other")).Take();
   ASSERT_TRUE(one && other);
   EXPECT_EQ(one->size, other->size);
   EXPECT_NE(one->xxh3, other->xxh3);
@@ -64,7 +71,7 @@ TEST_F(FileFingerprintTest, IsNoneOfWhatIsNoRegularFile) {
   ASSERT_EQ(::mkfifo(folder_.Path("pipe").c_str(), 0600), 0);
   std::filesystem::create_directory(folder_.Path("folder"));
   for (const char* name : {"pipe", "folder", "missing"}) {
-    EXPECT_FALSE(FingerprintOf(folder_.Path(name))) << name;
+    EXPECT_FALSE(Xxh3Of(folder_.Path(name))) << name;
     EXPECT_FALSE(SizeOfFile(folder_.Path(name))) << name;
     FingerprintReader reader(folder_.Path(name));
     EXPECT_FALSE(reader.Size()) << name;
