@@ -9,12 +9,12 @@
 #include <QLineEdit>
 #include <QTableView>
 #include <QVBoxLayout>
-#include <algorithm>
 #include <utility>
 
 #include "tallybook/application/Counts.h"
 #include "tallybook/desktop/host/FigureNames.h"
 #include "tallybook/desktop/host/QtTexts.h"
+#include "tallybook/desktop/host/RowsView.h"
 
 namespace tallybook::desktop {
 
@@ -24,7 +24,6 @@ using application::FigureLine;
 using application::FigureList;
 
 constexpr int kAll = -1;  // of a choice of fields or files
-constexpr int kLeastLine = 24;
 constexpr int kFieldLetters = 24;
 
 QString CountedFigures(long long count) {
@@ -177,23 +176,10 @@ void FigureListPane::BuildTable() {
   table_->setObjectName("changes");
   table_->setAccessibleName(shown_.name);
   table_->setModel(model_);
-  table_->setSelectionBehavior(QAbstractItemView::SelectRows);
-  table_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  table_->setTabKeyNavigation(false);
-  table_->setShowGrid(false);
-  table_->setAlternatingRowColors(true);
-  table_->setWordWrap(false);
+  ShowAsRows(*table_, {28, 14, 22, 14, 14, 14});
   table_->setTextElideMode(Qt::ElideMiddle);
-  table_->verticalHeader()->hide();
-  table_->verticalHeader()->setDefaultSectionSize(std::max(kLeastLine, fontMetrics().height() * 3 / 2));
   QHeaderView* const heads = table_->horizontalHeader();
   heads->setSectionsClickable(true);
-  heads->setHighlightSections(false);
-  heads->setStretchLastSection(true);
-  const int letter = fontMetrics().averageCharWidth();
-  const std::vector<int> widths = {28, 14, 22, 14, 14, 14};  // in letters
-  for (std::size_t column = 0; column < widths.size(); ++column)
-    table_->setColumnWidth(static_cast<int>(column), widths[column] * letter);
   connect(heads, &QHeaderView::sectionClicked, this, [this](int column) { SortBy(column); });
 }
 

@@ -17,7 +17,8 @@ class LongWork {
 
   [[nodiscard]] bool IsRunning() const { return is_running_; }
 
-  // Runs it. True: the window was to be closed meanwhile, and is to be now.
+  // Runs it; it fails by telling the user, and throws nothing. True: the window was to be closed meanwhile, and is to
+  // be now.
   template <typename Work>
   [[nodiscard]] bool Run(Work work) {
     is_running_ = true;

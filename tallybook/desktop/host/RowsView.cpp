@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QStandardItemModel>
 #include <QStyledItemDelegate>
+#include <QTableView>
 #include <algorithm>
 
 #include "tallybook/desktop/host/QtTexts.h"
@@ -15,13 +16,17 @@ namespace {
 constexpr int kLeastRowHeight = 24;
 constexpr int kMostLettersOfAColumn = 48;
 
+int HeightOfRow(const QFontMetrics& font) {
+  return std::max(kLeastRowHeight, font.height() * 3 / 2);
+}
+
 // Rows that a pointer hits easily.
 class HighRows final : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
   [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
     const QSize usual = QStyledItemDelegate::sizeHint(option, index);
-    return {usual.width(), std::max(kLeastRowHeight, option.fontMetrics.height() * 3 / 2)};
+    return {usual.width(), HeightOfRow(option.fontMetrics)};
   }
 };
 
@@ -93,6 +98,23 @@ void RowsView::keyPressEvent(QKeyEvent* event) {
 void RowsView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
   QTreeView::currentChanged(current, previous);
   if (row_) row_();
+}
+
+void ShowAsRows(QTableView& table, const std::vector<int>& widths) {
+  table.setSelectionBehavior(QAbstractItemView::SelectRows);
+  table.setEditTriggers(QAbstractItemView::NoEditTriggers);
+  table.setTabKeyNavigation(false);
+  table.setShowGrid(false);
+  table.setAlternatingRowColors(true);
+  table.setWordWrap(false);
+  table.verticalHeader()->hide();
+  table.verticalHeader()->setDefaultSectionSize(HeightOfRow(table.fontMetrics()));
+  table.horizontalHeader()->setHighlightSections(false);
+  table.horizontalHeader()->setStretchLastSection(true);
+  const int letter = table.fontMetrics().averageCharWidth();
+  for (std::size_t column = 0; column < widths.size(); ++column) {
+    table.setColumnWidth(static_cast<int>(column), widths[column] * letter);
+  }
 }
 
 }  // namespace tallybook::desktop

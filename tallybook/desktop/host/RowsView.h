@@ -7,9 +7,11 @@
 #include <QTreeView>
 #include <functional>
 #include <set>
+#include <vector>
 
 class QAbstractItemModel;
 class QStandardItemModel;
+class QTableView;
 
 namespace tallybook::desktop {
 
@@ -46,5 +48,9 @@ class RowsView : public QTreeView {
   std::function<void()> row_;
   std::function<void()> chosen_;
 };
+
+// Has a table look and behave as such a list, for rows that are asked for as they come into view. Columns keep the
+// widths that are given here, in letters; the last one takes what is left.
+void ShowAsRows(QTableView& table, const std::vector<int>& widths);
 
 }  // namespace tallybook::desktop

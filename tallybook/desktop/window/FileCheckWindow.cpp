@@ -8,7 +8,6 @@
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QGridLayout>
 #include <QtWidgets/QHBoxLayout>
-#include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QMessageBox>
@@ -26,6 +25,7 @@
 #include "tallybook/application/Counts.h"
 #include "tallybook/desktop/forms/ElidedBox.h"
 #include "tallybook/desktop/host/QtTexts.h"
+#include "tallybook/desktop/host/RowsView.h"
 #include "tallybook/desktop/window/FilePane.h"
 
 namespace tallybook::desktop {
@@ -36,7 +36,6 @@ using inspect::Finding;
 
 constexpr int kAllEffects = -1;
 constexpr int kLettersOfBox = 16;
-constexpr int kLeastRow = 24;
 
 QComboBox* NewChoiceBox(const char* name, std::initializer_list<std::pair<const char*, int>> entries) {
   auto* const box = new ElidedBox;
@@ -233,20 +232,7 @@ QWidget* FileCheckWindow::NewFindings() {
   table_->setObjectName("findings");
   table_->setAccessibleName("Findings");
   table_->setModel(model_);
-  table_->setSelectionBehavior(QAbstractItemView::SelectRows);
-  table_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  table_->setTabKeyNavigation(false);
-  table_->setShowGrid(false);
-  table_->setAlternatingRowColors(true);
-  table_->setWordWrap(false);
-  table_->verticalHeader()->hide();
-  table_->verticalHeader()->setDefaultSectionSize(std::max(kLeastRow, fontMetrics().height() * 3 / 2));
-  table_->horizontalHeader()->setHighlightSections(false);
-  table_->horizontalHeader()->setStretchLastSection(true);
-  const int letter = fontMetrics().averageCharWidth();
-  const std::array widths = {8, 8, 12, 18, 24, 44};  // in letters
-  for (std::size_t column = 0; column < widths.size(); ++column)
-    table_->setColumnWidth(static_cast<int>(column), widths[column] * letter);
+  ShowAsRows(*table_, {8, 8, 12, 18, 24, 44});
   text_->setObjectName("text");
   for (const auto effect : {inspect::Effect::kAudit, inspect::Effect::kStop, inspect::Effect::kSilent})
     effect_->addItem(ToQt(EffectWords(effect)), AsData(effect));
