@@ -42,6 +42,7 @@ class QdxLookRun : private QdxListener {
     masterfile_.BeginProgress("Looking at the Import File");
     masterfile_.SetProgressCancelEnabled(true);
     const bool is_whole = walk_.Header();
+    tally_.begins_as_one = walk_.Record().Magic == kMagic;
     TellWaiting({});
     if (ReadHeader()) LookInside(is_whole);
     masterfile_.EndProgress();

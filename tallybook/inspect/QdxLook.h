@@ -23,7 +23,8 @@ struct QdxLookRequest {
 
 // What a look at an exchange file came to. Its records are dates of accounts.
 struct QdxLookTally : LookTally {
-  long long accounts = 0;  // blocks of them
+  bool begins_as_one = false;  // else it is no exchange file at all, which the first finding tells
+  long long accounts = 0;      // blocks of them
   // Figures of the file. Those applied are those that the definition sends somewhere, where nothing refuses the file or
   // ends the import; the others are sent nowhere. Neither counts where the import is to read no figure.
   long long figures = 0;

@@ -94,6 +94,7 @@ class WeekQdxLookTest : public QdxLookTest {
 
 TEST_F(QdxLookTest, ASoundFileHasNoFindings) {
   EXPECT_THAT(Words(testing::ManyFigures()), IsEmpty());
+  EXPECT_TRUE(Tally().begins_as_one);
   EXPECT_EQ(Tally().accounts, 3);
   EXPECT_EQ(Tally().records, 4);
   EXPECT_EQ(Tally().figures, 6);
@@ -105,6 +106,7 @@ TEST_F(QdxLookTest, WhatBreaksTheFormatIsTold) {
   EXPECT_THAT(
       Words("no exchange file"),
       ElementsAre("byte 0 audit: the file begins with \"no exchan\"; an exchange file begins with \"Kelvo QDX\""));
+  EXPECT_FALSE(Tally().begins_as_one);
   const std::string whole = OneFigure().Bytes();
   const auto end = std::to_string(whole.size() - 8);
   EXPECT_THAT(
