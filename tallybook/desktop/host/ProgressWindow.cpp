@@ -126,6 +126,7 @@ long long ProgressWindow::Elapsed() const {
 // A call from within an event of its own has nothing to let in.
 void ProgressWindow::LetEventsIn() {
   if (!open_ || in_events_) return;
+  if (on_turn_) on_turn_();
   const long long now = Now();
   if (now - events_let_in_ < kEventsEvery) return;
   if (now - began_ >= kShownAfter) ShowState();

@@ -51,6 +51,8 @@ class ProgressWindow : public engine::ProgressDisplay {
   void Busy(bool is_busy = true) { is_busy_ = is_busy; }
   // What a cancel leaves, as words below the button: "What was imported by then stays." Until it is set anew.
   void SetCancelWords(const tallybook::Text& words);
+  // Done at each turn at which events could be let in, whether or not it is time for it; empty for nothing.
+  void OnTurn(std::function<void()> act) { on_turn_ = std::move(act); }
   // Out of the way of a question, until work goes on.
   void Hide();
   // As the user's cancel, where the work offers it.
@@ -75,6 +77,7 @@ class ProgressWindow : public engine::ProgressDisplay {
 
   Owner owner_;
   Teller teller_;
+  std::function<void()> on_turn_;
   std::unique_ptr<Frame> frame_;
   tallybook::Text title_;
   tallybook::Text text_;

@@ -14,6 +14,7 @@
 #include "tallybook/desktop/figures/FigureGrid.h"
 #include "tallybook/desktop/figures/FigurePane.h"
 #include "tallybook/engine/Journal.h"
+#include "tests/import/ExchangeFile.h"
 #include "tests/tallybook/desktop/Waiting.h"
 #include "tests/tallybook/desktop/WindowCheck.h"
 #include "tests/tallybook/desktop/window/DeskStage.h"
@@ -52,6 +53,34 @@ class DeskFixture : public ::testing::Test, protected DeskStage {
     std::vector<Text> codes;
     for (const auto& account : Lists().accounts) codes.push_back(account.code);
     return codes;
+  }
+  // An exchange file of account 100, field 1: what the book has is 2.5 for the first day, and nothing for the second.
+  static tallybook::testing::ExchangeFile ExchangeFileOf(Double first = 7.5, Double second = 1234.25) {
+    tallybook::testing::ExchangeFile file;
+    file.first = tallybook::testing::Day(2003, 1, 5);
+    file.last = tallybook::testing::Day(2003, 1, 6);
+    file.accounts = {{"100", "Front"}};
+    file.fields = {{1, "Sales"}};
+    file.blocks = {{Integer{1}, {{file.first, {{1, first}}}, {file.last, {{1, second}}}}}};
+    return file;
+  }
+  // The same with so many dates that the work asks often whether it is cancelled.
+  static tallybook::testing::ExchangeFile LargeExchangeFile() {
+    tallybook::testing::ExchangeFile file = ExchangeFileOf();
+    constexpr std::size_t kTimes = 5'000;
+    file.blocks[0].days.insert(file.blocks[0].days.end(), kTimes, file.blocks[0].days[0]);
+    return file;
+  }
+  // One for one; the file is deleted behind its import, where that is said.
+  void WriteDefinition(int number, const Text& file, bool deletes = false) {
+    folder_.Write("TBQDX" + std::to_string(number) + ".North",
+                  "\"Shops\",\"" + folder_.Path(file) + "\"," + (deletes ? "1" : "3") + ",-1,-1\r\n0,0\r\n0\r\n");
+  }
+  // Has long work cancelled at a turn of its own, or the first behind it at which it can be, whatever the clock says.
+  void CancelAtTurn(int turn) {
+    platform_.Progress().OnTurn([this, turn, turns = 0]() mutable {
+      if (++turns >= turn) platform_.Progress().AskToCancel();
+    });
   }
   // What ran, oldest first.
   std::vector<Text> Ran() {

@@ -7,7 +7,6 @@
 
 #include "tallybook/desktop/host/RowsView.h"
 #include "tallybook/desktop/window/TieOutWindow.h"
-#include "tests/import/ExchangeFile.h"
 #include "tests/tallybook/desktop/window/DeskFixture.h"
 
 namespace tallybook::desktop {
@@ -21,19 +20,8 @@ using testing::Part;
 
 class TieOutWindowTest : public testing::DeskFixture {
  protected:
-  // What the book has is 2.5 for the first day, and nothing for the second.
   void WriteFile(const Text& name, Double first = 7.5, Double second = 1234.25) {
-    tallybook::testing::ExchangeFile file;
-    file.first = Day(2003, 1, 5);
-    file.last = Day(2003, 1, 6);
-    file.accounts = {{"100", "Front"}};
-    file.fields = {{1, "Sales"}};
-    file.blocks = {{Integer{1}, {{file.first, {{1, first}}}, {file.last, {{1, second}}}}}};
-    folder_.Write(name, file.Bytes());
-  }
-  void WriteDefinition(int number, const Text& file) {
-    folder_.Write("TBQDX" + std::to_string(number) + ".North",
-                  "\"Shops\",\"" + folder_.Path(file) + "\",3,-1,-1\r\n0,0\r\n0\r\n");
+    folder_.Write(name, ExchangeFileOf(first, second).Bytes());
   }
   static QWidget* Shown() {
     for (QWidget* const window : QApplication::topLevelWidgets()) {
@@ -203,6 +191,24 @@ TEST_F(TieOutWindowTest, AFigureOfAnAccountOrFieldThatIsGoneIsToldToBe) {
             "The book has no account 999 any more.");
   EXPECT_EQ(window_.Figures().GoToFigure({.account_number = 101, .date = Day(2003, 1, 5), .field_number = 77}),
             "The book has no field 77 any more.");
+}
+
+TEST_F(TieOutWindowTest, CancelledHalfWayItSaysSoAndStandsForAnother) {
+  folder_.Write("north.QDX", LargeExchangeFile().Bytes());
+  WriteDefinition(1, "*.QDX");
+  const std::string book = folder_.Read("North.tbk");
+  QWidget& window = OpenWindow();
+  constexpr int kWithinTheFile = 6;
+  CancelAtTurn(kWithinTheFile);
+  Press(window, Qt::Key_Return);
+  EXPECT_TRUE(platform_.Progress().WasCancelled());
+  EXPECT_EQ(WordsOf(window, "summary"), "Nothing has been held against the book.");
+  EXPECT_EQ(window.findChild<QTableView*>("changes"), nullptr);
+  EXPECT_TRUE(folder_.Has("north.QDX"));
+  EXPECT_TRUE(folder_.Read("North.tbk") == book);
+  platform_.Progress().OnTurn({});
+  Press(window, Qt::Key_Return);
+  EXPECT_THAT(WordsOf(window, "summary"), HasSubstr("of 1 file held against the book"));
 }
 
 // The work is one of the test's own, which ends when it is asked to and not before.
