@@ -81,12 +81,16 @@ bool LeadsTo(const application::SeenDefinition& definition, const Text& file) {
                              [&](const Text& match) { return IsSameFile(match, file); });
 }
 
+Text KeyOf(const application::SeenDefinition& definition) {
+  return "K" + std::to_string(definition.number);
+}
+
 // The definitions that a file belongs to, or where there are none a new one with its name.
 void PointAt(ListWindow& list, const std::vector<application::SeenDefinition>& definitions, const Text& file,
              std::optional<PromptFiller>& filler) {
   std::vector<Text> keys;
   for (const application::SeenDefinition& definition : definitions) {
-    if (LeadsTo(definition, file)) keys.push_back("K" + std::to_string(definition.number));
+    if (LeadsTo(definition, file)) keys.push_back(KeyOf(definition));
   }
   const Text name = FileBaseName(file);
   if (!keys.empty()) {
@@ -609,24 +613,43 @@ ConversationResult Conversations::ImportDelimited(const Text& file, bool allow_s
   });
 }
 
-ConversationResult Conversations::Definitions(const Text& file) {
+// The list of definitions; `on_shown` acts in it as soon as it stands there.
+template <typename Shown>
+ConversationResult Conversations::ShowDefinitions(Shown on_shown) {
   const bool imports = true;
   return Start(imports, [&](Run& run, CDataExchangeGUI& gui, engine::Book& book) {
     const auto definitions =
         application::LookAtDefinitions(state_->means.platform.Files(), book.DataPath(), book.FileExtension());
     application::NeedReadableDefinitions(definitions);
-    std::optional<PromptFiller> filler;
     state_->means.factory.SetListListener([&](ListWindow& list) {
       run.SetList(&list);
       list.SetAddition(
           "Preview ALL", [&run] { return run.PreviewAll(); }, kImportAll);
-      if (file.empty()) return;
-      list.SetOnShown([&](ListWindow& shown) { PointAt(shown, definitions, file, filler); });
+      list.SetOnShown([&](ListWindow& shown) { on_shown(shown, definitions); });
     });
     const Integer ignored = 0;
     const bool ended = gui.ImportQDX(run.Owner(), book, kDefinitionDataType, ignored);
     run.SetList(nullptr);
     return ended;
+  });
+}
+
+ConversationResult Conversations::Definitions(const Text& file) {
+  std::optional<PromptFiller> filler;
+  return ShowDefinitions([&](ListWindow& list, const std::vector<application::SeenDefinition>& definitions) {
+    if (!file.empty()) PointAt(list, definitions, file, filler);
+  });
+}
+
+ConversationResult Conversations::ImportByDefinition(Integer number, const Text& file) {
+  return ShowDefinitions([&](ListWindow& list, const std::vector<application::SeenDefinition>& definitions) {
+    const auto definition = std::ranges::find(definitions, number, &application::SeenDefinition::number);
+    if (definition == definitions.end()) return;
+    const bool finds = LeadsTo(*definition, file);
+    list.Point({KeyOf(*definition)}, finds ? "This definition imports " + FileBaseName(file) + "."
+                                           : "This definition does not find " + FileBaseName(file) + ": it imports " +
+                                                 definition->exchange_files + ".");
+    if (finds) list.UserAct(kImportOne);
   });
 }
 

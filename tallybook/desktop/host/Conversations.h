@@ -64,6 +64,8 @@ class Conversations {
   // Shows the list of exchange definitions. With a file, those whose pattern matches it are selected; where none does,
   // a new one is begun with that name.
   ConversationResult Definitions(const Text& file = "");
+  // The same with one definition selected, and where its pattern finds the file, its import begun.
+  ConversationResult ImportByDefinition(Integer number, const Text& file);
   // Ask for a text file and import it; `file` stands in the prompt where one is given.
   ConversationResult ImportCsv(const Text& file = "");
   ConversationResult ImportDelimited(const Text& file = "", bool allow_system_fields = false);
@@ -103,6 +105,8 @@ class Conversations {
 
   template <typename Converse>
   ConversationResult Start(bool imports, Converse converse);
+  template <typename Shown>
+  ConversationResult ShowDefinitions(Shown on_shown);
   template <typename Converse>
   ConversationResult StartPlain(bool imports, Converse converse);
   static ConversationResult TakeBack(const std::shared_ptr<State>& state, engine::UndoRequest request);

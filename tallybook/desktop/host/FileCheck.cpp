@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <fmt/format.h>
 #include <span>
 #include <string_view>
 
@@ -13,6 +14,7 @@
 #include "tallybook/engine/Book.h"
 #include "tallybook/inspect/CsvLook.h"
 #include "tallybook/inspect/DateOrders.h"
+#include "tallybook/inspect/DefinedLook.h"
 #include "tallybook/inspect/DelimitedLook.h"
 #include "tallybook/inspect/PieceSplitter.h"
 
@@ -56,7 +58,7 @@ inspect::LookTally LookAtDelimitedFile(Masterfile& book, const FileCheckWish& wi
                                        inspect::FindingListener& listener) {
   inspect::DelimitedLookRequest request{
       .file = wish.file,
-      .math = wish.math,
+      .math = static_cast<eMath>(wish.math),
       .date_order = wish.date_order,
       .system_fields = wish.system_fields,
       .form = {.date_in_one_field = !wish.date_parts, .any_line_end = wish.any_line_end, .encoding = wish.encoding}};
@@ -68,29 +70,51 @@ inspect::LookTally LookAtDelimitedFile(Masterfile& book, const FileCheckWish& wi
   return inspect::LookAtDelimited(book, request, listener);
 }
 
+inspect::QdxLookTally LookAt(application::WholeFiles& files, engine::Book& book, const FileCheckWish& wish,
+                             inspect::FindingListener& listener) {
+  switch (wish.kind) {
+    case ImportKind::kCommaSeparated:
+      return {inspect::LookAtCsv(
+          book, {.file = wish.file, .math = static_cast<eMath>(wish.math), .encoding = wish.encoding}, listener)};
+    case ImportKind::kDelimited:
+      return {LookAtDelimitedFile(book, wish, listener)};
+    case ImportKind::kExchange:
+      break;
+  }
+  return inspect::LookByDefinition(files, book, {.file = wish.file, .definition = wish.definition, .math = wish.math},
+                                   listener);
+}
+
 }  // namespace
 
-FileCheckResult CheckTextFile(engine::Book& book, const FileCheckWish& wish) {
+FileCheckResult CheckFile(application::WholeFiles& files, engine::Book& book, const FileCheckWish& wish) {
   application::OutputRules rules;
   rules.ProtectBook(book.Path());
   rules.CheckInput(wish.file);
   application::NeedRegularFile(wish.file);
-  FileCheckResult result{
-      .wish = wish, .tally = {}, .findings = {}, .rejects = std::make_unique<preview::TemporaryFile>()};
+  FileCheckResult result{.wish = wish, .tally = {}, .findings = {}, .rejects = nullptr};
+  if (result.IsOfText()) result.rejects = std::make_unique<preview::TemporaryFile>();
   KeepingListener listener(result);
-  result.tally =
-      wish.is_delimited
-          ? LookAtDelimitedFile(book, wish, listener)
-          : inspect::LookAtCsv(book, {.file = wish.file, .math = wish.math, .encoding = wish.encoding}, listener);
+  result.tally = LookAt(files, book, wish, listener);
   listener.Flush();
   return result;
 }
 
 Text FileCheckWords(const FileCheckResult& result) {
-  Text words = application::Counted(result.tally.records, "record") + ", " +
-               inspect::FindingsText(result.tally, "the audit asks about") + ".";
+  using application::Counted;
+  const inspect::QdxLookTally& tally = result.tally;
+  Text words =
+      result.IsOfText()
+          ? Counted(tally.records, "record") + ", " + inspect::FindingsText(tally, "the audit asks about")
+          : fmt::format("{} with {} on {}, {} applied and {} not mapped; {}", Counted(tally.accounts, "account"),
+                        Counted(tally.figures, "figure"), Counted(tally.records, "date"),
+                        application::WithCommas(tally.applied), application::WithCommas(tally.not_mapped),
+                        inspect::FindingsText(tally, "the import refuses or asks about"));
+  const long long notes = tally.Of(inspect::Effect::kNote);
+  if (notes > 0) words += "; besides " + Counted(notes, "note");
+  words += ".";
   if (result.NotKept() > 0) {
-    words += " The last " + application::WithCommas(result.NotKept()) + " findings are not listed.";
+    words += " The last " + application::WithCommas(result.NotKept()) + " of them are not listed.";
   }
   return words;
 }

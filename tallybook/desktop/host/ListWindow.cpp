@@ -698,6 +698,10 @@ void ListWindow::Point(const std::vector<Text>& keys, const Text& note) {
   frame_->Point(keys, note);
 }
 
+void ListWindow::UserAct(Integer action) {
+  if (!IsBusy()) frame_->UserAct(action - 1);
+}
+
 void ListWindow::UserAdd() {
   frame_->UserAdd();
 }

@@ -72,6 +72,7 @@ class ListWindow : public EdtForm {
   void Point(const std::vector<Text>& keys, const Text& note);
   // As the user does it; nothing happens while an event is being answered.
   void UserAdd();
+  void UserAct(Integer action);  // the button of that number
   void UserClose();
 
  private:

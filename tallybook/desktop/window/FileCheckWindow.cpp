@@ -1,6 +1,5 @@
 #include "tallybook/desktop/window/FileCheckWindow.h"
 
-#include <QtCore/QAbstractTableModel>
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QCheckBox>
 #include <QtWidgets/QComboBox>
@@ -8,6 +7,7 @@
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QGridLayout>
 #include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QMessageBox>
@@ -22,17 +22,15 @@
 
 #include "base/Failure.h"
 #include "import/DelimitedImport.h"
-#include "tallybook/application/Counts.h"
 #include "tallybook/desktop/forms/ElidedBox.h"
 #include "tallybook/desktop/host/QtTexts.h"
 #include "tallybook/desktop/host/RowsView.h"
 #include "tallybook/desktop/window/FilePane.h"
+#include "tallybook/desktop/window/FindingModel.h"
 
 namespace tallybook::desktop {
 
 namespace {
-
-using inspect::Finding;
 
 constexpr int kAllEffects = -1;
 constexpr int kLettersOfBox = 16;
@@ -64,97 +62,65 @@ QLabel* LabelOf(const QString& words, QWidget* part) {
   return label;
 }
 
-// Enter shows where the current finding stands.
+// Enter shows where the current finding stands, Ctrl and a digit sort by a column.
 class FindingTable final : public QTableView {
  public:
-  explicit FindingTable(std::function<void()> chosen) : chosen_(std::move(chosen)) {
+  FindingTable(std::function<void()> chosen, std::function<void(int column)> sort)
+      : chosen_(std::move(chosen)), sort_(std::move(sort)) {
     connect(this, &QTableView::doubleClicked, this, [this] { chosen_(); });
+    horizontalHeader()->setSectionsClickable(true);
+    connect(horizontalHeader(), &QHeaderView::sectionClicked, this, [this](int column) { sort_(column); });
   }
 
  protected:
   void keyPressEvent(QKeyEvent* event) override {
     const bool enters = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (enters && currentIndex().isValid()) return chosen_();
+    const int column = event->key() - Qt::Key_1;
+    const bool sorts = event->modifiers() == Qt::ControlModifier && column >= 0 && column < model()->columnCount();
+    if (sorts) return sort_(column);
     QTableView::keyPressEvent(event);
   }
 
  private:
   std::function<void()> chosen_;
+  std::function<void(int column)> sort_;
 };
+
+constexpr const char* kBegin =
+    "What the import would ask about, end at, or take in silence is listed before anything is imported. "
+    "Nothing is changed.";
+constexpr const char* kNoDefinition =
+    "This book has no exchange definition yet: Data Exchange, Definitions makes one. An exchange file is looked at by "
+    "the "
+    "definition that will import it.";
+
+std::optional<ImportKind> KindOf(const QString& file) {
+  if (file.endsWith(".qdx", Qt::CaseInsensitive)) return ImportKind::kExchange;
+  if (file.endsWith(".csv", Qt::CaseInsensitive)) return ImportKind::kCommaSeparated;
+  if (file.endsWith(".txt", Qt::CaseInsensitive)) return ImportKind::kDelimited;
+  return std::nullopt;
+}
+
+bool Finds(const application::SeenDefinition& definition, const Text& file) {
+  return std::ranges::any_of(application::ExchangeFilesOf(definition.exchange_files), [&](const Text& found) {
+    std::error_code none;
+    return std::filesystem::equivalent(found, file, none);
+  });
+}
 
 }  // namespace
-
-// The findings of one effect, or all; rows are asked for as they come into view.
-class FileCheckWindow::Model final : public QAbstractTableModel {
- public:
-  using QAbstractTableModel::QAbstractTableModel;
-
-  void Show(const FileCheckResult* result, int effect) {
-    beginResetModel();
-    result_ = result;
-    rows_.clear();
-    const std::size_t count = result == nullptr ? 0 : result->findings.size();
-    for (std::size_t index = 0; index < count; ++index) {
-      if (effect == kAllEffects || effect == AsData(result->findings[index].effect)) rows_.push_back(index);
-    }
-    endResetModel();
-  }
-  [[nodiscard]] const Finding& At(int row) const { return result_->findings[rows_[static_cast<std::size_t>(row)]]; }
-
-  [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override {
-    return parent.isValid() ? 0 : static_cast<int>(rows_.size());
-  }
-  [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override {
-    return parent.isValid() ? 0 : static_cast<int>(kHeads.size());
-  }
-  [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override {
-    if (role == Qt::TextAlignmentRole) return static_cast<int>(AlignmentOf(index.column()));
-    if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
-    return CellOf(At(index.row()), index.column());
-  }
-  [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
-    if (orientation != Qt::Horizontal) return {};
-    if (role == Qt::TextAlignmentRole) return static_cast<int>(AlignmentOf(section));
-    return role == Qt::DisplayRole ? QVariant(kHeads[static_cast<std::size_t>(section)]) : QVariant();
-  }
-
- private:
-  enum Column : int { kLine, kRecord, kColumn, kText, kEffect, kReason, kHelp };
-  static constexpr std::array kHeads = {"Line", "Record", "Column", "Text", "The import", "Reason", "What would help"};
-
-  static Qt::Alignment AlignmentOf(int column) {
-    return (column <= kRecord ? Qt::AlignRight : Qt::AlignLeading) | Qt::AlignVCenter;
-  }
-  static QString CellOf(const Finding& finding, int column) {
-    switch (column) {
-      case kLine:
-        return ToQt(application::WithCommas(finding.line));
-      case kRecord:
-        return finding.record == 0 ? QString() : ToQt(application::WithCommas(finding.record));
-      case kColumn:
-        return ShownLine(finding.column_name);
-      case kText:
-        return AsWritten(ShownLine(finding.text));
-      case kEffect:
-        return ToQt(EffectWords(finding.effect));
-      case kReason:
-        return ShownLine(finding.reason);
-      default:
-        return ShownLine(finding.help);
-    }
-  }
-
-  const FileCheckResult* result_ = nullptr;
-  std::vector<std::size_t> rows_;
-};
 
 FileCheckWindow::FileCheckWindow(Means means)
     : QDialog(nullptr, Qt::Window),
       means_(std::move(means)),
       work_(means_.ask_to_end),
       file_(new QLineEdit),
-      kind_(NewChoiceBox("kind", {{"Comma-separated", 0}, {"Delimited", 1}})),
+      kind_(NewChoiceBox("kind", {{"Comma-separated", AsData(ImportKind::kCommaSeparated)},
+                                  {"Delimited", AsData(ImportKind::kDelimited)},
+                                  {"Exchange file", AsData(ImportKind::kExchange)}})),
       math_(NewChoiceBox("math", {})),
+      definition_(NewChoiceBox("definition", {})),
       encoding_(NewChoiceBox("encoding", {{"Found out", AsData(TextEncoding::kDetect)},
                                           {"UTF-8", AsData(TextEncoding::kUtf8)},
                                           {"Windows-1252", AsData(TextEncoding::kCodePage)}})),
@@ -164,10 +130,11 @@ FileCheckWindow::FileCheckWindow(Means means)
       date_parts_(NewSwitch("date_parts", "The date stands in &three fields")),
       system_fields_(NewSwitch("system_fields", "Fields that the s&ystem keeps, too")),
       summary_(new QLabel),
-      effect_(NewChoiceBox("effect", {{"All findings", kAllEffects}})),
-      table_(new FindingTable([this] { text_->setFocus(); })),
+      effect_(NewChoiceBox("effect", {})),
+      part_(new QLineEdit),
+      table_(new FindingTable([this] { text_->setFocus(); }, [this](int column) { SortBy(column); })),
       text_(new FilePane(nullptr)) {
-  setWindowTitle("Check a Text File");
+  setWindowTitle("Check a File");
   summary_->setObjectName("summary");
   summary_->setTextFormat(Qt::PlainText);
   summary_->setWordWrap(true);
@@ -179,9 +146,8 @@ FileCheckWindow::FileCheckWindow(Means means)
   layout->addStretch();  // where there are none
   layout->addWidget(NewButtons());
   resize(fontMetrics().height() * 64, fontMetrics().height() * 40);
-  ShowNothing(
-      "What the import would ask about, end at, or take in silence is listed before anything is imported. "
-      "Nothing is changed.");
+  ShowNothing(kBegin);
+  FillDefinitions();
   file_->setFocus();
 }
 
@@ -204,13 +170,15 @@ QWidget* FileCheckWindow::NewChoices() {
   rows->addWidget(kind_, 1, 1);
   rows->addWidget(LabelOf("&Operation", math_), 1, 2);
   rows->addWidget(math_, 1, 3);
-  rows->addWidget(LabelOf("&Encoding", encoding_), 1, 4);
-  rows->addWidget(encoding_, 1, 5);
+  encoding_label_ = LabelOf("&Encoding", encoding_);
+  definition_label_ = LabelOf("&Definition", definition_);
+  for (QWidget* const label : {encoding_label_, definition_label_}) rows->addWidget(label, 1, 4);
+  for (QWidget* const box : {encoding_, definition_}) rows->addWidget(box, 1, 5);
   AddDelimitedChoices(*rows);
   for (const int column : {1, 3, 5}) rows->setColumnStretch(column, 1);
   connect(browse, &QPushButton::clicked, this, [this] { Browse(); });
   connect(kind_, &QComboBox::currentIndexChanged, this, [this] { Follow(); });
-  connect(file_, &QLineEdit::textChanged, this, [this] { Follow(); });
+  connect(file_, &QLineEdit::textChanged, this, [this] { FollowFile(); });
   return choices;
 }
 
@@ -227,23 +195,31 @@ void FileCheckWindow::AddDelimitedChoices(QGridLayout& rows) {
   rows.addWidget(delimited_, 2, 0, 1, 6);
 }
 
+QWidget* FileCheckWindow::NewFilters() {
+  part_->setObjectName("part");
+  part_->setClearButtonEnabled(true);
+  auto* const filters = new QWidget;
+  auto* const row = new QHBoxLayout(filters);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->addWidget(LabelOf("Sho&w", effect_));
+  row->addWidget(effect_);
+  row->addWidget(LabelOf("Containin&g", part_));
+  row->addWidget(part_, 1);
+  connect(effect_, &QComboBox::activated, this, [this] { Choose(); });
+  connect(part_, &QLineEdit::textChanged, this, [this] { Choose(); });
+  return filters;
+}
+
 QWidget* FileCheckWindow::NewFindings() {
-  model_ = new Model(this);
+  model_ = new FindingModel(this);
   table_->setObjectName("findings");
   table_->setAccessibleName("Findings");
   table_->setModel(model_);
-  ShowAsRows(*table_, {8, 8, 12, 18, 24, 44});
   text_->setObjectName("text");
-  for (const auto effect : {inspect::Effect::kAudit, inspect::Effect::kStop, inspect::Effect::kSilent})
-    effect_->addItem(ToQt(EffectWords(effect)), AsData(effect));
-  auto* const filter = new QHBoxLayout;
-  filter->addWidget(LabelOf("Sho&w", effect_));
-  filter->addWidget(effect_);
-  filter->addStretch();
   auto* const list = new QWidget;
   auto* const column = new QVBoxLayout(list);
   column->setContentsMargins(0, 0, 0, 0);
-  column->addLayout(filter);
+  column->addWidget(NewFilters());
   column->addWidget(table_);
   found_ = new QSplitter(Qt::Vertical);
   found_->setChildrenCollapsible(false);
@@ -251,8 +227,7 @@ QWidget* FileCheckWindow::NewFindings() {
   found_->addWidget(text_);
   found_->setStretchFactor(0, 3);
   found_->setStretchFactor(1, 2);
-  connect(effect_, &QComboBox::activated, this, [this] { Choose(); });
-  connect(table_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] { ShowLine(); });
+  connect(table_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] { ShowPlace(); });
   return found_;
 }
 
@@ -269,49 +244,92 @@ QWidget* FileCheckWindow::NewButtons() {
   import_ = add("import", "&Import\u2026");
   connect(check_, &QPushButton::clicked, this, [this] { Check(); });
   connect(save_, &QPushButton::clicked, this, [this] { SaveLines(); });
-  connect(import_, &QPushButton::clicked, this, [this] {
-    const FileCheckWish wish = Wish();
-    means_.import(wish.file, wish.is_delimited);
-  });
+  connect(import_, &QPushButton::clicked, this, [this] { means_.import(Wish()); });
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   return buttons;
 }
 
-// What an import does with figures is asked of a delimited file; a comma-separated one says it itself, unless it is
-// told.
-void FileCheckWindow::Follow() {
-  const bool is_delimited = kind_->currentData().toInt() != 0;
-  delimited_->setVisible(is_delimited);
-  const int chosen = math_->currentData().toInt();
-  const bool as_file_says = math_->findData(AsData(eMath::mDefault)) >= 0;
-  if (math_->count() == 0 || as_file_says == is_delimited) {
-    math_->clear();
-    if (!is_delimited) math_->addItem("As the file says", AsData(eMath::mDefault));
-    math_->addItem("Replace", AsData(eMath::mReplace));
-    math_->addItem("Add", AsData(eMath::mAdd));
-    math_->addItem("Subtract", AsData(eMath::mSubtract));
-    math_->setCurrentIndex(std::max(math_->findData(chosen), 0));
+void FileCheckWindow::FillDefinitions() {
+  const int chosen = definition_->currentData().toInt();
+  why_no_definition_.clear();
+  try {
+    definitions_ = means_.definitions ? means_.definitions() : std::vector<application::SeenDefinition>();
+    if (definitions_.empty()) why_no_definition_ = kNoDefinition;
+  } catch (...) {
+    definitions_.clear();
+    why_no_definition_ = CurrentFailure().Description();
   }
-  const bool has_file = !file_->text().isEmpty();
-  check_->setEnabled(has_file && !work_.IsRunning());
+  definition_->clear();
+  for (const application::SeenDefinition& each : definitions_)
+    definition_->addItem(ShownLine(std::to_string(each.number) + "  " + each.title), static_cast<int>(each.number));
+  definition_->setCurrentIndex(std::max(definition_->findData(chosen), 0));
+  Follow();
+}
+
+// The kind that a name tells, and the definition that imports the file.
+void FileCheckWindow::FollowFile() {
+  const auto kind = KindOf(file_->text());
+  if (kind) kind_->setCurrentIndex(kind_->findData(AsData(*kind)));
+  const Text file = FromQt(file_->text());
+  std::error_code none;
+  const bool is_there = kind == ImportKind::kExchange && std::filesystem::exists(file, none);
+  const auto found = is_there ? std::ranges::find_if(definitions_, [&](const auto& each) { return Finds(each, file); })
+                              : definitions_.end();
+  if (found != definitions_.end()) definition_->setCurrentIndex(definition_->findData(static_cast<int>(found->number)));
+  Follow();
+}
+
+ImportKind FileCheckWindow::Kind() const {
+  return static_cast<ImportKind>(kind_->currentData().toInt());
+}
+
+void FileCheckWindow::Follow() {
+  const ImportKind kind = Kind();
+  const bool is_exchange = kind == ImportKind::kExchange;
+  delimited_->setVisible(kind == ImportKind::kDelimited);
+  for (QWidget* const part : std::initializer_list<QWidget*>{encoding_label_, encoding_})
+    part->setVisible(!is_exchange);
+  for (QWidget* const part : std::initializer_list<QWidget*>{definition_label_, definition_})
+    part->setVisible(is_exchange);
+  FollowMath();
+  const bool lacks_definition = is_exchange && definitions_.empty();
+  if (!result_) summary_->setText(lacks_definition ? ShownLine(why_no_definition_) : said_);
+  const bool can_begin = !file_->text().isEmpty() && !work_.IsRunning() && !lacks_definition;
+  check_->setEnabled(can_begin);
   check_->setDefault(true);
-  import_->setEnabled(has_file && !work_.IsRunning());
+  import_->setEnabled(can_begin);
+  save_->setVisible(result_ ? result_->IsOfText() : !is_exchange);
   save_->setEnabled(result_ && result_->tally.All() > 0);
 }
 
+// What an import does with figures is asked of a delimited and of an exchange file; a comma-separated one says it
+// itself, unless it is told.
+void FileCheckWindow::FollowMath() {
+  const ImportKind kind = Kind();
+  if (math_->property("kind") == AsData(kind)) return;
+  const QVariant chosen = math_->currentData();
+  math_->setProperty("kind", AsData(kind));
+  math_->clear();
+  if (kind == ImportKind::kCommaSeparated) math_->addItem("As the file says", AsData(eMath::mDefault));
+  math_->addItem("Replace", AsData(eMath::mReplace));
+  math_->addItem("Add", AsData(eMath::mAdd));
+  math_->addItem("Subtract", AsData(eMath::mSubtract));
+  if (kind == ImportKind::kExchange) math_->addItem("Set to zero, and read nothing", static_cast<int>(kZeroOnly));
+  math_->setCurrentIndex(std::max(math_->findData(chosen), 0));
+}
+
 void FileCheckWindow::Browse() {
-  const QString chosen = QFileDialog::getOpenFileName(this, "The Text File", ToQt(means_.folder),
-                                                      "Text files (*.csv *.txt);;All files (*)");
-  if (chosen.isEmpty()) return;
-  file_->setText(chosen);
-  kind_->setCurrentIndex(chosen.endsWith(".txt", Qt::CaseInsensitive) ? 1 : 0);
+  const QString chosen = QFileDialog::getOpenFileName(this, "The File", ToQt(means_.folder),
+                                                      "Files to import (*.QDX *.qdx *.csv *.txt);;All files (*)");
+  if (!chosen.isEmpty()) file_->setText(chosen);
 }
 
 FileCheckWish FileCheckWindow::Wish() const {
   const auto chosen = [](const QComboBox* box) { return box->currentData().toInt(); };
   return {.file = FromQt(file_->text()),
-          .is_delimited = chosen(kind_) != 0,
-          .math = static_cast<eMath>(chosen(math_)),
+          .kind = Kind(),
+          .math = static_cast<Integer>(chosen(math_)),
+          .definition = static_cast<Integer>(chosen(definition_)),
           .encoding = static_cast<TextEncoding>(chosen(encoding_)),
           .date_order = static_cast<Integer>(chosen(date_order_)),
           .any_line_end = chosen(line_ends_) != 0,
@@ -320,7 +338,7 @@ FileCheckWish FileCheckWindow::Wish() const {
 }
 
 void FileCheckWindow::Check() {
-  if (work_.IsRunning() || file_->text().isEmpty()) return;
+  if (!check_->isEnabled()) return;
   std::optional<FileCheckResult> result;
   const bool closes = work_.Run([&] {
     Follow();
@@ -331,39 +349,77 @@ void FileCheckWindow::Check() {
 }
 
 void FileCheckWindow::ShowNothing(const QString& words) {
-  model_->Show(nullptr, kAllEffects);
+  model_->SetResult(nullptr);
   result_.reset();
   found_->hide();
-  summary_->setText(words);
+  said_ = words;
   Follow();
 }
 
 void FileCheckWindow::Show(FileCheckResult result) {
   ShowNothing({});
+  const QString name = ShownLine(std::filesystem::path(result.wish.file).filename().string());
+  if (result.IsNoExchangeFile() && !result.findings.empty()) {
+    return ShowNothing(QString("%1 is no exchange file: %2.\nWhere it is a text file, choose its kind above.")
+                           .arg(name, ShownLine(result.findings.front().reason)));
+  }
   result_ = std::move(result);
-  const QString name = ShownLine(std::filesystem::path(result_->wish.file).filename().string());
   summary_->setText(name + ": " + ToQt(FileCheckWords(*result_)));
   Follow();
   if (result_->findings.empty()) return import_->setFocus();
-  text_->SetFile(result_->wish.file, result_->wish.encoding, result_->wish.is_delimited ? ",\t" : ",");
+  if (result_->IsOfText()) {
+    const bool is_delimited = result_->wish.kind == ImportKind::kDelimited;
+    text_->SetTextFile(result_->wish.file, result_->wish.encoding, is_delimited ? ",\t" : ",");
+  } else {
+    text_->SetExchangeFile(result_->wish.file);
+  }
   found_->show();
-  effect_->setCurrentIndex(0);
-  Choose();
+  FillEffects();
+  model_->SetResult(&*result_);
+  ShowAsRows(*table_, model_->Widths());
+  table_->horizontalHeader()->setSortIndicatorShown(false);
+  table_->setCurrentIndex(model_->index(0, 0));
   table_->setFocus();
 }
 
+// Those that there are findings of.
+void FileCheckWindow::FillEffects() {
+  using inspect::Effect;
+  effect_->clear();
+  effect_->addItem("All findings", kAllEffects);
+  for (const Effect effect : {Effect::kAudit, Effect::kStop, Effect::kSilent, Effect::kNote}) {
+    if (result_->tally.Of(effect) > 0) effect_->addItem(ToQt(EffectWords(effect)), AsData(effect));
+  }
+  const QSignalBlocker blocker(part_);
+  part_->clear();
+}
+
 void FileCheckWindow::Choose() {
-  model_->Show(result_ ? &*result_ : nullptr, effect_->currentData().toInt());
+  const int effect = effect_->currentData().toInt();
+  model_->Choose(effect == kAllEffects ? std::nullopt : std::optional(static_cast<inspect::Effect>(effect)),
+                 part_->text());
   table_->setCurrentIndex(model_->index(0, 0));
 }
 
-void FileCheckWindow::ShowLine() {
+// A click on the head that sorts turns the order round.
+void FileCheckWindow::SortBy(int column) {
+  QHeaderView& heads = *table_->horizontalHeader();
+  const bool turns = heads.isSortIndicatorShown() && heads.sortIndicatorSection() == column &&
+                     heads.sortIndicatorOrder() == Qt::AscendingOrder;
+  const Qt::SortOrder order = turns ? Qt::DescendingOrder : Qt::AscendingOrder;
+  heads.setSortIndicatorShown(true);
+  heads.setSortIndicator(column, order);
+  model_->SortBy(column, order);
+  table_->setCurrentIndex(model_->index(0, 0));
+}
+
+void FileCheckWindow::ShowPlace() {
   const QModelIndex index = table_->currentIndex();
   if (index.isValid()) text_->ShowFinding(model_->At(index.row()));
 }
 
 void FileCheckWindow::SaveLines() {
-  if (!result_) return;
+  if (!result_ || !result_->IsOfText()) return;
   const std::filesystem::path file(result_->wish.file);
   const Text name = file.stem().string() + "-mend" + file.extension().string();
   const QString chosen =

@@ -47,7 +47,7 @@ constexpr std::array kPlacesOfWindows = {
     PlaceRow{"Journal", "guide/README.md#The journal"},
     PlaceRow{"Undo: Figures Changed Since", "guide/README.md#The journal"},
     PlaceRow{"Preview", "guide/exchange.md#Looked at first"},
-    PlaceRow{"Check a Text File", "text-imports.md#Looked through first"},
+    PlaceRow{"Check a File", "text-imports.md#Looked through first"},
     PlaceRow{"Tie-Out", "guide/exchange.md#Held against the book"},
     PlaceRow{"Where This Comes From", "guide/README.md#Where a figure comes from"},
     PlaceRow{"New Book", "guide/README.md#A book of your own"},

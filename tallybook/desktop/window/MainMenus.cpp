@@ -120,7 +120,7 @@ void BuildExchangeMenu(QMenuBar& bar, const MenuActs& acts, MainMenus& menus) {
   menu.addSeparator();
   Add(menu, "Import a &CSV File\u2026", {}, acts.import_csv);
   Add(menu, "Import a De&limited File\u2026", {}, acts.import_delimited);
-  Add(menu, "Check a Text &File\u2026", {}, acts.check_text);
+  Add(menu, "Check a &File\u2026", {}, acts.check_file);
   menu.addSeparator();
   Add(menu, "Tie &Out\u2026", QKeySequence("Ctrl+Shift+T"), acts.tie_out);
   menu.addSeparator();

@@ -22,7 +22,7 @@ struct MenuActs {
   std::function<void(int rows)> move_account;
   std::function<void()> today, go_to_date, origin;
   // What needs conversations; left out of the menus where there are none.
-  std::function<void()> export_file, export_table, definitions, import_csv, import_delimited, check_text, tie_out;
+  std::function<void()> export_file, export_table, definitions, import_csv, import_delimited, check_file, tie_out;
   std::function<void()> lists, back_up, check, restore, compact, salvage;
   std::function<void()> help, guide, keys, about;
 };

@@ -126,8 +126,10 @@ class MainWindow::Parts {
   // Goes to an entry, where one is named.
   void Journal(QWidget& over, Long first_shown = 0);
   void Origin();
-  void CheckText();
+  void CheckFile();
   [[nodiscard]] FileCheckWindow::Means FileCheckMeans();
+  void Import(const FileCheckWish& wish);
+  [[nodiscard]] std::vector<application::SeenDefinition> Definitions() const;
   void TieOut();
   [[nodiscard]] TieOutWindow::Means TieOutMeans();
   void GoToFigure(const FigureSpot& spot);
@@ -254,7 +256,7 @@ MenuActs MainWindow::Parts::Acts() {
     };
     acts.export_file = [export_by] { export_by(&Conversations::ExportQdx); };
     acts.export_table = [export_by] { export_by(&Conversations::ExportTable); };
-    acts.check_text = [this] { CheckText(); };
+    acts.check_file = [this] { CheckFile(); };
     acts.tie_out = [this] { TieOut(); };
     acts.lists = [this] { Lists(); };
     acts.back_up = [this] { Care(&CareActs::BackUp); };
@@ -662,27 +664,50 @@ void MainWindow::Parts::AskToCancel() const {
   means->platform.Progress().AskToCancel();
 }
 
-void MainWindow::Parts::CheckText() {
+void MainWindow::Parts::CheckFile() {
   if (!CanWork()) return;
-  if (!Stands(file_check)) file_check = new FileCheckWindow(FileCheckMeans());
+  if (Stands(file_check)) {
+    file_check->FillDefinitions();
+  } else {
+    file_check = new FileCheckWindow(FileCheckMeans());
+  }
   ShowBeside(*file_check);
+}
+
+std::vector<application::SeenDefinition> MainWindow::Parts::Definitions() const {
+  engine::Book& book = reader->Read();
+  return application::LookAtDefinitions(means->platform.Files(), book.DataPath(), book.FileExtension());
 }
 
 FileCheckWindow::Means MainWindow::Parts::FileCheckMeans() {
   FileCheckWindow::Means told;
+  told.definitions = [this] { return Definitions(); };
   told.check = [this](const FileCheckWish& wish) {
     std::optional<FileCheckResult> result;
-    const bool is_done = Look([&](engine::Book& book) { result = CheckTextFile(book, wish); });
+    const bool is_done =
+        Look([&](engine::Book& book) { result = desktop::CheckFile(means->platform.Files(), book, wish); });
     if (!is_done) result.reset();
     return result;
   };
   told.ask_to_end = [this] { AskToCancel(); };
-  told.import = [this](const Text& file, bool is_delimited) {
-    Converse([&](Conversations& run) { return is_delimited ? run.ImportDelimited(file) : run.ImportCsv(file); });
-  };
+  told.import = [this](const FileCheckWish& wish) { Import(wish); };
   told.book = path;
   told.folder = app.DefaultFolder();
   return told;
+}
+
+void MainWindow::Parts::Import(const FileCheckWish& wish) {
+  Converse([&](Conversations& run) {
+    switch (wish.kind) {
+      case ImportKind::kCommaSeparated:
+        return run.ImportCsv(wish.file);
+      case ImportKind::kDelimited:
+        return run.ImportDelimited(wish.file);
+      case ImportKind::kExchange:
+        break;
+    }
+    return run.ImportByDefinition(wish.definition, wish.file);
+  });
 }
 
 void MainWindow::Parts::TieOut() {
@@ -697,10 +722,7 @@ void MainWindow::Parts::TieOut() {
 
 TieOutWindow::Means MainWindow::Parts::TieOutMeans() {
   TieOutWindow::Means told;
-  told.definitions = [this] {
-    engine::Book& book = reader->Read();
-    return application::LookAtDefinitions(means->platform.Files(), book.DataPath(), book.FileExtension());
-  };
+  told.definitions = [this] { return Definitions(); };
   told.hold = [this](const TieOutWish& wish) {
     std::optional<TieOutResult> result;
     const bool is_done = Look([&](engine::Book& book) { result = RunTieOut(means->platform, means->app, book, wish); });

@@ -1,4 +1,4 @@
-// A text file looked at before it is imported, from the main window, by keys, to the line and to the import.
+// A file looked at before it is imported, from the main window, by keys, to its place in the file and to the import.
 #include <QtGui/QTextBlock>
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QFileDialog>
@@ -25,13 +25,13 @@ class FileCheckWindowTest : public testing::DeskFixture {
  protected:
   static QWidget* Shown() {
     for (QWidget* const window : QApplication::topLevelWidgets()) {
-      if (window->isVisible() && window->windowTitle() == "Check a Text File") return window;
+      if (window->isVisible() && window->windowTitle() == "Check a File") return window;
     }
     return nullptr;
   }
   // Opens the window and types the file's name.
   QWidget& OpenAbout(const Text& name) {
-    Action("Check a Text File").trigger();
+    Action("Check a File").trigger();
     QWidget* const window = Shown();
     if (window == nullptr) std::abort();
     EXPECT_TRUE(testing::BringToFront(*window));
@@ -41,6 +41,22 @@ class FileCheckWindowTest : public testing::DeskFixture {
   }
   static QString Cell(const QWidget& window, int row, int column) {
     return Part<QTableView>(window, "findings").model()->index(row, column).data().toString();
+  }
+  static QString Head(const QWidget& window, int column) {
+    return Part<QTableView>(window, "findings").model()->headerData(column, Qt::Horizontal).toString();
+  }
+  static QStringList ColumnOf(const QWidget& window, int column) {
+    QStringList cells;
+    for (int row = 0; row < Rows(window); ++row) cells << Cell(window, row, column);
+    return cells;
+  }
+  // A second account that the book does not have, and a figure that stands twice.
+  void WriteExchangeFile(const Text& name) {
+    auto file = ExchangeFileOf();
+    file.accounts.push_back({"999", "Nobody"});
+    file.blocks[0].days[1].values.push_back({1, 3});
+    file.blocks.push_back({2, {}});
+    folder_.Write(name, file.Bytes());
   }
   static int Rows(const QWidget& window) { return Part<QTableView>(window, "findings").model()->rowCount(); }
   static QPlainTextEdit& TextOf(const QWidget& window) { return Part<QPlainTextEdit>(window, "text"); }
@@ -99,9 +115,7 @@ TEST_F(FileCheckWindowTest, SaysThatNothingIsFound) {
 TEST_F(FileCheckWindowTest, ADelimitedFileIsReadInTheOrderThatFitsItsDates) {
   folder_.Write("days.txt", "13/02/2004,100,1,5\r\n13/02/2004,nobody,1,5\r\n");
   QWidget& window = OpenAbout("days.txt");
-  auto& kind = Part<QComboBox>(window, "kind");
-  kind.setFocus();
-  Press(window, Qt::Key_Down);
+  EXPECT_EQ(Part<QComboBox>(window, "kind").currentText(), "Delimited");
   EXPECT_THAT(testing::FaultsOf(window), IsEmpty());
   Press(window, Qt::Key_Return);
   ASSERT_EQ(Rows(window), 1) << WordsOf(window, "summary");
@@ -143,7 +157,7 @@ TEST_F(FileCheckWindowTest, NeverSavesOntoTheFileItselfOrABook) {
       line.setText(QString::fromStdString(folder_.Path(name)));
       QTest::keyClick(&line, Qt::Key_Return);
     });
-    Then("Check a Text File", [name](QWidget& box) {
+    Then("Check a File", [name](QWidget& box) {
       EXPECT_THAT(AllWordsOf(box), HasSubstr(name));
       Press(box, Qt::Key_Escape);
     });
@@ -205,6 +219,160 @@ TEST_F(FileCheckWindowTest, GoesWithItsBookAndAtEscape) {
   OpenAbout("day.csv");
   EXPECT_TRUE(window_.CloseBook());
   EXPECT_EQ(Shown(), nullptr);
+}
+
+enum ExchangeColumn : int { kByte, kAccount, kField, kDate, kValue, kEffect, kReason, kHelp };
+
+TEST_F(FileCheckWindowTest, ListsFindingsOfAnExchangeFileWithTheItemsAroundThem) {
+  WriteExchangeFile("north.QDX");
+  WriteDefinition(1, "none.QDX");
+  WriteDefinition(2, "*.QDX", true);
+  const std::string book = folder_.Read("North.tbk");
+  QWidget& window = OpenAbout("north.QDX");
+  EXPECT_EQ(Part<QComboBox>(window, "kind").currentText(), "Exchange file");
+  EXPECT_EQ(Part<QComboBox>(window, "definition").currentText(), "2  Shops");
+  EXPECT_FALSE(Part<QPushButton>(window, "save").isVisible());
+  EXPECT_FALSE(Part<QComboBox>(window, "encoding").isVisible());
+  EXPECT_THAT(testing::FaultsOf(window), IsEmpty());
+  Press(window, Qt::Key_Return);
+  EXPECT_THAT(WordsOf(window, "summary"),
+              AllOf(HasSubstr("north.QDX: 2 accounts with 3 figures on 2 dates, 3 applied and 0 not mapped"),
+                    HasSubstr("1 that the import refuses or asks about"), HasSubstr("besides 1 note")));
+  EXPECT_THAT(testing::FaultsOf(window), IsEmpty());
+  testing::Picture(window, "file-check-exchange");
+  QStringList heads;
+  for (int column = kByte; column <= kHelp; ++column) heads << Head(window, column);
+  EXPECT_EQ(heads,
+            QStringList({"Byte", "Account", "Field", "Date", "Value", "The import", "Reason", "What would help"}));
+  auto& effect = Part<QComboBox>(window, "effect");
+  effect.setCurrentIndex(effect.findText("takes it in silence"));
+  Q_EMIT effect.activated(effect.currentIndex());
+  ASSERT_EQ(Rows(window), 2) << ColumnOf(window, kReason).join('|').toStdString();
+  const int row = static_cast<int>(ColumnOf(window, kValue).indexOf("3"));
+  ASSERT_GE(row, 0);
+  EXPECT_EQ(Cell(window, row, kAccount), "100");
+  EXPECT_EQ(Cell(window, row, kField), "1");
+  EXPECT_EQ(Cell(window, row, kDate), "2003-01-06");
+  Part<QTableView>(window, "findings").setCurrentIndex(Part<QTableView>(window, "findings").model()->index(row, 0));
+  EXPECT_EQ(Marked(window), "1  Sales: 3");
+  const QString around = TextOf(window).toPlainText();
+  EXPECT_TRUE(around.contains("account 100  Front")) << around.toStdString();
+  EXPECT_TRUE(around.contains("2003-01-06, 2 figures")) << around.toStdString();
+  EXPECT_TRUE(folder_.Read("North.tbk") == book);
+  EXPECT_TRUE(folder_.Has("north.QDX"));
+}
+
+TEST_F(FileCheckWindowTest, ANoteLooksUnlikeAnError) {
+  WriteExchangeFile("north.QDX");
+  WriteDefinition(1, "*.QDX", true);
+  QWidget& window = OpenAbout("north.QDX");
+  Press(window, Qt::Key_Return);
+  const auto& model = *Part<QTableView>(window, "findings").model();
+  const auto of = [&](int row, int role) { return model.index(row, kEffect).data(role); };
+  const auto picture = [&](int row) { return of(row, Qt::DecorationRole).value<QIcon>().pixmap(16).toImage(); };
+  const QStringList effects = ColumnOf(window, kEffect);
+  const int note = static_cast<int>(effects.indexOf("does as it is told"));
+  const int error = static_cast<int>(effects.indexOf("asks about it"));
+  ASSERT_TRUE(note >= 0 && error >= 0) << effects.join('|').toStdString();
+  EXPECT_EQ(Cell(window, note, kReason), "the file is deleted after the import");
+  EXPECT_TRUE(of(note, Qt::FontRole).value<QFont>().italic());
+  EXPECT_FALSE(of(error, Qt::FontRole).isValid());
+  EXPECT_NE(picture(note), picture(error));
+}
+
+TEST_F(FileCheckWindowTest, FindingsAreSortedByHeadsAndChosenByAPartOfTheirWords) {
+  WriteExchangeFile("north.QDX");
+  WriteDefinition(1, "*.QDX");
+  QWidget& window = OpenAbout("north.QDX");
+  Press(window, Qt::Key_Return);
+  const QStringList found = ColumnOf(window, kReason);
+  Press(window, Qt::Key_7, Qt::ControlModifier);
+  QStringList sorted = found;
+  sorted.sort();
+  EXPECT_EQ(ColumnOf(window, kReason), sorted);
+  Press(window, Qt::Key_7, Qt::ControlModifier);
+  std::ranges::reverse(sorted);
+  EXPECT_EQ(ColumnOf(window, kReason), sorted);
+  Press(window, Qt::Key_1, Qt::ControlModifier);
+  EXPECT_NE(ColumnOf(window, kReason), sorted);
+  Part<QLineEdit>(window, "part").setText("BOTH COUNT");
+  ASSERT_EQ(Rows(window), 1);
+  EXPECT_THAT(Cell(window, 0, kReason).toStdString(), HasSubstr("both count"));
+  EXPECT_EQ(Marked(window), "1  Sales: 3");
+}
+
+TEST_F(FileCheckWindowTest, WhatIsNoExchangeFileIsToldToBeNone) {
+  folder_.Write("day.QDX", kSound);
+  WriteDefinition(1, "*.QDX");
+  QWidget& window = OpenAbout("day.QDX");
+  Press(window, Qt::Key_Return);
+  EXPECT_THAT(WordsOf(window, "summary"), AllOf(HasSubstr("day.QDX is no exchange file: the file begins with"),
+                                                HasSubstr("choose its kind above")));
+  EXPECT_FALSE(Part<QTableView>(window, "findings").isVisible());
+  folder_.Write("day.QDX", "");
+  Press(window, Qt::Key_Return);
+  EXPECT_THAT(WordsOf(window, "summary"), HasSubstr("day.QDX is no exchange file"));
+}
+
+TEST_F(FileCheckWindowTest, WithoutADefinitionAnExchangeFileCannotBeLookedAtAndTheReasonIsTold) {
+  WriteExchangeFile("north.QDX");
+  QWidget& window = OpenAbout("north.QDX");
+  EXPECT_THAT(WordsOf(window, "summary"), HasSubstr("Data Exchange, Definitions makes one"));
+  EXPECT_FALSE(Part<QPushButton>(window, "check").isEnabled());
+  WriteDefinition(1, "*.QDX");
+  Action("Check a File").trigger();
+  EXPECT_TRUE(Part<QPushButton>(window, "check").isEnabled());
+  EXPECT_THAT(WordsOf(window, "summary"), Not(HasSubstr("makes one")));
+}
+
+TEST_F(FileCheckWindowTest, ADefinitionThatCannotBeReadIsNamed) {
+  WriteExchangeFile("north.QDX");
+  folder_.Write("TBQDX1.North", "nothing");
+  QWidget& window = OpenAbout("north.QDX");
+  Then("Tallybook", [](QWidget& box) {
+    EXPECT_THAT(AllWordsOf(box), HasSubstr("TBQDX1.North"));
+    Press(box, Qt::Key_Escape);
+  });
+  Press(window, Qt::Key_Return);
+  EXPECT_THAT(WordsOf(window, "summary"), HasSubstr("has not been looked at"));
+}
+
+TEST_F(FileCheckWindowTest, CancelledHalfWayItSaysSoForEachKindOfFile) {
+  folder_.Write("large.QDX", LargeExchangeFile().Bytes());
+  Text lines = kSound;
+  for (int line = 0; line < 5'000; ++line) lines += "100,1,12.5\r\n";
+  folder_.Write("large.csv", lines);
+  WriteDefinition(1, "*.QDX");
+  QWidget& window = OpenAbout("");
+  for (const char* const name : {"large.QDX", "large.csv"}) {
+    Part<QLineEdit>(window, "file_name").setText(QString::fromStdString(folder_.Path(name)));
+    CancelAtTurn(6);
+    QTest::mouseClick(&Part<QPushButton>(window, "check"), Qt::LeftButton);
+    EXPECT_TRUE(platform_.Progress().WasCancelled()) << name;
+    EXPECT_EQ(WordsOf(window, "summary"), "The file has not been looked at to its end.") << name;
+    EXPECT_FALSE(Part<QTableView>(window, "findings").isVisible());
+    EXPECT_TRUE(Part<QPushButton>(window, "check").isEnabled());
+  }
+}
+
+TEST_F(FileCheckWindowTest, ImportOfAnExchangeFileBeginsThatOfItsDefinition) {
+  WriteExchangeFile("north.QDX");
+  WriteDefinition(1, "none.QDX");
+  WriteDefinition(2, "*.QDX");
+  QWidget& window = OpenAbout("north.QDX");
+  Then("Edit QDX Import Layout", Keys({{Qt::Key_Escape, Qt::NoModifier}}));
+  Then("QDX Import Layouts", [](QWidget& list) {
+    EXPECT_THAT(AllWordsOf(list), HasSubstr("This definition imports north.QDX."));
+    Press(list, Qt::Key_Escape);
+  });
+  QTest::mouseClick(&Part<QPushButton>(window, "import"), Qt::LeftButton);
+  auto& definition = Part<QComboBox>(window, "definition");
+  definition.setCurrentIndex(0);
+  Then("QDX Import Layouts", [this](QWidget& list) {
+    EXPECT_THAT(AllWordsOf(list), HasSubstr("does not find north.QDX: it imports " + folder_.Path("none.QDX")));
+    Press(list, Qt::Key_Escape);
+  });
+  QTest::mouseClick(&Part<QPushButton>(window, "import"), Qt::LeftButton);
 }
 
 // The work is one of the test's own, which ends when it is asked to and not before.

@@ -442,7 +442,7 @@ class Pictures {
     window.Figures().LookAgain();
     Keep(window, "office");
     HoldAgainst(window, kept);
-    CheckText(window);
+    CheckAFile(window);
   }
 
   // The file held against the office's book, in which somebody has typed since.
@@ -474,12 +474,12 @@ class Pictures {
   }
 
   // A file with findings of each kind.
-  void CheckText(MainWindow& window) {
+  void CheckAFile(MainWindow& window) {
     temp_.Write("january.csv",
                 "1,5,2024,1,1\r\n4100,1,\"1.234,50\"\r\n4110,1,812.40\r\n4115,1,12.50\r\n4120,2,331.18 EUR\r\n"
                 "4130,9,141\r\n4100,1,99\r\n4140,3,\"7,5\"\r\n");
-    TriggerText(window, "Check a Text File");
-    QWidget& check = Titled("Check a Text File");
+    TriggerText(window, "Check a File");
+    QWidget& check = Titled("Check a File");
     Keep(check, "file-check-begin");
     check.findChild<QLineEdit*>("file_name")->setText(QString::fromStdString(temp_.Path("january.csv")));
     check.findChild<QPushButton*>("check")->click();
