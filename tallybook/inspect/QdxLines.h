@@ -1,6 +1,6 @@
 // What stands in an exchange file around one of its bytes, an item a line, for whoever shows where a finding is:
-// accounts and fields with their names out of the file's own tables. Where dates begin is remembered every now and then,
-// so that a large file is gone through once. One thread.
+// accounts and fields with their names out of the file's own tables. Where dates begin is remembered every now and
+// then, so that a large file is gone through once. One thread.
 #pragma once
 
 #include <deque>

@@ -1,5 +1,5 @@
-// A look at a file before it is imported, from a window (tallybook/inspect): what was found as plain data, and of a text
-// file the lines with findings, which stay when the file and the book have been closed. One thread.
+// A look at a file before it is imported, from a window (tallybook/inspect): what was found as plain data, and of a
+// text file the lines with findings, which stay when the file and the book have been closed. One thread.
 #pragma once
 
 #include <cstddef>

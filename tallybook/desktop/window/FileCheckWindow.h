@@ -1,6 +1,6 @@
 // A look at a file before it is imported: which file and how it will be imported, and then the findings as a list, the
-// file around the one that is looked at with its place marked, the lines of a text file with findings saved to be mended,
-// and the import from there. It is nobody's child, so that it stands beside the main window. One thread.
+// file around the one that is looked at with its place marked, the lines of a text file with findings saved to be
+// mended, and the import from there. It is nobody's child, so that it stands beside the main window. One thread.
 #pragma once
 
 #include <QtWidgets/QDialog>

@@ -1,6 +1,6 @@
 // The findings of a look at a file as rows for a table: columns by what kind of file it was, chosen by what the import
-// does with them and by a part of what a row shows, and sorted. Each is marked by a picture besides its words, and notes
-// stand in italics, so that nobody takes them for errors. Rows are asked for as they come into view. One thread.
+// does with them and by a part of what a row shows, and sorted. Each is marked by a picture besides its words, and
+// notes stand in italics, so that nobody takes them for errors. Rows are asked for as they come into view. One thread.
 #pragma once
 
 #include <QtCore/QAbstractTableModel>
