@@ -42,19 +42,21 @@ Long SplitQuoted::operator()(std::string_view line, std::span<std::string_view> 
   if (fields.empty()) return 0;
   unquoted_.clear();
   std::size_t current = 0;
+  ByteSet::Walk ends(ends_text_, line);
   for (std::size_t at = 0;; ++current) {
     const std::size_t begin = at;
-    at = EndOfText(line, begin);
-    fields[current] = line.substr(begin, at - begin);
-    if (at < line.size() && KindOf(line[at]) == Kind::kQuote) fields[current] = TakeQuoted(line, at, fields[current]);
-    if (at == line.size() || KindOf(line[at]) == Kind::kStopper || current + 1 == fields.size()) break;
+    at = ends.Next();
+    fields[current] = std::string_view(line.data() + begin, at - begin);
+    Kind kind = KindAt(line, at);
+    if (kind == Kind::kQuote) {
+      fields[current] = TakeQuoted(line, at, fields[current]);
+      ends.GoOnAt(std::min(at + 1, line.size()));
+      kind = KindAt(line, at);
+    }
+    if (kind == Kind::kStopper || current + 1 == fields.size()) break;
     ++at;
   }
   return static_cast<Long>(current + (fields[current].empty() ? 0 : 1));
-}
-
-std::size_t SplitQuoted::EndOfText(std::string_view line, std::size_t at) const {
-  return ends_text_.FindIn(line, at);
 }
 
 // Puts a field with quotes together: what stood before the first one, what they enclose and what stands between them.
@@ -64,12 +66,12 @@ std::string_view SplitQuoted::TakeQuoted(std::string_view line, std::size_t& at,
   if (unquoted_.empty()) unquoted_.reserve(line.size());
   const std::size_t begin = unquoted_.size();
   unquoted_ += begun;
-  while (at < line.size() && KindOf(line[at]) == Kind::kQuote) {
+  while (KindAt(line, at) == Kind::kQuote) {
     const std::size_t quoted = at + 1;
     const std::size_t close = std::min(line.find('"', quoted), line.size());
     unquoted_ += line.substr(quoted, close - quoted);
     const std::size_t behind = std::min(close + 1, line.size());
-    at = EndOfText(line, behind);
+    at = ends_text_.FindIn(line, behind);
     unquoted_ += line.substr(behind, at - behind);
   }
   return std::string_view(unquoted_).substr(begin);

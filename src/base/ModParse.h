@@ -39,8 +39,10 @@ class SplitQuoted {
  private:
   enum class Kind : unsigned char { kText, kQuote, kSeparator, kStopper };
 
-  [[nodiscard]] Kind KindOf(char c) const { return kinds_[static_cast<unsigned char>(c)]; }
-  [[nodiscard]] std::size_t EndOfText(std::string_view line, std::size_t at) const;
+  // The end of the line stops as a stopper does.
+  [[nodiscard]] Kind KindAt(std::string_view line, std::size_t at) const {
+    return at < line.size() ? kinds_[static_cast<unsigned char>(line[at])] : Kind::kStopper;
+  }
   std::string_view TakeQuoted(std::string_view line, std::size_t& at, std::string_view begun);
 
   std::array<Kind, 256> kinds_{};

@@ -81,22 +81,22 @@ bool ShortDecimal(std::string_view text, Double& value, std::size_t& length) {
   constexpr std::size_t kExactDigits = 15;
   static constexpr std::array<Double, kExactDigits + 1> kPowers = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-  std::uint64_t digits = 0;
-  std::size_t count = 0;
-  std::size_t decimals = 0;
-  std::size_t i = 0;
-  for (; i < text.size() && IsDigit(text[i]); ++i, ++count) digits = digits * 10 + static_cast<unsigned>(text[i] - '0');
-  if (i < text.size() && text[i] == '.') {
-    for (++i; i < text.size() && IsDigit(text[i]); ++i, ++count, ++decimals) {
-      if (count > kExactDigits) return false;
-      digits = digits * 10 + static_cast<unsigned>(text[i] - '0');
-    }
-  }
-  const bool exponent_may_follow = i < text.size() && (text[i] == 'e' || text[i] == 'E');
+  std::uint64_t digits = 0;  // of more than are exact, some number
+  const auto take_digits = [&](std::size_t from) {
+    std::size_t at = from;
+    for (; at < text.size() && IsDigit(text[at]); ++at) digits = digits * 10 + static_cast<unsigned>(text[at] - '0');
+    return at;
+  };
+  const std::size_t whole = take_digits(0);
+  const bool has_point = whole < text.size() && text[whole] == '.';
+  const std::size_t end = has_point ? take_digits(whole + 1) : whole;
+  const std::size_t decimals = has_point ? end - whole - 1 : 0;
+  const std::size_t count = whole + decimals;
+  const bool exponent_may_follow = end < text.size() && (text[end] == 'e' || text[end] == 'E');
   if (count == 0 || count > kExactDigits || exponent_may_follow) return false;
   value = static_cast<Double>(digits);
   if (decimals != 0) value /= kPowers[decimals];
-  length = i;
+  length = end;
   return true;
 }
 
@@ -116,9 +116,12 @@ bool PlainNumber(std::string_view text, Double& value, std::size_t& length) {
 // other text.
 bool FewDigits(std::string_view text, Long& value) {
   constexpr std::size_t kMost = 9;
-  if (text.empty() || text.size() > kMost || !std::all_of(text.begin(), text.end(), IsDigit)) return false;
+  if (text.empty() || text.size() > kMost) return false;
   value = 0;
-  for (const char digit : text) value = value * 10 + (digit - '0');
+  for (const char digit : text) {
+    if (!IsDigit(digit)) return false;
+    value = value * 10 + (digit - '0');
+  }
   return true;
 }
 
@@ -170,10 +173,11 @@ Long LeadingLong(std::string_view text) {
 }
 
 Double WholeNumberText(std::string_view text) {
-  std::string_view rest = WithoutOuterBlanks(text);
-  const bool negative = TakeSign(rest);
   Double value = 0;
   std::size_t length = 0;
+  if (ShortDecimal(text, value, length) && length == text.size()) return value;
+  std::string_view rest = WithoutOuterBlanks(text);
+  const bool negative = TakeSign(rest);
   if (!PlainNumber(rest, value, length) || length != rest.size())
     throw Failure(FailureNumber::kTypeMismatch, "\"" + Text(text) + "\" is not a number");
   if (!std::isfinite(value)) throw Failure(FailureNumber::kOverflow, Text(text) + " is too large for a number");

@@ -33,5 +33,24 @@ RC_GTEST_PROP(ByteSetProperties, FindWhatALookAtEachByteFinds, ()) {
   RC_ASSERT(ByteSet(bytes).FindIn(text, from) == wanted);
 }
 
+RC_GTEST_PROP(ByteSetProperties, WalkFromEachByteToTheNext, ()) {
+  const auto near = rc::gen::element<char>(',', '-', '+', '\r', '\n', '\0', '\x80', '\xAC', '"', 'a');
+  const auto bytes = *rc::gen::container<std::string>(near);
+  const auto text = *rc::gen::container<std::string>(near);
+  const ByteSet set(bytes);
+  ByteSet::Walk walk(set, text);
+  std::size_t from = 0;
+  for (bool more = true; more;) {
+    const std::size_t wanted = set.FindIn(text, from);
+    RC_ASSERT(walk.Next() == wanted);
+    more = wanted < text.size();
+    from = wanted + 1;
+    if (!more || !*rc::gen::weightedElement<bool>({{3, false}, {1, true}})) continue;
+    from = *rc::gen::inRange(from, text.size() + 1);
+    walk.GoOnAt(from);
+  }
+  RC_ASSERT(walk.Next() == text.size());
+}
+
 }  // namespace
 }  // namespace tallybook
