@@ -47,7 +47,19 @@ bool HasAnEnd(const struct stat& input) {
   return ::isatty(STDIN_FILENO) == 1 || (::stat("/dev/null", &null) == 0 && null.st_rdev == input.st_rdev);
 }
 
+bool IsClosed(int descriptor) {
+  return ::fcntl(descriptor, F_GETFD) < 0 && errno == EBADF;
+}
+
 }  // namespace
+
+void HoldClosedStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (!IsClosed(stream)) continue;
+    // Open for what the stream is not for. The lowest free number is given, which is this one.
+    if (::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) != stream) std::_Exit(1);
+  }
+}
 
 PrivateFolder::PrivateFolder() {
   std::error_code error;

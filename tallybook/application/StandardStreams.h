@@ -9,6 +9,11 @@ namespace tallybook::application {
 // What stands for standard input or output in place of a file's name.
 inline constexpr const char* kStandardStream = "-";
 
+// Keeps the numbers of those standard streams that the process was started without (`>&-`) from going to a file that it
+// opens, where what is printed would land in the file. Reading and writing there fails as it would with nothing open.
+// Before anything else is opened; ends the process with status 1 where it cannot be done.
+void HoldClosedStandardStreams();
+
 // A folder of its own for this process's user alone, in the system's folder for temporary files ($TMPDIR, or /tmp);
 // removed with all it holds by its end.
 class PrivateFolder {

@@ -9,6 +9,7 @@
 #include "base/Failure.h"
 #include "platform/MessageBoxes.h"
 #include "support/WinAPI.h"
+#include "tallybook/application/StandardStreams.h"
 #include "tallybook/desktop/forms/LocaleStyle.h"
 #include "tallybook/desktop/host/Conversations.h"
 #include "tallybook/desktop/host/DesktopApp.h"
@@ -94,6 +95,7 @@ int Run(QApplication& application) {
 }  // namespace tallybook::desktop
 
 int main(int argc, char** argv) {
+  tallybook::application::HoldClosedStandardStreams();
   tallybook::desktop::Application application(argc, argv);
   QApplication::setApplicationName("tallybook-desktop");
   QApplication::setApplicationDisplayName("Tallybook");

@@ -66,6 +66,31 @@ TEST_F(StandardStreamsTest, TellsAnOutputThatIsFull) {
               HasSubstr("61 standard output cannot be written"));
 }
 
+TEST_F(StandardStreamsTest, AStreamThatWasClosedLendsItsNumberToNoFileAndFailsAsBefore) {
+  EXPECT_EQ(InChild([&] {
+              for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::close(stream);
+              HoldClosedStandardStreams();
+              char byte = 0;
+              if (::read(STDIN_FILENO, &byte, 1) >= 0) throw Failure(FailureNumber::kInternal, "reads");
+              if (::write(STDOUT_FILENO, "o", 1) >= 0) throw Failure(FailureNumber::kInternal, "writes output");
+              if (::write(STDERR_FILENO, "e", 1) >= 0) throw Failure(FailureNumber::kInternal, "writes errors");
+              if (::open(folder_.Path("file").c_str(), O_WRONLY | O_CREAT, 0600) <= STDERR_FILENO)
+                throw Failure(FailureNumber::kInternal, "a file has a stream's number");
+            }),
+            "done");
+}
+
+TEST_F(StandardStreamsTest, StreamsThatAreOpenStayAsTheyAre) {
+  EXPECT_EQ(InChild([&] {
+              ::dup2(::open(folder_.Path("to").c_str(), O_WRONLY | O_CREAT, 0600), STDOUT_FILENO);
+              ::close(STDIN_FILENO);
+              HoldClosedStandardStreams();
+              if (::write(STDOUT_FILENO, "out", 3) != 3) throw Failure(FailureNumber::kInternal, "no output");
+            }),
+            "done");
+  EXPECT_EQ(folder_.Read("to"), "out");
+}
+
 TEST_F(StandardStreamsTest, APrivateFolderIsTheUsersAloneAndGoesWithAllItHolds) {
   Text path;
   {
