@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "base/Dates.h"
+#include "base/Failure.h"
 #include "platform/Clock.h"
 #include "tallybook/application/Shown.h"
 
@@ -24,6 +25,8 @@ Integer FileLog::Append(const Text& entry) noexcept {
   try {
     const std::filesystem::path path(path_);
     if (path.has_parent_path()) std::filesystem::create_directories(path.parent_path());
+    // Whoever opened a pipe would wait for its reader. A device takes an entry, or refuses it.
+    if (std::filesystem::is_fifo(path)) throw Failure(FailureNumber::kPathOrAccess, path_ + " is a pipe", "FileLog");
     const Text line = DateTimeText(Now()) + " " + OnOneLine(entry) + '\n';
     std::ofstream file(path, std::ios::app | std::ios::binary);
     // In one piece, so that the entries of two processes do not run into each other.

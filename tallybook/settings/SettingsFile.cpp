@@ -29,13 +29,23 @@ FailureNumber NumberOf(int error) {
                 "SettingsFile");
 }
 
+// A pipe would be waited for, and a device may have no end.
+void NeedRegularFile(const Descriptor& file, const Text& path) {
+  struct stat status {};
+  if (::fstat(file.Number(), &status) != 0) Fail("read", path, errno);
+  if (S_ISREG(status.st_mode)) return;
+  throw Failure(FailureNumber::kPathOrAccess, "The settings file " + path + " cannot be read: it is no regular file",
+                "SettingsFile");
+}
+
 // The bytes of a file; empty where there is none.
 Text ReadFile(const Text& path) {
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (!file.IsOpen()) {
     if (errno == ENOENT) return {};
     Fail("read", path, errno);
   }
+  NeedRegularFile(file, path);
   Text bytes;
   char buffer[8192];
   for (;;) {

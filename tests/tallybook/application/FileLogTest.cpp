@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "tallybook/application/FileLog.h"
 #include "tests/support/ScriptedPlatform.h"
@@ -33,6 +34,13 @@ TEST_F(FileLogTest, KeepsNothingWhereALookMustLeaveNothingBehind) {
   EXPECT_EQ(log.StopEntry("stop"), 1);
   EXPECT_FALSE(folder_.Has("new"));
   EXPECT_EQ(log.LostEntries(), 0);
+}
+
+TEST_F(FileLogTest, LosesAnEntryRatherThanWaitForTheReaderOfAPipe) {
+  ASSERT_EQ(::mkfifo(folder_.Path("t.log").c_str(), 0600), 0);
+  FileLog log(folder_.Path("t.log"));
+  EXPECT_EQ(log.StopEntry("stop"), 0);
+  EXPECT_EQ(log.LostEntries(), 1);
 }
 
 TEST_F(FileLogTest, WritesAnAuditEntryWithoutItems) {

@@ -33,6 +33,16 @@ TEST_F(SettingsFileTest, GivesTheDefaultWithoutAFileName) {
   EXPECT_EQ(SettingsFile().ReadValue("k", "d"), "d");
 }
 
+// Nobody writes into the pipe, so that whoever opened it would wait for ever.
+TEST_F(SettingsFileTest, RefusesWhatIsNoRegularFile) {
+  ASSERT_EQ(::mkfifo(folder_.Path("book.ini").c_str(), 0600), 0);
+  EXPECT_THAT([&] { static_cast<void>(file_.ReadValue("k", "d")); },
+              FailsWith(FailureNumber::kPathOrAccess, "book.ini cannot be read: it is no regular file"));
+  file_.SetFileName("/dev/zero");
+  EXPECT_THAT([&] { static_cast<void>(file_.ReadValue("k", "d")); },
+              FailsWith(FailureNumber::kPathOrAccess, "/dev/zero cannot be read: it is no regular file"));
+}
+
 TEST_F(SettingsFileTest, ReadsBackWhatAnotherObjectWrote) {
   file_.WriteValue("ImportFile", "/in/Zürich.csv");
   SettingsFile other(folder_.Path("book.ini"));
