@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <string>
 #include <string_view>
 
 namespace tallybook::application {
@@ -11,17 +13,21 @@ namespace {
 // Definitions of now and of before.
 constexpr std::array<std::string_view, 2> kPrefixes{"TBQDX", "KVQDX"};
 
-bool IsNumber(std::string_view text) {
-  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
-}
-
 // True for the prefix, a number, and the ending.
 bool IsCompanion(std::string_view name, std::string_view prefix, std::string_view ending) {
   if (name.size() < prefix.size() + ending.size() || !name.starts_with(prefix) || !name.ends_with(ending)) return false;
-  return IsNumber(name.substr(prefix.size(), name.size() - prefix.size() - ending.size()));
+  return CompanionNumber(name.substr(prefix.size(), name.size() - prefix.size() - ending.size())) > 0;
 }
 
 }  // namespace
+
+Integer CompanionNumber(std::string_view digits) {
+  Integer number = 0;
+  const char* const last = digits.data() + digits.size();
+  const auto [end, error] = std::from_chars(digits.data(), last, number);
+  const bool is_whole = error == std::errc() && end == last;
+  return is_whole && number > 0 && digits == std::to_string(number) ? number : Integer{0};
+}
 
 std::vector<FoundFile> CompanionFiles::Find(const Text& pattern) {
   std::vector<FoundFile> found = Below().Find(pattern);

@@ -4,9 +4,16 @@
 // operation, is that of the file system below. One thread.
 #pragma once
 
+#include <string_view>
+
+#include "base/Types.h"
 #include "tallybook/application/FileLayer.h"
 
 namespace tallybook::application {
+
+// The number in a companion's name: from 1 to 32,767, as the store writes it. 0 for any other text: with "007" or "99999"
+// two files would be one definition, or a file none.
+[[nodiscard]] Integer CompanionNumber(std::string_view digits);
 
 class CompanionFiles : public FileLayer {
  public:

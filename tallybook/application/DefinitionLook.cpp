@@ -1,7 +1,6 @@
 #include "tallybook/application/DefinitionLook.h"
 
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
 #include <iterator>
 #include <string_view>
@@ -9,12 +8,12 @@
 #include <unistd.h>
 
 #include "base/Failure.h"
-#include "base/Texts.h"
 #include "exchange/DefinitionFile.h"
 #include "import/DefinitionRecord.h"
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "support/Utility.h"
+#include "tallybook/application/CompanionFiles.h"
 #include "tallybook/application/FileKind.h"
 #include "tallybook/application/WholeFiles.h"
 #include "tallybook/engine/Book.h"
@@ -30,13 +29,9 @@ constexpr int kMostAttempts = 4;  // of the store: the first, and three more a s
 
 // The number in "TBQDX7.NAME"; 0 for any other name.
 Integer NumberIn(const Text& name, const Text& extension) {
-  if (!UpperCase(name).starts_with(kPrefix) || !name.ends_with("." + extension)) return 0;
-  const char* const first = name.data() + kPrefix.size();
-  const char* const last = name.data() + name.size() - extension.size() - 1;
-  Integer number = 0;
-  if (first >= last) return 0;
-  const auto [end, error] = std::from_chars(first, last, number);
-  return error == std::errc() && end == last ? number : Integer{0};
+  const std::size_t around = kPrefix.size() + 1 + extension.size();
+  if (!name.starts_with(kPrefix) || !name.ends_with("." + extension) || name.size() < around) return 0;
+  return CompanionNumber(std::string_view(name).substr(kPrefix.size(), name.size() - around));
 }
 
 std::unique_ptr<OpenFile> OpenPatiently(WholeFiles& files, const Text& path) {

@@ -38,6 +38,13 @@ TEST_F(CompanionFilesTest, FindsTheDefinitionsOfExactlyOneBook) {
   EXPECT_THAT(Find("TBQDX*.old.shop"), ElementsAre("TBQDX4.old.shop"));
 }
 
+TEST_F(CompanionFilesTest, LeavesOutNumbersThatNoDefinitionHas) {
+  for (const char* name : {"TBQDX01.shop", "TBQDX0.shop", "TBQDX32768.shop", "TBQDX99999.shop", "TBQDX-1.shop"})
+    folder.Write(name, "");
+  folder.Write("TBQDX32767.shop", "");
+  EXPECT_THAT(Find("TBQDX*.shop"), ElementsAre("TBQDX1.shop", "TBQDX12.shop", "TBQDX32767.shop"));
+}
+
 TEST_F(CompanionFilesTest, TakesWildcardsInTheNameOfABookAsTheyStand) {
   EXPECT_THAT(Find("TBQDX*.sh*p"), ElementsAre("TBQDX5.sh*p"));
   EXPECT_THAT(Find("TBQDX*.sh??p"), ElementsAre());

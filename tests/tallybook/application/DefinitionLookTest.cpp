@@ -42,6 +42,7 @@ TEST_F(DefinitionLookTest, SeesTheDefinitionsOfTheBookByNumber) {
   Define("TBQDX3.other");
   Define("TBQDX4.my.shop");
   Define("TBQDBU1.shop");
+  for (const char* name : {"TBQDX02.shop", "TBQDX0.shop", "TBQDX99999.shop", "tbqdx5.shop", "TBQDX.shop"}) Define(name);
   const auto seen = Look();
   ASSERT_EQ(seen.size(), 2U);
   EXPECT_EQ(seen[0].title, "Two");
