@@ -106,6 +106,10 @@ void WholeFile::LookAtOld() {
 
 void WholeFile::NeedReplaceable() {
   LookAtOld();
+  // A name that could not be followed is not the place that the link means.
+  std::error_code ignored;  // what cannot be asked is no link
+  if (fs::is_symlink(fs::symlink_status(place_, ignored)))
+    Fail(FailureNumber::kPathNotFound, path_, "it is a link into a folder that does not exist");
   if (!old_) return;
   if (old_look_.kind != FileKind::kRegular)
     Fail(FailureNumber::kPathOrAccess, path_, "it is " + WordsFor(old_look_.kind) + ", and an output needs a file");

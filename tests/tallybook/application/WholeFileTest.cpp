@@ -135,6 +135,13 @@ TEST_F(WholeFileTest, ALinkThatLeadsNowhereGetsItsTarget) {
   EXPECT_EQ(folder_.Read("target"), "new");
 }
 
+TEST_F(WholeFileTest, ALinkIntoNoFolderIsRefusedAndStays) {
+  std::filesystem::create_symlink("none/target", folder_.Path("out"));
+  EXPECT_THAT([&] { Write("out", "new"); },
+              testing::FailsWith(FailureNumber::kPathNotFound, "out: it is a link into a folder that does not exist"));
+  EXPECT_TRUE(std::filesystem::is_symlink(folder_.Path("out")));
+}
+
 TEST_F(WholeFileTest, TheOtherNameOfAFileKeepsTheOldContents) {
   folder_.Write("other", "old");
   std::filesystem::create_hard_link(folder_.Path("other"), folder_.Path("out"));
