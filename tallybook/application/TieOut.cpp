@@ -242,10 +242,11 @@ Text HeldWords(const TieOutFile& file) {
   Text words = OnOneLine(file.file) + ": held as ";
   if (file.math == kTieOutReplaces) {
     words += "a replacement";
-    return words + (file.entry == 0 ? "; the journal knows no import of it" : ", as " + entry + " tells");
+    return words + (file.entry == 0 ? "; the journal knows no import of it that stands" : ", as " + entry + " tells");
   }
   words += file.math == kTieOutAdds ? "an addition to " : "a subtraction from ";
-  return words + (file.entry == 0 ? "zeros; the journal knows no import of it" : "what stood before " + entry);
+  return words +
+         (file.entry == 0 ? "zeros; the journal knows no import of it that stands" : "what stood before " + entry);
 }
 
 }  // namespace tallybook::application

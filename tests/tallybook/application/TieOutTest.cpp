@@ -140,7 +140,7 @@ TEST_F(TieOutTest, HoldsAFileThatTheJournalDoesNotKnowAsAReplacementOrAsTold) {
   auto tie_out = office.Hold();
   EXPECT_TRUE(tie_out->Agrees());
   EXPECT_EQ(HeldWords(tie_out->Files()[0]),
-            office.folder.Path("north.QDX") + ": held as a replacement; the journal knows no import of it");
+            office.folder.Path("north.QDX") + ": held as a replacement; the journal knows no import of it that stands");
   office.Set(7, Day(2003, 2, 28), 1, 2);
   EXPECT_FALSE(office.Hold()->Agrees());
   tie_out = office.Hold("*.QDX", kSubtracted);

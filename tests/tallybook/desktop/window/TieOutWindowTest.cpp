@@ -70,7 +70,7 @@ TEST_F(TieOutWindowTest, ListsWhatDiffersWithTotalsAndFilesAndChangesNothing) {
   EXPECT_EQ(totals.TextAt(1, 3), "2");
   EXPECT_EQ(totals.TextAt(1, 7), "\u22121,239.25");
   EXPECT_THAT(List(window, "files").TextAt(0, 2).toStdString(),
-              HasSubstr("north.QDX: held as a replacement; the journal knows no import of it"));
+              HasSubstr("north.QDX: held as a replacement; the journal knows no import of it that stands"));
   EXPECT_TRUE(folder_.Read("North.tbk") == book);
   EXPECT_TRUE(folder_.Has("north.QDX"));
 }
