@@ -695,7 +695,8 @@ std::vector<JournalEntry> FigureStore::DropImagesBefore(Date date) {
   entry_ = 0;
   BringUpToDate();
   std::vector<JournalRow> rows = storage_->Entries();
-  while (!rows.empty() && rows.back().entry.time >= date) rows.pop_back();
+  // The clock may have gone back: an entry of that day or later keeps its way back, and all behind it, which need it.
+  rows.erase(std::ranges::find_if(rows, [&](const JournalRow& row) { return row.entry.time >= date; }), rows.end());
   std::vector<JournalEntry> dropped;
   Writing transaction(*this);
   for (JournalRow& row : rows) {

@@ -64,6 +64,17 @@ TEST_F(JournalTrimTest, GivesBackTheRoomOnceTheBookIsCompacted) {
   EXPECT_LT(engine::CompactBook(BookPath(), 0).after, full.after - 4 * 4000);
 }
 
+TEST_F(JournalTrimTest, KeepsTheWayBackOfEntriesOfThatDayWhereTheClockHasGoneBackSince) {
+  platform.clock.Set(Day(2004, 1, 1));
+  book->SetOperationName("import");
+  book->BeginRollback(Day(2003, 1, 1), Day(2004, 12, 31));
+  Put(*book, 101, Day(2003, 1, 1), 1, 77);
+  book->EndRollback();
+  EXPECT_THAT(Ids(JournalTrim(*book).Before(Day(2004, 3, 1))), ElementsAre(1, 2));
+  for (const Long id : {5, 4, 3}) Journal(*book).Undo(id);
+  EXPECT_EQ(Get(*book, 101, Day(2003, 1, 1), 1), 2 / 7.0);
+}
+
 TEST_F(JournalTrimTest, DoesNothingWhereNothingIsOldEnoughOrAllIsTrimmed) {
   EXPECT_THAT(JournalTrim(*book).Before(Day(2004, 1, 1)), IsEmpty());
   EXPECT_THAT(Ids(JournalTrim(*book).Before(Day(2004, 2, 1))), ElementsAre(1));
