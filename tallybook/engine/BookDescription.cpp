@@ -281,6 +281,12 @@ class Distinct {
   std::unordered_set<Value> others_;
 };
 
+// A day as text; as the number that it is where it has none.
+Text DayText(Date day) {
+  const bool has_text = day >= DateFromParts(1, 1, 1) && day < DateFromParts(10'000, 1, 1) && day == std::floor(day);
+  return has_text ? DateText(day) : std::to_string(day);
+}
+
 // Checks of a description as a whole.
 class Checker {
  public:
@@ -290,6 +296,7 @@ class Checker {
     CheckLevelAndMaxima();
     CheckCalendar();
     CheckDatesHaveText();
+    CheckDatesAreCounted();
     CheckLists();
   }
 
@@ -335,7 +342,7 @@ class Checker {
     const Date last_possible = DateFromParts(9000, 12, 31);
     if (!(calendar.first_date >= first_possible && calendar.first_date <= last_possible) ||
         calendar.first_date != std::floor(calendar.first_date)) {
-      Refuse(source_, "calendar.first_date", std::to_string(calendar.first_date),
+      Refuse(source_, "calendar.first_date", DayText(calendar.first_date),
              "it must be a whole day of the years 100 to 9000");
     }
     InRange("calendar.first_year", calendar.first_year, 1, 9999);
@@ -343,6 +350,17 @@ class Checker {
     InRange("calendar.years_in_use", calendar.years_in_use, 1, calendar.years);
     InRange("calendar.week_ends_on", calendar.week_ends_on, 1, 7);
     CheckPeriods();
+  }
+
+  // Dates are counted from 1899-12-30. Exports end at a date that counts 0 or less, and a delimited import keeps no
+  // record of one.
+  void CheckDatesAreCounted() const {
+    const Date first_possible = DateFromParts(1900, 1, 1);
+    const Date first = Calendar(book_.calendar, book_.data_level).FirstDate();
+    if (first < first_possible)
+      Refuse(source_, "calendar.first_date", DayText(book_.calendar.first_date),
+             "the first date would be " + DateText(first) + ", and a new book begins on " + DateText(first_possible) +
+                 " or later");
   }
 
   // A date behind the year 9999 has no text that could be read back.

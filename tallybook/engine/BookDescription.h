@@ -93,7 +93,7 @@ struct BookDescription {
 
 // Checks what no single item shows: ranges, lists, doubles, values without account or field, two values on one field of
 // one record. Fails as ParseBookDescription. That of a new book, which ParseBookDescription calls last, refuses a
-// calendar that goes on behind the year 9999 as well; a book that has such a one stays readable.
+// calendar that begins before 1900 or goes on behind the year 9999 as well; a book that has such a one stays readable.
 void CheckNewBookDescription(const BookDescription& description, const Text& source_name);
 void CheckBookDescription(const BookDescription& description, const Text& source_name);
 

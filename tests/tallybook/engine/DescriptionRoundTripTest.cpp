@@ -66,7 +66,7 @@ CalendarDescription AnyCalendar() {
   calendar.kind = *rc::gen::elementOf(kKinds);
   calendar.first_date =
       *rc::gen::oneOf(rc::gen::inRange(static_cast<int>(Day(1990, 1, 1)), static_cast<int>(Day(2030, 1, 1))),
-                      rc::gen::inRange(static_cast<int>(Day(100, 1, 1)), static_cast<int>(Day(9001, 1, 1))));
+                      rc::gen::inRange(static_cast<int>(Day(1901, 1, 1)), static_cast<int>(Day(9001, 1, 1))));
   calendar.first_year = *rc::gen::inRange<Integer>(1, 10000);
   calendar.years = *rc::gen::inRange<Integer>(1, 4);
   calendar.years_in_use = *rc::gen::inRange<Integer>(1, static_cast<Integer>(calendar.years + 1));
