@@ -1,7 +1,6 @@
 #include "tallybook/application/OutputRules.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
@@ -11,10 +10,10 @@
 #include <unistd.h>
 
 #include "base/Failure.h"
-#include "base/Texts.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/SystemError.h"
 #include "qdx/HeaderItems.h"
+#include "tallybook/engine/BookCompanions.h"
 #include "tallybook/engine/BookFile.h"
 
 namespace tallybook::application {
@@ -29,8 +28,6 @@ constexpr std::size_t kHeadSize = 100;
 constexpr std::string_view kDatabaseMark("SQLite format 3\0", 16);
 constexpr std::size_t kApplicationIdOffset = 68;
 constexpr std::string_view kLogMark("\x37\x7f\x06", 3);
-
-constexpr std::array kLogEndings = {"-wal", "-shm", "-lock", "-journal"};
 
 [[noreturn]] void Refuse(const Text& path, const Text& reason) {
   throw Failure(FailureNumber::kPathOrAccess, path + " " + reason, "FileSystem");
@@ -71,16 +68,6 @@ bool IsExchangeFile(std::string_view head) {
   return head.starts_with(kMagic);
 }
 
-bool IsDefinitionName(const Text& name) {
-  const Text capitals = UpperCase(name);
-  const auto digits_and_dot = [&](std::string_view prefix) {
-    if (!capitals.starts_with(prefix)) return false;
-    const std::size_t end = capitals.find_first_not_of("0123456789", prefix.size());
-    return end != Text::npos && end > prefix.size() && capitals[end] == '.';
-  };
-  return digits_and_dot("TBQDX") || digits_and_dot("TBQDBU") || digits_and_dot("KVQDX");
-}
-
 }  // namespace
 
 void OutputRules::Protect(const Text& path, const Text& what, Role role) {
@@ -116,21 +103,9 @@ bool OutputRules::IsBook(const Text& path) const {
 
 // The book beside which `resolved` is a companion file, by name; empty where there is none.
 Text OutputRules::BookOfCompanion(const Text& resolved) const {
-  const fs::path path(resolved);
-  const fs::path folder = path.parent_path();
-  const Text name = path.filename().string();
-  for (const std::string_view ending : kLogEndings) {
-    Text book = resolved.substr(0, resolved.size() - std::min(ending.size(), resolved.size()));
-    if (name.ends_with(ending) && name.size() > ending.size() && IsBook(book)) return book;
-  }
-  const bool settings = name.ends_with(".ini");
-  if (!settings && !IsDefinitionName(name)) return {};
-  const Text stem = settings ? path.stem().string() : name.substr(name.find('.') + 1);
-  for (const char* extension : {".tbk", ""}) {
-    Text book = (folder / (stem + extension)).string();
-    if (!stem.empty() && IsBook(book)) return book;
-  }
-  return {};
+  const std::vector<Text> owners = engine::PossibleOwners(resolved);
+  const auto book = std::ranges::find_if(owners, [&](const Text& owner) { return IsBook(owner); });
+  return book == owners.end() ? Text() : *book;
 }
 
 void OutputRules::CheckContents(const Text& path, const Text& resolved, bool in_place) const {
@@ -154,7 +129,7 @@ void OutputRules::CheckAll(const Text& path, bool in_place) const {
   if (const Text book = BookOfCompanion(resolved); !book.empty())
     Refuse(path, "belongs to the book " + book + "; nothing is written over it");
   if (look.kind == FileKind::kMissing) return;
-  if (IsDefinitionName(fs::path(resolved).filename().string()))
+  if (engine::IsDefinitionName(fs::path(resolved).filename().string()))
     Refuse(path, "is an exchange definition; nothing is written over one");
   CheckContents(path, resolved, in_place);
   if (in_place && look.names > 1)

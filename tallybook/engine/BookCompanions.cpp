@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "base/Texts.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/SystemError.h"
 #include "platform/posix/WriteAll.h"
@@ -29,6 +30,8 @@ namespace fs = std::filesystem;
 
 constexpr const char* kSource = "Tallybook.Book";
 constexpr std::array<std::string_view, 3> kPrefixes{"TBQDX", "TBQDBU", "KVQDX"};
+constexpr std::array<std::string_view, 4> kLogEndings{"-wal", "-shm", "-lock", "-journal"};
+constexpr std::string_view kSettingsEnding = ".ini";
 
 bool IsNumber(std::string_view text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
@@ -58,6 +61,19 @@ std::vector<Text> StemsOf(const Text& folder, const Text& name) {
   }
   std::sort(stems.begin(), stems.end());
   return stems;
+}
+
+Text LastPartOf(const Text& path) {
+  return path.substr(path.find_last_of("/\\") + 1);
+}
+
+// A log that holds something, beside where its book would stand.
+Text LogBeside(const Text& path) {
+  for (const char* ending : {"-wal", "-journal"}) {
+    std::error_code ignored;  // what cannot be asked is not there
+    if (const auto size = fs::file_size(path + ending, ignored); !ignored && size > 0) return path + ending;
+  }
+  return "";
 }
 
 Text SettingsOf(const Text& folder, const Text& name) {
@@ -107,6 +123,12 @@ void MakeSettings(const Text& book, const Text& older, const Text& to) {
 }
 
 Text ReadWhole(const Text& path) {
+  std::error_code ignored;  // what cannot be asked cannot be read either
+  const fs::file_status status = fs::status(path, ignored);
+  if (fs::exists(status) && !fs::is_regular_file(status)) {
+    throw Failure(FailureNumber::kPathOrAccess, path + ": this companion file of the book is no file to be read",
+                  kSource);
+  }
   std::ifstream file(path, std::ios::binary);
   std::ostringstream content;
   if (file && file.peek() != std::ifstream::traits_type::eof()) content << file.rdbuf();
@@ -146,6 +168,31 @@ void PutOne(const Text& path, const Text& content, const struct stat& book) {
 
 }  // namespace
 
+bool IsDefinitionName(const Text& file) {
+  const Text capitals = UpperCase(file);
+  return std::ranges::any_of(kPrefixes, [&](std::string_view prefix) {
+    if (!capitals.starts_with(prefix)) return false;
+    const std::size_t end = capitals.find_first_not_of("0123456789", prefix.size());
+    return end != Text::npos && end > prefix.size() && capitals[end] == '.';
+  });
+}
+
+std::vector<Text> PossibleOwners(const Text& path) {
+  const Text file = LastPartOf(path);
+  std::vector<Text> owners;
+  for (const std::string_view ending : kLogEndings) {
+    if (file.ends_with(ending) && file.size() > ending.size())
+      owners.push_back(path.substr(0, path.size() - ending.size()));
+  }
+  Text name;
+  if (file.ends_with(kSettingsEnding)) name = file.substr(0, file.size() - kSettingsEnding.size());
+  if (IsDefinitionName(file)) name = file.substr(file.find('.') + 1);
+  if (!name.empty()) {
+    for (const char* ending : {".tbk", ""}) owners.push_back(BookFolder(path) + name + ending);
+  }
+  return owners;
+}
+
 Text CompanionPath(const Text& folder, const Text& stem, const Text& name) {
   return stem.empty() ? SettingsOf(folder, name) : folder + CompanionOf(stem, name);
 }
@@ -168,8 +215,9 @@ std::vector<Companion> ReadCompanions(const Text& folder, const Text& name) {
 
 Text StrayCompanionTrouble(const Text& path) {
   const std::vector<Text> companions = CompanionPaths(BookFolder(path), BookName(path));
-  if (companions.empty()) return "";
-  return "there is no book, but " + companions.front() + ", which would belong to it; move that away first";
+  const Text stray = companions.empty() ? LogBeside(path) : companions.front();
+  if (stray.empty()) return "";
+  return "there is no book, but " + stray + ", which would belong to it; move that away first";
 }
 
 void RefuseStrayCompanions(const Text& path) {

@@ -20,12 +20,18 @@ struct Companion {
 
 // Where a companion of that stem stands.
 [[nodiscard]] Text CompanionPath(const Text& folder, const Text& stem, const Text& name);
+// True for the name of a definition or of an archive copy, of whatever book and in whatever case.
+[[nodiscard]] bool IsDefinitionName(const Text& file);
+// Where a book would stand that took a file at this path for its log, its lock, its settings, a definition or an archive
+// copy.
+[[nodiscard]] std::vector<Text> PossibleOwners(const Text& path);
 // The paths of the companions that bear a name in a folder, which ends in a separator; in order.
 [[nodiscard]] std::vector<Text> CompanionPaths(const Text& folder, const Text& name);
 // The same with what they hold.
-//   fails   70, 57 with the path where one cannot be read
+//   fails   70, 57 with the path where one cannot be read, 75 where it is no regular file
 [[nodiscard]] std::vector<Companion> ReadCompanions(const Text& folder, const Text& name);
-// What is wrong where companions stand that a new book at this path would take for its own; empty where none do.
+// What is wrong where companions, or the log of a book that is gone, stand that a new book at this path would take for
+// its own; empty where none do.
 [[nodiscard]] Text StrayCompanionTrouble(const Text& path);
 // Failure 75 with the same.
 void RefuseStrayCompanions(const Text& path);

@@ -9,6 +9,7 @@
 #include "base/Failure.h"
 #include "base/Texts.h"
 #include "support/Utility.h"
+#include "tallybook/engine/BookCompanions.h"
 #include "tallybook/engine/BookHold.h"
 #include "tallybook/engine/FileState.h"
 
@@ -49,6 +50,16 @@ const char* WordsOf(fs::file_type type) {
   }
 }
 
+void CheckIsInFolder(const Text& path) {
+  std::error_code error;
+  const fs::file_status folder = fs::status(BookFolder(path), error);
+  if (folder.type() == fs::file_type::none) {
+    throw Failure(FailureNumber::kPathOrAccess, path + ": the folder cannot be looked at: " + error.message(), kSource);
+  }
+  if (fs::is_directory(folder)) return;
+  throw Failure(FailureNumber::kPathNotFound, path + ": the folder does not exist", kSource);
+}
+
 }  // namespace
 
 Text NativeBookPath(Text path) {
@@ -75,10 +86,8 @@ Text ResolvedBookPath(const Text& path) {
 }
 
 void CheckIsBookFile(const Text& path) {
+  CheckIsInFolder(path);
   std::error_code ignored;  // what cannot be asked is not there, or is refused when it is opened
-  if (!fs::is_directory(BookFolder(path), ignored)) {
-    throw Failure(FailureNumber::kPathNotFound, path + ": the folder does not exist", kSource);
-  }
   const fs::file_status status = fs::status(path, ignored);
   if (status.type() == fs::file_type::none) return;
   if (!fs::exists(status)) throw Failure(FailureNumber::kFileNotFound, path + ": there is no such file", kSource);
@@ -124,6 +133,10 @@ std::vector<Text> NameTroubles(const Text& path) {
     troubles.push_back("the name of the book, \"" + name + "\", " +
                        (BookName(other) == name ? "is" : "differs only in case from") + " that of the book " +
                        FileOf(other) + " beside it");
+  }
+  for (const Text& owner : PossibleOwners(path)) {
+    if (IsAnotherBook(owner, path))
+      troubles.push_back("a file of this name would be taken for a file of the book " + FileOf(owner) + " beside it");
   }
   std::sort(troubles.begin(), troubles.end());
   return troubles;

@@ -17,9 +17,9 @@ namespace tallybook::engine {
 //   fails   75 for links that lead in a circle, or that cannot be read
 [[nodiscard]] Text ResolvedBookPath(const Text& path);
 
-// Refuses what cannot be a book to open: 76 no such folder, 53 no such file, 75 a folder, a device, a pipe or a socket,
-// and a file with more than one name. A second name (a hard link) would have a log and a lock of its own, and what one
-// name's log holds is missing under the other.
+// Refuses what cannot be a book to open: 76 no such folder, 53 no such file, 75 a path that the system refuses, a
+// folder, a device, a pipe or a socket, and a file with more than one name. A second name (a hard link) would have a log
+// and a lock of its own, and what one name's log holds is missing under the other.
 void CheckIsBookFile(const Text& path);
 
 // The folder of a path, with a separator at its end.
@@ -30,8 +30,9 @@ void CheckIsBookFile(const Text& path);
 [[nodiscard]] Text OlderBookName(const Text& path);
 
 // What is wrong with the name of a book, a sentence for each: that it holds what stands for other names in a search, or
-// that another book in its folder has the same name, or one that differs in case only. Such books take each other's
-// companion files where names are compared without regard to case. Empty where the name is good. The book itself need
+// that another book in its folder has the same name, or one that differs in case only - such books take each other's
+// companion files where names are compared without regard to case -, or that another book would take the file for its
+// log, its settings, a definition of it or the like. Empty where the name is good. The book itself need
 // not be there.
 [[nodiscard]] std::vector<Text> NameTroubles(const Text& path);
 

@@ -53,6 +53,11 @@ Text ImmutableUri(const Text& path) {
   return uri + "?immutable=1";
 }
 
+bool HasTooManyFiles(sqlite3* handle) {
+  const int error = handle == nullptr ? 0 : sqlite3_system_errno(handle);
+  return error == EMFILE || error == ENFILE;
+}
+
 }  // namespace
 
 DbStatement::DbStatement(Database& database, const char* sql) : database_(&database) {
@@ -209,7 +214,9 @@ void Database::Fail(int result) const {
       reason = "the book, or its folder, may not be written";
       break;
     case SQLITE_CANTOPEN:
-      reason = "the file, or its folder, may not be read and written as a book needs it";
+      reason = HasTooManyFiles(handle_.get())
+                   ? "it cannot be opened: too many files are open, in this process or in the whole system"
+                   : "the file, or its folder, may not be read and written as a book needs it";
       break;
     case SQLITE_NOTADB:
       reason = "this file is not a book";

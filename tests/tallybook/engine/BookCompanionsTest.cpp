@@ -128,5 +128,30 @@ TEST_F(BookCompanionsTest, LeavesThoseOfABookThatNeverHadTheOlderName) {
   EXPECT_THAT(notices, IsEmpty());
 }
 
+// It would be taken in by whoever opens the new book first.
+TEST_F(BookCompanionsTest, ANewBookIsRefusedWhereTheLogOfAnotherWasLeft) {
+  for (const char* log : {"shop.tbk-wal", "shop.tbk-journal"}) {
+    folder.Write(log, "pages of a book that is gone");
+    EXPECT_THAT([&] { Book::Create(folder.Path("shop.tbk"), ShopDescription()); },
+                FailsWith(FailureNumber::kPathOrAccess, "there is no book, but"));
+    EXPECT_EQ(folder.Read(log), "pages of a book that is gone");
+    EXPECT_FALSE(folder.Has("shop.tbk"));
+    folder.Write(log, "");
+    Book::Create(folder.Path("shop.tbk"), ShopDescription());
+    fs::remove(folder.Path("shop.tbk"));
+    fs::remove(folder.Path(log));
+  }
+}
+
+// Opening a pipe waits for a writer, and a device may have no end.
+TEST_F(BookCompanionsTest, AreReadWhereTheyAreRegularFilesAlone) {
+  ASSERT_EQ(::mkfifo(folder.Path("TBQDX1.shop").c_str(), 0600), 0);
+  const auto read = [&] { static_cast<void>(engine::ReadCompanions(folder.Path("") + "/", "shop")); };
+  EXPECT_THAT(read, FailsWith(FailureNumber::kPathOrAccess, "TBQDX1.shop: this companion file of the book is no file"));
+  fs::remove(folder.Path("TBQDX1.shop"));
+  fs::create_symlink("/dev/zero", folder.Path("shop.ini"));
+  EXPECT_THAT(read, FailsWith(FailureNumber::kPathOrAccess, "shop.ini: this companion file of the book is no file"));
+}
+
 }  // namespace
 }  // namespace tallybook::testing

@@ -60,6 +60,13 @@ TEST_F(BookPlaceTest, RefusesWhatIsNoFileByItsKind) {
   EXPECT_THAT(check(folder.Path("pipe")), FailsWith(FailureNumber::kPathOrAccess, "this is a pipe, not a book"));
 }
 
+TEST_F(BookPlaceTest, TellsWhyAFolderCannotBeSearched) {
+  Text path = folder.Path();
+  for (int i = 0; i < 2100; ++i) path += "/.";
+  EXPECT_THAT([&] { CheckIsBookFile(path + "/shop.tbk"); },
+              FailsWith(FailureNumber::kPathOrAccess, "the folder cannot be looked at: File name too long"));
+}
+
 TEST_F(BookPlaceTest, RefusesAFileWithASecondName) {
   folder.Write("shop.tbk", "");
   std::filesystem::create_hard_link(folder.Path("shop.tbk"), folder.Path("other.tbk"));
@@ -104,6 +111,21 @@ TEST_F(BookNameTest, IsRefusedForANewBookWhereItHoldsAWildcard) {
     EXPECT_THAT([&] { Make(name); }, FailsWith(FailureNumber::kPathOrAccess, "holds * or ?"));
     EXPECT_FALSE(folder.Has(name));
   }
+}
+
+// A new book there would be deleted as the log of the other, or be read as its settings or a definition of it.
+TEST_F(BookNameTest, IsRefusedForANewBookWhereItIsThatOfWhatLiesBesideAnother) {
+  Make("Shop.tbk");
+  Make("shop.2024");
+  for (const char* name :
+       {"Shop.tbk-wal", "Shop.tbk-shm", "Shop.tbk-journal", "Shop.tbk-lock", "Shop.ini", "TBQDX1.Shop", "TBQDBU12.Shop",
+        "KVQDX3.Shop", "shop.2024-wal", "shop.2024.ini", "TBQDX1.shop.2024"}) {
+    std::filesystem::remove(folder.Path(name));  // a lock that is there already
+    EXPECT_THAT([&] { Make(name); }, FailsWith(FailureNumber::kPathOrAccess, "would be taken for a file of the book"))
+        << name;
+    EXPECT_FALSE(folder.Has(name));
+  }
+  for (const char* name : {"Other.tbk-wal", "TBQDX1.Other", "TBQDX.Shop", "Other.ini"}) Make(name);
 }
 
 TEST_F(BookNameTest, TellsWhatIsWrongWithTheNameOfABook) {
