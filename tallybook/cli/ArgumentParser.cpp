@@ -130,7 +130,12 @@ Text UnknownCommand(const CommandPath& path, const Text& word) {
                      near.empty() ? "there are " + Listed(names, "and") : near);
 }
 
+// A word with a name of an option is none behind "--", which makes a word of all that follows.
 Text UnknownOption(const CommandPath& path, const Text& word) {
+  if (OptionNamed(*path.back(), word) != nullptr)
+    return fmt::format("{} stands behind --, where it is no option; put it before", word);
+  if (word.starts_with("-."))
+    return fmt::format("{} is no option; put -- before a value that begins with a point", word);
   const Text near = DidYouMean(word.substr(0, word.find('=')), NamesOfOptions(*path.back()));
   return fmt::format("{} is no option of `{}`{}", word, PathText(path), near.empty() ? "" : "; " + near);
 }

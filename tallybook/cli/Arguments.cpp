@@ -182,7 +182,7 @@ Argument& AddDate(CommandTable& command, const Text& name, Date& target, const T
 
 Argument& AddAmount(CommandTable& command, const Text& name, Double& target, const Text& what) {
   return Add(command, name, ArgumentKind::kAmount, "AMOUNT", what,
-             [&target](const Text& text) { target = AmountOf(text); });
+             [&target](const Text& text) { target = AmountOf(text) + 0.0; });  // no zero keeps a sign
 }
 
 void NeedOrder(Date from, Date to) {

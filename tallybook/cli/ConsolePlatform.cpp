@@ -14,12 +14,14 @@ namespace {
 
 Date EpochDate(const char* text) {
   constexpr Double kSecondsPerDay = 86400;
+  constexpr long long kEndOfYear9999 = 253'402'300'800;
   const std::string_view digits(text);
   long long seconds = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), seconds);
-  if (error != std::errc() || end != digits.data() + digits.size() || seconds < 0) {
-    throw WrongUse(
-        fmt::format("SOURCE_DATE_EPOCH is '{}'; a whole number of seconds since 1970-01-01 is wanted", text));
+  if (error != std::errc() || end != digits.data() + digits.size() || seconds < 0 || seconds >= kEndOfYear9999) {
+    throw WrongUse(fmt::format(
+        "SOURCE_DATE_EPOCH is '{}'; a whole number of seconds since 1970-01-01 is wanted, within the years to 9999",
+        text));
   }
   return DateFromParts(1970, 1, 1) + static_cast<Double>(seconds) / kSecondsPerDay;
 }

@@ -167,6 +167,8 @@ ExitStatus Session::StatusFor(bool done) {
 }
 
 Text BookPath(const Text& named) {
+  if (named.empty()) throw WrongUse("BOOK: a name is wanted");
+  if (FileBaseName(named).empty()) return named;  // a folder
   const Text with_ending = named + ".tbk";
   if (FileExists(named)) return named;
   const bool has_point = FileBaseName(named).find('.') != Text::npos;
