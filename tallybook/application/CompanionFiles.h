@@ -11,8 +11,8 @@
 
 namespace tallybook::application {
 
-// The number in a companion's name: from 1 to 32,767, as the store writes it. 0 for any other text: with "007" or "99999"
-// two files would be one definition, or a file none.
+// The number in a companion's name: from 1 to 32,767, as the store writes it. 0 for any other text: with "007" or
+// "99999" two files would be one definition, or a file none.
 [[nodiscard]] Integer CompanionNumber(std::string_view digits);
 
 class CompanionFiles : public FileLayer {

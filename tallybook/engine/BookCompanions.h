@@ -22,8 +22,8 @@ struct Companion {
 [[nodiscard]] Text CompanionPath(const Text& folder, const Text& stem, const Text& name);
 // True for the name of a definition or of an archive copy, of whatever book and in whatever case.
 [[nodiscard]] bool IsDefinitionName(const Text& file);
-// Where a book would stand that took a file at this path for its log, its lock, its settings, a definition or an archive
-// copy.
+// Where a book would stand that took a file at this path for its log, its lock, its settings, a definition or an
+// archive copy.
 [[nodiscard]] std::vector<Text> PossibleOwners(const Text& path);
 // The paths of the companions that bear a name in a folder, which ends in a separator; in order.
 [[nodiscard]] std::vector<Text> CompanionPaths(const Text& folder, const Text& name);

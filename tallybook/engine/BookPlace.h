@@ -18,8 +18,8 @@ namespace tallybook::engine {
 [[nodiscard]] Text ResolvedBookPath(const Text& path);
 
 // Refuses what cannot be a book to open: 76 no such folder, 53 no such file, 75 a path that the system refuses, a
-// folder, a device, a pipe or a socket, and a file with more than one name. A second name (a hard link) would have a log
-// and a lock of its own, and what one name's log holds is missing under the other.
+// folder, a device, a pipe or a socket, and a file with more than one name. A second name (a hard link) would have a
+// log and a lock of its own, and what one name's log holds is missing under the other.
 void CheckIsBookFile(const Text& path);
 
 // The folder of a path, with a separator at its end.
