@@ -80,6 +80,7 @@ class QdxMatch {
   Masterfile& masterfile_;
   DefinitionRecord definition_;
   const HeaderRecord& header_;
+  std::vector<bool> repeats_account_;  // by position less 1: whether its code stands in the table before
   QdxTargets accounts_;
   QdxTargets fields_;
 };
