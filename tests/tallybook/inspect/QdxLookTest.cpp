@@ -290,6 +290,22 @@ TEST_F(WeekQdxLookTest, DaysOfAWeekAreToldWithIt) {
               Contains("2004-02-07 note: takes the figures of 3 dates, 2004-02-01 to 2004-02-03"));
 }
 
+// Nothing is said of the whole then, of which a part was seen.
+TEST_F(QdxLookTest, ACancelledLookEndsWithWhatItHasSeen) {
+  setup_.MatchAccounts({{"300", "100"}});
+  Words(testing::ManyFigures());
+  const long long records = Tally().records;
+  ASSERT_GT(records, 1);
+  for (long long record = 1; record <= records; ++record) {
+    setup_.host->book.progress.CancelAtPoll(record);
+    EXPECT_THAT(Words(testing::ManyFigures()), IsEmpty()) << "behind record " << record;
+    EXPECT_TRUE(Tally().cancelled);
+    EXPECT_EQ(Tally().records, record);
+  }
+  EXPECT_THAT(Words(testing::ManyFigures()), Not(IsEmpty()));
+  EXPECT_FALSE(Tally().cancelled);
+}
+
 TEST_F(QdxLookTest, AFileThatCannotBeOpenedIsAFailure) {
   testing::FindingList list;
   EXPECT_THAT(([&] { LookAtQdx(setup_.host->book, {.file = "/in/none.QDX"}, list); }),
