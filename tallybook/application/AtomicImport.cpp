@@ -170,4 +170,38 @@ std::vector<DisposalOutcome> AtomicImport::Keep() {
   }
 }
 
+AtomicEnd EndAtomic(AtomicImport& atomic, engine::Book& book, ImportRecorder& recorder, bool done) {
+  AtomicEnd end;
+  if (done) {
+    try {
+      book.EndProgress();
+      recorder.Save();
+      end.outcomes = atomic.Keep();
+      end.kept = true;
+      return end;
+    } catch (...) {
+      end.lost = ReasonOf(CurrentFailure());
+    }
+  }
+  atomic.Drop();
+  return end;
+}
+
+Text NothingKeptText() {
+  return "nothing of the import is kept: figures and files are as they were";
+}
+
+Text NothingKeptLine() {
+  return "N" + NothingKeptText().substr(1) + ".";
+}
+
+std::vector<Text> NotDisposedTexts(const std::vector<DisposalOutcome>& outcomes) {
+  std::vector<Text> texts;
+  for (const DisposalOutcome& outcome : outcomes) {
+    const bool as_meant = outcome.result == DisposalOutcome::Result::kDone && outcome.why.empty();
+    if (!as_meant) texts.push_back(DisposalText(outcome));
+  }
+  return texts;
+}
+
 }  // namespace tallybook::application

@@ -11,10 +11,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
+#include "base/Failure.h"
 #include "base/Types.h"
 #include "tallybook/application/FileDisposals.h"
+#include "tallybook/application/ImportRecorder.h"
 #include "tallybook/application/WholeFiles.h"
 #include "tallybook/engine/Book.h"
 #include "tallybook/preview/OverlayFileSystem.h"
@@ -52,5 +55,22 @@ class AtomicImport {
   std::unique_ptr<Files> files_;
   bool open_ = true;
 };
+
+// What became of an import that is to be done wholly or not at all.
+struct AtomicEnd {
+  bool kept = false;
+  std::optional<StopReason> lost;  // why what was done could not be kept
+  std::vector<DisposalOutcome> outcomes;
+};
+
+// Keeps figures and record of one that is done, then deletes and renames; of any other, and where they cannot be kept,
+// nothing stays.
+[[nodiscard]] AtomicEnd EndAtomic(AtomicImport& atomic, engine::Book& book, ImportRecorder& recorder, bool done);
+
+// "nothing of the import is kept: figures and files are as they were"; and the same as a line by itself.
+[[nodiscard]] Text NothingKeptText();
+[[nodiscard]] Text NothingKeptLine();
+// What is to be told of the files: those that are not deleted or renamed as they were to be, a line each.
+[[nodiscard]] std::vector<Text> NotDisposedTexts(const std::vector<DisposalOutcome>& outcomes);
 
 }  // namespace tallybook::application

@@ -1,22 +1,10 @@
 #include "tallybook/cli/AllOrNothing.h"
 
-#include <string_view>
-
 #include "base/Failure.h"
 #include "tallybook/cli/AfterCommit.h"
 #include "tallybook/cli/KnownFiles.h"
 
 namespace tallybook::cli {
-
-namespace {
-
-constexpr std::string_view kNothingKept = "nothing of the import is kept: figures and files are as they were";
-
-Text ClosingLine() {
-  return "N" + Text(kNothingKept.substr(1)) + ".";
-}
-
-}  // namespace
 
 void AddAtomic(CommandTable& command, bool& atomic) {
   AddFlag(command, "--atomic", atomic, "Import all of it, or leave figures and files as they are");
@@ -33,39 +21,18 @@ Text PlaceOf(Session& session, const application::AtomicImport* atomic, const Te
   return PlaceOf(session, atomic == nullptr ? path : atomic->PlaceOf(path));
 }
 
-AtomicEnd EndAtomic(application::AtomicImport& atomic, engine::Book& book, application::ImportRecorder& recorder,
-                    bool done) {
-  AtomicEnd end;
-  if (done) {
-    try {
-      book.EndProgress();
-      recorder.Save();
-      end.outcomes = atomic.Keep();
-      end.kept = true;
-      return end;
-    } catch (...) {
-      end.lost = ReasonOf(CurrentFailure());
-    }
-  }
-  atomic.Drop();
-  return end;
-}
-
 void TellNotDisposed(const std::vector<application::DisposalOutcome>& outcomes) {
-  for (const application::DisposalOutcome& outcome : outcomes) {
-    const bool as_meant = outcome.result == application::DisposalOutcome::Result::kDone && outcome.why.empty();
-    if (!as_meant) WarnAfterCommit(application::DisposalText(outcome));
-  }
+  for (const Text& text : application::NotDisposedTexts(outcomes)) WarnAfterCommit(text);
 }
 
 void TellNothingKept(Session& session) {
   const bool warning = true;
-  session.Note(Text(kNothingKept), warning);
+  session.Note(application::NothingKeptText(), warning);
 }
 
 WaitingReports::~WaitingReports() {
   try {
-    if (!ended_) session_.Factory().WriteHeldReports({ClosingLine()});
+    if (!ended_) session_.Factory().WriteHeldReports({application::NothingKeptLine()});
   } catch (...) {
     return;  // meant: the failure that led here is what is told
   }
@@ -74,7 +41,7 @@ WaitingReports::~WaitingReports() {
 void WaitingReports::End(const std::vector<application::FileBalance>& balances, bool kept) {
   ended_ = true;
   std::vector<Text> closing = application::BalanceLines(balances);
-  if (!kept) closing.insert(closing.begin(), ClosingLine());
+  if (!kept) closing.insert(closing.begin(), application::NothingKeptLine());
   try {
     session_.Factory().WriteHeldReports(closing);
   } catch (...) {

@@ -3,13 +3,10 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <vector>
 
-#include "base/Failure.h"
 #include "tallybook/application/AtomicImport.h"
 #include "tallybook/application/ImportBalance.h"
-#include "tallybook/application/ImportRecorder.h"
 #include "tallybook/cli/Arguments.h"
 #include "tallybook/cli/Session.h"
 
@@ -24,17 +21,6 @@ void AddAtomic(CommandTable& command, bool& atomic);
 // Where the bytes of a file are by now that the import knows by this path.
 [[nodiscard]] Text PlaceOf(Session& session, const application::AtomicImport* atomic, const Text& path);
 
-// What became of an import that is to be done wholly or not at all.
-struct AtomicEnd {
-  bool kept = false;
-  std::optional<StopReason> lost;  // why what was done could not be kept
-  std::vector<application::DisposalOutcome> outcomes;
-};
-
-// Keeps figures and record of one that is done, then deletes and renames; of any other, and where they cannot be kept,
-// nothing stays.
-[[nodiscard]] AtomicEnd EndAtomic(application::AtomicImport& atomic, engine::Book& book,
-                                  application::ImportRecorder& recorder, bool done);
 // Says which files are not deleted or renamed as they were to be.
 void TellNotDisposed(const std::vector<application::DisposalOutcome>& outcomes);
 // Says that nothing of the import stays.

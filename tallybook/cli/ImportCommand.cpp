@@ -190,7 +190,7 @@ bool TellNotDone(Session& session, const QDXImportRecord& record, engine::Book& 
   return false;
 }
 
-bool TellKept(Session& session, const QDXImportRecord& record, const AtomicEnd& end) {
+bool TellKept(Session& session, const QDXImportRecord& record, const application::AtomicEnd& end) {
   const bool expect_files = false;  // a definition without a file ends an import that is to be whole
   DoAfterCommit([&] { (void)TellRecord(session, record, expect_files); });
   TellNotDisposed(end.outcomes);
@@ -198,7 +198,8 @@ bool TellKept(Session& session, const QDXImportRecord& record, const AtomicEnd& 
 }
 
 // What was applied is told of no file, since nothing of it stays.
-bool TellDropped(Session& session, const QDXImportRecord& record, const AtomicEnd& end, bool expect_files) {
+bool TellDropped(Session& session, const QDXImportRecord& record, const application::AtomicEnd& end,
+                 bool expect_files) {
   for (const application::ImportNote& note : application::NotesOf(record)) {
     if (note.no_file && expect_files) session.TellStop({.words = note.text});
   }
@@ -286,7 +287,7 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   bool complete = false;
   if (atomic) {
     const bool whole = imported && !(options.expect_files && application::LacksFiles(record));
-    const AtomicEnd end = EndAtomic(*atomic, *book, recorder, whole);
+    const application::AtomicEnd end = application::EndAtomic(*atomic, *book, recorder, whole);
     done = end.kept;
     if (!done) application::KeepNone(balances);
     reports->End(balances, done);

@@ -239,7 +239,7 @@ ExitStatus RunTextImport(const TextImportOptions& options, const FileQuestion& q
   std::vector<application::FileBalance> balances = {application::BalanceOf(*file, tally, *book)};
   bool done = imported || tally.stored;
   if (atomic) {
-    const AtomicEnd end = EndAtomic(*atomic, *book, recorder, imported);
+    const application::AtomicEnd end = application::EndAtomic(*atomic, *book, recorder, imported);
     done = end.kept;
     if (done) {
       TellDone(*book, *file, tally, balances);
