@@ -32,10 +32,10 @@ class AtomicImport::Files : public FileLayer {
     FileDisposal disposal;
   };
 
-  Files(engine::Book& book, WholeFiles& below, preview::OverlayFileSystem::Refusal need_removable)
+  Files(engine::Book& book, WholeFiles& whole, FileSystem& below, preview::OverlayFileSystem::Refusal need_removable)
       : FileLayer(below),
         book_(book),
-        below_(below),
+        whole_(whole),
         entry_before_(book.LastEntry()),
         overlay_(below, std::move(need_removable)) {}
 
@@ -63,7 +63,7 @@ class AtomicImport::Files : public FileLayer {
   [[nodiscard]] std::vector<FoundFile> Find(const Text& pattern) override { return overlay_.Find(pattern); }
 
   void Delete(const Text& path) override {
-    if (below_.PlaceOf(path)) return Below().Delete(path);
+    if (whole_.PlaceOf(path)) return Below().Delete(path);
     const auto stamp = StampOfRead(path);
     overlay_.Delete(path);
     places_.erase(Absolute(path));
@@ -72,7 +72,7 @@ class AtomicImport::Files : public FileLayer {
   }
 
   void Rename(const Text& old_path, const Text& new_path) override {
-    if (below_.PlaceOf(old_path)) return Below().Rename(old_path, new_path);
+    if (whole_.PlaceOf(old_path)) return Below().Rename(old_path, new_path);
     const auto stamp = StampOfRead(old_path);
     const Text place = PlaceOf(old_path).value_or(Absolute(old_path));
     overlay_.Rename(old_path, new_path);
@@ -97,7 +97,7 @@ class AtomicImport::Files : public FileLayer {
   void Note(FileDisposal disposal) { noted_.push_back({EntryNow(), std::move(disposal)}); }
 
   engine::Book& book_;
-  WholeFiles& below_;
+  WholeFiles& whole_;
   Long entry_before_;
   preview::OverlayFileSystem overlay_;
   std::vector<Noted> noted_;
@@ -106,7 +106,10 @@ class AtomicImport::Files : public FileLayer {
 };
 
 AtomicImport::AtomicImport(engine::Book& book, WholeFiles& files, preview::OverlayFileSystem::Refusal need_removable)
-    : book_(book), below_(files), files_(std::make_unique<Files>(book, files, std::move(need_removable))) {
+    : book_(book),
+      below_(files),
+      before_(ThePlatform().files),
+      files_(std::make_unique<Files>(book, files, *before_, std::move(need_removable))) {
   book_.BeginWhole();
   ThePlatform().files = files_.get();
 }
@@ -120,7 +123,7 @@ AtomicImport::~AtomicImport() {
 }
 
 void AtomicImport::GiveFilesBack() {
-  if (IsPlatformInstalled() && ThePlatform().files == files_.get()) ThePlatform().files = &below_;
+  if (IsPlatformInstalled() && ThePlatform().files == files_.get()) ThePlatform().files = before_;
 }
 
 Text AtomicImport::PlaceOf(const Text& path) const {

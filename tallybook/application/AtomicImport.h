@@ -26,8 +26,8 @@ namespace tallybook::application {
 
 class AtomicImport {
  public:
-  // `files` are those of the installed platform, which has a layer over them from here to Keep or the end of this. All
-  // of it outlives this. `need_removable` as OverlayFileSystem takes it.
+  // `files` are those of the installed platform, or lie under its own, which have a layer over them from here to Keep,
+  // Drop or the end of this. All of it outlives this. `need_removable` as OverlayFileSystem takes it.
   AtomicImport(engine::Book& book, WholeFiles& files, preview::OverlayFileSystem::Refusal need_removable);
   // Drops what was not kept.
   ~AtomicImport();
@@ -52,6 +52,7 @@ class AtomicImport {
 
   engine::Book& book_;
   WholeFiles& below_;
+  FileSystem* before_;  // the platform's files, which are or lie over those below
   std::unique_ptr<Files> files_;
   bool open_ = true;
 };

@@ -5,6 +5,7 @@
 #include "platform/Platform.h"
 #include "support/Utility.h"
 #include "tallybook/application/AtomicImport.h"
+#include "tallybook/application/FileLayer.h"
 #include "tallybook/application/FileRemoval.h"
 #include "tallybook/engine/Journal.h"
 #include "tallybook/engine/JournalNotes.h"
@@ -216,6 +217,30 @@ TEST_F(AtomicImportTest, DisposesOfAFileThatHadNoFigures) {
   EXPECT_THAT(atomic->Keep(), SizeIs(1));
   EXPECT_FALSE(folder.Has("a.QDX"));
   EXPECT_THAT(engine::Journal(*book).Entries(), IsEmpty());
+}
+
+TEST_F(AtomicImportTest, LiesOverTheLayersThatLieOverTheFiles) {
+  class LookedAt : public FileLayer {
+   public:
+    using FileLayer::FileLayer;
+    [[nodiscard]] std::unique_ptr<OpenFile> Open(const Text& path, Access access, Sharing sharing,
+                                                 Creation creation) override {
+      ++opened;
+      return Below().Open(path, access, sharing, creation);
+    }
+    int opened = 0;
+  };
+  LookedAt layer(*files);
+  ThePlatform().files = &layer;
+  Begin();
+  ImportBoth();
+  EXPECT_EQ(ReadByThePlatform("b.XDQ"), "b.QDX");
+  EXPECT_EQ(layer.opened, 1);
+  EXPECT_THAT(atomic->Keep(), SizeIs(2));
+  EXPECT_EQ(ThePlatform().files, &layer);
+  EXPECT_FALSE(folder.Has("a.QDX"));
+  atomic.reset();
+  ThePlatform().files = &*files;
 }
 
 TEST_F(AtomicImportTest, LetsOutputsBeWrittenAtOnce) {
