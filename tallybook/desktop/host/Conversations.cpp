@@ -32,6 +32,7 @@
 #include "tallybook/desktop/host/DesktopApp.h"
 #include "tallybook/desktop/host/DesktopFactory.h"
 #include "tallybook/desktop/host/ExportOutputs.h"
+#include "tallybook/desktop/host/FilesLeftOpen.h"
 #include "tallybook/desktop/host/ImportWatch.h"
 #include "tallybook/desktop/host/LineEndQuestion.h"
 #include "tallybook/desktop/host/OpenBook.h"
@@ -157,6 +158,7 @@ class Conversations::Run {
   template <typename Converse>
   ConversationResult Do(Converse converse) {
     ConversationResult result;
+    const FilesLeftOpen files;
     try {
       if (!OpenBook()) return result;
       Prepare();

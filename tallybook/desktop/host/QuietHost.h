@@ -7,6 +7,7 @@
 #include "base/Types.h"
 #include "tallybook/application/ReferenceApp.h"
 #include "tallybook/application/ReferenceFactory.h"
+#include "tallybook/desktop/host/FilesLeftOpen.h"
 
 namespace tallybook::desktop {
 
@@ -24,6 +25,7 @@ class QuietHost {
   [[nodiscard]] Text Report() const { return report_.str(); }
 
  private:
+  FilesLeftOpen files_;
   application::ReferenceApp app_;
   std::ostringstream report_;
   application::ReferenceFactory factory_;

@@ -9,6 +9,7 @@
 
 #include "platform/MessageBoxes.h"
 #include "platform/Platform.h"
+#include "support/Utility.h"
 #include "tallybook/application/FileDisposals.h"
 #include "tallybook/desktop/forms/QtScreen.h"
 #include "tallybook/engine/JournalNotes.h"
@@ -271,6 +272,39 @@ TEST_F(ConversationsTest, ImportAllTakesTheFilesOfEveryDefinitionAndReportsThemT
   const ConversationResult result = conversations_.Definitions();
   EXPECT_TRUE(result.ChangedFigures());
   EXPECT_EQ(Stored(), expected);
+}
+
+TEST_F(ConversationsTest, AFileThatWasRefusedIsNotInUseBehindThePreviewOrTheConversation) {
+  folder_.Write("south-1.QDX", "no exchange file");
+  WriteDefinition(1, "South", "south-?.QDX");
+  const auto begin = [](const char* button) {
+    return [button](QWidget& window) { QTimer::singleShot(0, &window, [&window, button] { Click(button)(window); }); };
+  };
+  const auto open_now = [] {
+    int count = 0;
+    for (Integer number = 1; number <= OpenFilesTop(); ++number) count += OpenFileName(number).empty() ? 0 : 1;
+    return count;
+  };
+  int open_before = -1;
+  user_.Then(kList, begin("action1"))
+      .Then("Tallybook", Press(Qt::Key_Return))
+      .Then("Edit QDX Import Layout",
+            [&](QWidget& window) {
+              open_before = open_now();
+              begin("SaveButtons1Added")(window);
+            })
+      .Then("Tallybook", Press(Qt::Key_Return))
+      .Then("Preview", Press(Qt::Key_Escape))
+      .Then("Edit QDX Import Layout",
+            [&](QWidget& window) {
+              EXPECT_EQ(open_now(), open_before);
+              QTest::keyClick(window.focusWidget(), Qt::Key_Return);
+            })
+      .Then("Tallybook", Press(Qt::Key_Return))
+      .Then(kReport, [](QWidget& window) { window.close(); })
+      .Then(kList, Press(Qt::Key_Escape));
+  (void)conversations_.Definitions();
+  EXPECT_EQ(open_now(), 0);
 }
 
 TEST_F(ConversationsTest, AnOwnerThatIsMinimisedLetsTheConversationGoOn) {
