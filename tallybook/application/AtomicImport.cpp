@@ -130,6 +130,10 @@ Text AtomicImport::PlaceOf(const Text& path) const {
   return files_->PlaceOf(path).value_or(path);
 }
 
+bool AtomicImport::HasWork() const {
+  return files_->EntryNow() != 0 || !files_->All().empty();
+}
+
 void AtomicImport::Drop() {
   GiveFilesBack();
   if (std::exchange(open_, false)) book_.DropWhole();

@@ -37,6 +37,9 @@ class AtomicImport {
   // Where the bytes of a file are that the import knows by this path: elsewhere where it was renamed.
   [[nodiscard]] Text PlaceOf(const Text& path) const;
 
+  // Whether it has come to a figure, or to a file that is to be deleted or renamed.
+  [[nodiscard]] bool HasWork() const;
+
   // Stores it, then deletes and renames; gives what became of each file. What stays due is done when the book is opened
   // to be changed next.
   //   fails  as Book::KeepWhole; nothing of it is there then

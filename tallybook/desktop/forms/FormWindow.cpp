@@ -70,10 +70,10 @@ FormWindow::~FormWindow() {
 }
 
 void FormWindow::Add(FormAddition addition) {
+  before_shown_ = addition.before_shown;
   auto* const buttons = dynamic_cast<SaveButtonsBinder*>(made_->main);
   if (buttons == nullptr) return;
-  QPushButton* const added = buttons->Add(std::move(addition));
-  if (added != nullptr) made_->feet.back().push_back(added);
+  for (QPushButton* const added : buttons->Add(std::move(addition))) made_->feet.back().push_back(added);
 }
 
 void FormWindow::ListenTo(ControlBinder& binder) {
@@ -114,6 +114,11 @@ void FormWindow::FollowForm() {
   const QFont wanted = FontOf(form_.FontName(), form_.FontSize());
   if (form_.FontName().empty() && form_.FontSize() == 0) return;
   if (font().family() != wanted.family() || font().pointSizeF() != wanted.pointSizeF()) setFont(wanted);
+}
+
+void FormWindow::BeforeShown() {
+  if (before_shown_) before_shown_();
+  FitContents();
 }
 
 void FormWindow::FitContents() {

@@ -43,6 +43,8 @@ class FormWindow : public QWidget {
   [[nodiscard]] QWidget* WidgetOf(const Control& control) const;
   [[nodiscard]] ControlBinder* BinderOf(const Control& control) const;
 
+  // To be called before each time that it is shown. Fails as the application's part of it does (FormAddition).
+  void BeforeShown();
   // As large as its contents want to be, unless the user has chosen a size.
   void FitContents();
   // Shows what is not shown yet, before anything else happens.
@@ -84,6 +86,7 @@ class FormWindow : public QWidget {
   QTimer* timer_ = nullptr;
   QHash<const Timer*, qint64> ticked_;  // when each of the form's timers ticked last
   QElapsedTimer clock_;
+  std::function<void()> before_shown_;
   bool detached_ = false;
   bool was_shown_ = false;
   bool expects_activation_ = false;  // the one that showing brings

@@ -1,6 +1,7 @@
 #include "tallybook/desktop/forms/HostBinders.h"
 
 #include <QCalendarWidget>
+#include <QCheckBox>
 #include <QDate>
 #include <QDoubleSpinBox>
 #include <QHBoxLayout>
@@ -76,26 +77,47 @@ SaveButtonsBinder::SaveButtonsBinder(SaveButtons& buttons, QWidget& parent)
   QObject::connect(&cancel_, &QPushButton::clicked, &Receiver(), [this] { Press(true); });
 }
 
-QPushButton* SaveButtonsBinder::Add(FormAddition addition) {
+const std::vector<QPushButton*>& SaveButtonsBinder::Add(FormAddition addition) {
   addition_ = std::move(addition);
-  if (addition_.caption.isEmpty()) return nullptr;
-  added_ = new QPushButton(addition_.caption, &Widget());
-  added_->setObjectName(Widget().objectName() + QStringLiteral("Added"));
-  added_->setAccessibleName(SpokenName(FromQt(addition_.caption)));
-  added_->setAutoDefault(false);
-  constexpr int kBehindMain = 1;
-  static_cast<QHBoxLayout*>(Widget().layout())->insertWidget(kBehindMain, added_);
-  QObject::connect(added_, &QPushButton::clicked, &Receiver(), [this] { PressAdded(); });
+  auto& row = static_cast<QHBoxLayout&>(*Widget().layout());
+  for (std::size_t index = 0; index < addition_.buttons.size(); ++index) {
+    const QString& caption = addition_.buttons[index].caption;
+    auto* const button = new QPushButton(caption, &Widget());
+    const QString place = index == 0 ? QString() : QString::number(index + 1);
+    button->setObjectName(Widget().objectName() + QStringLiteral("Added") + place);
+    button->setAccessibleName(SpokenName(FromQt(caption)));
+    button->setAutoDefault(false);
+    row.insertWidget(row.indexOf(&cancel_), button);
+    QObject::connect(button, &QPushButton::clicked, &Receiver(), [this, index] { PressAdded(index); });
+    added_.push_back(button);
+  }
+  if (addition_.choice) AddSwitch(*addition_.choice);
   return added_;
 }
 
-std::vector<QPushButton*> SaveButtonsBinder::Row() const {
-  if (added_ == nullptr) return {&main_, &cancel_};
-  return {&main_, added_, &cancel_};
+void SaveButtonsBinder::AddSwitch(const AddedSwitch& choice) {
+  switch_ = new QCheckBox(choice.caption, &Widget());
+  switch_->setObjectName(Widget().objectName() + QStringLiteral("Switch"));
+  switch_->setAccessibleName(SpokenName(FromQt(choice.caption)));
+  switch_->setAccessibleDescription(choice.help);
+  switch_->setToolTip(choice.help);
+  switch_->setChecked(choice.is_on);
+  constexpr int kFirst = 0;
+  static_cast<QHBoxLayout&>(*Widget().layout()).insertWidget(kFirst, switch_);
+  QObject::connect(switch_, &QCheckBox::toggled, &Receiver(),
+                   [this](bool on) { User([turned = addition_.choice->turned, on] { turned(on); }); });
+}
+
+std::vector<QAbstractButton*> SaveButtonsBinder::Row() const {
+  std::vector<QAbstractButton*> row = {&main_};
+  row.insert(row.end(), added_.begin(), added_.end());
+  row.push_back(&cancel_);
+  if (switch_ != nullptr) row.push_back(switch_);
+  return row;
 }
 
 std::vector<QWidget*> SaveButtonsBinder::InputWidgets() const {
-  const std::vector<QPushButton*> row = Row();
+  const std::vector<QAbstractButton*> row = Row();
   return {row.begin(), row.end()};
 }
 
@@ -108,13 +130,13 @@ std::vector<QPushButton*> SaveButtonsBinder::FootButtons() const {
 }
 
 std::size_t SaveButtonsBinder::Place() const {
-  const std::vector<QPushButton*> row = Row();
+  const std::vector<QAbstractButton*> row = Row();
   const auto at = std::ranges::find(row, Widget().window()->focusWidget());
   return at == row.end() ? 0 : static_cast<std::size_t>(at - row.begin());
 }
 
 bool SaveButtonsBinder::Move(bool backwards) {
-  const std::vector<QPushButton*> row = Row();
+  const std::vector<QAbstractButton*> row = Row();
   const std::size_t place = Place();
   if (backwards ? place == 0 : place + 1 == row.size()) return false;
   row[backwards ? place - 1 : place + 1]->setFocus(Qt::TabFocusReason);
@@ -134,9 +156,10 @@ bool SaveButtonsBinder::TakeKey(const KeyPress& press) {
 }
 
 bool SaveButtonsBinder::TakeEnter() {
-  const QPushButton* const at = Row()[Place()];
-  if (at == added_ && added_ != nullptr) {
-    PressAdded();
+  const QAbstractButton* const at = Row()[Place()];
+  const auto added = std::ranges::find(added_, at);
+  if (added != added_.end()) {
+    PressAdded(static_cast<std::size_t>(added - added_.begin()));
   } else {
     Press(at == &cancel_);
   }
@@ -158,9 +181,9 @@ void SaveButtonsBinder::PressMain() {
   });
 }
 
-void SaveButtonsBinder::PressAdded() {
-  User([&buttons = buttons_, addition = addition_] {
-    if (addition.act() && (!addition.may_press || addition.may_press())) buttons.UserClick(SaveButtons::kMainButton);
+void SaveButtonsBinder::PressAdded(std::size_t index) {
+  User([&buttons = buttons_, act = addition_.buttons[index].act, may_press = addition_.may_press] {
+    if (act() && (!may_press || may_press())) buttons.UserClick(SaveButtons::kMainButton);
   });
 }
 

@@ -4,7 +4,9 @@
 #include "tallybook/desktop/forms/ControlBinder.h"
 #include "tallybook/desktop/forms/FormAddition.h"
 
+class QAbstractButton;
 class QCalendarWidget;
+class QCheckBox;
 class QDoubleSpinBox;
 
 namespace tallybook {
@@ -27,13 +29,14 @@ class NumberBoxBinder : public ControlBinder {
   QDoubleSpinBox& spin_;
 };
 
-// The pair of buttons at a dialog's foot, one control and one stop for the form; within it the Tab key goes from button
-// to button. The one that leaves says "Close" where there is nothing that it would lose.
+// The pair of buttons at a dialog's foot, one control and one stop for the form, with what the application adds; within
+// it the Tab key goes from button to button, and to the switch last. The one that leaves says "Close" where there is
+// nothing that it would lose.
 class SaveButtonsBinder : public ControlBinder {
  public:
   SaveButtonsBinder(SaveButtons& buttons, QWidget& parent);
-  // To be called before the window listens to the input widgets. Gives the button that was added; null for none.
-  QPushButton* Add(FormAddition addition);
+  // To be called before the window listens to the input widgets. Gives the buttons that were added.
+  const std::vector<QPushButton*>& Add(FormAddition addition);
   [[nodiscard]] bool DrawsCaption() const override { return true; }
   [[nodiscard]] std::vector<QWidget*> InputWidgets() const override;
   [[nodiscard]] QWidget& FocusWidget() const override;
@@ -49,17 +52,19 @@ class SaveButtonsBinder : public ControlBinder {
   [[nodiscard]] std::vector<QWidget*> NamedWidgets() const override { return {}; }
 
  private:
-  [[nodiscard]] std::vector<QPushButton*> Row() const;
+  [[nodiscard]] std::vector<QAbstractButton*> Row() const;
   // The place in the row of the one that has the focus; the first where none has.
   [[nodiscard]] std::size_t Place() const;
   bool Move(bool backwards);
   void PressMain();
-  void PressAdded();
+  void PressAdded(std::size_t index);
+  void AddSwitch(const AddedSwitch& choice);
 
   SaveButtons& buttons_;
   QPushButton& main_;
   QPushButton& cancel_;
-  QPushButton* added_ = nullptr;
+  std::vector<QPushButton*> added_;
+  QCheckBox* switch_ = nullptr;
   FormAddition addition_;
 };
 

@@ -107,7 +107,7 @@ void QtScreen::DestroyWindow(Long window) {
 void QtScreen::ShowWindow(Long window) {
   QWidget* const widget = WidgetOf(window);
   if (widget == nullptr) return;
-  if (FormWindow* const form = FormWindowOf(window)) form->FitContents();
+  if (FormWindow* const form = FormWindowOf(window)) form->BeforeShown();
   widget->show();
   ActivateWindow(window);
 }

@@ -29,6 +29,7 @@
 #include "tallybook/application/OutputRules.h"
 #include "tallybook/application/UndoWords.h"
 #include "tallybook/desktop/forms/QtScreen.h"
+#include "tallybook/desktop/host/AllOrNothing.h"
 #include "tallybook/desktop/host/DesktopApp.h"
 #include "tallybook/desktop/host/DesktopFactory.h"
 #include "tallybook/desktop/host/ExportOutputs.h"
@@ -53,6 +54,7 @@ constexpr const char* kFilePrompt = "frmImport";
 constexpr const char* kDelimitedPrompt = "frmDelimited";
 constexpr const char* kImportReport = "QDX Import Report";
 constexpr const char* kWordsOfCancel = "What was stored so far stays; the journal can take it back.";
+constexpr const char* kWordsOfCancelWhole = "Nothing of the import stays.";
 constexpr Integer kImportOne = 1;  // of the list's action buttons
 constexpr Integer kImportAll = 2;
 constexpr int kLookEvery = 100;  // at what is to be closed, in milliseconds
@@ -200,9 +202,13 @@ class Conversations::Run {
     watch_->BeginRun();
   }
   void ShowReport(report::Report report, report::Blocks head) {
-    if (watch_) watch_->EndRun();
     ReportSetting setting;
-    if (report.title == kImportReport && report_mark_) AddChanges(setting);
+    const std::vector<Text> told = watch_ ? watch_->EndRun() : std::vector<Text>();
+    if (report.title == kImportReport && report_mark_) AddChanges(setting, told);
+    if (report.title == kImportReport && watch_ && watch_->WasDropped()) {
+      report.blocks.emplace_back(report::Line());
+      report.blocks.emplace_back(report::Line{.text = application::NothingKeptLine()});
+    }
     auto* const window = new ReportWindow(std::move(report), std::move(head), std::move(setting), &state_.owner);
     window->show();
     window->raise();
@@ -227,6 +233,16 @@ class Conversations::Run {
       running = &run;
       run.RunAllDefinitions();
     });
+  }
+
+  // What the application adds to the list of definitions.
+  void AddTo(ListWindow& list) {
+    list.SetAddition(
+        "Preview ALL", [this] { return PreviewAll(); }, kImportAll);
+    list.SetSwitch({.caption = QString(AllOrNothing::kCaption).remove('&'),
+                    .help = AllOrNothing::kHelp,
+                    .is_on = [this] { return all_or_nothing_->IsWanted(); },
+                    .turned = [this](bool on) { WantAllOrNothing(on); }});
   }
 
   // The list waits for the user, and nothing stands over it.
@@ -273,19 +289,41 @@ class Conversations::Run {
   [[nodiscard]] FormAddition AdditionTo(const Form& form) {
     FormAddition addition;
     const FormInstances& forms = TheForms();
+    const auto offer = [&addition](std::function<bool()> preview) {
+      addition.buttons.push_back({.caption = "&Preview", .act = std::move(preview)});
+    };
     if (&form == forms.QDXImp.IfThere()) {
       addition.may_press = [this] { return watch_->MayImport(TheForms().QDXImp.IfThere()->Math()); };
-      addition.act = [this] { return PreviewDefinition(TheForms().QDXImp.IfThere()->Math()); };
+      offer([this] { return PreviewDefinition(TheForms().QDXImp.IfThere()->Math()); });
     } else if (&form == forms.Import.IfThere() &&
                list_ == nullptr) {  // the list asks with it for a new definition's file
       addition.may_press = [this] { return MayImportCsv(*TheForms().Import.IfThere()); };
-      addition.act = [this] { return PreviewCsv(TheForms().Import.IfThere()->NamedFile()); };
+      offer([this] { return PreviewCsv(TheForms().Import.IfThere()->NamedFile()); });
     } else if (&form == forms.Delimited.IfThere()) {
       addition.may_press = [this] { return MayImportDelimited(*TheForms().Delimited.IfThere()); };
-      addition.act = [this] { return PreviewDelimited(*TheForms().Delimited.IfThere()); };
+      offer([this] { return PreviewDelimited(*TheForms().Delimited.IfThere()); });
     }
-    if (addition.act) addition.caption = "&Preview";
+    if (addition.buttons.empty()) return addition;
+    addition.choice = {.caption = AllOrNothing::kCaption,
+                       .help = AllOrNothing::kHelp,
+                       .is_on = all_or_nothing_->IsWanted(),
+                       .turned = [this](bool on) { WantAllOrNothing(on); }};
+    addition.before_shown = [this] { watch_->EndRunAndTell(); };
     return addition;
+  }
+
+  void WantAllOrNothing(bool wanted) {
+    try {
+      all_or_nothing_->Want(wanted);
+    } catch (...) {
+      state_.Tell("The choice is not remembered: " + CurrentFailure().Description(), kExclamationIcon);
+    }
+    ShowWordsOfCancel();
+  }
+
+  void ShowWordsOfCancel() {
+    const bool is_whole = all_or_nothing_ && all_or_nothing_->IsWanted();
+    state_.means.platform.Progress().SetCancelWords(is_whole ? kWordsOfCancelWhole : kWordsOfCancel);
   }
 
   // --- Previews: each gives whether the user wants the import done
@@ -319,7 +357,9 @@ class Conversations::Run {
     progress.SetCancelWords("Nothing has been changed.");
     bool wants_import = false;
     try {
-      PreviewRun run({.platform = state_.means.platform, .app = state_.means.app, .rules = rules_}, *book_);
+      const bool is_whole = all_or_nothing_->IsWanted();
+      PreviewRun run(
+          {.platform = state_.means.platform, .app = state_.means.app, .rules = rules_, .is_whole = is_whole}, *book_);
       import(run);
       progress.Hide();
       QWidget* const modal = QApplication::activeModalWidget();
@@ -328,7 +368,7 @@ class Conversations::Run {
     } catch (...) {
       state_.Tell(CurrentFailure().Description(), kStopIcon);
     }
-    progress.SetCancelWords(kWordsOfCancel);
+    ShowWordsOfCancel();
     return wants_import;
   }
 
@@ -361,6 +401,8 @@ class Conversations::Run {
 
   void WatchImports() {
     QtPlatform& platform = state_.means.platform;
+    all_or_nothing_.emplace(AllOrNothing::Means{
+        .book = *book_, .files = platform.Files(), .rules = rules_, .factory = state_.means.factory});
     watch_.emplace(
         *book_, ImportWatch::Means{
                     .exchange = [this] { return state_.means.factory.Exchange(); },
@@ -370,10 +412,12 @@ class Conversations::Run {
                           return state_.Ask(question, style) == kYes;
                         },
                     .place_of = [&platform](const Text& path) { return platform.Files().PlaceOf(path).value_or(path); },
-                    .warn = [this](const Text& words) { state_.Tell(words, kExclamationIcon); }});
+                    .warn = [this](const Text& words) { state_.Tell(words, kExclamationIcon); },
+                    .begin_whole = [this] { return all_or_nothing_->Begin(); }});
     figures_first_.emplace(platform.Files(), *book_);
     state_.means.app.SetImportListener([this] { watch_->BeginFile(); });
-    state_.means.factory.SetExchangeListener([this] { watch_->EndRun(); });
+    state_.means.factory.SetExchangeListener([this] { watch_->EndRunAndTell(); });
+    state_.means.factory.SetPrinterListener([this] { watch_->EndRunAndTell(); });
     platform.Screen().SetAdditions([this](const Form& form) { return AdditionTo(form); });
   }
 
@@ -385,11 +429,13 @@ class Conversations::Run {
     (void)state_.means.app.Log().Take();
     platform.Boxes().Forget();
     platform.Progress().Forget();
-    platform.Progress().SetCancelWords(kind_ == Kind::kExport
-                                           ? "The file then holds only what was written so far, and you are told so."
-                                           : kWordsOfCancel);
-    if (kind_ == Kind::kExport) PrepareOutputs();
-    if (kind_ == Kind::kImport) WatchImports();
+    if (kind_ == Kind::kExport) {
+      platform.Progress().SetCancelWords("The file then holds only what was written so far, and you are told so.");
+      PrepareOutputs();
+    } else {
+      WatchImports();
+      ShowWordsOfCancel();
+    }
     // What waits to be told goes into the next box of the component, which has no room for it, or is told by itself.
     platform.Boxes().SetDetails([this] { return DetailsOfBox(); });
     platform.Boxes().SetBeforeBox([this] { BeforeBox(); });
@@ -406,8 +452,10 @@ class Conversations::Run {
     state_.tell.stop();
     state_.means.app.SetImportListener({});
     factory.SetExchangeListener({});
+    factory.SetPrinterListener({});
     platform.Screen().SetAdditions({});
     watch_.reset();
+    all_or_nothing_.reset();
     figures_first_.reset();
     state_.means.app.Log().SetListener({});
     platform.Boxes().SetDetails({});
@@ -487,10 +535,12 @@ class Conversations::Run {
     }
   }
 
-  void AddChanges(ReportSetting& setting) {
+  // `told` of an import that was to be whole.
+  void AddChanges(ReportSetting& setting, const std::vector<Text>& told) {
     const std::vector<engine::JournalEntry> entries = report_mark_->Since();
     for (const engine::JournalEntry& entry : entries) setting.changes.push_back(ChangeOf(entry));
-    if (entries.empty()) setting.changes.emplace_back("No figure was changed.");
+    if (entries.empty() && told.empty()) setting.changes.emplace_back("No figure was changed.");
+    setting.changes.insert(setting.changes.end(), told.begin(), told.end());
     for (const Text& left : watch_->LeftAlone()) setting.changes.push_back(left);
     const auto undoable = std::ranges::find_if(entries, CanBeUndone);
     if (undoable == entries.end()) return;
@@ -512,6 +562,7 @@ class Conversations::Run {
   const application::JournalMark* mark_ = nullptr;
   std::optional<application::JournalMark> report_mark_;
   std::optional<application::FiguresFirst> figures_first_;  // of a conversation that imports
+  std::optional<AllOrNothing> all_or_nothing_;              // of a conversation that imports
   std::optional<ImportWatch> watch_;                        // of a conversation that imports
   ListWindow* list_ = nullptr;
   LineEndQuestion* line_ends_ = nullptr;
@@ -625,8 +676,7 @@ ConversationResult Conversations::ShowDefinitions(Shown on_shown) {
     application::NeedReadableDefinitions(definitions);
     state_->means.factory.SetListListener([&](ListWindow& list) {
       run.SetList(&list);
-      list.SetAddition(
-          "Preview ALL", [&run] { return run.PreviewAll(); }, kImportAll);
+      run.AddTo(list);
       list.SetOnShown([&](ListWindow& shown) { on_shown(shown, definitions); });
     });
     const Integer ignored = 0;

@@ -23,11 +23,21 @@ class NoSequence : public PrintSequence {
   bool fixed_ = false;
 };
 
-// A window's printer that says when its report begins.
+// A window's printer that says when its report begins, and when it goes.
 class ListenedPrinter : public WindowPrinter {
  public:
-  ListenedPrinter(Display display, engine::ProgressDisplay* progress, std::function<void()> begun)
-      : WindowPrinter(std::move(display), progress), begun_(std::move(begun)) {}
+  ListenedPrinter(Display display, engine::ProgressDisplay* progress, std::function<void()> begun,
+                  std::function<void()> goes)
+      : WindowPrinter(std::move(display), progress), begun_(std::move(begun)), goes_(std::move(goes)) {}
+  ~ListenedPrinter() override {
+    try {
+      goes_();
+    } catch (...) {
+      KeepFailure(std::current_exception());
+    }
+  }
+  ListenedPrinter(const ListenedPrinter&) = delete;
+  ListenedPrinter& operator=(const ListenedPrinter&) = delete;
 
   bool BeginReport(Long owner, const Text& title) override {
     if (begun_) begun_();
@@ -36,6 +46,7 @@ class ListenedPrinter : public WindowPrinter {
 
  private:
   std::function<void()> begun_;
+  std::function<void()> goes_;
 };
 
 }  // namespace
@@ -65,9 +76,13 @@ std::unique_ptr<Printer> DesktopFactory::NewPrinter() {
   const auto display = [this](report::Report report, report::Blocks head) {
     if (display_) display_(std::move(report), std::move(head));
   };
-  return std::make_unique<ListenedPrinter>(display, &progress_, [this] {
+  const auto begun = [this] {
     if (report_listener_) report_listener_();
-  });
+  };
+  const auto goes = [this] {
+    if (printer_goes_) printer_goes_();
+  };
+  return std::make_unique<ListenedPrinter>(display, &progress_, begun, goes);
 }
 
 std::shared_ptr<DataExportObject> DesktopFactory::NewDataExportObject() {

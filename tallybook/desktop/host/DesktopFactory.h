@@ -22,6 +22,8 @@ class DesktopFactory : public application::ReferenceFactory {
   // Told of each list window that is made, before it is handed out, and of each printer whose report begins.
   void SetListListener(std::function<void(ListWindow&)> listener) { list_listener_ = std::move(listener); }
   void SetReportListener(std::function<void()> listener) { report_listener_ = std::move(listener); }
+  // Told when a printer goes, however its report has ended.
+  void SetPrinterListener(std::function<void()> when_it_goes) { printer_goes_ = std::move(when_it_goes); }
   // Makes another export library of the usual one: its tables go elsewhere. Empty for none.
   using TableWrapper = std::function<std::shared_ptr<DataExportObject>(std::shared_ptr<DataExportObject>)>;
   void SetTableWrapper(TableWrapper wrapper) { wrapper_ = std::move(wrapper); }
@@ -42,6 +44,7 @@ class DesktopFactory : public application::ReferenceFactory {
   WindowPrinter::Display display_;
   std::function<void(ListWindow&)> list_listener_;
   std::function<void()> report_listener_;
+  std::function<void()> printer_goes_;
   TableWrapper wrapper_;
   std::function<void()> before_exchange_goes_;
   std::vector<CDataExchange*> exchanges_;

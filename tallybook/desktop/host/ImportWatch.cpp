@@ -7,6 +7,7 @@
 #include "exchange/CDataExchange.h"
 #include "tallybook/application/DefinitionLook.h"
 #include "tallybook/application/ImportHistory.h"
+#include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/ImportWays.h"
 
 namespace tallybook::desktop {
@@ -23,10 +24,19 @@ application::EntryFacts WayOf(const CDataExchange& exchange, Integer definition,
 
 ImportWatch::ImportWatch(engine::Book& book, Means means) : book_(book), means_(std::move(means)) {}
 
-ImportWatch::~ImportWatch() = default;
+// Each goes with what lies over it: files that are hidden, files that are noted.
+ImportWatch::~ImportWatch() {
+  hidden_.reset();
+}
+
+// Of the book and of the import alike: a file that this has renamed already has its bytes where they were.
+Text ImportWatch::PlaceOf(const Text& path) const {
+  const Text known = atomic_ == nullptr ? path : atomic_->PlaceOf(path);
+  return means_.place_of ? means_.place_of(known) : known;
+}
 
 void ImportWatch::Forget() {
-  EndRun();
+  EndRunAndTell();
   left_.clear();
   told_.clear();
 }
@@ -68,10 +78,16 @@ void ImportWatch::LeaveKnownAlone() {
   }
 }
 
-void ImportWatch::BeginRun() {
-  EndRun();
-  is_text_ = false;
+void ImportWatch::BeginRecord() {
+  EndRunAndTell();
+  was_dropped_ = false;
+  if (means_.begin_whole) atomic_ = means_.begin_whole();
   recorder_ = std::make_unique<application::ImportRecorder>(book_);
+}
+
+void ImportWatch::BeginRun() {
+  BeginRecord();
+  is_text_ = false;
   const auto definition_at_work = [this] {
     const CDataExchange* const exchange = means_.exchange();
     return exchange == nullptr ? Integer{0} : exchange->FileNum();
@@ -94,9 +110,8 @@ bool ImportWatch::MayImport(const Text& file, const application::EntryFacts& way
 }
 
 void ImportWatch::BeginRun(const Text& file, const application::EntryFacts& way) {
-  EndRun();
+  BeginRecord();
   is_text_ = true;
-  recorder_ = std::make_unique<application::ImportRecorder>(book_);
   recorder_->BeginFile(file, PlaceOf(file), way);
 }
 
@@ -121,16 +136,46 @@ void ImportWatch::AddOutcomes(application::ImportRecorder& recorder) const {
   }
 }
 
-void ImportWatch::EndRun() {
+// A run that has done all that it was to do has no reason why it ended.
+bool ImportWatch::IsWhole() const {
+  const CDataExchange* const exchange = means_.exchange();
+  if (exchange == nullptr) return false;
+  if (!is_text_) return application::StopsOf(exchange->LastQDXImport()).empty();
+  const TextImportTally& tally = exchange->LastTextImport();
+  return tally.stored && !tally.stop;
+}
+
+std::vector<Text> ImportWatch::EndRun() {
   hidden_.reset();
-  if (recorder_ == nullptr) return;
-  const auto ended = std::move(recorder_);
+  if (recorder_ == nullptr) return {};
+  const auto recorder = std::move(recorder_);
+  const auto atomic = std::move(atomic_);
+  if (atomic != nullptr) return EndWhole(*atomic, *recorder);
   try {
-    AddOutcomes(*ended);
-    ended->Save();
+    AddOutcomes(*recorder);
+    recorder->Save();
   } catch (...) {
     means_.warn("The journal does not keep which files were read: " + CurrentFailure().Description());
   }
+  return {};
+}
+
+std::vector<Text> ImportWatch::EndWhole(application::AtomicImport& atomic, application::ImportRecorder& recorder) {
+  const bool had_work = atomic.HasWork();
+  AddOutcomes(recorder);
+  const application::AtomicEnd end = application::EndAtomic(atomic, book_, recorder, IsWhole());
+  was_dropped_ = !end.kept;
+  std::vector<Text> told;
+  for (const Text& text : application::NotDisposedTexts(end.outcomes)) told.push_back("It is done, but " + text + ".");
+  if (end.lost) told.push_back(end.lost->words + ".");
+  if (was_dropped_ && had_work) told.push_back(application::NothingKeptLine());
+  return told;
+}
+
+void ImportWatch::EndRunAndTell() {
+  Text words;
+  for (const Text& line : EndRun()) words += (words.empty() ? "" : "\r\n") + line;
+  if (!words.empty()) means_.warn(words);
 }
 
 }  // namespace tallybook::desktop

@@ -1,7 +1,7 @@
 // What the application does around the imports of a conversation: it asks about files that stand in the book's history,
-// keeps away those that are to be left alone, and puts into the journal which files were read and what came of them.
-// The rules are application/ImportHistory and application/ImportRecorder; this ties them to the component's own
-// dialogs.
+// keeps away those that are to be left alone, puts into the journal which files were read and what came of them, and
+// does an import wholly or not at all where that is wanted. The rules are application/ImportHistory, ImportRecorder and
+// AtomicImport; this ties them to the component's own dialogs.
 //
 // One thread. For one conversation over one book that is open to be changed.
 #pragma once
@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "base/Types.h"
+#include "tallybook/application/AtomicImport.h"
 #include "tallybook/application/EntryFacts.h"
 #include "tallybook/application/FilesLeftAlone.h"
 #include "tallybook/application/ImportRecorder.h"
@@ -38,6 +39,8 @@ class ImportWatch {
     std::function<Text(const Text& path)> place_of;
     // Tells that the journal does not keep a run's files, and why. The figures stand.
     std::function<void(const Text& words)> warn;
+    // Begins an import that is to be done wholly or not at all; gives nothing where none is wanted.
+    std::function<std::unique_ptr<application::AtomicImport>()> begin_whole;
   };
   ImportWatch(engine::Book& book, Means means);
   ~ImportWatch();
@@ -62,26 +65,36 @@ class ImportWatch {
   [[nodiscard]] bool MayImport(const Text& file, const application::EntryFacts& way);
   void BeginRun(const Text& file, const application::EntryFacts& way);
 
-  // The run is over: its entries get what came of it. Nothing where none has begun.
-  void EndRun();
+  // The run is over: its entries get what came of it, or where it was to be whole and is not, nothing of it stays.
+  // Gives what is to be told of a run that was to be whole, a line each. Nothing happens where none has begun.
+  [[nodiscard]] std::vector<Text> EndRun();
+  // The same, and warns of it.
+  void EndRunAndTell();
+  // The last run was to be whole, and nothing of it stays.
+  [[nodiscard]] bool WasDropped() const { return was_dropped_; }
   // The files that the next run is to leave alone.
   [[nodiscard]] const std::vector<application::FilesLeftAlone::OfDefinition>& Known() const { return left_; }
   // What is to be told of the files that the last run has left alone, a line each.
   [[nodiscard]] const std::vector<Text>& LeftAlone() const { return told_; }
 
  private:
-  [[nodiscard]] Text PlaceOf(const Text& path) const { return means_.place_of ? means_.place_of(path) : path; }
+  [[nodiscard]] Text PlaceOf(const Text& path) const;
+  void BeginRecord();
+  [[nodiscard]] bool IsWhole() const;
   void AddOutcomes(application::ImportRecorder& recorder) const;
+  [[nodiscard]] std::vector<Text> EndWhole(application::AtomicImport& atomic, application::ImportRecorder& recorder);
   void Forget();
   void Leave(Integer definition, const Text& file, const Text& told);
 
   engine::Book& book_;
   Means means_;
+  std::unique_ptr<application::AtomicImport> atomic_;  // of a run that is to be whole
   std::unique_ptr<application::ImportRecorder> recorder_;
   std::unique_ptr<application::FilesLeftAlone> hidden_;
   std::vector<application::FilesLeftAlone::OfDefinition> left_;
   std::vector<Text> told_;
   bool is_text_ = false;  // the run that has begun is of a text file
+  bool was_dropped_ = false;
 };
 
 }  // namespace tallybook::desktop

@@ -1,6 +1,7 @@
 #include "tallybook/desktop/host/ListWindow.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QCloseEvent>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -125,6 +126,23 @@ class ListWindow::Frame : public QWidget {
       actions_[i]->setVisible(!captions_[i].isEmpty());
     }
     added_->setText(WithMnemonic(added_caption_, taken));
+    switch_->setText(WithMnemonic(its_switch_.caption, taken));
+  }
+
+  void SetSwitch(ListWindow::Switch its) {
+    its_switch_ = std::move(its);
+    switch_->setText(its_switch_.caption);
+    switch_->setAccessibleName(its_switch_.caption);
+    switch_->setAccessibleDescription(its_switch_.help);
+    switch_->setToolTip(its_switch_.help);
+    switch_->setVisible(true);
+    ShowSwitch();
+    connect(switch_, &QCheckBox::clicked, this, [this](bool on) { its_switch_.turned(on); });
+  }
+
+  // It may have been turned in a dialog over the window.
+  void ShowSwitch() {
+    if (its_switch_.is_on) switch_->setChecked(its_switch_.is_on());
   }
 
   void SetAddition(const Text& caption, std::function<bool()> act, Integer action) {
@@ -290,6 +308,7 @@ class ListWindow::Frame : public QWidget {
     void Count(int change) {
       frame_.busy_ += change;
       frame_.setProperty("busy", frame_.busy_ > 0);
+      if (frame_.busy_ == 0) frame_.ShowSwitch();
     }
 
     Frame& frame_;
@@ -373,6 +392,9 @@ class ListWindow::Frame : public QWidget {
     for (QPushButton* const action : actions_) action->hide();
     added_ = MakeButton("", "added");
     added_->hide();
+    switch_ = new QCheckBox(this);
+    switch_->setObjectName("switch");
+    switch_->hide();
     close_ = MakeButton(tr("&Close"), "close");
   }
 
@@ -391,6 +413,7 @@ class ListWindow::Frame : public QWidget {
     buttons->addSpacing(4 * unit);
     for (QPushButton* const button : actions_) buttons->addWidget(button);
     buttons->addWidget(added_);
+    buttons->addWidget(switch_);
     buttons->addStretch(1);
     buttons->addWidget(close_);
     auto* const left = new QVBoxLayout;
@@ -574,10 +597,12 @@ class ListWindow::Frame : public QWidget {
   QPushButton* edit_ = nullptr;
   QPushButton* delete_ = nullptr;
   QPushButton* added_ = nullptr;
+  QCheckBox* switch_ = nullptr;
   QPushButton* close_ = nullptr;
   std::array<QPushButton*, kActionButtons> actions_{};
   std::array<QString, kActionButtons> captions_;
   QString added_caption_;
+  ListWindow::Switch its_switch_;
   QTimer poll_;
   QTimer show_rows_;
   QTimer forget_typed_;
@@ -692,6 +717,10 @@ void ListWindow::SetOnShown(std::function<void(ListWindow&)> act) {
 
 void ListWindow::SetAddition(const Text& caption, std::function<bool()> act, Integer action) {
   frame_->SetAddition(caption, std::move(act), action);
+}
+
+void ListWindow::SetSwitch(Switch its) {
+  frame_->SetSwitch(std::move(its));
 }
 
 void ListWindow::Point(const std::vector<Text>& keys, const Text& note) {

@@ -12,6 +12,7 @@
 // One thread. Events arrive within Show, which runs a loop of its own; the window that owns it stays usable.
 #pragma once
 
+#include <QString>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -65,6 +66,16 @@ class ListWindow : public EdtForm {
   // A button of the application's own below those of the component. While `act` is done the window is busy; where it
   // gives true the component's action button of this number is pressed behind it.
   void SetAddition(const Text& caption, std::function<bool()> act, Integer action);
+
+  // A switch of the application's own below them.
+  struct Switch {
+    QString caption;  // without a mnemonic
+    QString help;     // a sentence
+    // Asked whenever the window has been answered: it may be turned elsewhere, too.
+    std::function<bool()> is_on;
+    std::function<void(bool on)> turned;
+  };
+  void SetSwitch(Switch its);
 
   // What happens as soon as the window stands there: an act as of the user. Set before Show; empty for none.
   void SetOnShown(std::function<void(ListWindow&)> act);

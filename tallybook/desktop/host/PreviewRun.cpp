@@ -57,7 +57,7 @@ void PreviewRun::RunBatch(const Text& type, std::size_t definitions) {
   const Long no_window = 0;
   const bool imported = exchange_.ImportQDXFileEX(no_window, overlay_.Book(), type);
   const QDXImportRecord& record = exchange_.LastQDXImport();
-  outcome_.done = imported || application::IsStored(record, definitions);
+  outcome_.done = imported || (!means_.is_whole && application::IsStored(record, definitions));
   End();
   outcome_.imports = application::ImportsOf(record, overlay_);
   for (const application::ImportNote& note : application::NotesOf(record)) notes_.push_back(note.text);
@@ -84,7 +84,7 @@ void PreviewRun::RunDelimited(const Text& file, const application::DelimitedWay&
 
 void PreviewRun::EndText(const Text& file, bool imported) {
   const TextImportTally& tally = exchange_.LastTextImport();
-  outcome_.done = imported || tally.stored;
+  outcome_.done = imported || (!means_.is_whole && tally.stored);
   End();
   outcome_.imports = {application::ImportOf(file, tally, overlay_)};
   if (tally.stop) notes_.push_back(application::StopText(*tally.stop));

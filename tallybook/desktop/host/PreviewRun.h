@@ -27,6 +27,7 @@ class PreviewRun {
     QtPlatform& platform;
     DesktopApp& app;
     const application::OutputRules& rules;  // of what an import must not take the name away from
+    bool is_whole = false;                  // the import is to be done wholly or not at all
   };
   // All of it outlives this, and the book is not written meanwhile.
   PreviewRun(const Means& means, engine::Book& book);
@@ -42,6 +43,7 @@ class PreviewRun {
 
   // The number of the definition that is at work; 0 where none is.
   [[nodiscard]] Integer DefinitionAtWork() const;
+  [[nodiscard]] bool IsWhole() const { return means_.is_whole; }
 
   // What it came to.
   [[nodiscard]] preview::ImportPreview& Seen() { return overlay_; }

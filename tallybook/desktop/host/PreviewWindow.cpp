@@ -43,8 +43,12 @@ QWidget* Page(std::initializer_list<QWidget*> parts) {
 PreviewWindow::PreviewWindow(PreviewRun& run, const engine::Book& book, QWidget* owner) : QDialog(owner), book_(book) {
   setWindowTitle("Preview");
   const bool is_done = run.Outcome().done;
-  QString said =
-      is_done ? "Nothing has been changed. " : "Nothing has been changed, and the import would not be done. ";
+  is_dropped_ = !is_done && run.IsWhole();
+  QString said = is_done ? "Nothing has been changed. "
+                 : is_dropped_
+                     ? "Nothing has been changed, and the import would not be done: nothing of it would stay, and no "
+                       "file would be deleted or renamed. Until then it would have come to this: "
+                     : "Nothing has been changed, and the import would not be done. ";
   said += ShownLine(application::PreviewSummary(run.Seen()));
   for (const Text& note : run.Notes()) said += "\n" + ShownLine(note);
   QLabel* const summary = NewPlain(said);
@@ -129,7 +133,8 @@ QWidget* PreviewWindow::NewFiles(PreviewRun& run) {
   files->setObjectName("files");
   files->SetColumns({"File", "Becomes", "Figures", "Records", "Unchanged", "Reason"}, {kFigures, kChanged, kSame});
   for (const application::PreviewedImport& import : run.Outcome().imports) {
-    const Text fate = import.imported ? application::FateText(import.fate) : "not imported";
+    const bool is_imported = import.imported && !is_dropped_;
+    const Text fate = is_imported ? application::FateText(import.fate) : "not imported";
     files->AddRow({ShownLine(import.file), ShownLine(fate), CountOf(import.figures), CountOf(import.records.changed),
                    CountOf(import.records.same), ShownLine(import.reason)});
   }

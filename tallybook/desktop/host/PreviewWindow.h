@@ -28,6 +28,7 @@ class PreviewWindow final : public QDialog {
   void AddDays(PreviewRun& run, QTabWidget& pages);
 
   const engine::Book& book_;
+  bool is_dropped_ = false;  // the import would fail, and nothing of it would stay
   FigureListPane* changes_ = nullptr;
 };
 

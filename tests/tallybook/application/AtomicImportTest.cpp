@@ -84,7 +84,9 @@ class AtomicImportTest : public testing::BookFixture {
 
 TEST_F(AtomicImportTest, SeesFilesAsGoneThatAreStillThere) {
   Begin();
+  EXPECT_FALSE(atomic->HasWork());
   ImportBoth();
+  EXPECT_TRUE(atomic->HasWork());
   EXPECT_THAT(Found("*.QDX"), IsEmpty());
   EXPECT_THAT(Found("*.XDQ"), ElementsAre("b.XDQ"));
   EXPECT_FALSE(FileExists(At("a.QDX")));

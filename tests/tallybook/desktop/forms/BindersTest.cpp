@@ -298,11 +298,21 @@ class AddedButtonTest : public ButtonsTest {
         told_.emplace_back("may it?");
         return may_;
       };
-      addition.caption = "Pre&view";
-      addition.act = [this] {
-        told_.emplace_back("view");
-        return goes_on_;
-      };
+      addition.buttons = {{.caption = "Pre&view",
+                           .act =
+                               [this] {
+                                 told_.emplace_back("view");
+                                 return goes_on_;
+                               }},
+                          {.caption = "Chec&k", .act = [this] {
+                             told_.emplace_back("check");
+                             return false;
+                           }}};
+      addition.choice = {
+          .caption = "&Whole", .help = "All of it or nothing.", .is_on = true, .turned = [this](bool on) {
+            told_.emplace_back(on ? "whole" : "in part");
+          }};
+      addition.before_shown = [this] { ++shown_; };
       return addition;
     });
     Show(form_);
@@ -310,6 +320,7 @@ class AddedButtonTest : public ButtonsTest {
 
   bool may_ = true;
   bool goes_on_ = false;
+  int shown_ = 0;
 };
 
 TEST_F(AddedButtonTest, ItsButtonPressesTheMainOneWhereWhatItDoesWantsThat) {
@@ -338,15 +349,45 @@ TEST_F(AddedButtonTest, ItsButtonStandsBetweenTheTwoAndIsReachedByEveryKey) {
   EXPECT_TRUE(save_.HasFocus());
   Press(Qt::Key_Return);
   EXPECT_THAT(told_, ElementsAre("view"));
-  Press(Qt::Key_Right);
+  for (int times = 0; times < 2; ++times) Press(Qt::Key_Right);
   Press(Qt::Key_Return);
-  Press(Qt::Key_Left);
+  for (int times = 0; times < 2; ++times) Press(Qt::Key_Left);
   Press(Qt::Key_Space);
   EXPECT_THAT(told_, ElementsAre("view", "save 0", "view"));
   Press(Qt::Key_V, Qt::AltModifier);
   EXPECT_TRUE(RunUntil([&] { return told_.size() == 4; }, 1000));
   EXPECT_EQ(told_.back(), "view");
   EXPECT_THAT(FaultsOf(WindowOf(form_)), IsEmpty());
+}
+
+TEST_F(AddedButtonTest, ASecondButtonDoesItsOwn) {
+  QTest::mouseClick(WindowOf(form_).findChild<QPushButton*>("SaveButtons1Added2"), Qt::LeftButton);
+  EXPECT_THAT(told_, ElementsAre("check"));
+}
+
+TEST_F(AddedButtonTest, ItsSwitchIsTurnedByEveryKeyAndPressesNothing) {
+  auto* const whole = WindowOf(form_).findChild<QCheckBox*>("SaveButtons1Switch");
+  EXPECT_TRUE(whole->isChecked());
+  EXPECT_EQ(whole->accessibleDescription(), "All of it or nothing.");
+  save_.SetFocus();
+  for (int times = 0; times < 4; ++times) Press(Qt::Key_Tab);
+  EXPECT_EQ(QApplication::focusWidget(), whole);
+  Press(Qt::Key_Space);
+  EXPECT_THAT(told_, ElementsAre("in part"));
+  text_.SetFocus();
+  Press(Qt::Key_W, Qt::AltModifier);
+  EXPECT_TRUE(RunUntil([&] { return told_.size() == 2; }, 1000));
+  EXPECT_EQ(told_.back(), "whole");
+  whole->setFocus();
+  Press(Qt::Key_Return);
+  EXPECT_EQ(told_.back(), "save 1");
+}
+
+TEST_F(AddedButtonTest, IsToldEachTimeTheWindowIsShown) {
+  EXPECT_EQ(shown_, 1);
+  form_.Hide();
+  form_.Show();
+  EXPECT_EQ(shown_, 2);
 }
 
 // --- Lists -----------------------------------------------------------------------------------------------------------
