@@ -662,11 +662,9 @@ void FigureStore::CheckCanRestore(Long entry, const EntryRows& rows) const {
     refuse("account number " + std::to_string(AccountOf(rows.key)) + ", whose figures it changed, has been removed");
   }
   const std::size_t first = std::size_t{ChunkNumberOf(rows.key)} * shape_.rows;
-  for (std::size_t row = 0; row < rows.rows.size() * 8; ++row) {
-    if (HasBit(rows.rows, row) && first + row >= date_of_record_.size()) {
-      refuse("the years that it changed have been taken away");
-    }
-  }
+  ForEachBit(rows.rows, [&](std::size_t row) {
+    if (first + row >= date_of_record_.size()) refuse("the years that it changed have been taken away");
+  });
 }
 
 void FigureStore::Restore(const EntryRows& rows, FigureUndo& figures, JournalRow& undo, AccountSums& sums) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <functional>
+#include <numeric>
 #include <string>
 
 #include "base/Dates.h"
@@ -47,28 +49,31 @@ RowBits FigureUndo::Apply(const EntryRows& rows, ChunkRows& now) {
   const ChunkShape& shape = means_.images.Shape();
   RowBits changed = NoRowBits(shape.rows);
   std::vector<Double> becomes(shape.fields);
-  for (std::size_t row = 0; row < shape.rows; ++row) {
-    if (!HasBit(rows.rows, row)) continue;
-    const Double* before = FiguresOf(rows.before, row);
+  ForEachBit(rows.rows, [&](std::size_t row) {
     const Double* stands = FiguresOf(now, row);
-    const LeftRow left = LeftIn(row, stands);
-    const bool nothing_came_since = left.known && left.figures == stands;
-    if (nothing_came_since) {
-      std::copy_n(before, shape.fields, becomes.begin());
-    } else {
-      for (std::size_t slot = 0; slot < shape.fields; ++slot) {
-        becomes[slot] = Decide(row, slot, before[slot],
-                               left.known ? std::optional<Double>(left.figures[slot]) : std::nullopt, stands[slot]);
-      }
-    }
-    long long differ = 0;
-    for (std::size_t slot = 0; slot < shape.fields; ++slot) differ += becomes[slot] != stands[slot] ? 1 : 0;
-    if (differ == 0) continue;
+    PutBack(row, FiguresOf(rows.before, row), stands, becomes);
+    const auto differ =
+        std::transform_reduce(becomes.begin(), becomes.end(), stands, 0LL, std::plus(), std::not_equal_to());
+    if (differ == 0) return;
     outcome_.figures += differ;
     SetBit(changed, row);
     std::ranges::copy(becomes, now.Hold(row, shape));
-  }
+  });
   return changed;
+}
+
+// What a row becomes.
+void FigureUndo::PutBack(std::size_t row, const Double* before, const Double* stands, std::span<Double> becomes) {
+  const LeftRow left = LeftIn(row, stands);
+  const bool nothing_came_since = left.known && left.figures == stands;
+  if (nothing_came_since) {
+    std::copy_n(before, becomes.size(), becomes.begin());
+    return;
+  }
+  for (std::size_t slot = 0; slot < becomes.size(); ++slot) {
+    becomes[slot] = Decide(row, slot, before[slot],
+                           left.known ? std::optional<Double>(left.figures[slot]) : std::nullopt, stands[slot]);
+  }
 }
 
 void FigureUndo::LoadLater(std::int64_t key) {

@@ -56,6 +56,7 @@ class FigureUndo {
   };
 
   void LoadLater(std::int64_t key);
+  void PutBack(std::size_t row, const Double* before, const Double* stands, std::span<Double> becomes);
   [[nodiscard]] LeftRow LeftIn(std::size_t row, const Double* stands) const;
   [[nodiscard]] const Double* FiguresOf(const ChunkRows& rows, std::size_t row) const;
   [[nodiscard]] Double Decide(std::size_t row, std::size_t slot, Double before, std::optional<Double> left, Double now);

@@ -78,7 +78,9 @@ struct JournalTables::Statements {
         update_entry(database,
                      "UPDATE journal SET state = ?2, images = ?3, chunks = ?4, marks = ?5, marks_sum = ?6, "
                      "checksum = ?7, notes = ?8, notes_sum = ?9 WHERE id = ?1"),
-        copy_image(database, "INSERT INTO image (figures) SELECT figures FROM chunk WHERE id = ?1"),
+        // Fails as any insert does, but says that it can: SQLite would set a page aside in a temporary file for each
+        // image otherwise, to take back what it has done of the statement.
+        copy_image(database, "INSERT OR FAIL INTO image (figures) SELECT figures FROM chunk WHERE id = ?1"),
         read_image(database, "SELECT figures FROM image WHERE id = ?1"),
         find_mark(database, "SELECT rows, image FROM journal_chunk WHERE entry = ?1 AND key = ?2"),
         insert_mark(database, "INSERT INTO journal_chunk (entry, key, rows, image) VALUES (?1, ?2, ?3, ?4)"),

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <span>
 #include <vector>
@@ -21,6 +22,15 @@ inline void SetBit(RowBits& bits, std::size_t row) {
 }
 [[nodiscard]] inline bool HasAnyBit(std::span<const std::byte> bits) {
   return std::ranges::any_of(bits, [](std::byte byte) { return byte != std::byte{0}; });
+}
+// Calls `visit(row)` for each row with a bit, first to last.
+template <typename Visit>
+void ForEachBit(std::span<const std::byte> bits, Visit visit) {
+  for (std::size_t index = 0; index < bits.size(); ++index) {
+    for (auto left = std::to_integer<unsigned>(bits[index]); left != 0; left &= left - 1) {
+      visit(index * 8 + static_cast<std::size_t>(std::countr_zero(left)));
+    }
+  }
 }
 // Whether both have some bit.
 [[nodiscard]] inline bool ShareBits(std::span<const std::byte> one, std::span<const std::byte> other) {
