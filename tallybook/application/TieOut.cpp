@@ -29,15 +29,14 @@ Integer MathOf(const Text& word) {
   return word == MathWord(kTieOutSubtracts) ? kTieOutSubtracts : kTieOutReplaces;
 }
 
-void AddTo(TieOutTotal& total, const TieOutFigure& figure, bool differs) {
-  ++total.figures;
-  if (!figure.expected) {
-    ++total.untold;
-    return;
-  }
-  if (differs) ++total.differ;
-  total.expected += *figure.expected;
-  total.stands += figure.stands;
+// That has no figures yet.
+TieOutTotal TotalOf(const TieOutFigure& figure) {
+  TieOutTotal total;
+  total.account_position = figure.account_position;
+  total.account_number = figure.account_number;
+  total.field_position = figure.field_position;
+  total.field_number = figure.field_number;
+  return total;
 }
 
 void AddTo(TieOutTotal& total, const TieOutTotal& of_account) {
@@ -84,9 +83,11 @@ class OpenReport {
 class TieOut::JournalBaseline : public preview::FigureBaseline {
  public:
   JournalBaseline(engine::Book& book, const engine::JournalEntry& entry) : before_(book, entry) {}
-  [[nodiscard]] bool Select(Long account_number, Date date) override { return before_.Select(account_number, date); }
-  [[nodiscard]] Double Before(Integer field_number) override {
-    return before_.Of(field_number).value_or(preview::kUnwritten);
+  [[nodiscard]] std::optional<std::size_t> PlaceOf(Integer field_number) const override {
+    return before_.PlaceOf(field_number);
+  }
+  [[nodiscard]] const Double* Select(Long account_number, Date date) override {
+    return before_.Select(account_number, date);
   }
 
  private:
@@ -187,16 +188,25 @@ bool TieOut::Compare() {
 void TieOut::TakeRecord(std::span<const TieOutFigure> figures) {
   if (figures.front().account_position != account_position_) EndAccount();
   account_position_ = figures.front().account_position;
+  const auto last_position = static_cast<std::size_t>(figures.back().field_position);
+  if (last_position >= of_account_.size()) of_account_.resize(last_position + 1);
   for (const TieOutFigure& figure : figures) Take(figure);
 }
 
 void TieOut::Take(const TieOutFigure& figure) {
-  const bool differs = figure.expected && Differ(*figure.expected, figure.stands);
-  TieOutTotal& total = TotalAt(of_account_, figure.field_position, figure.field_number);
-  total.account_position = figure.account_position;
-  total.account_number = figure.account_number;
-  AddTo(total, figure, differs);
-  if (differs || !figure.expected) kept_.Add(figure);
+  TieOutTotal& total = of_account_[static_cast<std::size_t>(figure.field_position)];
+  if (total.figures == 0) total = TotalOf(figure);
+  ++total.figures;
+  if (!figure.expected) {
+    ++total.untold;
+    kept_.Add(figure);
+    return;
+  }
+  total.expected += *figure.expected;
+  total.stands += figure.stands;
+  if (!Differ(*figure.expected, figure.stands)) return;
+  ++total.differ;
+  kept_.Add(figure);
 }
 
 // Its totals go into those of all accounts.

@@ -74,7 +74,7 @@ class TieOut {
     Printer& report;                                      // a new one; gets what an import would tell
     std::function<Text(const Text& path)> place_of = {};  // where the bytes of a file are; empty: at its path
     std::function<bool()> cancelled = {};                 // asked now and then; empty: never
-    std::size_t cache_bytes = std::size_t{96} << 20;      // of figures
+    std::size_t cache_bytes = std::size_t{128} << 20;     // of figures
   };
 
   struct Request {

@@ -110,7 +110,7 @@ std::unique_ptr<engine::Book> Session::OpenToRead(const Text& path) {
 }
 
 std::unique_ptr<engine::Book> Session::OpenToPreview(const Text& path) {
-  constexpr std::size_t kMostCacheBytes = std::size_t{48} << 20;
+  constexpr std::size_t kMostCacheBytes = std::size_t{16} << 20;
   engine::BookOptions options = OptionsToRead();
   options.cache_bytes = std::min(options.cache_bytes, kMostCacheBytes);
   return Open(path, options);

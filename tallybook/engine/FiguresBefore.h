@@ -1,6 +1,7 @@
 // What an entry of the journal found: any figure of the records that it wrote, as it was before. One thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -18,17 +19,12 @@ class FiguresBefore {
   // Works on an open book, which must outlive it and not be changed meanwhile.
   FiguresBefore(Book& book, const JournalEntry& entry);
 
-  // Turns to a record. False where of none of its figures can be told what it was: the entry kept no figures or did not
-  // write the record, it is of the first format, or the book has no such date. Quick where one asks for the records of
-  // an account one after another. Failure 57 where the image is damaged.
-  [[nodiscard]] bool Select(Long account_number, Date date);
-  // A figure of that record; nothing where Select gave false, and for a field that the book does not have.
-  [[nodiscard]] std::optional<Double> Of(Integer field_number) const {
-    // A negative number wraps to one that no table reaches.
-    const auto number = static_cast<std::uint16_t>(field_number);
-    if (!is_told_ || number >= place_of_field_.size() || place_of_field_[number] == 0) return std::nullopt;
-    return row_ == nullptr ? 0 : row_[place_of_field_[number] - 1];
-  }
+  // The figures of a record, until the next call; null where of none of them can be told what it was: the entry kept no
+  // figures or did not write the record, it is of the first format, or the book has no such date. Quick where one asks
+  // for the records of an account one after another. Failure 57 where the image is damaged.
+  [[nodiscard]] const Double* Select(Long account_number, Date date);
+  // Where among a record's figures that of a field is, counted from 0; nothing for a field that the book does not have.
+  [[nodiscard]] std::optional<std::size_t> PlaceOf(Integer field_number) const;
 
  private:
   Book& book_;
@@ -38,8 +34,7 @@ class FiguresBefore {
   bool keeps_ = false;
   std::int64_t key_ = -1;           // of the chunk that was asked for last
   std::optional<EntryRows> chunk_;  // what the entry wrote of it
-  bool is_told_ = false;            // of the record turned to
-  const Double* row_ = nullptr;     // its figures; null: zeros
+  std::vector<Double> zeros_;       // of a record that was not there
 };
 
 }  // namespace tallybook::engine

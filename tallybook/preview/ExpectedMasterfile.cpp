@@ -36,16 +36,23 @@ void ExpectedMasterfile::BeginFile(FigureBaseline* before) {
   DropCurrent();
   ++files_;
   before_ = before;
+  for (Column& column : columns_) column.before = PlaceBefore(column.field_number);
+}
+
+std::optional<std::size_t> ExpectedMasterfile::PlaceBefore(Integer field_number) const {
+  return before_ == nullptr ? std::nullopt : before_->PlaceOf(field_number);
 }
 
 // --- Records ---------------------------------------------------------------------------------------------------------
 
 void ExpectedMasterfile::DropCurrent() {
-  for (const std::uint16_t column : touched_columns_) {
-    columns_[column].unwritten = kUnwritten;
-    columns_[column].untold = false;
+  for (std::size_t index = 0; index < touched_; ++index) {
+    Column& column = columns_[touched_columns_[index]];
+    column.unwritten = kUnwritten;
+    column.untold = false;
+    column.touched = false;
   }
-  touched_columns_.clear();
+  touched_ = 0;
   current_ = false;
 }
 
@@ -74,7 +81,8 @@ std::size_t ExpectedMasterfile::NewColumn(Integer field_number) const {
     throw Failure(FailureNumber::kInvalidArgument,
                   "The database has no field of number " + std::to_string(field_number), kExpectedSource);
   }
-  columns_.push_back({.field_position = position, .field_number = field_number});
+  columns_.push_back({.field_position = position, .field_number = field_number, .before = PlaceBefore(field_number)});
+  touched_columns_.resize(columns_.size());
   const auto number = static_cast<std::size_t>(field_number);
   if (number >= column_of_field_.size()) column_of_field_.resize(number + 1);
   column_of_field_[number] = static_cast<std::uint16_t>(columns_.size());
@@ -85,7 +93,7 @@ std::size_t ExpectedMasterfile::NewColumn(Integer field_number) const {
 Double ExpectedMasterfile::Stands(std::size_t column) const {
   const Double now = figures_.Now(column);
   if (!IsUnwritten(now) && IsOfThisFile(column)) return now;
-  return before_ == nullptr ? 0 : StoodBefore(columns_[column].field_number);
+  return before_ == nullptr ? 0 : StoodBefore(columns_[column]);
 }
 
 bool ExpectedMasterfile::IsOfThisFile(std::size_t column) const {
@@ -93,10 +101,9 @@ bool ExpectedMasterfile::IsOfThisFile(std::size_t column) const {
   return files_ < 2 || (files != 0 && figures_.Now(files) == static_cast<Double>(files_ - 1));
 }
 
-Double ExpectedMasterfile::StoodBefore(Integer field_number) const {
-  if (!std::exchange(asked_before_, true)) before_tells_ = before_->Select(account_number_, date_);
-  const Double before = before_tells_ ? before_->Before(field_number) : kUnwritten;
-  return IsUnwritten(before) ? kUntold : before;
+Double ExpectedMasterfile::StoodBefore(const Column& column) const {
+  if (!std::exchange(asked_before_, true)) figures_before_ = before_->Select(account_number_, date_);
+  return figures_before_ != nullptr && column.before ? figures_before_[*column.before] : kUntold;
 }
 
 Double ExpectedMasterfile::FieldValue(Integer field_number) const {
@@ -106,35 +113,39 @@ Double ExpectedMasterfile::FieldValue(Integer field_number) const {
   const Double stands = Stands(column);
   asked.untold = stands == kUntold;
   if (!asked.untold) return stands;
-  touched_columns_.push_back(static_cast<std::uint16_t>(column));
+  NoteTouched(column);
   return 0;
 }
 
 void ExpectedMasterfile::SetFieldValue(Integer field_number, Double value) {
   const std::size_t column = ColumnOf(field_number);
-  if (!std::isfinite(value)) {
-    throw Failure(FailureNumber::kOverflow,
-                  std::to_string(value) + " is no figure for field " + std::to_string(field_number), kExpectedSource);
-  }
+  if (!std::isfinite(value)) RefuseFigure(field_number, value);
   Column& set = columns_[column];
-  if (IsUnwritten(set.unwritten)) touched_columns_.push_back(static_cast<std::uint16_t>(column));
+  NoteTouched(column);
   // Adding zero takes the sign from a negative zero, which is no figure of its own.
   set.unwritten = set.untold ? kUntold : value + 0.0;
 }
 
+void ExpectedMasterfile::RefuseFigure(Integer field_number, Double value) {
+  throw Failure(FailureNumber::kOverflow,
+                std::to_string(value) + " is no figure for field " + std::to_string(field_number), kExpectedSource);
+}
+
 bool ExpectedMasterfile::WriteRecord() {
   if (!current_) return false;
-  const auto is_set = [&](std::uint16_t column) { return !IsUnwritten(columns_[column].unwritten); };
-  if (std::ranges::any_of(touched_columns_, is_set)) figures_.Touch();
+  bool any_is_set = false;
   std::size_t untold = 0;
-  for (const std::uint16_t column : touched_columns_) {
+  for (std::size_t index = 0; index < touched_; ++index) {
+    const std::uint16_t column = touched_columns_[index];
     const Double figure = std::exchange(columns_[column].unwritten, kUnwritten);
+    columns_[column].touched = columns_[column].untold;
     if (columns_[column].untold) touched_columns_[untold++] = column;
     if (IsUnwritten(figure)) continue;
+    if (!std::exchange(any_is_set, true)) figures_.Touch();
     figures_.Put(column, figure);
     if (files_ > 1) figures_.Put(FilesOf(column), static_cast<Double>(files_ - 1));
   }
-  touched_columns_.resize(untold);
+  touched_ = untold;
   return true;
 }
 
@@ -150,45 +161,47 @@ std::size_t ExpectedMasterfile::FilesOf(std::size_t column) {
 
 void ExpectedMasterfile::Visit(const FiguresVisitor& visit) {
   DropCurrent();
-  std::vector<std::size_t> order;
-  for (std::size_t column = 0; column < columns_.size(); ++column) {
-    if (columns_[column].field_position != 0) order.push_back(column);
+  std::vector<ToldColumn> told;
+  for (std::size_t place = 0; place < columns_.size(); ++place) {
+    const Column& column = columns_[place];
+    if (column.field_position != 0) told.push_back({place, column.files, column.field_position, column.field_number});
   }
-  std::ranges::sort(order, {}, [&](std::size_t column) { return columns_[column].field_position; });
-  figures_.VisitAll([&](const OverlayFigures::Row& row) { return TellRow(row, order, visit); });
+  std::ranges::sort(told, {}, &ToldColumn::field_position);
+  told_.resize(told.size());
+  figures_.VisitAll([&](const OverlayFigures::Row& row) { return TellRow(row, told, visit); });
 }
 
 // Each figure is put together where it is told from: to copy one that has just been written would wait for all its
 // parts.
-bool ExpectedMasterfile::TellRow(const OverlayFigures::Row& row, const std::vector<std::size_t>& order,
+bool ExpectedMasterfile::TellRow(const OverlayFigures::Row& row, std::span<const ToldColumn> columns,
                                  const FiguresVisitor& visit) {
+  Masterfile& below = Below();
   const Long account_number = places_.NumberOf(row.account);
   const Date date = places_.DateOf(row.record);
-  if (!Below().ReadRecord(account_number, date)) {
+  if (!below.ReadRecord(account_number, date)) {
     throw Failure(FailureNumber::kInternal, "A record that was written cannot be read", kExpectedSource);
   }
-  told_.resize(order.size());
   std::size_t count = 0;
-  for (const std::size_t place : order) {
-    if (place >= row.now.size() || IsUnwritten(row.now[place])) continue;
-    const Column& column = columns_[place];
+  for (const ToldColumn& column : columns) {
+    const Double expected = column.place < row.now.size() ? row.now[column.place] : kUnwritten;
+    if (IsUnwritten(expected)) continue;
     ExpectedFigure& figure = told_[count++];
     figure.account_position = static_cast<Integer>(row.account + 1);
     figure.account_number = account_number;
     figure.date = date;
     figure.field_position = column.field_position;
     figure.field_number = column.field_number;
-    figure.expected = row.now[place];
-    if (row.now[place] == kUntold) figure.expected.reset();
-    figure.stands = Below().FieldValue(column.field_number);
-    figure.file = FileOf(row, column);
+    figure.expected = expected == kUntold ? std::nullopt : std::optional(expected);
+    figure.stands = below.FieldValue(column.field_number);
+    figure.file = column.files == 0 ? 0 : FileOf(row, column.files);
   }
   return count == 0 || visit(std::span(told_).first(count));
 }
 
-std::size_t ExpectedMasterfile::FileOf(const OverlayFigures::Row& row, const Column& column) {
-  if (column.files == 0 || column.files >= row.now.size() || IsUnwritten(row.now[column.files])) return 0;
-  return static_cast<std::size_t>(row.now[column.files]);
+// The first where no other is told.
+std::size_t ExpectedMasterfile::FileOf(const OverlayFigures::Row& row, std::size_t files) {
+  if (files >= row.now.size() || IsUnwritten(row.now[files])) return 0;
+  return static_cast<std::size_t>(row.now[files]);
 }
 
 }  // namespace tallybook::preview

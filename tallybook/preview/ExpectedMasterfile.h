@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "base/Types.h"
@@ -32,10 +33,11 @@ namespace tallybook::preview {
 class FigureBaseline {
  public:
   virtual ~FigureBaseline() = default;
-  // Turns to a record, by its level date. False where nobody can tell any figure of it.
-  [[nodiscard]] virtual bool Select(Long account_number, Date date) = 0;
-  // A figure of that record; kUnwritten where nobody can tell.
-  [[nodiscard]] virtual Double Before(Integer field_number) = 0;
+  // Where among a record's figures that of a field is, counted from 0, of all records alike; nothing where nobody can
+  // tell a figure of it.
+  [[nodiscard]] virtual std::optional<std::size_t> PlaceOf(Integer field_number) const = 0;
+  // The figures of a record, by its level date, until the next call; null where nobody can tell any of them.
+  [[nodiscard]] virtual const Double* Select(Long account_number, Date date) = 0;
 };
 
 // A figure that files wrote.
@@ -84,24 +86,40 @@ class ExpectedMasterfile final : public MasterfileLayer {
   struct Column {
     Integer field_position = 0;  // 0: of files
     Integer field_number = 0;
-    std::size_t files = 0;  // their column; 0: none yet, as no such column is the first
+    std::size_t files = 0;                   // their column; 0: none yet, as no such column is the first
+    std::optional<std::size_t> before = {};  // the place of its figure before the file under way
     // Of the current record.
     Double unwritten = kUnwritten;  // what was set and not written
     bool untold = false;            // it was asked for, and nobody can tell
+    bool touched = false;           // to be cleared behind the record
+  };
+
+  // A column as it is told, by its place among the columns.
+  struct ToldColumn {
+    std::size_t place = 0;
+    std::size_t files = 0;
+    Integer field_position = 0;
+    Integer field_number = 0;
   };
 
   [[nodiscard]] std::size_t ColumnOf(Integer field_number) const {
     const std::size_t column = current_ ? AtNumber(column_of_field_, field_number) : 0;
     return column != 0 ? column - 1 : NewColumn(field_number);
   }
+  void NoteTouched(std::size_t column) const {
+    if (!std::exchange(columns_[column].touched, true))
+      touched_columns_[touched_++] = static_cast<std::uint16_t>(column);
+  }
   [[nodiscard]] std::size_t NewColumn(Integer field_number) const;
   [[nodiscard]] Double Stands(std::size_t column) const;
   [[nodiscard]] bool IsOfThisFile(std::size_t column) const;
-  [[nodiscard]] Double StoodBefore(Integer field_number) const;
+  [[nodiscard]] std::optional<std::size_t> PlaceBefore(Integer field_number) const;
+  [[nodiscard]] Double StoodBefore(const Column& column) const;
+  [[noreturn]] static void RefuseFigure(Integer field_number, Double value);
   [[nodiscard]] std::size_t FilesOf(std::size_t column);
   void DropCurrent();
-  bool TellRow(const OverlayFigures::Row& row, const std::vector<std::size_t>& order, const FiguresVisitor& visit);
-  [[nodiscard]] static std::size_t FileOf(const OverlayFigures::Row& row, const Column& column);
+  bool TellRow(const OverlayFigures::Row& row, std::span<const ToldColumn> columns, const FiguresVisitor& visit);
+  [[nodiscard]] static std::size_t FileOf(const OverlayFigures::Row& row, std::size_t files);
 
   std::unique_ptr<tallybook::FiscalCalendar> calendar_;
   RecordPlaces places_;
@@ -112,12 +130,13 @@ class ExpectedMasterfile final : public MasterfileLayer {
   // A question may be the first that is heard of a field, or of a figure's history.
   mutable std::vector<Column> columns_;
   mutable std::vector<std::uint16_t> column_of_field_;  // by number, from 1; 0: nobody asked for it
-  mutable std::vector<std::uint16_t> touched_columns_;  // of the current record, to be cleared behind it
-  std::vector<ExpectedFigure> told_;                    // of the record that is told
+  mutable std::vector<std::uint16_t> touched_columns_;  // the first `touched_`, of the current record
+  mutable std::size_t touched_ = 0;
+  std::vector<ExpectedFigure> told_;  // of the record that is told
 
   bool current_ = false;
-  mutable bool asked_before_ = false;  // `before_` stands at the current record
-  mutable bool before_tells_ = false;  // and can tell figures of it
+  mutable bool asked_before_ = false;               // `before_` stands at the current record
+  mutable const Double* figures_before_ = nullptr;  // and tells these of it; null: none
   Long account_number_ = 0;
   Date date_ = 0;  // the record's level date
 };

@@ -55,9 +55,9 @@ class ImportPreview {
   struct Means {
     Masterfile& book;
     HostFactory& factory;
-    HostApp& app;                                     // as OverlayMasterfile takes it
-    OverlayFileSystem::Refusal need_removable = {};   // as OverlayFileSystem takes it
-    std::size_t cache_bytes = std::size_t{96} << 20;  // of figures written
+    HostApp& app;                                      // as OverlayMasterfile takes it
+    OverlayFileSystem::Refusal need_removable = {};    // as OverlayFileSystem takes it
+    std::size_t cache_bytes = std::size_t{128} << 20;  // of figures written
   };
 
   // The installed platform has the overlay's files until End or the end of this.

@@ -26,10 +26,9 @@ class FiguresBeforeTest : public BookFixture {
   std::optional<Double> Before(Long entry, Date date = Day(2003, 5, 5), Integer field = 1) {
     const auto entries = engine::Journal(*book).Entries();
     FiguresBefore before(*book, entries.at(static_cast<std::size_t>(entry - 1)));
-    const bool is_told = before.Select(kFront, date);
-    const std::optional<Double> figure = before.Of(field);
-    EXPECT_FALSE(figure && !is_told);
-    return figure;
+    const Double* figures = before.Select(kFront, date);
+    const std::optional<std::size_t> place = before.PlaceOf(field);
+    return figures == nullptr || !place ? std::nullopt : std::optional(figures[*place]);
   }
 
   std::unique_ptr<engine::Book> book;

@@ -24,8 +24,10 @@ const Date kNewYear = DateFromParts(2003, 1, 1);
 class KnownField : public FigureBaseline {
  public:
   KnownField(Integer field, Double before) : field_(field), before_(before) {}
-  [[nodiscard]] bool Select(Long /*account*/, Date /*date*/) override { return true; }
-  [[nodiscard]] Double Before(Integer field) override { return field == field_ ? before_ : kUnwritten; }
+  [[nodiscard]] std::optional<std::size_t> PlaceOf(Integer field) const override {
+    return field == field_ ? std::optional<std::size_t>(0) : std::nullopt;
+  }
+  [[nodiscard]] const Double* Select(Long /*account*/, Date /*date*/) override { return &before_; }
 
  private:
   Integer field_;
