@@ -179,6 +179,7 @@ class Conversations::Run {
       state_.Tell(CurrentFailure().Description(), kStopIcon);
     }
     if (outputs_) result.output = outputs_->LastKept();
+    result.check = check_;
     Restore();
     if (result.ChangedFigures() && state_.changed) state_.changed();
     return result;
@@ -188,6 +189,8 @@ class Conversations::Run {
   [[nodiscard]] ListWindow* List() const { return list_; }
   [[nodiscard]] application::OutputRules& Rules() { return rules_; }
   void SetList(ListWindow* list) { list_ = list; }
+  // What the conversation is about; empty for nothing.
+  void SetFile(const Text& file) { file_ = file; }
   [[nodiscard]] Long Owner() const { return state_.means.platform.Handles().HandleOf(state_.owner); }
 
   // A report begins: what is written under it is a command of its own, whose files are recorded.
@@ -289,19 +292,24 @@ class Conversations::Run {
   [[nodiscard]] FormAddition AdditionTo(const Form& form) {
     FormAddition addition;
     const FormInstances& forms = TheForms();
-    const auto offer = [&addition](std::function<bool()> preview) {
+    const auto offer = [&](std::function<bool()> preview, std::function<FileCheckWish()> wish) {
       addition.buttons.push_back({.caption = "&Preview", .act = std::move(preview)});
+      addition.buttons.push_back(
+          {.caption = "Chec&k", .act = [this, wish = std::move(wish)] { return LeaveToCheck(wish()); }});
     };
     if (&form == forms.QDXImp.IfThere()) {
       addition.may_press = [this] { return watch_->MayImport(TheForms().QDXImp.IfThere()->Math()); };
-      offer([this] { return PreviewDefinition(TheForms().QDXImp.IfThere()->Math()); });
+      offer([this] { return PreviewDefinition(TheForms().QDXImp.IfThere()->Math()); },
+            [this] { return WishFor(*TheForms().QDXImp.IfThere()); });
     } else if (&form == forms.Import.IfThere() &&
                list_ == nullptr) {  // the list asks with it for a new definition's file
       addition.may_press = [this] { return MayImportCsv(*TheForms().Import.IfThere()); };
-      offer([this] { return PreviewCsv(TheForms().Import.IfThere()->NamedFile()); });
+      offer([this] { return PreviewCsv(TheForms().Import.IfThere()->NamedFile()); },
+            [] { return FileCheckWish{.file = TheForms().Import.IfThere()->NamedFile()}; });
     } else if (&form == forms.Delimited.IfThere()) {
       addition.may_press = [this] { return MayImportDelimited(*TheForms().Delimited.IfThere()); };
-      offer([this] { return PreviewDelimited(*TheForms().Delimited.IfThere()); });
+      offer([this] { return PreviewDelimited(*TheForms().Delimited.IfThere()); },
+            [this] { return WishFor(*TheForms().Delimited.IfThere()); });
     }
     if (addition.buttons.empty()) return addition;
     addition.choice = {.caption = AllOrNothing::kCaption,
@@ -324,6 +332,40 @@ class Conversations::Run {
   void ShowWordsOfCancel() {
     const bool is_whole = all_or_nothing_ && all_or_nothing_->IsWanted();
     state_.means.platform.Progress().SetCancelWords(is_whole ? kWordsOfCancelWhole : kWordsOfCancel);
+  }
+
+  // --- Looks at a file, which end the conversation -------------------------------------------------------------------
+
+  // The prompt ends as its close box does. Gives that its main button is not to be pressed.
+  bool LeaveToCheck(const FileCheckWish& wish) {
+    const bool presses = true;
+    if (!IsThere(wish.file)) return !presses;
+    check_ = wish;
+    AskToEnd();
+    return !presses;
+  }
+
+  [[nodiscard]] FileCheckWish WishFor(const frmDelimited& prompt) const {
+    const application::DelimitedWay way = WayOf(prompt);
+    return {.file = prompt.Text1.Text(),
+            .kind = ImportKind::kDelimited,
+            .math = static_cast<Integer>(way.math),
+            .date_order = way.date_order,
+            .any_line_end = way.any_line_end,
+            .date_parts = way.date_parts,
+            .system_fields = way.system_fields};
+  }
+
+  // Of the definition's files the one that the conversation is about, or else the first.
+  [[nodiscard]] FileCheckWish WishFor(const dlgQDXImp& prompt) const {
+    const CDataExchange* const exchange = state_.means.factory.Exchange();
+    if (exchange == nullptr) return {};
+    const std::vector<Text> files = application::ExchangeFilesOf(exchange->QdxFileName());
+    const auto named = std::ranges::find_if(files, [this](const Text& file) { return IsSameFile(file, file_); });
+    FileCheckWish wish{
+        .file = {}, .kind = ImportKind::kExchange, .math = prompt.Math(), .definition = exchange->FileNum()};
+    if (!files.empty()) wish.file = named == files.end() ? files.front() : *named;
+    return wish;
   }
 
   // --- Previews: each gives whether the user wants the import done
@@ -567,6 +609,8 @@ class Conversations::Run {
   ListWindow* list_ = nullptr;
   LineEndQuestion* line_ends_ = nullptr;
   bool system_fields_ = false;
+  Text file_;
+  std::optional<FileCheckWish> check_;
   QTimer ending_;
   std::vector<const Form*> asked_to_close_;
 };
@@ -668,9 +712,10 @@ ConversationResult Conversations::ImportDelimited(const Text& file, bool allow_s
 
 // The list of definitions; `on_shown` acts in it as soon as it stands there.
 template <typename Shown>
-ConversationResult Conversations::ShowDefinitions(Shown on_shown) {
+ConversationResult Conversations::ShowDefinitions(const Text& file, Shown on_shown) {
   const bool imports = true;
   return Start(imports, [&](Run& run, CDataExchangeGUI& gui, engine::Book& book) {
+    run.SetFile(file);
     const auto definitions =
         application::LookAtDefinitions(state_->means.platform.Files(), book.DataPath(), book.FileExtension());
     application::NeedReadableDefinitions(definitions);
@@ -688,13 +733,13 @@ ConversationResult Conversations::ShowDefinitions(Shown on_shown) {
 
 ConversationResult Conversations::Definitions(const Text& file) {
   std::optional<PromptFiller> filler;
-  return ShowDefinitions([&](ListWindow& list, const std::vector<application::SeenDefinition>& definitions) {
+  return ShowDefinitions(file, [&](ListWindow& list, const std::vector<application::SeenDefinition>& definitions) {
     if (!file.empty()) PointAt(list, definitions, file, filler);
   });
 }
 
 ConversationResult Conversations::ImportByDefinition(Integer number, const Text& file) {
-  return ShowDefinitions([&](ListWindow& list, const std::vector<application::SeenDefinition>& definitions) {
+  return ShowDefinitions(file, [&](ListWindow& list, const std::vector<application::SeenDefinition>& definitions) {
     const auto definition = std::ranges::find(definitions, number, &application::SeenDefinition::number);
     if (definition == definitions.end()) return;
     const bool finds = LeadsTo(*definition, file);

@@ -15,9 +15,11 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "base/Types.h"
+#include "tallybook/desktop/host/FileCheck.h"
 #include "tallybook/engine/Journal.h"
 #include "tallybook/engine/UndoRequest.h"
 #include "tallybook/engine/WorkWatch.h"
@@ -47,6 +49,8 @@ struct ConversationResult {
   std::vector<engine::JournalEntry> entries;
   // The last file that it wrote; empty for none.
   Text output;
+  // The user has left an import's prompt to have its file looked at first, as the prompt stood.
+  std::optional<FileCheckWish> check;
   [[nodiscard]] bool ChangedFigures() const { return !entries.empty(); }
 };
 
@@ -106,7 +110,7 @@ class Conversations {
   template <typename Converse>
   ConversationResult Start(bool imports, Converse converse);
   template <typename Shown>
-  ConversationResult ShowDefinitions(Shown on_shown);
+  ConversationResult ShowDefinitions(const Text& file, Shown on_shown);
   template <typename Converse>
   ConversationResult StartPlain(bool imports, Converse converse);
   static ConversationResult TakeBack(const std::shared_ptr<State>& state, engine::UndoRequest request);

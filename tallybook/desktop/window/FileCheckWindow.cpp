@@ -324,6 +324,20 @@ void FileCheckWindow::Browse() {
   if (!chosen.isEmpty()) file_->setText(chosen);
 }
 
+void FileCheckWindow::Begin(const FileCheckWish& wish) {
+  const auto choose = [](QComboBox* box, int value) { box->setCurrentIndex(std::max(box->findData(value), 0)); };
+  file_->setText(ToQt(wish.file));
+  choose(kind_, AsData(wish.kind));
+  choose(math_, wish.math);
+  choose(encoding_, AsData(wish.encoding));
+  choose(definition_, wish.definition);
+  choose(date_order_, wish.date_order);
+  choose(line_ends_, wish.any_line_end ? 1 : 0);
+  date_parts_->setChecked(wish.date_parts);
+  system_fields_->setChecked(wish.system_fields);
+  Check();
+}
+
 FileCheckWish FileCheckWindow::Wish() const {
   const auto chosen = [](const QComboBox* box) { return box->currentData().toInt(); };
   return {.file = FromQt(file_->text()),

@@ -45,6 +45,8 @@ class FileCheckWindow final : public QDialog {
 
   // Reads the definitions anew, and stays with the one that is chosen.
   void FillDefinitions();
+  // Fills in all of it, and checks.
+  void Begin(const FileCheckWish& wish);
 
  protected:
   // Also Close and Escape: while a file is looked at that ends first, and the window behind it.

@@ -126,7 +126,8 @@ class MainWindow::Parts {
   // Goes to an entry, where one is named.
   void Journal(QWidget& over, Long first_shown = 0);
   void Origin();
-  void CheckFile();
+  // Looks at a file at once, where one is named.
+  void CheckFile(const std::optional<FileCheckWish>& wish = std::nullopt);
   [[nodiscard]] FileCheckWindow::Means FileCheckMeans();
   void Import(const FileCheckWish& wish);
   [[nodiscard]] std::vector<application::SeenDefinition> Definitions() const;
@@ -645,6 +646,7 @@ bool MainWindow::Parts::Converse(const Conversation& conversation) {
   if (!CanWork()) return false;
   const ConversationResult result = conversation(*conversations);
   figures->LookAgain();
+  if (result.check) CheckFile(*result.check);
   if (!result.output.empty()) window.statusBar()->showMessage("Written: " + ToQt(Shown(result.output)), kMessageTime);
   return result.ChangedFigures();
 }
@@ -664,14 +666,16 @@ void MainWindow::Parts::AskToCancel() const {
   means->platform.Progress().AskToCancel();
 }
 
-void MainWindow::Parts::CheckFile() {
+void MainWindow::Parts::CheckFile(const std::optional<FileCheckWish>& wish) {
   if (!CanWork()) return;
+  means->app.SetFinished(false);  // a prompt that was left for it was asked to end
   if (Stands(file_check)) {
     file_check->FillDefinitions();
   } else {
     file_check = new FileCheckWindow(FileCheckMeans());
   }
   ShowBeside(*file_check);
+  if (wish) file_check->Begin(*wish);
 }
 
 std::vector<application::SeenDefinition> MainWindow::Parts::Definitions() const {

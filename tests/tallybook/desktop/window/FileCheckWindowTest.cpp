@@ -1,4 +1,8 @@
 // A file looked at before it is imported, from the main window, by keys, to its place in the file and to the import.
+#include <QtCore/QMimeData>
+#include <QtCore/QUrl>
+#include <QtGui/QDragEnterEvent>
+#include <QtGui/QDropEvent>
 #include <QtGui/QTextBlock>
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QFileDialog>
@@ -373,6 +377,84 @@ TEST_F(FileCheckWindowTest, ImportOfAnExchangeFileBeginsThatOfItsDefinition) {
     Press(list, Qt::Key_Escape);
   });
   QTest::mouseClick(&Part<QPushButton>(window, "import"), Qt::LeftButton);
+}
+
+// Drops a file on the main window.
+class DroppedFileTest : public FileCheckWindowTest {
+ protected:
+  void Drop(const Text& name) {
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(QString::fromStdString(folder_.Path(name)))});
+    QDragEnterEvent enter(QPoint(9, 9), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window_, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(9, 9), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window_, &drop);
+  }
+  // Of the prompt that the file comes to.
+  Act PressCheck() {
+    return [](QWidget& prompt) {
+      auto& check = Part<QPushButton>(prompt, "SaveButtons1Added2");
+      EXPECT_EQ(check.text(), "Chec&k");
+      QTest::mouseClick(&check, Qt::LeftButton);
+    };
+  }
+  QWidget& Checked() {
+    testing::WaitUntil([] { return Shown() != nullptr && Rows(*Shown()) > 0; }, "the file is looked at");
+    if (Shown() == nullptr) std::abort();
+    return *Shown();
+  }
+};
+
+TEST_F(DroppedFileTest, ATextFileIsCheckedFromThePromptOfItsImport) {
+  folder_.Write("day.csv", kSound + "nobody,1,3\r\n");
+  Then("Import CSV Data File", PressCheck());
+  Drop("day.csv");
+  QWidget& window = Checked();
+  EXPECT_EQ(Part<QComboBox>(window, "kind").currentText(), "Comma-separated");
+  EXPECT_THAT(WordsOf(window, "summary"), HasSubstr("day.csv: 2 records, 1 finding"));
+}
+
+TEST_F(DroppedFileTest, ADelimitedFileIsCheckedAsItsPromptStands) {
+  folder_.Write("days.txt", "13/02/2004,100,1,5\n13/02/2004,nobody,1,5\n");
+  folder_.Write("North.ini", "[Delimited]\r\nDateOrder=2\r\nMath=2\r\n");
+  Then("Import Delimited File", PressCheck());
+  Drop("days.txt");
+  QWidget& window = Checked();
+  EXPECT_EQ(Part<QComboBox>(window, "date_order").currentText(), "DMY");
+  EXPECT_EQ(Part<QComboBox>(window, "math").currentText(), "Subtract");
+  EXPECT_EQ(Part<QComboBox>(window, "line_ends").currentText(), "Any");
+  EXPECT_EQ(Cell(window, 0, 3), "nobody");
+}
+
+TEST_F(DroppedFileTest, AnExchangeFileIsCheckedFromTheConfirmationOfItsImport) {
+  WriteExchangeFile("a.QDX");
+  WriteExchangeFile("north.QDX");
+  WriteDefinition(1, "none.QDX");
+  WriteDefinition(2, "*.QDX");
+  Then("QDX Import Layouts", Click("action1"));
+  Then("Edit QDX Import Layout Number: 2", PressCheck());
+  Drop("north.QDX");
+  QWidget& window = Checked();
+  EXPECT_EQ(Part<QComboBox>(window, "definition").currentText(), "2  Shops");
+  EXPECT_EQ(Part<QComboBox>(window, "math").currentText(), "Replace");
+  EXPECT_THAT(WordsOf(window, "summary"), HasSubstr("north.QDX: "));
+}
+
+TEST_F(DroppedFileTest, APromptWithoutAFileStaysAndSaysWhatIsMissing) {
+  bool stayed = false;
+  Then("Import CSV Data File", PressCheck());
+  Then("Tallybook", [](QWidget& box) {
+    EXPECT_THAT(AllWordsOf(box), HasSubstr("does not exist"));
+    Press(box, Qt::Key_Escape);
+  });
+  Then("Import CSV Data File", [&stayed](QWidget& prompt) {
+    stayed = true;
+    Press(prompt, Qt::Key_Escape);
+  });
+  Drop("gone.csv");
+  testing::WaitUntil([&stayed] { return stayed; }, "the prompt stays");
+  EXPECT_EQ(Shown(), nullptr);
 }
 
 // The work is one of the test's own, which ends when it is asked to and not before.
