@@ -17,6 +17,16 @@ ChangeTotal& TotalAt(std::vector<ChangeTotal>& totals, Integer field_position, I
   return totals[position];
 }
 
+// That has no figures yet.
+ChangeTotal TotalOf(const FigureChange& change) {
+  ChangeTotal total;
+  total.account_position = change.account_position;
+  total.account_number = change.account_number;
+  total.field_position = change.field_position;
+  total.field_number = change.field_number;
+  return total;
+}
+
 }  // namespace
 
 ImportPreview::ImportPreview(const Means& means)
@@ -76,10 +86,11 @@ void ImportPreview::End() {
 void ImportPreview::Add(std::span<const FigureChange> of_record) {
   if (of_record.front().account_position != account_position_) EndAccount();
   account_position_ = of_record.front().account_position;
+  const auto last_position = static_cast<std::size_t>(of_record.back().field_position);
+  if (last_position >= of_account_.size()) of_account_.resize(last_position + 1);
   for (const FigureChange& change : of_record) {
-    ChangeTotal& total = TotalAt(of_account_, change.field_position, change.field_number);
-    total.account_position = change.account_position;
-    total.account_number = change.account_number;
+    ChangeTotal& total = of_account_[static_cast<std::size_t>(change.field_position)];
+    if (total.figures == 0) total = TotalOf(change);
     ++total.figures;
     total.before += change.before;
     total.after += change.after;

@@ -73,15 +73,20 @@ tallybook::FiscalCalendar& OverlayMasterfile::FiscalCalendar() {
 // --- Records ---------------------------------------------------------------------------------------------------------
 
 void OverlayMasterfile::DropCurrent() {
-  DropUnwritten();
+  ClearColumns();
   current_ = false;
   current_below_ = false;
   day_is_due_ = false;
 }
 
-void OverlayMasterfile::DropUnwritten() {
-  for (const std::uint16_t column : set_columns_) unwritten_[column] = kUnwritten;
-  set_columns_.clear();
+void OverlayMasterfile::ClearColumns() {
+  for (std::size_t index = 0; index < touched_; ++index) {
+    Column& column = columns_[touched_columns_[index]];
+    column.unwritten = kUnwritten;
+    column.stood = kUnwritten;
+    column.touched = false;
+  }
+  touched_ = 0;
 }
 
 bool OverlayMasterfile::ReadRecord(Long account_number, Date date) {
@@ -127,18 +132,18 @@ Double OverlayMasterfile::FieldValue(Integer field_number) const {
   if (!current_) return Below().FieldValue(field_number);  // which says what is wrong
   const std::size_t column = AtNumber(column_of_field_, field_number);
   if (column == 0) return FigureBelow(field_number);
-  const Double unwritten = unwritten_[column - 1];
-  return IsUnwritten(unwritten) ? Stands(field_number, column - 1) : unwritten;
+  Column& asked = Touched(column - 1);
+  if (!IsUnwritten(asked.unwritten)) return asked.unwritten;
+  if (IsUnwritten(asked.stood)) asked.stood = Stands(field_number, column - 1);
+  return asked.stood;
 }
 
 void OverlayMasterfile::SetFieldValue(Integer field_number, Double value) {
   if (day_is_due_ && value != 0) NoteArrival();
   if (!current_) return Below().SetFieldValue(field_number, value);  // which says what is wrong
   if (!std::isfinite(value)) RefuseFigure(field_number, value);
-  const std::size_t column = ColumnOf(field_number);
-  if (IsUnwritten(unwritten_[column])) set_columns_.push_back(static_cast<std::uint16_t>(column));
   // Adding zero takes the sign from a negative zero, which is no figure of its own.
-  unwritten_[column] = value + 0.0;
+  Touched(ColumnOf(field_number)).unwritten = value + 0.0;
 }
 
 // A database may set such a figure as long as it is not written, and here it never is.
@@ -150,8 +155,7 @@ void OverlayMasterfile::RefuseFigure(Integer field_number, Double value) {
                 std::to_string(value) + " is no figure for field " + std::to_string(field_number), kSource);
 }
 
-std::size_t OverlayMasterfile::ColumnOf(Integer field_number) {
-  if (const std::size_t column = AtNumber(column_of_field_, field_number); column != 0) return column - 1;
+std::size_t OverlayMasterfile::NewColumn(Integer field_number) {
   const Integer position = places_.FieldPosition(field_number);
   if (position == 0) {
     (void)FigureBelow(field_number);  // which says that there is no such field
@@ -159,7 +163,7 @@ std::size_t OverlayMasterfile::ColumnOf(Integer field_number) {
                   "The database has no field of number " + std::to_string(field_number), kSource);
   }
   columns_.push_back({.field_position = position, .field_number = field_number});
-  unwritten_.push_back(kUnwritten);
+  touched_columns_.resize(columns_.size());
   const auto number = static_cast<std::size_t>(field_number);
   if (number >= column_of_field_.size()) column_of_field_.resize(number + 1);
   column_of_field_[number] = static_cast<std::uint16_t>(columns_.size());
@@ -169,13 +173,16 @@ std::size_t OverlayMasterfile::ColumnOf(Integer field_number) {
 // Only figures that differ take room.
 bool OverlayMasterfile::WriteRecord() {
   if (!current_) return false;
-  if (set_columns_.empty()) return true;
-  figures_.Touch();
-  for (const std::uint16_t column : set_columns_) {
-    const Double old = Stands(columns_[column].field_number, column);
-    if (old != unwritten_[column]) figures_.Put(column, old, unwritten_[column]);
+  bool any_is_set = false;
+  for (std::size_t index = 0; index < touched_; ++index) {
+    const std::size_t place = touched_columns_[index];
+    const Column& column = columns_[place];
+    if (IsUnwritten(column.unwritten)) continue;
+    if (!std::exchange(any_is_set, true)) figures_.Touch();
+    const Double stood = IsUnwritten(column.stood) ? Stands(column.field_number, place) : column.stood;
+    if (stood != column.unwritten) figures_.Put(place, stood, column.unwritten);
   }
-  DropUnwritten();
+  ClearColumns();
   return true;
 }
 

@@ -96,15 +96,28 @@ class OverlayMasterfile final : public MasterfileLayer {
   struct Column {
     Integer field_position = 0;
     Integer field_number = 0;
+    // Of the current record.
+    Double unwritten = kUnwritten;  // what was set and not written
+    Double stood = kUnwritten;      // what stood there when it was asked for
+    bool touched = false;           // to be cleared behind the record
   };
 
   [[nodiscard]] std::unique_ptr<Calendar> NewCalendar(Masterfile& below, HostFactory& factory);
-  [[nodiscard]] std::size_t ColumnOf(Integer field_number);
+  [[nodiscard]] std::size_t ColumnOf(Integer field_number) {
+    const std::size_t column = AtNumber(column_of_field_, field_number);
+    return column != 0 ? column - 1 : NewColumn(field_number);
+  }
+  [[nodiscard]] std::size_t NewColumn(Integer field_number);
+  [[nodiscard]] Column& Touched(std::size_t place) const {
+    Column& column = columns_[place];
+    if (!std::exchange(column.touched, true)) touched_columns_[touched_++] = static_cast<std::uint16_t>(place);
+    return column;
+  }
   [[nodiscard]] Double FigureBelow(Integer field_number) const;
   [[nodiscard]] Double Stands(Integer field_number, std::size_t column) const;
   [[noreturn]] void RefuseFigure(Integer field_number, Double value);
   void DropCurrent();
-  void DropUnwritten();
+  void ClearColumns();
   void NoteLevelDate(Date date, Integer level, Date level_date);
   void NoteArrival() const;
   bool TellRow(const OverlayFigures::Row& row, const ChangesVisitor& visit, RecordCounts& counts);
@@ -113,7 +126,7 @@ class OverlayMasterfile final : public MasterfileLayer {
   std::unique_ptr<Calendar> calendar_;
   RecordPlaces places_;
   std::vector<std::uint16_t> column_of_field_;  // by number, from 1; 0: nothing was written to it
-  std::vector<Column> columns_;
+  mutable std::vector<Column> columns_;
   std::vector<std::size_t> order_;     // columns by their fields' positions, during a visit
   std::vector<FigureChange> changes_;  // of the record that is told
 
@@ -124,8 +137,8 @@ class OverlayMasterfile final : public MasterfileLayer {
   Long account_number_ = 0;
   Date date_ = 0;
   mutable bool current_below_ = false;
-  std::vector<Double> unwritten_;           // what was set and not written, by column
-  std::vector<std::uint16_t> set_columns_;  // the columns of these
+  mutable std::vector<std::uint16_t> touched_columns_;  // the first `touched_`
+  mutable std::size_t touched_ = 0;
 
   // Days that figures came from. A record's day is known when it is read, and noted when a figure of it moves.
   bool regroups_ = false;

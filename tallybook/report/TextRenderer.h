@@ -10,6 +10,8 @@
 // none.
 #pragma once
 
+#include <string_view>
+
 #include "tallybook/report/Report.h"
 
 namespace tallybook::report {
@@ -24,7 +26,7 @@ class TextRenderer : public Renderer {
 };
 
 // How many columns of a terminal a text takes.
-[[nodiscard]] int DisplayWidth(const Text& text);
+[[nodiscard]] int DisplayWidth(std::string_view text);
 // The lines into which a text breaks so that none is wider than `width` (at least 1, and never less than one
 // character); an empty text gives one empty line. Blanks at a break are dropped.
 [[nodiscard]] std::vector<Text> Wrapped(const Text& text, int width);
