@@ -30,7 +30,7 @@ ExitStatus ExportOutput::Finish(bool done, ExitStatus status) {
     return ExitStatus::kFailed;
   }
   if (folder_) application::CopyToStandardOutput(folder_->Path(kPlace));
-  if (status == ExitStatus::kCancelled) Warn(fmt::format("cancelled; {} is a part only", file_));
+  if (status == ExitStatus::kCancelled) Warn(fmt::format("{} is a part only", file_));
   return status;
 }
 

@@ -8,6 +8,7 @@
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/Terminal.h"
 #include "tallybook/cli/TextTable.h"
+#include "tallybook/engine/WorkWatch.h"
 
 namespace tallybook::cli {
 
@@ -73,7 +74,7 @@ ExitStatus RunInfo(const InfoOptions& options) {
   }
   const CancelKey key;
   PrintSummary(*book);
-  if (CancelKey::Pressed()) return ExitStatus::kCancelled;
+  if (CancelKey::Pressed()) throw engine::WorkCancelled();
   PrintLists(book->Description());
   return ExitStatus::kDone;
 }

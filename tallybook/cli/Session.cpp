@@ -151,9 +151,8 @@ ExitStatus Session::StatusOf(bool done) {
 void Session::KeepLastTold(ExitStatus status) {
   Text text = platform_.Boxes().LastText();
   if (text.empty()) text = app_.Log().LastFailure();
-  if (text.empty()) text = status == ExitStatus::kCancelled ? "cancelled" : "";
   if (text.empty()) {
-    TellStop({});
+    TellStop(status == ExitStatus::kCancelled ? StopReason{.words = "cancelled"} : StopReason{});
   } else {
     app_.OwnLog().StopEntry(application::OnOneLine(text));
   }

@@ -5,6 +5,7 @@
 #include "tallybook/cli/FigurePrinter.h"
 #include "tallybook/cli/Session.h"
 #include "tallybook/cli/Terminal.h"
+#include "tallybook/engine/WorkWatch.h"
 
 namespace tallybook::cli {
 
@@ -39,7 +40,8 @@ ExitStatus RunValues(const ValuesOptions& options) {
     return !CancelKey::Pressed() && std::cout.good();
   });
   printer.Finish();
-  return CancelKey::Pressed() ? ExitStatus::kCancelled : ExitStatus::kDone;
+  if (CancelKey::Pressed()) throw engine::WorkCancelled();
+  return ExitStatus::kDone;
 }
 
 }  // namespace

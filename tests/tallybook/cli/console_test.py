@@ -326,28 +326,37 @@ class ConsoleTest(unittest.TestCase):
         values = [{"account": a, "date": f"200{y}-{m:02}-{d:02}", "field": 1, "value": 1.25}
                   for a in range(1, 201) for y in (3, 4, 5) for m in range(1, 13) for d in range(1, 29)]
         self.make("shop", book("Shop", "day", [f"{n:05}" for n in range(1, 201)], values))
+        self.assertLess(self.cancel_at_first_lines("values", "shop"), len(values))
+
+    def cancel_at_first_lines(self, *arguments):
+        """How many lines more a command prints that waits for somebody to read them when Ctrl-C comes."""
         read, write = os.pipe()
-        process = subprocess.Popen([TALLYBOOK, "values", "shop"], cwd=self.folder, env=self.env, stdout=write)
+        process = subprocess.Popen([TALLYBOOK, *arguments], cwd=self.folder, env=self.env, stdout=write,
+                                   stderr=subprocess.PIPE, text=True)
         os.close(write)
         with os.fdopen(read, "rb") as output:
             output.read(1000)  # it runs, and waits for the pipe to be emptied
             process.send_signal(signal.SIGINT)
-            self.assertLess(len(output.read()), len(values) * 80)
-        self.assertEqual(process.wait(TIMEOUT), 3)
+            lines = output.read().count(b"\n")
+        self.assertEqual(process.communicate(timeout=TIMEOUT)[1], "tallybook: cancelled\n")
+        self.assertEqual(process.returncode, 3)
+        return lines
 
     def test_ctrl_c_ends_a_look_at_a_file(self):
         self.make("shop", book("Shop", "day", ["00001"], []))
         (self.folder / "in.csv").write_text("1,1,2003,1,1\n" + "00001,1,5x\n" * 100_000, encoding="utf-8")
-        read, write = os.pipe()
-        process = subprocess.Popen([TALLYBOOK, "check", "csv", "shop", "in.csv", "--sound", "rest.csv"], cwd=self.folder,
-                                   env=self.env, stdout=write)
-        os.close(write)
-        with os.fdopen(read, "rb") as output:
-            output.read(1000)  # it runs, and waits for the pipe to be emptied
-            process.send_signal(signal.SIGINT)
-            self.assertLess(output.read().count(b"record"), 100_000)
-        self.assertEqual(process.wait(TIMEOUT), 3)
+        lines = self.cancel_at_first_lines("check", "csv", "shop", "in.csv", "--sound", "rest.csv")
+        self.assertLess(lines, 100_000)
         self.assertFalse((self.folder / "rest.csv").exists())
+
+    def test_ctrl_c_ends_a_look_at_an_exchange_file(self):
+        codes = [f"{n:05}" for n in range(1, 9000)]
+        values = [{"account": n, "date": "2003-01-02", "field": 1, "value": 1e308} for n in range(1, 9000)]
+        self.make("shop", book("Shop", "day", codes, values))
+        self.run_command("export", "qdx", "shop", "all.QDX", "--from", "2003-01-01", "--to", "2003-12-31")
+        self.run_command("definition", "add", "shop", "--title", "Self", "--file", "all.QDX")
+        lines = self.cancel_at_first_lines("qdx", "check", "all.QDX", "--book", "shop", "--definition", "1")
+        self.assertLess(lines, len(codes))
 
     # Twice as often as it needs: a machine that is busy may end the work before the key comes.
     CARE_TRIES = 20
