@@ -193,11 +193,11 @@ void Book::Create(const Text& path, const BookDescription& description) {
   CheckNewBookDescription(description, path);
   const Text place = NativeBookPath(path);
   Workpiece workpiece(place);
-  {
+  workpiece.Do([&] {
     FigureStore store(std::make_unique<SqliteStorage>(BookFile::Create(workpiece.Path(), description)),
                       BookOptions().cache_bytes);
     StoreValues(store, description);
-  }
+  });
   workpiece.MoveToPlace();
 }
 

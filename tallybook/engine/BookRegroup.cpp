@@ -235,11 +235,11 @@ Regrouped MakeRegroupedBook(Book& book, const Text& path, const BookDescription&
   const Text place = NativeBookPath(path);
   Workpiece workpiece(place);
   Regrouped regrouped;
-  {
+  workpiece.Do([&] {
     FigureStore store(std::make_unique<SqliteStorage>(BookFile::Create(workpiece.Path(), description)),
                       BookOptions().cache_bytes);
     regrouped = Regrouping(book, store).Run();
-  }
+  });
   workpiece.MoveToPlace();
   return regrouped;
 }

@@ -120,7 +120,7 @@ SalvageResult SalvageBook(const Text& damaged, const Text& new_book, bool as_it_
                   place + ": it cannot be kept from those who may not read the damaged book: " + error.message(),
                   kSource);
   }
-  salvager.Write(workpiece.Path(), writing);
+  workpiece.Do([&] { salvager.Write(workpiece.Path(), writing); });
   RequireSound(workpiece.Path(), place, checking);
   workpiece.MoveToPlace();
   const Text trouble_beside = PutCompanionsInPlace(place);

@@ -83,6 +83,17 @@ Workpiece::~Workpiece() {
   RemoveWith(work_path_);
 }
 
+void Workpiece::Do(const std::function<void()>& work) const {
+  try {
+    work();
+  } catch (const Failure& failure) {
+    Text words = failure.Description();
+    const std::size_t place = words.find(work_path_);
+    if (place != Text::npos) words.replace(place, work_path_.size(), path_);
+    throw Failure(failure.Number(), words, failure.Source());
+  }
+}
+
 void Workpiece::RefuseTakenName() const {
   struct stat status {};
   if (::lstat(path_.c_str(), &status) != 0) return;

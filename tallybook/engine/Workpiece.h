@@ -2,6 +2,8 @@
 // that no half of a book ever stands at the place, and that two who make the same book do not meet before that.
 #pragma once
 
+#include <functional>
+
 #include "base/Types.h"
 
 namespace tallybook::engine {
@@ -19,6 +21,8 @@ class Workpiece {
   Workpiece& operator=(const Workpiece&) = delete;
 
   [[nodiscard]] const Text& Path() const { return work_path_; }
+  // Does the work on the file. What fails tells of it by the name that the book is to have.
+  void Do(const std::function<void()>& work) const;
   // Nobody has the file open by then. Replaces nothing: failure 75 where the name has been taken meanwhile; 57 where a
   // log was left beside the file, so that it is not whole.
   void MoveToPlace();

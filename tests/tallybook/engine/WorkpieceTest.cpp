@@ -45,6 +45,19 @@ TEST_F(WorkpieceTest, StandsUnderANameOfItsOwnUntilItIsMoved) {
   EXPECT_THAT(Names(), ElementsAre("North.tbk"));
 }
 
+TEST_F(WorkpieceTest, AFailureTellsOfTheBookByTheNameThatItIsToHave) {
+  for (const rlim_t size : {1U, 4096U, 20'000U, 70'000U, 200'000U}) {
+    Text words;
+    try {
+      const FileSizeLimit limit(size);
+      Book::Create(BookPath(), ShopDescription());
+    } catch (const Failure& failure) {
+      words = failure.Description();
+    }
+    EXPECT_EQ(words.substr(0, BookPath().size() + 2), BookPath() + ": ") << size;
+  }
+}
+
 TEST_F(WorkpieceTest, ReplacesNothingThatCameToTheNameMeanwhile) {
   Workpiece workpiece(BookPath());
   folder.Write("North.tbk", "a letter");
