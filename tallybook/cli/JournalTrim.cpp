@@ -40,9 +40,10 @@ ExitStatus RunTrim(const JournalTrimOptions& options) {
     return ExitStatus::kDone;
   }
   DoAfterCommit([&] { TellTrimmed(trimmed, options.before); });
-  const Text path = BookPath(options.book);
-  const engine::CompactResult result = engine::CompactBook(path, options.wait);
-  PrintLine(application::CompactWords(path, result));
+  DoAfterCommit([&] {
+    const Text path = BookPath(options.book);
+    PrintLine(application::CompactWords(path, engine::CompactBook(path, options.wait)));
+  });
   return ExitStatus::kDone;
 }
 
