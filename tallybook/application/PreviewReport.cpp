@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <initializer_list>
 
 #include "base/Dates.h"
@@ -153,6 +154,7 @@ Text PreviewSummary(const preview::ImportPreview& preview) {
 }
 
 Text FigureText(Double figure) {
+  if (!std::isfinite(figure)) return "too large";
   constexpr int kDigits = 15;
   std::array<char, 32> text{};
   const auto result = std::to_chars(text.begin(), text.end(), figure, std::chars_format::general, kDigits);

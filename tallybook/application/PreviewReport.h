@@ -21,7 +21,8 @@ void PrintPreviewReport(Printer& printer, Masterfile& book, preview::ImportPrevi
 // "12 figures in 3 records would change; 1 record would end as it is."
 [[nodiscard]] Text PreviewSummary(const preview::ImportPreview& preview);
 
-// A figure for people: 15 digits, so that an amount shows as it was entered.
+// A figure or a sum for people: 15 digits, so that an amount shows as it was entered; "too large" for a sum that no
+// number holds.
 [[nodiscard]] Text FigureText(Double figure);
 
 }  // namespace tallybook::application

@@ -134,6 +134,14 @@ void FigurePrinter::WriteOut() {
   buffer_.clear();
 }
 
+Text CsvNumber(Double value) {
+  return std::isfinite(value) ? ShortestText(value) : Text();
+}
+
+Text JsonMember(const char* name, Double value) {
+  return std::isfinite(value) ? fmt::format(R"(, "{}": {})", name, ShortestText(value)) : Text();
+}
+
 Text ShortestText(Double value) {
   std::array<char, kLongestNumber> text{};
   const auto result = std::to_chars(text.begin(), text.end(), value);

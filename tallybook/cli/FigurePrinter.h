@@ -49,5 +49,9 @@ class FigurePrinter {
 
 // A figure as the shortest decimal text that reads back to the same number.
 [[nodiscard]] Text ShortestText(Double value);
+// The same for a field of CSV; empty for a sum that is too large for a number.
+[[nodiscard]] Text CsvNumber(Double value);
+// A further member of a JSON object: `, "name": 1.5`. Empty for what JSON has no number for: a sum that is too large.
+[[nodiscard]] Text JsonMember(const char* name, Double value);
 
 }  // namespace tallybook::cli

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <fmt/format.h>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -45,10 +46,9 @@ const char* WordOf(preview::FileFate::Kind kind) {
   return "kept";
 }
 
-// Before, after and the change between them.
+// Before, after and the change between them, behind other members.
 Text JsonFigures(Double before, Double after) {
-  return fmt::format(R"("figure_before": {}, "figure_after": {}, "change": {})", ShortestText(before),
-                     ShortestText(after), ShortestText(after - before));
+  return JsonMember("figure_before", before) + JsonMember("figure_after", after) + JsonMember("change", after - before);
 }
 
 Text TableFigures(Double before, Double after) {
@@ -111,6 +111,10 @@ void PreviewPrinter::AppendValue(Double value) {
 void PreviewPrinter::AppendPadded(Double value) {
   constexpr std::size_t kWidth = 18;
   constexpr int kDigits = 15;
+  if (!std::isfinite(value)) {
+    buffer_ += fmt::format("{:>{}}", FigureText(value), kWidth);
+    return;
+  }
   std::array<char, kLongestNumber> text{};
   const auto result = std::to_chars(text.begin(), text.end(), value, std::chars_format::general, kDigits);
   const auto width = static_cast<std::size_t>(result.ptr - text.begin());
@@ -200,7 +204,7 @@ void PreviewPrinter::PrintCsv() {
     buffer_ += date_text_;
     buffer_ += field_texts_[static_cast<std::size_t>(change.field_position - 1)];
     for (const Double figure : {change.before, change.after, change.after - change.before}) {
-      AppendValue(figure);
+      if (std::isfinite(figure)) AppendValue(figure);
       buffer_ += ',';
     }
     buffer_ += file_texts_[file];
@@ -253,8 +257,10 @@ void PreviewPrinter::PrintJsonOfFigures() {
     AppendValue(change.before);
     buffer_ += R"(, "figure_after": )";
     AppendValue(change.after);
-    buffer_ += R"(, "change": )";
-    AppendValue(change.after - change.before);
+    if (const Double difference = change.after - change.before; std::isfinite(difference)) {
+      buffer_ += R"(, "change": )";
+      AppendValue(difference);
+    }
     buffer_ += file_texts_[file];
     return GoesOn();
   });
@@ -263,7 +269,7 @@ void PreviewPrinter::PrintJsonOfFigures() {
 
 void PreviewPrinter::PrintJsonOfTotals() {
   const auto figures = [](const preview::ChangeTotal& total) {
-    return fmt::format(R"("field": {}, "figures": {}, {})", total.field_number, total.figures,
+    return fmt::format(R"("field": {}, "figures": {}{})", total.field_number, total.figures,
                        JsonFigures(total.before, total.after));
   };
   BeginList("account_totals");

@@ -92,7 +92,7 @@ void TieOutPrinter::PrintCsv() {
     return fmt::format("{},{},{},{},{},{},{},{}\n", figure.account_number, CsvField(CodeOf(figure.account_position)),
                        DateText(figure.date), figure.field_number,
                        figure.expected ? ShortestText(*figure.expected) : "", ShortestText(figure.stands),
-                       figure.expected ? ShortestText(figure.stands - *figure.expected) : "", CsvField(FileOf(figure)));
+                       figure.expected ? CsvNumber(figure.stands - *figure.expected) : "", CsvField(FileOf(figure)));
   });
 }
 
@@ -100,14 +100,13 @@ void TieOutPrinter::PrintJson() {
   buffer_ += fmt::format("{{\n  \"agrees\": {},\n  \"differing\": [", tie_out_.Agrees());
   bool first = true;
   PrintFigures([&](const TieOutFigure& figure) {
-    const Text known = figure.expected ? fmt::format(R"("expected": {}, )", ShortestText(*figure.expected)) : Text();
-    const Text difference =
-        figure.expected ? fmt::format(R"("difference": {}, )", ShortestText(figure.stands - *figure.expected)) : Text();
+    const Text expected = figure.expected ? JsonMember("expected", *figure.expected) : Text();
+    const Text difference = figure.expected ? JsonMember("difference", figure.stands - *figure.expected) : Text();
     return fmt::format(
         R"({}
-    {{ "account": {}, "code": {}, "date": "{}", "field": {}, {}"stands": {}, {}"file": {} }})",
+    {{ "account": {}, "code": {}, "date": "{}", "field": {}{}{}{}, "file": {} }})",
         std::exchange(first, false) ? "" : ",", figure.account_number, JsonOfText(CodeOf(figure.account_position)),
-        DateText(figure.date), figure.field_number, known, ShortestText(figure.stands), difference,
+        DateText(figure.date), figure.field_number, expected, JsonMember("stands", figure.stands), difference,
         JsonOfText(FileOf(figure)));
   });
   buffer_ += first ? "],\n" : "\n  ],\n";
@@ -128,9 +127,10 @@ void TieOutPrinter::PrintJsonTotals(const Text& name, const std::vector<TieOutTo
                                            JsonOfText(CodeOf(total.account_position)));
     buffer_ += fmt::format(
         R"({}
-    {{ {}"field": {}, "figures": {}, "differ": {}, "untold": {}, "expected": {}, "stands": {}, "difference": {} }})",
+    {{ {}"field": {}, "figures": {}, "differ": {}, "untold": {}{}{}{} }})",
         &total == totals.data() ? "" : ",", account, total.field_number, total.figures, total.differ, total.untold,
-        ShortestText(total.expected), ShortestText(total.stands), ShortestText(total.stands - total.expected));
+        JsonMember("expected", total.expected), JsonMember("stands", total.stands),
+        JsonMember("difference", total.stands - total.expected));
     if (!GoesOn()) break;
   }
   buffer_ += totals.empty() ? "],\n" : "\n  ],\n";
