@@ -9,6 +9,7 @@
 #include <QtGui/QClipboard>
 #include <QtGui/QKeyEvent>
 #include <QtTest/QTest>
+#include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QLineEdit>
@@ -157,7 +158,7 @@ void Click(QWidget& window, const char* control, Integer index = -1) {
 }
 
 void ClickPart(QWidget& window, const char* name) {
-  auto* const button = window.findChild<QPushButton*>(name);
+  auto* const button = window.findChild<QAbstractButton*>(name);
   Later(window, [button] { QTest::mouseClick(button, Qt::LeftButton); });
 }
 
@@ -168,9 +169,12 @@ void Press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::N
 
 class Pictures {
  public:
-  Pictures(QString folder, bool long_words, QSize size)
-      : folder_(std::move(folder)), long_words_(long_words), size_(size) {
+  // The books lie where somebody's would, below the folder at hand, so that pictures show no folder of a test.
+  Pictures(const QString& folder, bool long_words, QSize size)
+      : folder_(QDir(folder).absolutePath()), long_words_(long_words), size_(size) {
     QDir().mkpath(folder_);
+    QDir::setCurrent(QString::fromStdString(temp_.Path()));
+    QDir().mkpath(QString::fromStdString(In()));
   }
 
   void Take() {
@@ -181,7 +185,7 @@ class Pictures {
     window.resize(size_);
     window.show();
     Keep(window, "start");
-    window.OpenBook(temp_.Path("north-shop.tbk"));
+    window.OpenBook(In("north-shop.tbk"));
     window.resize(size_);
     window.Figures().GoToDate(DateFromParts(2025, 3, 5));
     Keep(window, "account");
@@ -217,15 +221,17 @@ class Pictures {
   }
 
  private:
+  static Text In(const Text& name = "") { return "Books/" + name; }
+
   void MakeBooks() {
     engine::BookDescription shop = application::DemoShop();
     if (long_words_) {
       for (auto& account : shop.accounts) account.description += " and whatever else belongs to it in this branch";
       for (auto& field : shop.fields) field.description += " before taxes, discounts and returns of goods";
     }
-    engine::Book::Create(temp_.Path("north-shop.tbk"), shop);
-    engine::Book::Create(temp_.Path("head-office.tbk"), application::DemoOffice());
-    const auto book = engine::Book::Open(temp_.Path("north-shop.tbk"), app_);
+    engine::Book::Create(In("north-shop.tbk"), shop);
+    engine::Book::Create(In("head-office.tbk"), application::DemoOffice());
+    const auto book = engine::Book::Open(In("north-shop.tbk"), app_);
     application::ChangeFigures(*book, "set 100 2025-03-05 1 2500", {{101, DateFromParts(2025, 3, 5), 1, 2500}});
     book->SetOperation(engine::JournalKind::kUndo, "undo");
     (void)engine::Journal(*book).UndoNewest();
@@ -263,7 +269,7 @@ class Pictures {
   }
 
   void Dialogs(MainWindow& window) {
-    BookReader reader(temp_.Path("north-shop.tbk"), app_);
+    BookReader reader(In("north-shop.tbk"), app_);
     JournalWindow journal(&window, reader, style_, [](const engine::JournalEntry&) { return false; });
     journal.show();
     Keep(journal, "journal");
@@ -291,7 +297,7 @@ class Pictures {
     Keep(origin, "origin");
     origin.hide();
     reader.Rest();
-    const auto book = engine::Book::Open(temp_.Path("north-shop.tbk"), app_);
+    const auto book = engine::Book::Open(In("north-shop.tbk"), app_);
     engine::Journal entries(*book);
     constexpr Long kPasted = 3;
     const engine::UndoOutcome look = entries.TakeBack({.id = kPasted, .only_look = true});
@@ -301,7 +307,7 @@ class Pictures {
   }
 
   void Wizard(MainWindow& window) {
-    NewBookWizard wizard(&window, style_, temp_.Path());
+    NewBookWizard wizard(&window, style_, In());
     wizard.show();
     const auto lines = wizard.findChildren<QWidget*>();
     Keep(wizard, "new-1");
@@ -323,9 +329,9 @@ class Pictures {
 
   // Accounts, fields and years: edited, pasted, and asked about. Nothing of it comes into the book.
   void Lists(MainWindow& window) {
-    temp_.Write("TBQDX1.north-shop", "\"Branch\",\"in/*.QDX\",1,0,0\r\n0,1\r\n\"f\",\"100\"\r\n0\r\n");
-    Conversations run(means_, temp_.Path("north-shop.tbk"), window);
-    ListsWindow lists(&window, run, platform_.Files(), temp_.Path("north-shop.tbk"), app_, style_);
+    temp_.Write(In("TBQDX1.north-shop"), "\"Branch\",\"in/*.QDX\",1,0,0\r\n0,1\r\n\"f\",\"100\"\r\n0\r\n");
+    Conversations run(means_, In("north-shop.tbk"), window);
+    ListsWindow lists(&window, run, platform_.Files(), In("north-shop.tbk"), app_, style_);
     lists.show();
     auto& pages = *lists.findChild<QTabWidget*>();
     auto& rows = *pages.widget(0)->findChild<QTableView*>("rows");
@@ -387,8 +393,8 @@ class Pictures {
   }
 
   void Check(MainWindow& window) {
-    Conversations run(means_, temp_.Path("north-shop.tbk"), window);
-    CareActs care(window, run, temp_.Path("north-shop.tbk"));
+    Conversations run(means_, In("north-shop.tbk"), window);
+    CareActs care(window, run, In("north-shop.tbk"));
     walk_.Then("Check of", [this](QWidget& report) {
       Keep(report, "check");
       Later(report, [&report] { report.close(); });
@@ -405,12 +411,12 @@ class Pictures {
 
   // A year of the shop goes into the office: exported, matched by keys, imported, and the report of it.
   void Exchange(MainWindow& window) {
-    const QString file = QString::fromStdString(temp_.Path("north-2024.QDX"));
+    const QString file = QString::fromStdString(In("north-2024.QDX"));
     window.Figures().GoToDate(DateFromParts(application::kDemoYear, 3, 5));
     Export(window, file);
-    const QString kept = QString::fromStdString(temp_.Path("north-2024-kept.QDX"));
+    const QString kept = QString::fromStdString(In("north-2024-kept.QDX"));
     QFile::copy(file, kept);
-    window.OpenBook(temp_.Path("head-office.tbk"));
+    window.OpenBook(In("head-office.tbk"));
     Define(file);
     walk_.Then("QDX Import Layouts", [this](QWidget& list) {
       Keep(list, "definitions");
@@ -437,18 +443,79 @@ class Pictures {
     });
     walk_.Then("QDX Import Layouts", [](QWidget& list) { Press(list, Qt::Key_Escape); });
     window.activateWindow();
-    Conversations run(means_, temp_.Path("head-office.tbk"), window);
+    Conversations run(means_, In("head-office.tbk"), window);
     (void)run.Definitions(file.toStdString());
     window.Figures().LookAgain();
     Keep(window, "office");
+    ImportNothing(window);
     HoldAgainst(window, kept);
     CheckAFile(window);
+    CheckExchangeFile(window, kept);
+    Prompts(window);
+  }
+
+  // Two files of which one is none, all or nothing.
+  void ImportNothing(MainWindow& window) {
+    temp_.Write(In("south-1.QDX"), "no figures");
+    temp_.Write(In("TBQDX2.head-office"),
+                "\"South Shop\",\"" + In("south-?.QDX") + "\",1,0,0\r\n0,1\r\n\"f\",\"4100\"\r\n0\r\n");
+    walk_.Then("QDX Import Layouts", [this](QWidget& list) {
+      ClickPart(list, "switch");
+      QTest::keyClick(list.findChild<QTableView*>("rows"), Qt::Key_End);
+      ClickPart(list, "action2");
+    });
+    for (int box = 0; box < 2; ++box) walk_.Then("Tallybook", [](QWidget& told) { Press(told, Qt::Key_Return); });
+    walk_.Then("QDX Import Report", [this](QWidget& report) {
+      Keep(report, "report-nothing");
+      Later(report, [&report] { report.close(); });
+    });
+    walk_.Then("QDX Import Layouts", [this](QWidget& list) {
+      Keep(list, "definitions-whole");
+      ClickPart(list, "switch");
+      Press(list, Qt::Key_Escape);
+    });
+    window.activateWindow();
+    Conversations run(means_, In("head-office.tbk"), window);
+    (void)run.Definitions();
+    QFile::remove(QString::fromStdString(In("TBQDX2.head-office")));
+  }
+
+  // The definition does not know all accounts of the file.
+  void CheckExchangeFile(MainWindow& window, const QString& file) {
+    TriggerText(window, "Check a File");
+    QWidget& check = Titled("Check a File");
+    check.findChild<QLineEdit*>("file_name")->setText(file);
+    Keep(check, "file-check-exchange-begin");
+    check.findChild<QPushButton*>("check")->click();
+    QTest::keyClick(check.focusWidget(), Qt::Key_Down);
+    Keep(check, "file-check-exchange");
+    check.findChild<QLineEdit*>("file_name")->setText(QString::fromStdString(In("january.csv")));
+    check.findChild<QComboBox*>("kind")->setCurrentIndex(2);
+    check.findChild<QPushButton*>("check")->click();
+    Keep(check, "file-check-no-exchange");
+    check.close();
+    Settle();
+  }
+
+  // The prompts of text files with what stands beside their buttons.
+  void Prompts(MainWindow& window) {
+    walk_.Then("Import CSV Data File", [this](QWidget& prompt) {
+      Keep(prompt, "prompt-csv");
+      Press(prompt, Qt::Key_Escape);
+    });
+    Conversations run(means_, In("head-office.tbk"), window);
+    (void)run.ImportCsv(In("january.csv"));
+    walk_.Then("Import Delimited File", [this](QWidget& prompt) {
+      Keep(prompt, "prompt-delimited");
+      Press(prompt, Qt::Key_Escape);
+    });
+    (void)run.ImportDelimited(In("january.csv"));
   }
 
   // The file held against the office's book, in which somebody has typed since.
   void HoldAgainst(MainWindow& window, const QString& file) {
     {
-      const auto book = engine::Book::Open(temp_.Path("head-office.tbk"), app_);
+      const auto book = engine::Book::Open(In("head-office.tbk"), app_);
       const engine::BookDescription& lists = book->Description();
       for (const int month : {3, 4}) {
         const auto& account = lists.accounts[static_cast<std::size_t>(month - 3)];
@@ -475,13 +542,13 @@ class Pictures {
 
   // A file with findings of each kind.
   void CheckAFile(MainWindow& window) {
-    temp_.Write("january.csv",
+    temp_.Write(In("january.csv"),
                 "1,5,2024,1,1\r\n4100,1,\"1.234,50\"\r\n4110,1,812.40\r\n4115,1,12.50\r\n4120,2,331.18 EUR\r\n"
                 "4130,9,141\r\n4100,1,99\r\n4140,3,\"7,5\"\r\n");
     TriggerText(window, "Check a File");
     QWidget& check = Titled("Check a File");
     Keep(check, "file-check-begin");
-    check.findChild<QLineEdit*>("file_name")->setText(QString::fromStdString(temp_.Path("january.csv")));
+    check.findChild<QLineEdit*>("file_name")->setText(QString::fromStdString(In("january.csv")));
     check.findChild<QPushButton*>("check")->click();
     QTest::keyClick(check.focusWidget(), Qt::Key_Down);
     Keep(check, "file-check");
@@ -523,7 +590,7 @@ class Pictures {
       Keep(dialog, "export-file");
       Press(dialog, Qt::Key_Return);
     });
-    Conversations run(means_, temp_.Path("north-shop.tbk"), window);
+    Conversations run(means_, In("north-shop.tbk"), window);
     Date date = DateFromParts(application::kDemoYear, 3, 5);
     (void)run.ExportQdx(date);
   }
@@ -564,8 +631,8 @@ class Pictures {
   DesktopApp app_{{.title = {},
                    .settings_file = temp_.Path("tallybook.ini"),
                    .log_file = temp_.Path("log"),
-                   .import_folder = temp_.Path(),
-                   .data_folder = temp_.Path()}};
+                   .import_folder = In(),
+                   .data_folder = In()}};
   DesktopFactory factory_{platform_.Handles(), platform_.Progress()};
   ConversationMeans means_{.platform = platform_, .app = app_, .factory = factory_};
   Walk walk_;
