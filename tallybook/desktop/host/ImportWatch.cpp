@@ -168,7 +168,7 @@ std::vector<Text> ImportWatch::EndWhole(application::AtomicImport& atomic, appli
   std::vector<Text> told;
   for (const Text& text : application::NotDisposedTexts(end.outcomes)) told.push_back("It is done, but " + text + ".");
   if (end.lost) told.push_back(end.lost->words + ".");
-  if (was_dropped_ && had_work) told.push_back(application::NothingKeptLine());
+  if (was_dropped_ && (had_work || !is_text_)) told.push_back(application::NothingKeptLine());
   return told;
 }
 

@@ -133,6 +133,7 @@ FileCheckWindow::FileCheckWindow(Means means)
       effect_(NewChoiceBox("effect", {})),
       part_(new QLineEdit),
       table_(new FindingTable([this] { text_->setFocus(); }, [this](int column) { SortBy(column); })),
+      detail_(new QLabel),
       text_(new FilePane(nullptr)) {
   setWindowTitle("Check a File");
   summary_->setObjectName("summary");
@@ -145,7 +146,7 @@ FileCheckWindow::FileCheckWindow(Means means)
   layout->addWidget(NewFindings(), 1);
   layout->addStretch();  // where there are none
   layout->addWidget(NewButtons());
-  resize(fontMetrics().height() * 64, fontMetrics().height() * 40);
+  resize(fontMetrics().height() * 72, fontMetrics().height() * 40);
   ShowNothing(kBegin);
   FillDefinitions();
   file_->setFocus();
@@ -221,6 +222,13 @@ QWidget* FileCheckWindow::NewFindings() {
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(NewFilters());
   column->addWidget(table_);
+  detail_->setObjectName("detail");
+  detail_->setTextFormat(Qt::PlainText);
+  detail_->setWordWrap(true);
+  detail_->setAlignment(Qt::AlignTop | Qt::AlignLeading);
+  detail_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  detail_->setMinimumHeight(2 * detail_->fontMetrics().lineSpacing());  // so that the list does not jump
+  column->addWidget(detail_);
   found_ = new QSplitter(Qt::Vertical);
   found_->setChildrenCollapsible(false);
   found_->addWidget(list);
@@ -429,7 +437,10 @@ void FileCheckWindow::SortBy(int column) {
 
 void FileCheckWindow::ShowPlace() {
   const QModelIndex index = table_->currentIndex();
-  if (index.isValid()) text_->ShowFinding(model_->At(index.row()));
+  if (!index.isValid()) return detail_->clear();
+  const inspect::Finding& finding = model_->At(index.row());
+  detail_->setText(ShownLine(finding.help.empty() ? finding.reason : finding.reason + "; " + finding.help));
+  text_->ShowFinding(finding);
 }
 
 void FileCheckWindow::SaveLines() {

@@ -96,6 +96,7 @@ class FileCheckWindow final : public QDialog {
   QLineEdit* part_;
   QTableView* table_;
   FindingModel* model_ = nullptr;
+  QLabel* detail_;  // of the finding at hand, all of its words
   FilePane* text_;
   QSplitter* found_ = nullptr;
   QPushButton* check_ = nullptr;

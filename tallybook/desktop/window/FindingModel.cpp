@@ -44,26 +44,26 @@ constexpr Column kRecord = {
 constexpr Column kColumnName = {"Column", 12, false,
                                 [](const Finding& finding) { return ShownLine(finding.column_name); },
                                 IsLess<&Finding::column_name>};
-constexpr Column kByte = {"Byte", 11, true,
+constexpr Column kByte = {"Byte", 9, true,
                           [](const Finding& finding) { return finding.offset ? CountIn(*finding.offset) : QString(); },
                           IsLess<&Finding::offset>};
-constexpr Column kAccount = {"Account", 12, false,
+constexpr Column kAccount = {"Account", 10, false,
                              [](const Finding& finding) { return ShownLine(finding.account.value_or("")); },
                              IsLess<&Finding::account>};
 constexpr Column kField = {
     "Field", 7, true,
     [](const Finding& finding) { return finding.field ? QString::number(*finding.field) : QString(); },
     IsLess<&Finding::field>};
-constexpr Column kDate = {"Date", 12, false,
+constexpr Column kDate = {"Date", 14, false,
                           [](const Finding& finding) { return finding.date ? DateIn(*finding.date) : QString(); },
                           IsLess<&Finding::date>};
 constexpr Column kText = {"Text", 18, false, [](const Finding& finding) { return AsWritten(ShownLine(finding.text)); },
                           IsLess<&Finding::text>};
-constexpr Column kValue = {"Value", 12, true, kText.cell, kText.is_less};
-constexpr Column kEffect = {"The import", 26, false,
+constexpr Column kValue = {"Value", 11, true, kText.cell, kText.is_less};
+constexpr Column kEffect = {"The import", 23, false,
                             [](const Finding& finding) { return ToQt(EffectWords(finding.effect)); },
                             IsLess<&Finding::effect>};
-constexpr Column kReason = {"Reason", 44, false, [](const Finding& finding) { return ShownLine(finding.reason); },
+constexpr Column kReason = {"Reason", 50, false, [](const Finding& finding) { return ShownLine(finding.reason); },
                             IsLess<&Finding::reason>};
 constexpr Column kHelp = {"What would help", 30, false, [](const Finding& finding) { return ShownLine(finding.help); },
                           IsLess<&Finding::help>};
@@ -104,6 +104,7 @@ void FindingModel::SetResult(const FileCheckResult* result) {
   rows_.clear();
   const std::size_t count = result == nullptr ? 0 : result->findings.size();
   for (std::size_t index = 0; index < count; ++index) rows_.push_back(index);
+  Order();
   endResetModel();
 }
 
@@ -138,7 +139,11 @@ void FindingModel::SortBy(std::optional<int> column, Qt::SortOrder order) {
 
 void FindingModel::Order() {
   std::ranges::sort(rows_);
-  if (!column_) return;
+  if (!column_) {
+    std::ranges::stable_partition(rows_,
+                                  [&](std::size_t row) { return result_->findings[row].effect != Effect::kNote; });
+    return;
+  }
   const auto is_less = ColumnAt(result_, *column_).is_less;
   std::ranges::stable_sort(rows_, [&](std::size_t one, std::size_t other) {
     const Finding& first = result_->findings[order_ == Qt::AscendingOrder ? one : other];

@@ -15,11 +15,12 @@ class FindingModel final : public QAbstractTableModel {
  public:
   using QAbstractTableModel::QAbstractTableModel;
 
-  // `result` stays as it is until another is set; null for none. All of it is chosen, in its own order.
+  // `result` stays as it is until another is set; null for none. All of it is chosen, in its own order but for notes,
+  // which come last.
   void SetResult(const FileCheckResult* result);
   // Those of one effect, or of all, that have `part` in one of their cells, in any case; empty for all.
   void Choose(std::optional<inspect::Effect> effect, const QString& part);
-  // Rows that are alike there stay in the order in which they were found; so they do without a column.
+  // Rows that are alike there stay in the order in which they were found.
   void SortBy(std::optional<int> column, Qt::SortOrder order);
 
   // Of the rows chosen, as they are sorted.

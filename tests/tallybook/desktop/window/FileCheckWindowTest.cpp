@@ -84,6 +84,7 @@ TEST_F(FileCheckWindowTest, ListsFindingsAndShowsTheirLinesMarked) {
   EXPECT_EQ(Cell(window, 0, 3), "1,5");
   EXPECT_EQ(Cell(window, 0, 4), "takes it in silence");
   EXPECT_EQ(Marked(window), "1,5");
+  EXPECT_EQ(WordsOf(window, "detail"), Cell(window, 0, 5).toStdString() + "; " + Cell(window, 0, 6).toStdString());
   EXPECT_THAT(testing::FaultsOf(window), IsEmpty());
   testing::Picture(window, "file-check");
   Press(window, Qt::Key_Down);
@@ -279,6 +280,7 @@ TEST_F(FileCheckWindowTest, ANoteLooksUnlikeAnError) {
   const int error = static_cast<int>(effects.indexOf("asks about it"));
   ASSERT_TRUE(note >= 0 && error >= 0) << effects.join('|').toStdString();
   EXPECT_EQ(Cell(window, note, kReason), "the file is deleted after the import");
+  EXPECT_EQ(note, Rows(window) - 1) << "behind all that is wrong";
   EXPECT_TRUE(of(note, Qt::FontRole).value<QFont>().italic());
   EXPECT_FALSE(of(error, Qt::FontRole).isValid());
   EXPECT_NE(picture(note), picture(error));
