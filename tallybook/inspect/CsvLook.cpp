@@ -187,6 +187,8 @@ class CsvLookRun {
     const auto field = findings_.Whole<Long>(record[1], 2, "field");
     if (field) findings_.Look(record[1], 2, "field", FieldTrouble(tables_, *field, true));
     findings_.Look(record[2], 3, "value", LooseNumberTrouble(TextOf(record[2])));
+    if (static_cast<eMath>(head_.math) != eMath::mReplace)
+      findings_.Look(record[2], 3, "value", SumTrouble(LeadingNumber(TextOf(record[2]))));
     if (account > 0 && field) LookWhetherNamed(record, account, *field);
     findings_.CountRecord();
     Pass(Piece::kRecord, record);

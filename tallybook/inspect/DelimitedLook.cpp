@@ -97,7 +97,7 @@ class DelimitedLookRun {
     if (std::ranges::all_of(audited, IsBlank)) return LookAtBlankLine(line, audit_passes);
     LookAtWholeLine(line);
     LookAtDate(audited);
-    LookAtAccount(audited);
+    LookAtAccount(audited, line);
     FindPairs(audited, first_pair_, pairs_);
     LookAtPairs(line);
   }
@@ -159,11 +159,14 @@ class DelimitedLookRun {
 
   // --- The account ---------------------------------------------------------------------------------------------------
 
-  void LookAtAccount(LineFields fields) {
+  void LookAtAccount(LineFields fields, std::string_view line) {
     const std::size_t place = first_pair_ - 1;
     const std::string_view bytes = place < fields.size() ? fields[place] : std::string_view();
     const auto column = static_cast<Integer>(place + 1);
-    Look(column, "account", TextOf(bytes), CodeTrouble(tables_, file_.Encoding(), file_.IsEncodingFoundOut(), bytes));
+    auto trouble = CodeTrouble(tables_, file_.Encoding(), file_.IsEncodingFoundOut(), bytes);
+    if (trouble && place >= fields.size() && line.find(';') != std::string_view::npos)
+      trouble->help = "write commas between the fields: a semicolon begins a comment, which ends the line";
+    Look(column, "account", TextOf(bytes), trouble);
     account_ = tables_.AccountOfCode(CutCode(TextOf(bytes)));
   }
 
@@ -192,7 +195,10 @@ class DelimitedLookRun {
                          : "has no value, and ends the line's pairs: " + Behind(behind),
              "write a value, or take the field away"});
     } else {
-      Look(value_column, "value", TextOf(pair.value), StrictNumberTrouble(Text(pair.value)));
+      const Text value(pair.value);
+      const bool is_number = !Look(value_column, "value", TextOf(pair.value), StrictNumberTrouble(value));
+      if (is_number && request_.math != eMath::mReplace)
+        Look(value_column, "value", TextOf(pair.value), SumTrouble(LeadingNumber(value)));
     }
   }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
-#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -21,6 +20,7 @@
 #include "tallybook/inspect/QdxMatch.h"
 #include "tallybook/inspect/QdxTables.h"
 #include "tallybook/inspect/QdxWalk.h"
+#include "tallybook/inspect/Troubles.h"
 
 namespace tallybook::inspect {
 
@@ -227,11 +227,8 @@ class QdxLookRun : private QdxListener {
       named_fields_ = &named_[place_->date];
       dates_.Take(*place_);
     }
-    if (std::isfinite(value.value) && std::abs(value.value) > std::numeric_limits<Double>::max() / 2) {
-      TellAt(offset, WhereOf(value), Effect::kSilent,
-             "is so large that its sum with another may be no number, which ends the import",
-             "look whether it is meant");
-    }
+    if (const auto trouble = SumTrouble(value.value))
+      TellAt(offset, WhereOf(value), trouble->effect, trouble->reason, trouble->help);
     if (!Name(value.field_index)) {
       TellAt(offset, WhereOf(value), Effect::kSilent, "the file names this figure before: both count",
              "take one of them out, unless both are meant");

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <functional>
+#include <limits>
 #include <vector>
 
 #include "base/CodePage.h"
@@ -253,6 +254,12 @@ std::optional<Trouble> CodeTrouble(const BookTables& tables, EncodedText& encodi
       Effect::kStop,
       fmt::format("has more than {} characters, which the audit cuts off and the import ends at", kCodeWidth),
       "write " + TrimBoth(CutCode(code))};
+}
+
+std::optional<Trouble> SumTrouble(Double number) {
+  if (!std::isfinite(number) || std::abs(number) <= std::numeric_limits<Double>::max() / 2) return std::nullopt;
+  return Trouble{Effect::kSilent, "is so large that its sum with another may be no number, which ends the import",
+                 "look whether it is meant"};
 }
 
 Text NamedBefore(eMath math) {

@@ -53,6 +53,9 @@ struct Trouble {
 [[nodiscard]] std::optional<Trouble> CodeTrouble(const BookTables& tables, EncodedText& encoding, bool found_out,
                                                  std::string_view bytes);
 
+// A number that is to be added to another, or subtracted from it.
+[[nodiscard]] std::optional<Trouble> SumTrouble(Double number);
+
 // What becomes of a figure that the file has named before.
 [[nodiscard]] Text NamedBefore(eMath math);
 

@@ -153,6 +153,15 @@ TEST_F(CsvLookTest, NumbersThatAChangeOfTheDateHasNoUseForMustFit) {
   EXPECT_THAT(Words(kHead + ",x,y,2,4,2004\r\n100,1,5\r\n"), IsEmpty());
 }
 
+TEST_F(CsvLookTest, ANumberThatMayHaveNoSumIsToldWhereFiguresAreAdded) {
+  const Text words =
+      "2 value \"-1e308\" silent: is so large that its sum with another may be no number, which ends "
+      "the import";
+  EXPECT_THAT(Words(kHead + "100,1,-1e308\r\n100,2,8e307\r\n"), ElementsAre(words));
+  request_.math = eMath::mReplace;
+  EXPECT_THAT(Words(kHead + "100,1,-1e308\r\n"), IsEmpty());
+}
+
 TEST_F(CsvLookTest, TheSameFigureTwiceIsToldWithWhatBecomesOfIt) {
   EXPECT_THAT(Words(kHead + "100,1,5\r\n100,1,6\r\n"),
               ElementsAre("3  \"100, 2004-02-03, 1\" silent: the file names this figure before: both are added"));

@@ -101,6 +101,22 @@ TEST_F(DelimitedLookTest, ACommentThatTheImportReadsIsTold) {
   EXPECT_THAT(Words("02/03/2004,100,1,5,;note\r\n"), IsEmpty()) << "nothing stands behind it";
 }
 
+TEST_F(DelimitedLookTest, ALineWithSemicolonsForCommasIsToldWhatTheyDo) {
+  Look("02/03/2004;100;1;5\r\n");
+  EXPECT_THAT(
+      list_->findings,
+      ElementsAre(Finding{1, 1, 2, "account", "", Effect::kAudit, "is no account code of the book",
+                          "write commas between the fields: a semicolon begins a comment, which ends the line"}));
+}
+
+TEST_F(DelimitedLookTest, ANumberThatMayHaveNoSumIsToldWhereFiguresAreAdded) {
+  EXPECT_THAT(Words("02/03/2004,100,1,1e308\r\n"),
+              ElementsAre("1 4 value \"1e308\" silent: is so large that its sum with another may be no number, which "
+                          "ends the import"));
+  request_.math = eMath::mReplace;
+  EXPECT_THAT(Words("02/03/2004,100,1,1e308\r\n"), IsEmpty());
+}
+
 TEST_F(DelimitedLookTest, ALineWithoutTextIsARecordWithoutADate) {
   EXPECT_THAT(
       Words("02/03/2004,100,1,5\r;note\r  ,\r"),
