@@ -221,6 +221,7 @@ void Database::Fail(int result) const {
     case SQLITE_NOTADB:
       reason = "this file is not a book";
       break;
+    case SQLITE_ERROR:  // what is asked is always the same: a table or a part of one is missing
     case SQLITE_CORRUPT:
       reason = "the book is damaged: " + reason;
       break;

@@ -421,6 +421,16 @@ TEST_F(BookTest, NamesTheChunkThatIsDamaged) {
   EXPECT_EQ(Get(*book, kShop, Day(2003, 5, 5), kSales), 2);
 }
 
+TEST_F(BookTest, ABookThatLacksATableIsDamaged) {
+  for (const char* table : {"property", "account", "account_sum"}) {
+    Create(ShopDescription());
+    Meddle(Text("DROP TABLE ") + table);
+    EXPECT_THAT([&] { FiguresOf(*Open()); },
+                FailsWith(FailureNumber::kDeviceError, BookPath() + ": the book is damaged: no such table: " + table));
+    std::filesystem::remove(BookPath());
+  }
+}
+
 TEST_F(BookTest, FailsOnABookThatDoesNotTellWhatItIs) {
   Create(ShopDescription());
   Meddle("DELETE FROM property WHERE name = 'first_year'");
