@@ -11,4 +11,8 @@ namespace tallybook::application {
 // value that is no number of mebibytes from 1 to 1,048,576, and as SettingsFile::ReadValue.
 [[nodiscard]] std::size_t CacheBytes(const Text& settings_file);
 
+// Section "Files", key "WriteRollback", is read by the component, which fails at a value that is none with no word of
+// where it stands. Fails here with 5, the file, the key and the value.
+void NeedSoundRollbackSetting(const Text& settings_file);
+
 }  // namespace tallybook::application

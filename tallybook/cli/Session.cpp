@@ -124,6 +124,7 @@ std::unique_ptr<engine::Book> Session::OpenToChange(const Text& path, Long wait_
 
 engine::BookOptions Session::Options() {
   engine::BookOptions options;
+  application::NeedSoundRollbackSetting(app_.SettingsFileName());
   options.cache_bytes = application::CacheBytes(app_.SettingsFileName());
   options.progress = &platform_.Progress();
   options.reports = &report_heads_;

@@ -15,6 +15,7 @@
 #include "base/Failure.h"
 #include "platform/Platform.h"
 #include "support/Utility.h"
+#include "tallybook/application/HostSettings.h"
 #include "tallybook/application/OpenToChange.h"
 #include "tallybook/desktop/host/QtTexts.h"
 #include "tallybook/engine/BookHold.h"
@@ -83,6 +84,7 @@ OpenedBook BookOpener::Open(const Text& path, bool read_only) {
   OpenedBook opened;
   engine::BookOptions options;
   options.read_only = read_only;
+  application::NeedSoundRollbackSetting(app_.SettingsFileName());
   options.cache_bytes = app_.CacheBytes();
   options.progress = &progress_;
   options.reports = &report_heads_;
