@@ -60,6 +60,14 @@ inline Double Get(engine::Book& book, Long account, Date date, Integer field) {
   return book.FieldValue(field);
 }
 
+// Runs it on a book's file, past the engine.
+inline void MeddleWith(const Text& path, const Text& sql) {
+  sqlite3* handle = nullptr;
+  ASSERT_EQ(sqlite3_open(path.c_str(), &handle), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(handle);
+  sqlite3_close(handle);
+}
+
 class BookFixture : public ::testing::Test {
  protected:
   [[nodiscard]] Text BookPath() const { return folder.Path("North.tbk"); }
@@ -79,12 +87,7 @@ class BookFixture : public ::testing::Test {
   }
 
   // Runs SQL on the book's file past the engine; the book must not be open.
-  void Meddle(const Text& sql) {
-    sqlite3* handle = nullptr;
-    ASSERT_EQ(sqlite3_open(BookPath().c_str(), &handle), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(handle);
-    sqlite3_close(handle);
-  }
+  void Meddle(const Text& sql) { MeddleWith(BookPath(), sql); }
 
   ScriptedPlatform platform;
   TempFolder folder;

@@ -293,6 +293,21 @@ TEST_F(AllOrNothingTest, CancelledInItsMidstNothingStays) {
   ExpectAsItWas({"a.QDX"});
 }
 
+TEST_F(AllOrNothingTest, WhatCannotBeKeptIsToldWithTheReason) {
+  Want(true);
+  WriteExchangeFile("a.QDX");
+  WriteDefinition(1, "a.QDX", 1);
+  tallybook::testing::MeddleWith(BookPath(),
+                                 "CREATE TRIGGER refuse BEFORE INSERT ON journal_text WHEN NEW.value LIKE '%inode%' "
+                                 "BEGIN SELECT RAISE(FAIL, 'refused'); END");
+  FromTheList("action1");
+  user_.Then(kConfirmation, Press(Qt::Key_Return));
+  ExpectReport("refused", kNothingKept);
+  user_.Then(kList, Press(Qt::Key_Escape));
+  EXPECT_FALSE(conversations_.Definitions().ChangedFigures());
+  ExpectAsItWas({"a.QDX"});
+}
+
 TEST_F(AllOrNothingTest, ThePreviewTellsTheSame) {
   Want(true);
   WriteOneGoodAndOneBad();
