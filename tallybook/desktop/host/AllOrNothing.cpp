@@ -17,6 +17,9 @@ constexpr const char* kOff = "False";
 AllOrNothing::AllOrNothing(const Means& means) : means_(means), settings_(means.factory.NewIniFile()) {
   settings_->SetFileName(means_.book.SettingsFileName());
   settings_->SetSection(kSection);
+}
+
+void AllOrNothing::Recall() {
   is_wanted_ = settings_->ReadValue(kKey, kOff) == kOn;
 }
 

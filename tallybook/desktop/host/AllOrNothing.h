@@ -22,8 +22,10 @@ class AllOrNothing {
     const application::OutputRules& rules;  // of what an import must not take the name away from
     HostFactory& factory;
   };
-  // All of it outlives this. Fails as IniFile::ReadValue.
+  // All of it outlives this. It is not wanted until it is recalled.
   explicit AllOrNothing(const Means& means);
+  // As the book remembers it. Fails as IniFile::ReadValue, and it is as it was then.
+  void Recall();
 
   // What stands beside the choice wherever it is offered.
   static constexpr const char* kCaption = "All or &nothing";

@@ -320,6 +320,18 @@ class Conversations::Run {
     return addition;
   }
 
+  // Settings that cannot be read keep nobody from an import.
+  void RecallAllOrNothing() {
+    try {
+      all_or_nothing_->Recall();
+    } catch (...) {
+      state_.Tell(
+          "Whether imports are to be done wholly or not at all is not known, so they are done as far as they go: " +
+              CurrentFailure().Description(),
+          kExclamationIcon);
+    }
+  }
+
   void WantAllOrNothing(bool wanted) {
     try {
       all_or_nothing_->Want(wanted);
@@ -445,6 +457,7 @@ class Conversations::Run {
     QtPlatform& platform = state_.means.platform;
     all_or_nothing_.emplace(AllOrNothing::Means{
         .book = *book_, .files = platform.Files(), .rules = rules_, .factory = state_.means.factory});
+    RecallAllOrNothing();
     watch_.emplace(
         *book_, ImportWatch::Means{
                     .exchange = [this] { return state_.means.factory.Exchange(); },

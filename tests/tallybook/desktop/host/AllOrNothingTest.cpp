@@ -148,6 +148,24 @@ TEST_F(AllOrNothingTest, TheListAndTheConfirmationShowOneChoice) {
   EXPECT_THAT(folder_.Read("North.ini"), HasSubstr("AllOrNothing=False"));
 }
 
+TEST_F(AllOrNothingTest, SettingsThatCannotBeReadOrWrittenAreToldAndKeepNobodyFromAnImport) {
+  std::filesystem::create_directory(folder_.Path("North.ini"));
+  WriteExchangeFile("a.QDX");
+  WriteDefinition(1, "a.QDX", 3);
+  user_.Then("Tallybook", Told("North.ini"))
+      .Then(kList, Later(Click("action1")))
+      .Then(kConfirmation, Later([](QWidget& prompt) { QTest::mouseClick(&SwitchOf(prompt), Qt::LeftButton); }))
+      .Then("Tallybook", Told("North.ini"))
+      .Then(kConfirmation,
+            [](QWidget& prompt) {
+              EXPECT_TRUE(SwitchOf(prompt).isChecked()) << "it holds for this conversation";
+              QTest::keyClick(prompt.focusWidget(), Qt::Key_Return);
+            })
+      .Then(kReport, [](QWidget& window) { window.close(); })
+      .Then(kList, Press(Qt::Key_Escape));
+  EXPECT_TRUE(conversations_.Definitions().ChangedFigures());
+}
+
 // --- Text files ------------------------------------------------------------------------------------------------------
 
 TEST_F(AllOrNothingTest, ATextFileIsImportedWholeAndKeptInTheJournal) {
