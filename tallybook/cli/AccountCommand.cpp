@@ -72,6 +72,7 @@ ExitStatus Change(const AccountOptions& options, const Text& what_ran, Edit edit
 
 ExitStatus RunAdd(const AccountOptions& options) {
   return Change(options, "account add " + options.code, [&](const engine::Book& book) {
+    NeedFreeCode(book, options.code);
     return application::WithAccount(book.Stored(), {options.number, options.code, options.description.value_or("")},
                                     options.position);
   });
@@ -80,8 +81,9 @@ ExitStatus RunAdd(const AccountOptions& options) {
 ExitStatus RunEdit(const AccountOptions& options) {
   if (!options.new_code && !options.description) throw WrongUse("one of --code and --description is wanted");
   return Change(options, "account edit " + options.code, [&](const engine::Book& book) {
-    return application::WithAccountEdited(book.Description(), AccountNumberOf(book, options.code), options.new_code,
-                                          options.description);
+    const Long number = AccountNumberOf(book, options.code);
+    if (options.new_code) NeedFreeCode(book, *options.new_code, number);
+    return application::WithAccountEdited(book.Description(), number, options.new_code, options.description);
   });
 }
 

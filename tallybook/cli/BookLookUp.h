@@ -10,6 +10,9 @@ namespace tallybook::cli {
 // for where the book has none.
 [[nodiscard]] Long AccountNumberOf(const engine::Book& book, const Text& code);
 void NeedField(const engine::Book& book, Long field_number);
+// Failure 5 where another account than that of number `besides` has the code, and where a field has the number.
+void NeedFreeCode(const engine::Book& book, const Text& code, Long besides = 0);
+void NeedFreeField(const engine::Book& book, Integer field_number);
 // Failure 5 for a date that no record of the book holds; it names the range. The last record can end behind LastDate.
 void NeedDate(const engine::Book& book, Date date);
 

@@ -82,6 +82,7 @@ ExitStatus ChangeField(const FieldOptions& options, const Text& what_ran, Edit e
 
 ExitStatus RunAdd(const FieldOptions& options) {
   return Change(options, "field add " + options.name, [&](const engine::Book& book) {
+    NeedFreeField(book, options.number);
     return application::WithField(book.Stored(), {options.number, options.name, options.is_system}, options.position);
   });
 }
