@@ -140,8 +140,8 @@ void FindingModel::SortBy(std::optional<int> column, Qt::SortOrder order) {
 void FindingModel::Order() {
   std::ranges::sort(rows_);
   if (!column_) {
-    std::ranges::stable_partition(rows_,
-                                  [&](std::size_t row) { return result_->findings[row].effect != Effect::kNote; });
+    const auto is_wrong = [&](std::size_t row) { return result_->findings[row].effect != Effect::kNote; };
+    std::stable_partition(rows_.begin(), rows_.end(), is_wrong);
     return;
   }
   const auto is_less = ColumnAt(result_, *column_).is_less;

@@ -459,7 +459,7 @@ class Pictures {
     temp_.Write(In("south-1.QDX"), "no figures");
     temp_.Write(In("TBQDX2.head-office"),
                 "\"South Shop\",\"" + In("south-?.QDX") + "\",1,0,0\r\n0,1\r\n\"f\",\"4100\"\r\n0\r\n");
-    walk_.Then("QDX Import Layouts", [this](QWidget& list) {
+    walk_.Then("QDX Import Layouts", [](QWidget& list) {
       ClickPart(list, "switch");
       QTest::keyClick(list.findChild<QTableView*>("rows"), Qt::Key_End);
       ClickPart(list, "action2");
