@@ -242,6 +242,8 @@ class Conversations::Run {
   void AddTo(ListWindow& list) {
     list.SetAddition(
         "Preview ALL", [this] { return PreviewAll(); }, kImportAll);
+    list.SetAddition(
+        "Check", [this] { return CheckSelected(); }, kImportOne);
     list.SetSwitch({.caption = QString(AllOrNothing::kCaption).remove('&'),
                     .help = AllOrNothing::kHelp,
                     .is_on = [this] { return all_or_nothing_->IsWanted(); },
@@ -368,16 +370,39 @@ class Conversations::Run {
             .system_fields = way.system_fields};
   }
 
-  // Of the definition's files the one that the conversation is about, or else the first.
   [[nodiscard]] FileCheckWish WishFor(const dlgQDXImp& prompt) const {
     const CDataExchange* const exchange = state_.means.factory.Exchange();
     if (exchange == nullptr) return {};
-    const std::vector<Text> files = application::ExchangeFilesOf(exchange->QdxFileName());
+    return WishFor(exchange->FileNum(), exchange->QdxFileName(), prompt.Math());
+  }
+  // Of the definition's files the one that the conversation is about, or else the first.
+  [[nodiscard]] FileCheckWish WishFor(Integer definition, const Text& pattern, Integer math) const {
+    const std::vector<Text> files = application::ExchangeFilesOf(pattern);
     const auto named = std::ranges::find_if(files, [this](const Text& file) { return IsSameFile(file, file_); });
-    FileCheckWish wish{
-        .file = {}, .kind = ImportKind::kExchange, .math = prompt.Math(), .definition = exchange->FileNum()};
+    FileCheckWish wish{.file = {}, .kind = ImportKind::kExchange, .math = math, .definition = definition};
     if (!files.empty()) wish.file = named == files.end() ? files.front() : *named;
     return wish;
+  }
+
+  // Of the list's selected definition, as its import begins.
+  bool CheckSelected() {
+    const bool presses = true;
+    const Text number = NumberOfKey(list_->SelectedKey());
+    if (number.empty()) {
+      state_.Tell("Select the definition first whose file is to be looked at.", kInformationIcon);
+      return !presses;
+    }
+    try {
+      const auto definition =
+          application::NeedDefinition(state_.means.platform.Files(), *book_, ToInteger(WholeLongText(number)));
+      const FileCheckWish wish =
+          WishFor(definition.number, definition.exchange_files, static_cast<Integer>(eMath::mReplace));
+      if (!wish.file.empty()) return LeaveToCheck(wish);
+      state_.Tell("No file matches " + definition.exchange_files + ".", kInformationIcon);
+    } catch (...) {
+      state_.Tell(CurrentFailure().Description(), kStopIcon);
+    }
+    return !presses;
   }
 
   // --- Previews: each gives whether the user wants the import done

@@ -125,7 +125,7 @@ class ListWindow::Frame : public QWidget {
       actions_[i]->setAccessibleName(captions_[i]);
       actions_[i]->setVisible(!captions_[i].isEmpty());
     }
-    added_->setText(WithMnemonic(added_caption_, taken));
+    for (const Added& added : added_) added.button->setText(WithMnemonic(added.caption, taken));
     switch_->setText(WithMnemonic(its_switch_.caption, taken));
   }
 
@@ -146,11 +146,13 @@ class ListWindow::Frame : public QWidget {
   }
 
   void SetAddition(const Text& caption, std::function<bool()> act, Integer action) {
-    added_caption_ = ShownLine(caption);
-    added_->setText(PlainCaption(caption));
-    added_->setAccessibleName(added_caption_);
-    added_->setVisible(true);
-    connect(added_, &QPushButton::clicked, this, [this, act = std::move(act), action] {
+    const QString place = added_.empty() ? QString() : QString::number(added_.size() + 1);
+    QPushButton* const button = MakeButton(PlainCaption(caption), "added" + place);
+    button->setAccessibleName(ShownLine(caption));
+    setTabOrder(added_.empty() ? actions_.back() : added_.back().button, button);
+    added_.push_back({button, ShownLine(caption)});
+    buttons_->insertWidget(buttons_->indexOf(switch_), button);
+    connect(button, &QPushButton::clicked, this, [this, act = std::move(act), action] {
       if (busy_ > 0) return;
       bool goes_on = false;
       {
@@ -390,8 +392,6 @@ class ListWindow::Frame : public QWidget {
     for (std::size_t i = 0; i < actions_.size(); ++i)
       actions_[i] = MakeButton("", QStringLiteral("action%1").arg(i + 1));
     for (QPushButton* const action : actions_) action->hide();
-    added_ = MakeButton("", "added");
-    added_->hide();
     switch_ = new QCheckBox(this);
     switch_->setObjectName("switch");
     switch_->hide();
@@ -407,12 +407,11 @@ class ListWindow::Frame : public QWidget {
 
   void LayOut() {
     const int unit = fontMetrics().height() / 4;
-    auto* const buttons = new QVBoxLayout;
+    auto* const buttons = buttons_ = new QVBoxLayout;
     buttons->setSpacing(2 * unit);
     for (QPushButton* const button : {add_, edit_, delete_}) buttons->addWidget(button);
     buttons->addSpacing(4 * unit);
     for (QPushButton* const button : actions_) buttons->addWidget(button);
-    buttons->addWidget(added_);
     buttons->addWidget(switch_);
     buttons->addStretch(1);
     buttons->addWidget(close_);
@@ -596,12 +595,16 @@ class ListWindow::Frame : public QWidget {
   QPushButton* add_ = nullptr;
   QPushButton* edit_ = nullptr;
   QPushButton* delete_ = nullptr;
-  QPushButton* added_ = nullptr;
+  QVBoxLayout* buttons_ = nullptr;
+  struct Added {
+    QPushButton* button;
+    QString caption;
+  };
+  std::vector<Added> added_;
   QCheckBox* switch_ = nullptr;
   QPushButton* close_ = nullptr;
   std::array<QPushButton*, kActionButtons> actions_{};
   std::array<QString, kActionButtons> captions_;
-  QString added_caption_;
   ListWindow::Switch its_switch_;
   QTimer poll_;
   QTimer show_rows_;

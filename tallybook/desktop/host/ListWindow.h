@@ -63,8 +63,8 @@ class ListWindow : public EdtForm {
   // The key of the selected row; empty where there is none.
   [[nodiscard]] Text SelectedKey() const;
 
-  // A button of the application's own below those of the component. While `act` is done the window is busy; where it
-  // gives true the component's action button of this number is pressed behind it.
+  // Adds a button of the application's own below those of the component, and below those added before. While `act` is
+  // done the window is busy; where it gives true the component's action button of this number is pressed behind it.
   void SetAddition(const Text& caption, std::function<bool()> act, Integer action);
 
   // A switch of the application's own below them.

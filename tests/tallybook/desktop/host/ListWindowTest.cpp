@@ -1,4 +1,5 @@
 #include <QAbstractItemModel>
+#include <QCheckBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
@@ -176,6 +177,31 @@ TEST_F(ListWindowTest, TheActionButtonsAndKeysRaiseTheirEventsForTheSelectedRow)
     Press(Qt::Key_S, Qt::ControlModifier);
     EXPECT_THAT(events_.noted, ElementsAre("action 1 2", "action 2 2", "action 3 2", "edit 2", "edit 2", "edit 2",
                                            "delete 2", "delete 2", "help 10500", "save"));
+  });
+}
+
+TEST_F(ListWindowTest, WhatTheApplicationAddsIsReachedInTheOrderInWhichItStands) {
+  list_.SetAddition(
+      "Preview", [] { return false; }, 1);
+  list_.SetAddition(
+      "Check", [] { return false; }, 1);
+  bool is_on = false;
+  list_.SetSwitch({.caption = "Whole",
+                   .help = "All of it.",
+                   .is_on = [&] { return is_on; },
+                   .turned = [&](bool on) { is_on = on; }});
+  ShowAnd([&] {
+    auto& window = list_.Window();
+    Part<QPushButton>(window, "action3").setFocus();
+    QStringList reached;
+    for (int tab = 0; tab < 4; ++tab) {
+      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+      reached << QApplication::focusWidget()->objectName();
+    }
+    EXPECT_EQ(reached, QStringList({"added", "added2", "switch", "close"}));
+    QTest::keyClick(&Part<QCheckBox>(window, "switch"), Qt::Key_Space);
+    EXPECT_TRUE(is_on);
+    EXPECT_TRUE(Part<QCheckBox>(window, "switch").isChecked());
   });
 }
 

@@ -443,6 +443,36 @@ TEST_F(DroppedFileTest, AnExchangeFileIsCheckedFromTheConfirmationOfItsImport) {
   EXPECT_THAT(WordsOf(window, "summary"), HasSubstr("north.QDX: "));
 }
 
+TEST_F(DroppedFileTest, AnExchangeFileIsCheckedFromTheListThatItComesTo) {
+  WriteExchangeFile("a.QDX");
+  WriteExchangeFile("north.QDX");
+  WriteDefinition(1, "none.QDX");
+  WriteDefinition(2, "*.QDX");
+  Then("QDX Import Layouts", [](QWidget& list) {
+    EXPECT_THAT(testing::FaultsOf(list), IsEmpty());
+    EXPECT_THAT(AllWordsOf(list), HasSubstr("This definition imports north.QDX."));
+    QTest::mouseClick(&Part<QPushButton>(list, "added2"), Qt::LeftButton);
+  });
+  Drop("north.QDX");
+  QWidget& window = Checked();
+  EXPECT_EQ(Part<QComboBox>(window, "definition").currentText(), "2  Shops");
+  EXPECT_THAT(WordsOf(window, "summary"), HasSubstr("north.QDX: "));
+}
+
+TEST_F(DroppedFileTest, TheListSaysWhyADefinitionHasNothingToCheck) {
+  WriteDefinition(1, "none.QDX");
+  Then("QDX Import Layouts", [this](QWidget& list) {
+    Then("Tallybook", [](QWidget& box) {
+      EXPECT_THAT(AllWordsOf(box), HasSubstr("none.QDX"));
+      Press(box, Qt::Key_Escape);
+    });
+    Then("QDX Import Layouts", Keys({{Qt::Key_Escape, Qt::NoModifier}}));
+    QTest::mouseClick(&Part<QPushButton>(list, "added2"), Qt::LeftButton);
+  });
+  Action("Definitions").trigger();
+  EXPECT_EQ(Shown(), nullptr);
+}
+
 TEST_F(DroppedFileTest, APromptWithoutAFileStaysAndSaysWhatIsMissing) {
   bool stayed = false;
   Then("Import CSV Data File", PressCheck());
