@@ -25,8 +25,10 @@ namespace tallybook::engine {
 namespace {
 
 constexpr const char* kSource = "Tallybook.Book";
-// As much is written before it is committed, whatever the time.
-constexpr std::size_t kCommitBytes = std::size_t{64} << 20;
+// As much is written before it is committed, whatever the time. What is written over and over, as by a walk over all
+// accounts of each date, is better kept for longer.
+constexpr std::size_t kCommitBytes = std::size_t{16} << 20;
+constexpr std::size_t kCommitBytesComingBack = std::size_t{64} << 20;
 // Outside a running operation a change is committed at once when none was committed within this time.
 constexpr double kIdleSeconds = 1;
 // A running operation looks at the clock once in so many records.
@@ -503,12 +505,16 @@ bool Book::WriteRecord() {
 void Book::KeepWritten() {
   const bool running = progress_open_ || (store_->EntryIsOpen() && !own_entry_);
   ++written_records_;
-  if (store_->ChangedBytes() < kCommitBytes) {
+  if (store_->ChangedBytes() < (store_->ComesBack() ? kCommitBytesComingBack : kCommitBytes)) {
     if (store_->ChangedBytes() == 0 || (running && written_records_ % kRecordsOfAClockLook != 0)) return;
     const double wait = running ? options_.commit_seconds : std::min(options_.commit_seconds, kIdleSeconds);
     if (store_->SecondsSinceCommit() < wait) return;
+    store_->Commit();
+  } else if (store_->ComesBack()) {
+    store_->Commit();
+  } else {
+    store_->CommitAndMoveOn();
   }
-  store_->Commit();
 }
 
 void Book::FailField(Integer field_number) const {

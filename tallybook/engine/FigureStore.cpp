@@ -207,7 +207,7 @@ void FigureStore::GiveUpOne() {
 }
 
 void FigureStore::Forget(Chunk& chunk) {
-  if (entry_ != 0 && chunk.touched_entry == entry_) marks_given_up_ = true;
+  if (entry_ != 0 && chunk.touched_entry == entry_) last_mark_given_up_ = std::max(last_mark_given_up_, chunk.key);
   by_key_.erase(chunk.key);
   held_bytes_ -= kBytesOfAChunk + chunk.rows.Bytes();
   chunk = {};
@@ -259,6 +259,8 @@ bool FigureStore::WriteRow(const Double* figures) {
   const std::size_t size = shape_.fields * sizeof(Double);
   Double* row = stands != nullptr ? chunk.rows.Hold(current_row_, shape_) : HoldRow(chunk);
   if (entry_ != 0) Touch(chunk);
+  comes_back_ = comes_back_ || (chunk.changed && &chunk != last_written_);
+  last_written_ = &chunk;
   if (!chunk.changed) {
     changed_.push_back(&chunk);
     chunk.changed = true;
@@ -301,6 +303,14 @@ void FigureStore::BringUpToDate() {
 
 void FigureStore::Commit() {
   CommitAs(entry_row_.entry.state);
+}
+
+void FigureStore::CommitAndMoveOn() {
+  const std::vector<Chunk*> written = changed_;
+  Commit();
+  for (Chunk* chunk : written) {
+    if (chunk != current_) Forget(*chunk);
+  }
 }
 
 void FigureStore::Settle() {
@@ -402,6 +412,8 @@ void FigureStore::CommitAs(JournalState state) {
     entry_row_ = entry;
   }
   changed_bytes_ = 0;
+  last_written_ = nullptr;
+  comes_back_ = false;
   last_commit_ = std::chrono::steady_clock::now();
 }
 
@@ -435,7 +447,7 @@ FigureStore::MarkedAs FigureStore::WriteMark(const Chunk& chunk, JournalRow& ent
     entry.marks_sum -= mark.checksum;
     marked.image = mark.image;
     marked.checksum = storage_->UpdateMark(id, chunk.key, mark.rows, marked.image);
-  } else if (auto stands = marks_given_up_ ? storage_->FindMark(id, chunk.key) : std::nullopt) {
+  } else if (auto stands = chunk.key <= last_mark_given_up_ ? storage_->FindMark(id, chunk.key) : std::nullopt) {
     entry.marks_sum -= stands->checksum;
     marked.image = stands->image;
     marked.rows = WithBits(std::move(stands->rows), mark.rows);
@@ -473,7 +485,7 @@ void FigureStore::BeginEntry(const JournalEntry& entry, const EntryNotes& notes)
   entry_row_.entry = entry;
   entry_notes_ = notes;
   entry_records_ = RecordsBetween(entry.first, entry.last);
-  marks_given_up_ = false;
+  last_mark_given_up_ = kNoKey;
 }
 
 // All of them where the dates are not the book's.

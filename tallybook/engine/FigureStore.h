@@ -79,8 +79,12 @@ class FigureStore {
   // Bytes of rows changed, and time gone by, since the last commit.
   [[nodiscard]] std::size_t ChangedBytes() const { return changed_bytes_; }
   [[nodiscard]] double SecondsSinceCommit() const;
+  // Whether, since then, rows were written into a chunk that had been left for another in between.
+  [[nodiscard]] bool ComesBack() const { return comes_back_; }
 
   void Commit();
+  // Commits, and forgets what was written but for the current row: for a walk that does not come back.
+  void CommitAndMoveOn();
   // Commits; what was committed is on the disk when this returns. Not within a whole.
   void Settle();
 
@@ -292,14 +296,16 @@ class FigureStore {
   bool file_is_empty_ = false;  // the file has no chunk at all, so none need be looked for
   std::vector<Chunk*> changed_;
   std::size_t changed_bytes_ = 0;
+  const Chunk* last_written_ = nullptr;  // null: none since the last commit
+  bool comes_back_ = false;
   std::chrono::steady_clock::time_point last_commit_ = std::chrono::steady_clock::now();
 
-  Long entry_ = 0;               // the serial number of the open entry; 0: none
-  Long last_entry_ = 0;          // the last serial number given
-  JournalRow entry_row_;         // the open entry as the file has it; with no id where it has it not yet
-  EntryNotes entry_notes_;       // to be written with it
-  RowRange entry_records_;       // those of the entry's dates
-  bool marks_given_up_ = false;  // a chunk that was marked under the entry has left the cache
+  Long entry_ = 0;                            // the serial number of the open entry; 0: none
+  Long last_entry_ = 0;                       // the last serial number given
+  JournalRow entry_row_;                      // the open entry as the file has it; with no id where it has it not yet
+  EntryNotes entry_notes_;                    // to be written with it
+  RowRange entry_records_;                    // those of the entry's dates
+  std::int64_t last_mark_given_up_ = kNoKey;  // the highest key of chunks marked under the entry that left the cache
 
   // The whole that is under way, and what was true when its transaction began.
   struct BeforeWhole {

@@ -15,6 +15,7 @@
 
 #include "tallybook/engine/Book.h"
 #include "tallybook/engine/BookFormat.h"
+#include "tallybook/engine/Journal.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/MemoryPrinter.h"
 #include "tests/tallybook/engine/BookFixture.h"
@@ -577,6 +578,66 @@ TEST_F(BookTest, CommitsWithinTheTimeThatItIsGiven) {
   book->BeginProgress("Import");
   for (int day = 0; day < 64; ++day) Put(*book, kShop, Day(2003, 1, 1) + day, kSales, 1);
   EXPECT_EQ(FiguresOf(*OpenToRead()).size(), 64U);
+}
+
+// 17.5 MB in rows of 200 figures: an account after the other, or a date after the other.
+class BookOfLongRows : public BookTest {
+ protected:
+  static constexpr Integer kFirst = 101;
+  static constexpr Integer kFields = 200;
+  static constexpr int kDays = 365;
+
+  void SetUp() override {
+    auto description = ShopDescription();
+    for (Long number = 1001; number <= 1030; ++number) {
+      description.accounts.push_back({number, std::to_string(number), "Long"});
+      accounts.push_back(number);
+    }
+    for (Integer number = kFirst; number < kFirst + kFields; ++number)
+      description.fields.push_back({number, "More", false});
+    Create(description);
+    BookOptions options;
+    options.commit_seconds = 1e9;  // what has gathered decides
+    book = Open(options);
+    book->BeginRollback(Day(2003, 1, 1), Day(2003, 12, 31));
+  }
+  void Write(Long account, int day, Double value) {
+    ASSERT_TRUE(book->ReadRecord(account, Day(2003, 1, 1) + day));
+    for (Integer field = kFirst; field < kFirst + kFields; ++field) book->SetFieldValue(field, value + field);
+    ASSERT_TRUE(book->WriteRecord());
+  }
+  [[nodiscard]] bool IsSeen(Long account) { return Get(*OpenToRead(), account, Day(2003, 1, 1), kFirst) != 0; }
+
+  std::vector<Long> accounts;
+  std::unique_ptr<engine::Book> book;
+};
+
+TEST_F(BookOfLongRows, CommitsAWalkOverAccountsWhenSixteenMebibytesHaveGathered) {
+  for (const Long account : accounts) {
+    for (int day = 0; day < kDays; ++day) Write(account, day, account);
+    EXPECT_EQ(IsSeen(accounts.front()), account >= 1029) << account;
+  }
+}
+
+TEST_F(BookOfLongRows, KeepsWhatAWalkOverDatesComesBackTo) {
+  for (int day = 0; day < kDays; ++day) {
+    for (const Long account : accounts) Write(account, day, account);
+  }
+  EXPECT_FALSE(IsSeen(accounts.front()));
+}
+
+TEST_F(BookOfLongRows, TakesBackWhatAWalkWroteThatCameBackBehindACommit) {
+  for (const Long account : accounts) {
+    for (int day = 0; day < kDays; ++day) Write(account, day, account);
+  }
+  ASSERT_TRUE(IsSeen(accounts.front()));
+  Write(accounts.front(), 7, 1);
+  book->EndRollback();
+  EXPECT_EQ(Get(*book, accounts.front(), Day(2003, 1, 8), kFirst), 102);
+  EXPECT_EQ(Get(*book, accounts.front(), Day(2003, 1, 9), kFirst), 1102);
+  EXPECT_EQ(Get(*book, accounts.back(), Day(2003, 12, 31), 300), 1330);
+  (void)engine::Journal(*book).UndoNewest();
+  EXPECT_TRUE(FiguresOf(*book).empty());
 }
 
 TEST_F(BookTest, CommitsASingleChangeAtOnceWhereNothingRuns) {
