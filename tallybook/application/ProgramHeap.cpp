@@ -18,7 +18,7 @@ namespace tallybook::application {
 
 namespace {
 
-constexpr int kReserve = 256 << 20;
+constexpr int kReserve = 64 << 20;
 constexpr int kStep = 1 << 20;  // by which the heap grows beyond it
 constexpr int kMappedApart = 32 << 20;
 
