@@ -30,12 +30,12 @@ Integer MathOf(const Text& word) {
 }
 
 // That has no figures yet.
-TieOutTotal TotalOf(const TieOutFigure& figure) {
+TieOutTotal TotalOf(const preview::ExpectedRecord& record, std::size_t place) {
   TieOutTotal total;
-  total.account_position = figure.account_position;
-  total.account_number = figure.account_number;
-  total.field_position = figure.field_position;
-  total.field_number = figure.field_number;
+  total.account_position = record.account_position;
+  total.account_number = record.account_number;
+  total.field_position = record.fields[place].position;
+  total.field_number = record.fields[place].number;
   return total;
 }
 
@@ -175,9 +175,9 @@ bool TieOut::Import(const Text& file, Integer math) {
 bool TieOut::Compare() {
   long long looked_at = 0;
   bool cancelled = false;
-  expected_.Visit([&](std::span<const TieOutFigure> figures) {
+  expected_.Visit([&](const preview::ExpectedRecord& record) {
     if (++looked_at % kRecordsBetweenLooks == 0 && means_.cancelled) cancelled = means_.cancelled();
-    TakeRecord(figures);
+    TakeRecord(record);
     return !cancelled;
   });
   EndAccount();
@@ -185,28 +185,28 @@ bool TieOut::Compare() {
   return !cancelled;
 }
 
-void TieOut::TakeRecord(std::span<const TieOutFigure> figures) {
-  if (figures.front().account_position != account_position_) EndAccount();
-  account_position_ = figures.front().account_position;
-  const auto last_position = static_cast<std::size_t>(figures.back().field_position);
-  if (last_position >= of_account_.size()) of_account_.resize(last_position + 1);
-  for (const TieOutFigure& figure : figures) Take(figure);
-}
-
-void TieOut::Take(const TieOutFigure& figure) {
-  TieOutTotal& total = of_account_[static_cast<std::size_t>(figure.field_position)];
-  if (total.figures == 0) total = TotalOf(figure);
-  ++total.figures;
-  if (!figure.expected) {
-    ++total.untold;
-    kept_.Add(figure);
-    return;
+void TieOut::TakeRecord(const preview::ExpectedRecord& record) {
+  if (record.account_position != account_position_) EndAccount();
+  account_position_ = record.account_position;
+  if (of_account_.empty()) of_account_.resize(record.fields.size());
+  for (std::size_t place = 0; place < record.fields.size(); ++place) {
+    const Double expected = record.expected[place];
+    if (preview::IsUnwritten(expected)) continue;
+    const Double stands = record.stands[place];
+    TieOutTotal& total = of_account_[place];
+    if (total.figures == 0) total = TotalOf(record, place);
+    ++total.figures;
+    if (expected == preview::kUntold) {
+      ++total.untold;
+      kept_.Add(record.Figure(place));
+      continue;
+    }
+    total.expected += expected;
+    total.stands += stands;
+    if (!Differ(expected, stands)) continue;
+    ++total.differ;
+    kept_.Add(record.Figure(place));
   }
-  total.expected += *figure.expected;
-  total.stands += figure.stands;
-  if (!Differ(*figure.expected, figure.stands)) return;
-  ++total.differ;
-  kept_.Add(figure);
 }
 
 // Its totals go into those of all accounts.

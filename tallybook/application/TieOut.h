@@ -115,8 +115,7 @@ class TieOut {
   [[nodiscard]] bool HoldFile(const Text& file, const Request& request);
   [[nodiscard]] bool Import(const Text& file, Integer math);
   [[nodiscard]] bool Compare();
-  void TakeRecord(std::span<const TieOutFigure> figures);
-  void Take(const TieOutFigure& figure);
+  void TakeRecord(const preview::ExpectedRecord& record);
   void EndAccount();
 
   Means means_;
@@ -130,7 +129,7 @@ class TieOut {
   Integer account_position_ = 0;             // of the account under way
   std::vector<TieOutTotal> field_totals_;    // by position from 1
   std::vector<TieOutTotal> account_totals_;  // in order
-  std::vector<TieOutTotal> of_account_;      // of the account under way, by field position
+  std::vector<TieOutTotal> of_account_;      // of the account under way, by the places of records
   preview::KeptRows<TieOutFigure> kept_;     // what differs or cannot be told
 };
 

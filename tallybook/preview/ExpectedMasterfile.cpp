@@ -14,9 +14,6 @@ namespace {
 
 constexpr const char* kExpectedSource = "Tallybook.Expected";
 
-// How a figure is kept of which nobody can tell what it should be: no database holds such a one.
-constexpr Double kUntold = std::numeric_limits<Double>::infinity();
-
 std::unique_ptr<tallybook::FiscalCalendar> NewCalendarOf(Masterfile& database, HostFactory& factory) {
   auto calendar = factory.NewFiscalCalendar();
   calendar->Attach(database);
@@ -89,21 +86,9 @@ std::size_t ExpectedMasterfile::NewColumn(Integer field_number) const {
   return columns_.size() - 1;
 }
 
-// A figure without what was set and not written.
-Double ExpectedMasterfile::Stands(std::size_t column) const {
-  const Double now = figures_.Now(column);
-  if (!IsUnwritten(now) && IsOfThisFile(column)) return now;
-  return before_ == nullptr ? 0 : StoodBefore(columns_[column]);
-}
-
-bool ExpectedMasterfile::IsOfThisFile(std::size_t column) const {
-  const std::size_t files = columns_[column].files;
-  return files_ < 2 || (files != 0 && figures_.Now(files) == static_cast<Double>(files_ - 1));
-}
-
-Double ExpectedMasterfile::StoodBefore(const Column& column) const {
-  if (!std::exchange(asked_before_, true)) figures_before_ = before_->Select(account_number_, date_);
-  return figures_before_ != nullptr && column.before ? figures_before_[*column.before] : kUntold;
+void ExpectedMasterfile::AskBefore() const {
+  figures_before_ = before_->Select(account_number_, date_);
+  asked_before_ = true;
 }
 
 Double ExpectedMasterfile::FieldValue(Integer field_number) const {
@@ -159,49 +144,84 @@ std::size_t ExpectedMasterfile::FilesOf(std::size_t column) {
 
 // --- What was written ------------------------------------------------------------------------------------------------
 
-void ExpectedMasterfile::Visit(const FiguresVisitor& visit) {
+ExpectedFigure ExpectedRecord::Figure(std::size_t place) const {
+  ExpectedFigure figure;
+  figure.account_position = account_position;
+  figure.account_number = account_number;
+  figure.date = date;
+  figure.field_position = fields[place].position;
+  figure.field_number = fields[place].number;
+  if (expected[place] != kUntold) figure.expected = expected[place];
+  figure.stands = stands[place];
+  figure.file = files[place];
+  return figure;
+}
+
+// The columns in the order of their fields, and one record's figures in that order.
+class ExpectedMasterfile::Telling {
+ public:
+  explicit Telling(const ExpectedMasterfile& overlay) : places_(overlay.places_), below_(overlay.Below()) {
+    const std::vector<Column>& columns = overlay.columns_;
+    for (std::size_t place = 0; place < columns.size(); ++place) {
+      if (columns[place].field_position != 0) order_.push_back(place);
+    }
+    std::ranges::sort(order_, {}, [&](std::size_t place) { return columns[place].field_position; });
+    for (const std::size_t place : order_) {
+      fields_.push_back({columns[place].field_position, columns[place].field_number});
+      columns_of_files_.push_back(columns[place].files);
+    }
+    has_files_ = std::ranges::any_of(columns_of_files_, [](std::size_t column) { return column != 0; });
+    expected_.resize(order_.size());
+    stands_.resize(order_.size());
+    files_.resize(order_.size());
+  }
+
+  [[nodiscard]] ExpectedRecord Record(const OverlayFigures::Row& row) {
+    const Long account_number = places_.NumberOf(row.account);
+    const Date date = places_.DateOf(row.record);
+    if (!below_.ReadRecord(account_number, date)) {
+      throw Failure(FailureNumber::kInternal, "A record that was written cannot be read", kExpectedSource);
+    }
+    for (std::size_t index = 0; index < order_.size(); ++index) {
+      const Double expected = order_[index] < row.now.size() ? row.now[order_[index]] : kUnwritten;
+      expected_[index] = expected;
+      if (!IsUnwritten(expected)) stands_[index] = below_.FieldValue(fields_[index].number);
+    }
+    if (has_files_) TakeFiles(row.now);
+    return {.account_position = static_cast<Integer>(row.account + 1),
+            .account_number = account_number,
+            .date = date,
+            .fields = fields_,
+            .expected = expected_,
+            .stands = stands_,
+            .files = files_};
+  }
+
+ private:
+  // The first where no other is told.
+  void TakeFiles(std::span<const Double> row) {
+    for (std::size_t index = 0; index < order_.size(); ++index) {
+      const std::size_t column = columns_of_files_[index];
+      const bool is_told = column != 0 && column < row.size() && !IsUnwritten(row[column]);
+      files_[index] = is_told ? static_cast<std::size_t>(row[column]) : 0;
+    }
+  }
+
+  const RecordPlaces& places_;
+  Masterfile& below_;
+  std::vector<std::size_t> order_;
+  std::vector<std::size_t> columns_of_files_;
+  bool has_files_ = false;
+  std::vector<ExpectedRecord::Field> fields_;
+  std::vector<Double> expected_;
+  std::vector<Double> stands_;
+  std::vector<std::size_t> files_;
+};
+
+void ExpectedMasterfile::Visit(const RecordVisitor& visit) {
   DropCurrent();
-  std::vector<ToldColumn> told;
-  for (std::size_t place = 0; place < columns_.size(); ++place) {
-    const Column& column = columns_[place];
-    if (column.field_position != 0) told.push_back({place, column.files, column.field_position, column.field_number});
-  }
-  std::ranges::sort(told, {}, &ToldColumn::field_position);
-  told_.resize(told.size());
-  figures_.VisitAll([&](const OverlayFigures::Row& row) { return TellRow(row, told, visit); });
-}
-
-// Each figure is put together where it is told from: to copy one that has just been written would wait for all its
-// parts.
-bool ExpectedMasterfile::TellRow(const OverlayFigures::Row& row, std::span<const ToldColumn> columns,
-                                 const FiguresVisitor& visit) {
-  Masterfile& below = Below();
-  const Long account_number = places_.NumberOf(row.account);
-  const Date date = places_.DateOf(row.record);
-  if (!below.ReadRecord(account_number, date)) {
-    throw Failure(FailureNumber::kInternal, "A record that was written cannot be read", kExpectedSource);
-  }
-  std::size_t count = 0;
-  for (const ToldColumn& column : columns) {
-    const Double expected = column.place < row.now.size() ? row.now[column.place] : kUnwritten;
-    if (IsUnwritten(expected)) continue;
-    ExpectedFigure& figure = told_[count++];
-    figure.account_position = static_cast<Integer>(row.account + 1);
-    figure.account_number = account_number;
-    figure.date = date;
-    figure.field_position = column.field_position;
-    figure.field_number = column.field_number;
-    figure.expected = expected == kUntold ? std::nullopt : std::optional(expected);
-    figure.stands = below.FieldValue(column.field_number);
-    figure.file = column.files == 0 ? 0 : FileOf(row, column.files);
-  }
-  return count == 0 || visit(std::span(told_).first(count));
-}
-
-// The first where no other is told.
-std::size_t ExpectedMasterfile::FileOf(const OverlayFigures::Row& row, std::size_t files) {
-  if (files >= row.now.size() || IsUnwritten(row.now[files])) return 0;
-  return static_cast<std::size_t>(row.now[files]);
+  Telling telling(*this);
+  figures_.VisitAll([&](const OverlayFigures::Row& row) { return visit(telling.Record(row)); });
 }
 
 }  // namespace tallybook::preview

@@ -14,6 +14,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
@@ -52,6 +53,28 @@ struct ExpectedFigure {
   std::size_t file = 0;            // that wrote it last, from 0
 };
 
+// What a record is told with where nobody can tell what a figure should be: no database holds such a one.
+inline constexpr Double kUntold = std::numeric_limits<Double>::infinity();
+
+// The figures that files wrote into one record, a place for each field that any record has one of.
+struct ExpectedRecord {
+  struct Field {
+    Integer position = 0;
+    Integer number = 0;
+  };
+
+  Integer account_position = 0;
+  Long account_number = 0;
+  Date date = 0;                            // the record's level date
+  std::span<const Field> fields = {};       // by their positions, of all records the same
+  std::span<const Double> expected = {};    // kUnwritten for a field of another record, kUntold
+  std::span<const Double> stands = {};      // in the database below, where a figure was written
+  std::span<const std::size_t> files = {};  // as ExpectedFigure has it
+
+  // One that was written, by its place.
+  [[nodiscard]] ExpectedFigure Figure(std::size_t place) const;
+};
+
 class ExpectedMasterfile final : public MasterfileLayer {
  public:
   ExpectedMasterfile(Masterfile& below, HostFactory& factory, HostApp& app, std::size_t cache_bytes);
@@ -60,11 +83,10 @@ class ExpectedMasterfile final : public MasterfileLayer {
   // the file is under way; null: they were all zero.
   void BeginFile(FigureBaseline* before);
 
-  // Every figure that was written: those of one record at a time, one at least, in the order of field positions; the
-  // records in the order of account positions and dates. False from `visit` ends the walk. There is no current record
-  // afterwards. Reads the database below, and fails as that does.
-  using FiguresVisitor = std::function<bool(std::span<const ExpectedFigure> of_record)>;
-  void Visit(const FiguresVisitor& visit);
+  // Every record that was written, in the order of account positions and dates. False from `visit` ends the walk. There
+  // is no current record afterwards. Reads the database below, and fails as that does.
+  using RecordVisitor = std::function<bool(const ExpectedRecord& record)>;
+  void Visit(const RecordVisitor& visit);
 
   // Masterfile.
   tallybook::FiscalCalendar& FiscalCalendar() override { return *calendar_; }
@@ -94,14 +116,6 @@ class ExpectedMasterfile final : public MasterfileLayer {
     bool touched = false;           // to be cleared behind the record
   };
 
-  // A column as it is told, by its place among the columns.
-  struct ToldColumn {
-    std::size_t place = 0;
-    std::size_t files = 0;
-    Integer field_position = 0;
-    Integer field_number = 0;
-  };
-
   [[nodiscard]] std::size_t ColumnOf(Integer field_number) const {
     const std::size_t column = current_ ? AtNumber(column_of_field_, field_number) : 0;
     return column != 0 ? column - 1 : NewColumn(field_number);
@@ -111,15 +125,26 @@ class ExpectedMasterfile final : public MasterfileLayer {
       touched_columns_[touched_++] = static_cast<std::uint16_t>(column);
   }
   [[nodiscard]] std::size_t NewColumn(Integer field_number) const;
-  [[nodiscard]] Double Stands(std::size_t column) const;
-  [[nodiscard]] bool IsOfThisFile(std::size_t column) const;
+  // A figure without what was set and not written.
+  [[nodiscard]] Double Stands(std::size_t place) const {
+    const Column& column = columns_[place];
+    const Double now = figures_.Now(place);
+    if (!IsUnwritten(now) && IsOfThisFile(column)) return now;
+    return before_ == nullptr ? 0 : StoodBefore(column);
+  }
+  [[nodiscard]] bool IsOfThisFile(const Column& column) const {
+    return files_ < 2 || (column.files != 0 && figures_.Now(column.files) == static_cast<Double>(files_ - 1));
+  }
   [[nodiscard]] std::optional<std::size_t> PlaceBefore(Integer field_number) const;
-  [[nodiscard]] Double StoodBefore(const Column& column) const;
+  [[nodiscard]] Double StoodBefore(const Column& column) const {
+    if (!asked_before_) AskBefore();
+    return figures_before_ != nullptr && column.before ? figures_before_[*column.before] : kUntold;
+  }
+  void AskBefore() const;
   [[noreturn]] static void RefuseFigure(Integer field_number, Double value);
   [[nodiscard]] std::size_t FilesOf(std::size_t column);
   void DropCurrent();
-  bool TellRow(const OverlayFigures::Row& row, std::span<const ToldColumn> columns, const FiguresVisitor& visit);
-  [[nodiscard]] static std::size_t FileOf(const OverlayFigures::Row& row, std::size_t files);
+  class Telling;
 
   std::unique_ptr<tallybook::FiscalCalendar> calendar_;
   RecordPlaces places_;
@@ -132,7 +157,6 @@ class ExpectedMasterfile final : public MasterfileLayer {
   mutable std::vector<std::uint16_t> column_of_field_;  // by number, from 1; 0: nobody asked for it
   mutable std::vector<std::uint16_t> touched_columns_;  // the first `touched_`, of the current record
   mutable std::size_t touched_ = 0;
-  std::vector<ExpectedFigure> told_;  // of the record that is told
 
   bool current_ = false;
   mutable bool asked_before_ = false;               // `before_` stands at the current record

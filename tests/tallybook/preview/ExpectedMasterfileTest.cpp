@@ -34,6 +34,14 @@ class KnownField : public FigureBaseline {
   Double before_;
 };
 
+std::vector<ExpectedFigure> FiguresOf(const ExpectedRecord& record) {
+  std::vector<ExpectedFigure> figures;
+  for (std::size_t place = 0; place < record.fields.size(); ++place) {
+    if (!IsUnwritten(record.expected[place])) figures.push_back(record.Figure(place));
+  }
+  return figures;
+}
+
 class ExpectedMasterfileTest : public ::testing::Test {
  protected:
   ExpectedMasterfileTest() { expected_.BeginFile(nullptr); }
@@ -45,8 +53,8 @@ class ExpectedMasterfileTest : public ::testing::Test {
   }
   std::vector<Text> Told() {
     std::vector<Text> told;
-    expected_.Visit([&](std::span<const ExpectedFigure> of_record) {
-      for (const ExpectedFigure& figure : of_record) {
+    expected_.Visit([&](const ExpectedRecord& record) {
+      for (const ExpectedFigure& figure : FiguresOf(record)) {
         const Text expected = figure.expected ? std::to_string(static_cast<Long>(*figure.expected)) : "?";
         told.push_back(std::to_string(figure.account_number) + " " + DateText(figure.date) + " " +
                        std::to_string(figure.field_number) + ": " + expected + ", stands " +
@@ -156,9 +164,9 @@ TEST_F(ExpectedMasterfileTest, SumsUpAsAMapDoesWhateverTheCacheHolds) {
       for (const auto& [key, figure] : of_file) model[key] = {figure, file};
     }
     std::size_t seen = 0;
-    expected.Visit([&](std::span<const ExpectedFigure> of_record) {
-      RC_ASSERT(!of_record.empty());
-      for (const ExpectedFigure& figure : of_record) {
+    expected.Visit([&](const ExpectedRecord& record) {
+      RC_ASSERT(!FiguresOf(record).empty());
+      for (const ExpectedFigure& figure : FiguresOf(record)) {
         const auto found = model.find({figure.account_number, figure.date, figure.field_number});
         RC_ASSERT(found != model.end());
         RC_ASSERT(figure.expected == found->second.figure);
