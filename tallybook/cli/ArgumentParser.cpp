@@ -122,9 +122,19 @@ std::vector<Text> NamesOfOptions(const CommandTable& table) {
   return names;
 }
 
+// The commands of groups that have this very name: "journal undo" for "undo".
+std::vector<Text> CommandsWithin(const CommandTable& table, const Text& name) {
+  std::vector<Text> within;
+  for (const CommandTable& group : table.commands) {
+    if (CommandNamed(group, name) != nullptr) within.push_back("'" + group.name + " " + name + "'");
+  }
+  return within;
+}
+
 Text UnknownCommand(const CommandPath& path, const Text& word) {
   const std::vector<Text> names = NamesOfCommands(*path.back());
-  const Text near = DidYouMean(word, names);
+  const std::vector<Text> within = CommandsWithin(*path.back(), word);
+  const Text near = within.empty() ? DidYouMean(word, names) : "did you mean " + Listed(within, "or") + "?";
   const Text where = path.size() == 1 ? "" : " of `" + PathText(path) + "`";
   return fmt::format("'{}' is no command{}; {}", word, where,
                      near.empty() ? "there are " + Listed(names, "and") : near);
