@@ -75,6 +75,7 @@ ExitStatus RunCommandLine(const std::vector<Text>& arguments) {
   try {
     const ExitStatus status = RunWords(arguments);
     if (std::cout.flush()) return status;
+    std::cout.clear();  // a command that ran this one does not tell it again
     return Tell("standard output cannot be written", ExitStatus::kFailed);
   } catch (const WrongUse& error) {
     return TellWrongUse(error.what());

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <map>
 #include <set>
+#include <system_error>
 #include <utility>
 
 #include "base/CodePage.h"
@@ -299,7 +300,12 @@ fs::path MakeFolder(const Text& named) {
   if (fs::exists(folder) && !fs::is_empty(folder)) {
     throw Failure(FailureNumber::kPathOrAccess, folder.string() + ": the folder of the demo must be new or empty");
   }
-  fs::create_directories(folder);
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (error) {
+    throw Failure(FailureNumber::kPathOrAccess,
+                  folder.string() + ": the folder of the demo cannot be made: " + error.message());
+  }
   return fs::absolute(folder);
 }
 
