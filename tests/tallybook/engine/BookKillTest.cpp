@@ -75,9 +75,13 @@ class BookKillTest : public BookFixture {
     book.EndRollback();
   }
 
+  static constexpr int kWhenItIsDone = -1;
+
   // Runs `act` in a process of its own and kills that after so many microseconds.
   template <typename Act>
   static void RunAndKill(int microseconds, Act act) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
     const pid_t child = fork();
     if (child == 0) {
       try {
@@ -85,10 +89,18 @@ class BookKillTest : public BookFixture {
       } catch (...) {
         std::abort();
       }
+      if (write(ends[1], "", 1) != 1) std::abort();
       for (;;) pause();
     }
-    const timespec wait = {microseconds / 1'000'000, (microseconds % 1'000'000) * 1000L};
-    nanosleep(&wait, nullptr);
+    close(ends[1]);
+    if (microseconds == kWhenItIsDone) {
+      char byte = 0;
+      EXPECT_EQ(read(ends[0], &byte, 1), 1);
+    } else {
+      const timespec wait = {microseconds / 1'000'000, (microseconds % 1'000'000) * 1000L};
+      nanosleep(&wait, nullptr);
+    }
+    close(ends[0]);
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, WNOHANG), 0) << "the child ended before it was killed, with " << status;
     kill(child, SIGKILL);
@@ -227,7 +239,10 @@ TEST_F(BookKillTest, ComesToThePresentFormatWhollyOrNotAtAll) {
   for (int round = 0; round < 2 * kRounds; ++round) {
     SCOPED_TRACE("round " + std::to_string(round));
     renew();
-    RunAndKill(MomentWithin(whole_change + whole_change / 4), change);
+    const bool is_first = round == 0;
+    const bool is_last = round + 1 == 2 * kRounds;
+    const int moment = MomentWithin(whole_change + whole_change / 4);
+    RunAndKill(is_first ? 0 : is_last ? kWhenItIsDone : moment, change);
     ExpectSoundFile();
     const bool is_old = engine::CheckBook(BookPath(), true).format == 1;
     ++(is_old ? old_format : new_format);
