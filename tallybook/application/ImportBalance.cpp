@@ -1,5 +1,6 @@
 #include "tallybook/application/ImportBalance.h"
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -171,13 +172,23 @@ std::vector<FileBalance> BalancesOf(const QDXImportRecord& record, engine::Book&
   return balances;
 }
 
+long long FiguresRead(const TextImportTally& tally) {
+  return std::max(tally.read, tally.applied);
+}
+
+Text GrownText(const TextImportTally& tally) {
+  if (tally.applied <= tally.read) return "";
+  return "the file has grown while it was imported: " + Counted(tally.applied - tally.read, "figure") +
+         " that the audit has not seen came in as well";
+}
+
 FileBalance BalanceOf(const Text& file, const TextImportTally& tally, engine::Book& book) {
   return {.file = file,
           .imported = tally.stored,
-          .read = tally.read,
+          .read = FiguresRead(tally),
           .applied = tally.applied,
           .not_mapped = 0,
-          .refused = tally.read - tally.applied,
+          .refused = FiguresRead(tally) - tally.applied,
           .fields = tally.field_tallies,
           .partial_units = {},
           .weeks_53 = Weeks53Of(book, tally.dates)};

@@ -48,6 +48,11 @@ struct FileBalance {
 
 // The files that a run has begun to apply, in their order.
 [[nodiscard]] std::vector<FileBalance> BalancesOf(const QDXImportRecord& record, engine::Book& book);
+// The figures that a text import has read: those that its audit has counted, or more where the file has grown before
+// they were applied.
+[[nodiscard]] long long FiguresRead(const TextImportTally& tally);
+// That it has, as a warning; empty where it has not.
+[[nodiscard]] Text GrownText(const TextImportTally& tally);
 // The one file of a text import, which tells no range: its dates are those of records.
 [[nodiscard]] FileBalance BalanceOf(const Text& file, const TextImportTally& tally, engine::Book& book);
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "exchange/CDataExchange.h"
+#include "tallybook/application/ImportBalance.h"
 #include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/StopText.h"
 #include "tallybook/engine/JournalNotes.h"
@@ -89,16 +90,17 @@ void AddOutcome(EntryFacts& facts, const QDXFileImport& file, const std::optiona
 void AddOutcome(EntryFacts& facts, const TextImportTally& tally, bool imported) {
   if (facts.math != MathWord(tally.math)) facts.told_math = MathWord(tally.math);
   facts.counts.records = tally.records;
-  facts.counts.read = tally.read;
+  facts.counts.read = FiguresRead(tally);
   facts.counts.applied = tally.applied;
   facts.counts.not_mapped = 0;
-  facts.counts.refused = tally.read - tally.applied;
+  facts.counts.refused = FiguresRead(tally) - tally.applied;
   facts.counts.accounts = static_cast<long long>(tally.accounts.size());
   facts.counts.fields = static_cast<long long>(tally.fields.size());
   facts.counts.dates = static_cast<long long>(tally.dates.size());
   const bool stored = imported || tally.stored;
   facts.result = stored ? "imported" : "not imported";
   if (tally.stop) facts.result += (stored ? ", but " : ": ") + StopText(*tally.stop);
+  if (const Text grown = GrownText(tally); !grown.empty()) facts.warnings.push_back(grown);
   if (tally.stays) facts.warnings.push_back("the file keeps its name: " + StopText(*tally.stays));
 }
 

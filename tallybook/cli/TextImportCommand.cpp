@@ -99,6 +99,7 @@ void TellApplied(engine::Book& book, const Text& file, const TextImportTally& ta
                        Counted(static_cast<long long>(tally.accounts.size()), "account"),
                        Counted(static_cast<long long>(tally.fields.size()), "field"),
                        Counted(static_cast<long long>(RecordDates(book, tally.dates)), "date")));
+  if (const Text grown = application::GrownText(tally); !grown.empty()) Warn(file + ": " + grown);
 }
 
 void TellBalance(const std::vector<application::FileBalance>& balances) {

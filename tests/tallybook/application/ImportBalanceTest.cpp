@@ -117,6 +117,27 @@ TEST(ImportBalance, NamesThe53rdWeekThatFiguresCameInto) {
   }
 }
 
+// The audit reads a text file first, and the import reads it again.
+TEST(ImportBalance, HoldsOfATextFileThatHasGrownBeforeItWasApplied) {
+  testing::ScriptedPlatform platform;
+  testing::TempFolder folder;
+  testing::CallRecord record;
+  testing::MemoryApp app{record};
+  engine::Book::Create(folder.Path("Shop.tbk"), testing::ShopDescription());
+  const auto book = engine::Book::Open(folder.Path("Shop.tbk"), app);
+  TextImportTally tally;
+  tally.read = 5;
+  tally.applied = 7;
+  const FileBalance balance = BalanceOf("a.csv", tally, *book);
+  EXPECT_TRUE(balance.Holds());
+  EXPECT_EQ(balance.read, 7);
+  EXPECT_EQ(balance.refused, 0);
+  EXPECT_EQ(GrownText(tally),
+            "the file has grown while it was imported: 2 figures that the audit has not seen came in as well");
+  tally.read = 7;
+  EXPECT_EQ(GrownText(tally), "");
+}
+
 TEST(ImportBalance, IsJsonForOtherPrograms) {
   Office office;
   office.Write("a.QDX", {{101, Day(2003, 1, 5), 1, 10}}, Day(2003, 1, 5), Day(2003, 1, 31));
