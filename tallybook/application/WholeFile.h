@@ -3,6 +3,7 @@
 // next output of that name clears away. One thread.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 
@@ -41,6 +42,9 @@ class WholeFile {
   void SetBroken(bool broken) { broken_ = broken; }
   [[nodiscard]] bool IsBroken() const { return broken_; }
 
+  // So many bytes more were written. The system is asked now and then to begin storing them, so that Keep waits less.
+  void NoteWritten(std::size_t size);
+
   // Hands the output to the disk and gives it its name, with mode and owner of the old file. False, with nothing done,
   // where nothing was begun; false, with it dropped, where it is broken.
   //   fails  57, 61, 70 or 75 where the system refuses, or where the old file was replaced by others meanwhile; the
@@ -69,7 +73,8 @@ class WholeFile {
   FileLook old_look_;
   std::optional<Old> old_;
   Text work_path_;
-  int work_ = -1;  // held as long as the output is under way
+  std::size_t written_ = 0;  // since the system was last asked to begin storing
+  int work_ = -1;            // held as long as the output is under way
   bool broken_ = false;
 };
 

@@ -71,6 +71,7 @@ class WholeFiles::Stream : public OpenFile {
     if (!failed_at_) failed_at_ = offset;
     WithUsersName([&] { below_->WriteAt(offset, from); });
     if (failed_at_ == offset) failed_at_.reset();
+    if (Output* const output = files_.OutputOf(key_)) output->file->NoteWritten(from.size());
   }
 
   long long Size() override {

@@ -91,6 +91,15 @@ TEST_F(WholeFilesTest, AnOutputStandsUnderItsNameWhenItIsKept) {
   EXPECT_THAT(Names(), UnorderedElementsAre("out"));
 }
 
+TEST_F(WholeFilesTest, AnOutputOfManyMebibytesIsKeptAsItWasWritten) {
+  Text text;
+  while (text.size() < 9'000'000) text += std::to_string(text.size()) + ";";
+  files_.Announce(folder_.Path("out"));
+  Export("out", text);
+  EXPECT_TRUE(files_.Keep(folder_.Path("out")));
+  EXPECT_TRUE(folder_.Read("out") == text);
+}
+
 TEST_F(WholeFilesTest, TheComponentSeesTheOldFileGoneAndTheNewOneThere) {
   folder_.Write("out", "old");
   WholeOutput output(files_, folder_.Path("out"));
