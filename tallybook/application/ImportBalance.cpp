@@ -9,9 +9,12 @@
 #include <utility>
 
 #include "base/Dates.h"
+#include "exchange/CDataExchange.h"
 #include "host/FiscalCalendar.h"
+#include "tallybook/application/AtomicImport.h"
 #include "tallybook/application/Counts.h"
 #include "tallybook/application/PreviewReport.h"
+#include "tallybook/application/ReferenceFactory.h"
 #include "tallybook/application/Shown.h"
 
 namespace tallybook::application {
@@ -227,6 +230,21 @@ std::vector<Text> BalanceLines(const std::vector<FileBalance>& balances) {
   for (const FieldTally& field : sum.fields) lines.push_back(FieldLine(field));
   for (const FileBalance& balance : balances) AddDateLines(balance, lines);
   return lines;
+}
+
+std::vector<Text> ClosingLines(const std::vector<FileBalance>& balances, bool kept) {
+  std::vector<Text> lines = BalanceLines(balances);
+  if (!kept) lines.insert(lines.begin(), NothingKeptLine());
+  return lines;
+}
+
+BalancedReports::BalancedReports(ReferenceFactory& factory, const CDataExchange& exchange, engine::Book& book)
+    : factory_(factory) {
+  factory_.SetReportClosing([&exchange, &book] { return BalanceLines(BalancesOf(exchange.LastQDXImport(), book)); });
+}
+
+BalancedReports::~BalancedReports() {
+  factory_.SetReportClosing({});
 }
 
 Text BalanceJson(const std::vector<FileBalance>& balances, bool done) {

@@ -12,7 +12,13 @@
 #include "import/TextImport.h"
 #include "tallybook/engine/Book.h"
 
+namespace tallybook {
+class CDataExchange;
+}
+
 namespace tallybook::application {
+
+class ReferenceFactory;
 
 // A week or period of the book that a file's range begins or ends within.
 struct PartialUnit {
@@ -64,6 +70,21 @@ void KeepNone(std::vector<FileBalance>& balances);
 
 // The closing block, line by line; nothing where there is no file.
 [[nodiscard]] std::vector<Text> BalanceLines(const std::vector<FileBalance>& balances);
+// What a report ends in: the same, behind the line that nothing is kept where the run was to be whole and is not.
+[[nodiscard]] std::vector<Text> ClosingLines(const std::vector<FileBalance>& balances, bool kept);
+
+// While it lives, reports of a factory's printers end in the balance of what an exchange object imports, as far as the
+// import has come. All of it outlives this.
+class BalancedReports {
+ public:
+  BalancedReports(ReferenceFactory& factory, const CDataExchange& exchange, engine::Book& book);
+  ~BalancedReports();
+  BalancedReports(const BalancedReports&) = delete;
+  BalancedReports& operator=(const BalancedReports&) = delete;
+
+ private:
+  ReferenceFactory& factory_;
+};
 
 // JSON for other programs, docs/command-line.md tells its members. `done`: the import was done.
 [[nodiscard]] Text BalanceJson(const std::vector<FileBalance>& balances, bool done);

@@ -40,10 +40,8 @@ WaitingReports::~WaitingReports() {
 
 void WaitingReports::End(const std::vector<application::FileBalance>& balances, bool kept) {
   ended_ = true;
-  std::vector<Text> closing = application::BalanceLines(balances);
-  if (!kept) closing.insert(closing.begin(), application::NothingKeptLine());
   try {
-    session_.Factory().WriteHeldReports(closing);
+    session_.Factory().WriteHeldReports(application::ClosingLines(balances, kept));
   } catch (...) {
     const StopReason why = ReasonOf(CurrentFailure());
     kept ? WarnAfterCommit(why.words) : session_.TellStop(why);

@@ -130,23 +130,9 @@ QDXImportRecord WithoutLeftAlone(QDXImportRecord record, const LeftAlone& left, 
 }
 
 // The import's report ends in its balance.
-class BalancedReports {
- public:
-  BalancedReports(Session& session, const CDataExchange& exchange, engine::Book& book) : factory_(session.Factory()) {
-    factory_.SetReportClosing(
-        [&] { return application::BalanceLines(application::BalancesOf(exchange.LastQDXImport(), book)); });
-  }
-  ~BalancedReports() { factory_.SetReportClosing({}); }
-  BalancedReports(const BalancedReports&) = delete;
-  BalancedReports& operator=(const BalancedReports&) = delete;
-
- private:
-  application::ReferenceFactory& factory_;
-};
-
 bool ImportBalanced(Session& session, CDataExchange& exchange, engine::Book& book, Masterfile& target,
                     const Text& type) {
-  const BalancedReports reports(session, exchange, book);
+  const application::BalancedReports reports(session.Factory(), exchange, book);
   const Long no_window = 0;
   return exchange.ImportQDXFileEX(no_window, target, type);
 }

@@ -88,6 +88,18 @@ TEST(ImportBalance, RefusesWhatWasAppliedWhereNothingIsKept) {
   EXPECT_THAT(BalanceLines(balances), ElementsAre("Balance: 5 figures read = 0 applied + 2 not mapped + 3 refused"));
 }
 
+TEST(ImportBalance, EndsAReportBehindTheLineThatNothingIsKept) {
+  FileBalance balance;
+  balance.read = 1;
+  balance.refused = 1;
+  const Text line = "Balance: 1 figure read = 0 applied + 0 not mapped + 1 refused";
+  const bool kept = true;
+  EXPECT_THAT(ClosingLines({balance}, kept), ElementsAre(line));
+  EXPECT_THAT(ClosingLines({balance}, !kept),
+              ElementsAre("Nothing of the import is kept: figures and files are as they were.", line));
+  EXPECT_THAT(ClosingLines({}, kept), IsEmpty());
+}
+
 TEST(ImportBalance, NamesThe53rdWeekThatFiguresCameInto) {
   testing::ScriptedPlatform platform;
   testing::TempFolder folder;
