@@ -206,12 +206,9 @@ class Conversations::Run {
   }
   void ShowReport(report::Report report, report::Blocks head) {
     ReportSetting setting;
-    const std::vector<Text> told = watch_ ? watch_->EndRun() : std::vector<Text>();
-    if (report.title == kImportReport && report_mark_) AddChanges(setting, told);
-    if (report.title == kImportReport && watch_ && watch_->WasDropped()) {
-      report.blocks.emplace_back(report::Line());
-      report.blocks.emplace_back(report::Line{.text = application::NothingKeptLine()});
-    }
+    const ImportWatch::RunEnd end = watch_ ? watch_->EndRun() : ImportWatch::RunEnd();
+    if (report.title == kImportReport && report_mark_) AddChanges(setting, end.told);
+    for (const Text& line : end.closing) report.blocks.emplace_back(report::Line{.text = line});
     auto* const window = new ReportWindow(std::move(report), std::move(head), std::move(setting), &state_.owner);
     window->show();
     window->raise();

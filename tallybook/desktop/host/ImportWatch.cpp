@@ -80,7 +80,6 @@ void ImportWatch::LeaveKnownAlone() {
 
 void ImportWatch::BeginRecord() {
   EndRunAndTell();
-  was_dropped_ = false;
   if (means_.begin_whole) atomic_ = means_.begin_whole();
   recorder_ = std::make_unique<application::ImportRecorder>(book_);
 }
@@ -145,7 +144,13 @@ bool ImportWatch::IsWhole() const {
   return tally.stored && !tally.stop;
 }
 
-std::vector<Text> ImportWatch::EndRun() {
+std::vector<application::FileBalance> ImportWatch::Balances() const {
+  const CDataExchange* const exchange = means_.exchange();
+  if (exchange == nullptr || is_text_) return {};
+  return application::BalancesOf(exchange->LastQDXImport(), book_);
+}
+
+ImportWatch::RunEnd ImportWatch::EndRun() {
   hidden_.reset();
   if (recorder_ == nullptr) return {};
   const auto recorder = std::move(recorder_);
@@ -157,24 +162,30 @@ std::vector<Text> ImportWatch::EndRun() {
   } catch (...) {
     means_.warn("The journal does not keep which files were read: " + CurrentFailure().Description());
   }
-  return {};
+  const bool kept = true;
+  return {.closing = application::ClosingLines(Balances(), kept)};
 }
 
-std::vector<Text> ImportWatch::EndWhole(application::AtomicImport& atomic, application::ImportRecorder& recorder) {
+ImportWatch::RunEnd ImportWatch::EndWhole(application::AtomicImport& atomic, application::ImportRecorder& recorder) {
   const bool had_work = atomic.HasWork();
   AddOutcomes(recorder);
   const application::AtomicEnd end = application::EndAtomic(atomic, book_, recorder, IsWhole());
-  was_dropped_ = !end.kept;
-  std::vector<Text> told;
-  for (const Text& text : application::NotDisposedTexts(end.outcomes)) told.push_back("It is done, but " + text + ".");
-  if (end.lost) told.push_back(end.lost->words + ".");
-  if (was_dropped_ && (had_work || !is_text_)) told.push_back(application::NothingKeptLine());
+  RunEnd told;
+  for (const Text& text : application::NotDisposedTexts(end.outcomes)) {
+    told.told.push_back("It is done, but " + text + ".");
+  }
+  if (end.lost) told.told.push_back(end.lost->words + ".");
+  if (!end.kept && (had_work || !is_text_)) told.told.push_back(application::NothingKeptLine());
+  auto balances = Balances();
+  if (!end.kept) application::KeepNone(balances);
+  told.closing = application::ClosingLines(balances, end.kept);
   return told;
 }
 
 void ImportWatch::EndRunAndTell() {
+  const RunEnd end = EndRun();
   Text words;
-  for (const Text& line : EndRun()) words += (words.empty() ? "" : "\r\n") + line;
+  for (const Text& line : end.told) words += (words.empty() ? "" : "\r\n") + line;
   if (!words.empty()) means_.warn(words);
 }
 

@@ -14,6 +14,7 @@
 #include "tallybook/application/AtomicImport.h"
 #include "tallybook/application/EntryFacts.h"
 #include "tallybook/application/FilesLeftAlone.h"
+#include "tallybook/application/ImportBalance.h"
 #include "tallybook/application/ImportRecorder.h"
 #include "tallybook/engine/Book.h"
 
@@ -65,13 +66,16 @@ class ImportWatch {
   [[nodiscard]] bool MayImport(const Text& file, const application::EntryFacts& way);
   void BeginRun(const Text& file, const application::EntryFacts& way);
 
+  // What came of a run, in lines.
+  struct RunEnd {
+    std::vector<Text> told = {};     // of a run that was to be whole
+    std::vector<Text> closing = {};  // what its report ends in
+  };
   // The run is over: its entries get what came of it, or where it was to be whole and is not, nothing of it stays.
-  // Gives what is to be told of a run that was to be whole, a line each. Nothing happens where none has begun.
-  [[nodiscard]] std::vector<Text> EndRun();
-  // The same, and warns of it.
+  // Nothing happens, and there is nothing to tell, where none has begun.
+  [[nodiscard]] RunEnd EndRun();
+  // The same, and warns of what is to be told.
   void EndRunAndTell();
-  // The last run was to be whole, and nothing of it stays.
-  [[nodiscard]] bool WasDropped() const { return was_dropped_; }
   // The files that the next run is to leave alone.
   [[nodiscard]] const std::vector<application::FilesLeftAlone::OfDefinition>& Known() const { return left_; }
   // What is to be told of the files that the last run has left alone, a line each.
@@ -82,7 +86,8 @@ class ImportWatch {
   void BeginRecord();
   [[nodiscard]] bool IsWhole() const;
   void AddOutcomes(application::ImportRecorder& recorder) const;
-  [[nodiscard]] std::vector<Text> EndWhole(application::AtomicImport& atomic, application::ImportRecorder& recorder);
+  [[nodiscard]] std::vector<application::FileBalance> Balances() const;
+  [[nodiscard]] RunEnd EndWhole(application::AtomicImport& atomic, application::ImportRecorder& recorder);
   void Forget();
   void Leave(Integer definition, const Text& file, const Text& told);
 
@@ -94,7 +99,6 @@ class ImportWatch {
   std::vector<application::FilesLeftAlone::OfDefinition> left_;
   std::vector<Text> told_;
   bool is_text_ = false;  // the run that has begun is of a text file
-  bool was_dropped_ = false;
 };
 
 }  // namespace tallybook::desktop

@@ -2,6 +2,7 @@
 
 #include "tallybook/application/FileKind.h"
 #include "tallybook/application/FileRemoval.h"
+#include "tallybook/application/ImportBalance.h"
 #include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/StopText.h"
 #include "tallybook/desktop/host/QtPlatform.h"
@@ -18,6 +19,7 @@ constexpr Integer kDateInOne = -1;
 
 PreviewRun::PreviewRun(const Means& means, engine::Book& book)
     : means_(means),
+      book_(book),
       quiet_(means.platform, means.app),
       overlay_({.book = book,
                 .factory = quiet_.Factory(),
@@ -54,6 +56,7 @@ void PreviewRun::RunAllDefinitions() {
 }
 
 void PreviewRun::RunBatch(const Text& type, std::size_t definitions) {
+  const application::BalancedReports reports(quiet_.Factory(), exchange_, book_);
   const Long no_window = 0;
   const bool imported = exchange_.ImportQDXFileEX(no_window, overlay_.Book(), type);
   const QDXImportRecord& record = exchange_.LastQDXImport();

@@ -57,6 +57,7 @@ class PreviewRun {
   void End();
 
   Means means_;
+  engine::Book& book_;
   QuietHost quiet_;
   preview::ImportPreview overlay_;
   CDataExchange exchange_;
