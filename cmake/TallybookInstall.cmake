@@ -61,7 +61,7 @@ if(TALLYBOOK_BUILD_APPLICATION)
   endif()
   set_target_properties(tallybook PROPERTIES INSTALL_RPATH "${TALLYBOOK_MODULE_PATHS}")
   install(TARGETS tallybook RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime)
-  install(TARGETS tallybook_pdf LIBRARY DESTINATION ${TALLYBOOK_MODULE_FOLDER} COMPONENT Runtime)
+  install(TARGETS tallybook_pdf tallybook_xlsx LIBRARY DESTINATION ${TALLYBOOK_MODULE_FOLDER} COMPONENT Runtime)
 
   if(TARGET tallybook-desktop)
     set(desktop ${PROJECT_SOURCE_DIR}/packaging/desktop)
@@ -94,7 +94,7 @@ if(TALLYBOOK_BUILD_APPLICATION)
 
   # Everything that is installed, and nothing that only tests or benchmarks need.
   add_custom_target(installed)
-  add_dependencies(installed tallybook tallybook_pdf)
+  add_dependencies(installed tallybook tallybook_pdf tallybook_xlsx)
   if(TARGET tallybook-desktop)
     add_dependencies(installed tallybook-desktop)
   endif()

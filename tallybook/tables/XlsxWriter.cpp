@@ -19,10 +19,9 @@
 
 #include "base/Dates.h"
 #include "base/Failure.h"
-#include "platform/Clock.h"
 #include "platform/posix/SystemError.h"
 #include "support/Utility.h"
-#include "tallybook/tables/TableWriter.h"
+#include "tallybook/tables/XlsxModule.h"
 
 namespace tallybook::tables {
 
@@ -136,8 +135,7 @@ struct FreeWorkbook {
 
 class XlsxWriter : public TableWriter {
  public:
-  XlsxWriter(const Text& path, const Text& table_name) : path_(path), folder_(FilePath(path)) {
-    MakeEmptyFile(path);
+  XlsxWriter(const Text& path, const Text& table_name, Date created) : path_(path), folder_(FilePath(path)) {
     if (folder_.empty()) folder_ = ".";
     lxw_workbook_options options = {};
     options.constant_memory = LXW_TRUE;
@@ -147,7 +145,7 @@ class XlsxWriter : public TableWriter {
     Check(workbook_validate_sheet_name(workbook_.get(), table_name.c_str()));
     sheet_ = workbook_add_worksheet(workbook_.get(), table_name.c_str());
     if (sheet_ == nullptr || sheet_->optimize_tmpfile == nullptr) Fail(LXW_ERROR_CREATING_TMPFILE);
-    SetCreated();
+    SetCreated(created);
   }
 
   void Begin(const std::vector<Column>& columns) override {
@@ -185,9 +183,9 @@ class XlsxWriter : public TableWriter {
   }
 
  private:
-  void SetCreated() {
+  void SetCreated(Date created) {
     lxw_doc_properties properties = {};
-    properties.created = static_cast<time_t>(std::llround((Now() - kUnixEpoch) * kSecondsPerDay));
+    properties.created = static_cast<time_t>(std::llround((created - kUnixEpoch) * kSecondsPerDay));
     Check(workbook_set_properties(workbook_.get(), &properties));
   }
 
@@ -245,8 +243,10 @@ class XlsxWriter : public TableWriter {
 
 }  // namespace
 
-std::unique_ptr<TableWriter> NewXlsxWriter(const Text& path, const Text& table_name) {
-  return std::make_unique<XlsxWriter>(path, table_name);
-}
-
 }  // namespace tallybook::tables
+
+// The module's only way in (XlsxModule.h).
+extern "C" __attribute__((visibility("default"))) tallybook::tables::TableWriter* tallybook_make_xlsx_writer(
+    const tallybook::Text& path, const tallybook::Text& table_name, tallybook::Date created) {
+  return new tallybook::tables::XlsxWriter(path, table_name, created);
+}

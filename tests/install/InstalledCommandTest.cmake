@@ -1,5 +1,5 @@
-# Installs the command into an empty prefix, moves that tree elsewhere, and has it make a PDF report: the module that makes
-# PDF is found from the command's own place. Without the module it says so, and nothing is begun.
+# Installs the command into an empty prefix, moves that tree elsewhere, and has it make a PDF report and a workbook: the
+# modules for these are found from the command's own place. Without the modules it says so, and nothing is begun.
 #   cmake -D BUILD=... -D WORK=... (see CMakeLists.txt) -P InstalledCommandTest.cmake
 
 include(${CMAKE_CURRENT_LIST_DIR}/Steps.cmake)
@@ -17,6 +17,10 @@ set(import ${tallybook} import qdx ${WORK}/demo/head-office --definition 1 --yes
 run(${import} ${WORK}/demo/report.pdf)
 file(READ ${WORK}/demo/report.pdf signature LIMIT 5)
 expect(signature "%PDF-")
+run(${tallybook} export table ${WORK}/demo/head-office ${WORK}/demo/book.xlsx --type xlsx
+    --from 2023-01-01 --to 2026-12-31)
+file(READ ${WORK}/demo/book.xlsx signature LIMIT 2)
+expect(signature "PK")
 
 file(REMOVE_RECURSE ${WORK}/moved/${LIBDIR}/tallybook)
 execute_process(COMMAND ${import} ${WORK}/demo/other.pdf RESULT_VARIABLE status OUTPUT_VARIABLE printed ERROR_VARIABLE told)
@@ -25,6 +29,15 @@ if(NOT status EQUAL 1 OR NOT printed STREQUAL "" OR NOT told MATCHES "^tallybook
 endif()
 if(EXISTS ${WORK}/demo/other.pdf)
   message(FATAL_ERROR "without the module a report was begun")
+endif()
+execute_process(COMMAND ${tallybook} export table ${WORK}/demo/head-office ${WORK}/demo/other.xlsx --type xlsx
+                --from 2023-01-01 --to 2026-12-31
+                RESULT_VARIABLE status OUTPUT_VARIABLE printed ERROR_VARIABLE told)
+if(NOT status EQUAL 1 OR NOT told MATCHES "Workbooks cannot be written: ")
+  message(FATAL_ERROR "without the module: status ${status}, printed '${printed}', told '${told}'")
+endif()
+if(EXISTS ${WORK}/demo/other.xlsx)
+  message(FATAL_ERROR "without the module a workbook was begun")
 endif()
 
 # The man pages and the completions lie where man and the shells look for them.

@@ -29,7 +29,8 @@ file(MAKE_DIRECTORY ${root}/var/lib/dpkg/info ${root}/var/lib/dpkg/updates)
 file(TOUCH ${root}/var/lib/dpkg/status ${root}/var/lib/dpkg/available)
 run(dpkg --root=${root} --force-not-root --force-depends --log=${WORK}/dpkg.log --install ${packages})
 file(GLOB_RECURSE unpacked RELATIVE ${root}/usr ${root}/usr/*)
-foreach(wanted bin/tallybook share/man/man1/tallybook.1.gz ${LIBDIR}/tallybook/tallybook_pdf.so ${LIBDIR}/pkgconfig/tallybook.pc
+foreach(wanted bin/tallybook share/man/man1/tallybook.1.gz ${LIBDIR}/tallybook/tallybook_pdf.so
+        ${LIBDIR}/tallybook/tallybook_xlsx.so ${LIBDIR}/pkgconfig/tallybook.pc
         lib/cmake/Tallybook/TallybookConfig.cmake include/tallybook/exchange/CDataExchange.h
         share/doc/tallybook/docs/command-line.md share/doc/tallybook/copyright share/doc/tallybook-doc/changelog.gz)
   if(NOT wanted IN_LIST unpacked)
