@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "base/Dates.h"
+#include "host/FiscalCalendar.h"
+#include "host/Masterfile.h"
 #include "tallybook/application/Counts.h"
 #include "tallybook/application/Shown.h"
 
@@ -140,6 +142,15 @@ bool IsWholeStored(const QDXDefinitionImport& definition) {
                                    std::ranges::all_of(definition.files, &QDXFileImport::stored));
 }
 
+// The delimited import tells the dates of its lines, and several of them may share a record.
+std::size_t RecordDates(Masterfile& masterfile, const std::set<Date>& dates) {
+  std::set<Date> level_dates;
+  for (const Date date : dates) {
+    level_dates.insert(masterfile.FiscalCalendar().LevelDate(date, masterfile.DataLevel()));
+  }
+  return level_dates.size();
+}
+
 }  // namespace
 
 std::vector<ImportNote> NotesOf(const QDXImportRecord& record) {
@@ -160,6 +171,13 @@ std::vector<ImportNote> NotesOf(const QDXImportRecord& record) {
 
 Text StaysText(const Text& file, const StopReason& why) {
   return OnOneLine(file) + " keeps its name, and can be imported once more: " + OnOneLine(why.words);
+}
+
+Text AppliedText(const Text& file, const TextImportTally& tally, Masterfile& masterfile) {
+  return "Imported " + OnOneLine(file) + ": " + Counted(tally.records, "record") + ", " +
+         Counted(static_cast<long long>(tally.accounts.size()), "account") + ", " +
+         Counted(static_cast<long long>(tally.fields.size()), "field") + ", " +
+         Counted(static_cast<long long>(RecordDates(masterfile, tally.dates)), "date") + ".";
 }
 
 bool IsStored(const QDXImportRecord& record, std::size_t definitions) {

@@ -87,19 +87,8 @@ std::vector<Integer> ClearFlags(const engine::Book& book, const std::vector<Long
   return flags;
 }
 
-// The delimited import tells the dates of its lines, and several of them may share a record.
-std::size_t RecordDates(engine::Book& book, const std::set<Date>& dates) {
-  std::set<Date> level_dates;
-  for (const Date date : dates) level_dates.insert(book.FiscalCalendar().LevelDate(date, book.DataLevel()));
-  return level_dates.size();
-}
-
 void TellApplied(engine::Book& book, const Text& file, const TextImportTally& tally) {
-  TellLine(fmt::format("Imported {}: {}, {}, {}, {}.", file, Counted(tally.records, "record"),
-                       Counted(static_cast<long long>(tally.accounts.size()), "account"),
-                       Counted(static_cast<long long>(tally.fields.size()), "field"),
-                       Counted(static_cast<long long>(RecordDates(book, tally.dates)), "date")));
-  if (const Text grown = application::GrownText(tally); !grown.empty()) Warn(file + ": " + grown);
+  TellLine(application::AppliedText(file, tally, book));
 }
 
 void TellBalance(const std::vector<application::FileBalance>& balances) {

@@ -3,6 +3,7 @@
 
 #include "base/Dates.h"
 #include "tallybook/application/ImportSummary.h"
+#include "tests/tallybook/application/Office.h"
 
 namespace tallybook::application {
 namespace {
@@ -127,6 +128,16 @@ TEST(ImportSummaryTest, ADefinitionWithoutFilesIsTold) {
   EXPECT_THAT(Lines(record), ElementsAre("! no file for the definition \"North\": none matches *.QDX"));
   EXPECT_TRUE(LacksFiles(record));
   EXPECT_FALSE(LacksFiles(RecordOf({WholeFile("year.QDX")})));
+}
+
+TEST(ImportSummaryTest, OfATextFileTheDatesAreThoseOfRecords) {
+  testing::Office office;  // of months
+  TextImportTally tally;
+  tally.records = 3;
+  tally.accounts = {101, 205};
+  tally.fields = {1};
+  tally.dates = {DateFromParts(2003, 1, 5), DateFromParts(2003, 1, 6), DateFromParts(2003, 2, 1)};
+  EXPECT_EQ(AppliedText("day.csv", tally, *office.book), "Imported day.csv: 3 records, 2 accounts, 1 field, 2 dates.");
 }
 
 TEST(ImportSummaryTest, AFileThatStoppedTheRunIsNoImport) {
