@@ -27,6 +27,7 @@
 #include "tallybook/application/ImportWays.h"
 #include "tallybook/application/JournalMark.h"
 #include "tallybook/application/OutputRules.h"
+#include "tallybook/application/ReportHeads.h"
 #include "tallybook/application/UndoWords.h"
 #include "tallybook/desktop/forms/QtScreen.h"
 #include "tallybook/desktop/host/AllOrNothing.h"
@@ -44,6 +45,7 @@
 #include "tallybook/desktop/host/ReportWindow.h"
 #include "tallybook/desktop/host/RunBeside.h"
 #include "tallybook/desktop/host/UndoDialog.h"
+#include "tallybook/desktop/host/WindowPrinter.h"
 
 namespace tallybook::desktop {
 
@@ -52,6 +54,7 @@ namespace {
 constexpr Integer kDefinitionDataType = 1;
 constexpr const char* kFilePrompt = "frmImport";
 constexpr const char* kDelimitedPrompt = "frmDelimited";
+constexpr const char* kImportCsv = "import csv";
 constexpr const char* kImportReport = "QDX Import Report";
 constexpr const char* kWordsOfCancel = "What was stored so far stays; the journal can take it back.";
 constexpr const char* kWordsOfCancelWhole = "Nothing of the import stays.";
@@ -172,6 +175,7 @@ class Conversations::Run {
       Commit();
       result.entries = mark.Since();
       mark_ = nullptr;
+      ShowTextReports();
       book_->Close();
     } catch (const engine::WorkCancelled&) {
       mark_ = nullptr;
@@ -209,10 +213,7 @@ class Conversations::Run {
     const ImportWatch::RunEnd end = watch_ ? watch_->EndRun() : ImportWatch::RunEnd();
     if (report.title == kImportReport && report_mark_) AddChanges(setting, end.told);
     for (const Text& line : end.closing) report.blocks.emplace_back(report::Line{.text = line});
-    auto* const window = new ReportWindow(std::move(report), std::move(head), std::move(setting), &state_.owner);
-    window->show();
-    window->raise();
-    window->activateWindow();
+    ShowInWindow(std::move(report), std::move(head), std::move(setting));
     if (state_.changed) state_.changed();
   }
   // Of the import of a delimited file: who is asked about its line ends, and whether fields that the system keeps by
@@ -261,6 +262,12 @@ class Conversations::Run {
   }
 
  private:
+  struct TextReport {
+    Text title = {};
+    std::vector<Text> lines = {};
+    ReportSetting setting = {};
+  };
+
   // A row's key is "K" and the definition's number.
   static Text NumberOfKey(const Text& key) { return key.empty() ? key : key.substr(1); }
 
@@ -449,7 +456,7 @@ class Conversations::Run {
   }
 
   bool MayImportCsv(const frmImport& prompt) {
-    return MayImportText("import csv", prompt.NamedFile(), application::WayOfCsv(eMath::mDefault, {}));
+    return MayImportText(kImportCsv, prompt.NamedFile(), application::WayOfCsv(eMath::mDefault, {}));
   }
 
   // Line ends that the import does not take are asked about when it opens the file; there is no other way to read it.
@@ -471,6 +478,8 @@ class Conversations::Run {
     if (file.empty() || !FileExists(file)) return true;
     if (!watch_->MayImport(file, way)) return false;
     book_->SetOperationName(what + " " + file);
+    report_mark_.emplace(*book_);
+    text_title_ = what == kImportCsv ? "CSV Import" : "Delimited Import";
     watch_->BeginRun(file, way);
     return true;
   }
@@ -490,7 +499,8 @@ class Conversations::Run {
                         },
                     .place_of = [&platform](const Text& path) { return platform.Files().PlaceOf(path).value_or(path); },
                     .warn = [this](const Text& words) { state_.Tell(words, kExclamationIcon); },
-                    .begin_whole = [this] { return all_or_nothing_->Begin(); }});
+                    .begin_whole = [this] { return all_or_nothing_->Begin(); },
+                    .text_ended = [this](const ImportWatch::RunEnd& end) { KeepTextReport(end); }});
     figures_first_.emplace(platform.Files(), *book_);
     state_.means.app.SetImportListener([this] { watch_->BeginFile(); });
     state_.means.factory.SetExchangeListener([this] { watch_->EndRunAndTell(); });
@@ -612,6 +622,39 @@ class Conversations::Run {
     }
   }
 
+  void ShowInWindow(report::Report report, report::Blocks head, ReportSetting setting) {
+    auto* const window = new ReportWindow(std::move(report), std::move(head), std::move(setting), &state_.owner);
+    window->show();
+    window->raise();
+    window->activateWindow();
+  }
+
+  // The report of a text file waits until its figures are stored, and no prompt stands over it.
+  void KeepTextReport(const ImportWatch::RunEnd& end) {
+    TextReport& kept = text_reports_.emplace_back();
+    kept.title = text_title_;
+    kept.lines = end.came;
+    kept.lines.emplace_back();
+    kept.lines.insert(kept.lines.end(), end.closing.begin(), end.closing.end());
+    AddChanges(kept.setting, end.told);
+  }
+
+  void ShowTextReports() {
+    for (TextReport& kept : std::exchange(text_reports_, {})) {
+      const auto show = [&](report::Report report, report::Blocks head) {
+        ShowInWindow(std::move(report), std::move(head), std::move(kept.setting));
+      };
+      engine::ProgressDisplay* const no_progress = nullptr;
+      WindowPrinter printer(show, no_progress);
+      const Long no_window = 0;
+      if (!printer.BeginReport(no_window, kept.title + " Report")) continue;
+      application::ReportHeads().PrintReportHeader(*book_, printer, kept.title);
+      printer.PrintLine("");
+      for (const Text& line : kept.lines) printer.PrintLine(line);
+      printer.EndReport();
+    }
+  }
+
   // `told` of an import that was to be whole.
   void AddChanges(ReportSetting& setting, const std::vector<Text>& told) {
     const std::vector<engine::JournalEntry> entries = report_mark_->Since();
@@ -638,6 +681,8 @@ class Conversations::Run {
   std::optional<ExportOutputs> outputs_;
   const application::JournalMark* mark_ = nullptr;
   std::optional<application::JournalMark> report_mark_;
+  Text text_title_;  // of the report of the text file that is imported
+  std::vector<TextReport> text_reports_;
   std::optional<application::FiguresFirst> figures_first_;  // of a conversation that imports
   std::optional<AllOrNothing> all_or_nothing_;              // of a conversation that imports
   std::optional<ImportWatch> watch_;                        // of a conversation that imports

@@ -9,6 +9,7 @@
 #include "tallybook/application/ImportHistory.h"
 #include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/ImportWays.h"
+#include "tallybook/application/StopText.h"
 
 namespace tallybook::desktop {
 
@@ -111,6 +112,7 @@ bool ImportWatch::MayImport(const Text& file, const application::EntryFacts& way
 void ImportWatch::BeginRun(const Text& file, const application::EntryFacts& way) {
   BeginRecord();
   is_text_ = true;
+  text_file_ = file;
   recorder_->BeginFile(file, PlaceOf(file), way);
 }
 
@@ -146,8 +148,32 @@ bool ImportWatch::IsWhole() const {
 
 std::vector<application::FileBalance> ImportWatch::Balances() const {
   const CDataExchange* const exchange = means_.exchange();
-  if (exchange == nullptr || is_text_) return {};
-  return application::BalancesOf(exchange->LastQDXImport(), book_);
+  if (exchange == nullptr) return {};
+  if (!is_text_) return application::BalancesOf(exchange->LastQDXImport(), book_);
+  const TextImportTally& tally = exchange->LastTextImport();
+  if (tally.read == 0 && !tally.stored) return {};
+  return {application::BalanceOf(text_file_, tally, book_)};
+}
+
+// The import is done as soon as its figures are stored, whatever it answered: what failed came behind them.
+std::vector<Text> ImportWatch::WhatCame(const TextImportTally& tally, bool kept) const {
+  std::vector<Text> came;
+  if (kept) came.push_back(application::AppliedText(text_file_, tally, book_));
+  const Text but = kept ? "It is done, but " : "";
+  if (tally.stop) came.push_back(but + application::StopText(*tally.stop) + ".");
+  if (kept && tally.stays) came.push_back(but + application::StaysText(text_file_, *tally.stays) + ".");
+  return came;
+}
+
+ImportWatch::RunEnd ImportWatch::Told(bool kept) const {
+  std::vector<application::FileBalance> balances = Balances();
+  if (is_text_ && balances.empty()) return {};
+  if (!kept) application::KeepNone(balances);
+  RunEnd end = {.closing = application::ClosingLines(balances, kept)};
+  if (!is_text_) return end;
+  const TextImportTally& tally = means_.exchange()->LastTextImport();
+  end.came = WhatCame(tally, kept && tally.stored);
+  return end;
 }
 
 ImportWatch::RunEnd ImportWatch::EndRun() {
@@ -163,22 +189,19 @@ ImportWatch::RunEnd ImportWatch::EndRun() {
     means_.warn("The journal does not keep which files were read: " + CurrentFailure().Description());
   }
   const bool kept = true;
-  return {.closing = application::ClosingLines(Balances(), kept)};
+  return Told(kept);
 }
 
 ImportWatch::RunEnd ImportWatch::EndWhole(application::AtomicImport& atomic, application::ImportRecorder& recorder) {
   const bool had_work = atomic.HasWork();
   AddOutcomes(recorder);
   const application::AtomicEnd end = application::EndAtomic(atomic, book_, recorder, IsWhole());
-  RunEnd told;
+  RunEnd told = Told(end.kept);
   for (const Text& text : application::NotDisposedTexts(end.outcomes)) {
     told.told.push_back("It is done, but " + text + ".");
   }
   if (end.lost) told.told.push_back(end.lost->words + ".");
   if (!end.kept && (had_work || !is_text_)) told.told.push_back(application::NothingKeptLine());
-  auto balances = Balances();
-  if (!end.kept) application::KeepNone(balances);
-  told.closing = application::ClosingLines(balances, end.kept);
   return told;
 }
 
@@ -187,6 +210,7 @@ void ImportWatch::EndRunAndTell() {
   Text words;
   for (const Text& line : end.told) words += (words.empty() ? "" : "\r\n") + line;
   if (!words.empty()) means_.warn(words);
+  if (is_text_ && !end.closing.empty()) means_.text_ended(end);
 }
 
 }  // namespace tallybook::desktop

@@ -30,6 +30,12 @@ namespace tallybook::desktop {
 
 class ImportWatch {
  public:
+  // What came of a run, in lines.
+  struct RunEnd {
+    std::vector<Text> told = {};     // of a run that was to be whole
+    std::vector<Text> came = {};     // of a text file: what was applied, or why it ended
+    std::vector<Text> closing = {};  // what its report ends in; none for a text file of which no figure was read
+  };
   struct Means {
     // The exchange object that imports at present; null where there is none.
     std::function<CDataExchange*()> exchange;
@@ -42,6 +48,8 @@ class ImportWatch {
     std::function<void(const Text& words)> warn;
     // Begins an import that is to be done wholly or not at all; gives nothing where none is wanted.
     std::function<std::unique_ptr<application::AtomicImport>()> begin_whole;
+    // Told how a run of a text file has ended that read figures: such a run has no report of its own.
+    std::function<void(const RunEnd& end)> text_ended;
   };
   ImportWatch(engine::Book& book, Means means);
   ~ImportWatch();
@@ -66,11 +74,6 @@ class ImportWatch {
   [[nodiscard]] bool MayImport(const Text& file, const application::EntryFacts& way);
   void BeginRun(const Text& file, const application::EntryFacts& way);
 
-  // What came of a run, in lines.
-  struct RunEnd {
-    std::vector<Text> told = {};     // of a run that was to be whole
-    std::vector<Text> closing = {};  // what its report ends in
-  };
   // The run is over: its entries get what came of it, or where it was to be whole and is not, nothing of it stays.
   // Nothing happens, and there is nothing to tell, where none has begun.
   [[nodiscard]] RunEnd EndRun();
@@ -87,6 +90,8 @@ class ImportWatch {
   [[nodiscard]] bool IsWhole() const;
   void AddOutcomes(application::ImportRecorder& recorder) const;
   [[nodiscard]] std::vector<application::FileBalance> Balances() const;
+  [[nodiscard]] RunEnd Told(bool kept) const;
+  [[nodiscard]] std::vector<Text> WhatCame(const TextImportTally& tally, bool kept) const;
   [[nodiscard]] RunEnd EndWhole(application::AtomicImport& atomic, application::ImportRecorder& recorder);
   void Forget();
   void Leave(Integer definition, const Text& file, const Text& told);
@@ -99,6 +104,7 @@ class ImportWatch {
   std::vector<application::FilesLeftAlone::OfDefinition> left_;
   std::vector<Text> told_;
   bool is_text_ = false;  // the run that has begun is of a text file
+  Text text_file_;        // that file
 };
 
 }  // namespace tallybook::desktop

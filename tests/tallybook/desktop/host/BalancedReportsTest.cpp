@@ -1,7 +1,9 @@
 // What the reports of imports end in, as their windows show it: the balance of the run, however that ended.
+#include <QLabel>
 #include <QPlainTextEdit>
 #include <QTableView>
 #include <QTimer>
+#include <algorithm>
 #include <filesystem>
 
 #include "tests/tallybook/desktop/host/ConversationsFixture.h"
@@ -15,6 +17,7 @@ using testing::kList;
 using testing::kReport;
 using testing::kSales;
 using testing::Part;
+using ::testing::StartsWith;
 using testing::WhenShown;
 
 constexpr const char* kDefinitionPrompt = "Edit QDX Import Layout Number: 1";
@@ -41,7 +44,18 @@ class BalancedReportsTest : public testing::ConversationsFixture {
       window.close();
     };
   }
-  void WantAllOrNothing() { folder_.Write("North.ini", "[Import]\r\nAllOrNothing=True\r\n"); }
+  static bool IsShown(const QString& title) {
+    return std::ranges::any_of(QApplication::topLevelWidgets(), [&](const QWidget* window) {
+      return window->isVisible() && window->windowTitle() == title;
+    });
+  }
+  static void ExpectClosed(const QString& title) {
+    EXPECT_TRUE(IsShown(title));
+    EXPECT_TRUE(testing::WaitUntil([&] { return !IsShown(title); }, "the report is closed"));
+  }
+  void WantAllOrNothing(bool wanted = true) {
+    folder_.Write("North.ini", Text("[Import]\r\nAllOrNothing=") + (wanted ? "True" : "False") + "\r\n");
+  }
   void FromTheList(const char* action) {
     user_.Then(kList, Behind([action](QWidget& window) {
                  QTest::keyClick(&Part<QTableView>(window, "rows"), Qt::Key_Home);
@@ -160,6 +174,84 @@ TEST_F(BalancedReportsTest, OfARunThatIsCancelledEndInItsBalance) {
       .Then("Tallybook", Press(Qt::Key_Return));  // it ended half way
   (void)conversations_.Definitions();
 }
+
+// --- Text files, whose report is the application's own ---------------------------------------------------------------
+
+TEST_F(BalancedReportsTest, OfACsvFileTellWhatWasAppliedAndTakeItBack) {
+  const auto before = Stored();
+  folder_.Write("day.csv", testing::kFigures);
+  user_.Then(testing::kCsvPrompt, Behind(Name("day.csv"))).Then("Tallybook", Press(Qt::Key_Return));
+  EXPECT_TRUE(conversations_.ImportCsv().ChangedFigures());
+  user_
+      .Then("CSV Import Report",
+            [&](QWidget& window) {
+              EXPECT_THAT(Part<QLabel>(window, "changes").text().toStdString(),
+                          StartsWith("Changed: figures of 2004-02-03 (journal entry 1, import csv "));
+              const Text applied = "Imported " + folder_.Path("day.csv") + ": 2 records, 2 accounts, 2 fields, 1 date.";
+              EXPECT_THAT(EndOf(window, "text", "Imported"),
+                          ElementsAre(applied, "", "Balance: 2 figures read = 2 applied + 0 not mapped + 0 refused",
+                                      "  field 1 to field 1: 1 figure, 12.5 in the file, 12.5 in the book",
+                                      "  field 4 to field 4: 1 figure, 3 in the file, 3 in the book"));
+              Behind(Click("undo"))(window);
+            })
+      .Then("Tallybook", Press(Qt::Key_Return))
+      .Then("CSV Import Report", [](QWidget& window) { window.close(); });
+  ExpectClosed("CSV Import Report");
+  EXPECT_EQ(Stored(), before);
+}
+
+TEST_F(BalancedReportsTest, OfADelimitedFileThatFailsTellTheReasonAndWhatWasAppliedByThen) {
+  folder_.Write("days.txt", "3/2/2004,100,1,5\r\n4/2/2004,100,1,6 pieces\r\n");
+  const Text reason =
+      folder_.Path("days.txt") + ": record 2: \"6 pieces\" is not a number (error 13: type mismatch, statement 107).";
+  for (const bool whole : {true, false}) {
+    WantAllOrNothing(whole);
+    user_.Then("Import Delimited File", Behind(Name("days.txt")))
+        .Then("Tallybook", Press(Qt::Key_Return))   // go on?
+        .Then("Tallybook", Press(Qt::Key_Return))   // it failed
+        .Then("Tallybook", Press(Qt::Key_Return));  // nothing is kept, or it ended half way
+    EXPECT_EQ(conversations_.ImportDelimited().ChangedFigures(), !whole);
+    user_.Then("Delimited Import Report", [&](QWidget& window) {
+      const auto end = EndOf(window, "text", folder_.Path("days.txt"));
+      if (whole) {
+        EXPECT_THAT(
+            end, ElementsAre(reason, "", kNoneKept, "Balance: 2 figures read = 0 applied + 0 not mapped + 2 refused"));
+      } else {
+        EXPECT_THAT(end, ElementsAre(reason, "", "Balance: 2 figures read = 1 applied + 0 not mapped + 1 refused",
+                                     "  field 1 to field 1: 1 figure, 5 in the file, 5 in the book"));
+      }
+      window.close();
+    });
+    ExpectClosed("Delimited Import Report");
+  }
+}
+
+TEST_F(BalancedReportsTest, OfACsvFileWhoseAuditIsStoppedSayThatAllThatWasReadIsRefused) {
+  folder_.Write("day.csv", "2,3,2004,1,1\r\n100,1,12.5\r\nnone,1,3\r\n");
+  user_.Then(testing::kCsvPrompt, Behind(Name("day.csv")))
+      .Then("Tallybook", Press(Qt::Key_Return))  // go on?
+      .Then("Tallybook", Press(Qt::Key_Return))  // the audit's question: no
+      .Then(testing::kCsvPrompt, Press(Qt::Key_Escape));
+  EXPECT_FALSE(conversations_.ImportCsv().ChangedFigures());
+  user_.Then("CSV Import Report", [&](QWidget& window) {
+    EXPECT_EQ(Part<QLabel>(window, "changes").text(), "No figure was changed.");
+    EXPECT_THAT(EndOf(window, "text", "Balance"),
+                ElementsAre("Balance: 1 figure read = 0 applied + 0 not mapped + 1 refused"));
+    window.close();
+  });
+  ExpectClosed("CSV Import Report");
+}
+
+TEST_F(BalancedReportsTest, AreNotMadeOfATextFileThatTheUserDoesNotWant) {
+  folder_.Write("day.csv", testing::kFigures);
+  user_.Then(testing::kCsvPrompt, Behind(Name("day.csv")))
+      .Then("Tallybook", Press(Qt::Key_Escape))  // go on?
+      .Then(testing::kCsvPrompt, Press(Qt::Key_Escape));
+  EXPECT_FALSE(conversations_.ImportCsv().ChangedFigures());
+  EXPECT_FALSE(IsShown("CSV Import Report"));
+}
+
+// --- Previews --------------------------------------------------------------------------------------------------------
 
 TEST_F(BalancedReportsTest, AreShownByThePreviewWithTheirBalance) {
   WriteExchangeFile("a.QDX");
