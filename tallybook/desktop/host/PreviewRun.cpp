@@ -2,7 +2,6 @@
 
 #include "tallybook/application/FileKind.h"
 #include "tallybook/application/FileRemoval.h"
-#include "tallybook/application/ImportBalance.h"
 #include "tallybook/application/ImportSummary.h"
 #include "tallybook/application/StopText.h"
 #include "tallybook/desktop/host/QtPlatform.h"
@@ -41,6 +40,15 @@ void PreviewRun::End() {
   outcome_.report = application::LinesOf(quiet_.Report());
 }
 
+// What the import's report would end in.
+void PreviewRun::CloseReport(std::vector<application::FileBalance> balances) {
+  const bool kept = outcome_.done || !means_.is_whole;
+  if (!kept) application::KeepNone(balances);
+  const std::vector<Text> closing = application::ClosingLines(balances, kept);
+  if (!outcome_.report.empty()) outcome_.report.emplace_back();
+  outcome_.report.insert(outcome_.report.end(), closing.begin(), closing.end());
+}
+
 void PreviewRun::RunDefinition(Integer number, Integer math) {
   (void)exchange_.OpenDefinitions(overlay_.Book(), kDataTypeOfImports);
   exchange_.SetMath(math);
@@ -56,12 +64,12 @@ void PreviewRun::RunAllDefinitions() {
 }
 
 void PreviewRun::RunBatch(const Text& type, std::size_t definitions) {
-  const application::BalancedReports reports(quiet_.Factory(), exchange_, book_);
   const Long no_window = 0;
   const bool imported = exchange_.ImportQDXFileEX(no_window, overlay_.Book(), type);
   const QDXImportRecord& record = exchange_.LastQDXImport();
   outcome_.done = imported || (!means_.is_whole && application::IsStored(record, definitions));
   End();
+  CloseReport(application::BalancesOf(record, book_));
   outcome_.imports = application::ImportsOf(record, overlay_);
   for (const application::ImportNote& note : application::NotesOf(record)) notes_.push_back(note.text);
   for (const StopReason& stop : application::StopsOf(record)) notes_.push_back(application::StopText(stop));
@@ -89,6 +97,7 @@ void PreviewRun::EndText(const Text& file, bool imported) {
   const TextImportTally& tally = exchange_.LastTextImport();
   outcome_.done = imported || (!means_.is_whole && tally.stored);
   End();
+  if (tally.read > 0) CloseReport({application::BalanceOf(file, tally, book_)});
   outcome_.imports = {application::ImportOf(file, tally, overlay_)};
   if (tally.stop) notes_.push_back(application::StopText(*tally.stop));
   if (tally.stays) notes_.push_back(application::StaysText(file, *tally.stays));

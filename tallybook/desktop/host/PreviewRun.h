@@ -9,6 +9,7 @@
 #include "base/Failure.h"
 #include "base/Types.h"
 #include "exchange/CDataExchange.h"
+#include "tallybook/application/ImportBalance.h"
 #include "tallybook/application/ImportWays.h"
 #include "tallybook/application/OutputRules.h"
 #include "tallybook/application/PreviewOutcome.h"
@@ -55,6 +56,7 @@ class PreviewRun {
   void RunBatch(const Text& type, std::size_t definitions);
   void EndText(const Text& file, bool imported);
   void End();
+  void CloseReport(std::vector<application::FileBalance> balances);
 
   Means means_;
   engine::Book& book_;

@@ -253,6 +253,20 @@ TEST_F(BalancedReportsTest, AreNotMadeOfATextFileThatTheUserDoesNotWant) {
 
 // --- Previews --------------------------------------------------------------------------------------------------------
 
+TEST_F(BalancedReportsTest, AreShownByThePreviewAsTheyEndWhereNothingWouldBeKept) {
+  WantAllOrNothing();
+  WriteOneThatStops();
+  FromTheList("added");
+  user_.Then("Tallybook", Press(Qt::Key_Return))
+      .Then("Tallybook", Press(Qt::Key_Return))
+      .Then("Preview", [](QWidget& window) {
+        EXPECT_THAT(EndOf(window, "report", kNoneKept),
+                    ElementsAre(kNoneKept, "Balance: 1 figure read = 0 applied + 0 not mapped + 1 refused"));
+        QTest::keyClick(&window, Qt::Key_Escape);
+      });
+  Run();
+}
+
 TEST_F(BalancedReportsTest, AreShownByThePreviewWithTheirBalance) {
   WriteExchangeFile("a.QDX");
   WriteDefinition(1, "Shops", "a.QDX");

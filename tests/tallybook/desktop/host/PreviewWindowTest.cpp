@@ -2,6 +2,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
@@ -111,7 +112,7 @@ TEST_F(PreviewWindowTest, SaysWhyAnImportWouldNotBeDoneAndOffersNone) {
   EXPECT_FALSE(conversations_.ImportCsv().ChangedFigures());
 }
 
-TEST_F(PreviewWindowTest, ADelimitedFileKeepsItsNameInAPreview) {
+TEST_F(PreviewWindowTest, ADelimitedFileKeepsItsNameInAPreviewWhichEndsInItsBalance) {
   folder_.Write("days.txt", "3/2/2004,100,1,5\r\n");
   user_.Then("Import Delimited File", Preview("days.txt"))
       .Then("Tallybook", Press(Qt::Key_Return))
@@ -120,6 +121,9 @@ TEST_F(PreviewWindowTest, ADelimitedFileKeepsItsNameInAPreview) {
             [&](QWidget& window) {
               const auto& files = dynamic_cast<RowsView&>(Part<QWidget>(window, "files"));
               EXPECT_THAT(files.TextAt(0, 1).toStdString(), HasSubstr("renamed to " + folder_.Path("days.txt.bak")));
+              EXPECT_EQ(Part<QPlainTextEdit>(window, "report").toPlainText().toStdString(),
+                        "Balance: 1 figure read = 1 applied + 0 not mapped + 0 refused\n"
+                        "  field 1 to field 1: 1 figure, 5 in the file, 5 in the book");
               QTest::keyClick(&window, Qt::Key_Escape);
             })
       .Then("Import Delimited File", Press(Qt::Key_Escape));
