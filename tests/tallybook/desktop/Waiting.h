@@ -60,6 +60,8 @@ class WhenShown {
     for (QWidget* const window : QApplication::topLevelWidgets()) {
       const bool blocked = modal != nullptr && window != modal;
       if (!window->isVisible() || blocked || !window->windowTitle().startsWith(title)) continue;
+      // A list tells so while it answers what came before, and takes no keys.
+      if (window->property("busy").toBool()) continue;
       // Keys that reach a window before it is in front are not those that a user presses.
       if (window->isActiveWindow()) return window;
       window->activateWindow();
