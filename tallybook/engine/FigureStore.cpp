@@ -359,6 +359,8 @@ void FigureStore::DropWhole() {
   entry_row_ = {};
   changed_.clear();
   changed_bytes_ = 0;
+  last_written_ = nullptr;
+  comes_back_ = false;
   if (before_whole_) {
     sums_ = before_whole_->sums;
     file_is_empty_ = before_whole_->file_is_empty;
