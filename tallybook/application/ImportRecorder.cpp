@@ -87,6 +87,19 @@ void AddOutcome(EntryFacts& facts, const QDXFileImport& file, const std::optiona
   }
 }
 
+void AddOutcomes(ImportRecorder& recorder, const QDXImportRecord& record) {
+  const auto runs = recorder.Runs();
+  auto run = runs.begin();
+  for (const QDXDefinitionImport& import : record.definitions) {
+    for (const QDXFileImport& file : import.files) {
+      if (run == runs.end() || (*run)->path != file.file) continue;
+      const bool is_last = &file == &import.files.back();
+      AddOutcome((*run)->facts, file, is_last ? import.stop : std::nullopt);
+      ++run;
+    }
+  }
+}
+
 void AddOutcome(EntryFacts& facts, const TextImportTally& tally, bool imported) {
   if (facts.math != MathWord(tally.math)) facts.told_math = MathWord(tally.math);
   facts.counts.records = tally.records;

@@ -57,6 +57,9 @@ class ImportRecorder {
 // What came of a file.
 void AddOutcome(EntryFacts& facts, const QDXFileImport& file, const std::optional<StopReason>& stop);
 void AddOutcome(EntryFacts& facts, const TextImportTally& tally, bool imported);
+// What came of each exchange file of a run that is over. Files came in the order in which the recorder has them; one
+// that ended before it was recorded has no run there.
+void AddOutcomes(ImportRecorder& recorder, const QDXImportRecord& record);
 
 // The word of an import's math; empty for one that has none.
 [[nodiscard]] Text MathWord(Integer math);

@@ -103,19 +103,6 @@ application::EntryFacts WayAtWork(const CDataExchange& exchange, const Definitio
   return WayOf(at_work == definitions.end() ? application::SeenDefinition() : *at_work, options);
 }
 
-// What came of each file, in the order in which they ran. A file that ended before it was recorded has none.
-void AddOutcomes(application::ImportRecorder& recorder, const QDXImportRecord& record) {
-  const auto runs = recorder.Runs();
-  auto run = runs.begin();
-  for (const QDXDefinitionImport& import : record.definitions) {
-    for (const QDXFileImport& file : import.files) {
-      if (run == runs.end() || (*run)->path != file.file) continue;
-      application::AddOutcome((*run)->facts, file, &file == &import.files.back() ? import.stop : std::nullopt);
-      ++run;
-    }
-  }
-}
-
 // Without the definitions of which every file was left alone: they have one, whatever the run says.
 QDXImportRecord WithoutLeftAlone(QDXImportRecord record, const LeftAlone& left, const Definitions& definitions) {
   std::erase_if(record.definitions, [&](const QDXDefinitionImport& ran) {
@@ -266,7 +253,7 @@ ExitStatus RunImportQdx(const ImportQdxOptions& options) {
   const bool imported = ImportBalanced(session, exchange, *book, *book, type);
   hidden.reset();
   session.FollowImports({});
-  AddOutcomes(recorder, exchange.LastQDXImport());
+  application::AddOutcomes(recorder, exchange.LastQDXImport());
   const QDXImportRecord record = WithoutLeftAlone(exchange.LastQDXImport(), left, definitions);
   auto balances = application::BalancesOf(record, *book);
   bool done = imported;

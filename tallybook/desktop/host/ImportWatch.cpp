@@ -116,24 +116,13 @@ void ImportWatch::BeginRun(const Text& file, const application::EntryFacts& way)
   recorder_->BeginFile(file, PlaceOf(file), way);
 }
 
-// Exchange files came in the order in which the recorder has them; one that ended before it was recorded has no run.
 void ImportWatch::AddOutcomes(application::ImportRecorder& recorder) const {
-  const auto runs = recorder.Runs();
   const CDataExchange* const exchange = means_.exchange();
   if (exchange == nullptr) return;
-  if (is_text_) {
-    const TextImportTally& tally = exchange->LastTextImport();
-    for (application::ImportRecorder::Run* const run : runs) application::AddOutcome(run->facts, tally, tally.stored);
-    return;
-  }
-  auto run = runs.begin();
-  for (const QDXDefinitionImport& import : exchange->LastQDXImport().definitions) {
-    for (const QDXFileImport& file : import.files) {
-      if (run == runs.end() || (*run)->path != file.file) continue;
-      const bool is_last = &file == &import.files.back();
-      application::AddOutcome((*run)->facts, file, is_last ? import.stop : std::nullopt);
-      ++run;
-    }
+  if (!is_text_) return application::AddOutcomes(recorder, exchange->LastQDXImport());
+  const TextImportTally& tally = exchange->LastTextImport();
+  for (application::ImportRecorder::Run* const run : recorder.Runs()) {
+    application::AddOutcome(run->facts, tally, tally.stored);
   }
 }
 
